@@ -1,0 +1,33 @@
+# SPDX-License-Identifier: MIT
+# Compiler flags for every target of the project, as one interface target.
+add_library(morsehandler_options INTERFACE)
+target_compile_features(morsehandler_options INTERFACE cxx_std_17)
+target_compile_definitions(morsehandler_options INTERFACE
+    QT_NO_CAST_FROM_ASCII
+    QT_NO_CAST_TO_ASCII
+    QT_NO_CAST_FROM_BYTEARRAY
+    QT_NO_URL_CAST_FROM_STRING
+    QT_NO_KEYWORDS)
+target_compile_options(morsehandler_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align
+    -Wundef -Wvla -Wformat=2)
+if(MORSEHANDLER_DEVELOPER)
+    target_compile_options(morsehandler_options INTERFACE -Werror)
+endif()
+if(MORSEHANDLER_COVERAGE)
+    target_compile_options(morsehandler_options INTERFACE --coverage -fno-inline)
+    target_link_options(morsehandler_options INTERFACE --coverage)
+endif()
+if(MORSEHANDLER_SANITIZERS)
+    # For all targets: a shared library and its user must agree on the run-time.
+    add_compile_options(-fsanitize=${MORSEHANDLER_SANITIZERS} -fno-omit-frame-pointer
+        -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${MORSEHANDLER_SANITIZERS})
+endif()
+
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+// Paths as the host spells them, asked of a file system that may spell them otherwise.
+// No API: used inside the library only.
+#pragma once
+
+#include <QDir>
+#include <QString>
+
+/// The path under which the file system is asked for `path`.
+///
+/// The host joins folders with backslashes. Where the separator is "/", a path that does not exist
+/// as written is taken with its backslashes as separators when that exists, or when the folder of
+/// the path as written does not exist. On any other platform, and otherwise, `path` itself.
+QString localPath(const QString& path);
+
+/// The name under which `directory` holds a file or folder called `name`, whatever the letter
+/// case: the exact spelling when there is one, else the first in ascending order. Empty when
+/// there is none, and for a name with a path separator in it, since names are not paths.
+/// Hidden entries are found by their exact spelling only.
+QString findIgnoringCase(const QDir& directory, const QString& name);
+
+/// The file behind a path whose last part is a composed name: `localPath` where that exists, else
+/// the entry of its folder whose name differs in letter case only. Empty when there is none.
+QString findFile(const QString& path);

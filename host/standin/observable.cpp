@@ -1,0 +1,4 @@
+// SPDX-License-Identifier: MIT
+#include "host/observable.h"
+
+IObserver::~IObserver() = default;

@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+// A value that holds a number with a range and a step.
+#pragma once
+
+#include "host/value.h"
+
+#include <initializer_list>
+
+/// Reads any numeric value as a real number, whatever its own type is.
+class HOST_API INumeric
+{
+public:
+    virtual ~INumeric();
+    virtual double GetRealValue() = 0;
+
+protected:
+    INumeric() = default;
+    INumeric(const INumeric&) = default;
+    INumeric& operator=(const INumeric&) = default;
+};
+
+/// Gathers the announcements of several changes; the host's own plumbing.
+class HOST_API ValueTransaction
+{
+public:
+    ValueTransaction(ValueBase* value, std::initializer_list<TChangeCode> codes, IObserver* cause);
+    /// Announces each code once, unless the value is gone by then.
+    ~ValueTransaction();
+
+    ValueTransaction(const ValueTransaction&) = delete;
+    ValueTransaction& operator=(const ValueTransaction&) = delete;
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> m_impl;
+};
+
+/// Without a range (before `SetMinMax`, `SetMin` or `SetMax`) every number is accepted. With one,
+/// a number outside is clamped to the nearer end. A maximum below its minimum counts as equal to
+/// the minimum.
+template <typename T, typename Format, typename Stream = StreamFormat<T, Format>>
+class HOST_API ValueNumeric : public Value<T, Format, Stream>, public INumeric
+{
+public:
+    ValueNumeric();
+    ~ValueNumeric() override;
+
+    void SetStringValue(QString text, IObserver* cause) override;
+    ValueType GetType() override;
+    QString GetTypeName() override;
+    void SetValue(T value, IObserver* cause) override;
+
+    /// Clamps the present number at once and announces change code 3 to everybody but `cause`.
+    virtual void SetMinMax(T min, T max, T step, IObserver* cause);
+    virtual void SetMin(T min, IObserver* cause);
+    virtual void SetMax(T max, IObserver* cause);
+    virtual void SetStep(T step, IObserver* cause);
+    virtual T GetMin();
+    virtual T GetMax();
+    virtual T GetStep();
+    /// The caller deletes the transaction, which announces the codes then.
+    virtual ValueTransaction* CreateTransaction(std::initializer_list<TChangeCode> codes,
+                                                IObserver* cause);
+
+    double GetRealValue() override;
+
+private:
+    bool m_hasMin = false;
+    bool m_hasMax = false;
+    T m_min{};
+    T m_max{};
+    T m_step{};
+};
