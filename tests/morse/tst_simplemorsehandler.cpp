@@ -148,12 +148,12 @@ private Q_SLOTS:
             {"", "T"});
         row("but not what was translated", {". .-[PAUSE TO SHORT]", "- "}, {"E", "T"});
         row("symbols behind that error mark wait", {".-[PAUSE TO SHORT]-", ". "}, {"", "N"});
-        row("an error mark may be cut", {".-[PAUSE TO SH", "ORT].. "}, {"", "U"});
-        row("cut before its first blank", {".-[PAU", "SE TO SHORT].. "}, {"", "U"});
+        row("an error mark may be cut", {".-[PAUSE TO SH", "ORT].. "}, {"", "L"});
+        row("cut before its first blank", {".-[PAU", "SE TO SHORT].. "}, {"", "L"});
         row("cut anywhere", {".", "[PAUSE", " ", "TO", " ", "SHORT", "]", "- "},
             {"", "", "", "", "", "", "", "T"});
         row("cut behind a translated character", {". -[PAUSE TO SHORT].[PAUSE TO ", "SHORT]. "},
-            {"E", "R"});
+            {"E", "D"});
         row("what only looked like an error mark is dropped", {".[PAUSE TO ", "- "}, {"", "ET"});
         row("no symbols are dropped", {".x-y z "}, {"A"});
         row("the text of an unknown symbol too", {".[UNKNOWN]- "}, {"A"});
