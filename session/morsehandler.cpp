@@ -349,8 +349,11 @@ bool MorseHandler::ChangeAlphabet()
 QString MorseHandler::BuildAlphabetPath()
 {
     ValueSelection* const alphabet = GetMorseAlphabet();
-    return alphabet ? m_strAlphabetDirectory + alphabet->GetStringValue() + QStringLiteral(".mal")
-                    : QString();
+    const QString name = alphabet ? alphabet->GetStringValue() : QString();
+    // A name is no path: it does not lead out of the directory.
+    if (!alphabet || name.contains(QLatin1Char('/')) || name.contains(QLatin1Char('\\')))
+        return {};
+    return m_strAlphabetDirectory + name + QStringLiteral(".mal");
 }
 
 ValueSelection* MorseHandler::GetMorseAlphabet()
