@@ -30,7 +30,7 @@ public:
     bool Load(const QString& path)
     {
         const QString local = localPath(path);
-        if (!QFile(local).open(QIODevice::ReadOnly))
+        if (local.isEmpty() || !QFile(local).open(QIODevice::ReadOnly))
             return false;
         QSettings file(local, QSettings::IniFormat);
         file.setIniCodec("UTF-8");

@@ -11,7 +11,9 @@
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
 
+#include <algorithm>
 #include <array>
+#include <cctype>
 
 namespace TavikResultDataXml {
 
@@ -42,10 +44,13 @@ public:
         m_xml.writeAttribute(QLatin1String(VERSION_ATTRIBUTE), QLatin1String(VERSION));
     }
 
-    void EndDocument()
+    /// Ends a document, also one that was begun by another writer. False when not all of what this
+    /// writer wrote reached the device.
+    bool EndDocument()
     {
         m_xml.writeCharacters(QStringLiteral("\n"));
-        m_xml.writeEndDocument();
+        const QByteArray end = QByteArray(END_OF_DOCUMENT) + '\n';
+        return m_xml.device()->write(end) == end.size() && !m_xml.hasError();
     }
 
     void Write(const TransmissionContent& transmission)
@@ -152,10 +157,22 @@ private:
     QString m_secondText; ///< text of that second
 };
 
-/// Where the end tag of the result document in `file` begins; -1 when that is none to add to.
-qint64 positionOfEnd(QFile& file)
+bool writeRest(ContentWriter& writer, const Transmissions& transmissions)
+{
+    for (const auto& transmission : transmissions)
+        writer.Write(*transmission);
+    return writer.EndDocument();
+}
+
+/// Where transmissions are added to the result document in `file`: behind its last element. -1
+/// when that is no document to add to.
+qint64 positionToAddAt(QFile& file)
 {
     QXmlStreamReader xml(&file);
+    xml.readNext(); // the beginning of the document, which alone knows its encoding
+    const QString encoding = xml.documentEncoding().toString();
+    if (!encoding.isEmpty() && encoding.compare(QLatin1String("UTF-8"), Qt::CaseInsensitive) != 0)
+        return -1;
     if (!xml.readNextStartElement() || xml.name() != QLatin1String("TavikResultData") ||
         xml.attributes().value(QLatin1String(VERSION_ATTRIBUTE)) != QLatin1String(VERSION))
         return -1;
@@ -173,7 +190,10 @@ qint64 positionOfEnd(QFile& file)
     const int tag = tail.lastIndexOf(END_OF_DOCUMENT);
     if (tag < 0 || !tail.mid(tag + TAG_BYTES).trimmed().isEmpty())
         return -1;
-    return tailBegin + tag;
+    int end = tag; // the white space before it is written anew
+    while (end > 0 && std::isspace(static_cast<unsigned char>(tail.at(end - 1))))
+        --end;
+    return tailBegin + end;
 }
 
 bool copyBytes(QFile& from, QIODevice& to, qint64 count)
@@ -211,13 +231,11 @@ QString nextFreeName(const QString& path)
 
 } // namespace
 
-void writeDocument(QIODevice& device, const Transmissions& transmissions)
+bool writeDocument(QIODevice& device, const Transmissions& transmissions)
 {
     ContentWriter writer(device);
     writer.BeginDocument();
-    for (const auto& transmission : transmissions)
-        writer.Write(*transmission);
-    writer.EndDocument();
+    return writeRest(writer, transmissions);
 }
 
 bool addToFile(const QString& path, const Transmissions& transmissions)
@@ -232,7 +250,7 @@ bool addToFile(const QString& path, const Transmissions& transmissions)
     QFile existing(path);
     if (isNameTaken(path)) {
         if (QFileInfo(path).isFile() && existing.open(QIODevice::ReadOnly))
-            end = positionOfEnd(existing);
+            end = positionToAddAt(existing);
         if (end < 0)
             target = nextFreeName(path);
     }
@@ -242,20 +260,15 @@ bool addToFile(const QString& path, const Transmissions& transmissions)
     QSaveFile file(target);
     if (!file.open(QIODevice::WriteOnly))
         return false;
+    bool isWritten = false;
     if (end < 0) {
-        writeDocument(file, transmissions);
-    } else {
-        // From the end of the last element on, whitespace included, everything is written anew.
-        if (!copyBytes(existing, file, end))
-            return false;
+        isWritten = writeDocument(file, transmissions);
+    } else if (copyBytes(existing, file, end)) {
         ContentWriter writer(file);
-        for (const auto& transmission : transmissions)
-            writer.Write(*transmission);
-        file.write("\n");
-        file.write(END_OF_DOCUMENT);
-        file.write("\n");
+        isWritten = writeRest(writer, transmissions);
     }
-    return file.commit();
+    // Committing does not look at what flushing runs into.
+    return isWritten && file.flush() && file.error() == QFileDevice::NoError && file.commit();
 }
 
 } // namespace TavikResultDataXml
