@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/morsestation.h"
 
+#include "host/standin/resultpolicy.h"
+
 #include <utility>
 
 namespace morsehost {
@@ -27,6 +29,7 @@ MorseStation::MorseStation(const StationSettings& settings, TextListener listene
     , m_settingsRequest(m_tree.Add<FlagValue>(path("SettingsRequest")))
     , m_receiverSettings(m_tree.Add<TextValue>(path("ReceiverSettings")))
 {
+    TavikResultDataXml::keepResultDocuments(!settings.saveDirectory.isEmpty());
     m_available->SetValue(true, nullptr);
     m_alphabetDirectory->SetValue(settings.alphabetDirectory, nullptr);
     m_text->AddObserver(this);

@@ -88,13 +88,20 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("symbols");
         QTest::addColumn<QString>("text");
-        QTest::newRow("right after the digit") << ".----c-c" << "10";
-        QTest::newRow("and again, since zero is a digit") << ".----c-c-c" << "100";
-        QTest::newRow("not after a letter") << ".-c-c" << "AT";
-        QTest::newRow("across a word gap") << ".----cw-c" << "1 0";
-        QTest::newRow("not for a digit decoded at a word gap") << ".----w-c" << "1 T";
-        QTest::newRow("not at a word gap itself") << ".----c-w" << "1T ";
-        QTest::newRow("not for a longer code") << ".----c--c" << "1M";
+        QTest::newRow("right after the digit") << ".----c-c"
+                                               << "10";
+        QTest::newRow("and again, since zero is a digit") << ".----c-c-c"
+                                                          << "100";
+        QTest::newRow("not after a letter") << ".-c-c"
+                                            << "AT";
+        QTest::newRow("across a word gap") << ".----cw-c"
+                                           << "1 0";
+        QTest::newRow("not for a digit decoded at a word gap") << ".----w-c"
+                                                               << "1 T";
+        QTest::newRow("not at a word gap itself") << ".----c-w"
+                                                  << "1T ";
+        QTest::newRow("not for a longer code") << ".----c--c"
+                                               << "1M";
     }
 
     void aLoneDashAfterADigitIsACutZero()
@@ -393,7 +400,8 @@ private Q_SLOTS:
         QTest::newRow("first character has no separator before it") << ".-c" << 2 << "A";
         QTest::newRow("more than there is") << ".-c-...c" << 100 << "AB";
         QTest::newRow("nothing completed") << ".-" << 5 << "";
-        QTest::newRow("a word gap counts beside its character") << ".c.w.c" << 3 << " E";
+        QTest::newRow("a word gap counts") << ".c.w.c" << 2 << " E";
+        QTest::newRow("and its character beside it") << ".c.w.c" << 3 << "E E";
         QTest::newRow("empty buffer") << "" << 1 << "";
     }
 
@@ -599,7 +607,8 @@ private Q_SLOTS:
         host.symbol->HasChanged(eCHANGE_FORCED, nullptr);
         QCOMPARE(traces.Traces().size(), 1);
         QCOMPARE(traces.Traces().at(0).message, QStringLiteral("new line in morsehandler receive"));
-        QCOMPARE(traces.Traces().at(0).sourceFile, QStringLiteral("tools\\morsehandler\\morsehandler"));
+        QCOMPARE(traces.Traces().at(0).sourceFile,
+                 QStringLiteral("tools\\morsehandler\\morsehandler"));
         QCOMPARE(traces.Traces().at(0).line, 526);
         QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QString());
         setTraceMask(0xFFFFFFFFU & ~0x20U);

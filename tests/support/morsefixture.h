@@ -14,10 +14,7 @@
 /// Every value that a handler may be wired to, at paths below "Morse/".
 struct MorseValues
 {
-    static QString path(const char* name)
-    {
-        return QStringLiteral("Morse/") + QLatin1String(name);
-    }
+    static QString path(const char* name) { return QStringLiteral("Morse/") + QLatin1String(name); }
 
     HostTree tree;
     IntegerValue* symbol = tree.Add<IntegerValue>(path("Symbol"));
