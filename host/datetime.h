@@ -23,16 +23,17 @@ public:
 
     /// Microseconds since 1970-01-01 00:00 UTC.
     void setTime_ts(unsigned long long timestamp_us);
-    /// Seconds east of UTC, or `Local_TimeZone`.
+    /// Seconds east of UTC, less than a day; or `Local_TimeZone`.
     void setOffsetFromUTC(long long offset_s);
     /// Qt's date-time patterns.
     void setFormatString(QString format);
 
+    /// Empty when the moment was made from an invalid `QDateTime`.
     QString toString() const;
     QString toString(const QString& format) const;
 
 private:
-    unsigned long long m_timestamp_us;
+    QDateTime m_moment; ///< UTC
     long long m_offset_s = 0;
     QString m_format;
 };

@@ -67,6 +67,9 @@ protected:
     /// No observer can register from now on.
     void RefuseObservers();
 
+    /// Expires with the object: for whoever has to know, after a notification, whether it is gone.
+    std::weak_ptr<const void> Life() const;
+
 private:
     class List;
     std::shared_ptr<List> m_list;

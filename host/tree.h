@@ -19,7 +19,8 @@ public:
 
     /// Registers `value`, which carries its name already, under `parentPath`. From then on the
     /// tree owns it. False, and the value stays the caller's, when that parent has a value of the
-    /// same name, when the value is null or nameless, or in a tree already.
+    /// same name, when the value is null, in a tree already, or nameless ("/" is in no name), and
+    /// when the parent path is neither empty nor ends in "/".
     virtual bool Insert(const QString& parentPath, ValueBase* value) = 0;
 
 protected:
@@ -34,6 +35,7 @@ protected:
     static void Enter(ValueBase* value, Tree* tree, const QString& path);
     static QString PathOf(const ValueBase* value);
     static Tree* TreeOf(const ValueBase* value);
+    static bool IsDeleted(const ValueBase* value);
 
 private:
     friend class ValueBase;

@@ -8,7 +8,10 @@
 #include <QString>
 #include <QStringList>
 
+#include <memory>
+
 class Tree;
+class ValueTransaction;
 
 /// State of a value. Users of a value test for `eSTATE_DELETED` only.
 enum TValueState : int {
@@ -43,9 +46,11 @@ public:
     virtual void SetStringValue(QString text, IObserver* cause) = 0;
     virtual QString GetStringValue() = 0;
     virtual TValueState GetState();
-    /// Announces change code 4 when the state is another than before.
+    /// Announces change code 4 when the state is another than before. A value that has announced
+    /// its deletion stays in state 1.
     virtual void SetState(TValueState state, IObserver* cause);
-    /// Notifies every observer but `cause`, also when nothing changed.
+    /// Notifies every observer but `cause`, also when nothing changed. A value that has announced
+    /// its deletion announces nothing more.
     virtual void HasChanged(TChangeCode code, IObserver* cause);
 
     // Remote control and recording: the host's own plumbing, which no plug-in calls.
@@ -86,9 +91,14 @@ protected:
 
 private:
     friend class Tree;
+    friend class ValueTransaction;
+
+    class Transactions;
 
     QString m_name;
     TValueState m_state = eSTATE_VALID;
-    Tree* m_tree = nullptr; ///< the tree that owns the value, null outside
-    QString m_path;         ///< full path in that tree
+    bool m_isDeleted = false;                     ///< the deletion has been announced
+    std::shared_ptr<Transactions> m_transactions; ///< null before the first transaction
+    Tree* m_tree = nullptr;                       ///< the tree that owns the value, null outside
+    QString m_path;                               ///< full path in that tree
 };

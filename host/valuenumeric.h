@@ -20,11 +20,14 @@ protected:
 };
 
 /// Gathers the announcements of several changes; the host's own plumbing.
+///
+/// While it lives, the value keeps the announcements of its codes to itself. When it is deleted,
+/// each code is announced once to everybody but `cause`, unless the value is gone by then. Inside
+/// another transaction of the same value the outer one announces.
 class HOST_API ValueTransaction
 {
 public:
     ValueTransaction(ValueBase* value, std::initializer_list<TChangeCode> codes, IObserver* cause);
-    /// Announces each code once, unless the value is gone by then.
     ~ValueTransaction();
 
     ValueTransaction(const ValueTransaction&) = delete;
@@ -37,7 +40,7 @@ private:
 
 /// Without a range (before `SetMinMax`, `SetMin` or `SetMax`) every number is accepted. With one,
 /// a number outside is clamped to the nearer end. A maximum below its minimum counts as equal to
-/// the minimum.
+/// the minimum. What is no number (NaN) changes nothing, as a number, an end or a step.
 template <typename T, typename Format, typename Stream = StreamFormat<T, Format>>
 class HOST_API ValueNumeric : public Value<T, Format, Stream>, public INumeric
 {
@@ -50,12 +53,15 @@ public:
     QString GetTypeName() override;
     void SetValue(T value, IObserver* cause) override;
 
-    /// Clamps the present number at once and announces change code 3 to everybody but `cause`.
+    /// Clamps the present number at once and announces change code 3 to everybody but `cause`, as
+    /// do the setters of one end or of the step; what changes nothing announces nothing.
     virtual void SetMinMax(T min, T max, T step, IObserver* cause);
     virtual void SetMin(T min, IObserver* cause);
     virtual void SetMax(T max, IObserver* cause);
     virtual void SetStep(T step, IObserver* cause);
+    /// Without a lower end the lowest number (minus infinity for a real one).
     virtual T GetMin();
+    /// Without an upper end the highest number (infinity for a real one).
     virtual T GetMax();
     virtual T GetStep();
     /// The caller deletes the transaction, which announces the codes then.
@@ -65,9 +71,10 @@ public:
     double GetRealValue() override;
 
 private:
-    bool m_hasMin = false;
-    bool m_hasMax = false;
-    T m_min{};
-    T m_max{};
+    void SetRange(T min, T max, T step, IObserver* cause);
+    T Clamped(T number) const;
+
+    T m_min;
+    T m_max; ///< as it was set, also when it lies below the minimum
     T m_step{};
 };

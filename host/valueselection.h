@@ -17,9 +17,12 @@ public:
     long GetKey() const { return m_key; }
 
 private:
+    friend class ValueSelection;
+
     QString m_name;
     double m_value;
     long m_key;
+    bool m_isOwned = false; ///< by a selection
 };
 
 /// Items keep the order in which they were added. Adding or deleting items makes none of them
@@ -54,10 +57,11 @@ public:
     virtual bool Select(const wchar_t* name, IObserver* cause);
     virtual bool Select(const QString& name, IObserver* cause);
 
-    /// Adds one item per name, its key and value being its index in the list.
+    /// Adds one item per name, its key and value being its index in the selection.
     virtual void AddItems(const QStringList& names, IObserver* cause);
+    /// Null when an observer deleted the new item at once; the same goes for the next form.
     virtual SelectionItem* AddItem(const QString& name, double value, long key, IObserver* cause);
-    /// Takes the item over. Null, or an item that is in the list already, is refused.
+    /// Takes the item over. Null, or an item that belongs to a selection already, is refused.
     virtual SelectionItem* AddItem(SelectionItem* item, IObserver* cause);
     virtual void AddItemsFrom(const ValueSelection& other, IObserver* cause);
     /// Deletes the item; one that is not in the list is left alone.
@@ -82,5 +86,9 @@ public:
 
 private:
     class Items;
+
+    SelectionItem* GetItemForKey(long key) const;
+    bool MakeCurrent(SelectionItem* item, IObserver* cause);
+
     std::unique_ptr<Items> m_items;
 };

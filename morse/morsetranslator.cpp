@@ -6,6 +6,7 @@
 #include "host/trace.h"
 #include "morse/alphabetfile.h"
 #include "morse/codeindex.h"
+#include "morse/cutzero.h"
 #include "morse/symbolcodes.h"
 
 #include <optional>
@@ -20,13 +21,6 @@ const QString NEW_LINE = QStringLiteral("\n");
 const QString DOT_TOO_SHORT = QStringLiteral("[DOT_TOO_SHORT]");
 const QString DASH_TOO_LONG = QStringLiteral("[DASH_TOO_LONG]");
 const QString PAUSE_TOO_SHORT = QStringLiteral("[PAUSE_TOO_SHORT]");
-
-const QString CUT_ZERO = QStringLiteral("0");
-
-bool isOneDigit(const QString& text)
-{
-    return text.size() == 1 && text[0] >= QLatin1Char('0') && text[0] <= QLatin1Char('9');
-}
 
 } // namespace
 
@@ -108,16 +102,15 @@ const QString& MorseTranslator::DecodeSymbol(int symbol)
 const QString& MorseTranslator::Translate(const QString& symbols)
 {
     static QString result;
-    const QString empty;
     // A short text is not worth an index.
     std::optional<CodeIndex> index;
     if (symbols.size() > m_alphabetMap.size())
         index.emplace(m_alphabetMap);
-    const auto decode = [&](QStringView code) -> const QString& {
+    const auto decode = [&](QStringView code) {
         if (!index)
             return DecodeMorse(code.toString());
-        const QString* const text = index->find(code);
-        return text ? *text : empty;
+        const QString* const known = index->find(code);
+        return known ? *known : QString();
     };
 
     QString text; // not the result yet: the argument may be the result of the last call
@@ -132,9 +125,7 @@ const QString& MorseTranslator::Translate(const QString& symbols)
             text += decode(code);
             text += QLatin1Char(' ');
         } else if (all[i] == NEW_CHAR[0]) {
-            const QString& decoded = lastWasDigit && code == DASH ? CUT_ZERO : decode(code);
-            lastWasDigit = isOneDigit(decoded);
-            text += decoded;
+            text += decodeWithCutZero(code, lastWasDigit, decode);
         } else if (all[i] == NEW_LINE[0]) {
             text += decode(code);
             text += NEW_LINE;

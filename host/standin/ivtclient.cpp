@@ -1,0 +1,4 @@
+// SPDX-License-Identifier: MIT
+#include "host/ivtclient.h"
+
+IVtClient::~IVtClient() = default;
