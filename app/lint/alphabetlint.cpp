@@ -95,15 +95,15 @@ QChar twinIn(QChar character, QChar::Script script)
 class AlphabetLint
 {
 public:
-    explicit AlphabetLint(Report& report)
+    AlphabetLint(Report& report, Notes& notes)
         : m_report(report)
-        , m_findings(report.findings)
+        , m_notes(notes)
     {
     }
 
     void run(const QVector<Line>& lines)
     {
-        const int first = readHeader(lines, m_report.rightToLeft, m_findings);
+        const int first = readHeader(lines, m_report.rightToLeft, m_notes);
         for (int i = first; i + 1 < lines.size(); ++i)
             entry(lines.at(i));
         if (first < lines.size() && !lines.last().text.isEmpty())
@@ -113,15 +113,16 @@ public:
         for (auto it = m_entries.cbegin(); it != m_entries.cend(); ++it)
             m_report.alphabet.insert(it.key(), it->code);
         if (m_entries.isEmpty()) {
-            add(m_findings, 0, Severity::Error,
-                QStringLiteral("no entry is stored: every code would give an empty text"));
+            m_notes.add(0, Severity::Error,
+                        QStringLiteral("no entry is stored: every code would give an empty text"));
         }
     }
 
 private:
     void lostLine(const Line& line)
     {
-        add(m_findings, line.number, Severity::Error,
+        m_notes.add(
+            line.number, Severity::Error,
             QStringLiteral("the last line of the file is never stored: end the file with an "
                            "empty line"));
     }
@@ -137,15 +138,16 @@ private:
         }
         if (key.isEmpty()) {
             if (!line.text.isEmpty())
-                add(m_findings, line.number, Severity::Error,
-                    QStringLiteral("no key before the tab: the line is skipped"));
+                m_notes.add(line.number, Severity::Error,
+                            QStringLiteral("no key before the tab: the line is skipped"));
             return;
         }
         checkKey(line.number, key, tab >= 0);
         checkCode(line, key, code, tab >= 0);
         const auto earlier = m_entries.constFind(key);
         if (earlier != m_entries.constEnd()) {
-            add(m_findings, line.number, Severity::Error,
+            m_notes.add(
+                line.number, Severity::Error,
                 QStringLiteral("the key %1 was given in line %2 already, which this line replaces")
                     .arg(shown(key))
                     .arg(earlier->line));
@@ -158,21 +160,22 @@ private:
         if (!hasCode)
             return;
         if (key != key.trimmed()) {
-            add(m_findings, number, Severity::Warning,
-                QStringLiteral("the key %1 has blanks around it, which are written too")
-                    .arg(shown(key)));
+            m_notes.add(number, Severity::Warning,
+                        QStringLiteral("the key %1 has blanks around it, which are written too")
+                            .arg(shown(key)));
         }
         for (const QChar character : key) {
             if (character.category() == QChar::Other_Control ||
                 character.category() == QChar::Other_Format) {
-                add(m_findings, number, Severity::Warning,
-                    QStringLiteral("the key holds the invisible character %1")
-                        .arg(shown(character)));
+                m_notes.add(number, Severity::Warning,
+                            QStringLiteral("the key holds the invisible character %1")
+                                .arg(shown(character)));
                 break;
             }
         }
         if (key.normalized(QString::NormalizationForm_C) != key) {
-            add(m_findings, number, Severity::Warning,
+            m_notes.add(
+                number, Severity::Warning,
                 QStringLiteral("the key %1 is not in composed form (NFC): searches for it in the "
                                "text would miss it")
                     .arg(shown(key)));
@@ -180,7 +183,8 @@ private:
             const QChar::Decomposition form = key.at(0).decompositionTag();
             if (form == QChar::Initial || form == QChar::Medial || form == QChar::Final ||
                 form == QChar::Isolated) {
-                add(m_findings, number, Severity::Warning,
+                m_notes.add(
+                    number, Severity::Warning,
                     QStringLiteral("the key %1 is the shape of a letter in one place of a word; "
                                    "the letter itself is %2")
                         .arg(shown(key), shown(key.normalized(QString::NormalizationForm_KC))));
@@ -196,22 +200,24 @@ private:
                 why = QStringLiteral("a header line after the first entry is an entry");
             else if (key.startsWith(QLatin1Char('#')))
                 why = QStringLiteral("there are no comment lines");
-            add(m_findings, line.number, Severity::Error,
+            m_notes.add(
+                line.number, Severity::Error,
                 QStringLiteral("%1: the whole line becomes a key with an empty code").arg(why));
             return;
         }
         if (matchHeaderLine(line.text)) {
-            add(m_findings, line.number, Severity::Error,
-                QStringLiteral("a header line after the first entry is an entry"));
+            m_notes.add(line.number, Severity::Error,
+                        QStringLiteral("a header line after the first entry is an entry"));
         }
         if (code.isEmpty()) {
-            add(m_findings, line.number, Severity::Error,
-                QStringLiteral("the code of %1 is empty").arg(shown(key)));
+            m_notes.add(line.number, Severity::Error,
+                        QStringLiteral("the code of %1 is empty").arg(shown(key)));
             return;
         }
         for (const QChar symbol : code) {
             if (symbol != QLatin1Char('.') && symbol != QLatin1Char('-')) {
-                add(m_findings, line.number, Severity::Error,
+                m_notes.add(
+                    line.number, Severity::Error,
                     QStringLiteral("the code of %1 holds %2: a code is made of \".\" and \"-\" "
                                    "only, so this one is never received")
                         .arg(shown(key), shown(symbol)));
@@ -252,7 +258,7 @@ private:
                     .arg(shown(character), scriptName(character.script()), scriptName(main));
             if (!twin.isNull())
                 message += QStringLiteral("; it looks like %1").arg(shown(twin));
-            add(m_findings, line, Severity::Warning, message);
+            m_notes.add(line, Severity::Warning, message);
             return;
         }
     }
@@ -269,7 +275,8 @@ private:
                 winners.insert(it->code, it.key());
                 continue;
             }
-            add(m_findings, it->line, Severity::Error,
+            m_notes.add(
+                it->line, Severity::Error,
                 QStringLiteral("%1 is never written: %2 in line %3 has the same code and sorts "
                                "before it")
                     .arg(shown(it.key()), shown(*winner))
@@ -278,16 +285,16 @@ private:
     }
 
     Report& m_report;
-    QVector<Finding>& m_findings;
+    Notes& m_notes;
     QMap<QString, Entry> m_entries; ///< in the order of the library's own table
 };
 
 } // namespace
 
-void lintAlphabet(const QByteArray& bytes, Report& report)
+void lintAlphabet(const QByteArray& bytes, Report& report, Notes& notes)
 {
-    const QVector<Line> lines = splitLines(bytes, Damage::Replaced, report.findings);
-    AlphabetLint(report).run(lines);
+    const QVector<Line> lines = splitLines(bytes, Damage::Replaced, notes);
+    AlphabetLint(report, notes).run(lines);
 }
 
 } // namespace lint

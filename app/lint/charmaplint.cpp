@@ -37,16 +37,16 @@ Number numberOf(const QString& text, int base)
 class TableLint
 {
 public:
-    explicit TableLint(Report& report)
+    TableLint(Report& report, Notes& notes)
         : m_report(report)
-        , m_findings(report.findings)
+        , m_notes(notes)
     {
     }
 
 protected:
     void say(const Line& line, Severity severity, const QString& message)
     {
-        add(m_findings, line.number, severity, message);
+        m_notes.add(line.number, severity, message);
     }
 
     void store(const Line& line, uchar key, QChar value)
@@ -78,8 +78,8 @@ protected:
     void finish()
     {
         if (m_report.characters.isEmpty()) {
-            add(m_findings, 0, Severity::Error,
-                QStringLiteral("no entry is stored: text would pass unchanged"));
+            m_notes.add(0, Severity::Error,
+                        QStringLiteral("no entry is stored: text would pass unchanged"));
         }
         // Turning text back takes the smallest key as a signed number: 0x80 comes before 0x00.
         QMap<QChar, uchar> winners;
@@ -95,14 +95,16 @@ protected:
             if (winner == winners.constEnd()) {
                 winners.insert(value, key);
                 if (value == QLatin1Char(' ') && key != ' ') {
-                    add(m_findings, m_lines.value(key), Severity::Warning,
+                    m_notes.add(
+                        m_lines.value(key), Severity::Warning,
                         QStringLiteral("%1 is shown as a blank, so every blank that is turned "
                                        "back becomes %1")
                             .arg(byteName(key)));
                 }
                 continue;
             }
-            add(m_findings, m_lines.value(key), Severity::Warning,
+            m_notes.add(
+                m_lines.value(key), Severity::Warning,
                 QStringLiteral("%1 shows the same character %2 as %3 in line %4, which it is "
                                "always turned back into")
                     .arg(byteName(key), shown(value), byteName(*winner))
@@ -111,7 +113,7 @@ protected:
     }
 
     Report& m_report;
-    QVector<Finding>& m_findings;
+    Notes& m_notes;
 
 private:
     QMap<uchar, int> m_lines; ///< the line that an entry comes from
@@ -203,7 +205,7 @@ public:
 
     void run(const QVector<Line>& lines)
     {
-        const int first = readHeader(lines, m_report.rightToLeft, m_findings);
+        const int first = readHeader(lines, m_report.rightToLeft, m_notes);
         for (int i = first; i + 1 < lines.size(); ++i)
             entry(lines.at(i));
         if (first < lines.size()) {
@@ -315,16 +317,16 @@ private:
 
 } // namespace
 
-void lintCodec(const QByteArray& bytes, Report& report)
+void lintCodec(const QByteArray& bytes, Report& report, Notes& notes)
 {
-    const QVector<Line> lines = splitLines(bytes, Damage::Latin1, report.findings);
-    CodecLint(report).run(lines);
+    const QVector<Line> lines = splitLines(bytes, Damage::Latin1, notes);
+    CodecLint(report, notes).run(lines);
 }
 
-void lintMap(const QByteArray& bytes, Report& report)
+void lintMap(const QByteArray& bytes, Report& report, Notes& notes)
 {
-    const QVector<Line> lines = splitLines(bytes, Damage::Latin1, report.findings);
-    MapLint(report).run(lines);
+    const QVector<Line> lines = splitLines(bytes, Damage::Latin1, notes);
+    MapLint(report, notes).run(lines);
 }
 
 } // namespace lint

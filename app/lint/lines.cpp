@@ -5,6 +5,9 @@
 
 #include <QTextCodec>
 
+#include <algorithm>
+#include <utility>
+
 namespace lint {
 
 namespace {
@@ -48,20 +51,35 @@ void markDamagedLines(const QByteArray& bytes, QVector<Line>& lines)
 
 } // namespace
 
-void add(QVector<Finding>& findings, int line, Severity severity, const QString& message)
+void Notes::add(int line, Severity severity, const QString& message)
 {
-    findings.append({line, severity, message});
+    constexpr int most = 1000;
+    if (m_findings.size() < most)
+        m_findings.append({line, severity, message});
+    else
+        ++m_omitted;
 }
 
-QVector<Line> splitLines(const QByteArray& bytes, Damage damage, QVector<Finding>& findings)
+QVector<Finding> Notes::take()
+{
+    std::stable_sort(m_findings.begin(), m_findings.end(),
+                     [](const Finding& a, const Finding& b) { return a.line < b.line; });
+    if (m_omitted > 0) {
+        m_findings.append({m_findings.last().line, Severity::Error,
+                           QStringLiteral("and %1 more findings").arg(m_omitted)});
+    }
+    return std::move(m_findings);
+}
+
+QVector<Line> splitLines(const QByteArray& bytes, Damage damage, Notes& notes)
 {
     QTextCodec* const utf8 = QTextCodec::codecForName("UTF-8");
     QVector<Line> lines;
     QTextCodec* const marked = QTextCodec::codecForUtfText(bytes, utf8);
     if (damage == Damage::Replaced && marked != utf8) {
-        add(findings, 1, Severity::Warning,
-            QStringLiteral("the file is %1; alphabet files are UTF-8")
-                .arg(QString::fromLatin1(marked->name())));
+        notes.add(1, Severity::Warning,
+                  QStringLiteral("the file is %1; alphabet files are UTF-8")
+                      .arg(QString::fromLatin1(marked->name())));
         lines = linesOfText(marked->toUnicode(bytes));
     } else if (isUtf8(bytes)) {
         lines = linesOfText(utf8->toUnicode(bytes));
@@ -72,34 +90,34 @@ QVector<Line> splitLines(const QByteArray& bytes, Damage damage, QVector<Finding
         markDamagedLines(bytes, lines);
         for (const Line& line : qAsConst(lines)) {
             if (line.damaged)
-                add(findings, line.number, Severity::Error,
-                    QStringLiteral("invalid UTF-8: each bad byte is read as U+FFFD"));
+                notes.add(line.number, Severity::Error,
+                          QStringLiteral("invalid UTF-8: each bad byte is read as U+FFFD"));
         }
         if (state.remainingChars > 0) {
-            add(findings, bytes.count('\n') + 1, Severity::Error,
-                QStringLiteral("the file ends within a UTF-8 character"));
+            notes.add(bytes.count('\n') + 1, Severity::Error,
+                      QStringLiteral("the file ends within a UTF-8 character"));
         }
     } else {
         lines = linesOfText(QString::fromLatin1(bytes));
         markDamagedLines(bytes, lines);
         for (const Line& line : qAsConst(lines)) {
             if (line.damaged) {
-                add(findings, line.number, Severity::Warning,
-                    QStringLiteral("invalid UTF-8: the whole file is read as Latin-1"));
+                notes.add(line.number, Severity::Warning,
+                          QStringLiteral("invalid UTF-8: the whole file is read as Latin-1"));
                 break;
             }
         }
     }
     for (const Line& line : qAsConst(lines)) {
         if (line.text.contains(QLatin1Char('\r'))) {
-            add(findings, line.number, Severity::Error,
-                QStringLiteral("a lone carriage return does not end a line"));
+            notes.add(line.number, Severity::Error,
+                      QStringLiteral("a lone carriage return does not end a line"));
         }
     }
     return lines;
 }
 
-int readHeader(const QVector<Line>& lines, bool& rightToLeft, QVector<Finding>& findings)
+int readHeader(const QVector<Line>& lines, bool& rightToLeft, Notes& notes)
 {
     const QLatin1String directionName("TextDirection");
     rightToLeft = false;
@@ -113,7 +131,8 @@ int readHeader(const QVector<Line>& lines, bool& rightToLeft, QVector<Finding>& 
         const bool wanted = rightToLeft;
         rightToLeft = header->declaresRightToLeft();
         if (wanted && !rightToLeft) {
-            add(findings, rightToLeftLine, Severity::Error,
+            notes.add(
+                rightToLeftLine, Severity::Error,
                 QStringLiteral("right-to-left is switched off again by the header line %1: only "
                                "the last header line counts")
                     .arg(line.number));
@@ -122,9 +141,9 @@ int readHeader(const QVector<Line>& lines, bool& rightToLeft, QVector<Finding>& 
             rightToLeftLine = line.number;
         else if (header->name.compare(directionName, Qt::CaseInsensitive) == 0 &&
                  (header->name != directionName || header->value != QLatin1String("LR"))) {
-            add(findings, line.number, Severity::Error,
-                QStringLiteral("this is no right-to-left header: it is written "
-                               "\"@ TextDirection RL\", in these letter cases"));
+            notes.add(line.number, Severity::Error,
+                      QStringLiteral("this is no right-to-left header: it is written "
+                                     "\"@ TextDirection RL\", in these letter cases"));
         }
     }
     return index;

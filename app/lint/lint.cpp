@@ -6,14 +6,11 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <algorithm>
-
 namespace lint {
 
 namespace {
 
-constexpr qint64 largestFile_bytes = 16 * 1024 * 1024;
-constexpr int mostFindings = 1000;
+constexpr qint64 largestFile_bytes = 4 * 1024 * 1024;
 
 QString baseName(const QString& fileName)
 {
@@ -21,58 +18,49 @@ QString baseName(const QString& fileName)
 }
 
 /// Names decide whether and as what a file is offered; a good content does not help there.
-void checkName(Kind kind, const QString& fileName, QVector<Finding>& findings)
+void checkName(Kind kind, const QString& fileName, Notes& notes)
 {
     const QString base = baseName(fileName);
     const QString rest = fileName.mid(base.size()).toLower();
     const bool isMap =
         rest.endsWith(QLatin1String(".ita2.map")) || rest.endsWith(QLatin1String(".ascii.map"));
     if (kind == Kind::Map && !isMap) {
-        add(findings, 0, Severity::Error,
+        notes.add(
+            0, Severity::Error,
             QStringLiteral("a map file is only found under a name that ends in \".ita2.map\" or "
                            "\".ascii.map\""));
         return;
     }
     const int dots = kind == Kind::Map ? 2 : 1;
     if (base.isEmpty() || fileName.count(QLatin1Char('.')) > dots) {
-        add(findings, 0, Severity::Error,
+        notes.add(
+            0, Severity::Error,
             QStringLiteral("the name is cut at its first dot, so \"%1\" is offered and not found "
                            "again")
                 .arg(base));
     }
     if (base.compare(QLatin1String("None"), Qt::CaseInsensitive) == 0) {
-        add(findings, 0, Severity::Error,
+        notes.add(
+            0, Severity::Error,
             QStringLiteral("the name \"None\" stands for no alphabet and is never looked up"));
     }
     if (kind == Kind::Alphabet)
         return;
     if (base.startsWith(QLatin1String("Default"))) {
-        add(findings, 0, Severity::Error,
-            QStringLiteral("a name that begins with \"Default\" stands for no translation"));
+        notes.add(0, Severity::Error,
+                  QStringLiteral("a name that begins with \"Default\" stands for no translation"));
     }
     if (base.contains(QLatin1String(" - "))) {
-        add(findings, 0, Severity::Error,
+        notes.add(
+            0, Severity::Error,
             QStringLiteral("\" - \" in the name is taken for the separator before the character "
                            "set"));
     }
     if (kind == Kind::Codec && base != QLatin1String("ITA2")) {
-        add(findings, 0, Severity::Warning,
-            QStringLiteral("only the codec file ITA2.codec can be chosen by name; a map file "
-                           "\"%1.ita2.map\" can too")
-                .arg(base));
-    }
-}
-
-void finish(Report& report)
-{
-    std::stable_sort(report.findings.begin(), report.findings.end(),
-                     [](const Finding& a, const Finding& b) { return a.line < b.line; });
-    const int more = report.findings.size() - mostFindings;
-    if (more > 0) {
-        const int line = report.findings.at(mostFindings).line;
-        report.findings.resize(mostFindings);
-        add(report.findings, line, Severity::Error,
-            QStringLiteral("%1 more findings from here on").arg(more));
+        notes.add(0, Severity::Warning,
+                  QStringLiteral("only the codec file ITA2.codec can be chosen by name; a map file "
+                                 "\"%1.ita2.map\" can too")
+                      .arg(base));
     }
 }
 
@@ -98,18 +86,18 @@ Kind kindOf(const QString& fileName)
 
 namespace {
 
-Report lintContent(Kind kind, const QByteArray& bytes)
+Report lintContent(Kind kind, const QByteArray& bytes, Notes& notes)
 {
     Report report;
     switch (kind) {
     case Kind::Alphabet:
-        lintAlphabet(bytes, report);
+        lintAlphabet(bytes, report, notes);
         break;
     case Kind::Codec:
-        lintCodec(bytes, report);
+        lintCodec(bytes, report, notes);
         break;
     case Kind::Map:
-        lintMap(bytes, report);
+        lintMap(bytes, report, notes);
         break;
     case Kind::Unknown:
         report.failure = QStringLiteral("not the name of an alphabet (.mal), codec (.codec) or "
@@ -123,8 +111,9 @@ Report lintContent(Kind kind, const QByteArray& bytes)
 
 Report lintBytes(Kind kind, const QByteArray& bytes)
 {
-    Report report = lintContent(kind, bytes);
-    finish(report);
+    Notes notes;
+    Report report = lintContent(kind, bytes, notes);
+    report.findings = notes.take();
     return report;
 }
 
@@ -140,13 +129,14 @@ Report lintFile(const QString& path)
     if (!file.open(QIODevice::ReadOnly))
         return failed(file.errorString());
     if (file.size() > largestFile_bytes)
-        return failed(QStringLiteral("larger than 16 MiB, which no table is"));
+        return failed(QStringLiteral("larger than 4 MiB, which no table is"));
     const QByteArray bytes = file.read(largestFile_bytes);
     if (file.error() != QFileDevice::NoError)
         return failed(file.errorString());
-    Report report = lintContent(kind, bytes);
-    checkName(kind, info.fileName(), report.findings);
-    finish(report);
+    Notes notes;
+    checkName(kind, info.fileName(), notes);
+    Report report = lintContent(kind, bytes, notes);
+    report.findings = notes.take();
     return report;
 }
 

@@ -50,7 +50,7 @@ Kind kindOf(const QString& fileName);
 /// more there are.
 Report lintBytes(Kind kind, const QByteArray& bytes);
 
-/// Checks the file at `path`, its name included. Files above 16 MiB and what is no regular file
+/// Checks the file at `path`, its name included. Files above 4 MiB and what is no regular file
 /// are not read; neither are files of an unknown kind.
 Report lintFile(const QString& path);
 
