@@ -151,7 +151,7 @@ int readHeader(const QVector<Line>& lines, bool& rightToLeft, Notes& notes)
 
 QString shown(QChar character)
 {
-    const QString point = QStringLiteral("U+%1").arg(
+    QString point = QStringLiteral("U+%1").arg(
         QString::number(character.unicode(), 16).toUpper().rightJustified(4, QLatin1Char('0')));
     if (!character.isPrint() || character.isMark() || character.isSurrogate())
         return point;

@@ -10,7 +10,7 @@ namespace lint {
 
 namespace {
 
-constexpr qint64 largestFile_bytes = 4 * 1024 * 1024;
+constexpr qint64 largestFile_bytes = qint64(4) * 1024 * 1024;
 
 QString baseName(const QString& fileName)
 {

@@ -377,9 +377,9 @@ void tst_Lint::whatLintThinksStoredIsWhatTheReaderStores()
 void tst_Lint::randomLinesAreStoredAsTheReaderStoresThem()
 {
     const QVector<QByteArray> pieces = {
-        "A",    "B",  "\xC3\x84",      "\t", "\t", ".-", "-", "\n",
-        "\n",   "\r", "\r\n",          "#",  "@ ", "RL", " ", "\xFF",
-        "\xE2", "x",  "TextDirection "};
+        "\xEF\xBB\xBF", "A",    "B",  "\xC3\x84",      "\t", "\t", ".-", "-",
+        "\n",           "\n",   "\r", "\r\n",          "#",  "@ ", "RL", " ",
+        "\xFF",         "\xE2", "x",  "TextDirection "};
     std::mt19937 random(1844);
     for (int round = 0; round < 5000; ++round) {
         QByteArray content;
