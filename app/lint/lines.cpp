@@ -21,7 +21,7 @@ QVector<Line> linesOfText(const QString& text)
         const int next = end < 0 ? text.size() : end + 1;
         if (end < 0)
             end = text.size();
-        if (end > start && text.at(end - 1) == QLatin1Char('\r'))
+        else if (end > start && text.at(end - 1) == QLatin1Char('\r'))
             --end;
         lines.append({lines.size() + 1, text.mid(start, end - start), false});
         start = next;
@@ -98,7 +98,7 @@ QVector<Line> splitLines(const QByteArray& bytes, Damage damage, Notes& notes)
                       QStringLiteral("the file ends within a UTF-8 character"));
         }
     } else {
-        lines = linesOfText(QString::fromLatin1(bytes));
+        lines = linesOfText(QString::fromLatin1(bytes.constData(), bytes.size()));
         markDamagedLines(bytes, lines);
         for (const Line& line : qAsConst(lines)) {
             if (line.damaged) {

@@ -3,6 +3,8 @@
 // read from the page here, so neither can go stale.
 #include "app/lint/lint.h"
 
+#include "charmap/codechandler.h"
+#include "host/standin/configuration.h"
 #include "morse/morsetranslator.h"
 
 #include <QTemporaryDir>
@@ -97,6 +99,12 @@ class tst_FormatPages : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase()
+    {
+        // A process asks for the name of its decoder modules file once.
+        setConfigurationValue(QString(), QStringLiteral("DecoderModulesFile"), m_modules.path());
+    }
+
     void theAlphabetPageIsTrue()
     {
         const Page page("alphabet.md");
@@ -111,6 +119,63 @@ private Q_SLOTS:
             QCOMPARE(translator.DecodeMorse(row.at(0)), row.at(1));
         QVERIFY(lint::lintFile(file.path()).findings.isEmpty());
     }
+
+    void theMapPageIsTrue()
+    {
+        const Page page("map.md");
+        const ExampleFile file(page, QStringLiteral("Example.ascii.map"));
+        CodecHandler handler;
+        handler.SetAlphabetsDir(file.folder());
+        QVERIFY(handler.SetAlphabet(QStringLiteral("Example - ASCII")));
+        QVERIFY(page.says(saysRightToLeft));
+        QVERIFY(handler.TextDirectionRTL());
+        checkCharacters(page, handler, 5);
+        // The line without a value is there to show what it does: lint says so too.
+        QCOMPARE(lint::lintFile(file.path()).findings.size(), 2);
+    }
+
+    void theCodecPageIsTrue()
+    {
+        const Page page("codec.md");
+        const ExampleFile file(page, QStringLiteral("ITA2.codec"));
+        CodecHandler handler;
+        handler.SetAlphabetsDir(file.folder());
+        QVERIFY(handler.SetAlphabet(QStringLiteral("ITA2 - ITA2")));
+        QVERIFY(page.says(saysLeftToRight));
+        QVERIFY(!handler.TextDirectionRTL());
+        checkCharacters(page, handler, 5);
+    }
+
+    void theDecoderModulesPageIsTrue()
+    {
+        const Page page("decodermodules.md");
+        CodecHandler handler;
+        handler.SetAlphabetsDir(QStringLiteral(PROJECT_DATA_DIR "/maps"));
+        const auto rows = page.table(QStringLiteral("Decoder"));
+        QCOMPARE(rows.size(), 4);
+        for (const QStringList& row : rows) {
+            handler.SetDecoder(row.at(0));
+            const QStringList maps = handler.AvailableAlphabets();
+            const QString offered = row.at(2);
+            const bool both = offered == QLatin1String("both");
+            QCOMPARE(maps.contains(QStringLiteral("Russian - ITA2")),
+                     both || offered == QLatin1String("ITA2"));
+            QCOMPARE(maps.contains(QStringLiteral("Greek - ASCII")),
+                     both || offered == QLatin1String("ASCII"));
+            QCOMPARE(maps.size() == 1, offered == QLatin1String("none"));
+        }
+    }
+
+private:
+    static void checkCharacters(const Page& page, CodecHandler& handler, int count)
+    {
+        const auto rows = page.table(QStringLiteral("Decoder"));
+        QCOMPARE(rows.size(), count);
+        for (const QStringList& row : rows)
+            QCOMPARE(handler.Translate(row.at(0)), row.at(1));
+    }
+
+    ExampleFile m_modules{Page("decodermodules.md"), QStringLiteral("decodermodules.txt")};
 };
 
 QTEST_APPLESS_MAIN(tst_FormatPages)

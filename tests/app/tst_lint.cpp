@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/lint/lint.h"
 
+#include "charmap/codecfile.h"
+#include "charmap/mapfile.h"
 #include "morse/alphabetfile.h"
 
 #include <QBuffer>
@@ -51,12 +53,29 @@ QByteArray contentOf(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// What the library's reader stores of an alphabet.
-MorseAlphabet readByTheLibrary(QByteArray bytes)
+/// What the library's readers store: a report without findings.
+Report readByTheLibrary(Kind kind, QByteArray bytes)
 {
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::ReadOnly);
-    return readAlphabetFile(buffer);
+    Report report;
+    if (kind == Kind::Alphabet) {
+        QBuffer buffer(&bytes);
+        buffer.open(QIODevice::ReadOnly);
+        const MorseAlphabet read = readAlphabetFile(buffer);
+        report.alphabet = read.codes;
+        report.rightToLeft = read.rightToLeft;
+        return report;
+    }
+    const CharacterTable read = kind == Kind::Codec ? readCodecFile(bytes) : readMapFile(bytes);
+    for (auto it = read.characters.cbegin(); it != read.characters.cend(); ++it)
+        report.characters.insert(uchar(it.key()), it.value());
+    report.rightToLeft = read.rightToLeft;
+    return report;
+}
+
+bool storesTheSame(const Report& one, const Report& other)
+{
+    return one.alphabet == other.alphabet && one.characters == other.characters &&
+           one.rightToLeft == other.rightToLeft;
 }
 
 } // namespace
@@ -75,7 +94,8 @@ private Q_SLOTS:
     void everyFolderOfTablesIsLookedAt();
     void whatLintThinksStoredIsWhatTheReaderStores_data();
     void whatLintThinksStoredIsWhatTheReaderStores();
-    void randomLinesAreStoredAsTheReaderStoresThem();
+    void randomLinesAreStoredAsTheReadersStoreThem_data();
+    void randomLinesAreStoredAsTheReadersStoreThem();
     void findingsComeInTheOrderOfTheLines();
     void theNumberOfFindingsIsBounded();
     void aFileThatCannotBeReadIsToldInOneLine();
@@ -344,51 +364,75 @@ void tst_Lint::everyFolderOfTablesIsLookedAt()
 
 void tst_Lint::whatLintThinksStoredIsWhatTheReaderStores_data()
 {
+    QTest::addColumn<Kind>("kind");
     QTest::addColumn<QByteArray>("content");
     for (const QString& path : shippedTables()) {
-        if (lint::kindOf(path) == Kind::Alphabet)
-            QTest::newRow(qPrintable(QFileInfo(path).fileName())) << contentOf(path);
+        QTest::newRow(qPrintable(QFileInfo(path).fileName()))
+            << lint::kindOf(path) << contentOf(path);
     }
-    QTest::newRow("no final line end") << QByteArray("A\t.-\nB\t-...");
-    QTest::newRow("one line") << QByteArray("A\t.-");
-    QTest::newRow("CR LF") << QByteArray("A\t.-\r\nB\t-...\r\n\r\n");
-    QTest::newRow("lone CR") << QByteArray("A\t.-\rB\t-...\n\nC\t-.-.\r");
-    QTest::newRow("only headers") << QByteArray("@ TextDirection RL\n@ A B\n");
-    QTest::newRow("headers and one line") << QByteArray("@ TextDirection RL\nA\t.-");
-    QTest::newRow("UTF-8 mark") << QByteArray("\xEF\xBB\xBF@ TextDirection RL\nA\t.-\n\n");
-    QTest::newRow("UTF-16 mark") << QByteArray("\xFF\xFE"
-                                               "A\0\t\0.\0-\0\n\0\n\0",
-                                               14);
-    QTest::newRow("invalid UTF-8") << QByteArray("A\t.-\n\xC4\xE4\t.-.-\n\xE2\x82\t-\n\n");
-    QTest::newRow("NUL bytes") << QByteArray("A\0B\t.-\nC\t-\0.\n\n", 14);
-    QTest::newRow("empty") << QByteArray();
-    QTest::newRow("empty lines") << QByteArray("\n\n\nA\t.-\n\n\n");
+    const struct
+    {
+        const char* name;
+        Kind kind;
+    } kinds[] = {{"alphabet", Kind::Alphabet}, {"codec", Kind::Codec}, {"map", Kind::Map}};
+    const auto row = [&kinds](const char* name, const QByteArray& content) {
+        for (const auto& kind : kinds)
+            QTest::addRow("%s as %s", name, kind.name) << kind.kind << content;
+    };
+    row("no final line end", "A\t.-\nB\t-...");
+    row("one line", "A\t.-");
+    row("CR LF", "A\t.-\r\nB\t-...\r\nA;0x0041\r\nB;\r\n\r\n");
+    row("lone CR", "A\t.-\rB\t-...\n\nC\t-.-.\rC;\r");
+    row("only headers", "@ TextDirection RL\n@ A B\n");
+    row("headers and one line", "@ TextDirection RL\nA\t.-");
+    row("UTF-8 mark", "\xEF\xBB\xBF@ TextDirection RL\nA\t.-\n\n");
+    row("UTF-16 mark", QByteArray("\xFF\xFE"
+                                  "A\0\t\0.\0-\0\n\0\n\0",
+                                  14));
+    row("invalid UTF-8", "A\t.-\n\xC4\xE4\t.-.-\n\xE2\x82\t-\n\n");
+    row("NUL bytes", QByteArray("A\0B\t.-\nC\t-\0.\n\n", 14));
+    row("empty", QByteArray());
+    row("empty lines", "\n\n\nA\t.-\n\n\n");
+    row("blanks around numbers", "0x41 \t 0x42\n 0x43\t0x44 \nA; 0x45\nB;0x46 \n\n");
+    row("numbers of all kinds",
+        "-1\t0x41\n+65\t0x1FFFF\n0x1FFFFFFFF\t0x42\n0b11\t0X43\n08\t-0x44\n1e2\t0x\n\n");
+    row("codec numbers of all kinds", "t\n\nA;0x1FFFF\nB;0xFFFFFFFF\nC;-0x41\nD;0x\nE;0X41\n");
 }
 
 void tst_Lint::whatLintThinksStoredIsWhatTheReaderStores()
 {
+    QFETCH(Kind, kind);
     QFETCH(QByteArray, content);
-    const Report report = lint::lintBytes(Kind::Alphabet, content);
-    const MorseAlphabet read = readByTheLibrary(content);
-    QCOMPARE(report.alphabet, read.codes);
+    const Report report = lint::lintBytes(kind, content);
+    const Report read = readByTheLibrary(kind, content);
+    QCOMPARE(report.alphabet, read.alphabet);
+    QCOMPARE(report.characters, read.characters);
     QCOMPARE(report.rightToLeft, read.rightToLeft);
 }
 
-void tst_Lint::randomLinesAreStoredAsTheReaderStoresThem()
+void tst_Lint::randomLinesAreStoredAsTheReadersStoreThem_data()
 {
+    QTest::addColumn<Kind>("kind");
+    QTest::newRow("alphabets") << Kind::Alphabet;
+    QTest::newRow("codecs") << Kind::Codec;
+    QTest::newRow("maps") << Kind::Map;
+}
+
+void tst_Lint::randomLinesAreStoredAsTheReadersStoreThem()
+{
+    QFETCH(Kind, kind);
     const QVector<QByteArray> pieces = {
-        "\xEF\xBB\xBF", "A",    "B",  "\xC3\x84",      "\t", "\t", ".-", "-",
-        "\n",           "\n",   "\r", "\r\n",          "#",  "@ ", "RL", " ",
-        "\xFF",         "\xE2", "x",  "TextDirection "};
+        "A",    "B",       "\xC3\x84",     "\t", "\t",   ".-", "-",    "\n",
+        "\n",   "\n",      "\r",           "#",  "\r\n", "@ ", "RL",   " ",
+        "\xFF", "\xE2",    "\xEF\xBB\xBF", ";",  ";",    "0x", "0x04", "TextDirection ",
+        "7",    "\xD0\x96"};
     std::mt19937 random(1844);
     for (int round = 0; round < 5000; ++round) {
         QByteArray content;
         for (unsigned length = random() % 30; length > 0; --length)
             content += pieces.at(int(random() % unsigned(pieces.size())));
-        const Report report = lint::lintBytes(Kind::Alphabet, content);
-        const MorseAlphabet read = readByTheLibrary(content);
-        QVERIFY2(report.alphabet == read.codes, content.toPercentEncoding().constData());
-        QVERIFY2(report.rightToLeft == read.rightToLeft, content.toPercentEncoding().constData());
+        QVERIFY2(storesTheSame(lint::lintBytes(kind, content), readByTheLibrary(kind, content)),
+                 content.toPercentEncoding().constData());
     }
 }
 

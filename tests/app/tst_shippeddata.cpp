@@ -3,6 +3,9 @@
 // of an alphabet can be received, every file has its origin written down.
 #include "app/lint/lint.h"
 
+#include "app/translate/mapfiles.h"
+#include "charmap/codechandler.h"
+#include "host/standin/configuration.h"
 #include "morse/morsetranslator.h"
 
 #include <QtTest>
@@ -74,6 +77,10 @@ class tst_ShippedData : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase();
+    void everyMapCanBeChosenAndTurnedBack_data();
+    void everyMapCanBeChosenAndTurnedBack();
+    void theSampleDecodersCoverEveryCharacterSet();
     void mapsEqualIconv_data();
     void mapsEqualIconv();
     void theTildeIsAllThatDanishHasElse();
@@ -89,6 +96,47 @@ private Q_SLOTS:
     void everyFileHasItsOriginWrittenDown_data();
     void everyFileHasItsOriginWrittenDown();
 };
+
+void tst_ShippedData::initTestCase()
+{
+    // A process asks for the name of its decoder modules file once.
+    setConfigurationValue(QString(), QStringLiteral("DecoderModulesFile"),
+                          folder("decoders").filePath(QStringLiteral("decodermodules.txt")));
+}
+
+void tst_ShippedData::everyMapCanBeChosenAndTurnedBack_data()
+{
+    QTest::addColumn<QString>("name");
+    for (const translate::MapFile& file : translate::mapFilesIn(folder("maps")))
+        QTest::newRow(qPrintable(file.name)) << file.name;
+}
+
+void tst_ShippedData::everyMapCanBeChosenAndTurnedBack()
+{
+    QFETCH(QString, name);
+    CodecHandler handler;
+    handler.SetAlphabetsDir(folder("maps").path());
+    QVERIFY(handler.SetAlphabet(name));
+    QString bytes;
+    for (int byte = 0; byte < 256; ++byte)
+        bytes += QChar(byte);
+    const QString text = handler.Translate(bytes);
+    QVERIFY(text != bytes);
+    QCOMPARE(handler.TextDirectionRTL(), name.startsWith(QLatin1String("Hebrew")));
+    for (int byte = 0; byte < 256; ++byte) {
+        if (text.count(text.at(byte)) == 1)
+            QCOMPARE(handler.Backtranslate(text.at(byte)), QString(bytes.at(byte)));
+    }
+}
+
+void tst_ShippedData::theSampleDecodersCoverEveryCharacterSet()
+{
+    CodecHandler handler;
+    QCOMPARE(handler.CharsetForDecoder(QStringLiteral("Baudot")), eCHARSET_ITA2);
+    QCOMPARE(handler.CharsetForDecoder(QStringLiteral("ASCII RTTY")), eCHARSET_ASCII);
+    QCOMPARE(handler.CharsetForDecoder(QStringLiteral("PSK31")), eCHARSET_BOTH);
+    QCOMPARE(handler.CharsetForDecoder(QStringLiteral("Morse")), eCHARSET_NONE);
+}
 
 void tst_ShippedData::mapsEqualIconv_data()
 {
