@@ -143,6 +143,8 @@ void tst_Lint::eachTrapHasItsFinding_data()
          "(U+0391)"});
     row("a Cyrillic letter in a Latin alphabet is told", mal, "A\t.-\nB\t-...\nЖ\t...-\n\n",
         {"3? the key \"Ж\" (U+0416) is Cyrillic in an alphabet that is Latin"});
+    row("a letter of a script without a name is told", mal, "A\t.-\nB\t-...\nԱ\t.-.-\n\n",
+        {"3? the key \"Ա\" (U+0531) is of another script in an alphabet that is Latin"});
     row("a word of mixed scripts is told", mal, "Α\t.-\nΒ\t-...\nΟK\t----\n\n",
         {"3? the key \"K\" (U+004B) is Latin in an alphabet that is Greek; it looks like \"Κ\""});
     row("a key given twice is replaced", mal, "A\t.-\nB\t-...\nA\t.-.-\n\n",
@@ -461,17 +463,26 @@ void tst_Lint::aFileThatCannotBeReadIsToldInOneLine()
     QVERIFY(large.resize(5 * 1024 * 1024));
     large.close();
 
-    const QStringList names = {QStringLiteral("missing.mal"), QStringLiteral("folder.mal"),
-                               QStringLiteral("large.mal"), QStringLiteral("text.txt")};
-    for (const QString& name : names) {
-        const QString path = folder.filePath(name);
+    const struct
+    {
+        const char* name;
+        const char* reason;
+    } files[] = {
+        {"missing.mal", "No such file"},
+        {"folder.mal", "not a regular file"},
+        {"large.mal", "larger than 4 MiB"},
+        {"text.txt", "not the name of an alphabet"},
+    };
+    for (const auto& expected : files) {
+        const QString path = folder.filePath(QLatin1String(expected.name));
         QString out;
         QString err;
         QTextStream outStream(&out);
         QTextStream errStream(&err);
         QCOMPARE(lint::runLint({path}, outStream, errStream), 1);
         QCOMPARE(out, QString());
-        QVERIFY2(err.startsWith(QStringLiteral("morsehost: ") + path + QStringLiteral(": ")),
+        QVERIFY2(err.startsWith(
+                     QStringLiteral("morsehost: %1: %2").arg(path, QLatin1String(expected.reason))),
                  qPrintable(err));
         QCOMPARE(err.count(QLatin1Char('\n')), 1);
     }
