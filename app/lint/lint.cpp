@@ -142,6 +142,9 @@ Report lintFile(const QString& path)
 
 int runLint(const QStringList& files, QTextStream& out, QTextStream& err)
 {
+    // Keys are written as they are, whatever the locale.
+    out.setCodec("UTF-8");
+    err.setCodec("UTF-8");
     int status = 0;
     for (const QString& file : files) {
         const Report report = lintFile(file);

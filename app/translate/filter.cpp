@@ -149,6 +149,7 @@ int runTranslate(const FilterOptions& options, int inputDescriptor, int outputDe
 {
     // A reader that has gone away is met as an error of write, not as the end of the process.
     std::signal(SIGPIPE, SIG_IGN);
+    err.setCodec("UTF-8");
     const auto fail = [&err](const QString& reason) {
         err << "morsehost: " << reason << '\n';
         err.flush();

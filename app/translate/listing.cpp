@@ -10,8 +10,11 @@ namespace translate {
 
 namespace {
 
-bool checkFolder(const QDir& folder, QTextStream& err)
+/// Names are written as they are, whatever the locale.
+bool begin(const QDir& folder, QTextStream& out, QTextStream& err)
 {
+    out.setCodec("UTF-8");
+    err.setCodec("UTF-8");
     if (folder.exists())
         return true;
     err << "morsehost: " << folder.path() << ": no such folder\n";
@@ -38,7 +41,7 @@ void writeLine(QTextStream& out, const QString& name, const QString& path, bool 
 int listAlphabets(const QString& directory, QTextStream& out, QTextStream& err)
 {
     const QDir folder(directory);
-    if (!checkFolder(folder, err))
+    if (!begin(folder, out, err))
         return 1;
     SimpleMorseHandler handler;
     handler.SetAlphabetsDir(directory);
@@ -56,7 +59,7 @@ int listAlphabets(const QString& directory, QTextStream& out, QTextStream& err)
 int listMaps(const QString& directory, const QString& decoder, QTextStream& out, QTextStream& err)
 {
     const QDir folder(directory);
-    if (!checkFolder(folder, err))
+    if (!begin(folder, out, err))
         return 1;
     CodecHandler handler;
     handler.SetAlphabetsDir(directory);

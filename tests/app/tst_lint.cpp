@@ -101,6 +101,7 @@ private Q_SLOTS:
     void aFileThatCannotBeReadIsToldInOneLine();
     void findingsAreWrittenInTheStyleOfCompilers();
     void cleanFilesSayNothing();
+    void keysAreWrittenInUtf8WhateverTheLocale();
 };
 
 void tst_Lint::eachTrapHasItsFinding_data()
@@ -517,6 +518,23 @@ void tst_Lint::cleanFilesSayNothing()
     QTextStream errStream(&err);
     QCOMPARE(lint::runLint(shippedTables(), outStream, errStream), 0);
     QCOMPARE(out + err, QString());
+}
+
+void tst_Lint::keysAreWrittenInUtf8WhateverTheLocale()
+{
+    QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("a.mal")));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("Ж\t\n\n");
+    file.close();
+
+    QByteArray out;
+    QTextStream outStream(&out);
+    outStream.setCodec("US-ASCII");
+    QString err;
+    QTextStream errStream(&err);
+    QCOMPARE(lint::runLint({file.fileName()}, outStream, errStream), 1);
+    QVERIFY(out.contains("\"Ж\""));
 }
 
 QTEST_APPLESS_MAIN(tst_Lint)
