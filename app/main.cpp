@@ -20,6 +20,10 @@ const std::vector<Command>& commands()
     static const std::vector<Command> rows = {
         morsehost::decodeCommand(),
         morsehost::symbolsCommand(),
+        morsehost::alphabetsCommand(),
+        morsehost::mapsCommand(),
+        morsehost::translateCommand(),
+        morsehost::lintCommand(),
     };
     return rows;
 }

@@ -15,5 +15,9 @@ struct Command
 
 Command decodeCommand();
 Command symbolsCommand();
+Command alphabetsCommand();
+Command mapsCommand();
+Command translateCommand();
+Command lintCommand();
 
 } // namespace morsehost

@@ -6,6 +6,8 @@
 #include <QRegularExpression>
 #include <QXmlStreamReader>
 
+#include <limits>
+
 namespace TavikResultDataXml {
 
 namespace {
@@ -96,7 +98,9 @@ private:
     {
         const auto [second, microseconds] = ReadTime("Time", 6);
         const qint64 second_ms = second.toMSecsSinceEpoch();
-        if (second.isValid() && second_ms < 0)
+        constexpr qint64 LAST_ms =
+            static_cast<qint64>(std::numeric_limits<unsigned long long>::max() / 1000);
+        if (second.isValid() && (second_ms < 0 || second_ms > LAST_ms))
             m_xml.raiseError(QStringLiteral("bad Time"));
         return static_cast<unsigned long long>(second_ms) * 1000 + microseconds;
     }
@@ -105,8 +109,8 @@ private:
     /// microseconds, with three the time and 0.
     std::pair<QDateTime, unsigned int> ReadTime(const char* attribute, int digits)
     {
-        static const QRegularExpression pattern(
-            QStringLiteral("^(-?\\d{4,9})-(\\d\\d)-(\\d\\d)T(\\d\\d):(\\d\\d):(\\d\\d),(\\d+)Z$"));
+        static const QRegularExpression pattern(QStringLiteral(
+            "^(-?\\d{4,8})-(\\d\\d)-(\\d\\d)T(\\d\\d):(\\d\\d):(\\d\\d),(\\d+)Z\\z"));
         const QString text = m_xml.attributes().value(QLatin1String(attribute)).toString();
         const QRegularExpressionMatch match = pattern.match(text);
         const QDate date(match.captured(1).toInt(), match.captured(2).toInt(),
