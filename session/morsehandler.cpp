@@ -331,7 +331,7 @@ void MorseHandler::EndMorseSession()
 {
     m_bMorseAvailable = false;
     m_bSessionActive = false;
-    m_strSymbolBuffer.clear();
+    ClearSymbolBuffer();
     m_strCurrentSymbols.clear();
     m_strErrorMarks.clear();
     m_bDigitMode = false;
@@ -507,18 +507,29 @@ void MorseHandler::appendToResult(const QString& text)
 
 void MorseHandler::AddToSymbolBuffer(const QString& s)
 {
-    if (m_strSymbolBuffer.size() + s.size() >= SYMBOL_BUFFER_LIMIT)
-        m_strSymbolBuffer.remove(0, s.size());
+    if (m_strSymbolBuffer.size() - m_symbolBufferStart + s.size() >= SYMBOL_BUFFER_LIMIT)
+        m_symbolBufferStart += s.size();
+    // Moving the whole buffer for every symbol would cost more than decoding it.
+    if (m_symbolBufferStart >= SYMBOL_BUFFER_LIMIT)
+        dropSlidOutSymbols();
     m_strSymbolBuffer += s;
+}
+
+void MorseHandler::dropSlidOutSymbols()
+{
+    m_strSymbolBuffer.remove(0, m_symbolBufferStart);
+    m_symbolBufferStart = 0;
 }
 
 void MorseHandler::ClearSymbolBuffer()
 {
     m_strSymbolBuffer.clear();
+    m_symbolBufferStart = 0;
 }
 
 const QString& MorseHandler::GetCurrentMorseSymbolString()
 {
+    dropSlidOutSymbols();
     return m_strSymbolBuffer;
 }
 
@@ -526,7 +537,7 @@ const QString& MorseHandler::TranslateText(bool partOnly, bool fromEnd, int coun
 {
     if (partOnly && count >= 1)
         return m_pTranslator->Translate(GetPartOfSymbolString(fromEnd, count));
-    return m_pTranslator->Translate(m_strSymbolBuffer);
+    return m_pTranslator->Translate(GetCurrentMorseSymbolString());
 }
 
 // A unit is a completed character or a word gap. The part begins with the separator that completes
@@ -535,13 +546,14 @@ QString MorseHandler::GetPartOfSymbolString(bool fromEnd, int count)
 {
     if (!fromEnd)
         return {};
-    int start = m_strSymbolBuffer.size();
+    const QString& buffer = GetCurrentMorseSymbolString();
+    int start = buffer.size();
     int end = -1; // index of the last separator
     int units = 0;
     bool inCharacter = false;
     while (start > 0 && units < count) {
         --start;
-        const QChar c = m_strSymbolBuffer.at(start);
+        const QChar c = buffer.at(start);
         const bool isWordGap = c == QLatin1Char('w');
         if (isWordGap || c == QLatin1Char('c')) {
             if (end < 0)
@@ -552,7 +564,7 @@ QString MorseHandler::GetPartOfSymbolString(bool fromEnd, int count)
             inCharacter = true;
         }
     }
-    return end < 0 ? QString() : m_strSymbolBuffer.mid(start, end - start + 1);
+    return end < 0 ? QString() : buffer.mid(start, end - start + 1);
 }
 
 // The result document.

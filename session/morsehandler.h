@@ -132,6 +132,7 @@ private:
 
     // Symbols.
     void AddToSymbolBuffer(const QString& s);
+    void dropSlidOutSymbols();
     void ProcessSymbolList();
     void processOldestSymbol();
     void ProcessNewChar(const QString& s);
@@ -176,7 +177,7 @@ private:
     ValueSelection* m_pDecResult = nullptr;
     MorseTranslator* m_pTranslator = nullptr;
     QString m_strAlphabetDirectory; ///< ends in a backslash once set from its value
-    QString m_strSymbolBuffer;
+    QString m_strSymbolBuffer; ///< what slid out may still be in front
     QString m_strCurrentSymbols; ///< dots and dashes of the character being received
     QString m_strErrorMarks;     ///< since the last character, word or line end
     QString m_strSaveDirectory;
@@ -214,6 +215,8 @@ private:
     // What a full disk kept back.
     QString m_codeBacklog;
     QString m_textBacklog;
+    // Where the window over the symbol buffer begins.
+    int m_symbolBufferStart = 0;
     // Codes may arrive while one is processed.
     bool m_processing = false;
     int m_arrivals = 0;

@@ -386,6 +386,14 @@ private Q_SLOTS:
         QCOMPARE(host.handler.GetCurrentMorseSymbolString().size(), 29999);
         QVERIFY(host.handler.GetCurrentMorseSymbolString().startsWith(QLatin1String("-.")));
         QVERIFY(host.handler.GetCurrentMorseSymbolString().endsWith(QLatin1String(".c")));
+        // However far it slides.
+        for (int i = 0; i < 100000; ++i)
+            host.send(i % 7 == 0 ? "c" : "-");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString().size(), 29999);
+        QVERIFY(!host.handler.GetCurrentMorseSymbolString().contains(QLatin1Char('.')));
+        host.send("w");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString().size(), 29999);
+        QVERIFY(host.handler.GetCurrentMorseSymbolString().endsWith(QLatin1String("-w")));
     }
 
     void aPartOfTheBufferIsTranslatedAgain_data()
