@@ -15,8 +15,9 @@ constexpr double START_DELAY_us = 2.0e6; // at the start of a transmission the s
 // Log likelihood of keying over noise that makes a signal a signal: noise reaches it once in e^25
 // tries, with some hundred tries a second.
 constexpr double CONFIRMING_GAIN = 25.0;
-constexpr double WEAKEST_RATIO = 0.35; // signal to noise of one step: -7.5 dB in 500 Hz
-constexpr double FOLLOW_us = 1.5e6;    // marks not older than this tell level and tone
+constexpr std::int64_t LEAST_MARKS = 2; // one may be a click
+constexpr double WEAKEST_RATIO = 0.35;  // signal to noise of one step: -7.5 dB in 500 Hz
+constexpr double FOLLOW_us = 1.5e6;     // marks not older than this tell level and tone
 constexpr double LEVEL_MEMORY_us = 0.5e6;
 constexpr double LARGEST_PULL_Hz = 0.5; // of the tone, per review
 
@@ -46,6 +47,12 @@ void Channel::setNoise(double noise)
     m_weakest = WEAKEST_RATIO * level.noise;
     level.signal = std::max(level.signal, m_weakest);
     m_likelihood.setLevel(level);
+}
+
+ToneCandidate Channel::heard() const
+{
+    const Level& level = m_likelihood.level();
+    return {m_baseband.tone_Hz(), level.signal, level.noise * m_baseband.stepSamples(), 0.0};
 }
 
 std::int64_t Channel::time_us(std::int64_t step) const
@@ -90,15 +97,18 @@ void Channel::review(bool last)
         for (const Segment& segment : path.segments) {
             if (segment.kind == Kind::Carrier)
                 carrier = true;
-            else if (isMark(segment.kind) && ++marks == 1)
+            else if (isMark(segment.kind) && &segment != &path.segments.back() && ++marks == 1)
                 m_firstMark = m_origin + segment.begin_step;
         }
         m_gain = path.gain;
-        m_confirmed = path.complete && path.gain > CONFIRMING_GAIN && !carrier && marks > 0;
+        m_confirmed =
+            path.complete && path.gain > CONFIRMING_GAIN && !carrier && marks >= LEAST_MARKS;
     }
     for (const Segment& segment : path.segments) {
-        if (isMark(segment.kind))
+        if (isMark(segment.kind)) {
             m_lastMark = m_origin + segment.end_step;
+            m_unit_steps = segment.unit_steps;
+        }
     }
     follow(path);
     if (m_confirmed && m_released)
