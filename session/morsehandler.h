@@ -177,9 +177,9 @@ private:
     ValueSelection* m_pDecResult = nullptr;
     MorseTranslator* m_pTranslator = nullptr;
     QString m_strAlphabetDirectory; ///< ends in a backslash once set from its value
-    QString m_strSymbolBuffer; ///< what slid out may still be in front
-    QString m_strCurrentSymbols; ///< dots and dashes of the character being received
-    QString m_strErrorMarks;     ///< since the last character, word or line end
+    QString m_strSymbolBuffer;      ///< what slid out may still be in front
+    QString m_strCurrentSymbols;    ///< dots and dashes of the character being received
+    QString m_strErrorMarks;        ///< since the last character, word or line end
     QString m_strSaveDirectory;
     QString m_strCodeFileName; ///< empty when there is none
     QString m_strTextFileName; ///< empty when there is none
