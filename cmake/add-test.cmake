@@ -8,9 +8,10 @@ function(morsehandler_add_test name)
     get_filename_component(folder ${CMAKE_CURRENT_SOURCE_DIR} NAME)
     add_executable(${name} ${name}.cpp ${arg_SOURCES})
     set_target_properties(${name} PROPERTIES AUTOMOC ON)
-    # Tests compare with literals all the time; the casts that the code does without are fine here.
     target_link_libraries(${name} PRIVATE
         ${arg_LIBRARIES} testsupport morsehandler hoststandin Qt5::Test morsehandler_options)
+    # Tests compare with literals all the time; the casts that the code does without are fine here.
+    target_compile_options(${name} PRIVATE -UQT_NO_CAST_FROM_ASCII)
     target_compile_definitions(${name} PRIVATE
         TEST_DATA_DIR="${PROJECT_SOURCE_DIR}/tests/data"
         PROJECT_DATA_DIR="${PROJECT_SOURCE_DIR}/data"

@@ -2,6 +2,7 @@
 #include "host/resultdata.h"
 
 #include "files/hostpath.h"
+#include "host/standin/resultpolicy.h"
 #include "host/standin/resultwriter.h"
 #include "host/trace.h"
 
@@ -16,6 +17,8 @@ namespace {
 constexpr std::size_t MOST_KEPT_bytes = std::size_t(64) << 20;
 /// A save that cannot write much should not take long over finding that out.
 constexpr int MOST_FAILURES = 8;
+
+bool areDocumentsKept = true;
 
 unsigned long long revisionOf(const TransmissionContent& transmission)
 {
@@ -41,6 +44,11 @@ void trace(const QString& message, unsigned short line)
 
 } // namespace
 
+void keepResultDocuments(bool keep)
+{
+    areDocumentsKept = keep;
+}
+
 DataBlock::DataBlock(int channel, int format, int flags)
     : m_content(std::make_shared<BlockContent>())
 {
@@ -53,6 +61,8 @@ DataBlock::~DataBlock() = default;
 
 void DataBlock::BeginFrame()
 {
+    if (!areDocumentsKept)
+        return;
     m_content->frames.push_back({0, m_content->text.size()});
     m_content->isFrameOpen = true;
     ++m_content->revision;
@@ -284,6 +294,8 @@ void TavikResultData::AddTransmission(Transmission* transmission)
 
 bool TavikResultData::SaveFile(const QString& fileName)
 {
+    if (!areDocumentsKept)
+        return true;
     const QString path = m_impl->PathOf(fileName);
     m_impl->Demand(path);
     m_impl->WriteKept(MOST_FAILURES);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Result documents on disk: what is in them, and that nothing is lost on the way.
 #include "host/resultdata.h"
+#include "host/standin/resultpolicy.h"
 #include "host/standin/resultreader.h"
 #include "host/standin/tracelog.h"
 #include "support/resultschema.h"
@@ -761,6 +762,23 @@ private:
     QStringList files() const { return QDir(m_dir->path()).entryList(QDir::Files, QDir::Name); }
 
     std::unique_ptr<QTemporaryDir> m_dir;
+
+    void aHostThatKeepsNoDocumentsWritesNone()
+    {
+        QTemporaryDir dir;
+        TavikResultData document;
+        keepResultDocuments(false);
+        DataBlock* const block = addTransmission(document, QStringLiteral("dropped"));
+        QVERIFY(document.SaveFile(dir.filePath("x.xml")));
+        keepResultDocuments(true);
+        QVERIFY(!QFile::exists(dir.filePath("x.xml")));
+        appendFrame(block, QStringLiteral("kept"));
+        QVERIFY(document.SaveFile(dir.filePath("x.xml")));
+        const ResultDocument saved = readFile(dir.filePath("x.xml"));
+        QCOMPARE(saved.transmissions.size(), std::size_t(1));
+        QCOMPARE(saved.transmissions[0].blocks[0].frames.size(), std::size_t(1));
+        QCOMPARE(saved.transmissions[0].blocks[0].frames[0].text, QStringLiteral("kept"));
+    }
 };
 
 QTEST_APPLESS_MAIN(tst_ResultData)

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+// The header lines that alphabet files and map files share: "@ name value anything".
+// No API: used inside the library only.
+#pragma once
+
+#include <QStringView>
+
+#include <optional>
+
+/// Views into the line that was matched.
+struct HeaderLine
+{
+    QStringView name;
+    QStringView value;
+
+    /// Whether the line says that the text runs right to left. Every other header line says that
+    /// it does not, so the last header line of a file decides.
+    bool declaresRightToLeft() const;
+};
+
+/// Matches a whole line, without its line end, as QRegExp matches "@\s*(\w+)\s+(\w+).*", but in a
+/// single pass whatever the line holds.
+std::optional<HeaderLine> matchHeaderLine(QStringView line);

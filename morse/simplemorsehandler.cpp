@@ -1,0 +1,238 @@
+// SPDX-License-Identifier: MIT
+#include "morse/simplemorsehandler.h"
+
+#include "files/hostpath.h"
+#include "files/regularfile.h"
+#include "morse/alphabetfile.h"
+#include "morse/codeindex.h"
+#include "morse/cutzero.h"
+
+#include <QVarLengthArray>
+
+#include <algorithm>
+#include <optional>
+
+const QString SimpleMorseHandler::DOT = QStringLiteral(".");
+const QString SimpleMorseHandler::DASH = QStringLiteral("-");
+const QString SimpleMorseHandler::NEW_CHAR = QStringLiteral(" ");
+const QString SimpleMorseHandler::NEW_WORD = QStringLiteral("\t");
+const QString SimpleMorseHandler::NEW_LINE = QStringLiteral("\n");
+const QString SimpleMorseHandler::DOT_TOO_SHORT = QStringLiteral("[PAUSE TO SHORT]");
+const QString SimpleMorseHandler::DASH_TOO_LONG = QStringLiteral("[PAUSE TO SHORT]");
+const QString SimpleMorseHandler::PAUSE_TOO_SHORT = QStringLiteral("[PAUSE TO SHORT]");
+const QString SimpleMorseHandler::UNKNOWN = QStringLiteral("[UNKNOWN]");
+
+namespace {
+
+const QString NO_ALPHABET = QStringLiteral("None");
+const QString ALPHABET_SUFFIX = QStringLiteral(".mal");
+
+bool isGap(QChar symbol)
+{
+    return symbol == SimpleMorseHandler::NEW_CHAR[0] || symbol == SimpleMorseHandler::NEW_WORD[0] ||
+           symbol == SimpleMorseHandler::NEW_LINE[0];
+}
+
+} // namespace
+
+QString SimpleMorseHandler::ConvertSymbol(MorseSymbolCode symbol)
+{
+    switch (symbol & 0x7F) {
+    case eSYMBOL_DOT:
+        return DOT;
+    case eSYMBOL_DASH:
+        return DASH;
+    case eSYMBOL_NEW_CHAR:
+        return NEW_CHAR;
+    case eSYMBOL_NEW_WORD:
+        return NEW_WORD;
+    case eSYMBOL_NEW_LINE:
+        return NEW_LINE;
+    case eSYMBOL_DOT_TOO_SHORT:
+        return DOT_TOO_SHORT;
+    case eSYMBOL_DASH_TOO_LONG:
+        return DASH_TOO_LONG;
+    case eSYMBOL_PAUSE_TOO_SHORT:
+        return PAUSE_TOO_SHORT;
+    default:
+        return {};
+    }
+}
+
+QString SimpleMorseHandler::ConvertSymbols(QVector<MorseSymbolCode> symbols)
+{
+    QString strings;
+    strings.reserve(symbols.size());
+    for (const MorseSymbolCode symbol : qAsConst(symbols))
+        strings += ConvertSymbol(symbol);
+    return strings;
+}
+
+SimpleMorseHandler::SimpleMorseHandler()
+    : m_alphabetsDir(QString())
+    , m_alphabet(NO_ALPHABET)
+{
+}
+
+SimpleMorseHandler::SimpleMorseHandler(const SimpleMorseHandler& other) = default;
+
+SimpleMorseHandler& SimpleMorseHandler::operator=(const SimpleMorseHandler& other) = default;
+
+SimpleMorseHandler::~SimpleMorseHandler() = default;
+
+void SimpleMorseHandler::SetAlphabetsDir(const QString& dir)
+{
+    m_alphabetsDir.setPath(dir);
+}
+
+bool SimpleMorseHandler::SetAlphabet(const QString& name)
+{
+    m_alphabet = name;
+    m_textDirectionRTL = false;
+    m_morseMap.clear();
+    ResetInternalState();
+    if (m_alphabet.compare(NO_ALPHABET, Qt::CaseInsensitive) == 0) {
+        m_alphabet = NO_ALPHABET;
+        return true;
+    }
+    return readMalFile(codecNameToFile(m_alphabet));
+}
+
+void SimpleMorseHandler::SetDecoder(const QString&) {}
+
+QString SimpleMorseHandler::Alphabet()
+{
+    return m_alphabet;
+}
+
+QStringList SimpleMorseHandler::AvailableAlphabets()
+{
+    QStringList names{NO_ALPHABET};
+    const QDir folder(localPath(m_alphabetsDir.path()));
+    const QStringList files = folder.entryList(QDir::Files, QDir::Name | QDir::IgnoreCase);
+    for (const QString& file : files) {
+        if (file.endsWith(ALPHABET_SUFFIX, Qt::CaseInsensitive))
+            names += fileToCodecName(file);
+    }
+    return names;
+}
+
+bool SimpleMorseHandler::TextDirectionRTL()
+{
+    return m_textDirectionRTL;
+}
+
+void SimpleMorseHandler::ResetInternalState()
+{
+    m_pendingSymbols.clear();
+    m_lastWasDigit = false;
+}
+
+QString SimpleMorseHandler::Translate(const QString& symbols)
+{
+    if (m_morseMap.isEmpty())
+        return symbols;
+
+    const QString& errorMark = PAUSE_TOO_SHORT; // and that of the other two errors
+    // What was pending holds no gap, or it would have been translated, unless an error mark was cut
+    // off behind one of its own blanks. So only its end can hold one, and text that arrives in
+    // single symbols is not searched again and again.
+    const int searchStart = qMax(0, m_pendingSymbols.size() - errorMark.size());
+    m_pendingSymbols += symbols;
+    const QStringView pending = m_pendingSymbols;
+    qsizetype gapsEnd = pending.size();
+    while (gapsEnd > searchStart && !isGap(pending[gapsEnd - 1]))
+        --gapsEnd;
+    if (gapsEnd == searchStart)
+        return {};
+
+    // A short text is not worth an index.
+    std::optional<CodeIndex> index;
+    if (gapsEnd > m_morseMap.size())
+        index.emplace(m_morseMap);
+    const auto convert = [&](QStringView code) -> QString {
+        if (!index)
+            return ConvertOneChar(code.toString());
+        if (code.isEmpty())
+            return {};
+        return decodeWithCutZero(code, m_lastWasDigit, [&](QStringView known) {
+            const QString* const text = index->find(known);
+            return text ? *text : QString();
+        });
+    };
+
+    QString text;
+    text.reserve(static_cast<int>(gapsEnd) / 2);
+    QVarLengthArray<QChar, 32> code;
+    qsizetype codeStart = 0; // behind the last gap
+    qsizetype at = 0;
+    while (at < gapsEnd) {
+        const QChar symbol = pending[at];
+        if (symbol == DOT[0] || symbol == DASH[0]) {
+            code.append(symbol);
+            ++at;
+        } else if (isGap(symbol)) {
+            text += convert(QStringView(code.data(), code.size()));
+            if (symbol == NEW_WORD[0])
+                text += QLatin1Char(' ');
+            else if (symbol == NEW_LINE[0])
+                text += NEW_LINE;
+            code.clear();
+            codeStart = ++at;
+        } else if (pending.mid(at).startsWith(errorMark)) {
+            at += errorMark.size();
+        } else if (errorMark.startsWith(pending.mid(at))) {
+            // The rest of the mark comes with the next call.
+            at = codeStart;
+            break;
+        } else {
+            // No symbol at all. To drop it is what keeps the loop from standing still.
+            ++at;
+        }
+    }
+    m_pendingSymbols.remove(0, static_cast<int>(at));
+    return text;
+}
+
+QString SimpleMorseHandler::Backtranslate(const QString&)
+{
+    return {};
+}
+
+QString SimpleMorseHandler::ConvertOneChar(const QString& code)
+{
+    if (code.isEmpty())
+        return {};
+    return decodeWithCutZero(code, m_lastWasDigit,
+                             [&](QStringView) { return m_morseMap.key(code); });
+}
+
+QString SimpleMorseHandler::codecNameToFile(const QString& name)
+{
+    const QString file = name + ALPHABET_SUFFIX;
+    return findIgnoringCase(m_alphabetsDir, file).isEmpty() ? NO_ALPHABET : file;
+}
+
+QString SimpleMorseHandler::fileToCodecName(const QString& fileName)
+{
+    if (!fileName.endsWith(ALPHABET_SUFFIX, Qt::CaseInsensitive))
+        return NO_ALPHABET;
+    return fileName.section(QLatin1Char('.'), 0, 0);
+}
+
+bool SimpleMorseHandler::readMalFile(const QString& fileName)
+{
+    const QString found = findIgnoringCase(m_alphabetsDir, fileName);
+    QFile file(QDir(localPath(m_alphabetsDir.path())).filePath(found));
+    if (found.isEmpty() || !openRegularFile(file))
+        return false;
+    const MorseAlphabet alphabet = readAlphabetFile(file);
+    m_morseMap = alphabet.codes;
+    m_textDirectionRTL = alphabet.rightToLeft;
+    return true;
+}
+
+void SimpleMorseHandler::readDefaultAlphabet()
+{
+    m_morseMap = defaultAlphabet();
+}
