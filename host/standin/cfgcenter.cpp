@@ -88,6 +88,7 @@ Configuration& configuration()
 
 ICfg::~ICfg() = default;
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the host's interface has them by value
 ICfg* CfgCenter::CreateCfg(QString application, ICfg::View view, QString scope)
 {
     Q_UNUSED(application)

@@ -222,7 +222,7 @@ QString nextFreeName(const QString& path)
     const QString suffix = info.suffix().isEmpty() ? QString() : QLatin1Char('.') + info.suffix();
     const QString stem = path.left(path.size() - suffix.size());
     for (int i = 2; i <= MOST_NAMES; ++i) {
-        const QString candidate = stem + QLatin1Char('_') + QString::number(i) + suffix;
+        QString candidate = stem + QLatin1Char('_') + QString::number(i) + suffix;
         if (!isNameTaken(candidate))
             return candidate;
     }

@@ -2,12 +2,16 @@
 #include "host/standin/tracelog.h"
 #include "host/trace.h"
 
+#include <QTemporaryFile>
 #include <QtTest>
 
 #include <atomic>
 #include <climits>
+#include <cstdio>
 #include <thread>
 #include <vector>
+
+#include <unistd.h>
 
 class tst_Trace : public QObject
 {
@@ -58,6 +62,23 @@ private Q_SLOTS:
         }
         traceMessage(QStringLiteral("outer"), QString(), 1);
         QCOMPARE(outer.Messages(), QStringList{QStringLiteral("outer")});
+    }
+
+    void withoutASinkATraceIsOneLineOnStandardError()
+    {
+        QTemporaryFile file;
+        QVERIFY(file.open());
+        std::fflush(stderr);
+        const int standardError = dup(STDERR_FILENO);
+        dup2(file.handle(), STDERR_FILENO);
+        _Q_Trace(QStringLiteral("two\r\nlines, gr\u00f6\u00dfer"), QStringLiteral("a\\b"), 7);
+        _Q_TraceOld(QStringLiteral("old"));
+        std::fflush(stderr);
+        dup2(standardError, STDERR_FILENO);
+        close(standardError);
+        QVERIFY(file.seek(0));
+        QCOMPARE(QString::fromUtf8(file.readAll()),
+                 QStringLiteral("a\\b(7): two\\r\\nlines, gr\u00f6\u00dfer\nold\n"));
     }
 
     void theSinkIsCalledWhateverTheMaskSays()

@@ -541,6 +541,16 @@ private Q_SLOTS:
         QCOMPARE(list.count(QStringLiteral("save=1")), 4);
     }
 
+    void theTimersOfRemoteControlChangeNothing()
+    {
+        Observed<IntegerValue> integer;
+        integer.value->SetUpdateTimerTime(1);
+        integer.value->OverrideTimer();
+        integer.value->KillOverrideTimer();
+        QCOMPARE(integer.observer.Codes(), NOTHING);
+        QCOMPARE(integer.value->GetValue(), 0);
+    }
+
     void everyKindHasItsTypeAndName()
     {
         QCOMPARE(TextValue().GetType(), eTYPE_TEXT);
