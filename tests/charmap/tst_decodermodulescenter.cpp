@@ -501,10 +501,11 @@ private Q_SLOTS:
     void eightThreadsMayAskWhileTheFileIsRewritten()
     {
         const QString path = m_dir.filePath("configured");
+        // Of equal length, so that a file half of one and half of the other is one of whole lines.
         const auto content = [](int generation) {
             QByteArray lines;
             for (int i = 0; i < 50; ++i)
-                lines += moduleLine("m" + QByteArray::number(i), 'I', {5, 23}, generation);
+                lines += moduleLine("m" + QByteArray::number(i), 'I', {5, 23}, 100 + generation);
             return lines;
         };
         writeFile(path, content(0));
