@@ -509,6 +509,8 @@ private Q_SLOTS:
             return lines;
         };
         writeFile(path, content(0));
+        Modules before;
+        DecoderModulesCenter::Instance(QString()).GetModules(before, true);
         std::atomic<bool> failed{false};
         const auto ask = [&failed] {
             for (int round = 0; round < 100 && !failed; ++round) {
@@ -541,9 +543,9 @@ private Q_SLOTS:
         for (std::thread& thread : threads)
             thread.join();
         QVERIFY(!failed);
-        Modules modules;
-        DecoderModulesCenter::Instance(QString()).GetModules(modules, true);
-        QCOMPARE(modules.size(), std::size_t(50));
+        Modules after;
+        DecoderModulesCenter::Instance(QString()).GetModules(after, true);
+        QCOMPARE(after.size(), std::size_t(50));
     }
 
     void hugeAndBinaryContentIsRead_data()
