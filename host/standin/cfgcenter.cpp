@@ -30,7 +30,7 @@ public:
     bool Load(const QString& path)
     {
         const QString local = localPath(path);
-        if (!QFile(local).open(QIODevice::ReadOnly))
+        if (local.isEmpty() || !QFile(local).open(QIODevice::ReadOnly))
             return false;
         QSettings file(local, QSettings::IniFormat);
         file.setIniCodec("UTF-8");
@@ -88,6 +88,7 @@ Configuration& configuration()
 
 ICfg::~ICfg() = default;
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the host's interface has them by value
 ICfg* CfgCenter::CreateCfg(QString application, ICfg::View view, QString scope)
 {
     Q_UNUSED(application)

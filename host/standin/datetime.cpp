@@ -7,7 +7,7 @@ namespace Vanth {
 
 namespace {
 
-constexpr long long DAY_s = 24 * 60 * 60;
+constexpr long long DAY_s = 24LL * 60 * 60;
 
 } // namespace
 

@@ -69,6 +69,7 @@ void _Q_Trace(const QString& message, const QString& sourceFile, unsigned short 
     write(message, sourceFile, line);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the host's interface has it by value
 void _Q_TraceOld(QString format, ...)
 {
     va_list arguments;

@@ -46,7 +46,7 @@ HostTree::~HostTree()
         ValueBase* const value = m_values.first();
         // A value whose deletion led here is deleted by whoever began that.
         if (IsDeleted(value))
-            Remove(value);
+            HostTree::Remove(value);
         else
             delete value;
     }

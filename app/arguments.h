@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+// The words of a command line, checked and typed.
+#pragma once
+
+#include <QCommandLineParser>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+#include <vector>
+
+namespace morsehost {
+
+/// An option as a row: what it is called, the name of its value (null for a switch), and the line
+/// of the help that explains it.
+struct OptionRow
+{
+    const char* name;
+    const char* valueName;
+    const char* help;
+};
+
+/// What a command accepts, for parsing and for its help.
+struct CommandSyntax
+{
+    const char* name;
+    const char* operands; ///< as the synopsis shows them
+    int minOperands;
+    int maxOperands;
+    const char* summary;
+    std::vector<OptionRow> options;
+    const char* examples; ///< indented lines
+};
+
+/// Parsed words. The first value that cannot be used is remembered; the command asks for
+/// `error()` once it has fetched everything.
+class Arguments
+{
+public:
+    Arguments(const CommandSyntax& syntax, const QStringList& words);
+
+    bool isSet(const char* option) const;
+    QString text(const char* option) const;
+    /// Absent without the option, or when its value is no number of that range.
+    std::optional<double> number(const char* option, double min, double max);
+    std::optional<int> wholeNumber(const char* option, int min, int max);
+    /// Microseconds since 1970-01-01 00:00 UTC from an ISO 8601 time; UTC where it names no zone.
+    std::optional<unsigned long long> time(const char* option);
+    QStringList operands() const;
+
+    /// Remembers an error of the command's own.
+    void fail(const QString& error);
+    /// Empty when all is well.
+    const QString& error() const { return m_error; }
+    bool wantsHelp() const { return isSet("help"); }
+    QString help() const;
+
+private:
+    const CommandSyntax& m_syntax;
+    QCommandLineParser m_parser;
+    QString m_error;
+};
+
+} // namespace morsehost

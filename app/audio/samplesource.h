@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+// Where sound comes from: a recording or a pipe of raw samples.
+#pragma once
+
+#include <QString>
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+
+namespace morsehost {
+
+/// Mono samples, full scale +-1, read once from begin to end.
+class SampleSource
+{
+public:
+    virtual ~SampleSource() = default;
+
+    virtual double sampleRate_Hz() const = 0;
+    /// Frames in all, where that is known.
+    virtual std::optional<long long> frameCount() const = 0;
+    /// Fills up to `count` samples and returns how many; 0 at the end of input, after an error, or
+    /// when interrupted. A pipe gives what it has as soon as it has any.
+    virtual std::size_t read(float* samples, std::size_t count) = 0;
+    /// What ended the input before its end; empty when nothing did.
+    virtual QString error() const = 0;
+};
+
+struct OpenedSource
+{
+    std::unique_ptr<SampleSource> source; ///< null when the input cannot be used
+    QString error;                        ///< why
+};
+
+/// Any file that libsndfile reads. `channel` counts from 1; without it the mean of all is taken.
+OpenedSource openRecording(const QString& path, std::optional<int> channel);
+
+/// Signed 16-bit little-endian mono from a file descriptor, which stays the caller's.
+std::unique_ptr<SampleSource> openRawPipe(int descriptor, double sampleRate_Hz);
+
+} // namespace morsehost

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+// What `morsehost` can do: one row a command, one file a command.
+#pragma once
+
+#include "app/arguments.h"
+
+namespace morsehost {
+
+struct Command
+{
+    CommandSyntax syntax;
+    /// Returns the exit status. May still find the arguments unusable and say so in them.
+    int (*run)(Arguments& arguments);
+};
+
+Command decodeCommand();
+Command symbolsCommand();
+Command alphabetsCommand();
+Command mapsCommand();
+Command translateCommand();
+Command lintCommand();
+
+} // namespace morsehost

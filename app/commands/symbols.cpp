@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: MIT
+// morsehost symbols: symbol codes as numbers, straight into the symbol value.
+#include "app/commands/commands.h"
+
+#include "app/complain.h"
+#include "app/exitstatus.h"
+#include "app/input.h"
+#include "app/reception.h"
+
+#include <QByteArray>
+
+#include <cctype>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace morsehost {
+
+namespace {
+
+constexpr int END_OF_LINE = 5;
+
+// More digits are no code; they are not collected either.
+constexpr int MAX_WORD_BYTES = 64;
+
+// The words of a text, however it is cut into pieces, with the line that each stands on.
+class WordReader
+{
+public:
+    explicit WordReader(int descriptor)
+        : m_input(descriptor)
+    {
+    }
+
+    bool next(QByteArray& word)
+    {
+        word.clear();
+        for (;;) {
+            if (m_position == m_size) {
+                m_size = m_input.read(m_buffer, sizeof m_buffer);
+                m_position = 0;
+                if (m_size == 0)
+                    return !word.isEmpty();
+            }
+            const char c = m_buffer[m_position];
+            if (std::isspace(static_cast<unsigned char>(c)) == 0) {
+                if (word.size() <= MAX_WORD_BYTES)
+                    word += c;
+            } else if (!word.isEmpty()) {
+                return true; // the blank is met again, and its line counted then
+            } else if (c == '\n') {
+                ++m_line;
+            }
+            ++m_position;
+        }
+    }
+
+    long long line() const { return m_line; }
+    const QString& error() const { return m_input.error(); }
+
+private:
+    Input m_input;
+    char m_buffer[65536];
+    std::size_t m_size = 0;
+    std::size_t m_position = 0;
+    long long m_line = 1;
+};
+
+class Descriptor
+{
+public:
+    explicit Descriptor(const QString& name)
+    {
+        if (name == QLatin1String("-")) {
+            m_number = STDIN_FILENO;
+            return;
+        }
+        m_number = ::open(name.toUtf8().constData(), O_RDONLY | O_CLOEXEC);
+        struct stat status = {};
+        if (m_number < 0)
+            m_error = QString::fromLocal8Bit(std::strerror(errno));
+        else if (fstat(m_number, &status) == 0 && S_ISDIR(status.st_mode))
+            m_error = QStringLiteral("is a directory");
+    }
+
+    ~Descriptor()
+    {
+        if (m_number > STDIN_FILENO)
+            ::close(m_number);
+    }
+
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int number() const { return m_number; }
+    const QString& error() const { return m_error; }
+
+private:
+    int m_number = -1;
+    QString m_error;
+};
+
+int run(Arguments& arguments)
+{
+    const ReceptionOptions options = readReceptionOptions(arguments);
+    if (!arguments.error().isEmpty())
+        return EXIT_BAD_USAGE;
+    const QString name = arguments.operands().constFirst();
+    const QString shownName = name == QLatin1String("-") ? QStringLiteral("standard input") : name;
+    const Descriptor descriptor(name);
+    if (!descriptor.error().isEmpty()) {
+        complain(shownName, descriptor.error());
+        return EXIT_BAD_INPUT;
+    }
+
+    Reception reception(options);
+    if (!reception.start())
+        return EXIT_BAD_INPUT;
+    // Codes carry no time of their own: it stands still at the start.
+    reception.time(0);
+    auto words = std::make_unique<WordReader>(descriptor.number());
+    QByteArray word;
+    QString error;
+    while (error.isEmpty() && !reception.isOutputGone() && words->next(word)) {
+        bool ok = false;
+        const int code = word.toInt(&ok);
+        if (!ok) {
+            error = QStringLiteral("line %1: '%2' is no symbol code")
+                        .arg(words->line())
+                        .arg(QString::fromUtf8(word));
+            break;
+        }
+        if (code == END_OF_LINE)
+            reception.time(0);
+        reception.symbol(code);
+    }
+    if (error.isEmpty())
+        error = words->error();
+    const int status = reception.finish();
+    if (error.isEmpty())
+        return status;
+    complain(shownName, error);
+    return EXIT_BAD_INPUT;
+}
+
+} // namespace
+
+Command symbolsCommand()
+{
+    return {
+        {"symbols", "FILE|-", 1, 1,
+         "Decodes symbol codes: decimal numbers, one or more a line. 0 dot, 1 dash, 3 end of\n"
+         "character, 4 end of word, 5 end of line, 64 dot too short, 65 dash too long, 66 pause\n"
+         "too short.",
+         receptionOptionRows({}),
+         "  echo 0 0 0 3 1 1 1 3 0 0 0 3 | morsehost symbols -\n"
+         "  morsehost decode --codes recording.flac | morsehost symbols --alphabet Greek -\n"},
+        run};
+}
+
+} // namespace morsehost

@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: MIT
+// morsehost alphabets, maps, translate and lint: the tables that decoders' output goes through.
+#include "app/commands/commands.h"
+
+#include "app/datadirectory.h"
+#include "app/exitstatus.h"
+#include "app/lint/lint.h"
+#include "app/translate/filter.h"
+#include "app/translate/listing.h"
+#include "host/standin/configuration.h"
+
+#include <QTextStream>
+
+#include <cstdio>
+#include <limits>
+#include <unistd.h>
+
+namespace morsehost {
+
+namespace {
+
+const OptionRow DECODERS = {"decoders", "FILE",
+                            "the decoder modules file; the sample that ships without this"};
+
+QString directoryOr(const Arguments& arguments, const char* option, const char* shipped)
+{
+    return arguments.isSet(option) ? arguments.text(option)
+                                   : dataDirectory(QLatin1String(shipped));
+}
+
+// The library asks the host's configuration for it, once.
+void configureDecoders(const Arguments& arguments)
+{
+    const QString file = arguments.isSet("decoders")
+                             ? arguments.text("decoders")
+                             : dataDirectory(QStringLiteral("decoders/decodermodules.txt"));
+    setConfigurationValue(QString(), QStringLiteral("DecoderModulesFile"), file);
+}
+
+int runAlphabets(Arguments& arguments)
+{
+    QTextStream out(stdout);
+    QTextStream err(stderr);
+    return translate::listAlphabets(directoryOr(arguments, "alphabets", "alphabets"), out, err);
+}
+
+int runMaps(Arguments& arguments)
+{
+    if (arguments.isSet("decoder") && arguments.text("decoder").isEmpty()) {
+        arguments.fail(QStringLiteral("--decoder takes a name"));
+        return EXIT_BAD_USAGE;
+    }
+    configureDecoders(arguments);
+    QTextStream out(stdout);
+    QTextStream err(stderr);
+    return translate::listMaps(directoryOr(arguments, "maps", "maps"), arguments.text("decoder"),
+                               out, err);
+}
+
+int runTranslate(Arguments& arguments)
+{
+    if (arguments.text("map").isEmpty()) {
+        arguments.fail(QStringLiteral("--map NAME is missing"));
+        return EXIT_BAD_USAGE;
+    }
+    configureDecoders(arguments);
+    QTextStream err(stderr);
+    return translate::runTranslate({directoryOr(arguments, "maps", "maps"), arguments.text("map"),
+                                    arguments.text("decoder"), arguments.isSet("back")},
+                                   STDIN_FILENO, STDOUT_FILENO, err);
+}
+
+int runLint(Arguments& arguments)
+{
+    QTextStream out(stdout);
+    QTextStream err(stderr);
+    return lint::runLint(arguments.operands(), out, err);
+}
+
+} // namespace
+
+Command alphabetsCommand()
+{
+    return {{"alphabets", "", 0, 0,
+             "Lists the Morse alphabets: name, file, direction of the text, number of entries.",
+             {{"alphabets", "DIR", "where they lie; those that ship without this"}},
+             "  morsehost alphabets\n"},
+            runAlphabets};
+}
+
+Command mapsCommand()
+{
+    return {{"maps", "", 0, 0,
+             "Lists the codec and map files: name, file, direction of the text, number of entries.",
+             {{"maps", "DIR", "where they lie; those that ship without this"},
+              {"decoder", "NAME", "only those that fit the decoder"},
+              DECODERS},
+             "  morsehost maps --decoder ASCII\n"},
+            runMaps};
+}
+
+Command translateCommand()
+{
+    return {{"translate", "", 0, 0,
+             "Translates a decoder's 8-bit characters on standard input to UTF-8 text.",
+             {{"maps", "DIR", "where the maps lie; those that ship without this"},
+              {"map", "NAME", "the map, as 'morsehost maps' lists it"},
+              {"decoder", "NAME", "decides between an ITA2 and an ASCII map of one name"},
+              DECODERS,
+              {"back", nullptr, "the other way: UTF-8 text to 8-bit characters"}},
+             "  morsehost translate --map 'Greek - ASCII' <received.bin\n"},
+            runTranslate};
+}
+
+Command lintCommand()
+{
+    return {{"lint", "FILE…", 1, std::numeric_limits<int>::max(),
+             "Checks alphabet, codec and map files for what their formats swallow in silence.",
+             {},
+             "  morsehost lint data/alphabets/*.mal\n"},
+            runLint};
+}
+
+} // namespace morsehost

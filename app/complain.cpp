@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+#include "app/complain.h"
+
+#include <cstdio>
+
+namespace morsehost {
+
+void complain(const QString& subject, const QString& reason)
+{
+    complain(subject + QStringLiteral(": ") + reason);
+}
+
+void complain(const QString& reason)
+{
+    // One line, whatever a file name or a library's message holds.
+    const QByteArray line = reason.simplified().toUtf8();
+    std::fprintf(stderr, "morsehost: %s\n", line.constData());
+}
+
+} // namespace morsehost

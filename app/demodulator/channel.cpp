@@ -1,0 +1,207 @@
+// SPDX-License-Identifier: MIT
+#include "app/demodulator/channel.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace demodulator {
+
+namespace {
+
+constexpr double PI = 3.14159265358979323846;
+constexpr std::int64_t REVIEW_STEPS = 8; // decisions are looked at every 32 ms
+constexpr double DELAY_us = 0.9e6;       // what is older is decided
+constexpr double START_DELAY_us = 2.0e6; // at the start of a transmission the speed is learnt first
+// Log likelihood of keying over noise that makes a signal a signal: noise reaches it once in e^25
+// tries, with some hundred tries a second.
+constexpr double CONFIRMING_GAIN = 25.0;
+constexpr double WEAKEST_RATIO = 0.35; // signal to noise of one step: -7.5 dB in 500 Hz
+constexpr double FOLLOW_us = 1.5e6;    // marks not older than this tell level and tone
+constexpr double LEVEL_MEMORY_us = 0.5e6;
+constexpr double LARGEST_PULL_Hz = 0.5; // of the tone, per review
+
+} // namespace
+
+Channel::Channel(const ToneCandidate& candidate, double rate_Hz, std::int64_t begin_sample,
+                 std::optional<double> speed_wpm, SymbolSink& sink)
+    : m_baseband(rate_Hz, candidate.tone_Hz)
+    , m_keying(m_baseband.stepSamples() / rate_Hz, speed_wpm)
+    , m_trellis(m_keying, m_likelihood)
+    , m_classifier(sink)
+    , m_stepDuration_us(1e6 * m_baseband.stepSamples() / rate_Hz)
+    , m_origin(begin_sample / m_baseband.stepSamples())
+    , m_tones(MarkLikelihood::KEPT_STEPS)
+{
+    Level level;
+    level.noise = candidate.noise / m_baseband.stepSamples();
+    m_weakest = WEAKEST_RATIO * level.noise;
+    level.signal = std::max(candidate.level, m_weakest);
+    m_likelihood.setLevel(level);
+}
+
+void Channel::setNoise(double noise)
+{
+    Level level = m_likelihood.level();
+    level.noise = noise / m_baseband.stepSamples();
+    m_weakest = WEAKEST_RATIO * level.noise;
+    level.signal = std::max(level.signal, m_weakest);
+    m_likelihood.setLevel(level);
+}
+
+std::int64_t Channel::time_us(std::int64_t step) const
+{
+    // Boundaries lie halfway between the centres of two steps.
+    return std::llround((static_cast<double>(m_origin + step) - 0.5) * m_stepDuration_us);
+}
+
+void Channel::process(const SampleHistory& history)
+{
+    while (!m_ended && m_baseband.neededEnd(m_origin + m_likelihood.end()) <= history.end()) {
+        m_tones[static_cast<std::size_t>(m_likelihood.end() % MarkLikelihood::KEPT_STEPS)] =
+            static_cast<float>(m_baseband.tone_Hz());
+        m_likelihood.push(m_baseband.step(history, m_origin + m_likelihood.end()));
+        m_trellis.advance();
+        if (m_likelihood.end() % REVIEW_STEPS == 0)
+            review(false);
+    }
+}
+
+void Channel::finish()
+{
+    if (!m_ended) {
+        review(true);
+        m_classifier.stop();
+        m_ended = true;
+    }
+}
+
+void Channel::review(bool last)
+{
+    const std::int64_t now = m_likelihood.end();
+    const auto followed = static_cast<std::int64_t>(FOLLOW_us / m_stepDuration_us);
+    const std::int64_t since = m_confirmed ? std::min(m_committed, now - followed) : 0;
+    const Path path = m_trellis.path(since);
+    if (path.segments.empty())
+        return;
+
+    if (!m_confirmed) {
+        std::int64_t marks = 0;
+        bool carrier = false;
+        for (const Segment& segment : path.segments) {
+            if (segment.kind == Kind::Carrier)
+                carrier = true;
+            else if (isMark(segment.kind) && ++marks == 1)
+                m_firstMark = m_origin + segment.begin_step;
+        }
+        m_gain = path.gain;
+        m_confirmed = path.complete && path.gain > CONFIRMING_GAIN && !carrier && marks > 0;
+    }
+    for (const Segment& segment : path.segments) {
+        if (isMark(segment.kind))
+            m_lastMark = m_origin + segment.end_step;
+    }
+    follow(path);
+    if (m_confirmed && m_released)
+        commit(path, last);
+}
+
+void Channel::follow(const Path& path)
+{
+    const std::int64_t now = m_likelihood.end();
+    Level level = m_likelihood.level();
+    double signal = 0.0;
+    double weights = 0.0;
+    double tones = 0.0;
+    double toneWeights = 0.0;
+    for (const Segment& segment : path.segments) {
+        if (!isMark(segment.kind) || segment.end_step == now)
+            continue;
+        const double age_us = static_cast<double>(now - segment.end_step) * m_stepDuration_us;
+        if (age_us > FOLLOW_us || now - segment.begin_step > MarkLikelihood::KEPT_STEPS / 2)
+            continue;
+        const auto length = static_cast<double>(segment.end_step - segment.begin_step);
+        const double magnitude = std::abs(m_likelihood.sum(segment.begin_step, segment.end_step));
+        const double weight = length * std::exp(-age_us / LEVEL_MEMORY_us);
+        signal += weight * (magnitude * magnitude / (length * length) - level.noise / length);
+        weights += weight;
+
+        const std::int64_t lag =
+            std::max<std::int64_t>(1, (segment.end_step - segment.begin_step) / 3);
+        const std::complex<double> turn =
+            m_likelihood.advance(segment.begin_step, segment.end_step, lag);
+        if (std::abs(turn) > 0.0) {
+            const double mixed_Hz = m_tones[static_cast<std::size_t>(
+                ((segment.begin_step + segment.end_step) / 2) % MarkLikelihood::KEPT_STEPS)];
+            const double offset_Hz =
+                std::arg(turn) / (2.0 * PI * static_cast<double>(lag)) * 1e6 / m_stepDuration_us;
+            const double toneWeight = std::abs(turn) * static_cast<double>(lag * lag);
+            tones += toneWeight * (mixed_Hz + offset_Hz);
+            toneWeights += toneWeight;
+        }
+    }
+    if (weights > 0.0) {
+        level.signal = std::max(signal / weights, m_weakest);
+        m_likelihood.setLevel(level);
+    }
+    if (toneWeights > 0.0) {
+        const double pull_Hz = tones / toneWeights - m_baseband.tone_Hz();
+        m_baseband.setTone(m_baseband.tone_Hz() +
+                           std::clamp(0.3 * pull_Hz, -LARGEST_PULL_Hz, LARGEST_PULL_Hz));
+    }
+}
+
+void Channel::commit(const Path& path, bool last)
+{
+    const std::int64_t now = m_likelihood.end();
+    std::int64_t decided = now - static_cast<std::int64_t>(DELAY_us / m_stepDuration_us);
+    if (static_cast<double>(now - (m_firstMark - m_origin)) * m_stepDuration_us < START_DELAY_us)
+        decided = 0;
+    if (last)
+        decided = now;
+
+    for (const Segment& segment : path.segments) {
+        const bool open = &segment == &path.segments.back();
+        const double unit_us = segment.unit_steps * m_stepDuration_us;
+        if (open) {
+            if (!isMark(segment.kind) && segment.begin_step <= decided &&
+                segment.begin_step >= m_committed) {
+                const auto length = static_cast<double>(segment.end_step - segment.begin_step);
+                m_classifier.gapSoFar(length * m_stepDuration_us, unit_us,
+                                      m_keying.characterThreshold(), m_keying.wordThreshold());
+            }
+            break;
+        }
+        if (segment.begin_step < m_committed)
+            continue;
+        const double units =
+            static_cast<double>(segment.end_step - segment.begin_step) / segment.unit_steps;
+        if (isMark(segment.kind)) {
+            if (segment.end_step > decided)
+                break;
+            m_classifier.mark(segment.kind, time_us(segment.begin_step), time_us(segment.end_step),
+                              unit_us);
+            m_keying.learn(segment.kind, units);
+            m_committed = segment.end_step;
+        } else {
+            if (segment.begin_step > decided)
+                break;
+            if (static_cast<double>(segment.end_step - segment.begin_step) * m_stepDuration_us >
+                Classifier::endingSilence_us(unit_us)) {
+                m_classifier.stop();
+                break;
+            }
+            m_classifier.gap(segment.kind);
+            m_keying.learn(segment.kind, units);
+            m_committed = segment.end_step;
+        }
+    }
+    const auto since = static_cast<std::int64_t>(0.5e6 / m_stepDuration_us);
+    if (m_committed > m_learnt && now >= m_learnt + since) {
+        m_keying.update();
+        m_learnt = now;
+    }
+    if (m_classifier.lastMarkEnd_us() > 0 && !m_classifier.active())
+        m_ended = true;
+}
+
+} // namespace demodulator

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+// One signal, from its tone to its symbol codes: joins the stages behind the tone finder and feeds
+// what is decided back to those that follow tone, level and habits.
+#pragma once
+
+#include "app/demodulator/baseband.h"
+#include "app/demodulator/classifier.h"
+#include "app/demodulator/keying.h"
+#include "app/demodulator/marklikelihood.h"
+#include "app/demodulator/tonefinder.h"
+#include "app/demodulator/trellis.h"
+
+#include <optional>
+
+namespace demodulator {
+
+class Channel
+{
+public:
+    /// Listens on the candidate's tone from `begin_sample` on. `samplePeriod_us` is that of the
+    /// history; nothing reaches the sink before release().
+    Channel(const ToneCandidate& candidate, double rate_Hz, std::int64_t begin_sample,
+            std::optional<double> speed_wpm, SymbolSink& sink);
+
+    /// Noise power of one sample near the tone, from now on.
+    void setNoise(double noise);
+    /// Goes on to the end of the history.
+    void process(const SampleHistory& history);
+    /// End of the signal: what is pending is decided now.
+    void finish();
+
+    /// Far more probable keying than noise, and no steady tone.
+    bool confirmed() const { return m_confirmed; }
+    /// Log likelihood of its signal over noise.
+    double gain() const { return m_gain; }
+    /// First and last mark of the path found so far, as samples of the history.
+    std::int64_t firstMark_sample() const { return m_firstMark * m_baseband.stepSamples(); }
+    std::int64_t lastMark_sample() const { return m_lastMark * m_baseband.stepSamples(); }
+    double tone_Hz() const { return m_baseband.tone_Hz(); }
+
+    /// From now on the decisions go to the sink.
+    void release() { m_released = true; }
+    /// The transmission it was made for has ended.
+    bool ended() const { return m_ended; }
+
+private:
+    void review(bool last);
+    void follow(const Path& path);
+    void commit(const Path& path, bool last);
+    std::int64_t time_us(std::int64_t step) const;
+
+    Baseband m_baseband;
+    MarkLikelihood m_likelihood;
+    Keying m_keying;
+    Trellis m_trellis;
+    Classifier m_classifier;
+
+    double m_stepDuration_us;
+    std::int64_t m_origin; // baseband step of step 0 of the likelihood
+    std::int64_t m_committed = 0;
+    std::int64_t m_firstMark = 0;
+    std::int64_t m_lastMark = 0;
+    std::int64_t m_learnt = 0;
+    double m_weakest; // level of the weakest signal to look for
+    double m_gain = 0.0;
+    bool m_confirmed = false;
+    bool m_released = false;
+    bool m_ended = false;
+    std::vector<float> m_tones; // ring: tone mixed with, by step
+};
+
+} // namespace demodulator

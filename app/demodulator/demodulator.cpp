@@ -1,0 +1,213 @@
+// SPDX-License-Identifier: MIT
+// Joins the stages: looks for a tone, opens a channel on it that hears the last seconds again, and
+// lets the channel speak once it is sure of a signal.
+#include "app/demodulator/demodulator.h"
+
+#include "app/demodulator/channel.h"
+#include "app/demodulator/samples.h"
+#include "app/demodulator/tonefinder.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace demodulator {
+
+namespace {
+
+constexpr double LOWEST_RATE_Hz = 4000.0;
+constexpr double HIGHEST_RATE_Hz = 192000.0;
+constexpr double LOWEST_TONE_Hz = 150.0;
+constexpr double HIGHEST_TONE_Hz = 3500.0;
+constexpr double TOLD_TONE_TOLERANCE_Hz = 50.0;
+constexpr double HISTORY_s = 8.0;
+constexpr double HEARD_AGAIN_s = 6.0;    // of what came before a signal was noticed
+constexpr double SEARCH_s = 3.0;         // span in which a tone is looked for
+constexpr int SEARCH_HOPS = 8;           // a search every 256 ms
+constexpr double CANDIDATE_LIFE_s = 5.0; // a candidate that is not confirmed by then is dropped
+constexpr double RIVAL_SILENCE_s = 0.6;  // another signal may take over after such a silence
+constexpr double SAME_TONE_Hz = 25.0;
+constexpr double NOISE_SPAN_s = 4.0;
+
+bool usable(double rate_Hz)
+{
+    return rate_Hz >= LOWEST_RATE_Hz && rate_Hz <= HIGHEST_RATE_Hz;
+}
+
+} // namespace
+
+class Demodulator::Private
+{
+public:
+    Private(const Settings& settings, SymbolSink& sink)
+        : m_settings(settings)
+        , m_sink(sink)
+        , m_decimator(settings.sampleRate_Hz)
+        , m_rate_Hz(m_decimator.outputRate_Hz())
+        , m_history(static_cast<std::size_t>(HISTORY_s * m_rate_Hz))
+        , m_finder(m_rate_Hz)
+        , m_frame(m_finder.frameLength())
+    {
+        const auto told = [](std::optional<double>& value, double least, double most) {
+            if (value && !(*value >= least && *value <= most))
+                value.reset();
+        };
+        told(m_settings.tone_Hz, 50.0, HIGHEST_TONE_Hz);
+        told(m_settings.speed_wpm, 4.0, 80.0);
+    }
+
+    void push(const float* samples, std::size_t count)
+    {
+        // In pieces of at most a hop, so that a long push needs no more memory than a short one.
+        const std::size_t most = m_finder.hop() * static_cast<std::size_t>(m_decimator.factor());
+        while (count > 0) {
+            const std::size_t piece = std::min(count, most);
+            m_decimator.push(samples, piece, m_waiting);
+            consume();
+            samples += piece;
+            count -= piece;
+        }
+    }
+
+    void finish()
+    {
+        m_decimator.flush(m_waiting);
+        // Silence for the windows that reach beyond the end.
+        m_waiting.insert(m_waiting.end(), m_finder.frameLength(), 0.0F);
+        consume();
+        if (!m_active)
+            search(std::numeric_limits<double>::infinity());
+        if (!m_active && m_candidate && m_candidate->confirmed())
+            promote();
+        if (m_active)
+            m_active->finish();
+    }
+
+private:
+    std::int64_t samplesIn(double duration_s) const
+    {
+        return static_cast<std::int64_t>(duration_s * m_rate_Hz);
+    }
+    std::int64_t framesIn(double duration_s) const
+    {
+        return samplesIn(duration_s) / static_cast<std::int64_t>(m_finder.hop());
+    }
+
+    // Everything happens at whole hops of the signal, however the input is cut.
+    void consume()
+    {
+        std::size_t used = 0;
+        for (; used + m_finder.hop() <= m_waiting.size(); used += m_finder.hop()) {
+            m_history.push(m_waiting.data() + used, m_finder.hop());
+            hop();
+        }
+        m_waiting.erase(m_waiting.begin(), m_waiting.begin() + static_cast<std::ptrdiff_t>(used));
+    }
+
+    void hop()
+    {
+        m_history.copy(m_history.end() - static_cast<std::int64_t>(m_frame.size()), m_frame.size(),
+                       m_frame.data());
+        m_finder.push(m_frame.data());
+        if (m_active) {
+            m_active->process(m_history);
+            if (m_active->ended())
+                m_active.reset();
+        }
+        if (m_candidate)
+            m_candidate->process(m_history);
+        if (m_finder.frames() % SEARCH_HOPS == 0) {
+            if (m_active)
+                m_active->setNoise(m_finder.noiseNear(m_active->tone_Hz(), framesIn(NOISE_SPAN_s)));
+            search(CANDIDATE_LIFE_s);
+        }
+        if (m_candidate && m_candidate->confirmed()) {
+            if (!m_active)
+                promote();
+            else if (m_candidate->firstMark_sample() > m_active->lastMark_sample()) {
+                m_active->finish();
+                promote();
+            }
+        }
+    }
+
+    void promote()
+    {
+        m_active = std::move(m_candidate);
+        m_active->release();
+    }
+
+    // Looks for a signal where there is none under way, or where that one is silent.
+    void search(double candidateLife_s)
+    {
+        const std::int64_t now = m_history.end();
+        std::int64_t since = std::max<std::int64_t>(0, now - samplesIn(HEARD_AGAIN_s));
+        std::int64_t frames = framesIn(SEARCH_s);
+        if (m_active) {
+            const std::int64_t silence = now - m_active->lastMark_sample();
+            if (silence < samplesIn(RIVAL_SILENCE_s)) {
+                m_candidate.reset();
+                return;
+            }
+            since = std::max(since, m_active->lastMark_sample());
+            frames = std::min(frames, silence / static_cast<std::int64_t>(m_finder.hop()));
+        }
+        if (m_candidate && now - m_candidateBegin > samplesIn(candidateLife_s))
+            m_candidate.reset();
+        double lowest_Hz = LOWEST_TONE_Hz;
+        double highest_Hz = HIGHEST_TONE_Hz;
+        if (m_settings.tone_Hz) {
+            lowest_Hz = *m_settings.tone_Hz - TOLD_TONE_TOLERANCE_Hz;
+            highest_Hz = *m_settings.tone_Hz + TOLD_TONE_TOLERANCE_Hz;
+        }
+        const auto found = m_finder.find(frames, lowest_Hz, highest_Hz);
+        if (!found)
+            return;
+        if (m_candidate && (std::fabs(m_candidate->tone_Hz() - found->tone_Hz) < SAME_TONE_Hz ||
+                            found->level < 2.0 * m_candidateLevel))
+            return;
+        m_candidate =
+            std::make_unique<Channel>(*found, m_rate_Hz, since, m_settings.speed_wpm, m_sink);
+        m_candidateBegin = now;
+        m_candidateLevel = found->level;
+        m_candidate->process(m_history);
+    }
+
+    Settings m_settings;
+    SymbolSink& m_sink;
+    Decimator m_decimator;
+    double m_rate_Hz;
+    SampleHistory m_history;
+    ToneFinder m_finder;
+    std::vector<float> m_frame;
+    std::vector<float> m_waiting;
+    std::unique_ptr<Channel> m_active;    // has a confirmed signal and speaks
+    std::unique_ptr<Channel> m_candidate; // listens to what may be one
+    std::int64_t m_candidateBegin = 0;
+    double m_candidateLevel = 0.0;
+};
+
+Demodulator::Demodulator(const Settings& settings, SymbolSink& sink)
+{
+    if (usable(settings.sampleRate_Hz))
+        m_d = std::make_unique<Private>(settings, sink);
+}
+
+Demodulator::~Demodulator() = default;
+
+void Demodulator::push(const float* samples, std::size_t count)
+{
+    if (m_d)
+        m_d->push(samples, count);
+}
+
+void Demodulator::finish()
+{
+    if (!m_d)
+        return;
+    m_d->finish();
+    m_d.reset();
+}
+
+} // namespace demodulator

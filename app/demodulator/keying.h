@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: MIT
+// Stage: the habits of who keys. How long marks and spaces are in units, how much they vary, learnt
+// from what was heard; and from that how probable a mark or space of some length is at each speed.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <vector>
+
+namespace demodulator {
+
+enum class Kind : std::uint8_t {
+    Dot,
+    Dash,
+    Carrier, ///< a mark too long for keying
+    ElementGap,
+    CharacterGap,
+    WordGap,
+    Silence, ///< longer than any gap between words that the tables hold
+};
+
+constexpr bool isMark(Kind kind)
+{
+    return kind <= Kind::Carrier;
+}
+
+/// Log probabilities of lengths at one speed; index = steps / stride.
+struct DurationTable
+{
+    double unit_steps = 0.0;
+    int stride = 1; ///< lengths and moments of slow keying are looked at less closely
+    int firstMark = 0, firstGap = 0;
+    std::vector<float> mark, gap;                 ///< of exactly this length
+    std::vector<float> markSurvival, gapSurvival; ///< of at least this length
+    std::vector<Kind> markKind, gapKind;          ///< the most probable kind of this length
+};
+
+class Keying
+{
+public:
+    /// Speeds on a logarithmic scale; a told speed leaves those within 20 % of it.
+    Keying(double step_s, std::optional<double> speed_wpm);
+
+    std::size_t speeds() const { return m_tables.size(); }
+    const DurationTable& table(std::size_t speed) const { return m_tables[speed]; }
+    /// Log probability of a speed before anything is heard.
+    double prior(std::size_t speed) const { return m_priors[speed]; }
+
+    /// A mark or space that was decided.
+    void learn(Kind kind, double units);
+    /// Puts what was learnt into the tables.
+    void update();
+
+    double mean(Kind kind) const { return m_habits[static_cast<std::size_t>(kind)].mean; }
+    /// Length in units from which on a gap ends a character, a word.
+    double characterThreshold() const { return m_characterThreshold; }
+    double wordThreshold() const { return m_wordThreshold; }
+
+private:
+    struct Habit
+    {
+        double mean;
+        double deviation;
+        double share;           // of all marks, of all gaps
+        double rightTail = 1.0; // how much further it reaches to longer lengths
+    };
+
+    void learnGapStyle();
+    void buildTable(DurationTable& table) const;
+    double logDensity(Kind kind, double units) const;
+
+    std::vector<DurationTable> m_tables;
+    std::vector<double> m_priors;
+    std::vector<Habit> m_habits; // by kind
+    struct Memory
+    {
+        double weight;
+        double sum;
+        double squares;
+    };
+    std::vector<Memory> m_memory;
+    std::deque<double> m_longGaps;
+    double m_characterThreshold = 2.0;
+    double m_wordThreshold = 5.0;
+};
+
+} // namespace demodulator

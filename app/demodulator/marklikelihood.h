@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+// Stage: marks and spaces, undecided. How much better the last steps are explained by a mark than
+// by noise, for every length at once.
+#pragma once
+
+#include <complex>
+#include <cstdint>
+#include <vector>
+
+namespace demodulator {
+
+/// What is known of a signal and its surroundings.
+struct Level
+{
+    double signal = 0.0; ///< square of half the key-down amplitude
+    double noise = 0.0;  ///< variance that one step adds to a sum of steps
+};
+
+class MarkLikelihood
+{
+public:
+    MarkLikelihood();
+
+    /// Steps are kept for this long.
+    static constexpr std::int64_t KEPT_STEPS = 4096;
+
+    void push(std::complex<double> step);
+    /// Steps heard so far; lengths are counted back from here.
+    std::int64_t end() const { return m_end; }
+
+    /// Sum over steps [begin, end).
+    std::complex<double> sum(std::int64_t begin, std::int64_t end) const;
+    /// Sum of step n times the conjugate of step n - lag, both within [begin, end): its angle is
+    /// the advance of phase in `lag` steps.
+    std::complex<double> advance(std::int64_t begin, std::int64_t end, std::int64_t lag) const;
+
+    void setLevel(const Level& level);
+    const Level& level() const { return m_level; }
+
+    /// Natural logarithm of the likelihood ratio of a mark of `length` steps that ends here, its
+    /// phase unknown, its amplitude known roughly.
+    float ratio(std::int64_t length) const;
+
+private:
+    std::vector<std::complex<double>> m_steps; // ring
+    std::vector<std::complex<double>> m_sums;  // ring: sum of all steps before
+    std::int64_t m_end = 0;
+    Level m_level;
+    double m_energyPerStep[3] = {0, 0, 0}; // per hypothesis of the amplitude
+    double m_slope[3] = {0, 0, 0};
+    double m_weight[3] = {0, 0, 0};
+};
+
+/// Logarithm of the modified Bessel function I0.
+double logBesselI0(double x);
+
+} // namespace demodulator

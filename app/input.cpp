@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+#include "app/input.h"
+
+#include "app/interrupt.h"
+
+#include <cerrno>
+#include <cstring>
+#include <poll.h>
+#include <unistd.h>
+
+namespace morsehost {
+
+std::size_t Input::read(char* data, std::size_t size)
+{
+    while (!isInterrupted() && m_error.isEmpty()) {
+        // The time-out closes the gap between asking for the flag and waiting.
+        pollfd waiting = {m_descriptor, POLLIN, 0};
+        if (::poll(&waiting, 1, 200) == 0)
+            continue;
+        const ssize_t got = ::read(m_descriptor, data, size);
+        if (got >= 0)
+            return static_cast<std::size_t>(got);
+        if (errno != EINTR && errno != EAGAIN)
+            m_error = QString::fromLocal8Bit(std::strerror(errno));
+    }
+    return 0;
+}
+
+} // namespace morsehost

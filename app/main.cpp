@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: MIT
+// morsehost: a small host around the library, for recordings and pipes.
+#include "app/commands/commands.h"
+#include "app/complain.h"
+#include "app/exitstatus.h"
+#include "app/interrupt.h"
+
+#include <QCoreApplication>
+#include <QTextCodec>
+
+#include <cstdio>
+
+namespace {
+
+using morsehost::Arguments;
+using morsehost::Command;
+
+const std::vector<Command>& commands()
+{
+    static const std::vector<Command> rows = {
+        morsehost::decodeCommand(),
+        morsehost::symbolsCommand(),
+        morsehost::alphabetsCommand(),
+        morsehost::mapsCommand(),
+        morsehost::translateCommand(),
+        morsehost::lintCommand(),
+    };
+    return rows;
+}
+
+void print(std::FILE* where, const QString& text)
+{
+    std::fputs(text.toUtf8().constData(), where);
+}
+
+QString overview()
+{
+    QString text = QStringLiteral("Usage: morsehost COMMAND [OPTION…] [ARGUMENT…]\n\nCommands:\n");
+    for (const Command& command : commands()) {
+        const QString summary = QString::fromUtf8(command.syntax.summary);
+        text += QStringLiteral("  %1 %2\n")
+                    .arg(QLatin1String(command.syntax.name), -10)
+                    .arg(summary.section(QStringLiteral(". "), 0, 0).simplified());
+    }
+    text += QStringLiteral("\nOptions:\n"
+                           "  --help     show this help; 'morsehost COMMAND --help' tells more\n"
+                           "  --version  show the version\n\nExamples:\n");
+    for (const Command& command : commands())
+        text += QString::fromUtf8(command.syntax.examples);
+    return text;
+}
+
+int refuse(const QString& reason, const QString& hint)
+{
+    morsehost::complain(reason + QStringLiteral(" (see 'morsehost %1--help')").arg(hint));
+    return morsehost::EXIT_BAD_USAGE;
+}
+
+int runCommand(const Command& command, const QStringList& words)
+{
+    Arguments arguments(command.syntax, words);
+    if (arguments.wantsHelp()) {
+        print(stdout, arguments.help());
+        return morsehost::EXIT_DONE;
+    }
+    int status = morsehost::EXIT_BAD_USAGE;
+    if (arguments.error().isEmpty())
+        status = command.run(arguments);
+    if (!arguments.error().isEmpty())
+        return refuse(arguments.error(), QLatin1String(command.syntax.name) + QLatin1Char(' '));
+    return status;
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+{
+    // Names and texts are UTF-8 whatever the locale says.
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    QCoreApplication application(argc, argv);
+    morsehost::noteInterrupts();
+
+    const QStringList words = QCoreApplication::arguments().mid(1);
+    if (words.isEmpty()) {
+        print(stderr, overview());
+        return morsehost::EXIT_BAD_USAGE;
+    }
+    const QString first = words.constFirst();
+    if (first == QLatin1String("--help") || first == QLatin1String("-h")) {
+        print(stdout, overview());
+        return morsehost::EXIT_DONE;
+    }
+    if (first == QLatin1String("--version")) {
+        print(stdout, QStringLiteral("morsehost " MORSEHOST_VERSION "\n"));
+        return morsehost::EXIT_DONE;
+    }
+    for (const Command& command : commands()) {
+        if (first == QLatin1String(command.syntax.name))
+            return runCommand(command, words.mid(1));
+    }
+    return refuse(QStringLiteral("no command '%1'").arg(first), QString());
+}

@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: MIT
+#include "app/reception.h"
+
+#include "app/complain.h"
+#include "app/datadirectory.h"
+#include "app/exitstatus.h"
+#include "host/standin/tracelog.h"
+#include "host/trace.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <unistd.h>
+#include <utility>
+
+namespace morsehost {
+
+namespace {
+
+// Zero is where a frequency is not known; above are the highest bands in use.
+constexpr double MIN_FREQUENCY_HZ = 1;
+constexpr double MAX_FREQUENCY_HZ = 3e12;
+
+} // namespace
+
+std::vector<OptionRow> receptionOptionRows(std::vector<OptionRow> more)
+{
+    std::vector<OptionRow> rows = {
+        {"alphabet", "NAME", "the Morse alphabet; the built-in one without this"},
+        {"alphabets", "DIR", "where the alphabet files lie; those that ship without this"},
+        {"start", "TIME", "time of the first sample (ISO 8601); 1970-01-01 00:00 UTC without this"},
+        {"save", "DIR", "write code file, text file and result document into DIR"},
+        {"frequency", "HZ", "receive frequency, for the names of the files"},
+        {"codes", nullptr, "print the symbol codes instead of text"},
+        {"json", nullptr, "print a JSON object a line per event"},
+        {"trace", nullptr, "show the library's traces on standard error"},
+    };
+    rows.insert(rows.begin(), more.begin(), more.end());
+    return rows;
+}
+
+ReceptionOptions readReceptionOptions(Arguments& arguments)
+{
+    ReceptionOptions options;
+    StationSettings& station = options.station;
+    station.alphabet = arguments.text("alphabet");
+    if (arguments.isSet("alphabet") && station.alphabet.isEmpty())
+        arguments.fail(QStringLiteral("--alphabet takes a name"));
+    station.alphabetDirectory = arguments.isSet("alphabets")
+                                    ? arguments.text("alphabets")
+                                    : dataDirectory(QStringLiteral("alphabets"));
+    if (arguments.isSet("alphabets") && !arguments.isSet("alphabet"))
+        arguments.fail(QStringLiteral("--alphabets needs --alphabet NAME"));
+    if (arguments.isSet("save")) {
+        if (arguments.text("save").isEmpty())
+            arguments.fail(QStringLiteral("--save takes a folder"));
+        station.saveDirectory = QDir::current().absoluteFilePath(arguments.text("save"));
+    }
+    station.frequency_Hz = arguments.number("frequency", MIN_FREQUENCY_HZ, MAX_FREQUENCY_HZ);
+    if (arguments.isSet("codes") && arguments.isSet("json"))
+        arguments.fail(QStringLiteral("--codes and --json exclude each other"));
+    options.form = arguments.isSet("codes")  ? ReportForm::Codes
+                   : arguments.isSet("json") ? ReportForm::Json
+                                             : ReportForm::Text;
+    options.start_us = arguments.time("start").value_or(0);
+    options.trace = arguments.isSet("trace");
+    return options;
+}
+
+Reception::Reception(const ReceptionOptions& options, TextListener listener)
+    : m_options(options)
+    , m_listener(std::move(listener))
+    , m_output(STDOUT_FILENO)
+    , m_reporter(makeReporter(options.form, m_output))
+    , m_station(options.station, [this](const QString& text) {
+        if (m_listener && m_options.form == ReportForm::Text && !text.isEmpty())
+            m_listener(!text.endsWith(QLatin1Char('\n')));
+        m_reporter->text(text);
+    })
+{
+    if (options.trace)
+        setTraceMask(PLUGIN_TRACE_CLASS);
+}
+
+bool Reception::start()
+{
+    const StationSettings& station = m_options.station;
+    if (!station.saveDirectory.isEmpty()) {
+        const QFileInfo folder(station.saveDirectory);
+        if (!folder.isDir() && !QDir().mkpath(station.saveDirectory)) {
+            complain(station.saveDirectory, QStringLiteral("is no folder that can be made"));
+            return false;
+        }
+        if (!QFileInfo(station.saveDirectory).isWritable()) {
+            complain(station.saveDirectory, QStringLiteral("cannot be written"));
+            return false;
+        }
+    }
+    if (!m_station.start() && !station.alphabet.isEmpty()) {
+        complain(station.alphabet,
+                 QStringLiteral("no such alphabet in %1").arg(station.alphabetDirectory));
+        return false;
+    }
+    return true;
+}
+
+void Reception::time(long long sinceStart_us)
+{
+    const unsigned long long time_us =
+        m_options.start_us + static_cast<unsigned long long>(sinceStart_us);
+    m_reporter->time(time_us);
+    m_station.receiveTime(time_us);
+}
+
+void Reception::symbol(int code)
+{
+    m_reporter->symbol(code);
+    m_station.receiveSymbol(code);
+}
+
+void Reception::endTransmission()
+{
+    m_station.saveDocument();
+}
+
+int Reception::finish()
+{
+    m_station.saveDocument();
+    m_station.stop();
+    if (m_listener)
+        m_listener(false);
+    m_reporter->end();
+    if (!m_output.error().isEmpty()) {
+        complain(QStringLiteral("standard output"), m_output.error());
+        return EXIT_BAD_INPUT;
+    }
+    return EXIT_DONE;
+}
+
+} // namespace morsehost

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+// What there is to choose from: one line a file with its name, path, direction and number of
+// entries, separated by tabs.
+#pragma once
+
+#include <QString>
+#include <QTextStream>
+
+namespace translate {
+
+/// The Morse alphabets of a folder. 0, or 1 with one line to `err` when there is no such folder.
+int listAlphabets(const QString& directory, QTextStream& out, QTextStream& err);
+
+/// The codec and map files of a folder: all of them, or those that fit `decoder` where it is given.
+/// 0, or 1 with one line to `err` when there is no such folder, or when the decoder modules file
+/// has no base character set for the decoder.
+int listMaps(const QString& directory, const QString& decoder, QTextStream& out, QTextStream& err);
+
+} // namespace translate

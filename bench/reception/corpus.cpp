@@ -1,0 +1,326 @@
+// SPDX-License-Identifier: MIT
+#include "reception/corpus.h"
+
+#include "support/random.h"
+
+#include <functional>
+
+namespace reception {
+
+using testsupport::Hand;
+using testsupport::Path;
+using testsupport::Random;
+
+namespace {
+
+constexpr std::size_t TEXT_LENGTH = 600;
+
+const char* const WORDS[] = {
+    "THE",      "OF",      "AND",     "TO",       "IN",       "A",      "IS",     "THAT",
+    "FOR",      "IT",      "WAS",     "ON",       "ARE",      "AS",     "WITH",   "HIS",
+    "THEY",     "AT",      "BE",      "THIS",     "FROM",     "HAVE",   "OR",     "BY",
+    "ONE",      "HAD",     "NOT",     "BUT",      "WHAT",     "ALL",    "WERE",   "WHEN",
+    "WE",       "THERE",   "CAN",     "AN",       "YOUR",     "WHICH",  "THEIR",  "SAID",
+    "IF",       "DO",      "WILL",    "EACH",     "ABOUT",    "HOW",    "UP",     "OUT",
+    "THEM",     "THEN",    "SHE",     "MANY",     "SOME",     "SO",     "THESE",  "WOULD",
+    "OTHER",    "INTO",    "HAS",     "MORE",     "HER",      "TWO",    "LIKE",   "HIM",
+    "SEE",      "TIME",    "COULD",   "NO",       "MAKE",     "THAN",   "FIRST",  "BEEN",
+    "ITS",      "WHO",     "NOW",     "PEOPLE",   "MY",       "MADE",   "OVER",   "DID",
+    "DOWN",     "ONLY",    "WAY",     "FIND",     "USE",      "MAY",    "WATER",  "LONG",
+    "LITTLE",   "VERY",    "AFTER",   "WORDS",    "CALLED",   "JUST",   "WHERE",  "MOST",
+    "KNOW",     "HARBOUR", "WIND",    "NORTHERN", "SHIP",     "CARGO",  "QUIET",  "JOURNEY",
+    "BRIDGE",   "EXAMPLE", "VALLEY",  "ZERO",     "MOUNTAIN", "RIVER",  "SIGNAL", "STATION",
+    "OPERATOR", "MESSAGE", "WEATHER", "COAST",    "LIGHT",    "BOX",    "FAMILY", "GARDEN",
+    "KITCHEN",  "LAWYER",  "MAJOR",   "NEPHEW",   "OXYGEN",   "PUZZLE",
+};
+
+const char* const PREFIXES[] = {"DL", "G",  "F",  "OK", "SP", "OH", "SM", "EA", "I",
+                                "PA", "ON", "LZ", "YO", "W",  "K",  "VE", "JA", "UA"};
+const char* const NAMES[] = {"HANS", "PETER", "JOHN", "MARIE", "IVAN", "SVEN", "PAOLO", "JAN"};
+const char* const TOWNS[] = {"BERLIN", "LEEDS",   "LYON",   "BRNO", "GDANSK", "TURKU",
+                             "MALMO",  "SEVILLA", "TORINO", "GENT", "VARNA",  "CLUJ"};
+const char* const REPORTS[] = {"599", "5NN", "579", "559", "449", "339", "589"};
+
+template <std::size_t size>
+const char* any(const char* const (&list)[size], Random& random)
+{
+    return list[random.below(size)];
+}
+
+std::string callSign(Random& random)
+{
+    std::string call = any(PREFIXES, random);
+    call += static_cast<char>('0' + random.below(10));
+    const std::size_t letters = 1 + random.below(3);
+    for (std::size_t i = 0; i < letters; ++i)
+        call += static_cast<char>('A' + random.below(26));
+    return call;
+}
+
+std::string number(std::size_t below, Random& random)
+{
+    return std::to_string(1 + random.below(below));
+}
+
+std::string prose(Random& random)
+{
+    std::string result;
+    while (result.size() < TEXT_LENGTH) {
+        const std::size_t words = 4 + random.below(9);
+        for (std::size_t i = 0; i < words; ++i) {
+            if (i > 0)
+                result += i % 5 == 4 && random.below(3) == 0 ? ", " : " ";
+            result += any(WORDS, random);
+        }
+        result += random.below(6) == 0 ? "? " : ". ";
+    }
+    return result;
+}
+
+std::string contact(Random& random)
+{
+    std::string result;
+    while (result.size() < TEXT_LENGTH) {
+        const std::string a = callSign(random);
+        const std::string b = callSign(random);
+        const std::string report = any(REPORTS, random);
+        result += "CQ CQ DE " + a + " " + a + " + K " + a + " DE " + b + " " + b + " KN " + b +
+                  " DE " + a + " = GM OM ES TNX FER CALL = UR RST " + report + " " + report +
+                  " = NAME " + any(NAMES, random) + " QTH " + any(TOWNS, random) + " = HW? " + b +
+                  " DE " + a + " KN R R FB OM = RIG " + number(200, random) + "W ANT DIPOLE " +
+                  number(40, random) + "M UP = NR TT" + number(9, random) + " AGE " +
+                  number(90, random) + " WX " + (random.below(2) != 0U ? "SUNNY" : "RAIN") +
+                  " TEMP " + number(30, random) + "C = 73 TU E E / ";
+    }
+    return result;
+}
+
+std::string groups(Random& random)
+{
+    std::string result;
+    while (result.size() < TEXT_LENGTH) {
+        for (int i = 0; i < 5; ++i) {
+            const std::size_t pick = random.below(36);
+            result += static_cast<char>(pick < 26 ? 'A' + pick : '0' + (pick - 26));
+        }
+        result += ' ';
+    }
+    return result;
+}
+
+Condition row(const char* name, const char* title, const std::function<void(Hand&, Path&)>& change)
+{
+    Condition condition;
+    condition.name = name;
+    condition.title = title;
+    condition.path.snr_dB = 20.0;
+    change(condition.hand, condition.path);
+    return condition;
+}
+
+std::vector<Condition> makeConditions()
+{
+    std::vector<Condition> rows;
+    const auto add = [&](const char* name, const char* title,
+                         const std::function<void(Hand&, Path&)>& change) {
+        rows.push_back(row(name, title, change));
+    };
+    const auto clean = [](double speed_wpm) {
+        return [speed_wpm](Hand& hand, Path& path) {
+            hand.speed_wpm = speed_wpm;
+            path.snr_dB.reset();
+        };
+    };
+    const auto noisy = [](double speed_wpm, double snr_dB) {
+        return [=](Hand& hand, Path& path) {
+            hand.speed_wpm = speed_wpm;
+            path.snr_dB = snr_dB;
+        };
+    };
+    add("clean12", "clean, 12 wpm", clean(12));
+    add("clean20", "clean, 20 wpm", clean(20));
+    add("clean30", "clean, 30 wpm", clean(30));
+    add("clean40", "clean, 40 wpm", clean(40));
+    add("snr10", "+10 dB", noisy(20, 10));
+    add("snr6", "+6 dB", noisy(20, 6));
+    add("snr3", "+3 dB", noisy(20, 3));
+    add("snr0", "0 dB", noisy(20, 0));
+    add("snr-3", "-3 dB", noisy(20, -3));
+    add("snr-6", "-6 dB", noisy(20, -6));
+    add("slow-snr3", "12 wpm, +3 dB", noisy(12, 3));
+    add("quick-snr3", "30 wpm, +3 dB", noisy(30, 3));
+    add("fast-snr3", "40 wpm, +3 dB", noisy(40, 3));
+    add("jitter10", "timing jitter 10 % of a unit",
+        [](Hand& hand, Path&) { hand.jitter_units = 0.1; });
+    add("jitter20", "timing jitter 20 % of a unit",
+        [](Hand& hand, Path&) { hand.jitter_units = 0.2; });
+    add("speedup", "speed 15 to 25 wpm over the text", [](Hand& hand, Path&) {
+        hand.speed_wpm = 15;
+        hand.endSpeed_wpm = 25;
+    });
+    add("longdash", "dashes of 4 units, 8 % jitter", [](Hand& hand, Path&) {
+        hand.dash_units = 4;
+        hand.jitter_units = 0.08;
+    });
+    add("heavy", "marks 0.3 unit long, spaces short",
+        [](Hand& hand, Path&) { hand.heavier_units = 0.3; });
+    add("widegaps", "character and word gaps doubled", [](Hand& hand, Path&) {
+        hand.characterGap_units = 6;
+        hand.wordGap_units = 14;
+    });
+    add("wander", "tone wandering 30 Hz to both sides, period 60 s",
+        [](Hand&, Path& path) { path.wander_Hz = 30; });
+    add("fading", "fading 10 dB, 0.5 Hz", [](Hand&, Path& path) {
+        path.fading_dB = 10;
+        path.fading_Hz = 0.5;
+    });
+    add("neighbour", "second signal 300 Hz up, 6 dB down", [](Hand&, Path& path) {
+        path.neighbour_Hz = 300;
+        path.neighbour_dB = -6;
+    });
+    add("clicks", "clicks, 3 a second, 2 ms, up to 10 dB over the tone",
+        [](Hand&, Path& path) { path.clicks_per_s = 3; });
+    add("filter-snr3", "through a 500 Hz filter, +3 dB", [](Hand&, Path& path) {
+        path.snr_dB = 3;
+        path.filter_Hz = 500;
+    });
+    add("filter-snr0", "through a 500 Hz filter, 0 dB", [](Hand&, Path& path) {
+        path.snr_dB = 0;
+        path.filter_Hz = 500;
+    });
+    add("all",
+        "all at once: +6 dB, jitter 10 %, fading 6 dB, wander 10 Hz, second signal, 18 to 22 wpm",
+        [](Hand& hand, Path& path) {
+            hand.jitter_units = 0.1;
+            hand.speedSwing_wpm = 2;
+            path.snr_dB = 6;
+            path.fading_dB = 6;
+            path.fading_Hz = 0.5;
+            path.wander_Hz = 10;
+            path.neighbour_Hz = 300;
+            path.neighbour_dB = -6;
+        });
+
+    add("chirp", "chirp, 60 Hz at the start of each mark",
+        [](Hand&, Path& path) { path.chirp_Hz = 60; });
+    add("hardkeying", "key clicks: edges of 0.2 ms", [](Hand&, Path& path) { path.rise_ms = 0.2; });
+    add("hum", "hum and its harmonics, 3 dB over the tone", [](Hand&, Path& path) {
+        path.hum_dB = 3;
+        path.tone_Hz = 650;
+    });
+    add("static", "static crashes, 2 a second, up to 20 dB over the tone", [](Hand&, Path& path) {
+        path.snr_dB = 10;
+        path.static_per_s = 2;
+    });
+    add("farnsworth", "characters at 20 wpm, gaps as at 10 wpm", [](Hand& hand, Path&) {
+        hand.characterGap_units = 9.3;
+        hand.wordGap_units = 21.6;
+    });
+    add("fist", "straight key: dashes 3.4, jitter 18 %, gaps 3.4 and 6.5, +10 dB",
+        [](Hand& hand, Path& path) {
+            hand.dash_units = 3.4;
+            hand.jitter_units = 0.18;
+            hand.heavier_units = 0.1;
+            hand.characterGap_units = 3.4;
+            hand.wordGap_units = 6.5;
+            path.snr_dB = 10;
+        });
+    add("wpm45", "45 wpm, +10 dB", noisy(45, 10));
+    add("wpm8", "8 wpm, +6 dB", noisy(8, 6));
+    add("stations", "two stations in turn: 22 and 16 wpm, 90 Hz apart, 8 dB apart, +15 dB",
+        [](Hand& hand, Path& path) {
+            hand.speed_wpm = 22;
+            path.snr_dB = 15;
+        });
+    rows.back().twoStations = true;
+    return rows;
+}
+
+} // namespace
+
+const std::vector<Condition>& conditions()
+{
+    static const std::vector<Condition> rows = makeConditions();
+    return rows;
+}
+
+std::vector<std::string> seeds(const std::string& set)
+{
+    return {set + "-1"};
+}
+
+const std::vector<std::string>& kinds()
+{
+    static const std::vector<std::string> list = {"prose", "contact", "groups"};
+    return list;
+}
+
+std::string text(const std::string& kind, const std::string& seed)
+{
+    Random random("text/" + kind + "/" + seed);
+    std::string result = kind == "prose"     ? prose(random)
+                         : kind == "contact" ? contact(random)
+                                             : groups(random);
+    result.resize(TEXT_LENGTH);
+    while (result.back() == ' ')
+        result.back() = 'E';
+    return result;
+}
+
+namespace {
+
+// Overs of about 100 characters, sent in turn with a pause of 1.5 s between them.
+std::vector<float> twoStations(const Condition& condition, const std::string& sent,
+                               const std::string& seed)
+{
+    std::vector<float> sum;
+    std::size_t begin = 0;
+    bool second = false;
+    for (int over = 0; begin < sent.size(); ++over) {
+        std::size_t end = std::min(sent.size(), begin + 100);
+        while (end < sent.size() && sent[end] != ' ')
+            ++end;
+        Hand hand = condition.hand;
+        Path path = condition.path;
+        path.snr_dB.reset();
+        path.before_s = over == 0 ? 1.0 : 0.0;
+        path.after_s = 1.5;
+        if (second) {
+            hand.speed_wpm = 16.0;
+            path.tone_Hz += 90.0;
+        }
+        const std::vector<float> part =
+            testsupport::sound(sent.substr(begin, end - begin), hand, path, RATE_Hz,
+                               seed + "/" + std::to_string(over));
+        const float level = second ? 0.4F : 1.0F;
+        for (const float sample : part)
+            sum.push_back(sample * level);
+        begin = end;
+        second = !second;
+    }
+    testsupport::addNoise(sum, RATE_Hz, 0.9, *condition.path.snr_dB, seed);
+    for (float& sample : sum)
+        sample *= 0.4F;
+    return sum;
+}
+
+} // namespace
+
+Recording record(const Condition& condition, const std::string& kind, const std::string& seed)
+{
+    Recording recording;
+    recording.name = condition.name + "." + kind + "." + seed;
+    recording.sent = text(kind, seed);
+    Condition own = condition;
+    Random random(recording.name);
+    if (condition.name != "hum")
+        own.path.tone_Hz = 500.0 + 400.0 * random.uniform();
+    recording.tone_Hz = own.path.tone_Hz;
+    recording.speed_wpm = own.hand.speed_wpm;
+    recording.samples = own.twoStations ? twoStations(own, recording.sent, recording.name)
+                                        : testsupport::sound(recording.sent, own.hand, own.path,
+                                                             RATE_Hz, recording.name);
+    return recording;
+}
+
+} // namespace reception

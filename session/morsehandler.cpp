@@ -1,0 +1,709 @@
+// SPDX-License-Identifier: MIT
+#include "session/morsehandler.h"
+
+#include "host/datetime.h"
+#include "host/trace.h"
+#include "host/valuelookup.h"
+#include "morse/morsetranslator.h"
+#include "session/sessionfile.h"
+#include "session/tavikresultdatahandler.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QTextStream>
+
+#include <limits>
+
+namespace {
+
+constexpr unsigned long long NO_TIMESTAMP = std::numeric_limits<unsigned long long>::max();
+
+// The symbol buffer slides before it reaches this length.
+constexpr int SYMBOL_BUFFER_LIMIT = 30000;
+
+// The demodulator may use the eighth bit for itself.
+constexpr int SYMBOL_CODE_MASK = 127;
+
+const QLatin1String CHARACTER_GAP("c");
+const QLatin1String WORD_GAP("w");
+const QLatin1String LINE_END("\n");
+const QLatin1String DASH("-");
+const QLatin1String CUT_ZERO("0");
+const QLatin1String DOT_TOO_SHORT("[DOT_TOO_SHORT]");
+const QLatin1String DASH_TOO_LONG("[DASH_TOO_LONG]");
+const QLatin1String PAUSE_TOO_SHORT("[PAUSE_TOO_SHORT]");
+
+const QLatin1String SOURCE_FILE("tools\\morsehandler\\morsehandler");
+
+bool isDigit(const QString& text)
+{
+    return text.size() == 1 && text.at(0) >= QLatin1Char('0') && text.at(0) <= QLatin1Char('9');
+}
+
+bool isErrorMark(const QString& s)
+{
+    return s == DOT_TOO_SHORT || s == DASH_TOO_LONG || s == PAUSE_TOO_SHORT;
+}
+
+QString withTrailingBackslash(const QString& directory)
+{
+    const QLatin1Char backslash('\\');
+    return directory.endsWith(backslash) ? directory : directory + backslash;
+}
+
+// Host values are compared by the part that notifies.
+bool isSame(const Observable* source, const ValueBase* value)
+{
+    return value && static_cast<const Observable*>(value) == source;
+}
+
+} // namespace
+
+MorseHandler::MorseHandler()
+    : m_pTranslator(new MorseTranslator)
+    , m_strSaveDirectory(QStringLiteral("C:\\Temp"))
+    , m_pDateTime(new Vanth::DateTime)
+    , m_nPreviousTimestamp(NO_TIMESTAMP)
+    , m_nCurrentTimestamp(NO_TIMESTAMP)
+    , m_pResultDataHandler(new TavikResultDataHandler(this, QStringLiteral("TAVIK")))
+{
+    m_pDateTime->setFormatString(QStringLiteral("hh:mm:ss.zzz"));
+    m_pDateTime->setOffsetFromUTC(Vanth::DateTime::Local_TimeZone);
+    connect(m_pResultDataHandler, SIGNAL(SetFilename(const QString&)), this,
+            SLOT(SetXmlFileName(const QString&)));
+    connect(m_pResultDataHandler, SIGNAL(GetXmlTunerDemodulatorSettings()), this,
+            SLOT(GetXmlTunerDemodulatorSettings()));
+}
+
+MorseHandler::~MorseHandler()
+{
+    try {
+        CloseAllFiles();
+        visitObservedValues([this](auto*& value) {
+            if (value)
+                value->DeleteObserver(this);
+            value = nullptr;
+        });
+        m_pMorseAlphabet = nullptr;
+        delete m_pTranslator;
+    } catch (...) {
+        // The message names another class; log filters know it as it is.
+        traceMessage(QStringLiteral("Exception caught in MorseTranslator::~MorseHandler"),
+                     SOURCE_FILE, 149);
+    }
+    delete m_pDateTime;
+    delete m_pResultDataHandler;
+}
+
+// Taking, leaving and finding values.
+
+template <typename Visitor>
+void MorseHandler::visitObservedValues(Visitor visit)
+{
+    visit(m_pSymbol);
+    visit(m_pMorseAvailable);
+    visit(m_pMorseText);
+    visit(m_pMorseSaveToFile);
+    visit(m_pMorseXmlSaveToFile);
+    visit(m_pXmlTunerDemodulatorSettings);
+    visit(m_pMorseAlphabetDirectory);
+    visit(m_pFrequency);
+    visit(m_pModtype);
+    visit(m_pDecResult);
+}
+
+bool MorseHandler::isObservedInAnyRole(const Observable* value)
+{
+    bool found = false;
+    visitObservedValues([&](auto*& held) { found = found || isSame(value, held); });
+    return found;
+}
+
+template <typename Kind>
+void MorseHandler::observe(Kind*& role, const QString& path)
+{
+    Kind* const previous = role;
+    role = nullptr;
+    // A value may serve in two roles; it is left when the last one ends.
+    if (previous && !isObservedInAnyRole(previous))
+        previous->DeleteObserver(this);
+    Kind* const value = findValue<Kind>(path);
+    // A value that has announced its deletion will not announce it again.
+    if (!value || value->GetState() == eSTATE_DELETED)
+        return;
+    role = value;
+    role->AddObserver(this);
+}
+
+template <typename Kind>
+Kind* MorseHandler::lookUpAgain(Kind*& role, const QString& path)
+{
+    role = path.isEmpty() ? nullptr : findValue<Kind>(path);
+    return role;
+}
+
+void MorseHandler::SetSymbol_ValuePath(const QString& path)
+{
+    observe(m_pSymbol, path);
+}
+
+void MorseHandler::SetMorseAvailable_ValuePath(const QString& path)
+{
+    observe(m_pMorseAvailable, path);
+    m_bMorseAvailable = m_pMorseAvailable && m_pMorseAvailable->GetValue();
+}
+
+void MorseHandler::SetMorseText_ValuePath(const QString& path)
+{
+    observe(m_pMorseText, path);
+}
+
+void MorseHandler::SetMorseAlphabet_ValuePath(const QString& path)
+{
+    m_alphabetPath = path;
+    lookUpAgain(m_pMorseAlphabet, m_alphabetPath);
+}
+
+void MorseHandler::SetMorseSaveToFile_ValuePath(const QString& path)
+{
+    observe(m_pMorseSaveToFile, path);
+    if (m_pMorseSaveToFile)
+        replay(m_pMorseSaveToFile);
+}
+
+void MorseHandler::SetMorseXmlSaveToFile_ValuePath(const QString& path)
+{
+    observe(m_pMorseXmlSaveToFile, path);
+    if (m_pMorseXmlSaveToFile)
+        replay(m_pMorseXmlSaveToFile);
+    if (m_pMorseXmlSaveToFile)
+        m_pMorseXmlSaveToFile->SetValue(true, nullptr);
+}
+
+void MorseHandler::SetMorseAlphabet_DirectoryPath(const QString& path)
+{
+    observe(m_pMorseAlphabetDirectory, path);
+    if (m_pMorseAlphabetDirectory)
+        m_strAlphabetDirectory = withTrailingBackslash(m_pMorseAlphabetDirectory->GetValue());
+}
+
+void MorseHandler::SetTextDirectionRTL_ValuePath(const QString& path)
+{
+    m_textDirectionPath = path;
+    lookUpAgain(m_pTextDirectionRTL, m_textDirectionPath);
+}
+
+void MorseHandler::SetFrequency_ValuePath(const QString& path)
+{
+    observe(m_pFrequency, path);
+}
+
+void MorseHandler::SetModtype_ValuePath(const QString& path)
+{
+    observe(m_pModtype, path);
+}
+
+void MorseHandler::SetDecResult_ValuePath(const QString& path)
+{
+    observe(m_pDecResult, path);
+}
+
+void MorseHandler::SetGenXmlTunerDemodulatorSettingsPath(const QString& path)
+{
+    m_settingsRequestPath = path;
+    lookUpAgain(m_pGenXmlTunerDemodulatorSettings, m_settingsRequestPath);
+}
+
+void MorseHandler::SetXmlTunerDemodulatorSettings(const QString& path)
+{
+    observe(m_pXmlTunerDemodulatorSettings, path);
+}
+
+void MorseHandler::SetSaveDirectoryPath(const QString& directory, const QString& textFileNamePath,
+                                        const QString& codeFileNamePath,
+                                        const QString& xmlFileNamePath)
+{
+    m_strSaveDirectory = directory;
+    m_textFileNamePath = textFileNamePath;
+    m_codeFileNamePath = codeFileNamePath;
+    m_xmlFileNamePath = xmlFileNamePath;
+    lookUpAgain(m_pTextFileName, m_textFileNamePath);
+    lookUpAgain(m_pCodeFileName, m_codeFileNamePath);
+    lookUpAgain(m_pXmlFileName, m_xmlFileNamePath);
+    if (m_pResultDataHandler)
+        m_pResultDataHandler->SetWorkDir(directory);
+}
+
+void MorseHandler::SetIpcIdentifier(const QString& id)
+{
+    QString tail = id.right(2);
+    if (tail.startsWith(QLatin1Char('0')))
+        tail = tail.right(1);
+    m_strIpcIdentifier = QStringLiteral("__SG") + id.left(1) + QStringLiteral("_IPC") + tail;
+}
+
+// Notifications.
+
+void MorseHandler::Update(Observable* source, TChangeCode code)
+{
+    switch (code) {
+    case eCHANGE_DELETED:
+        forgetDeletedValue(source);
+        break;
+    case eCHANGE_CONTENT:
+        contentChanged(source);
+        break;
+    case eCHANGE_FORCED:
+        evaluationForced(source);
+        break;
+    default:
+        break;
+    }
+}
+
+// What a freshly attached value would have told, had it been observed all along.
+void MorseHandler::replay(ValueBase* value)
+{
+    for (const TChangeCode code : {eCHANGE_DELETED, eCHANGE_STATE, eCHANGE_CONTENT})
+        Update(value, code);
+}
+
+void MorseHandler::forgetDeletedValue(const Observable* source)
+{
+    const auto forget = [this, source](auto*& value) {
+        if (!isSame(source, value) || value->GetState() != eSTATE_DELETED)
+            return;
+        value->DeleteObserver(this);
+        value = nullptr;
+    };
+    visitObservedValues(forget);
+    forget(m_pTextFileName);
+    forget(m_pXmlFileName);
+    forget(m_pCodeFileName);
+}
+
+void MorseHandler::contentChanged(const Observable* source)
+{
+    if (isSame(source, m_pMorseAvailable)) {
+        m_bMorseAvailable = m_pMorseAvailable->GetValue();
+    } else if (isSame(source, m_pSymbol)) {
+        AddSymbol(m_pSymbol->GetValue());
+    } else if (isSame(source, m_pMorseSaveToFile)) {
+        m_bSaveToFile = m_pMorseSaveToFile->GetValue();
+        if (!m_bSaveToFile)
+            CloseAllFiles();
+    } else if (isSame(source, m_pFrequency) || isSame(source, m_pModtype)) {
+        if (m_pResultDataHandler)
+            m_pResultDataHandler->SetFrequency(m_pFrequency ? m_pFrequency->GetValue() : 0.0);
+        restartFilesIfSaving();
+    } else if (isSame(source, m_pDecResult)) {
+        restartFilesIfSaving();
+    } else if (isSame(source, m_pMorseAlphabetDirectory)) {
+        m_strAlphabetDirectory = withTrailingBackslash(m_pMorseAlphabetDirectory->GetValue());
+    } else if (isSame(source, m_pXmlTunerDemodulatorSettings)) {
+        ProcessUpdateTunerDemodulatorSettings();
+    }
+}
+
+void MorseHandler::evaluationForced(const Observable* source)
+{
+    if (isSame(source, m_pMorseSaveToFile)) {
+        restartFilesIfSaving();
+    } else if (isSame(source, m_pMorseXmlSaveToFile)) {
+        if (m_pResultDataHandler)
+            m_pResultDataHandler->SaveFile();
+    } else if (isSame(source, m_pSymbol)) {
+        traceMessage(QStringLiteral("new line in morsehandler receive"), SOURCE_FILE, 526);
+    }
+}
+
+// Sessions.
+
+bool MorseHandler::StartNewMorseSession()
+{
+    const bool ok = ChangeAlphabet();
+    m_bMorseAvailable = m_pMorseAvailable && m_pMorseAvailable->GetValue();
+    m_bSessionActive = true;
+    return ok;
+}
+
+void MorseHandler::EndMorseSession()
+{
+    m_bMorseAvailable = false;
+    m_bSessionActive = false;
+    m_strSymbolBuffer.clear();
+    m_strCurrentSymbols.clear();
+    m_strErrorMarks.clear();
+    m_bDigitMode = false;
+    CloseAllFiles();
+}
+
+bool MorseHandler::ChangeAlphabet()
+{
+    const bool ok = m_pTranslator->SetMorseAlphabet(BuildAlphabetPath());
+    if (FlagValue* const direction = lookUpAgain(m_pTextDirectionRTL, m_textDirectionPath))
+        direction->SetValue(m_pTranslator->isTextDirectionRTL(), nullptr);
+    return ok;
+}
+
+QString MorseHandler::BuildAlphabetPath()
+{
+    ValueSelection* const alphabet = GetMorseAlphabet();
+    const QString name = alphabet ? alphabet->GetStringValue() : QString();
+    // A name is no path: it does not lead out of the directory.
+    if (!alphabet || name.contains(QLatin1Char('/')) || name.contains(QLatin1Char('\\')))
+        return {};
+    return m_strAlphabetDirectory + name + QStringLiteral(".mal");
+}
+
+ValueSelection* MorseHandler::GetMorseAlphabet()
+{
+    return lookUpAgain(m_pMorseAlphabet, m_alphabetPath);
+}
+
+void MorseHandler::SetMorseAvailable(bool available)
+{
+    m_bMorseAvailable = available;
+    m_bSessionActive = available;
+}
+
+void MorseHandler::SetBaudrate(double baudrate)
+{
+    if (m_pResultDataHandler)
+        m_pResultDataHandler->SetBaudrate(baudrate);
+}
+
+void MorseHandler::SetFrequencyOffset(double offset_Hz)
+{
+    if (m_pResultDataHandler)
+        m_pResultDataHandler->SetFrequencyOffset(offset_Hz);
+}
+
+void MorseHandler::SetTimestamp(const unsigned long long& timestamp)
+{
+    m_nPreviousTimestamp = m_nCurrentTimestamp;
+    m_nCurrentTimestamp = timestamp;
+    if (m_pResultDataHandler)
+        m_pResultDataHandler->SetTimestamp(timestamp);
+}
+
+// Symbols.
+
+void MorseHandler::AddSymbol(int code)
+{
+    m_symbolList.push_back(code);
+    ProcessSymbolList();
+}
+
+// One queued code per arrival. A code that arrives while another is processed waits its turn, so
+// that an observer of the text may write symbols.
+void MorseHandler::ProcessSymbolList()
+{
+    ++m_arrivals;
+    if (m_processing)
+        return;
+    m_processing = true;
+    for (; m_arrivals > 0; --m_arrivals)
+        processOldestSymbol();
+    m_processing = false;
+}
+
+void MorseHandler::processOldestSymbol()
+{
+    if (m_symbolList.empty() || !m_bMorseAvailable || !m_bSessionActive)
+        return;
+    const QString s = m_pTranslator->DecodeSymbol(m_symbolList.front() & SYMBOL_CODE_MASK);
+    if (s == CHARACTER_GAP) {
+        ProcessNewChar(s);
+    } else if (s == WORD_GAP) {
+        ProcessNewWord(s);
+    } else if (isErrorMark(s)) {
+        m_strErrorMarks += s;
+    } else if (s == LINE_END) {
+        if (!m_strCurrentSymbols.isEmpty())
+            ProcessNewChar(CHARACTER_GAP);
+        ProcessNewLine(s);
+        appendToResult(LINE_END);
+    } else {
+        AddToSymbolBuffer(s);
+        m_strCurrentSymbols += s;
+        if (m_bSaveToFile)
+            SaveCodeAndText(s, QString());
+    }
+    m_symbolList.pop_front();
+}
+
+void MorseHandler::ProcessNewChar(const QString& s)
+{
+    AddToSymbolBuffer(s);
+    QString text = m_pTranslator->DecodeMorse(m_strCurrentSymbols);
+    if (m_bDigitMode && m_strCurrentSymbols == DASH)
+        text = CUT_ZERO;
+    m_bDigitMode = isDigit(text);
+    if (!text.isEmpty())
+        appendToResult(text);
+    publishText(text);
+    if (m_bSaveToFile) {
+        text += m_strErrorMarks;
+        m_strErrorMarks += QLatin1Char(' ');
+        SaveCodeAndText(m_strErrorMarks, text);
+    }
+    m_strCurrentSymbols.clear();
+    m_strErrorMarks.clear();
+}
+
+void MorseHandler::ProcessNewWord(const QString& s)
+{
+    AddToSymbolBuffer(s);
+    QString text = m_pTranslator->DecodeMorse(m_strCurrentSymbols) + QLatin1Char(' ');
+    appendToResult(text);
+    publishText(text);
+    if (m_bSaveToFile) {
+        text += m_strErrorMarks;
+        SaveCodeAndText(m_strErrorMarks, text);
+    }
+    m_strCurrentSymbols.clear();
+    m_strErrorMarks.clear();
+}
+
+void MorseHandler::ProcessNewLine(const QString& s)
+{
+    if (m_nPreviousTimestamp == NO_TIMESTAMP || m_nCurrentTimestamp == NO_TIMESTAMP)
+        return;
+    AddToSymbolBuffer(s);
+    if (m_pMorseText)
+        m_pMorseText->SetValue(s, nullptr);
+    m_pDateTime->setTime_ts(m_nPreviousTimestamp);
+    const QString stop =
+        QStringLiteral("[Stop Time:  ") + m_pDateTime->toString() + QLatin1Char(']');
+    m_pDateTime->setTime_ts(m_nCurrentTimestamp);
+    const QString start =
+        QStringLiteral("[Start Time:  ") + m_pDateTime->toString() + QLatin1Char(']');
+    const QString block = LINE_END + stop + LINE_END + start + LINE_END;
+    if (m_bSaveToFile)
+        SaveCodeAndText(m_strErrorMarks, block);
+    m_strCurrentSymbols.clear();
+    m_bDigitMode = false;
+    m_strErrorMarks.clear();
+}
+
+void MorseHandler::publishText(const QString& text)
+{
+    if (!m_pMorseText)
+        return;
+    const bool same = text == m_pMorseText->GetValue();
+    m_pMorseText->SetValue(text, nullptr);
+    // Writing an equal value tells nobody, yet a repeated character is news. An observer may have
+    // deleted the value meanwhile.
+    if (same && m_pMorseText)
+        m_pMorseText->HasChanged(eCHANGE_CONTENT, this);
+}
+
+void MorseHandler::appendToResult(const QString& text)
+{
+    if (m_pResultDataHandler)
+        m_pResultDataHandler->AppendText(text);
+}
+
+void MorseHandler::AddToSymbolBuffer(const QString& s)
+{
+    if (m_strSymbolBuffer.size() + s.size() >= SYMBOL_BUFFER_LIMIT)
+        m_strSymbolBuffer.remove(0, s.size());
+    m_strSymbolBuffer += s;
+}
+
+void MorseHandler::ClearSymbolBuffer()
+{
+    m_strSymbolBuffer.clear();
+}
+
+const QString& MorseHandler::GetCurrentMorseSymbolString()
+{
+    return m_strSymbolBuffer;
+}
+
+const QString& MorseHandler::TranslateText(bool partOnly, bool fromEnd, int count)
+{
+    if (partOnly && count >= 1)
+        return m_pTranslator->Translate(GetPartOfSymbolString(fromEnd, count));
+    return m_pTranslator->Translate(m_strSymbolBuffer);
+}
+
+// A unit is a completed character or a word gap. The part begins with the separator that completes
+// the count; the unfinished character at the end of the buffer is left out.
+QString MorseHandler::GetPartOfSymbolString(bool fromEnd, int count)
+{
+    if (!fromEnd)
+        return {};
+    int start = m_strSymbolBuffer.size();
+    int end = -1; // index of the last separator
+    int units = 0;
+    bool inCharacter = false;
+    while (start > 0 && units < count) {
+        --start;
+        const QChar c = m_strSymbolBuffer.at(start);
+        const bool isWordGap = c == QLatin1Char('w');
+        if (isWordGap || c == QLatin1Char('c')) {
+            if (end < 0)
+                end = start;
+            units += (isWordGap ? 1 : 0) + (inCharacter ? 1 : 0);
+            inCharacter = false;
+        } else if (end >= 0) {
+            inCharacter = true;
+        }
+    }
+    return end < 0 ? QString() : m_strSymbolBuffer.mid(start, end - start + 1);
+}
+
+// The result document.
+
+void MorseHandler::SetXmlFileName(const QString& strXmlFileName)
+{
+    if (TextValue* const name = lookUpAgain(m_pXmlFileName, m_xmlFileNamePath))
+        name->SetValue(strXmlFileName, nullptr);
+}
+
+void MorseHandler::GetXmlTunerDemodulatorSettings()
+{
+    FlagValue* const request =
+        lookUpAgain(m_pGenXmlTunerDemodulatorSettings, m_settingsRequestPath);
+    if (!request)
+        return;
+    if (request->GetValue())
+        request->HasChanged(eCHANGE_CONTENT, nullptr);
+    else
+        request->SetValue(true, nullptr);
+}
+
+void MorseHandler::ProcessUpdateTunerDemodulatorSettings()
+{
+    if (m_pXmlTunerDemodulatorSettings && m_pResultDataHandler)
+        m_pResultDataHandler->SetTunerDemodulatorSettings(
+            m_pXmlTunerDemodulatorSettings->GetValue());
+}
+
+// Session files.
+
+SessionFile MorseHandler::codeFile()
+{
+    return {m_strCodeFileName, m_pCodeFile, m_pCodeStream, m_nCodeColumn, m_codeBacklog, nullptr};
+}
+
+SessionFile MorseHandler::textFile()
+{
+    return {m_strTextFileName, m_pTextFile, m_pTextStream, m_nTextColumn, m_textBacklog, "UTF-8"};
+}
+
+// The text first. The arguments are copies: publishing a file name may change the handler.
+void MorseHandler::SaveCodeAndText(QString code, QString text)
+{
+    if (!text.isEmpty()) {
+        PrepareSavingMorseText();
+        OpenMorseText();
+        if (m_pTextStream)
+            sessionfile::write(textFile(), text);
+    }
+    if (!code.isEmpty()) {
+        PrepareSavingMorseCode();
+        OpenMorseCode();
+        if (m_pCodeStream)
+            sessionfile::write(codeFile(), code);
+    }
+}
+
+void MorseHandler::CloseAllFiles()
+{
+    sessionfile::close(textFile());
+    sessionfile::close(codeFile());
+}
+
+void MorseHandler::PrepareSavingMorseCode()
+{
+    if (CheckIfNewCodeFile())
+        sessionfile::begin(codeFile());
+}
+
+void MorseHandler::PrepareSavingMorseText()
+{
+    if (CheckIfNewTextFile())
+        sessionfile::begin(textFile());
+}
+
+bool MorseHandler::CheckIfNewCodeFile()
+{
+    if (!sessionfile::needsNewName(codeFile()))
+        return false;
+    CreateCodeFilename();
+    return true;
+}
+
+bool MorseHandler::CheckIfNewTextFile()
+{
+    if (!sessionfile::needsNewName(textFile()))
+        return false;
+    CreateTextFilename();
+    return true;
+}
+
+void MorseHandler::CreateCodeFilename()
+{
+    m_strCodeFileName = newFileName(QString(), "MorseHandler::CreateCodeFilename");
+}
+
+void MorseHandler::CreateTextFilename()
+{
+    ValueSelection* const alphabet = GetMorseAlphabet();
+    const QString alphabetName = alphabet ? alphabet->GetStringValue() : QStringLiteral("Default");
+    m_strTextFileName =
+        newFileName(QStringLiteral("__") + alphabetName, "MorseHandler::CreateTextFilename");
+}
+
+QString MorseHandler::newFileName(const QString& nameEnd, const char* operation)
+{
+    const QString stamp = Vanth::DateTime(QDateTime::currentDateTimeUtc())
+                              .toString(QStringLiteral("yyyyMMdd_hhmmss"));
+    const QString frequency =
+        m_pFrequency ? sessionfile::frequencyText(m_pFrequency->GetValue()) : QString();
+    const sessionfile::Name name = sessionfile::freeName(
+        m_strSaveDirectory, stamp, QStringLiteral("_MO__") + frequency + nameEnd,
+        sessionfile::fileExists);
+    if (name.counterWrapped && isTraceWanted())
+        _Q_TraceOld(QStringLiteral("Error in ") + QLatin1String(operation) +
+                        QStringLiteral(": file name already exists: %s"),
+                    name.path.toUtf8().constData());
+    return name.path;
+}
+
+void MorseHandler::OpenMorseCode()
+{
+    if (m_pCodeFile || !sessionfile::open(codeFile(), [this] { CreateCodeFilename(); }))
+        return;
+    if (TextValue* const name = lookUpAgain(m_pCodeFileName, m_codeFileNamePath))
+        name->SetValue(QString(m_strCodeFileName), nullptr);
+}
+
+void MorseHandler::OpenMorseText()
+{
+    if (m_pTextFile || !sessionfile::open(textFile(), [this] { CreateTextFilename(); }))
+        return;
+    if (TextValue* const name = lookUpAgain(m_pTextFileName, m_textFileNamePath))
+        name->SetValue(QString(m_strTextFileName), nullptr);
+}
+
+QString MorseHandler::CreateTimeString()
+{
+    return Vanth::DateTime(QDateTime::currentDateTimeUtc())
+        .toString()
+        .replace(QLatin1Char(':'), QLatin1Char('_'))
+        .replace(QLatin1Char(' '), QStringLiteral("__"));
+}
+
+// A new frequency, modulation or decoder result begins new files.
+void MorseHandler::restartFilesIfSaving()
+{
+    if (!m_bSaveToFile)
+        return;
+    CloseAllFiles();
+    PrepareSavingMorseCode();
+    PrepareSavingMorseText();
+}

@@ -1,0 +1,561 @@
+// SPDX-License-Identifier: MIT
+// The program from outside: what it reads, what it prints, how it ends.
+#include "support/keyer.h"
+#include "support/resultschema.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <sndfile.h>
+
+#include <csignal>
+
+namespace {
+
+constexpr double RATE_HZ = 8000;
+
+struct Ended
+{
+    int status;
+    QByteArray out;
+    QByteArray err;
+};
+
+Ended end(QProcess& process)
+{
+    if (!process.waitForFinished(120000))
+        process.kill();
+    const int status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    return {status, process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+Ended run(const QStringList& words, const QByteArray& input = QByteArray())
+{
+    QProcess process;
+    process.start(QStringLiteral(MORSEHOST_PATH), words);
+    process.write(input);
+    process.closeWriteChannel();
+    return end(process);
+}
+
+std::vector<float> keyed(const char* text, double rate_Hz = RATE_HZ)
+{
+    return testsupport::sound(text, testsupport::Hand(), testsupport::Path(), rate_Hz, "morsehost");
+}
+
+void append(std::vector<float>& samples, const std::vector<float>& more)
+{
+    samples.insert(samples.end(), more.begin(), more.end());
+}
+
+QByteArray raw(const std::vector<float>& samples)
+{
+    QByteArray bytes;
+    for (const float sample : samples) {
+        const auto value = static_cast<qint16>(sample * 32767);
+        bytes += static_cast<char>(value & 0xFF);
+        bytes += static_cast<char>((value >> 8) & 0xFF);
+    }
+    return bytes;
+}
+
+// The signal in channel `of` (from 0) of so many, the others silent.
+void writeSound(const QString& path, int format, const std::vector<float>& samples, double rate_Hz,
+                int channels = 1, int of = 0)
+{
+    SF_INFO info = {};
+    info.samplerate = static_cast<int>(rate_Hz);
+    info.channels = channels;
+    info.format = format;
+    SNDFILE* const file = sf_open(path.toUtf8().constData(), SFM_WRITE, &info);
+    QVERIFY2(file, sf_strerror(nullptr));
+    std::vector<float> frames(samples.size() * static_cast<std::size_t>(channels));
+    for (std::size_t i = 0; i < samples.size(); ++i)
+        frames[i * static_cast<std::size_t>(channels) + static_cast<std::size_t>(of)] = samples[i];
+    // In pieces: one encoder recurses over what it is given at once.
+    for (std::size_t done = 0; done < samples.size();) {
+        const std::size_t count = std::min<std::size_t>(4096, samples.size() - done);
+        sf_writef_float(file, &frames[done * static_cast<std::size_t>(channels)],
+                        static_cast<sf_count_t>(count));
+        done += count;
+    }
+    sf_close(file);
+}
+
+QByteArray contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
+}
+
+void verifyOneLine(const Ended& ended, int status, const char* part)
+{
+    QCOMPARE(ended.status, status);
+    QVERIFY2(ended.err.startsWith("morsehost: "), ended.err.constData());
+    QCOMPARE(ended.err.count('\n'), 1);
+    QVERIFY2(ended.err.contains(part), ended.err.constData());
+}
+
+} // namespace
+
+class tst_Morsehost : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        qputenv("TZ", "UTC");
+        qputenv("LC_ALL", "C");
+    }
+
+    // decode
+
+    void recordingsOfAnyKindAreDecoded_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<int>("format");
+        QTest::addColumn<double>("rate_Hz");
+        QTest::newRow("wav") << "x.wav" << (SF_FORMAT_WAV | SF_FORMAT_PCM_16) << 8000.0;
+        QTest::newRow("float wav") << "x.wav" << (SF_FORMAT_WAV | SF_FORMAT_FLOAT) << 11025.0;
+        QTest::newRow("flac") << "x.flac" << (SF_FORMAT_FLAC | SF_FORMAT_PCM_16) << 44100.0;
+        QTest::newRow("ogg") << "x.ogg" << (SF_FORMAT_OGG | SF_FORMAT_VORBIS) << 16000.0;
+        QTest::newRow("mp3") << "x.mp3" << (SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III) << 48000.0;
+        QTest::newRow("high rate") << "x.wav" << (SF_FORMAT_WAV | SF_FORMAT_PCM_16) << 192000.0;
+        QTest::newRow("low rate") << "x.wav" << (SF_FORMAT_WAV | SF_FORMAT_PCM_16) << 4000.0;
+    }
+
+    void recordingsOfAnyKindAreDecoded()
+    {
+        QFETCH(QString, name);
+        QFETCH(int, format);
+        QFETCH(double, rate_Hz);
+        QTemporaryDir dir;
+        const QString path = dir.filePath(name);
+        writeSound(path, format, keyed("PARIS DE N0CALL", rate_Hz), rate_Hz);
+        const Ended ended = run({"decode", path});
+        QCOMPARE(ended.out.simplified(), QByteArray("PARIS DE N0CALL"));
+        QCOMPARE(ended.err, QByteArray());
+        QCOMPARE(ended.status, 0);
+    }
+
+    void oneChannelOrTheMeanOfAllIsTaken()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("x.wav");
+        writeSound(path, SF_FORMAT_WAV | SF_FORMAT_PCM_16, keyed("PARIS PARIS"), RATE_HZ, 3, 1);
+        QCOMPARE(run({"decode", path}).out.simplified(), QByteArray("PARIS PARIS"));
+        QCOMPARE(run({"decode", "--channel", "2", path}).out.simplified(),
+                 QByteArray("PARIS PARIS"));
+        QCOMPARE(run({"decode", "--channel", "1", path}).out.simplified(), QByteArray());
+        verifyOneLine(run({"decode", "--channel", "4", path}), 1, "has 3 channels");
+    }
+
+    void aFileMayHaveAnyName()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QString::fromUtf8("\xC3\xBC %1 \xE2\x99\xAB.wav"));
+        writeSound(path, SF_FORMAT_WAV | SF_FORMAT_PCM_16, keyed("PARIS"), RATE_HZ);
+        QCOMPARE(run({"decode", path}).out.simplified(), QByteArray("PARIS"));
+        verifyOneLine(run({"decode", path + "?"}), 1, "\xE2\x99\xAB.wav?: no such file");
+    }
+
+    void rawSamplesComeFromAPipe()
+    {
+        const QByteArray samples = raw(keyed("CQ TEST"));
+        QCOMPARE(run({"decode", "-"}, samples).out.simplified(), QByteArray("CQ TEST"));
+        const QByteArray faster = raw(keyed("CQ TEST", 12000));
+        QCOMPARE(run({"decode", "--rate", "12000", "-"}, faster).out.simplified(),
+                 QByteArray("CQ TEST"));
+        // Half a sample at the end is none.
+        QCOMPARE(run({"decode", "-"}, samples + "x").out.simplified(), QByteArray("CQ TEST"));
+        QCOMPARE(run({"decode", "-"}).out, QByteArray());
+    }
+
+    void textAppearsWhileThePipeIsOpen()
+    {
+        QProcess process;
+        process.start(QStringLiteral(MORSEHOST_PATH), {"decode", "-"});
+        process.write(raw(keyed("PARIS PARIS PARIS")));
+        QByteArray out;
+        while (!out.contains("PARIS PARIS") && process.waitForReadyRead(60000))
+            out += process.readAllStandardOutput();
+        QVERIFY2(out.contains("PARIS PARIS"), out.constData());
+        QCOMPARE(process.state(), QProcess::Running);
+        process.closeWriteChannel();
+        QCOMPARE(end(process).status, 0);
+    }
+
+    void codesThatAreDecodedCanBeFedBack()
+    {
+        const Ended codes = run({"decode", "--codes", "-"}, raw(keyed("CQ DE 5")));
+        QCOMPARE(codes.status, 0);
+        QVERIFY(codes.out.startsWith("1 0 1 0 3 "));
+        const Ended text = run({"symbols", "-"}, codes.out);
+        QCOMPARE(text.out.simplified(), QByteArray("CQ DE 5"));
+    }
+
+    void toneAndSpeedMayBeTold()
+    {
+        const Ended ended =
+            run({"decode", "--tone", "700", "--wpm", "20", "-"}, raw(keyed("PARIS")));
+        QCOMPARE(ended.out.simplified(), QByteArray("PARIS"));
+    }
+
+    void silenceGivesNothing()
+    {
+        const Ended ended = run({"decode", "-"}, QByteArray(160000, '\0'));
+        QCOMPARE(ended.out, QByteArray());
+        QCOMPARE(ended.err, QByteArray());
+        QCOMPARE(ended.status, 0);
+    }
+
+    void eventsAreWholeObjects()
+    {
+        std::vector<float> samples = keyed("ET");
+        append(samples, std::vector<float>(static_cast<std::size_t>(30 * RATE_HZ)));
+        append(samples, keyed("CQ CQ"));
+        const Ended ended =
+            run({"decode", "--json", "--start", "2026-05-12T10:15:00Z", "-"}, raw(samples));
+        QCOMPARE(ended.status, 0);
+        QString text;
+        QStringList kinds;
+        QStringList times;
+        for (const QByteArray& line : ended.out.trimmed().split('\n')) {
+            QJsonParseError error;
+            const QJsonObject object = QJsonDocument::fromJson(line, &error).object();
+            QCOMPARE(error.error, QJsonParseError::NoError);
+            const QString kind = object.value("event").toString();
+            kinds += kind;
+            times += object.value("at").toString();
+            if (kind == "character")
+                text += object.value("text").toString();
+            else if (kind == "word")
+                text += ' ';
+            else if (kind == "line")
+                text += '\n';
+        }
+        QStringList sorted = times;
+        sorted.sort();
+        QCOMPARE(times, sorted);
+        QVERIFY(times.first() >= "2026-05-12T10:15:00" && times.last() < "2026-05-12T10:16:00");
+        QCOMPARE(text.count('\n'), 1);
+        QCOMPARE(text.section('\n', 1).simplified(), QStringLiteral("CQ CQ"));
+        QVERIFY(kinds.contains("time"));
+    }
+
+    void timeStampsAreThoseOfTheSignal()
+    {
+        QTemporaryDir dir;
+        std::vector<float> samples = keyed("PARIS PARIS");
+        const double first_s = static_cast<double>(samples.size()) / RATE_HZ;
+        append(samples, std::vector<float>(static_cast<std::size_t>(30 * RATE_HZ)));
+        append(samples, keyed("PARIS PARIS"));
+        const Ended ended =
+            run({"decode", "--save", dir.filePath("saved"), "--start", "2026-05-12T10:15:00Z", "-"},
+                raw(samples));
+        QCOMPARE(ended.status, 0);
+        const QDir saved(dir.filePath("saved"));
+        const QStringList texts = saved.entryList({"*__Default.txt"});
+        QCOMPARE(texts.size(), 1);
+        const QString text = QString::fromUtf8(contentOf(saved.filePath(texts.first())));
+        const QRegularExpression markers(QStringLiteral(
+            "PARIS PARIS ?\n\\[Stop Time:  (.*)\\]\n\\[Start Time:  (.*)\\]\nPARIS PARIS"));
+        const QRegularExpressionMatch match = markers.match(text);
+        QVERIFY2(match.hasMatch(), qPrintable(text));
+        // The keyer leaves a second before the first mark and two behind the last one.
+        const auto seconds = [](const QString& time) {
+            return QTime(10, 15).msecsTo(QTime::fromString(time, "hh:mm:ss.zzz")) / 1000.0;
+        };
+        QVERIFY(qAbs(seconds(match.captured(1)) - (first_s - 2)) < 0.05);
+        QVERIFY(qAbs(seconds(match.captured(2)) - (first_s + 30 + 1)) < 0.05);
+    }
+
+    // What cannot be decoded
+
+    void badInputIsSaidInOneLine_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<QByteArray>("reason");
+        QTest::newRow("missing") << "missing" << QByteArray("no such file");
+        QTest::newRow("directory") << "directory" << QByteArray("is a directory");
+        QTest::newRow("empty") << "empty" << QByteArray("is empty");
+        QTest::newRow("text") << "text" << QByteArray("no recording that can be read");
+        QTest::newRow("truncated header") << "header" << QByteArray("no recording");
+        QTest::newRow("impossible rate") << "rate" << QByteArray("samples a second");
+    }
+
+    void badInputIsSaidInOneLine()
+    {
+        QFETCH(QString, kind);
+        QFETCH(QByteArray, reason);
+        QTemporaryDir dir;
+        const QString path = dir.filePath("input.wav");
+        QFile file(path);
+        if (kind == "directory") {
+            QVERIFY(QDir().mkdir(path));
+        } else if (kind == "rate") {
+            writeSound(path, SF_FORMAT_WAV | SF_FORMAT_PCM_16, keyed("E"), 100);
+        } else if (kind != "missing") {
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            if (kind == "text")
+                file.write("Dear operator,\nthis is a letter.\n");
+            else if (kind == "header")
+                file.write("RIFF\0\0\0\0WAVEfm", 15);
+            file.close();
+        }
+        const Ended ended = run({"decode", path});
+        verifyOneLine(ended, 1, reason.constData());
+        QVERIFY(ended.err.contains("input.wav: "));
+        QCOMPARE(ended.out, QByteArray());
+    }
+
+    void aTruncatedRecordingIsDecodedAsFarAsItGoes()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("x.flac");
+        writeSound(path, SF_FORMAT_FLAC | SF_FORMAT_PCM_16, keyed("PARIS PARIS PARIS PARIS"),
+                   RATE_HZ);
+        QFile file(path);
+        QVERIFY(file.resize(file.size() * 6 / 10));
+        const Ended ended = run({"decode", path});
+        QVERIFY2(ended.out.startsWith("PARIS PARIS"), ended.out.constData());
+        verifyOneLine(ended, 1, "x.flac: ");
+    }
+
+    void wrongUsageIsSaidInOneLine_data()
+    {
+        QTest::addColumn<QStringList>("words");
+        QTest::addColumn<QByteArray>("part");
+        const auto row = [](const char* name, const QStringList& words, const char* part) {
+            QTest::newRow(name) << words << QByteArray(part);
+        };
+        row("unknown command", {"decipher"}, "no command 'decipher'");
+        row("no operand", {"decode"}, "FILE|- is missing");
+        row("two operands", {"decode", "a", "b"}, "'b' is one argument too many");
+        row("unknown option", {"decode", "--loud", "x"}, "loud");
+        row("value missing", {"decode", "x", "--tone"}, "tone");
+        row("tone is no number", {"decode", "--tone", "high", "x"}, "--tone takes");
+        row("tone is not finite", {"decode", "--tone", "nan", "x"}, "--tone takes");
+        row("speed out of range", {"decode", "--wpm", "1000", "x"}, "--wpm takes");
+        row("channel zero", {"decode", "--channel", "0", "x"}, "--channel takes");
+        row("rate of a file", {"decode", "--rate", "8000", "x"}, "--rate is for pipes");
+        row("channel of a pipe", {"decode", "--channel", "1", "-"}, "--channel is for files");
+        row("no time", {"decode", "--start", "yesterday", "x"}, "--start takes");
+        row("too late a time", {"decode", "--start", "2200-01-01T00:00:00Z", "x"}, "--start takes");
+        row("two forms", {"decode", "--codes", "--json", "x"}, "exclude each other");
+        row("directory without alphabet", {"decode", "--alphabets", "d", "x"}, "--alphabet NAME");
+        row("frequency", {"decode", "--frequency", "-1", "x"}, "--frequency takes");
+        row("symbols without operand", {"symbols"}, "missing");
+    }
+
+    void wrongUsageIsSaidInOneLine()
+    {
+        QFETCH(QStringList, words);
+        QFETCH(QByteArray, part);
+        const Ended ended = run(words);
+        verifyOneLine(ended, 2, part.constData());
+        QVERIFY(ended.err.contains("--help"));
+        QCOMPARE(ended.out, QByteArray());
+    }
+
+    void withoutWordsTheUsageIsShown()
+    {
+        const Ended ended = run({});
+        QCOMPARE(ended.status, 2);
+        QVERIFY(ended.err.contains("Usage: morsehost COMMAND"));
+    }
+
+    void helpAndVersionAreShown()
+    {
+        for (const QStringList& words : {QStringList{"--help"}, QStringList{"decode", "--help"},
+                                         QStringList{"symbols", "x", "y", "--help"}}) {
+            const Ended ended = run(words);
+            QCOMPARE(ended.status, 0);
+            QVERIFY(ended.out.contains("Examples:\n  "));
+            QCOMPARE(ended.err, QByteArray());
+        }
+        const Ended version = run({"--version"});
+        QCOMPARE(version.status, 0);
+        QVERIFY(QRegularExpression("^morsehost \\d+\\.\\d+\\.\\d+\n$")
+                    .match(QString::fromUtf8(version.out))
+                    .hasMatch());
+    }
+
+    void anUnknownAlphabetIsSaid()
+    {
+        QTemporaryDir dir;
+        verifyOneLine(run({"symbols", "--alphabets", dir.path(), "--alphabet", "Elvish", "-"}), 1,
+                      "Elvish: no such alphabet in ");
+    }
+
+    void aFolderThatCannotBeMadeIsSaid()
+    {
+        verifyOneLine(run({"symbols", "--save", "/dev/null/x", "-"}), 1, "/dev/null/x: ");
+    }
+
+    // symbols
+
+    void symbolCodesAreDecoded()
+    {
+        const Ended ended = run({"symbols", "-"}, "0 1 3\n1\t0 0 0\r\n4 128 131");
+        QCOMPARE(ended.out, QByteArray("AB E\n"));
+        QCOMPARE(ended.status, 0);
+        QTemporaryDir dir;
+        QFile file(dir.filePath("codes"));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("0 3 5 1 3") > 0);
+        file.close();
+        QCOMPARE(run({"symbols", file.fileName()}).out, QByteArray("E\nT\n"));
+    }
+
+    void anAlphabetOfOnesOwnIsUsed()
+    {
+        QTemporaryDir dir;
+        QFile file(dir.filePath("Mine.mal"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("\xD7\x90\t.-\n\n");
+        file.close();
+        const Ended ended =
+            run({"symbols", "--alphabets", dir.path(), "--alphabet", "mine", "-"}, "0 1 3");
+        QCOMPARE(ended.out, QByteArray("\xD7\x90\n"));
+    }
+
+    void whatIsNoSymbolCodeIsSaidWithItsLine_data()
+    {
+        QTest::addColumn<QByteArray>("input");
+        QTest::addColumn<QByteArray>("part");
+        QTest::newRow("word") << QByteArray("0 1 3\n\n0 dash") << QByteArray("line 3: 'dash'");
+        QTest::newRow("too large") << QByteArray("99999999999") << QByteArray("line 1: '9999");
+        QTest::newRow("binary") << QByteArray("\0\1\2\xFF", 4) << QByteArray("line 1: ");
+        QTest::newRow("long") << QByteArray(1000000, '1') << QByteArray("line 1: '1111");
+    }
+
+    void whatIsNoSymbolCodeIsSaidWithItsLine()
+    {
+        QFETCH(QByteArray, input);
+        QFETCH(QByteArray, part);
+        const Ended ended = run({"symbols", "-"}, input);
+        verifyOneLine(ended, 1, part.constData());
+        QVERIFY(ended.err.size() < 200);
+    }
+
+    void symbolFilesThatCannotBeReadAreSaid()
+    {
+        QTemporaryDir dir;
+        verifyOneLine(run({"symbols", dir.path()}), 1, "is a directory");
+        verifyOneLine(run({"symbols", dir.filePath("x")}), 1, "No such file");
+    }
+
+    void errorMarksAreEvents()
+    {
+        const Ended ended = run({"symbols", "--json", "-"}, "0 64 65 66 3");
+        for (const char* mark : {"dot too short", "dash too long", "pause too short"})
+            QVERIFY(ended.out.contains(QByteArray("\"mark\":\"") + mark + '"'));
+    }
+
+    void tenMillionRandomCodesPass()
+    {
+        QByteArray codes;
+        codes.reserve(40000000);
+        quint32 seed = 1;
+        for (int i = 0; i < 10000000; ++i) {
+            seed = seed * 1664525U + 1013904223U;
+            codes += QByteArray::number((seed >> 16) % 70);
+            codes += ' ';
+        }
+        QProcess process;
+        process.start(QStringLiteral(MORSEHOST_PATH), {"symbols", "-"});
+        process.write(codes);
+        process.closeWriteChannel();
+        QVERIFY(process.waitForFinished(280000));
+        QCOMPARE(process.exitCode(), 0);
+        QVERIFY(process.readAllStandardOutput().size() > 100000);
+        QCOMPARE(process.readAllStandardError(), QByteArray());
+    }
+
+    // How it ends
+
+    void aClosedPipeEndsItQuietly()
+    {
+        QTemporaryDir dir;
+        QFile codes(dir.filePath("codes"));
+        QVERIFY(codes.open(QIODevice::WriteOnly));
+        for (int i = 0; i < 200000; ++i)
+            codes.write("0 3 1 3 0 1 3 1 0 3\n");
+        codes.close();
+        QProcess shell;
+        shell.start(QStringLiteral("bash"),
+                    {"-c", QStringLiteral(MORSEHOST_PATH " symbols ") + codes.fileName() +
+                               " | head -c 3; echo \" ${PIPESTATUS[0]}\""});
+        const Ended ended = end(shell);
+        QCOMPARE(ended.out, QByteArray("ETA 0\n"));
+        QCOMPARE(ended.err, QByteArray());
+    }
+
+    void aFullOutputIsSaid()
+    {
+        QProcess process;
+        process.setStandardOutputFile(QStringLiteral("/dev/full"));
+        process.start(QStringLiteral(MORSEHOST_PATH), {"symbols", "-"});
+        process.write("0 3");
+        process.closeWriteChannel();
+        verifyOneLine(end(process), 1, "standard output: No space left");
+    }
+
+    void aSignalLeavesCompleteFilesAndASavedDocument_data()
+    {
+        QTest::addColumn<int>("number");
+        QTest::newRow("SIGTERM") << SIGTERM;
+        QTest::newRow("SIGINT") << SIGINT;
+    }
+
+    void aSignalLeavesCompleteFilesAndASavedDocument()
+    {
+        QFETCH(int, number);
+        QTemporaryDir dir;
+        QProcess process;
+        process.start(QStringLiteral(MORSEHOST_PATH), {"decode", "--save", dir.path(), "-"});
+        process.write(raw(keyed("PARIS PARIS PARIS")));
+        QByteArray out;
+        while (!out.contains("PARIS PARIS") && process.waitForReadyRead(60000))
+            out += process.readAllStandardOutput();
+        QVERIFY2(out.contains("PARIS PARIS"), out.constData());
+        ::kill(static_cast<pid_t>(process.processId()), number);
+        const Ended ended = end(process);
+        QCOMPARE(ended.status, 0);
+        out += ended.out;
+        const QDir saved(dir.path());
+        const QString text = saved.filePath(saved.entryList({"*__Default.txt"}).value(0));
+        QCOMPARE(contentOf(text).simplified(), out.simplified());
+        const QStringList documents = saved.entryList({"*.xml"});
+        QCOMPARE(documents.size(), 1);
+        QCOMPARE(schemaErrors({saved.filePath(documents.first())}), QString());
+        QVERIFY(contentOf(saved.filePath(documents.first())).contains(">P<"));
+    }
+
+    void progressIsShownOnTerminalsOnly()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("x.wav");
+        writeSound(path, SF_FORMAT_WAV | SF_FORMAT_PCM_16, keyed("PARIS"), RATE_HZ);
+        QCOMPARE(run({"decode", path}).err, QByteArray());
+        // script(1) lends it a terminal, for standard error alone here.
+        QProcess terminal;
+        terminal.start(QStringLiteral("script"), {"-qec",
+                                                  QStringLiteral(MORSEHOST_PATH) + " decode " +
+                                                      path + " >" + dir.filePath("out"),
+                                                  "/dev/null"});
+        const Ended ended = end(terminal);
+        QVERIFY2(ended.out.contains(" 50 %"), ended.out.constData());
+        QCOMPARE(contentOf(dir.filePath("out")).simplified(), QByteArray("PARIS"));
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_Morsehost)
+#include "tst_morsehost.moc"

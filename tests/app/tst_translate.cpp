@@ -1,0 +1,461 @@
+// SPDX-License-Identifier: MIT
+#include "app/lint/lint.h"
+#include "app/translate/filter.h"
+#include "app/translate/listing.h"
+
+#include "charmap/codechandler.h"
+#include "host/standin/configuration.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+using translate::Filter;
+using translate::FilterOptions;
+
+namespace {
+
+const QString shippedMaps = QStringLiteral(PROJECT_DATA_DIR "/maps");
+const QString shippedAlphabets = QStringLiteral(PROJECT_DATA_DIR "/alphabets");
+
+struct Outcome
+{
+    int status = -1;
+    QString out;
+    QString err;
+
+    QStringList lines() const { return out.split(QLatin1Char('\n'), Qt::SkipEmptyParts); }
+    QStringList names() const
+    {
+        QStringList names;
+        for (const QString& line : lines())
+            names += line.section(QLatin1Char('\t'), 0, 0);
+        return names;
+    }
+};
+
+Outcome alphabetsOf(const QString& folder)
+{
+    Outcome outcome;
+    QTextStream out(&outcome.out);
+    QTextStream err(&outcome.err);
+    outcome.status = translate::listAlphabets(folder, out, err);
+    return outcome;
+}
+
+Outcome mapsOf(const QString& folder, const QString& decoder = {})
+{
+    Outcome outcome;
+    QTextStream out(&outcome.out);
+    QTextStream err(&outcome.err);
+    outcome.status = translate::listMaps(folder, decoder, out, err);
+    return outcome;
+}
+
+class Pipe
+{
+public:
+    Pipe()
+    {
+        if (pipe(m_ends) != 0)
+            qFatal("no pipe");
+    }
+    ~Pipe()
+    {
+        closeReader();
+        closeWriter();
+    }
+    Pipe(const Pipe&) = delete;
+    Pipe& operator=(const Pipe&) = delete;
+
+    int reader() const { return m_ends[0]; }
+    int writer() const { return m_ends[1]; }
+    void closeReader() { closeEnd(0); }
+    void closeWriter() { closeEnd(1); }
+    void write(const QByteArray& bytes)
+    {
+        QCOMPARE(::write(writer(), bytes.constData(), size_t(bytes.size())), ssize_t(bytes.size()));
+    }
+    QByteArray readSome() const
+    {
+        QByteArray bytes(1024, Qt::Uninitialized);
+        bytes.resize(int(qMax(ssize_t(0), ::read(reader(), bytes.data(), size_t(bytes.size())))));
+        return bytes;
+    }
+
+private:
+    void closeEnd(int end)
+    {
+        if (m_ends[end] >= 0)
+            close(m_ends[end]);
+        m_ends[end] = -1;
+    }
+
+    int m_ends[2] = {-1, -1};
+};
+
+/// Runs the subcommand on a short input.
+Outcome run(const FilterOptions& options, const QByteArray& input, QByteArray& output)
+{
+    Pipe in;
+    Pipe out;
+    in.write(input);
+    in.closeWriter();
+    Outcome outcome;
+    QTextStream err(&outcome.err);
+    outcome.status = translate::runTranslate(options, in.reader(), out.writer(), err);
+    out.closeWriter();
+    output = out.readSome();
+    return outcome;
+}
+
+FilterOptions with(const QString& folder, const char* map, const char* decoder = "",
+                   bool back = false)
+{
+    return {folder, QString::fromUtf8(map), QString::fromUtf8(decoder), back};
+}
+
+void writeFile(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(content);
+}
+
+QByteArray allBytes()
+{
+    QByteArray bytes;
+    for (int byte = 0; byte < 256; ++byte)
+        bytes += char(byte);
+    return bytes;
+}
+
+} // namespace
+
+class tst_Translate : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        setConfigurationValue(QString(), QStringLiteral("DecoderModulesFile"),
+                              QStringLiteral(PROJECT_DATA_DIR "/decoders/decodermodules.txt"));
+    }
+
+    void alphabetsAreListedWithFileDirectionAndSize()
+    {
+        const Outcome outcome = alphabetsOf(shippedAlphabets);
+        QCOMPARE(outcome.status, 0);
+        QCOMPARE(outcome.err, QString());
+        QVERIFY(outcome.names().contains(QStringLiteral("Greek")));
+        const QString path = shippedAlphabets + QStringLiteral("/Hebrew.mal");
+        QVERIFY(outcome.lines().contains(QStringLiteral("Hebrew\t%1\tright to left\t%2 entries")
+                                             .arg(path)
+                                             .arg(lint::lintFile(path).alphabet.size())));
+        QVERIFY(outcome.lines()
+                    .filter(QStringLiteral("Greek\t"))
+                    .first()
+                    .contains(QStringLiteral("\tleft to right\t")));
+    }
+
+    void anAlphabetThatIsNotFoundAgainIsMarked()
+    {
+        QTemporaryDir folder;
+        writeFile(folder.filePath(QStringLiteral("Cyrillic.old.mal")), "А\t.-\n\n");
+        const Outcome outcome = alphabetsOf(folder.path());
+        QCOMPARE(outcome.status, 0);
+        QCOMPARE(outcome.lines().size(), 1);
+        QVERIFY(outcome.out.contains(QStringLiteral("cannot be chosen")));
+    }
+
+    void allMapsAreListedUnderTheirFullNames()
+    {
+        const Outcome outcome = mapsOf(shippedMaps);
+        QCOMPARE(outcome.status, 0);
+        QVERIFY(outcome.names().contains(QStringLiteral("Greek - ASCII")));
+        QVERIFY(outcome.names().contains(QStringLiteral("Russian - ITA2")));
+        QVERIFY(outcome.names().contains(QStringLiteral("ITA2 - ITA2")));
+        QCOMPARE(outcome.names().size(),
+                 QDir(shippedMaps)
+                     .entryList({QStringLiteral("*.map"), QStringLiteral("*.codec")})
+                     .size());
+        QVERIFY(!outcome.out.contains(QStringLiteral("cannot be chosen")));
+        QVERIFY(outcome.lines()
+                    .filter(QStringLiteral("Hebrew"))
+                    .first()
+                    .endsWith(QStringLiteral("\tright to left\t27 entries")));
+    }
+
+    void mapsAreListedPerDecoder_data()
+    {
+        QTest::addColumn<QString>("decoder");
+        QTest::addColumn<bool>("ita2");
+        QTest::addColumn<bool>("ascii");
+        QTest::newRow("an ITA2 decoder") << QStringLiteral("Baudot") << true << false;
+        QTest::newRow("an ASCII decoder") << QStringLiteral("ASCII RTTY") << false << true;
+        QTest::newRow("a decoder of both") << QStringLiteral("PSK31") << true << true;
+    }
+
+    void mapsAreListedPerDecoder()
+    {
+        QFETCH(QString, decoder);
+        QFETCH(bool, ita2);
+        QFETCH(bool, ascii);
+        const Outcome outcome = mapsOf(shippedMaps, decoder);
+        QCOMPARE(outcome.status, 0);
+        QCOMPARE(outcome.names().contains(QStringLiteral("Russian - ITA2")), ita2);
+        QCOMPARE(outcome.names().contains(QStringLiteral("Greek - ASCII")), ascii);
+    }
+
+    void aDecoderWithoutACharacterSetIsTold_data()
+    {
+        QTest::addColumn<QString>("decoder");
+        QTest::newRow("unknown") << QStringLiteral("Teleplay");
+        QTest::newRow("letter N") << QStringLiteral("Morse");
+    }
+
+    void aDecoderWithoutACharacterSetIsTold()
+    {
+        QFETCH(QString, decoder);
+        const Outcome outcome = mapsOf(shippedMaps, decoder);
+        QCOMPARE(outcome.status, 1);
+        QCOMPARE(outcome.out, QString());
+        QVERIFY(outcome.err.contains(decoder));
+        QCOMPARE(outcome.err.count(QLatin1Char('\n')), 1);
+    }
+
+    void aMissingFolderIsTold()
+    {
+        for (const Outcome& outcome :
+             {alphabetsOf(QStringLiteral("/no/such")), mapsOf(QStringLiteral("/no/such"))}) {
+            QCOMPARE(outcome.status, 1);
+            QVERIFY(outcome.err.contains(QStringLiteral("/no/such")));
+        }
+    }
+
+    void aCodecThatCannotBeChosenIsMarked()
+    {
+        QTemporaryDir folder;
+        writeFile(folder.filePath(QStringLiteral("Greek.codec")), "title\nLR\nA;0x0391\n");
+        QVERIFY(mapsOf(folder.path()).out.contains(QStringLiteral("cannot be chosen")));
+        QByteArray output;
+        const Outcome outcome = run(with(folder.path(), "Greek - ITA2"), "A", output);
+        QCOMPARE(outcome.status, 1);
+        QCOMPARE(output, QByteArray());
+        QVERIFY(outcome.err.contains(QStringLiteral("ITA2.codec")));
+    }
+
+    void eightBitBecomesUtf8()
+    {
+        QByteArray output;
+        const Outcome outcome = run(with(shippedMaps, "Russian - ITA2"), "PRIWET MIR\r\n", output);
+        QCOMPARE(outcome.err, QString());
+        QCOMPARE(outcome.status, 0);
+        QCOMPARE(QString::fromUtf8(output), QStringLiteral("ПРИВЕТ МИР\r\n"));
+    }
+
+    void utf8BecomesEightBit()
+    {
+        QByteArray output;
+        const Outcome outcome =
+            run(with(shippedMaps, "Russian - ITA2", "", true), "ПРИВЕТ МИР\r\n", output);
+        QCOMPARE(outcome.status, 0);
+        QCOMPARE(output, QByteArray("PRIWET MIR\r\n"));
+    }
+
+    void withoutAMapLatin1Passes()
+    {
+        QByteArray output;
+        QCOMPARE(run(with(shippedMaps, "none"), allBytes(), output).status, 0);
+        const QByteArray bytes = allBytes();
+        QCOMPARE(output, QString::fromLatin1(bytes.constData(), bytes.size()).toUtf8());
+        QByteArray back;
+        QCOMPARE(run(with(shippedMaps, "none", "", true), output, back).status, 0);
+        QCOMPARE(back, bytes);
+    }
+
+    void aShortNameIsEnoughWhereItIsOneFile()
+    {
+        QByteArray output;
+        QCOMPARE(run(with(shippedMaps, "german"), "[", output).status, 0);
+        QCOMPARE(output, QByteArray("Ä"));
+    }
+
+    void aShortNameOfTwoFilesNeedsTheDecoder()
+    {
+        QTemporaryDir folder;
+        writeFile(folder.filePath(QStringLiteral("Two.ita2.map")), "A\ti\n\n");
+        writeFile(folder.filePath(QStringLiteral("Two.ascii.map")), "A\ta\n\n");
+        QByteArray output;
+        const Outcome outcome = run(with(folder.path(), "Two"), "A", output);
+        QCOMPARE(outcome.status, 1);
+        QVERIFY(outcome.err.contains(QStringLiteral("\"Two - ASCII\" or \"Two - ITA2\"")));
+        QCOMPARE(run(with(folder.path(), "Two", "Baudot"), "A", output).status, 0);
+        QCOMPARE(output, QByteArray("i"));
+        QCOMPARE(run(with(folder.path(), "Two", "ASCII RTTY"), "A", output).status, 0);
+        QCOMPARE(output, QByteArray("a"));
+    }
+
+    void anUnknownMapIsTold()
+    {
+        QByteArray output;
+        const Outcome outcome = run(with(shippedMaps, "Klingon"), "A", output);
+        QCOMPARE(outcome.status, 1);
+        QCOMPARE(output, QByteArray());
+        QCOMPARE(outcome.err,
+                 QStringLiteral("morsehost: %1: no map \"Klingon\"\n").arg(shippedMaps));
+    }
+
+    void whatNoByteStandsForBecomesAQuestionMark()
+    {
+        QByteArray output;
+        const Outcome outcome =
+            run(with(shippedMaps, "Russian - ITA2", "", true), "МИР Ω 🆘!", output);
+        QCOMPARE(output, QByteArray("MIR ? ?!"));
+        QCOMPARE(outcome.status, 1);
+        QVERIFY(outcome.err.startsWith(QStringLiteral("morsehost: 2 characters")));
+        QVERIFY(outcome.err.contains(QStringLiteral("U+03A9")));
+    }
+
+    void aByteThatIsNoUtf8BecomesAQuestionMark_data()
+    {
+        QTest::addColumn<QByteArray>("input");
+        QTest::addColumn<QByteArray>("expected");
+        QTest::newRow("inside") << QByteArray("a\xFFz") << QByteArray("a?z");
+        QTest::newRow("cut off by the end") << QByteArray("a\xD0") << QByteArray("a?");
+    }
+
+    void aByteThatIsNoUtf8BecomesAQuestionMark()
+    {
+        QFETCH(QByteArray, input);
+        QFETCH(QByteArray, expected);
+        QByteArray output;
+        QCOMPARE(run(with(shippedMaps, "none", "", true), input, output).status, 1);
+        QCOMPARE(output, expected);
+    }
+
+    void piecesGiveWhatTheWholeGives_data()
+    {
+        QTest::addColumn<bool>("back");
+        QTest::newRow("to text") << false;
+        QTest::newRow("back") << true;
+    }
+
+    void piecesGiveWhatTheWholeGives()
+    {
+        QFETCH(bool, back);
+        QTemporaryDir folder;
+        // Two entries that are one character outside the first plane, cut between every two bytes.
+        writeFile(folder.filePath(QStringLiteral("Pair.ascii.map")),
+                  "A\t0xD83C\nB\t0xDD98\nC\t0x20AC\n\n");
+        CodecHandler handler;
+        handler.SetAlphabetsDir(folder.path());
+        QVERIFY(handler.SetAlphabet(QStringLiteral("Pair - ASCII")));
+        const QByteArray input =
+            back ? QByteArray("x€🆘Ω\xC3\xA4\xFFy") : QByteArray("xCABABCy\xE4");
+
+        Filter whole(handler, back);
+        const QByteArray expected = whole.next(input) + whole.finish();
+        for (int size = 1; size <= input.size(); ++size) {
+            Filter filter(handler, back);
+            QByteArray output;
+            for (int at = 0; at < input.size(); at += size)
+                output += filter.next(input.mid(at, size));
+            output += filter.finish();
+            QCOMPARE(output, expected);
+            QCOMPARE(filter.replaced(), whole.replaced());
+        }
+    }
+
+    void whatHasComeInIsWrittenBeforeMoreIsWaitedFor()
+    {
+        Pipe in;
+        Pipe out;
+        QString errors;
+        QTextStream err(&errors);
+        const FilterOptions options = with(shippedMaps, "Greek - ASCII");
+        int status = -1;
+        QScopedPointer<QThread> thread(QThread::create(
+            [&] { status = translate::runTranslate(options, in.reader(), out.writer(), err); }));
+        thread->start();
+        in.write("A");
+        QCOMPARE(QString::fromUtf8(out.readSome()), QStringLiteral("Α"));
+        in.write("B");
+        QCOMPARE(QString::fromUtf8(out.readSome()), QStringLiteral("Β"));
+        in.closeWriter();
+        QVERIFY(thread->wait(10000));
+        QCOMPARE(status, 0);
+    }
+
+    void aReaderThatGoesAwayEndsTheFilterQuietly()
+    {
+        Pipe in;
+        Pipe out;
+        in.write("A");
+        in.closeWriter();
+        out.closeReader();
+        QString errors;
+        QTextStream err(&errors);
+        QCOMPARE(translate::runTranslate(with(shippedMaps, "none"), in.reader(), out.writer(), err),
+                 0);
+        QCOMPARE(errors, QString());
+    }
+
+    void anInputThatCannotBeReadIsTold()
+    {
+        Pipe out;
+        QString errors;
+        QTextStream err(&errors);
+        QCOMPARE(translate::runTranslate(with(shippedMaps, "none"), -1, out.writer(), err), 1);
+        QVERIFY(errors.startsWith(QStringLiteral("morsehost: the input cannot be read: ")));
+    }
+
+    void anOutputThatCannotBeWrittenIsTold()
+    {
+        const int full = open("/dev/full", O_WRONLY);
+        QVERIFY(full >= 0);
+        Pipe in;
+        in.write("A");
+        in.closeWriter();
+        QString errors;
+        QTextStream err(&errors);
+        QCOMPARE(translate::runTranslate(with(shippedMaps, "none"), in.reader(), full, err), 1);
+        close(full);
+        QVERIFY(errors.startsWith(QStringLiteral("morsehost: the output cannot be written: ")));
+    }
+
+    void descriptorsThatDoNotBlockAreWaitedFor()
+    {
+        Pipe in;
+        Pipe out;
+        for (const int descriptor : {in.reader(), out.writer()})
+            QVERIFY(fcntl(descriptor, F_SETFL, O_NONBLOCK) == 0);
+        const QByteArray input(1024 * 1024, 'A');
+        QByteArray output;
+        QScopedPointer<QThread> feeder(QThread::create([&] {
+            in.write(input);
+            in.closeWriter();
+        }));
+        QScopedPointer<QThread> taker(QThread::create([&] {
+            for (QByteArray some = out.readSome(); !some.isEmpty(); some = out.readSome())
+                output += some;
+        }));
+        feeder->start();
+        taker->start();
+        QString errors;
+        QTextStream err(&errors);
+        QCOMPARE(translate::runTranslate(with(shippedMaps, "Greek - ASCII"), in.reader(),
+                                         out.writer(), err),
+                 0);
+        out.closeWriter();
+        QVERIFY(feeder->wait(10000));
+        QVERIFY(taker->wait(10000));
+        QCOMPARE(output, QByteArray("Α").repeated(input.size()));
+    }
+};
+
+QTEST_APPLESS_MAIN(tst_Translate)
+#include "tst_translate.moc"

@@ -1,0 +1,661 @@
+// SPDX-License-Identifier: MIT
+// The Morse handler without files: values, queue, characters, words, lines, translation again.
+#include "session/morsehandler.h"
+
+#include "host/standin/tracelog.h"
+#include "support/morsefixture.h"
+#include "support/recordingobserver.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+namespace {
+
+constexpr unsigned long long MORNING_us = 1494584100123456ULL; // 2017-05-12 10:15:00.123456 UTC
+
+void writeFile(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(content), qint64(content.size()));
+}
+
+} // namespace
+
+class tst_MorseHandler : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { qputenv("TZ", "UTC"); }
+
+    // Characters
+
+    void aCharacterIsDecodedAtItsGap()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        host.send(".-");
+        QCOMPARE(host.text->GetValue(), QString());
+        host.send("c");
+        QCOMPARE(host.text->GetValue(), QStringLiteral("A"));
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral(".-c"));
+        // Nothing of it is left: the next gap decodes nothing.
+        host.send("c");
+        QCOMPARE(host.text->GetValue(), QString());
+    }
+
+    void aRepeatedCharacterIsAnnouncedAgain()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        TextLog log(host.text);
+        host.send(".c.c.c");
+        QCOMPARE(log.texts, QStringList({"E", "E", "E"}));
+    }
+
+    void theAnnouncementOfARepeatNamesTheHandlerAsItsCause()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        // The handler is an observer of its own text; told of the repeat or not, it does nothing.
+        host.send(".c.c");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral(".c.c"));
+    }
+
+    void anUnknownCharacterIsPublishedAsEmptyText()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        TextLog log(host.text);
+        host.send(".c......c");
+        QCOMPARE(log.texts, QStringList({"E", ""}));
+    }
+
+    void aWordGapAddsABlank()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        TextLog log(host.text);
+        host.send("-.-.c--.-w-.-.cw");
+        QCOMPARE(log.texts, QStringList({"C", "Q ", "C", " "}));
+    }
+
+    void aLoneDashAfterADigitIsACutZero_data()
+    {
+        QTest::addColumn<QString>("symbols");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("right after the digit") << ".----c-c"
+                                               << "10";
+        QTest::newRow("and again, since zero is a digit") << ".----c-c-c"
+                                                          << "100";
+        QTest::newRow("not after a letter") << ".-c-c"
+                                            << "AT";
+        QTest::newRow("across a word gap") << ".----cw-c"
+                                           << "1 0";
+        QTest::newRow("not for a digit decoded at a word gap") << ".----w-c"
+                                                               << "1 T";
+        QTest::newRow("not at a word gap itself") << ".----c-w"
+                                                  << "1T ";
+        QTest::newRow("not for a longer code") << ".----c--c"
+                                               << "1M";
+    }
+
+    void aLoneDashAfterADigitIsACutZero()
+    {
+        QFETCH(QString, symbols);
+        QFETCH(QString, text);
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        TextLog log(host.text);
+        host.send(qPrintable(symbols));
+        QCOMPARE(log.joined(), text);
+    }
+
+    void aLineEndForgetsTheDigit()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        host.handler.SetTimestamp(1);
+        host.handler.SetTimestamp(2);
+        TextLog log(host.text);
+        host.send(".----cn-c");
+        QCOMPARE(log.joined(), QStringLiteral("1\nT"));
+    }
+
+    void aLineEndBeforeTwoTimeStampsDecodesOnlyThePendingCharacter()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        host.handler.SetTimestamp(1);
+        TextLog log(host.text);
+        host.send(".-n");
+        QCOMPARE(log.texts, QStringList({"A"}));
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral(".-c"));
+        // The step did nothing, so the digit is remembered.
+        host.send(".----cn-c");
+        QCOMPARE(log.joined(), QStringLiteral("A10"));
+    }
+
+    void aLineEndDecodesThePendingCharacterFirst()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        host.handler.SetTimestamp(1);
+        host.handler.SetTimestamp(2);
+        TextLog log(host.text);
+        host.send(".-n");
+        QCOMPARE(log.texts, QStringList({"A", "\n"}));
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral(".-c\n"));
+    }
+
+    void aRepeatedLineEndIsNotAnnouncedTwice()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        host.handler.SetTimestamp(1);
+        host.handler.SetTimestamp(2);
+        TextLog log(host.text);
+        host.send("nn");
+        QCOMPARE(log.texts, QStringList({"\n"}));
+    }
+
+    void errorMarksReachNeitherBufferNorCharacter()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        TextLog log(host.text);
+        host.send(".dlp-c");
+        QCOMPARE(log.joined(), QStringLiteral("A"));
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral(".-c"));
+    }
+
+    void theEighthBitOfACodeIsIgnored()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        for (const int code : {128, 129, 131})
+            host.send(code);
+        QCOMPARE(host.text->GetValue(), QStringLiteral("A"));
+    }
+
+    void anUnknownCodeIsNoSymbol()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        for (const int code : {0, 2, 6, 67, 127, 1, 3})
+            host.send(code);
+        QCOMPARE(host.text->GetValue(), QStringLiteral("A"));
+    }
+
+    void anyIntegerIsReadByItsLowSevenBits_data()
+    {
+        QTest::addColumn<int>("code");
+        QTest::newRow("minus 128") << -128;
+        QTest::newRow("smallest") << std::numeric_limits<int>::min();
+        QTest::newRow("256") << 256;
+    }
+
+    void anyIntegerIsReadByItsLowSevenBits()
+    {
+        QFETCH(int, code);
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        host.send(code);
+        host.send(3);
+        QCOMPARE(host.text->GetValue(), QStringLiteral("E"));
+    }
+
+    // The queue
+
+    void codesBeforeTheSessionAreWorkedOffOnePerArrival()
+    {
+        MorseFixture host;
+        TextLog log(host.text);
+        host.send(".-c");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QString());
+        host.handler.StartNewMorseSession();
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QString());
+        host.send("-");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral("."));
+        host.send("..");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral(".-c"));
+        QCOMPARE(log.texts, QStringList({"A"}));
+        host.send("c");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral(".-c-"));
+    }
+
+    void codesWaitWhileMorseIsNotAvailable()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        host.available->SetValue(false, nullptr);
+        host.send(".-c");
+        QCOMPARE(host.text->GetValue(), QString());
+        host.available->SetValue(true, nullptr);
+        host.send("...");
+        QCOMPARE(host.text->GetValue(), QStringLiteral("A"));
+    }
+
+    void addSymbolIsAnArrivalLikeAnyOther()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        for (const int code : {0, 1, 3})
+            host.handler.AddSymbol(code);
+        QCOMPARE(host.text->GetValue(), QStringLiteral("A"));
+    }
+
+    void aSymbolFedByAnObserverOfTheTextWaitsItsTurn()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        TextLog log(host.text);
+        int fed = 0;
+        log.onText = [&](const QString&) {
+            // Each of the first characters makes the observer key another one, "N".
+            if (fed++ < 3) {
+                for (const int code : {1, 0, 3})
+                    host.handler.AddSymbol(code);
+            }
+        };
+        host.send(".-c");
+        QCOMPARE(log.joined(), QStringLiteral("ANNN"));
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral(".-c-.c-.c-.c"));
+    }
+
+    void aLongChainOfSymbolsFedByAnObserverDoesNotRecurse()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        TextLog log(host.text);
+        int left = 100000;
+        log.onText = [&](const QString&) {
+            if (left-- > 0) {
+                host.handler.AddSymbol(0);
+                host.handler.AddSymbol(3);
+            }
+        };
+        host.send(".c");
+        QCOMPARE(log.texts.size(), 100001);
+    }
+
+    void setMorseAvailableStartsAndStopsProcessing()
+    {
+        MorseFixture host;
+        host.handler.SetMorseAvailable(true);
+        host.send(".c");
+        // No session has loaded an alphabet yet.
+        QCOMPARE(host.text->GetValue(), QString());
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral(".c"));
+        host.handler.SetMorseAvailable(false);
+        host.send(".");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral(".c"));
+    }
+
+    // The session
+
+    void endMorseSessionForgetsTheReceivedSymbols()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        host.send(".----c-");
+        host.handler.EndMorseSession();
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QString());
+        host.send(".");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QString());
+        // The dot stays queued, and the digit and the dash before the end are forgotten.
+        host.handler.StartNewMorseSession();
+        TextLog log(host.text);
+        host.send("-c");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral(".-"));
+        host.send("-");
+        QCOMPARE(log.joined(), QStringLiteral("A"));
+    }
+
+    void startNewMorseSessionTellsWhetherAFileWasRead()
+    {
+        QTemporaryDir dir;
+        writeFile(dir.filePath("Test.mal"), "@ TextDirection RL\nX\t.-\n\n");
+        MorseFixture host;
+        QVERIFY(!host.handler.StartNewMorseSession());
+        host.alphabetDirectory->SetValue(dir.path(), nullptr);
+        host.alphabet->AddItems({"Test", "Missing", "../Test", "sub\\Test"}, nullptr);
+        host.handler.SetMorseAlphabet_DirectoryPath(MorseValues::path("AlphabetDirectory"));
+        host.handler.SetMorseAlphabet_ValuePath(MorseValues::path("Alphabet"));
+        host.handler.SetTextDirectionRTL_ValuePath(MorseValues::path("RightToLeft"));
+        host.alphabet->Select(QStringLiteral("Test"), nullptr);
+        QVERIFY(host.handler.StartNewMorseSession());
+        QVERIFY(host.rightToLeft->GetValue());
+        host.send(".-c");
+        QCOMPARE(host.text->GetValue(), QStringLiteral("X"));
+        host.alphabet->Select(QStringLiteral("Missing"), nullptr);
+        QVERIFY(!host.handler.ChangeAlphabet());
+        // The default alphabet leaves the direction as it was.
+        QVERIFY(host.rightToLeft->GetValue());
+        host.send(".-c");
+        QCOMPARE(host.text->GetValue(), QStringLiteral("A"));
+    }
+
+    void theDirectoryMayEndInABackslashAndChange()
+    {
+        QTemporaryDir dir;
+        writeFile(dir.filePath("Test.mal"), "X\t.-\n\n");
+        MorseFixture host;
+        host.alphabet->AddItems({"test"}, nullptr);
+        host.alphabet->Select(QStringLiteral("test"), nullptr);
+        host.alphabetDirectory->SetValue(QStringLiteral("nowhere"), nullptr);
+        host.handler.SetMorseAlphabet_DirectoryPath(MorseValues::path("AlphabetDirectory"));
+        host.handler.SetMorseAlphabet_ValuePath(MorseValues::path("Alphabet"));
+        QVERIFY(!host.handler.StartNewMorseSession());
+        host.alphabetDirectory->SetValue(dir.path() + QLatin1Char('\\'), nullptr);
+        QVERIFY(host.handler.StartNewMorseSession());
+    }
+
+    void anAlphabetNameIsNoPath()
+    {
+        QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkdir(QStringLiteral("sub")));
+        writeFile(dir.filePath("sub/Test.mal"), "X\t.-\n\n");
+        MorseFixture host;
+        host.alphabetDirectory->SetValue(dir.path(), nullptr);
+        host.handler.SetMorseAlphabet_DirectoryPath(MorseValues::path("AlphabetDirectory"));
+        host.handler.SetMorseAlphabet_ValuePath(MorseValues::path("Alphabet"));
+        for (const char* name : {"sub/Test", "sub\\Test", "..\\Test"}) {
+            host.alphabet->AddItem(QLatin1String(name), 0, 0, nullptr);
+            host.alphabet->Select(QString(QLatin1String(name)), nullptr);
+            QVERIFY2(!host.handler.StartNewMorseSession(), name);
+        }
+    }
+
+    // The symbol buffer and its translation
+
+    void theBufferSlidesBelowThirtyThousandCharacters()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        host.send(".-");
+        for (int i = 0; i < 29997; ++i)
+            host.send(".");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString().size(), 29999);
+        QVERIFY(host.handler.GetCurrentMorseSymbolString().startsWith(QLatin1String(".-")));
+        host.send("c");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString().size(), 29999);
+        QVERIFY(host.handler.GetCurrentMorseSymbolString().startsWith(QLatin1String("-.")));
+        QVERIFY(host.handler.GetCurrentMorseSymbolString().endsWith(QLatin1String(".c")));
+    }
+
+    void aPartOfTheBufferIsTranslatedAgain_data()
+    {
+        QTest::addColumn<QString>("symbols");
+        QTest::addColumn<int>("count");
+        QTest::addColumn<QString>("text");
+        // The part of ".-c-...w--" for two units is "c-...w".
+        QTest::newRow("unfinished character skipped") << ".-c-...w--" << 2 << "B ";
+        QTest::newRow("one unit is the word gap alone") << ".-c-...w--" << 1 << " ";
+        QTest::newRow("three units reach the first") << ".-c-...w--" << 3 << "AB ";
+        QTest::newRow("first character has no separator before it") << ".-c" << 2 << "A";
+        QTest::newRow("more than there is") << ".-c-...c" << 100 << "AB";
+        QTest::newRow("nothing completed") << ".-" << 5 << "";
+        QTest::newRow("a word gap counts") << ".c.w.c" << 2 << " E";
+        QTest::newRow("and its character beside it") << ".c.w.c" << 3 << "E E";
+        QTest::newRow("empty buffer") << "" << 1 << "";
+    }
+
+    void aPartOfTheBufferIsTranslatedAgain()
+    {
+        QFETCH(QString, symbols);
+        QFETCH(int, count);
+        QFETCH(QString, text);
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        host.send(qPrintable(symbols));
+        QCOMPARE(host.handler.TranslateText(true, true, count), text);
+    }
+
+    void thePartFromTheFrontIsEmptyAndTheWholeIsWhole()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        host.send(".-c-...w--");
+        QCOMPARE(host.handler.TranslateText(true, false, 5), QString());
+        QCOMPARE(host.handler.TranslateText(false, true, 1), QStringLiteral("AB M"));
+        QCOMPARE(host.handler.TranslateText(true, true, 0), QStringLiteral("AB M"));
+        QCOMPARE(host.handler.TranslateText(true, true, -1), QStringLiteral("AB M"));
+        host.handler.ClearSymbolBuffer();
+        QCOMPARE(host.handler.TranslateText(false, true, 1), QString());
+    }
+
+    // Wiring
+
+    void missingPathsAndOtherKindsLeaveARoleEmpty()
+    {
+        MorseValues values;
+        MorseHandler handler;
+        const QString missing = QStringLiteral("Morse/Missing");
+        const QString wrong = MorseValues::path("Symbol");
+        handler.SetSymbol_ValuePath(MorseValues::path("Text"));
+        for (const QString& path : {missing, wrong, QString()}) {
+            handler.SetMorseAvailable_ValuePath(path);
+            handler.SetMorseText_ValuePath(path);
+            handler.SetMorseAlphabet_ValuePath(path);
+            handler.SetMorseSaveToFile_ValuePath(path);
+            handler.SetMorseXmlSaveToFile_ValuePath(path);
+            handler.SetMorseAlphabet_DirectoryPath(path);
+            handler.SetTextDirectionRTL_ValuePath(path);
+            handler.SetFrequency_ValuePath(path);
+            handler.SetModtype_ValuePath(path);
+            handler.SetDecResult_ValuePath(path);
+            handler.SetGenXmlTunerDemodulatorSettingsPath(path);
+            handler.SetXmlTunerDemodulatorSettings(path);
+            handler.SetSaveDirectoryPath(QString(), path, path, path);
+        }
+        QCOMPARE(values.tree.Find(missing), nullptr);
+        QCOMPARE(handler.GetMorseAlphabet(), nullptr);
+        // Nothing is attached, and everything can be called all the same.
+        QVERIFY(!handler.StartNewMorseSession());
+        handler.SetMorseAvailable(true);
+        handler.SetTimestamp(1);
+        handler.SetTimestamp(2);
+        for (const int code : {0, 3, 4, 5, 64})
+            handler.AddSymbol(code);
+        QCOMPARE(handler.GetCurrentMorseSymbolString(), QStringLiteral(".cw\n"));
+        handler.EndMorseSession();
+    }
+
+    void everythingCanBeCalledWithoutATree()
+    {
+        MorseHandler handler;
+        handler.SetSymbol_ValuePath(QStringLiteral("a"));
+        handler.SetMorseAvailable_ValuePath(QStringLiteral("a"));
+        QVERIFY(!handler.StartNewMorseSession());
+        handler.AddSymbol(0);
+        QCOMPARE(handler.GetCurrentMorseSymbolString(), QString());
+        handler.EndMorseSession();
+    }
+
+    void aNewPathLeavesTheValueBefore()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        auto* const other = host.tree.Add<IntegerValue>(QStringLiteral("Other/Symbol"));
+        host.handler.SetSymbol_ValuePath(QStringLiteral("Other/Symbol"));
+        host.send(".");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QString());
+        other->SetValue(1, nullptr);
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral("-"));
+        host.handler.SetSymbol_ValuePath(QStringLiteral("nowhere"));
+        other->SetValue(0, nullptr);
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral("-"));
+    }
+
+    void aValueInTwoRolesIsStillHeardOfWhenItLeavesOne()
+    {
+        MorseFixture host;
+        host.handler.SetModtype_ValuePath(MorseValues::path("Modulation"));
+        host.handler.SetDecResult_ValuePath(MorseValues::path("Modulation"));
+        host.handler.SetModtype_ValuePath(QStringLiteral("nowhere"));
+        // Its deletion reaches the role that is left; nothing is followed afterwards.
+        delete host.modulation;
+        host.handler.SetDecResult_ValuePath(QStringLiteral("nowhere"));
+        QVERIFY(!host.tree.Find(MorseValues::path("Modulation")));
+    }
+
+    void aDeletedValueIsForgottenInEveryRole()
+    {
+        MorseFixture host;
+        host.handler.SetModtype_ValuePath(MorseValues::path("Modulation"));
+        host.handler.SetDecResult_ValuePath(MorseValues::path("Modulation"));
+        delete host.modulation;
+        host.handler.SetModtype_ValuePath(QStringLiteral("nowhere"));
+        host.handler.SetDecResult_ValuePath(QStringLiteral("nowhere"));
+        QVERIFY(!host.tree.Find(MorseValues::path("Modulation")));
+    }
+
+    void valuesMayBeDeletedInAnyOrder_data()
+    {
+        QTest::addColumn<int>("first");
+        for (int first = 0; first < 16; ++first)
+            QTest::addRow("starting with value %d", first) << first;
+    }
+
+    void valuesMayBeDeletedInAnyOrder()
+    {
+        QFETCH(int, first);
+        QTemporaryDir dir;
+        MorseFixture host;
+        host.handler.SetMorseAlphabet_ValuePath(MorseValues::path("Alphabet"));
+        host.handler.SetMorseAlphabet_DirectoryPath(MorseValues::path("AlphabetDirectory"));
+        host.handler.SetTextDirectionRTL_ValuePath(MorseValues::path("RightToLeft"));
+        host.handler.SetFrequency_ValuePath(MorseValues::path("Frequency"));
+        host.handler.SetModtype_ValuePath(MorseValues::path("Modulation"));
+        host.handler.SetDecResult_ValuePath(MorseValues::path("DecoderResult"));
+        host.wireFiles(dir.path());
+        host.saveToFile->SetValue(true, nullptr);
+        host.handler.StartNewMorseSession();
+        ValueBase* const values[] = {
+            host.symbol,       host.available,     host.text,         host.alphabet,
+            host.rightToLeft,  host.saveToFile,    host.saveDocument, host.frequency,
+            host.modulation,   host.decoderResult, host.settings,     host.settingsRequest,
+            host.textFileName, host.codeFileName,  host.xmlFileName,  host.alphabetDirectory};
+        unsigned long long time = MORNING_us;
+        for (int i = 0; i < 16; ++i) {
+            delete values[(first + i) % 16];
+            for (const int code : {0, 1, 3, 64, 4, 5})
+                host.handler.AddSymbol(code);
+            host.handler.SetTimestamp(time += 1000);
+            host.handler.ChangeAlphabet();
+        }
+        QCOMPARE(host.handler.GetMorseAlphabet(), nullptr);
+        host.handler.StartNewMorseSession();
+        host.handler.AddSymbol(0);
+        QVERIFY(!host.handler.GetCurrentMorseSymbolString().endsWith(QLatin1String(".cw\n.")));
+    }
+
+    void anObserverMayDeleteTheTextValueWhenItIsTold()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        host.send(".c");
+        auto log = std::make_unique<TextLog>(host.text);
+        TextValue* const text = host.text;
+        log->onText = [text](const QString&) { delete text; };
+        host.send(".c-c");
+        QVERIFY(!host.tree.Find(MorseValues::path("Text")));
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral(".c.c-c"));
+    }
+
+    void aDeletedValueThatReportsAnotherStateIsKept()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        host.symbol->HasChanged(eCHANGE_DELETED, nullptr);
+        host.send(".");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral("."));
+    }
+
+    void aReplacedValueThatIsNotObservedIsFoundAgain()
+    {
+        MorseFixture host;
+        host.handler.SetTextDirectionRTL_ValuePath(MorseValues::path("RightToLeft"));
+        delete host.rightToLeft;
+        host.handler.ChangeAlphabet();
+        auto* const again = host.tree.Add<FlagValue>(MorseValues::path("RightToLeft"));
+        again->SetValue(true, nullptr);
+        host.handler.ChangeAlphabet();
+        QVERIFY(!again->GetValue());
+    }
+
+    void theDocumentTriggerIsSetToTrueWhenAttached()
+    {
+        MorseFixture host;
+        RecordingObserver observer;
+        host.saveDocument->AddObserver(&observer);
+        host.handler.SetMorseXmlSaveToFile_ValuePath(MorseValues::path("SaveDocument"));
+        QVERIFY(host.saveDocument->GetValue());
+        host.saveDocument->DeleteObserver(&observer);
+    }
+
+    void aForcedSymbolIsTracedOnly()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        TraceRecorder traces;
+        host.symbol->HasChanged(eCHANGE_FORCED, nullptr);
+        QCOMPARE(traces.Traces().size(), 1);
+        QCOMPARE(traces.Traces().at(0).message, QStringLiteral("new line in morsehandler receive"));
+        QCOMPARE(traces.Traces().at(0).sourceFile,
+                 QStringLiteral("tools\\morsehandler\\morsehandler"));
+        QCOMPARE(traces.Traces().at(0).line, 526);
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QString());
+        setTraceMask(0xFFFFFFFFU & ~0x20U);
+        host.symbol->HasChanged(eCHANGE_FORCED, nullptr);
+        QCOMPARE(traces.Traces().size(), 1);
+    }
+
+    void foreignSourcesAndOtherCodesAreIgnored()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        IntegerValue stranger;
+        host.handler.Update(&stranger, eCHANGE_CONTENT);
+        host.handler.Update(nullptr, eCHANGE_CONTENT);
+        for (int code = 0; code < 64; ++code) {
+            if (code != eCHANGE_CONTENT)
+                host.handler.Update(host.symbol, static_cast<TChangeCode>(code));
+        }
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QString());
+        host.send(".");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral("."));
+    }
+
+    void aDestroyedHandlerIsToldNothingMore()
+    {
+        MorseValues values;
+        {
+            MorseHandler handler;
+            handler.SetSymbol_ValuePath(MorseValues::path("Symbol"));
+            handler.SetFrequency_ValuePath(MorseValues::path("Frequency"));
+            handler.SetModtype_ValuePath(MorseValues::path("Modulation"));
+        }
+        values.symbol->SetValue(1, nullptr);
+        values.frequency->SetValue(1, nullptr);
+        values.modulation->HasChanged(eCHANGE_CONTENT, nullptr);
+        QCOMPARE(values.symbol->GetValue(), 1);
+    }
+
+    void identifiersOfAnyLengthAreAccepted()
+    {
+        MorseHandler handler;
+        for (const char* id : {"A05", "B12", "5", "0", ""})
+            handler.SetIpcIdentifier(QLatin1String(id));
+        handler.SetBaudrate(1.5);
+        handler.SetFrequencyOffset(-10);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_MorseHandler)
+#include "tst_morsehandler.moc"

@@ -1,0 +1,267 @@
+// SPDX-License-Identifier: MIT
+#include "support/keyer.h"
+
+#include "support/morsecode.h"
+#include "support/random.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace testsupport {
+
+namespace {
+
+constexpr double PI = 3.14159265358979323846;
+constexpr double SHORTEST_UNITS = 0.15; // jitter never makes a mark or space vanish
+
+double unit_s(double speed_wpm)
+{
+    return 1.2 / speed_wpm; // "PARIS " is 50 units
+}
+
+double amplitudeOf(double level_dB)
+{
+    return std::pow(10.0, level_dB / 20.0);
+}
+
+// Noise deviation for a tone of amplitude 1.
+double noiseDeviation(double rate_Hz, double snr_dB)
+{
+    const double power500 = 0.5 / std::pow(10.0, snr_dB / 10.0);
+    return std::sqrt(power500 * (rate_Hz / 2.0) / 500.0);
+}
+
+// 0..1 for each sample, with raised-cosine edges centred on the moments of keying.
+std::vector<float> envelope(const std::vector<Piece>& pieces, double before_s, double after_s,
+                            double rise_ms, double rate_Hz)
+{
+    double length_s = before_s + after_s;
+    for (const Piece& piece : pieces)
+        length_s += piece.duration_s;
+    std::vector<float> result(static_cast<std::size_t>(length_s * rate_Hz) + 1, 0.0F);
+    const double rise_s = std::max(rise_ms / 1000.0, 1.0 / rate_Hz);
+    double start_s = before_s;
+    for (const Piece& piece : pieces) {
+        const double end_s = start_s + piece.duration_s;
+        if (piece.mark) {
+            const auto first =
+                static_cast<std::size_t>(std::max(0.0, (start_s - rise_s) * rate_Hz));
+            const auto last =
+                std::min(result.size(), static_cast<std::size_t>((end_s + rise_s) * rate_Hz) + 1);
+            for (std::size_t n = first; n < last; ++n) {
+                const double t = static_cast<double>(n) / rate_Hz;
+                const double in = std::clamp((t - start_s) / rise_s + 0.5, 0.0, 1.0);
+                const double out = std::clamp((end_s - t) / rise_s + 0.5, 0.0, 1.0);
+                const double value = 0.25 * (1.0 - std::cos(PI * in)) * (1.0 - std::cos(PI * out));
+                result[n] = std::max(result[n], static_cast<float>(value));
+            }
+        }
+        start_s = end_s;
+    }
+    return result;
+}
+
+// Linear-phase band-pass (windowed sinc), delay taken out.
+std::vector<float> bandPass(const std::vector<float>& in, double centre_Hz, double width_Hz,
+                            double rate_Hz)
+{
+    const int half = static_cast<int>(0.012 * rate_Hz);
+    std::vector<double> taps;
+    for (int k = -half; k <= half; ++k) {
+        const double x = PI * width_Hz * k / rate_Hz;
+        const double sinc = k == 0 ? 1.0 : std::sin(x) / x;
+        const double window = 0.5 + 0.5 * std::cos(PI * k / (half + 1));
+        taps.push_back(2.0 * width_Hz / rate_Hz * sinc * window *
+                       std::cos(2.0 * PI * centre_Hz * k / rate_Hz));
+    }
+    std::vector<float> out(in.size(), 0.0F);
+    const auto size = static_cast<std::ptrdiff_t>(in.size());
+    for (std::ptrdiff_t n = 0; n < size; ++n) {
+        const std::ptrdiff_t from = std::max<std::ptrdiff_t>(0, n - half);
+        const std::ptrdiff_t to = std::min<std::ptrdiff_t>(size - 1, n + half);
+        double sum = 0.0;
+        for (std::ptrdiff_t m = from; m <= to; ++m)
+            sum += in[static_cast<std::size_t>(m)] * taps[static_cast<std::size_t>(m - n + half)];
+        out[static_cast<std::size_t>(n)] = static_cast<float>(sum);
+    }
+    return out;
+}
+
+void addClicks(std::vector<float>& samples, double perSecond, double rate_Hz, Random& random)
+{
+    const double length_s = static_cast<double>(samples.size()) / rate_Hz;
+    const auto count = static_cast<std::size_t>(perSecond * length_s);
+    const auto width = static_cast<std::size_t>(0.002 * rate_Hz);
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::size_t at = random.below(samples.size());
+        const double level = amplitudeOf(10.0 * random.uniform());
+        for (std::size_t n = at; n < std::min(samples.size(), at + width); ++n)
+            samples[n] += static_cast<float>(level * random.gauss());
+    }
+}
+
+void addStatic(std::vector<float>& samples, double perSecond, double rate_Hz, Random& random)
+{
+    const double length_s = static_cast<double>(samples.size()) / rate_Hz;
+    const auto count = static_cast<std::size_t>(perSecond * length_s);
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::size_t at = random.below(samples.size());
+        const double decay_s = 0.01 + 0.07 * random.uniform();
+        const double level = amplitudeOf(20.0 * random.uniform());
+        const auto width = static_cast<std::size_t>(4.0 * decay_s * rate_Hz);
+        for (std::size_t n = at; n < std::min(samples.size(), at + width); ++n) {
+            const double age_s = static_cast<double>(n - at) / rate_Hz;
+            samples[n] += static_cast<float>(level * std::exp(-age_s / decay_s) * random.gauss());
+        }
+    }
+}
+
+void addHum(std::vector<float>& samples, double level_dB, double rate_Hz)
+{
+    const double level = amplitudeOf(level_dB);
+    for (std::size_t n = 0; n < samples.size(); ++n) {
+        const double t = static_cast<double>(n) / rate_Hz;
+        double value = 0.0;
+        for (int harmonic = 1; harmonic <= 8; ++harmonic)
+            value += std::sin(2.0 * PI * 100.0 * harmonic * t + harmonic) / (harmonic * harmonic);
+        samples[n] += static_cast<float>(level * value);
+    }
+}
+
+void addTone(std::vector<float>& samples, const std::vector<float>& keyed, double tone_Hz,
+             double level, const Path& path, double rate_Hz)
+{
+    double phase = 0.0;
+    double markStart_s = 0.0;
+    bool inMark = false;
+    for (std::size_t n = 0; n < samples.size() && n < keyed.size(); ++n) {
+        const double t = static_cast<double>(n) / rate_Hz;
+        double frequency = tone_Hz;
+        if (path.wander_Hz != 0.0)
+            frequency += path.wander_Hz * std::sin(2.0 * PI * t / path.wanderPeriod_s);
+        const bool marking = keyed[n] > 0.0F;
+        if (marking && !inMark)
+            markStart_s = t;
+        inMark = marking;
+        if (path.chirp_Hz != 0.0 && marking)
+            frequency += path.chirp_Hz * std::exp(-(t - markStart_s) / 0.010);
+        phase += 2.0 * PI * frequency / rate_Hz;
+        if (!marking)
+            continue;
+        double gain = level;
+        if (path.fading_dB != 0.0)
+            gain *= amplitudeOf(-0.5 * path.fading_dB *
+                                (1.0 - std::cos(2.0 * PI * path.fading_Hz * t)));
+        samples[n] += static_cast<float>(gain * keyed[n] * std::sin(phase));
+    }
+}
+
+} // namespace
+
+std::vector<Piece> keying(const std::string& text, const Hand& hand, const std::string& seed)
+{
+    Random random(seed + "/hand");
+    std::vector<Piece> pieces;
+    double elapsed_s = 0.0;
+    const double total = std::max<double>(1.0, static_cast<double>(text.size()));
+    double speed_wpm = hand.speed_wpm;
+
+    const auto add = [&](bool mark, double units) {
+        units += mark ? hand.heavier_units : -hand.heavier_units;
+        units += hand.jitter_units * random.gauss();
+        const double duration_s = std::max(units, SHORTEST_UNITS) * unit_s(speed_wpm);
+        pieces.push_back({mark, duration_s});
+        elapsed_s += duration_s;
+    };
+
+    double pendingGap_units = 0.0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        speed_wpm = hand.speed_wpm;
+        if (hand.endSpeed_wpm > 0.0)
+            speed_wpm += (hand.endSpeed_wpm - hand.speed_wpm) * static_cast<double>(i) / total;
+        if (hand.speedSwing_wpm != 0.0)
+            speed_wpm += hand.speedSwing_wpm * std::sin(2.0 * PI * elapsed_s / 40.0);
+        const char* elements = morseOf(text[i]);
+        if (elements == nullptr) {
+            if (!pieces.empty())
+                pendingGap_units = hand.wordGap_units;
+            continue;
+        }
+        if (pendingGap_units > 0.0)
+            add(false, pendingGap_units);
+        for (const char* element = elements; *element != 0; ++element) {
+            if (element != elements)
+                add(false, 1.0);
+            add(true, *element == '.' ? 1.0 : hand.dash_units);
+        }
+        pendingGap_units = hand.characterGap_units;
+    }
+    return pieces;
+}
+
+std::vector<float> sound(const std::vector<Piece>& pieces, const Path& path, double rate_Hz,
+                         const std::string& seed)
+{
+    const std::vector<float> keyed =
+        envelope(pieces, path.before_s, path.after_s, path.rise_ms, rate_Hz);
+    std::vector<float> samples(keyed.size(), 0.0F);
+    addTone(samples, keyed, path.tone_Hz, 1.0, path, rate_Hz);
+
+    if (path.neighbour_Hz != 0.0) {
+        Hand other;
+        other.speed_wpm = 24.0;
+        std::string text;
+        const double length_s = static_cast<double>(samples.size()) / rate_Hz;
+        for (std::size_t i = 0; i < static_cast<std::size_t>(length_s * 0.45) + 1; ++i)
+            text += "CQ TEST DE N0ISE ";
+        Path plain;
+        const std::vector<float> otherKeyed =
+            envelope(keying(text, other, seed + "/other"), 0.3, 0.0, path.rise_ms, rate_Hz);
+        addTone(samples, otherKeyed, path.tone_Hz + path.neighbour_Hz,
+                amplitudeOf(path.neighbour_dB), plain, rate_Hz);
+    }
+    Random clicks(seed + "/clicks");
+    addClicks(samples, path.clicks_per_s, rate_Hz, clicks);
+    Random crashes(seed + "/static");
+    addStatic(samples, path.static_per_s, rate_Hz, crashes);
+    if (path.hum_dB != 0.0)
+        addHum(samples, path.hum_dB, rate_Hz);
+    if (path.snr_dB)
+        addNoise(samples, rate_Hz, 1.0, *path.snr_dB, seed);
+    if (path.filter_Hz > 0.0)
+        samples = bandPass(samples, path.tone_Hz, path.filter_Hz, rate_Hz);
+
+    float peak = 1e-6F;
+    for (const float sample : samples)
+        peak = std::max(peak, std::fabs(sample));
+    for (float& sample : samples)
+        sample *= 0.9F / peak;
+    return samples;
+}
+
+std::vector<float> sound(const std::string& text, const Hand& hand, const Path& path,
+                         double rate_Hz, const std::string& seed)
+{
+    return sound(keying(text, hand, seed), path, rate_Hz, seed);
+}
+
+void addNoise(std::vector<float>& samples, double rate_Hz, double amplitude, double snr_dB,
+              const std::string& seed)
+{
+    Random random(seed + "/noise");
+    const double deviation = amplitude * noiseDeviation(rate_Hz, snr_dB);
+    for (float& sample : samples)
+        sample += static_cast<float>(deviation * random.gauss());
+}
+
+std::vector<float> noise(double duration_s, double deviation, double rate_Hz,
+                         const std::string& seed)
+{
+    Random random(seed + "/noise");
+    std::vector<float> samples(static_cast<std::size_t>(duration_s * rate_Hz));
+    for (float& sample : samples)
+        sample = static_cast<float>(deviation * random.gauss());
+    return samples;
+}
+
+} // namespace testsupport
