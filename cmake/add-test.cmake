@@ -10,6 +10,10 @@ function(morsehandler_add_test name)
     set_target_properties(${name} PROPERTIES AUTOMOC ON)
     target_link_libraries(${name} PRIVATE
         ${arg_LIBRARIES} testsupport morsehandler hoststandin Qt5::Test morsehandler_options)
+    if(MORSEHANDLER_SANITIZERS MATCHES thread)
+        target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/threadsanitizer.cpp)
+        target_link_libraries(${name} PRIVATE ${CMAKE_DL_LIBS})
+    endif()
     # Tests compare with literals all the time; the casts that the code does without are fine here.
     target_compile_options(${name} PRIVATE -UQT_NO_CAST_FROM_ASCII)
     target_compile_definitions(${name} PRIVATE

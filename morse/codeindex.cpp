@@ -1,40 +1,53 @@
 // SPDX-License-Identifier: MIT
 #include "morse/codeindex.h"
 
-CodeIndex::CodeIndex(const QMap<QString, QString>& codes)
+namespace {
+
+/// Two or three codes.
+constexpr qsizetype FEW_SYMBOLS = 8;
+
+} // namespace
+
+const QString* findText(const QMap<QString, QString>& codes, QStringView code)
 {
     for (auto entry = codes.cbegin(); entry != codes.cend(); ++entry) {
+        if (entry.value() == code)
+            return &entry.key();
+    }
+    return nullptr;
+}
+
+CodeIndex::CodeIndex(const QMap<QString, QString>& codes, qsizetype symbolCount)
+    : m_codes(codes)
+{
+    if (symbolCount > FEW_SYMBOLS)
+        Build();
+}
+
+const QString* CodeIndex::Find(const CodeBuffer& code) const
+{
+    if (!m_isBuilt)
+        return findText(m_codes, code.Symbols());
+    if (code.Place() < CodeBuffer::PLACES)
+        return m_byPlace[code.Place()];
+    return m_others.isEmpty() ? nullptr : m_others.value(code.Symbols());
+}
+
+void CodeIndex::Build()
+{
+    m_isBuilt = true;
+    m_byPlace.fill(nullptr);
+    CodeBuffer code;
+    for (auto entry = m_codes.cbegin(); entry != m_codes.cend(); ++entry) {
+        code.Clear();
+        for (const QChar symbol : entry.value())
+            code.Add(symbol);
         const QString* const text = &entry.key();
-        const QStringView code = entry.value();
-        if (const unsigned at = place(code)) {
-            if (!m_short[at])
-                m_short[at] = text;
-        } else if (!m_other.contains(code)) {
-            m_other.insert(code, text);
+        if (code.Place() < CodeBuffer::PLACES) {
+            if (!m_byPlace[code.Place()])
+                m_byPlace[code.Place()] = text;
+        } else if (!m_others.contains(entry.value())) {
+            m_others.insert(entry.value(), text);
         }
     }
-}
-
-const QString* CodeIndex::find(QStringView code) const
-{
-    if (const unsigned at = place(code))
-        return m_short[at];
-    return m_other.isEmpty() ? nullptr : m_other.value(code);
-}
-
-/// 0 for a code that has no place of its own.
-unsigned CodeIndex::place(QStringView code)
-{
-    if (code.size() > MAX_SHORT_SYMBOLS)
-        return 0;
-    unsigned at = 1;
-    for (const QChar symbol : code) {
-        if (symbol == QLatin1Char('.'))
-            at = at << 1;
-        else if (symbol == QLatin1Char('-'))
-            at = at << 1 | 1;
-        else
-            return 0;
-    }
-    return at;
 }

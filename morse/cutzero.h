@@ -3,21 +3,20 @@
 // No API: used inside the library only.
 #pragma once
 
-#include <QString>
+#include "morse/codeindex.h"
 
-/// Whether `text` is a digit that a cut zero may follow.
-inline bool isOneDigit(const QString& text)
+/// The text of a code with the cut zero applied; empty for an unknown code. Keeps `lastWasDigit` up
+/// to date for the next code. The result lives as long as the alphabet.
+inline const QString& decodeWithCutZero(const CodeIndex& index, const CodeBuffer& code,
+                                        bool& lastWasDigit)
 {
-    return text.size() == 1 && text[0] >= QLatin1Char('0') && text[0] <= QLatin1Char('9');
-}
-
-/// The text of a code, which `find(code)` knows from the alphabet, with the cut zero applied.
-/// Keeps `lastWasDigit` up to date for the next code.
-template <typename Find>
-QString decodeWithCutZero(QStringView code, bool& lastWasDigit, Find find)
-{
-    const bool isCutZero = lastWasDigit && code == QLatin1Char('-');
-    QString text = isCutZero ? QStringLiteral("0") : find(code);
-    lastWasDigit = isOneDigit(text);
-    return text;
+    static const QString CUT_ZERO = QStringLiteral("0");
+    static const QString UNKNOWN;
+    const bool isCutZero = lastWasDigit && code.Symbols() == QLatin1Char('-');
+    const QString* text = isCutZero ? &CUT_ZERO : index.Find(code);
+    if (!text)
+        text = &UNKNOWN;
+    lastWasDigit =
+        text->size() == 1 && text->at(0) >= QLatin1Char('0') && text->at(0) <= QLatin1Char('9');
+    return *text;
 }

@@ -9,15 +9,17 @@
 #include "morse/cutzero.h"
 #include "morse/symbolcodes.h"
 
-#include <optional>
-
 namespace {
+
+constexpr QLatin1Char NEW_CHAR_MARK('c');
+constexpr QLatin1Char NEW_WORD_MARK('w');
+constexpr QLatin1Char NEW_LINE_MARK('\n');
 
 const QString DOT = QStringLiteral(".");
 const QString DASH = QStringLiteral("-");
-const QString NEW_CHAR = QStringLiteral("c");
-const QString NEW_WORD = QStringLiteral("w");
-const QString NEW_LINE = QStringLiteral("\n");
+const QString NEW_CHAR(NEW_CHAR_MARK);
+const QString NEW_WORD(NEW_WORD_MARK);
+const QString NEW_LINE(NEW_LINE_MARK);
 const QString DOT_TOO_SHORT = QStringLiteral("[DOT_TOO_SHORT]");
 const QString DASH_TOO_LONG = QStringLiteral("[DASH_TOO_LONG]");
 const QString PAUSE_TOO_SHORT = QStringLiteral("[PAUSE_TOO_SHORT]");
@@ -62,15 +64,8 @@ bool MorseTranslator::SetMorseAlphabet(const QString& path)
 const QString& MorseTranslator::DecodeMorse(const QString& code)
 {
     static QString result;
-    // The argument may be the result of the last call.
-    QString text;
-    for (auto entry = m_alphabetMap.cbegin(); entry != m_alphabetMap.cend(); ++entry) {
-        if (entry.value() == code) {
-            text = entry.key();
-            break;
-        }
-    }
-    result = text;
+    const QString* const text = findText(m_alphabetMap, code);
+    result = text ? *text : QString();
     return result;
 }
 
@@ -102,40 +97,32 @@ const QString& MorseTranslator::DecodeSymbol(int symbol)
 const QString& MorseTranslator::Translate(const QString& symbols)
 {
     static QString result;
-    // A short text is not worth an index.
-    std::optional<CodeIndex> index;
-    if (symbols.size() > m_alphabetMap.size())
-        index.emplace(m_alphabetMap);
-    const auto decode = [&](QStringView code) {
-        if (!index)
-            return DecodeMorse(code.toString());
-        const QString* const known = index->find(code);
-        return known ? *known : QString();
-    };
-
+    const CodeIndex index(m_alphabetMap, symbols.size());
     QString text; // not the result yet: the argument may be the result of the last call
     text.reserve(symbols.size() / 2);
-    // Everything between two marks is one code.
-    const QStringView all = symbols;
-    qsizetype codeStart = 0;
+    CodeBuffer code;
+    const auto appendCode = [&] {
+        if (const QString* const known = index.Find(code))
+            text += *known;
+    };
     bool lastWasDigit = false;
-    for (qsizetype i = 0; i < all.size(); ++i) {
-        const QStringView code = all.mid(codeStart, i - codeStart);
-        if (all[i] == NEW_WORD[0]) {
-            text += decode(code);
+    for (const QChar symbol : symbols) {
+        if (symbol == NEW_WORD_MARK) {
+            appendCode();
             text += QLatin1Char(' ');
-        } else if (all[i] == NEW_CHAR[0]) {
-            text += decodeWithCutZero(code, lastWasDigit, decode);
-        } else if (all[i] == NEW_LINE[0]) {
-            text += decode(code);
-            text += NEW_LINE;
+        } else if (symbol == NEW_CHAR_MARK) {
+            text += decodeWithCutZero(index, code, lastWasDigit);
+        } else if (symbol == NEW_LINE_MARK) {
+            appendCode();
+            text += NEW_LINE_MARK;
         } else {
+            code.Add(symbol);
             continue;
         }
-        codeStart = i + 1;
+        code.Clear();
     }
-    if (codeStart < all.size())
-        text += decode(all.mid(codeStart));
+    if (!code.IsEmpty())
+        appendCode();
     result = text;
     return result;
 }

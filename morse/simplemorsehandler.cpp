@@ -7,33 +7,35 @@
 #include "morse/codeindex.h"
 #include "morse/cutzero.h"
 
-#include <QVarLengthArray>
-
-#include <algorithm>
-#include <optional>
-
-const QString SimpleMorseHandler::DOT = QStringLiteral(".");
-const QString SimpleMorseHandler::DASH = QStringLiteral("-");
-const QString SimpleMorseHandler::NEW_CHAR = QStringLiteral(" ");
-const QString SimpleMorseHandler::NEW_WORD = QStringLiteral("\t");
-const QString SimpleMorseHandler::NEW_LINE = QStringLiteral("\n");
-const QString SimpleMorseHandler::DOT_TOO_SHORT = QStringLiteral("[PAUSE TO SHORT]");
-const QString SimpleMorseHandler::DASH_TOO_LONG = QStringLiteral("[PAUSE TO SHORT]");
-const QString SimpleMorseHandler::PAUSE_TOO_SHORT = QStringLiteral("[PAUSE TO SHORT]");
-const QString SimpleMorseHandler::UNKNOWN = QStringLiteral("[UNKNOWN]");
-
 namespace {
+
+// The symbols that are one character long.
+constexpr QLatin1Char DOT_CHARACTER('.');
+constexpr QLatin1Char DASH_CHARACTER('-');
+constexpr QLatin1Char NEW_CHAR_CHARACTER(' ');
+constexpr QLatin1Char NEW_WORD_CHARACTER('\t');
+constexpr QLatin1Char NEW_LINE_CHARACTER('\n');
 
 const QString NO_ALPHABET = QStringLiteral("None");
 const QString ALPHABET_SUFFIX = QStringLiteral(".mal");
 
 bool isGap(QChar symbol)
 {
-    return symbol == SimpleMorseHandler::NEW_CHAR[0] || symbol == SimpleMorseHandler::NEW_WORD[0] ||
-           symbol == SimpleMorseHandler::NEW_LINE[0];
+    return symbol == NEW_CHAR_CHARACTER || symbol == NEW_WORD_CHARACTER ||
+           symbol == NEW_LINE_CHARACTER;
 }
 
 } // namespace
+
+const QString SimpleMorseHandler::DOT(DOT_CHARACTER);
+const QString SimpleMorseHandler::DASH(DASH_CHARACTER);
+const QString SimpleMorseHandler::NEW_CHAR(NEW_CHAR_CHARACTER);
+const QString SimpleMorseHandler::NEW_WORD(NEW_WORD_CHARACTER);
+const QString SimpleMorseHandler::NEW_LINE(NEW_LINE_CHARACTER);
+const QString SimpleMorseHandler::DOT_TOO_SHORT = QStringLiteral("[PAUSE TO SHORT]");
+const QString SimpleMorseHandler::DASH_TOO_LONG = QStringLiteral("[PAUSE TO SHORT]");
+const QString SimpleMorseHandler::PAUSE_TOO_SHORT = QStringLiteral("[PAUSE TO SHORT]");
+const QString SimpleMorseHandler::UNKNOWN = QStringLiteral("[UNKNOWN]");
 
 QString SimpleMorseHandler::ConvertSymbol(MorseSymbolCode symbol)
 {
@@ -146,38 +148,25 @@ QString SimpleMorseHandler::Translate(const QString& symbols)
     if (gapsEnd == searchStart)
         return {};
 
-    // A short text is not worth an index.
-    std::optional<CodeIndex> index;
-    if (gapsEnd > m_morseMap.size())
-        index.emplace(m_morseMap);
-    const auto convert = [&](QStringView code) -> QString {
-        if (!index)
-            return ConvertOneChar(code.toString());
-        if (code.isEmpty())
-            return {};
-        return decodeWithCutZero(code, m_lastWasDigit, [&](QStringView known) {
-            const QString* const text = index->find(known);
-            return text ? *text : QString();
-        });
-    };
-
+    const CodeIndex index(m_morseMap, gapsEnd);
     QString text;
     text.reserve(static_cast<int>(gapsEnd) / 2);
-    QVarLengthArray<QChar, 32> code;
+    CodeBuffer code;
     qsizetype codeStart = 0; // behind the last gap
     qsizetype at = 0;
     while (at < gapsEnd) {
         const QChar symbol = pending[at];
-        if (symbol == DOT[0] || symbol == DASH[0]) {
-            code.append(symbol);
+        if (symbol == DOT_CHARACTER || symbol == DASH_CHARACTER) {
+            code.Add(symbol);
             ++at;
         } else if (isGap(symbol)) {
-            text += convert(QStringView(code.data(), code.size()));
-            if (symbol == NEW_WORD[0])
+            if (!code.IsEmpty())
+                text += decodeWithCutZero(index, code, m_lastWasDigit);
+            if (symbol == NEW_WORD_CHARACTER)
                 text += QLatin1Char(' ');
-            else if (symbol == NEW_LINE[0])
-                text += NEW_LINE;
-            code.clear();
+            else if (symbol == NEW_LINE_CHARACTER)
+                text += NEW_LINE_CHARACTER;
+            code.Clear();
             codeStart = ++at;
         } else if (pending.mid(at).startsWith(errorMark)) {
             at += errorMark.size();
@@ -190,7 +179,7 @@ QString SimpleMorseHandler::Translate(const QString& symbols)
             ++at;
         }
     }
-    m_pendingSymbols.remove(0, static_cast<int>(at));
+    m_pendingSymbols = m_pendingSymbols.mid(static_cast<int>(at));
     return text;
 }
 
@@ -203,8 +192,10 @@ QString SimpleMorseHandler::ConvertOneChar(const QString& code)
 {
     if (code.isEmpty())
         return {};
-    return decodeWithCutZero(code, m_lastWasDigit,
-                             [&](QStringView) { return m_morseMap.key(code); });
+    CodeBuffer symbols;
+    for (const QChar symbol : code)
+        symbols.Add(symbol);
+    return decodeWithCutZero(CodeIndex(m_morseMap, code.size()), symbols, m_lastWasDigit);
 }
 
 QString SimpleMorseHandler::codecNameToFile(const QString& name)

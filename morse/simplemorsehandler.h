@@ -64,6 +64,7 @@ public:
     QString Backtranslate(const QString& text) override;
 
 private:
+    // Exported by name; not all of them are called by this class itself.
     QString ConvertOneChar(const QString& code);
     QString codecNameToFile(const QString& name);
     QString fileToCodecName(const QString& fileName);

@@ -72,6 +72,33 @@ private Q_SLOTS:
         }
     }
 
+    void aTableThatIsChangedIsAnotherTable()
+    {
+        CharacterMapping table{{'A', 'x'}};
+        compareForward(table, "AB", "xB");
+        compareBack(table, "xy", "Ay");
+        const CharacterMapping copy = table;
+        table.insert('B', 'y');
+        compareForward(table, "AB", "xy");
+        compareBack(table, "xy", "AB");
+        compareForward(copy, "AB", "xB");
+        table.remove('A');
+        compareBack(table, "xy", "xB");
+    }
+
+    void tablesThatTakeTurnsAreKeptApart()
+    {
+        const CharacterMapping one{{'A', 'x'}};
+        const CharacterMapping other{{'A', 'y'}};
+        for (int i = 0; i < 3; ++i) {
+            QCOMPARE(translateForward(one, "A"), "x");
+            QCOMPARE(translateForward(other, "A"), "y");
+            QCOMPARE(translateBack(one, "xy"), "Ay");
+            QCOMPARE(translateBack(other, "xy"), "xA");
+            compareForward(i % 2 ? one : other, "A", i % 2 ? "x" : "y");
+        }
+    }
+
 private:
     // As it stands, and within a text that is long enough for another way of doing it.
     static void compareForward(const CharacterMapping& table, const QString& text,

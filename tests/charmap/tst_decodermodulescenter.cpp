@@ -12,7 +12,9 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-#include <limits>
+#include <algorithm>
+#include <atomic>
+#include <thread>
 
 #include <sys/stat.h>
 
@@ -494,6 +496,56 @@ private Q_SLOTS:
                 QCOMPARE(holdsDecoderModule(changed), expression.indexIn(changed) >= 0);
             }
         }
+    }
+
+    void eightThreadsMayAskWhileTheFileIsRewritten()
+    {
+        const QString path = m_dir.filePath("configured");
+        // Of equal length, so that a file half of one and half of the other is one of whole lines.
+        const auto content = [](int generation) {
+            QByteArray lines;
+            for (int i = 0; i < 50; ++i)
+                lines += moduleLine("m" + QByteArray::number(i), 'I', {5, 23}, 100 + generation);
+            return lines;
+        };
+        writeFile(path, content(0));
+        Modules before;
+        DecoderModulesCenter::Instance(QString()).GetModules(before, true);
+        std::atomic<bool> failed{false};
+        const auto ask = [&failed] {
+            for (int round = 0; round < 100 && !failed; ++round) {
+                DecoderModulesCenter& center = DecoderModulesCenter::Instance(QString());
+                Modules modules;
+                center.GetModules(modules, round % 2);
+                QString names;
+                center.GetNames("FSK", "FSK2", names, round % 3 == 0);
+                std::vector<double> numbers;
+                center.GetNumbers("PSK31", numbers, false);
+                QString family;
+                center.GetFamily("PSK", family, false);
+                // Whatever of the file was there to be read: whole modules in their order.
+                const bool isSorted =
+                    std::is_sorted(modules.begin(), modules.end(),
+                                   [](const auto& a, const auto& b) { return a.name < b.name; });
+                const bool isWhole =
+                    std::all_of(modules.begin(), modules.end(), [](const DecoderModule& module) {
+                        return module.name.startsWith('m') && module.ColumnFlag(23);
+                    });
+                if (!isSorted || !isWhole || modules.size() > 50 || family != "ASCII")
+                    failed = true;
+            }
+        };
+        std::vector<std::thread> threads;
+        for (int i = 0; i < 8; ++i)
+            threads.emplace_back(ask);
+        for (int generation = 0; generation < 100; ++generation)
+            writeFile(path, content(generation));
+        for (std::thread& thread : threads)
+            thread.join();
+        QVERIFY(!failed);
+        Modules after;
+        DecoderModulesCenter::Instance(QString()).GetModules(after, true);
+        QCOMPARE(after.size(), std::size_t(50));
     }
 
     void hugeAndBinaryContentIsRead_data()
