@@ -7,8 +7,10 @@
 #include "host/standin/tracelog.h"
 #include "host/trace.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
+#include <QThread>
 
 #include <unistd.h>
 #include <utility>
@@ -102,6 +104,21 @@ bool Reception::start()
         return false;
     }
     return true;
+}
+
+void Reception::beginTransmission(long long sinceStart_us)
+{
+    // Documents are named by the second of the clock. A recording is read much faster than it was
+    // received, and each of its transmissions is to have a document of its own.
+    if (!m_options.station.saveDirectory.isEmpty()) {
+        qint64 now_ms = QDateTime::currentMSecsSinceEpoch();
+        if (now_ms / 1000 == m_lastDocument_s) {
+            QThread::msleep(static_cast<unsigned long>(1000 - now_ms % 1000));
+            now_ms = QDateTime::currentMSecsSinceEpoch();
+        }
+        m_lastDocument_s = now_ms / 1000;
+    }
+    time(sinceStart_us);
 }
 
 void Reception::time(long long sinceStart_us)

@@ -37,7 +37,7 @@ public:
 
     void transmissionStarted(std::int64_t time_us) override
     {
-        m_reception.time(time_us);
+        m_reception.beginTransmission(time_us);
         // The line that ends is closed here, where the time of the next one is known.
         if (m_hasEarlierOne)
             m_reception.symbol(END_OF_LINE);
