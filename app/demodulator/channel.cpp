@@ -19,6 +19,7 @@ constexpr std::int64_t LEAST_MARKS = 2; // one may be a click
 constexpr double WEAKEST_RATIO = 0.35;  // signal to noise of one step: -7.5 dB in 500 Hz
 constexpr double FOLLOW_us = 1.5e6;     // marks not older than this tell level and tone
 constexpr double LEVEL_MEMORY_us = 0.5e6;
+constexpr double FASTEST_FADE_dB_per_s = 20.0;
 constexpr double LARGEST_PULL_Hz = 0.5; // of the tone, per review
 
 } // namespace
@@ -150,7 +151,10 @@ void Channel::follow(const Path& path)
         }
     }
     if (weights > 0.0) {
-        level.signal = std::max(signal / weights, m_weakest);
+        // A mark that was put together wrongly looks weak: fading is slower than that.
+        const double least = level.signal * std::pow(10.0, -0.1 * FASTEST_FADE_dB_per_s * 1e-6 *
+                                                               m_stepDuration_us * REVIEW_STEPS);
+        level.signal = std::max({signal / weights, least, m_weakest});
         m_likelihood.setLevel(level);
     }
     if (toneWeights > 0.0) {
