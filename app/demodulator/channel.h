@@ -51,6 +51,9 @@ public:
 private:
     void review(bool last);
     void follow(const Path& path);
+    void followLevel(const Path& path);
+    void followTone(const Path& path);
+    bool tooOld(const Segment& segment, double span_us) const;
     void commit(const Path& path, bool last);
     std::int64_t time_us(std::int64_t step) const;
 
