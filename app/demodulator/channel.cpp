@@ -213,38 +213,33 @@ void Channel::commit(const Path& path, bool last)
     for (const Segment& segment : path.segments) {
         const bool open = &segment == &path.segments.back();
         const double unit_us = segment.unit_steps * m_stepDuration_us;
-        if (open) {
-            if (!isMark(segment.kind) && segment.begin_step <= decided &&
-                segment.begin_step >= m_committed) {
-                const auto length = static_cast<double>(segment.end_step - segment.begin_step);
-                m_classifier.gapSoFar(length * m_stepDuration_us, unit_us,
-                                      m_keying.characterThreshold(), m_keying.wordThreshold());
-            }
-            break;
-        }
-        if (segment.begin_step < m_committed)
+        const auto length = static_cast<double>(segment.end_step - segment.begin_step);
+        // Where a mark or space begins may still move a little: what lies mostly before the end of
+        // the last mark that was given has been given.
+        if ((segment.begin_step + segment.end_step) / 2 < m_committed)
             continue;
-        const double units =
-            static_cast<double>(segment.end_step - segment.begin_step) / segment.unit_steps;
         if (isMark(segment.kind)) {
-            if (segment.end_step > decided)
+            if (open || segment.end_step > decided)
                 break;
+            if (m_pendingGap) {
+                m_keying.learn(m_pendingGap->kind, m_pendingGap->units);
+                m_pendingGap.reset();
+            }
             m_classifier.mark(segment.kind, time_us(segment.begin_step), time_us(segment.end_step),
                               unit_us);
-            m_keying.learn(segment.kind, units);
+            m_keying.learn(segment.kind, length / segment.unit_steps);
             m_committed = segment.end_step;
-        } else {
-            if (segment.begin_step > decided)
-                break;
-            if (static_cast<double>(segment.end_step - segment.begin_step) * m_stepDuration_us >
-                Classifier::endingSilence_us(unit_us)) {
-                m_classifier.stop();
-                break;
-            }
-            m_classifier.gap(segment.kind);
-            m_keying.learn(segment.kind, units);
-            m_committed = segment.end_step;
+            continue;
         }
+        if (segment.begin_step > decided)
+            break;
+        if (open || length * m_stepDuration_us > Classifier::endingSilence_us(unit_us)) {
+            m_classifier.gapSoFar(length * m_stepDuration_us, unit_us,
+                                  m_keying.characterThreshold(), m_keying.wordThreshold());
+            break;
+        }
+        m_classifier.gap(segment.kind);
+        m_pendingGap = Gap{segment.kind, length / segment.unit_steps};
     }
     const auto since = static_cast<std::int64_t>(0.5e6 / m_stepDuration_us);
     if (m_committed > m_learnt && now >= m_learnt + since) {

@@ -19,6 +19,9 @@ constexpr Hypothesis HYPOTHESES[] = {{0.62, -1.4}, {1.0, -0.7}, {1.5, -1.6}};
 // fading and clicks are no noise that the model knows, and lengths have to count beside levels.
 constexpr double LARGEST_RATIO = 3.0;
 
+constexpr std::int64_t LEAST_HALVED_LENGTH = 12;
+constexpr double PHASE_DRIFT = 3.0; // logarithm of how improbable a drift of phase is
+
 } // namespace
 
 double logBesselI0(double x)
@@ -71,7 +74,15 @@ float MarkLikelihood::ratio(std::int64_t length) const
         return -1e9F;
     const Sums& begin = sums(m_end - length);
     const Sums& end = sums(m_end);
-    const double magnitude = 2.0 * std::abs(end.weighted - begin.weighted);
+    double magnitude = 2.0 * std::abs(end.weighted - begin.weighted);
+    if (m_level.signal > LARGEST_RATIO * m_level.noise && length >= LEAST_HALVED_LENGTH) {
+        // Of a strong signal the phase may drift: chirp and a tone that is not quite hit are no
+        // reason to doubt a mark.
+        const Sums& middle = sums(m_end - length / 2);
+        magnitude = std::max(magnitude, 2.0 * (std::abs(end.weighted - middle.weighted) +
+                                               std::abs(middle.weighted - begin.weighted)) -
+                                            PHASE_DRIFT);
+    }
     const double energy = end.energy - begin.energy;
     double best = -1e9;
     for (const Hypothesis& hypothesis : HYPOTHESES) {
