@@ -51,6 +51,9 @@ public:
 private:
     void review(bool last);
     void follow(const Path& path);
+    void followLevel(const Path& path);
+    void followTone(const Path& path);
+    bool tooOld(const Segment& segment, double span_us) const;
     void commit(const Path& path, bool last);
     std::int64_t time_us(std::int64_t step) const;
 
@@ -61,8 +64,14 @@ private:
     Classifier m_classifier;
 
     double m_stepDuration_us;
-    std::int64_t m_origin; // baseband step of step 0 of the likelihood
-    std::int64_t m_committed = 0;
+    std::int64_t m_origin;        // baseband step of step 0 of the likelihood
+    std::int64_t m_committed = 0; // end of the last mark given
+    struct Gap
+    {
+        Kind kind;
+        double units;
+    };
+    std::optional<Gap> m_pendingGap; // the gap after it, as it looked last
     std::int64_t m_firstMark = 0;
     std::int64_t m_lastMark = 0;
     std::int64_t m_learnt = 0;

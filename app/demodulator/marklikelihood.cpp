@@ -8,12 +8,19 @@ namespace demodulator {
 
 namespace {
 
-// The amplitude of a single mark, relative to that followed, and the logarithm of its probability.
-constexpr double AMPLITUDES[3] = {0.62, 1.0, 1.5};
-constexpr double WEIGHTS[3] = {-1.4, -0.7, -1.6};
+// The amplitude of a single mark, relative to the level followed.
+struct Hypothesis
+{
+    double amplitude;
+    double logProbability;
+};
+constexpr Hypothesis HYPOTHESES[] = {{0.62, -1.4}, {1.0, -0.7}, {1.5, -1.6}};
 // A strong signal is not trusted beyond this signal-to-noise ratio of one step: rising edges,
 // fading and clicks are no noise that the model knows, and lengths have to count beside levels.
 constexpr double LARGEST_RATIO = 3.0;
+
+constexpr std::int64_t LEAST_HALVED_LENGTH = 12;
+constexpr double PHASE_DRIFT = 3.0; // logarithm of how improbable a drift of phase is
 
 } // namespace
 
@@ -35,18 +42,19 @@ MarkLikelihood::MarkLikelihood()
 
 void MarkLikelihood::push(std::complex<double> step)
 {
-    const auto size = static_cast<std::int64_t>(m_sums.size());
     m_steps[static_cast<std::size_t>(m_end % KEPT_STEPS)] = step;
-    m_sums[static_cast<std::size_t>((m_end + 1) % size)] =
-        m_sums[static_cast<std::size_t>(m_end % size)] + step;
+    const double noise = std::max({m_level.noise, m_level.signal / LARGEST_RATIO, 1e-30});
+    Sums next = sums(m_end);
+    next.plain += step;
+    next.weighted += step * (std::sqrt(m_level.signal) / noise);
+    next.energy += m_level.signal / noise;
     ++m_end;
+    m_sums[static_cast<std::size_t>(m_end % (KEPT_STEPS + 1))] = next;
 }
 
 std::complex<double> MarkLikelihood::sum(std::int64_t begin, std::int64_t end) const
 {
-    const auto size = static_cast<std::int64_t>(m_sums.size());
-    return m_sums[static_cast<std::size_t>(end % size)] -
-           m_sums[static_cast<std::size_t>(begin % size)];
+    return sums(end).plain - sums(begin).plain;
 }
 
 std::complex<double> MarkLikelihood::advance(std::int64_t begin, std::int64_t end,
@@ -60,27 +68,27 @@ std::complex<double> MarkLikelihood::advance(std::int64_t begin, std::int64_t en
     return result;
 }
 
-void MarkLikelihood::setLevel(const Level& level)
-{
-    m_level = level;
-    const double noise = std::max({level.noise, level.signal / LARGEST_RATIO, 1e-30});
-    for (int i = 0; i < 3; ++i) {
-        const double amplitude = AMPLITUDES[i] * std::sqrt(level.signal);
-        m_energyPerStep[i] = amplitude * amplitude / noise;
-        m_slope[i] = 2.0 * amplitude / noise;
-        m_weight[i] = WEIGHTS[i];
-    }
-}
-
 float MarkLikelihood::ratio(std::int64_t length) const
 {
     if (length > m_end)
         return -1e9F;
-    const double magnitude = std::abs(sum(m_end - length, m_end));
+    const Sums& begin = sums(m_end - length);
+    const Sums& end = sums(m_end);
+    double magnitude = 2.0 * std::abs(end.weighted - begin.weighted);
+    if (m_level.signal > LARGEST_RATIO * m_level.noise && length >= LEAST_HALVED_LENGTH) {
+        // Of a strong signal the phase may drift: chirp and a tone that is not quite hit are no
+        // reason to doubt a mark.
+        const Sums& middle = sums(m_end - length / 2);
+        magnitude = std::max(magnitude, 2.0 * (std::abs(end.weighted - middle.weighted) +
+                                               std::abs(middle.weighted - begin.weighted)) -
+                                            PHASE_DRIFT);
+    }
+    const double energy = end.energy - begin.energy;
     double best = -1e9;
-    for (int i = 0; i < 3; ++i) {
-        best = std::max(best, m_weight[i] - static_cast<double>(length) * m_energyPerStep[i] +
-                                  logBesselI0(m_slope[i] * magnitude));
+    for (const Hypothesis& hypothesis : HYPOTHESES) {
+        const double amplitude = hypothesis.amplitude;
+        best = std::max(best, hypothesis.logProbability - amplitude * amplitude * energy +
+                                  logBesselI0(amplitude * magnitude));
     }
     return static_cast<float>(best);
 }

@@ -266,10 +266,12 @@ Path Trellis::path(std::int64_t since_step) const
     }
     const Carrier& carrier =
         m_carrier[static_cast<std::size_t>(m_now / CARRIER_BLOCK) % m_carrier.size()];
+    const std::int64_t sinceBlock = m_now % CARRIER_BLOCK;
+    const float steady = carrier.score + (sinceBlock > 0 ? m_likelihood.ratio(sinceBlock) : 0.0F);
     Path path;
     const auto unit = [&](std::size_t index) { return m_keying.table(index).unit_steps; };
-    if (carrier.score > best) {
-        best = carrier.score;
+    if (steady > best) {
+        best = steady;
         state = State::AfterGap;
         speed = static_cast<std::size_t>(carrier.speed);
         at = carrier.begin;

@@ -83,12 +83,6 @@ private Q_SLOTS:
         const auto found = heard(samples).find(80, 150.0, 3500.0);
         QVERIFY(!found || std::fabs(found->tone_Hz - 800.0) > 50.0);
     }
-    void aKnownToneIsLeftOut()
-    {
-        const ToneFinder finder = heard(keyed(700.0, 20.0, "known"));
-        const auto found = finder.find(94, 150.0, 3500.0, 700.0, 60.0);
-        QVERIFY(!found || std::fabs(found->tone_Hz - 700.0) > 50.0);
-    }
     void silenceAndOneFrameGiveNothing()
     {
         ToneFinder finder(8000.0);

@@ -89,7 +89,7 @@ private Q_SLOTS:
         heard.add(true, 1000);
         const Path path = heard.trellis.path(0);
         QVERIFY(!path.segments.empty());
-        QCOMPARE(int(path.segments.back().kind), int(Kind::Carrier));
+        QVERIFY2(path.segments.back().kind == Kind::Carrier, heard.kinds().c_str());
     }
     void theLastSegmentGoesOn()
     {
