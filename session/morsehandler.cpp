@@ -13,6 +13,7 @@
 #include <QTextStream>
 
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -443,27 +444,22 @@ void MorseHandler::ProcessNewChar(const QString& s)
     if (!text.isEmpty())
         appendToResult(text);
     publishText(text);
-    if (m_bSaveToFile) {
-        text += m_strErrorMarks;
-        m_strErrorMarks += QLatin1Char(' ');
-        SaveCodeAndText(m_strErrorMarks, text);
-    }
+    const QString marks = std::exchange(m_strErrorMarks, QString());
+    if (m_bSaveToFile)
+        SaveCodeAndText(marks + QLatin1Char(' '), text + marks);
     m_strCurrentSymbols.clear();
-    m_strErrorMarks.clear();
 }
 
 void MorseHandler::ProcessNewWord(const QString& s)
 {
     AddToSymbolBuffer(s);
-    QString text = m_pTranslator->DecodeMorse(m_strCurrentSymbols) + QLatin1Char(' ');
+    const QString text = m_pTranslator->DecodeMorse(m_strCurrentSymbols) + QLatin1Char(' ');
     appendToResult(text);
     publishText(text);
-    if (m_bSaveToFile) {
-        text += m_strErrorMarks;
-        SaveCodeAndText(m_strErrorMarks, text);
-    }
+    const QString marks = std::exchange(m_strErrorMarks, QString());
+    if (m_bSaveToFile)
+        SaveCodeAndText(marks, text + marks);
     m_strCurrentSymbols.clear();
-    m_strErrorMarks.clear();
 }
 
 void MorseHandler::ProcessNewLine(const QString& s)
@@ -480,11 +476,11 @@ void MorseHandler::ProcessNewLine(const QString& s)
     const QString start =
         QStringLiteral("[Start Time:  ") + m_pDateTime->toString() + QLatin1Char(']');
     const QString block = LINE_END + stop + LINE_END + start + LINE_END;
+    const QString marks = std::exchange(m_strErrorMarks, QString());
     if (m_bSaveToFile)
-        SaveCodeAndText(m_strErrorMarks, block);
+        SaveCodeAndText(marks, block);
     m_strCurrentSymbols.clear();
     m_bDigitMode = false;
-    m_strErrorMarks.clear();
 }
 
 void MorseHandler::publishText(const QString& text)
@@ -606,8 +602,9 @@ SessionFile MorseHandler::textFile()
     return {m_strTextFileName, m_pTextFile, m_pTextStream, m_nTextColumn, m_textBacklog, "UTF-8"};
 }
 
-// The text first. The arguments are copies: publishing a file name may change the handler.
-void MorseHandler::SaveCodeAndText(QString code, QString text)
+// The text first. Publishing a file name may change the handler, so the arguments are none of its
+// fields.
+void MorseHandler::SaveCodeAndText(const QString& code, const QString& text)
 {
     if (!text.isEmpty()) {
         PrepareSavingMorseText();

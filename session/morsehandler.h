@@ -145,7 +145,7 @@ private:
     void ProcessUpdateTunerDemodulatorSettings();
 
     // Session files.
-    void SaveCodeAndText(QString code, QString text);
+    void SaveCodeAndText(const QString& code, const QString& text);
     void CloseAllFiles();
     void PrepareSavingMorseCode();
     void PrepareSavingMorseText();

@@ -61,16 +61,14 @@ private Q_SLOTS:
         QFETCH(int, index);
         QFETCH(QString, golden);
         const QRegularExpression name(QRegularExpression::anchoredPattern(pattern));
-        const QStringList files = QDir(m_dir.path()).entryList(QDir::Files, QDir::Name).filter(name);
+        const QStringList files =
+            QDir(m_dir.path()).entryList(QDir::Files, QDir::Name).filter(name);
         QVERIFY2(files.size() > index, qPrintable(pattern));
         QCOMPARE(contentOf(m_dir.filePath(files.at(index))),
                  contentOf(TEST_DATA_DIR "/golden/three-overs/" + golden));
     }
 
-    void nothingElseIsSaved()
-    {
-        QCOMPARE(QDir(m_dir.path()).entryList(QDir::Files).size(), 5);
-    }
+    void nothingElseIsSaved() { QCOMPARE(QDir(m_dir.path()).entryList(QDir::Files).size(), 5); }
 
     void theDocumentsAreValid()
     {
