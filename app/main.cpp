@@ -18,12 +18,8 @@ using morsehost::Command;
 const std::vector<Command>& commands()
 {
     static const std::vector<Command> rows = {
-        morsehost::decodeCommand(),
-        morsehost::symbolsCommand(),
-        morsehost::alphabetsCommand(),
-        morsehost::mapsCommand(),
-        morsehost::translateCommand(),
-        morsehost::lintCommand(),
+        morsehost::decodeCommand(), morsehost::symbolsCommand(),   morsehost::alphabetsCommand(),
+        morsehost::mapsCommand(),   morsehost::translateCommand(), morsehost::lintCommand(),
     };
     return rows;
 }

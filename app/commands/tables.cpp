@@ -24,8 +24,7 @@ const OptionRow DECODERS = {"decoders", "FILE",
 
 QString directoryOr(const Arguments& arguments, const char* option, const char* shipped)
 {
-    return arguments.isSet(option) ? arguments.text(option)
-                                   : dataDirectory(QLatin1String(shipped));
+    return arguments.isSet(option) ? arguments.text(option) : dataDirectory(QLatin1String(shipped));
 }
 
 // The library asks the host's configuration for it, once.
@@ -81,7 +80,10 @@ int runLint(Arguments& arguments)
 
 Command alphabetsCommand()
 {
-    return {{"alphabets", "", 0, 0,
+    return {{"alphabets",
+             "",
+             0,
+             0,
              "Lists the Morse alphabets: name, file, direction of the text, number of entries.",
              {{"alphabets", "DIR", "where they lie; those that ship without this"}},
              "  morsehost alphabets\n"},
@@ -90,7 +92,10 @@ Command alphabetsCommand()
 
 Command mapsCommand()
 {
-    return {{"maps", "", 0, 0,
+    return {{"maps",
+             "",
+             0,
+             0,
              "Lists the codec and map files: name, file, direction of the text, number of entries.",
              {{"maps", "DIR", "where they lie; those that ship without this"},
               {"decoder", "NAME", "only those that fit the decoder"},
@@ -101,7 +106,10 @@ Command mapsCommand()
 
 Command translateCommand()
 {
-    return {{"translate", "", 0, 0,
+    return {{"translate",
+             "",
+             0,
+             0,
              "Translates a decoder's 8-bit characters on standard input to UTF-8 text.",
              {{"maps", "DIR", "where the maps lie; those that ship without this"},
               {"map", "NAME", "the map, as 'morsehost maps' lists it"},
@@ -114,7 +122,10 @@ Command translateCommand()
 
 Command lintCommand()
 {
-    return {{"lint", "FILE…", 1, std::numeric_limits<int>::max(),
+    return {{"lint",
+             "FILE…",
+             1,
+             std::numeric_limits<int>::max(),
              "Checks alphabet, codec and map files for what their formats swallow in silence.",
              {},
              "  morsehost lint data/alphabets/*.mal\n"},
