@@ -3,13 +3,12 @@
 
 #include "charmap/charactertable.h"
 #include "charmap/codecfile.h"
-#include "charmap/decodermodulescenter.h"
+#include "charmap/decodercharsets.h"
 #include "charmap/mapfile.h"
 #include "files/hostpath.h"
 #include "files/regularfile.h"
 
 #include <optional>
-#include <vector>
 
 namespace {
 
@@ -59,13 +58,10 @@ std::optional<QByteArray> contentOf(const QDir& folder, const QString& name)
 } // namespace
 
 CodecHandler::CodecHandler()
-    : m_alphabetsDir(QString())
+    : m_decoderCharsets(readDecoderCharsets())
+    , m_alphabetsDir(QString())
     , m_alphabet(baseCharsetName(eCHARSET_NONE))
 {
-    std::vector<Quillon::DecoderModule> modules;
-    Quillon::DecoderModulesCenter::Instance(QString()).GetModules(modules, true);
-    for (const Quillon::DecoderModule& module : modules)
-        m_decoderCharsets.insert(module.name, baseCharsetOfLetter(module.charset));
 }
 
 CodecHandler::CodecHandler(const CodecHandler& other) = default;

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+#include "charmap/charactermap.h"
+
+#include "charmap/codecfile.h"
+#include "charmap/mapfile.h"
+#include "files/regularfile.h"
+
+CharacterMap readCharacterMap(const QString& path)
+{
+    const bool isMapFile = path.endsWith(QLatin1String(".map"));
+    const bool isCodecFile = path.endsWith(QLatin1String(".codec"));
+    QFile file(path);
+    if (!(isMapFile || isCodecFile) || !openRegularFile(file))
+        return {};
+    const QByteArray content = file.readAll();
+    const CharacterTable table = isMapFile ? readMapFile(content) : readCodecFile(content);
+    return {table.characters, true, table.rightToLeft};
+}

@@ -1,0 +1,440 @@
+// SPDX-License-Identifier: MIT
+#include "charmap/mappingdirectory.h"
+
+#include "charmap/charactertable.h"
+#include "charmap/decodercharsets.h"
+#include "charmap/displayname.h"
+#include "files/hostpath.h"
+#include "host/datetime.h"
+#include "host/ivtclient.h"
+#include "host/trace.h"
+#include "host/valuelookup.h"
+
+#include <QDir>
+
+#include <algorithm>
+
+namespace {
+
+// Bounds of the history, in characters.
+constexpr int MIN_HISTORY = 100;
+constexpr int MAX_HISTORY = 10000;
+
+bool isSame(const Observable* source, const Observable* value)
+{
+    return value && source == value;
+}
+
+/// The text with question marks in place of all characters outside Latin-1.
+QString latin1Of(const QString& text)
+{
+    const bool isLatin1 =
+        std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() <= 0xFF; });
+    if (isLatin1)
+        return text;
+    const QByteArray bytes = text.toLatin1();
+    return QString::fromLatin1(bytes.constData(), bytes.size());
+}
+
+} // namespace
+
+MappingDirectory::MappingDirectory(const QString& directory)
+    : m_outputStream(&m_outputFile)
+{
+    struct Scan
+    {
+        QString pattern;
+        eBASE_CHARSET charset;
+    };
+    // A later map replaces an earlier one of its name.
+    const Scan scans[] = {
+        {QStringLiteral("*.codec"), eCHARSET_ITA2},
+        {QStringLiteral("*.ita2.map"), eCHARSET_ITA2},
+        {QStringLiteral("*.ascii.map"), eCHARSET_ASCII},
+    };
+    const QDir folder(localPath(directory));
+    for (const Scan& scan : scans) {
+        const QStringList entries = folder.entryList({scan.pattern}, QDir::Files, QDir::Name);
+        for (const QString& entry : entries) {
+            const CharacterMap map = readCharacterMap(folder.absoluteFilePath(entry));
+            if (map.loaded)
+                m_maps[scan.charset].insert(entry.section(QLatin1Char('.'), 0, 0), map);
+        }
+    }
+    initBaseCharsetMap();
+}
+
+MappingDirectory::~MappingDirectory()
+{
+    try {
+        closeOutputFile();
+        const auto release = [this](auto*& role) {
+            if (role)
+                role->DeleteObserver(this);
+            role = nullptr;
+        };
+        release(m_dataInput);
+        release(m_dataOutput);
+        release(m_availableMaps);
+        release(m_decoder);
+        release(m_saveToFile);
+        release(m_translateAll);
+        release(m_translatedFile);
+        release(m_maxNumberOfChars);
+        release(m_frequency);
+        release(m_modulationType);
+        release(m_channelIndex);
+        for (ValueBase* value : qAsConst(m_replaced))
+            value->DeleteObserver(this);
+    } catch (...) {
+        traceMessage(QStringLiteral("Exception catched in MorseTranslator::~MorseHandler"),
+                     QStringLiteral("tools\\morsehandler\\mappingdirectory"), 126);
+    }
+}
+
+void MappingDirectory::Enabled(bool on)
+{
+    m_enabled = on;
+    if (on)
+        return;
+    closeOutputFile();
+    if (m_dataOutput)
+        m_dataOutput->SetValue(QString(), nullptr);
+}
+
+void MappingDirectory::Init(QString selection)
+{
+    if (!m_availableMaps)
+        return;
+    // Whoever is told of a step may delete the value, or cause another filling that replaces this
+    // one.
+    const int count = ++m_initCount;
+    const auto isGoingOn = [&] { return m_availableMaps && m_initCount == count; };
+
+    m_availableMaps->DeleteItems(this);
+    const QStringList names = availableMaps(GetDecoderCharset());
+    if (isGoingOn())
+        m_availableMaps->AddItem(defaultMapName(), 0.0, 0, nullptr);
+    for (int i = 0; i < names.size() && isGoingOn(); ++i)
+        m_availableMaps->AddItem(names[i], i + 1.0, i + 1, this);
+    if (!isGoingOn())
+        return;
+    m_currentCharset = GetDecoderCharset();
+    if (m_currentCharset == eCHARSET_BOTH)
+        m_currentCharset = baseCharset(selection);
+    // Told to everybody, this object included, which switches to the map then.
+    const bool isSelected =
+        m_availableMaps->Select(fullString(charset(selection), m_currentCharset), nullptr);
+    if (!isSelected && isGoingOn())
+        m_availableMaps->Select(defaultMapName(), nullptr);
+}
+
+/// Every role whose value is observed, in the order in which a deleted value is looked for.
+template <typename Visit>
+void MappingDirectory::visitObservedValues(Visit visit)
+{
+    visit(m_availableMaps);
+    visit(m_decoder);
+    visit(m_dataInput);
+    visit(m_dataOutput);
+    visit(m_maxNumberOfChars);
+    visit(m_saveToFile);
+    visit(m_translateAll);
+    visit(m_translatedFile);
+    visit(m_frequency);
+    visit(m_modulationType);
+    visit(m_channelIndex);
+}
+
+template <typename Kind>
+bool MappingDirectory::attach(Kind*& role, const QString& path)
+{
+    Kind* const value = findOrCreateValue<Kind>(path, this);
+    if (role && role != value && !m_replaced.contains(role))
+        m_replaced.append(role);
+    // A value that has announced its deletion will not announce it again.
+    role = value->GetState() == eSTATE_DELETED ? nullptr : value;
+    if (role)
+        role->AddObserver(this);
+    return role != nullptr;
+}
+
+bool MappingDirectory::SetAvailableMaps_ValuePath(const QString& path)
+{
+    return attach(m_availableMaps, path);
+}
+
+bool MappingDirectory::SetChannelIndex_ValuePath(const QString& path)
+{
+    return attach(m_channelIndex, path);
+}
+
+bool MappingDirectory::SetDataInput_ValuePath(const QString& path, IVtClient* client)
+{
+    attach(m_dataInput, path);
+    if (m_dataInput && client)
+        client->HandOver(m_dataInput, 0);
+    return m_dataInput != nullptr;
+}
+
+bool MappingDirectory::SetDataOutput_ValuePath(const QString& path)
+{
+    return attach(m_dataOutput, path);
+}
+
+bool MappingDirectory::SetDecoder_ValuePath(const QString& path)
+{
+    return attach(m_decoder, path);
+}
+
+bool MappingDirectory::SetFrequency_ValuePath(const QString& path)
+{
+    return attach(m_frequency, path);
+}
+
+bool MappingDirectory::SetMaxNumberOfChars_ValuePath(const QString& path)
+{
+    attach(m_maxNumberOfChars, path);
+    if (m_maxNumberOfChars)
+        m_maxNumberOfChars->SetMinMax(MIN_HISTORY, MAX_HISTORY, 1, this);
+    if (m_maxNumberOfChars)
+        m_maxNumberOfChars->SetValue(MAX_HISTORY, nullptr);
+    return m_maxNumberOfChars != nullptr;
+}
+
+bool MappingDirectory::SetModtype_ValuePath(const QString& path)
+{
+    return attach(m_modulationType, path);
+}
+
+bool MappingDirectory::SetSaveToFile_ValuePath(const QString& path)
+{
+    return attach(m_saveToFile, path);
+}
+
+bool MappingDirectory::SetTextDirectionRTL_ValuePath(const QString& path)
+{
+    m_textDirectionPath = path;
+    m_textDirectionRTL = findOrCreateValue<FlagValue>(path);
+    return true;
+}
+
+bool MappingDirectory::SetTranslateAll_ValuePath(const QString& path)
+{
+    return attach(m_translateAll, path);
+}
+
+bool MappingDirectory::SetTranslatedFile_ValuePath(const QString& path)
+{
+    return attach(m_translatedFile, path);
+}
+
+void MappingDirectory::SetTranslatedFileDirectory(QString directory)
+{
+    m_translatedFileDirectory = directory;
+}
+
+void MappingDirectory::SetIpcIdentifier(QString id)
+{
+    QString tail = id.right(2);
+    if (tail.startsWith(QLatin1Char('0')))
+        tail = tail.right(1);
+    m_ipcIdentifier = QStringLiteral("__SG") + id.left(1) + QStringLiteral("_IPC") + tail;
+}
+
+void MappingDirectory::Update(Observable* source, TChangeCode code)
+{
+    switch (code) {
+    case eCHANGE_DELETED:
+        forgetDeleted(source);
+        break;
+    case eCHANGE_CONTENT:
+        if (m_enabled)
+            contentChanged(source);
+        break;
+    case eCHANGE_FORCED:
+        evaluationForced(source);
+        break;
+    default:
+        break;
+    }
+}
+
+void MappingDirectory::forgetDeleted(Observable* source)
+{
+    visitObservedValues([&](auto*& role) {
+        // One value may serve in several roles.
+        if (isSame(source, role) && role->GetState() == eSTATE_DELETED) {
+            role->DeleteObserver(this);
+            role = nullptr;
+        }
+    });
+    const auto isDeleted = [&](ValueBase* value) {
+        return isSame(source, value) && value->GetState() == eSTATE_DELETED;
+    };
+    m_replaced.erase(std::remove_if(m_replaced.begin(), m_replaced.end(), isDeleted),
+                     m_replaced.end());
+}
+
+void MappingDirectory::contentChanged(Observable* source)
+{
+    if (isSame(source, m_availableMaps)) {
+        switchTo(m_availableMaps->GetStringValue());
+    } else if (isSame(source, m_decoder)) {
+        if (m_availableMaps)
+            Init(m_availableMaps->GetStringValue());
+    } else if (isSame(source, m_dataInput)) {
+        const QString translated = translate(m_dataInput->GetValue());
+        if (!m_dataOutput)
+            return;
+        // A value announces nothing when it is set to what it holds.
+        if (m_dataOutput->GetValue() == translated)
+            m_dataOutput->HasChanged(eCHANGE_CONTENT, this);
+        else
+            m_dataOutput->SetValue(translated, this);
+    }
+}
+
+/// Obeyed while disabled as well.
+void MappingDirectory::evaluationForced(Observable* source)
+{
+    if (isSame(source, m_saveToFile)) {
+        closeOutputFile();
+    } else if (isSame(source, m_dataInput)) {
+        const QString translated = translate(m_dataInput->GetValue());
+        if (m_dataOutput)
+            m_dataOutput->SetValue(translated, this);
+        if (m_dataOutput)
+            m_dataOutput->HasChanged(eCHANGE_FORCED, this);
+    }
+}
+
+void MappingDirectory::closeOutputFile()
+{
+    if (m_outputFile.isOpen())
+        m_outputFile.close();
+}
+
+void MappingDirectory::writeTextDirection(bool rightToLeft)
+{
+    m_textDirectionRTL =
+        m_textDirectionPath.isEmpty() ? nullptr : findValue<FlagValue>(m_textDirectionPath);
+    if (m_textDirectionRTL)
+        m_textDirectionRTL->SetValue(rightToLeft, nullptr);
+}
+
+QStringList MappingDirectory::availableMaps(eBASE_CHARSET charset)
+{
+    QStringList names;
+    for (const eBASE_CHARSET one : {eCHARSET_ITA2, eCHARSET_ASCII}) {
+        if (charset != one && charset != eCHARSET_BOTH)
+            continue;
+        const QStringList maps = m_maps[one].keys();
+        for (const QString& map : maps)
+            names += fullString(map, one);
+    }
+    return names;
+}
+
+eBASE_CHARSET MappingDirectory::baseCharset(const QString& display)
+{
+    return charsetOfDisplayName(display);
+}
+
+QString MappingDirectory::charset(const QString& display)
+{
+    return nameOfDisplayName(display);
+}
+
+QString MappingDirectory::fullString(const QString& name, eBASE_CHARSET charset)
+{
+    return displayName(name, charset);
+}
+
+eBASE_CHARSET MappingDirectory::GetDecoderCharset()
+{
+    if (!m_decoder)
+        return eCHARSET_NONE;
+    return m_decoderCharsets.value(m_decoder->GetStringValue(), eCHARSET_NONE);
+}
+
+void MappingDirectory::initBaseCharsetMap()
+{
+    m_decoderCharsets = readDecoderCharsets();
+}
+
+bool MappingDirectory::switchTo(const QString& display)
+{
+    const eBASE_CHARSET newCharset = baseCharset(display);
+    const QString name = charset(display);
+    if (isDefaultMap(name)) {
+        // The direction is that of the map before under the new character set, which is none:
+        // left to right, and a record of that name from now on.
+        const bool rightToLeft = m_maps[newCharset][m_currentMap].rightToLeft;
+        writeTextDirection(rightToLeft);
+        m_currentMap = name;
+        return true;
+    }
+    if (!m_maps[newCharset].contains(name))
+        return false;
+    m_currentCharset = newCharset;
+    m_currentMap = name;
+    writeTextDirection(m_maps[newCharset][name].rightToLeft);
+    return true;
+}
+
+QString MappingDirectory::translate(const QString& text)
+{
+    if (!m_retranslating)
+        SaveToHistory(text);
+    if (isDefaultMap(m_currentMap))
+        return text;
+    const QString translated =
+        translateForward(m_maps[m_currentCharset][m_currentMap].table, latin1Of(text));
+    SaveToFile(translated);
+    return translated;
+}
+
+QString MappingDirectory::TranslateHistory()
+{
+    m_retranslating = true;
+    const QString translated = translate(m_history.mid(m_historyStart));
+    m_retranslating = false;
+    return translated;
+}
+
+void MappingDirectory::ClearHistory()
+{
+    m_history.clear();
+    m_historyStart = 0;
+}
+
+void MappingDirectory::SaveToHistory(QString text)
+{
+    m_history += text;
+    if (!m_maxNumberOfChars)
+        return;
+    const int max = qMax(0, static_cast<int>(m_maxNumberOfChars->GetRealValue()));
+    m_historyStart = qMax(m_historyStart, m_history.size() - max);
+    // What slid out is cut off by and by: to move the rest for every single character would take
+    // longer than to translate it.
+    if (m_historyStart > max) {
+        m_history = m_history.mid(m_historyStart);
+        m_historyStart = 0;
+    }
+}
+
+void MappingDirectory::SaveToFile(QString) {}
+
+QString MappingDirectory::CreateTimeString()
+{
+    return Vanth::DateTime()
+        .toString()
+        .replace(QLatin1Char(':'), QLatin1Char('_'))
+        .replace(QLatin1Char('-'), QLatin1Char('_'))
+        .replace(QLatin1Char(' '), QLatin1String("__"));
+}
+
+void MappingDirectory::CreateFilename() {}
+
+void MappingDirectory::InitSaveToFile() {}

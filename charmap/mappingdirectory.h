@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: MIT
+// Translates the text stream of a decoder, live, through the map that the operator chooses.
+#pragma once
+
+#include "charmap/basecharset.h"
+#include "charmap/charactermap.h"
+#include "host/observable.h"
+#include "host/values.h"
+#include "morsehandler_export.h"
+
+#include <QFile>
+#include <QMap>
+#include <QString>
+#include <QStringList>
+#include <QTextStream>
+#include <QVector>
+
+class IVtClient;
+
+/// Loads all codec files and map files of one folder, offers those that fit the running decoder in
+/// one value of the host's tree, and writes the text of another value, translated through the
+/// chosen one, into a third.
+///
+/// Construct it, attach the values (the available maps and the text direction before the decoder
+/// changes), call `Init` with the current selection, then `Enabled(true)`, and announce the
+/// selection once more: what `Init` selects before is not in force yet.
+///
+/// The values belong to the host; one that announces its deletion is forgotten, and whatever needs
+/// it is left undone from then on. All work is done on the thread that notifies or calls.
+class MORSEHANDLER_EXPORT MappingDirectory : public IObserver
+{
+public:
+    /// Loads the maps of `directory` and reads which base character set each decoder has. What is
+    /// no such file, or cannot be read, is not offered; a missing folder offers nothing. Where a
+    /// codec file and an ITA2 map file share their name, the map file is taken.
+    explicit MappingDirectory(const QString& directory);
+    ~MappingDirectory() override;
+
+    MappingDirectory(const MappingDirectory&) = delete;
+    MappingDirectory& operator=(const MappingDirectory&) = delete;
+
+    /// Whether changes of values are obeyed. Off at first; switching off empties the output.
+    void Enabled(bool on);
+
+    /// Fills the available maps for the current decoder and selects `selection` again, or "Default"
+    /// when it is not among them.
+    void Init(QString selection);
+
+    // Each attaches the value at `path`, which is created when there is none, and returns whether a
+    // value is held now. The value that was held before is no longer regarded.
+    bool SetAvailableMaps_ValuePath(const QString& path);
+    bool SetChannelIndex_ValuePath(const QString& path);
+    /// The decoder's output. A client that is given gets the value handed over.
+    bool SetDataInput_ValuePath(const QString& path, IVtClient* client);
+    bool SetDataOutput_ValuePath(const QString& path);
+    bool SetDecoder_ValuePath(const QString& path);
+    bool SetFrequency_ValuePath(const QString& path);
+    /// The length of the history in characters; set to 10000, between 100 and 10000.
+    bool SetMaxNumberOfChars_ValuePath(const QString& path);
+    bool SetModtype_ValuePath(const QString& path);
+    bool SetSaveToFile_ValuePath(const QString& path);
+    /// Takes the direction of the chosen map. Not observed, so looked up whenever it is written.
+    bool SetTextDirectionRTL_ValuePath(const QString& path);
+    bool SetTranslateAll_ValuePath(const QString& path);
+    bool SetTranslatedFile_ValuePath(const QString& path);
+
+    void SetTranslatedFileDirectory(QString directory);
+    void SetIpcIdentifier(QString id);
+
+    void Update(Observable* source, TChangeCode code) override;
+
+    /// The names that are offered for a base character set: the ITA2 maps, then the ASCII maps,
+    /// each in ascending order.
+    QStringList availableMaps(eBASE_CHARSET charset);
+    /// Adds `text` to the history and translates it through the chosen map, character by character.
+    /// Characters outside Latin-1 become question marks first, unless "Default" is chosen.
+    QString translate(const QString& text);
+    /// The whole history through the chosen map.
+    QString TranslateHistory();
+    void ClearHistory();
+
+private:
+    template <typename Kind>
+    bool attach(Kind*& role, const QString& path);
+    template <typename Visit>
+    void visitObservedValues(Visit visit);
+    void forgetDeleted(Observable* source);
+    void contentChanged(Observable* source);
+    void evaluationForced(Observable* source);
+    void closeOutputFile();
+    void writeTextDirection(bool rightToLeft);
+
+    eBASE_CHARSET baseCharset(const QString& display);
+    QString charset(const QString& display);
+    QString fullString(const QString& name, eBASE_CHARSET charset);
+    eBASE_CHARSET GetDecoderCharset();
+    void initBaseCharsetMap();
+    bool switchTo(const QString& display);
+    void SaveToHistory(QString text);
+    QString CreateTimeString();
+    // Kept without any work to do.
+    void SaveToFile(QString text);
+    void CreateFilename();
+    void InitSaveToFile();
+
+    QString m_currentMap; ///< without the suffix of its character set
+    eBASE_CHARSET m_currentCharset = eCHARSET_NONE;
+    bool m_enabled = false;
+    QString m_history; ///< untranslated; what slid out of it may still be in front
+    QString m_ipcIdentifier;
+    QString m_translatedFileDirectory;
+    QFile m_outputFile;
+    QTextStream m_outputStream;
+    QMap<eBASE_CHARSET, QMap<QString, CharacterMap>> m_maps;
+    QMap<QString, eBASE_CHARSET> m_decoderCharsets;
+    bool m_retranslating = false;
+    ValueSelection* m_decoder = nullptr;
+    ValueSelection* m_availableMaps = nullptr;
+    TextValue* m_dataInput = nullptr;
+    TextValue* m_dataOutput = nullptr;
+    FlagValue* m_translateAll = nullptr;
+    TextValue* m_translatedFile = nullptr;
+    FlagValue* m_saveToFile = nullptr;
+    IntegerValue* m_maxNumberOfChars = nullptr;
+    RealValue* m_frequency = nullptr;
+    ValueSelection* m_modulationType = nullptr;
+    IntegerValue* m_channelIndex = nullptr;
+    FlagValue* m_textDirectionRTL = nullptr;
+
+    QString m_textDirectionPath;
+    QVector<ValueBase*> m_replaced; ///< no longer regarded, but still observed
+    int m_historyStart = 0;
+    int m_initCount = 0;
+};
