@@ -56,7 +56,8 @@ ReceptionOptions readReceptionOptions(Arguments& arguments)
     if (arguments.isSet("save")) {
         if (arguments.text("save").isEmpty())
             arguments.fail(QStringLiteral("--save takes a folder"));
-        station.saveDirectory = QDir::current().absoluteFilePath(arguments.text("save"));
+        station.saveDirectory =
+            QDir::cleanPath(QDir::current().absoluteFilePath(arguments.text("save")));
     }
     station.frequency_Hz = arguments.number("frequency", MIN_FREQUENCY_HZ, MAX_FREQUENCY_HZ);
     if (arguments.isSet("codes") && arguments.isSet("json"))
@@ -147,6 +148,15 @@ int Reception::finish()
     if (m_listener)
         m_listener(false);
     m_reporter->end();
+    const long long symbols = m_station.unsavedSymbols();
+    const int documents = m_station.unsavedDocuments();
+    if (symbols > 0 || documents > 0) {
+        complain(m_options.station.saveDirectory,
+                 QStringLiteral("%1 dots and dashes and %2 result documents could not be saved")
+                     .arg(symbols)
+                     .arg(documents));
+        return EXIT_BAD_INPUT;
+    }
     if (!m_output.error().isEmpty()) {
         complain(QStringLiteral("standard output"), m_output.error());
         return EXIT_BAD_INPUT;

@@ -4,7 +4,7 @@
 # the program and the demo need; without an argument the tests' tools come too. Does nothing where all is there.
 set -euo pipefail
 
-build=(build-essential cmake ninja-build qtbase5-dev libsndfile1-dev libkissfft-dev flac)
+build=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-dev libkissfft-dev flac)
 test=(libbenchmark-dev libicu-dev ebook2cw sox catdoc libxml2-utils)
 
 packages=("${build[@]}")

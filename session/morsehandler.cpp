@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "session/morsehandler.h"
 
+#include "files/ipcidentifier.h"
 #include "host/datetime.h"
 #include "host/trace.h"
 #include "host/valuelookup.h"
@@ -10,6 +11,7 @@
 
 #include <QDateTime>
 #include <QFile>
+#include <QScopeGuard>
 #include <QTextStream>
 
 #include <limits>
@@ -67,6 +69,7 @@ MorseHandler::MorseHandler()
     , m_nPreviousTimestamp(NO_TIMESTAMP)
     , m_nCurrentTimestamp(NO_TIMESTAMP)
     , m_pResultDataHandler(new TavikResultDataHandler(this, QStringLiteral("TAVIK")))
+    , m_unfinishedFiles(std::make_unique<UnfinishedFiles>())
 {
     m_pDateTime->setFormatString(QStringLiteral("hh:mm:ss.zzz"));
     m_pDateTime->setOffsetFromUTC(Vanth::DateTime::Local_TimeZone);
@@ -136,6 +139,15 @@ void MorseHandler::observe(Kind*& role, const QString& path)
     role->AddObserver(this);
 }
 
+// These are registered once more, as hosts have always seen it; a change is told once all the same.
+template <typename Kind>
+void MorseHandler::observeTwice(Kind*& role, const QString& path)
+{
+    observe(role, path);
+    if (role)
+        role->AddObserver(this);
+}
+
 template <typename Kind>
 Kind* MorseHandler::lookUpAgain(Kind*& role, const QString& path)
 {
@@ -196,17 +208,17 @@ void MorseHandler::SetTextDirectionRTL_ValuePath(const QString& path)
 
 void MorseHandler::SetFrequency_ValuePath(const QString& path)
 {
-    observe(m_pFrequency, path);
+    observeTwice(m_pFrequency, path);
 }
 
 void MorseHandler::SetModtype_ValuePath(const QString& path)
 {
-    observe(m_pModtype, path);
+    observeTwice(m_pModtype, path);
 }
 
 void MorseHandler::SetDecResult_ValuePath(const QString& path)
 {
-    observe(m_pDecResult, path);
+    observeTwice(m_pDecResult, path);
 }
 
 void MorseHandler::SetGenXmlTunerDemodulatorSettingsPath(const QString& path)
@@ -237,10 +249,7 @@ void MorseHandler::SetSaveDirectoryPath(const QString& directory, const QString&
 
 void MorseHandler::SetIpcIdentifier(const QString& id)
 {
-    QString tail = id.right(2);
-    if (tail.startsWith(QLatin1Char('0')))
-        tail = tail.right(1);
-    m_strIpcIdentifier = QStringLiteral("__SG") + id.left(1) + QStringLiteral("_IPC") + tail;
+    m_strIpcIdentifier = ipcIdentifier(id);
 }
 
 // Notifications.
@@ -332,7 +341,7 @@ void MorseHandler::EndMorseSession()
 {
     m_bMorseAvailable = false;
     m_bSessionActive = false;
-    ClearSymbolBuffer();
+    m_strSymbolBuffer.clear();
     m_strCurrentSymbols.clear();
     m_strErrorMarks.clear();
     m_bDigitMode = false;
@@ -403,10 +412,14 @@ void MorseHandler::ProcessSymbolList()
     ++m_arrivals;
     if (m_processing)
         return;
+    // An observer of the host that throws is not to stop the handler for good.
+    const auto done = qScopeGuard([this] {
+        m_processing = false;
+        m_arrivals = 0;
+    });
     m_processing = true;
     for (; m_arrivals > 0; --m_arrivals)
         processOldestSymbol();
-    m_processing = false;
 }
 
 void MorseHandler::processOldestSymbol()
@@ -503,29 +516,18 @@ void MorseHandler::appendToResult(const QString& text)
 
 void MorseHandler::AddToSymbolBuffer(const QString& s)
 {
-    if (m_strSymbolBuffer.size() - m_symbolBufferStart + s.size() >= SYMBOL_BUFFER_LIMIT)
-        m_symbolBufferStart += s.size();
-    // Moving the whole buffer for every symbol would cost more than decoding it.
-    if (m_symbolBufferStart >= SYMBOL_BUFFER_LIMIT)
-        dropSlidOutSymbols();
+    if (m_strSymbolBuffer.size() + s.size() >= SYMBOL_BUFFER_LIMIT)
+        m_strSymbolBuffer.remove(0, s.size());
     m_strSymbolBuffer += s;
-}
-
-void MorseHandler::dropSlidOutSymbols()
-{
-    m_strSymbolBuffer.remove(0, m_symbolBufferStart);
-    m_symbolBufferStart = 0;
 }
 
 void MorseHandler::ClearSymbolBuffer()
 {
     m_strSymbolBuffer.clear();
-    m_symbolBufferStart = 0;
 }
 
 const QString& MorseHandler::GetCurrentMorseSymbolString()
 {
-    dropSlidOutSymbols();
     return m_strSymbolBuffer;
 }
 
@@ -533,7 +535,7 @@ const QString& MorseHandler::TranslateText(bool partOnly, bool fromEnd, int coun
 {
     if (partOnly && count >= 1)
         return m_pTranslator->Translate(GetPartOfSymbolString(fromEnd, count));
-    return m_pTranslator->Translate(GetCurrentMorseSymbolString());
+    return m_pTranslator->Translate(m_strSymbolBuffer);
 }
 
 // A unit is a completed character or a word gap. The part begins with the separator that completes
@@ -542,14 +544,13 @@ QString MorseHandler::GetPartOfSymbolString(bool fromEnd, int count)
 {
     if (!fromEnd)
         return {};
-    const QString& buffer = GetCurrentMorseSymbolString();
-    int start = buffer.size();
+    int start = m_strSymbolBuffer.size();
     int end = -1; // index of the last separator
     int units = 0;
     bool inCharacter = false;
     while (start > 0 && units < count) {
         --start;
-        const QChar c = buffer.at(start);
+        const QChar c = m_strSymbolBuffer.at(start);
         const bool isWordGap = c == QLatin1Char('w');
         if (isWordGap || c == QLatin1Char('c')) {
             if (end < 0)
@@ -560,7 +561,7 @@ QString MorseHandler::GetPartOfSymbolString(bool fromEnd, int count)
             inCharacter = true;
         }
     }
-    return end < 0 ? QString() : buffer.mid(start, end - start + 1);
+    return end < 0 ? QString() : m_strSymbolBuffer.mid(start, end - start + 1);
 }
 
 // The result document.
@@ -594,25 +595,27 @@ void MorseHandler::ProcessUpdateTunerDemodulatorSettings()
 
 SessionFile MorseHandler::codeFile()
 {
-    return {m_strCodeFileName, m_pCodeFile, m_pCodeStream, m_nCodeColumn, m_codeBacklog, nullptr};
+    return {m_strCodeFileName, m_pCodeFile,        m_pCodeStream, m_nCodeColumn,
+            m_codeBacklog,     *m_unfinishedFiles, nullptr};
 }
 
 SessionFile MorseHandler::textFile()
 {
-    return {m_strTextFileName, m_pTextFile, m_pTextStream, m_nTextColumn, m_textBacklog, "UTF-8"};
+    return {m_strTextFileName, m_pTextFile,        m_pTextStream, m_nTextColumn,
+            m_textBacklog,     *m_unfinishedFiles, "UTF-8"};
 }
 
-// The text first. Publishing a file name may change the handler, so the arguments are none of its
-// fields.
+// The text first. Whoever hears of the text or of a file name may switch saving off or end the
+// session, so each part asks again, and the arguments are none of the fields.
 void MorseHandler::SaveCodeAndText(const QString& code, const QString& text)
 {
-    if (!text.isEmpty()) {
+    if (!text.isEmpty() && m_bSaveToFile && m_bSessionActive) {
         PrepareSavingMorseText();
         OpenMorseText();
         if (m_pTextStream)
             sessionfile::write(textFile(), text);
     }
-    if (!code.isEmpty()) {
+    if (!code.isEmpty() && m_bSaveToFile && m_bSessionActive) {
         PrepareSavingMorseCode();
         OpenMorseCode();
         if (m_pCodeStream)

@@ -11,11 +11,13 @@
 #include <QString>
 
 #include <list>
+#include <memory>
 
 class MorseTranslator;
 class QFile;
 class QTextStream;
 class TavikResultDataHandler;
+class UnfinishedFiles;
 struct SessionFile;
 namespace Vanth {
 class DateTime;
@@ -120,6 +122,8 @@ private:
     // Values: taking, leaving and finding them again.
     template <typename Kind>
     void observe(Kind*& role, const QString& path);
+    template <typename Kind>
+    void observeTwice(Kind*& role, const QString& path);
     template <typename Visitor>
     void visitObservedValues(Visitor visit);
     bool isObservedInAnyRole(const Observable* value);
@@ -132,7 +136,6 @@ private:
 
     // Symbols.
     void AddToSymbolBuffer(const QString& s);
-    void dropSlidOutSymbols();
     void ProcessSymbolList();
     void processOldestSymbol();
     void ProcessNewChar(const QString& s);
@@ -177,9 +180,9 @@ private:
     ValueSelection* m_pDecResult = nullptr;
     MorseTranslator* m_pTranslator = nullptr;
     QString m_strAlphabetDirectory; ///< ends in a backslash once set from its value
-    QString m_strSymbolBuffer;      ///< what slid out may still be in front
-    QString m_strCurrentSymbols;    ///< dots and dashes of the character being received
-    QString m_strErrorMarks;        ///< since the last character, word or line end
+    QString m_strSymbolBuffer;
+    QString m_strCurrentSymbols; ///< dots and dashes of the character being received
+    QString m_strErrorMarks;     ///< since the last character, word or line end
     QString m_strSaveDirectory;
     QString m_strCodeFileName; ///< empty when there is none
     QString m_strTextFileName; ///< empty when there is none
@@ -215,8 +218,7 @@ private:
     // What a full disk kept back.
     QString m_codeBacklog;
     QString m_textBacklog;
-    // Where the window over the symbol buffer begins.
-    int m_symbolBufferStart = 0;
+    std::unique_ptr<UnfinishedFiles> m_unfinishedFiles;
     // Codes may arrive while one is processed.
     bool m_processing = false;
     int m_arrivals = 0;

@@ -17,7 +17,7 @@ namespace demodulator {
 namespace {
 
 constexpr double LOWEST_RATE_Hz = 4000.0;
-constexpr double HIGHEST_RATE_Hz = 192000.0;
+constexpr double HIGHEST_RATE_Hz = 768000.0;
 constexpr double LOWEST_TONE_Hz = 150.0;
 constexpr double HIGHEST_TONE_Hz = 3500.0;
 constexpr double TOLD_TONE_TOLERANCE_Hz = 50.0;
