@@ -177,11 +177,11 @@ QString CodecHandler::codecNameToFile(const QString& name)
         return {};
     const QString base = name.section(NAME_SEPARATOR, 0, 0);
     const QString charset = name.section(NAME_SEPARATOR, 1, 1);
-    const QString mapFile = base + QLatin1Char('.') + charset + MAP_SUFFIX;
+    QString mapFile = base + QLatin1Char('.') + charset + MAP_SUFFIX;
     if (!findIgnoringCase(m_alphabetsDir, mapFile).isEmpty())
         return mapFile;
     // Of the codec files only this one can be loaded by its name.
-    const QString codecFile = base + CODEC_SUFFIX;
+    QString codecFile = base + CODEC_SUFFIX;
     if (base == baseCharsetName(eCHARSET_ITA2) &&
         !findIgnoringCase(m_alphabetsDir, codecFile).isEmpty())
         return codecFile;

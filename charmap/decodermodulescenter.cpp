@@ -182,6 +182,7 @@ bool holdsDecoderModule(const QString& line)
     return false;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface has it by value
 DecoderModulesCenter& DecoderModulesCenter::Instance(QString fileName)
 {
     static DecoderModulesCenter center(fileName);

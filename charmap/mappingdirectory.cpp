@@ -14,6 +14,7 @@
 #include <QDir>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -103,6 +104,7 @@ void MappingDirectory::Enabled(bool on)
         m_dataOutput->SetValue(QString(), nullptr);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface has it by value
 void MappingDirectory::Init(QString selection)
 {
     if (!m_availableMaps)
@@ -232,9 +234,10 @@ bool MappingDirectory::SetTranslatedFile_ValuePath(const QString& path)
 
 void MappingDirectory::SetTranslatedFileDirectory(QString directory)
 {
-    m_translatedFileDirectory = directory;
+    m_translatedFileDirectory = std::move(directory);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface has it by value
 void MappingDirectory::SetIpcIdentifier(QString id)
 {
     m_ipcIdentifier = ipcIdentifier(id);
@@ -387,7 +390,7 @@ QString MappingDirectory::translate(const QString& text)
         SaveToHistory(text);
     if (isDefaultMap(m_currentMap))
         return text;
-    const QString translated =
+    QString translated =
         translateForward(m_maps[m_currentCharset][m_currentMap].table, latin1Of(text));
     SaveToFile(translated);
     return translated;
@@ -396,7 +399,7 @@ QString MappingDirectory::translate(const QString& text)
 QString MappingDirectory::TranslateHistory()
 {
     m_retranslating = true;
-    const QString translated = translate(m_history.mid(m_historyStart));
+    QString translated = translate(m_history.mid(m_historyStart));
     m_retranslating = false;
     return translated;
 }
@@ -407,6 +410,7 @@ void MappingDirectory::ClearHistory()
     m_historyStart = 0;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface has it by value
 void MappingDirectory::SaveToHistory(QString text)
 {
     m_history += text;
@@ -422,6 +426,7 @@ void MappingDirectory::SaveToHistory(QString text)
     }
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface has it by value
 void MappingDirectory::SaveToFile(QString) {}
 
 QString MappingDirectory::CreateTimeString()

@@ -7,7 +7,7 @@
 
 /// Larger files are none of ours. Far above any real table, and low enough for the text of the
 /// whole file to fit into one string.
-constexpr qint64 MAX_FILE_BYTES = 256 * 1024 * 1024;
+constexpr qint64 MAX_FILE_BYTES = qint64(256) * 1024 * 1024;
 
 /// Opens `file` for reading, without translation of line ends. False for whatever is no regular
 /// file (a folder, a pipe that nobody writes to, a device without end), for one that is larger
