@@ -17,13 +17,14 @@ constexpr double START_DELAY_us = 2.0e6; // at the start of a transmission the s
 constexpr double CONFIRMING_GAIN = 25.0;
 constexpr std::int64_t LEAST_MARKS = 2; // one may be a click
 constexpr double WEAKEST_RATIO = 0.35;  // signal to noise of one step: -7.5 dB in 500 Hz
-constexpr double LEVEL_SPAN_us = 1.5e6; // marks not older than this tell the level
+constexpr double LEVEL_SPAN_us = 3.0e6; // marks not older than this tell the level
 constexpr double TONE_SPAN_us = 3.0e6;  // and the tone
 constexpr double LEVEL_MEMORY_us = 0.5e6;
+constexpr double WEAK_RATIO = 3.0; // signal to noise of one step below which that takes longer
 constexpr double FASTEST_FADE_dB_per_s = 20.0;
-constexpr double TONE_MEMORY_s = 1.0;
+constexpr double TONE_MEMORY_s = 2.0;
 constexpr double LEAST_TONE_ERROR_Hz = 0.3;
-constexpr double STEEPEST_TONE_Hz_per_s = 2.0;
+constexpr double STEEPEST_TONE_Hz_per_s = 1.0;
 constexpr double LARGEST_PULL_Hz = 1.0; // of the tone, per review
 
 } // namespace
@@ -42,6 +43,7 @@ Channel::Channel(const ToneCandidate& candidate, double rate_Hz, std::int64_t be
     level.noise = candidate.noise / m_baseband.stepSamples();
     m_weakest = WEAKEST_RATIO * level.noise;
     level.signal = std::max(candidate.level, m_weakest);
+    level.dot_steps = m_unit_steps;
     m_likelihood.setLevel(level);
 }
 
@@ -130,6 +132,9 @@ void Channel::followLevel(const Path& path)
 {
     const std::int64_t now = m_likelihood.end();
     Level level = m_likelihood.level();
+    // What is weak has to be averaged for longer.
+    const double weakness = std::clamp(WEAK_RATIO * level.noise / level.signal, 1.0, 6.0);
+    const double memory_us = LEVEL_MEMORY_us * weakness;
     double signal = 0.0;
     double weights = 0.0;
     for (const Segment& segment : path.segments) {
@@ -138,7 +143,7 @@ void Channel::followLevel(const Path& path)
         const double age_us = static_cast<double>(now - segment.end_step) * m_stepDuration_us;
         const auto length = static_cast<double>(segment.end_step - segment.begin_step);
         const double magnitude = std::abs(m_likelihood.sum(segment.begin_step, segment.end_step));
-        const double weight = length * std::exp(-age_us / LEVEL_MEMORY_us);
+        const double weight = length * std::exp(-age_us / memory_us);
         signal += weight * (magnitude * magnitude / (length * length) - level.noise / length);
         weights += weight;
     }
@@ -147,6 +152,7 @@ void Channel::followLevel(const Path& path)
         const double least = level.signal * std::pow(10.0, -0.1 * FASTEST_FADE_dB_per_s * 1e-6 *
                                                                m_stepDuration_us * REVIEW_STEPS);
         level.signal = std::max({signal / weights, least, m_weakest});
+        level.dot_steps = m_unit_steps;
         m_likelihood.setLevel(level);
     }
 }

@@ -8,16 +8,17 @@ namespace demodulator {
 
 namespace {
 
-// The amplitude of a single mark, relative to the level followed.
-struct Hypothesis
-{
-    double amplitude;
-    double logProbability;
-};
-constexpr Hypothesis HYPOTHESES[] = {{0.62, -1.4}, {1.0, -0.7}, {1.5, -1.6}};
+// Amplitudes that a single mark may have, relative to the level followed.
+constexpr double AMPLITUDES[] = {0.62, 1.0, 1.5};
+// Log probability of each but the middle one. Of weak signals only the middle one is believed:
+// noise finds in every freedom a way to look like a mark.
+constexpr double FREEDOM = -1.4;
+constexpr double FREE_RATIO = 60.0;     // signal to noise of one dot that leaves that freedom
+constexpr double LOSS_OF_FREEDOM = 4.3; // for each e-fold below it
+
 // A strong signal is not trusted beyond this signal-to-noise ratio of one step: rising edges,
 // fading and clicks are no noise that the model knows, and lengths have to count beside levels.
-constexpr double LARGEST_RATIO = 3.0;
+constexpr double LARGEST_RATIO = 8.0;
 
 constexpr std::int64_t LEAST_HALVED_LENGTH = 12;
 constexpr double PHASE_DRIFT = 3.0; // logarithm of how improbable a drift of phase is
@@ -38,6 +39,17 @@ MarkLikelihood::MarkLikelihood()
     : m_steps(KEPT_STEPS)
     , m_sums(KEPT_STEPS + 1)
 {
+}
+
+void MarkLikelihood::setLevel(const Level& level)
+{
+    m_level = level;
+    const double ratio = level.dot_steps * level.signal / std::max(level.noise, 1e-30);
+    const double freedom =
+        FREEDOM + LOSS_OF_FREEDOM * std::min(0.0, std::log(std::max(ratio, 1e-3) / FREE_RATIO));
+    m_logProbabilities[0] = freedom;
+    m_logProbabilities[1] = std::log1p(-2.0 * std::exp(freedom));
+    m_logProbabilities[2] = freedom;
 }
 
 void MarkLikelihood::push(std::complex<double> step)
@@ -85,10 +97,9 @@ float MarkLikelihood::ratio(std::int64_t length) const
     }
     const double energy = end.energy - begin.energy;
     double best = -1e9;
-    for (const Hypothesis& hypothesis : HYPOTHESES) {
-        const double amplitude = hypothesis.amplitude;
-        best = std::max(best, hypothesis.logProbability - amplitude * amplitude * energy +
-                                  logBesselI0(amplitude * magnitude));
+    for (std::size_t i = 0; i < 3; ++i) {
+        best = std::max(best, m_logProbabilities[i] - AMPLITUDES[i] * AMPLITUDES[i] * energy +
+                                  logBesselI0(AMPLITUDES[i] * magnitude));
     }
     return static_cast<float>(best);
 }

@@ -12,8 +12,9 @@ namespace demodulator {
 /// What is known of a signal and its surroundings.
 struct Level
 {
-    double signal = 0.0; ///< square of half the key-down amplitude
-    double noise = 0.0;  ///< variance that one step adds to a sum of steps
+    double signal = 0.0;     ///< square of half the key-down amplitude
+    double noise = 0.0;      ///< variance that one step adds to a sum of steps
+    double dot_steps = 15.0; ///< length of a dot, roughly
 };
 
 class MarkLikelihood
@@ -25,7 +26,7 @@ public:
     static constexpr std::int64_t KEPT_STEPS = 4096;
 
     /// The level expected of the steps that follow.
-    void setLevel(const Level& level) { m_level = level; }
+    void setLevel(const Level& level);
     const Level& level() const { return m_level; }
 
     void push(std::complex<double> step);
@@ -60,6 +61,7 @@ private:
     std::vector<Sums> m_sums;                  // ring
     std::int64_t m_end = 0;
     Level m_level;
+    double m_logProbabilities[3] = {0.0, 0.0, 0.0}; // of the amplitudes of a mark
 };
 
 /// Logarithm of the modified Bessel function I0.
