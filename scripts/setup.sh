@@ -5,7 +5,7 @@
 set -euo pipefail
 
 build=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-dev libkissfft-dev flac)
-test=(libbenchmark-dev libicu-dev ebook2cw sox catdoc libxml2-utils)
+test=(clang-format libbenchmark-dev libicu-dev ebook2cw sox catdoc libxml2-utils)
 
 packages=("${build[@]}")
 [ "${1:-all}" = build ] || packages+=("${test[@]}")
