@@ -17,10 +17,17 @@ using morsehost::Command;
 
 const std::vector<Command>& commands()
 {
+    // clang-format off
     static const std::vector<Command> rows = {
-        morsehost::decodeCommand(), morsehost::symbolsCommand(),   morsehost::alphabetsCommand(),
-        morsehost::mapsCommand(),   morsehost::translateCommand(), morsehost::lintCommand(),
+        morsehost::decodeCommand(),
+        morsehost::symbolsCommand(),
+        morsehost::alphabetsCommand(),
+        morsehost::mapsCommand(),
+        morsehost::translateCommand(),
+        morsehost::mapCommand(),
+        morsehost::lintCommand(),
     };
+    // clang-format on
     return rows;
 }
 
@@ -36,7 +43,7 @@ QString overview()
         const QString summary = QString::fromUtf8(command.syntax.summary);
         text += QStringLiteral("  %1 %2\n")
                     .arg(QLatin1String(command.syntax.name), -10)
-                    .arg(summary.section(QStringLiteral(". "), 0, 0).simplified());
+                    .arg(summary.section(QLatin1Char('.'), 0, 0).simplified());
     }
     text += QStringLiteral("\nOptions:\n"
                            "  --help     show this help; 'morsehost COMMAND --help' tells more\n"

@@ -18,6 +18,7 @@ Command symbolsCommand();
 Command alphabetsCommand();
 Command mapsCommand();
 Command translateCommand();
+Command mapCommand();
 Command lintCommand();
 
 } // namespace morsehost

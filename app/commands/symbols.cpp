@@ -3,6 +3,7 @@
 #include "app/commands/commands.h"
 
 #include "app/complain.h"
+#include "app/descriptor.h"
 #include "app/exitstatus.h"
 #include "app/input.h"
 #include "app/interrupt.h"
@@ -11,11 +12,7 @@
 #include <QByteArray>
 
 #include <cctype>
-#include <cerrno>
-#include <cstring>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <memory>
 
 namespace morsehost {
 
@@ -70,50 +67,14 @@ private:
     long long m_line = 1;
 };
 
-class Descriptor
-{
-public:
-    explicit Descriptor(const QString& name)
-    {
-        if (name == QLatin1String("-")) {
-            m_number = STDIN_FILENO;
-            return;
-        }
-        m_number = ::open(name.toUtf8().constData(), O_RDONLY | O_CLOEXEC);
-        struct stat status = {};
-        if (m_number < 0)
-            m_error = QString::fromLocal8Bit(std::strerror(errno));
-        else if (fstat(m_number, &status) == 0 && S_ISDIR(status.st_mode))
-            m_error = QStringLiteral("is a directory");
-    }
-
-    ~Descriptor()
-    {
-        if (m_number > STDIN_FILENO)
-            ::close(m_number);
-    }
-
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int number() const { return m_number; }
-    const QString& error() const { return m_error; }
-
-private:
-    int m_number = -1;
-    QString m_error;
-};
-
 int run(Arguments& arguments)
 {
     const ReceptionOptions options = readReceptionOptions(arguments);
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
-    const QString name = arguments.operands().constFirst();
-    const QString shownName = name == QLatin1String("-") ? QStringLiteral("standard input") : name;
-    const Descriptor descriptor(name);
+    const Descriptor descriptor(arguments.operands().constFirst());
     if (!descriptor.error().isEmpty()) {
-        complain(shownName, descriptor.error());
+        complain(descriptor.name(), descriptor.error());
         return EXIT_BAD_INPUT;
     }
 
@@ -143,7 +104,7 @@ int run(Arguments& arguments)
     const int status = reception.finish();
     if (error.isEmpty())
         return status;
-    complain(shownName, error);
+    complain(descriptor.name(), error);
     return EXIT_BAD_INPUT;
 }
 

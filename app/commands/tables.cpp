@@ -2,12 +2,11 @@
 // morsehost alphabets, maps, translate and lint: the tables that decoders' output goes through.
 #include "app/commands/commands.h"
 
-#include "app/datadirectory.h"
 #include "app/exitstatus.h"
 #include "app/lint/lint.h"
+#include "app/tableoptions.h"
 #include "app/translate/filter.h"
 #include "app/translate/listing.h"
-#include "host/standin/configuration.h"
 
 #include <QTextStream>
 
@@ -19,28 +18,11 @@ namespace morsehost {
 
 namespace {
 
-const OptionRow DECODERS = {"decoders", "FILE",
-                            "the decoder modules file; the sample that ships without this"};
-
-QString directoryOr(const Arguments& arguments, const char* option, const char* shipped)
-{
-    return arguments.isSet(option) ? arguments.text(option) : dataDirectory(QLatin1String(shipped));
-}
-
-// The library asks the host's configuration for it, once.
-void configureDecoders(const Arguments& arguments)
-{
-    const QString file = arguments.isSet("decoders")
-                             ? arguments.text("decoders")
-                             : dataDirectory(QStringLiteral("decoders/decodermodules.txt"));
-    setConfigurationValue(QString(), QStringLiteral("DecoderModulesFile"), file);
-}
-
 int runAlphabets(Arguments& arguments)
 {
     QTextStream out(stdout);
     QTextStream err(stderr);
-    return translate::listAlphabets(directoryOr(arguments, "alphabets", "alphabets"), out, err);
+    return translate::listAlphabets(directoryOption(arguments, "alphabets", "alphabets"), out, err);
 }
 
 int runMaps(Arguments& arguments)
@@ -49,11 +31,11 @@ int runMaps(Arguments& arguments)
         arguments.fail(QStringLiteral("--decoder takes a name"));
         return EXIT_BAD_USAGE;
     }
-    configureDecoders(arguments);
+    configureDecoderModules(arguments);
     QTextStream out(stdout);
     QTextStream err(stderr);
-    return translate::listMaps(directoryOr(arguments, "maps", "maps"), arguments.text("decoder"),
-                               out, err);
+    return translate::listMaps(directoryOption(arguments, "maps", "maps"),
+                               arguments.text("decoder"), out, err);
 }
 
 int runTranslate(Arguments& arguments)
@@ -62,10 +44,11 @@ int runTranslate(Arguments& arguments)
         arguments.fail(QStringLiteral("--map NAME is missing"));
         return EXIT_BAD_USAGE;
     }
-    configureDecoders(arguments);
+    configureDecoderModules(arguments);
     QTextStream err(stderr);
-    return translate::runTranslate({directoryOr(arguments, "maps", "maps"), arguments.text("map"),
-                                    arguments.text("decoder"), arguments.isSet("back")},
+    return translate::runTranslate({directoryOption(arguments, "maps", "maps"),
+                                    arguments.text("map"), arguments.text("decoder"),
+                                    arguments.isSet("back")},
                                    STDIN_FILENO, STDOUT_FILENO, err);
 }
 
@@ -99,7 +82,7 @@ Command mapsCommand()
              "Lists the codec and map files: name, file, direction of the text, number of entries.",
              {{"maps", "DIR", "where they lie; those that ship without this"},
               {"decoder", "NAME", "only those that fit the decoder"},
-              DECODERS},
+              decoderModulesOption()},
              "  morsehost maps --decoder ASCII\n"},
             runMaps};
 }
@@ -114,7 +97,7 @@ Command translateCommand()
              {{"maps", "DIR", "where the maps lie; those that ship without this"},
               {"map", "NAME", "the map, as 'morsehost maps' lists it"},
               {"decoder", "NAME", "decides between an ITA2 and an ASCII map of one name"},
-              DECODERS,
+              decoderModulesOption(),
               {"back", nullptr, "the other way: UTF-8 text to 8-bit characters"}},
              "  morsehost translate --map 'Greek - ASCII' <received.bin\n"},
             runTranslate};

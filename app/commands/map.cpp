@@ -1,0 +1,284 @@
+// SPDX-License-Identifier: MIT
+// morsehost map: a decoder's text, translated live through a mapping directory.
+#include "app/commands/commands.h"
+
+#include "app/complain.h"
+#include "app/descriptor.h"
+#include "app/exitstatus.h"
+#include "app/input.h"
+#include "app/interrupt.h"
+#include "app/mapstation.h"
+#include "app/output.h"
+#include "app/tableoptions.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <memory>
+#include <unistd.h>
+
+namespace morsehost {
+
+namespace {
+
+constexpr int PIECE_BYTES = 4096;
+
+// What is longer is no command.
+constexpr int MAX_COMMAND_BYTES = 1024;
+
+const QLatin1String DEFAULT_MAP("Default");
+
+// Shows the text and the answers to commands, as they are or as objects.
+class Screen
+{
+public:
+    explicit Screen(bool json)
+        : m_json(json)
+        , m_output(STDOUT_FILENO)
+    {
+    }
+
+    void text(const QString& text) { show("text", text); }
+
+    void history(const QString& text)
+    {
+        show("history", text);
+        if (!m_json && !text.endsWith(QLatin1Char('\n')))
+            m_output.write("\n");
+    }
+
+    void maps(const QStringList& names, const QString& current)
+    {
+        if (m_json) {
+            object({{QStringLiteral("event"), QStringLiteral("maps")},
+                    {QStringLiteral("names"), QJsonArray::fromStringList(names)},
+                    {QStringLiteral("current"), current}});
+            return;
+        }
+        for (const QString& name : names)
+            m_output.write(((name == current ? QStringLiteral("* ") : QStringLiteral("  ")) + name +
+                            QLatin1Char('\n'))
+                               .toUtf8());
+    }
+
+    void map(const QString& name, bool rightToLeft)
+    {
+        if (m_json)
+            object({{QStringLiteral("event"), QStringLiteral("map")},
+                    {QStringLiteral("name"), name},
+                    {QStringLiteral("rightToLeft"), rightToLeft}});
+    }
+
+    const Output& output() const { return m_output; }
+
+private:
+    void show(const char* event, const QString& text)
+    {
+        if (!m_json)
+            m_output.write(text.toUtf8());
+        else if (!text.isEmpty())
+            object(
+                {{QStringLiteral("event"), QLatin1String(event)}, {QStringLiteral("text"), text}});
+    }
+
+    void object(const QJsonObject& object)
+    {
+        m_output.write(QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
+    }
+
+    bool m_json;
+    Output m_output;
+};
+
+// An operator at the station: what is typed is the decoder's text, but for lines that begin with a
+// colon.
+class Operator
+{
+public:
+    Operator(MapStation& station, Screen& screen)
+        : m_station(station)
+        , m_screen(screen)
+    {
+    }
+
+    /// False when something was not understood; that is said, and the rest goes on.
+    bool isContent() const { return m_isContent; }
+
+    void read(const char* bytes, int size)
+    {
+        int textStart = 0;
+        for (int i = 0; i < size; ++i) {
+            const char c = bytes[i];
+            if (m_atLineStart && c == ':') {
+                receive(bytes + textStart, i - textStart);
+                m_inCommand = true;
+                m_command.clear();
+                ++m_line;
+            } else if (m_inCommand && c == '\n') {
+                obey();
+                m_inCommand = false;
+                textStart = i + 1;
+            } else if (m_inCommand) {
+                if (m_command.size() <= MAX_COMMAND_BYTES)
+                    m_command += c;
+            } else if (m_atLineStart) {
+                ++m_line;
+            }
+            m_atLineStart = c == '\n';
+        }
+        if (!m_inCommand)
+            receive(bytes + textStart, size - textStart);
+    }
+
+    void end()
+    {
+        if (m_inCommand)
+            obey();
+    }
+
+    void selectMap(const QString& name)
+    {
+        if (m_station.selectMap(name))
+            m_screen.map(m_station.currentMap(), m_station.isTextRightToLeft());
+        else
+            refuse(QStringLiteral("no map '%1' is offered").arg(name));
+    }
+
+private:
+    void receive(const char* bytes, int size)
+    {
+        if (size > 0)
+            m_station.receive(QString::fromLatin1(bytes, size));
+    }
+
+    void obey()
+    {
+        const QString command = QString::fromUtf8(m_command.trimmed());
+        const QString verb = command.section(QLatin1Char(' '), 0, 0);
+        const QString name = command.section(QLatin1Char(' '), 1).trimmed();
+        if (verb == QLatin1String("map") && !name.isEmpty()) {
+            selectMap(name);
+        } else if (verb == QLatin1String("decoder") && !name.isEmpty()) {
+            m_station.selectDecoder(name);
+            m_screen.map(m_station.currentMap(), m_station.isTextRightToLeft());
+        } else if (command == QLatin1String("maps")) {
+            m_screen.maps(m_station.maps(), m_station.currentMap());
+        } else if (command == QLatin1String("history")) {
+            m_screen.history(m_station.history());
+        } else if (command == QLatin1String("clear")) {
+            m_station.clearHistory();
+        } else if (command == QLatin1String("enable")) {
+            m_station.enable();
+        } else if (command == QLatin1String("disable")) {
+            m_station.disable();
+        } else {
+            refuse(QStringLiteral("no command ':%1'").arg(command.left(40)));
+        }
+    }
+
+    void refuse(const QString& reason)
+    {
+        complain(QStringLiteral("line %1").arg(m_line), reason);
+        m_isContent = false;
+    }
+
+    MapStation& m_station;
+    Screen& m_screen;
+    bool m_isContent = true;
+    bool m_atLineStart = true;
+    bool m_inCommand = false;
+    QByteArray m_command;
+    long long m_line = 0;
+};
+
+int run(Arguments& arguments)
+{
+    const QString decoder = arguments.text("decoder");
+    if (decoder.isEmpty())
+        arguments.fail(QStringLiteral("--decoder NAME is missing"));
+    if (arguments.isSet("map") && arguments.text("map").isEmpty())
+        arguments.fail(QStringLiteral("--map takes a name"));
+    if (!arguments.error().isEmpty())
+        return EXIT_BAD_USAGE;
+    const QString mapsDirectory = directoryOption(arguments, "maps", "maps");
+    if (!QFileInfo(mapsDirectory).isDir()) {
+        complain(mapsDirectory, QStringLiteral("no such folder"));
+        return EXIT_BAD_INPUT;
+    }
+    const Descriptor descriptor(arguments.operands().value(0, QStringLiteral("-")));
+    if (!descriptor.error().isEmpty()) {
+        complain(descriptor.name(), descriptor.error());
+        return EXIT_BAD_INPUT;
+    }
+
+    configureDecoderModules(arguments);
+    Screen screen(arguments.isSet("json"));
+    MapStation station(mapsDirectory, [&screen](const QString& text) { screen.text(text); });
+    station.enable();
+    station.selectDecoder(decoder);
+    const bool isInteractive = arguments.isSet("interactive");
+    if (station.maps().size() == 1 && !isInteractive) {
+        complain(decoder, QStringLiteral("no map fits this decoder"));
+        return EXIT_BAD_INPUT;
+    }
+    const QString map = arguments.isSet("map") ? arguments.text("map") : QString(DEFAULT_MAP);
+    if (!station.selectMap(map)) {
+        complain(map, QStringLiteral("no such map, or more than one, for the decoder %1 in %2")
+                          .arg(decoder, mapsDirectory));
+        return EXIT_BAD_INPUT;
+    }
+    screen.map(station.currentMap(), station.isTextRightToLeft());
+
+    Operator person(station, screen);
+    Input input(descriptor.number());
+    const auto piece = std::make_unique<char[]>(PIECE_BYTES);
+    while (!screen.output().hasFailed()) {
+        const int size = static_cast<int>(input.read(piece.get(), PIECE_BYTES));
+        if (size == 0)
+            break;
+        if (isInteractive)
+            person.read(piece.get(), size);
+        else
+            station.receive(QString::fromLatin1(piece.get(), size));
+    }
+    if (isInteractive && !isInterrupted())
+        person.end();
+
+    if (!input.error().isEmpty()) {
+        complain(descriptor.name(), input.error());
+        return EXIT_BAD_INPUT;
+    }
+    if (!screen.output().error().isEmpty()) {
+        complain(QStringLiteral("standard output"), screen.output().error());
+        return EXIT_BAD_INPUT;
+    }
+    return person.isContent() ? EXIT_DONE : EXIT_BAD_INPUT;
+}
+
+} // namespace
+
+Command mapCommand()
+{
+    return {
+        {"map",
+         "[FILE|-]",
+         0,
+         1,
+         "Translates a decoder's 8-bit characters live, through a map that can be changed on the\n"
+         "way. With --interactive, lines that begin with ':' are commands: :map NAME,\n"
+         ":decoder NAME, :maps, :history (all of it through the map in force), :clear, :enable,\n"
+         ":disable.",
+         {{"maps", "DIR", "where the maps lie; those that ship without this"},
+          {"map", "NAME", "the map, as ':maps' lists it; \"Default\" (none) without this"},
+          {"decoder", "NAME", "the decoder that the characters come from"},
+          decoderModulesOption(),
+          {"interactive", nullptr, "obey lines that begin with ':'"},
+          {"json", nullptr, "print a JSON object a line per event"}},
+         "  morsehost map --decoder Baudot --map Russian received.txt\n"},
+        run};
+}
+
+} // namespace morsehost

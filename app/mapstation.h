@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+// A small host around a mapping directory: feeds it a decoder's text and hears what it writes.
+#pragma once
+
+#include "charmap/mappingdirectory.h"
+#include "host/observable.h"
+#include "host/standin/hosttree.h"
+#include "host/values.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+
+namespace morsehost {
+
+/// Uses the library as any host does: through paths of values, notifications and public
+/// operations. One station exists at a time, since the tree is one a process. The decoder modules
+/// file has been configured before the first one.
+class MapStation : private IObserver
+{
+public:
+    using TextListener = std::function<void(const QString& text)>;
+
+    /// Hears each text that the library writes into the output value.
+    MapStation(const QString& mapsDirectory, TextListener listener);
+    ~MapStation() override;
+
+    void enable();
+    void disable();
+    /// The maps on offer follow the decoder; the one in force stays where it fits.
+    void selectDecoder(const QString& name);
+    /// `name` as it is offered, or without its character set where that is one map. False when
+    /// there is none, or more than one.
+    bool selectMap(const QString& name);
+    void receive(const QString& text);
+
+    QStringList maps();
+    QString currentMap();
+    bool isTextRightToLeft();
+    QString history();
+    void clearHistory();
+
+private:
+    void Update(Observable* source, TChangeCode code) override;
+    QString offeredName(const QString& name);
+
+    TextListener m_listener;
+    HostTree m_tree;
+    ValueSelection* m_decoder;
+    ValueSelection* m_maps;
+    TextValue* m_input;
+    TextValue* m_output;
+    FlagValue* m_rightToLeft;
+    MappingDirectory m_directory; ///< goes before the tree
+};
+
+} // namespace morsehost

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+// Options that the commands for tables share.
+#pragma once
+
+#include "app/arguments.h"
+
+namespace morsehost {
+
+/// The folder that the option names, else the shipped one.
+QString directoryOption(const Arguments& arguments, const char* option, const char* shipped);
+
+/// --decoders FILE
+OptionRow decoderModulesOption();
+/// Makes the file known to the library, which asks the host's configuration for it, once.
+void configureDecoderModules(const Arguments& arguments);
+
+} // namespace morsehost
