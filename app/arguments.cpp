@@ -34,7 +34,8 @@ Arguments::Arguments(const CommandSyntax& syntax, const QStringList& words)
             option.setValueName(QLatin1String(row.valueName));
         m_parser.addOption(option);
     }
-    m_parser.addOption({QStringLiteral("help"), QStringLiteral("Show this help.")});
+    m_parser.addOption(
+        {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help.")});
     const bool parsed = m_parser.parse(QStringList(QLatin1String(syntax.name)) + words);
     if (wantsHelp())
         return;

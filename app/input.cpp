@@ -15,7 +15,8 @@ std::size_t Input::read(char* data, std::size_t size)
     while (!isInterrupted() && m_error.isEmpty()) {
         // The time-out closes the gap between asking for the flag and waiting.
         pollfd waiting = {m_descriptor, POLLIN, 0};
-        if (::poll(&waiting, 1, 200) == 0)
+        const int ready = ::poll(&waiting, 1, 200);
+        if (ready == 0 || (ready < 0 && errno == EINTR))
             continue;
         const ssize_t got = ::read(m_descriptor, data, size);
         if (got >= 0)

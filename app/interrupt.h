@@ -5,7 +5,8 @@
 namespace morsehost {
 
 /// From now on the two signals are noted instead of ending the process, and a reader that has gone
-/// away is an error of the write instead of a signal. Blocking reads return.
+/// away or a file that may not grow is an error of the write instead of a signal. Blocking reads
+/// return.
 void noteInterrupts();
 
 bool isInterrupted();

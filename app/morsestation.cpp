@@ -3,11 +3,17 @@
 
 #include "host/standin/resultpolicy.h"
 
+#include <QFile>
+
+#include <algorithm>
 #include <utility>
 
 namespace morsehost {
 
 namespace {
+
+constexpr int DOT = 0;
+constexpr int DASH = 1;
 
 QString path(const char* name)
 {
@@ -52,11 +58,22 @@ MorseStation::MorseStation(const StationSettings& settings, TextListener listene
         m_tree.Add<RealValue>(path("Frequency"))->SetValue(*settings.frequency_Hz, nullptr);
         m_handler.SetFrequency_ValuePath(path("Frequency"));
     }
+    // One receiver, one way of keying: these two never change here.
+    for (const char* name : {"Modulation", "DecoderResult"}) {
+        auto* const selection = m_tree.Add<ValueSelection>(path(name));
+        selection->AddItem(QStringLiteral("CW"), 0, 0, nullptr);
+        selection->Select(QStringLiteral("CW"), nullptr);
+    }
+    m_handler.SetModtype_ValuePath(path("Modulation"));
+    m_handler.SetDecResult_ValuePath(path("DecoderResult"));
     m_handler.SetMorseSaveToFile_ValuePath(path("SaveToFile"));
     m_handler.SetMorseXmlSaveToFile_ValuePath(path("SaveDocument"));
     if (!settings.saveDirectory.isEmpty()) {
-        for (const char* name : {"TextFileName", "CodeFileName", "DocumentName"})
-            m_tree.Add<TextValue>(path(name));
+        m_tree.Add<TextValue>(path("TextFileName"));
+        m_codeFileName = m_tree.Add<TextValue>(path("CodeFileName"));
+        m_documentName = m_tree.Add<TextValue>(path("DocumentName"));
+        m_codeFileName->AddObserver(this);
+        m_documentName->AddObserver(this);
         m_handler.SetSaveDirectoryPath(settings.saveDirectory, path("TextFileName"),
                                        path("CodeFileName"), path("DocumentName"));
         m_saveToFile->SetValue(true, nullptr);
@@ -65,8 +82,12 @@ MorseStation::MorseStation(const StationSettings& settings, TextListener listene
 
 MorseStation::~MorseStation()
 {
-    m_text->DeleteObserver(this);
-    m_settingsRequest->DeleteObserver(this);
+    for (ValueBase* const value :
+         {static_cast<ValueBase*>(m_text), static_cast<ValueBase*>(m_settingsRequest),
+          static_cast<ValueBase*>(m_codeFileName), static_cast<ValueBase*>(m_documentName)}) {
+        if (value)
+            value->DeleteObserver(this);
+    }
 }
 
 bool MorseStation::start()
@@ -86,6 +107,9 @@ void MorseStation::receiveTime(unsigned long long time_us)
 
 void MorseStation::receiveSymbol(int code)
 {
+    const int symbol = code & 0x7F;
+    if (m_codeFileName && (symbol == DOT || symbol == DASH))
+        ++m_symbolsToSave;
     // A value announces what is new to it; a code that repeats is new all the same.
     if (m_symbol->GetValue() == code)
         m_symbol->HasChanged(eCHANGE_CONTENT, nullptr);
@@ -96,6 +120,27 @@ void MorseStation::receiveSymbol(int code)
 void MorseStation::saveDocument()
 {
     m_saveDocument->HasChanged(eCHANGE_FORCED, nullptr);
+}
+
+long long MorseStation::unsavedSymbols() const
+{
+    long long saved = 0;
+    for (const QString& name : m_codeFiles) {
+        QFile file(name);
+        if (!file.open(QIODevice::ReadOnly))
+            continue;
+        const QByteArray symbols = file.readAll();
+        saved += std::count(symbols.begin(), symbols.end(), '.') +
+                 std::count(symbols.begin(), symbols.end(), '-');
+    }
+    return m_symbolsToSave - saved;
+}
+
+int MorseStation::unsavedDocuments() const
+{
+    return static_cast<int>(
+        std::count_if(m_documents.begin(), m_documents.end(),
+                      [](const QString& name) { return !QFile::exists(name); }));
 }
 
 bool MorseStation::isTextRightToLeft()
@@ -109,6 +154,10 @@ void MorseStation::Update(Observable* source, TChangeCode code)
         return;
     if (source == m_text) {
         m_listener(m_text->GetValue());
+    } else if (source == m_codeFileName) {
+        m_codeFiles += m_codeFileName->GetValue();
+    } else if (source == m_documentName) {
+        m_documents += m_documentName->GetValue();
     } else if (source == m_settingsRequest && m_settingsRequest->GetValue()) {
         m_receiverSettings->SetValue(
             m_settings.describeReceiver ? m_settings.describeReceiver() : QString(), nullptr);

@@ -9,6 +9,7 @@
 #include "session/morsehandler.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <optional>
@@ -45,6 +46,11 @@ public:
     void saveDocument();
     void stop();
 
+    /// After `stop`: dots and dashes that were received to be saved and are not in any code file.
+    long long unsavedSymbols() const;
+    /// Documents that were announced and are not on disk.
+    int unsavedDocuments() const;
+
     bool isTextRightToLeft();
 
 private:
@@ -62,6 +68,11 @@ private:
     FlagValue* m_rightToLeft;
     FlagValue* m_settingsRequest;
     TextValue* m_receiverSettings;
+    TextValue* m_codeFileName = nullptr;
+    TextValue* m_documentName = nullptr;
+    QStringList m_codeFiles;
+    QStringList m_documents;
+    long long m_symbolsToSave = 0;
     MorseHandler m_handler; ///< goes before the tree
 };
 

@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "app/output.h"
 
+#include "app/interrupt.h"
+
+#include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <poll.h>
 #include <unistd.h>
@@ -13,16 +17,20 @@ void Output::write(const QByteArray& data)
     const char* next = data.constData();
     auto left = static_cast<std::size_t>(data.size());
     while (left > 0 && !hasFailed()) {
-        const ssize_t written = ::write(m_descriptor, next, left);
+        // A reader that stands still must not keep a program that is to end.
+        pollfd waiting = {m_descriptor, POLLOUT, 0};
+        if (::poll(&waiting, 1, 200) <= 0) {
+            m_closed = isInterrupted();
+            continue;
+        }
+        // No more than a pipe that is ready takes without waiting.
+        const ssize_t written = ::write(m_descriptor, next, std::min(left, std::size_t(PIPE_BUF)));
         if (written >= 0) {
             next += written;
             left -= static_cast<std::size_t>(written);
-        } else if (errno == EAGAIN) {
-            pollfd waiting = {m_descriptor, POLLOUT, 0};
-            ::poll(&waiting, 1, -1);
         } else if (errno == EPIPE) {
             m_closed = true;
-        } else if (errno != EINTR) {
+        } else if (errno != EINTR && errno != EAGAIN) {
             m_error = QString::fromLocal8Bit(std::strerror(errno));
         }
     }

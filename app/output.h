@@ -15,7 +15,8 @@ public:
     {
     }
 
-    /// Writes all of it, unless the output has failed before.
+    /// Writes all of it, unless the output has failed before. A reader that takes nothing holds it
+    /// up, until the program is interrupted; then the output counts as closed.
     void write(const QByteArray& data);
 
     /// The reader has gone: there is no use in going on, and nothing to complain about.

@@ -7,8 +7,10 @@
 #include "host/standin/tracelog.h"
 #include "host/trace.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
+#include <QThread>
 
 #include <unistd.h>
 #include <utility>
@@ -54,7 +56,8 @@ ReceptionOptions readReceptionOptions(Arguments& arguments)
     if (arguments.isSet("save")) {
         if (arguments.text("save").isEmpty())
             arguments.fail(QStringLiteral("--save takes a folder"));
-        station.saveDirectory = QDir::current().absoluteFilePath(arguments.text("save"));
+        station.saveDirectory =
+            QDir::cleanPath(QDir::current().absoluteFilePath(arguments.text("save")));
     }
     station.frequency_Hz = arguments.number("frequency", MIN_FREQUENCY_HZ, MAX_FREQUENCY_HZ);
     if (arguments.isSet("codes") && arguments.isSet("json"))
@@ -104,6 +107,21 @@ bool Reception::start()
     return true;
 }
 
+void Reception::beginTransmission(long long sinceStart_us)
+{
+    // Documents are named by the second of the clock. A recording is read much faster than it was
+    // received, and each of its transmissions is to have a document of its own.
+    if (!m_options.station.saveDirectory.isEmpty()) {
+        qint64 now_ms = QDateTime::currentMSecsSinceEpoch();
+        if (now_ms / 1000 == m_lastDocument_s) {
+            QThread::msleep(static_cast<unsigned long>(1000 - now_ms % 1000));
+            now_ms = QDateTime::currentMSecsSinceEpoch();
+        }
+        m_lastDocument_s = now_ms / 1000;
+    }
+    time(sinceStart_us);
+}
+
 void Reception::time(long long sinceStart_us)
 {
     const unsigned long long time_us =
@@ -130,6 +148,15 @@ int Reception::finish()
     if (m_listener)
         m_listener(false);
     m_reporter->end();
+    const long long symbols = m_station.unsavedSymbols();
+    const int documents = m_station.unsavedDocuments();
+    if (symbols > 0 || documents > 0) {
+        complain(m_options.station.saveDirectory,
+                 QStringLiteral("%1 dots and dashes and %2 result documents could not be saved")
+                     .arg(symbols)
+                     .arg(documents));
+        return EXIT_BAD_INPUT;
+    }
     if (!m_output.error().isEmpty()) {
         complain(QStringLiteral("standard output"), m_output.error());
         return EXIT_BAD_INPUT;

@@ -37,6 +37,7 @@ public:
     bool start();
 
     // Times count from the first sample.
+    void beginTransmission(long long sinceStart_us);
     void time(long long sinceStart_us);
     void symbol(int code);
     /// The transmission is over: what was received of it is saved.
@@ -53,6 +54,7 @@ private:
     Output m_output;
     std::unique_ptr<Reporter> m_reporter;
     MorseStation m_station;
+    qint64 m_lastDocument_s = 0; ///< second of the clock that named the last document
 };
 
 } // namespace morsehost

@@ -2,8 +2,6 @@
 // The base character sets on which the output of a decoder may rest.
 #pragma once
 
-#include "morsehandler_export.h"
-
 #include <QString>
 
 enum eBASE_CHARSET : int {
@@ -14,8 +12,8 @@ enum eBASE_CHARSET : int {
 };
 
 /// "ITA2" and "ASCII"; "None" for every other. "None" is also the name of the empty alphabet.
-MORSEHANDLER_EXPORT const QString& baseCharsetName(eBASE_CHARSET charset);
+const QString& baseCharsetName(eBASE_CHARSET charset);
 
 /// The set that a letter of the decoder modules file stands for: "I", "A" and "B" for both; none
 /// for every other.
-MORSEHANDLER_EXPORT eBASE_CHARSET baseCharsetOfLetter(char letter);
+eBASE_CHARSET baseCharsetOfLetter(char letter);

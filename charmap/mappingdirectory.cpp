@@ -5,6 +5,7 @@
 #include "charmap/decodercharsets.h"
 #include "charmap/displayname.h"
 #include "files/hostpath.h"
+#include "files/ipcidentifier.h"
 #include "host/datetime.h"
 #include "host/ivtclient.h"
 #include "host/trace.h"
@@ -251,10 +252,7 @@ void MappingDirectory::SetTranslatedFileDirectory(QString directory)
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the interface has it by value
 void MappingDirectory::SetIpcIdentifier(QString id)
 {
-    QString tail = id.right(2);
-    if (tail.startsWith(QLatin1Char('0')))
-        tail = tail.right(1);
-    m_ipcIdentifier = QStringLiteral("__SG") + id.left(1) + QStringLiteral("_IPC") + tail;
+    m_ipcIdentifier = ipcIdentifier(id);
 }
 
 void MappingDirectory::Update(Observable* source, TChangeCode code)

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # Installs what building, testing and the demo need on Debian 12. `setup.sh build` stops at what
-# the program needs; without an argument the tests' tools come too. Does nothing where all is there.
+# the program and the demo need; without an argument the tests' tools come too. Does nothing where all is there.
 set -euo pipefail
 
-build=(build-essential cmake ninja-build qtbase5-dev libsndfile1-dev libkissfft-dev)
-test=(libbenchmark-dev ebook2cw sox catdoc libxml2-utils)
+build=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-dev libkissfft-dev flac)
+test=(clang-format libbenchmark-dev libicu-dev ebook2cw sox catdoc libxml2-utils)
 
 packages=("${build[@]}")
 [ "${1:-all}" = build ] || packages+=("${test[@]}")

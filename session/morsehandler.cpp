@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "session/morsehandler.h"
 
+#include "files/ipcidentifier.h"
 #include "host/datetime.h"
 #include "host/trace.h"
 #include "host/valuelookup.h"
@@ -10,9 +11,11 @@
 
 #include <QDateTime>
 #include <QFile>
+#include <QScopeGuard>
 #include <QTextStream>
 
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -66,6 +69,7 @@ MorseHandler::MorseHandler()
     , m_nPreviousTimestamp(NO_TIMESTAMP)
     , m_nCurrentTimestamp(NO_TIMESTAMP)
     , m_pResultDataHandler(new TavikResultDataHandler(this, QStringLiteral("TAVIK")))
+    , m_unfinishedFiles(std::make_unique<UnfinishedFiles>())
 {
     m_pDateTime->setFormatString(QStringLiteral("hh:mm:ss.zzz"));
     m_pDateTime->setOffsetFromUTC(Vanth::DateTime::Local_TimeZone);
@@ -135,6 +139,15 @@ void MorseHandler::observe(Kind*& role, const QString& path)
     role->AddObserver(this);
 }
 
+// These are registered once more, as hosts have always seen it; a change is told once all the same.
+template <typename Kind>
+void MorseHandler::observeTwice(Kind*& role, const QString& path)
+{
+    observe(role, path);
+    if (role)
+        role->AddObserver(this);
+}
+
 template <typename Kind>
 Kind* MorseHandler::lookUpAgain(Kind*& role, const QString& path)
 {
@@ -195,17 +208,17 @@ void MorseHandler::SetTextDirectionRTL_ValuePath(const QString& path)
 
 void MorseHandler::SetFrequency_ValuePath(const QString& path)
 {
-    observe(m_pFrequency, path);
+    observeTwice(m_pFrequency, path);
 }
 
 void MorseHandler::SetModtype_ValuePath(const QString& path)
 {
-    observe(m_pModtype, path);
+    observeTwice(m_pModtype, path);
 }
 
 void MorseHandler::SetDecResult_ValuePath(const QString& path)
 {
-    observe(m_pDecResult, path);
+    observeTwice(m_pDecResult, path);
 }
 
 void MorseHandler::SetGenXmlTunerDemodulatorSettingsPath(const QString& path)
@@ -236,10 +249,7 @@ void MorseHandler::SetSaveDirectoryPath(const QString& directory, const QString&
 
 void MorseHandler::SetIpcIdentifier(const QString& id)
 {
-    QString tail = id.right(2);
-    if (tail.startsWith(QLatin1Char('0')))
-        tail = tail.right(1);
-    m_strIpcIdentifier = QStringLiteral("__SG") + id.left(1) + QStringLiteral("_IPC") + tail;
+    m_strIpcIdentifier = ipcIdentifier(id);
 }
 
 // Notifications.
@@ -402,10 +412,14 @@ void MorseHandler::ProcessSymbolList()
     ++m_arrivals;
     if (m_processing)
         return;
+    // An observer of the host that throws is not to stop the handler for good.
+    const auto done = qScopeGuard([this] {
+        m_processing = false;
+        m_arrivals = 0;
+    });
     m_processing = true;
     for (; m_arrivals > 0; --m_arrivals)
         processOldestSymbol();
-    m_processing = false;
 }
 
 void MorseHandler::processOldestSymbol()
@@ -443,27 +457,22 @@ void MorseHandler::ProcessNewChar(const QString& s)
     if (!text.isEmpty())
         appendToResult(text);
     publishText(text);
-    if (m_bSaveToFile) {
-        text += m_strErrorMarks;
-        m_strErrorMarks += QLatin1Char(' ');
-        SaveCodeAndText(m_strErrorMarks, text);
-    }
+    const QString marks = std::exchange(m_strErrorMarks, QString());
+    if (m_bSaveToFile)
+        SaveCodeAndText(marks + QLatin1Char(' '), text + marks);
     m_strCurrentSymbols.clear();
-    m_strErrorMarks.clear();
 }
 
 void MorseHandler::ProcessNewWord(const QString& s)
 {
     AddToSymbolBuffer(s);
-    QString text = m_pTranslator->DecodeMorse(m_strCurrentSymbols) + QLatin1Char(' ');
+    const QString text = m_pTranslator->DecodeMorse(m_strCurrentSymbols) + QLatin1Char(' ');
     appendToResult(text);
     publishText(text);
-    if (m_bSaveToFile) {
-        text += m_strErrorMarks;
-        SaveCodeAndText(m_strErrorMarks, text);
-    }
+    const QString marks = std::exchange(m_strErrorMarks, QString());
+    if (m_bSaveToFile)
+        SaveCodeAndText(marks, text + marks);
     m_strCurrentSymbols.clear();
-    m_strErrorMarks.clear();
 }
 
 void MorseHandler::ProcessNewLine(const QString& s)
@@ -480,11 +489,11 @@ void MorseHandler::ProcessNewLine(const QString& s)
     const QString start =
         QStringLiteral("[Start Time:  ") + m_pDateTime->toString() + QLatin1Char(']');
     const QString block = LINE_END + stop + LINE_END + start + LINE_END;
+    const QString marks = std::exchange(m_strErrorMarks, QString());
     if (m_bSaveToFile)
-        SaveCodeAndText(m_strErrorMarks, block);
+        SaveCodeAndText(marks, block);
     m_strCurrentSymbols.clear();
     m_bDigitMode = false;
-    m_strErrorMarks.clear();
 }
 
 void MorseHandler::publishText(const QString& text)
@@ -586,24 +595,27 @@ void MorseHandler::ProcessUpdateTunerDemodulatorSettings()
 
 SessionFile MorseHandler::codeFile()
 {
-    return {m_strCodeFileName, m_pCodeFile, m_pCodeStream, m_nCodeColumn, m_codeBacklog, nullptr};
+    return {m_strCodeFileName, m_pCodeFile,        m_pCodeStream, m_nCodeColumn,
+            m_codeBacklog,     *m_unfinishedFiles, nullptr};
 }
 
 SessionFile MorseHandler::textFile()
 {
-    return {m_strTextFileName, m_pTextFile, m_pTextStream, m_nTextColumn, m_textBacklog, "UTF-8"};
+    return {m_strTextFileName, m_pTextFile,        m_pTextStream, m_nTextColumn,
+            m_textBacklog,     *m_unfinishedFiles, "UTF-8"};
 }
 
-// The text first. The arguments are copies: publishing a file name may change the handler.
-void MorseHandler::SaveCodeAndText(QString code, QString text)
+// The text first. Whoever hears of the text or of a file name may switch saving off or end the
+// session, so each part asks again, and the arguments are none of the fields.
+void MorseHandler::SaveCodeAndText(const QString& code, const QString& text)
 {
-    if (!text.isEmpty()) {
+    if (!text.isEmpty() && m_bSaveToFile && m_bSessionActive) {
         PrepareSavingMorseText();
         OpenMorseText();
         if (m_pTextStream)
             sessionfile::write(textFile(), text);
     }
-    if (!code.isEmpty()) {
+    if (!code.isEmpty() && m_bSaveToFile && m_bSessionActive) {
         PrepareSavingMorseCode();
         OpenMorseCode();
         if (m_pCodeStream)

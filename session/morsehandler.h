@@ -11,11 +11,13 @@
 #include <QString>
 
 #include <list>
+#include <memory>
 
 class MorseTranslator;
 class QFile;
 class QTextStream;
 class TavikResultDataHandler;
+class UnfinishedFiles;
 struct SessionFile;
 namespace Vanth {
 class DateTime;
@@ -120,6 +122,8 @@ private:
     // Values: taking, leaving and finding them again.
     template <typename Kind>
     void observe(Kind*& role, const QString& path);
+    template <typename Kind>
+    void observeTwice(Kind*& role, const QString& path);
     template <typename Visitor>
     void visitObservedValues(Visitor visit);
     bool isObservedInAnyRole(const Observable* value);
@@ -144,7 +148,7 @@ private:
     void ProcessUpdateTunerDemodulatorSettings();
 
     // Session files.
-    void SaveCodeAndText(QString code, QString text);
+    void SaveCodeAndText(const QString& code, const QString& text);
     void CloseAllFiles();
     void PrepareSavingMorseCode();
     void PrepareSavingMorseText();
@@ -214,6 +218,7 @@ private:
     // What a full disk kept back.
     QString m_codeBacklog;
     QString m_textBacklog;
+    std::unique_ptr<UnfinishedFiles> m_unfinishedFiles;
     // Codes may arrive while one is processed.
     bool m_processing = false;
     int m_arrivals = 0;

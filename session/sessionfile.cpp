@@ -2,13 +2,14 @@
 #include "session/sessionfile.h"
 
 #include "files/hostpath.h"
+#include "host/trace.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QTextStream>
 
-namespace sessionfile {
+#include <utility>
 
 namespace {
 
@@ -19,32 +20,84 @@ constexpr int CHUNK_CHARACTERS = 4096;
 // Days of the fastest keying. A disk that stays full for longer loses what follows.
 constexpr int MAX_BACKLOG_CHARACTERS = 8 * 1024 * 1024;
 
-// Writes as much of the backlog as the disk takes.
-void writeBacklog(SessionFile session)
+// Each holds a descriptor.
+constexpr std::size_t MAX_UNFINISHED_FILES = 32;
+
+// Writes as much of the backlog as the disk takes. True when nothing is left.
+bool writeBacklog(QFile& file, QTextStream& stream, QString& backlog)
 {
     int written = 0;
-    while (written < session.backlog.size()) {
-        if (session.file->bytesToWrite() > 0 && !session.file->flush())
+    while (written < backlog.size()) {
+        if (file.bytesToWrite() > 0 && !file.flush())
             break;
-        *session.stream << session.backlog.mid(written, CHUNK_CHARACTERS);
-        session.stream->flush();
-        session.stream->resetStatus(); // or it would refuse all that follows
+        stream << backlog.mid(written, CHUNK_CHARACTERS);
+        stream.flush();
+        stream.resetStatus(); // or it would refuse all that follows
         written += CHUNK_CHARACTERS;
     }
-    session.backlog.remove(0, written);
+    backlog.remove(0, written);
+    return backlog.isEmpty() && file.bytesToWrite() == 0;
 }
 
+bool isWhole(QFile& file, QTextStream& stream, QString& backlog)
+{
+    return writeBacklog(file, stream, backlog) || (backlog.isEmpty() && file.flush());
+}
+
+void traceLoss(const QFile& file)
+{
+    traceMessage(QStringLiteral("The end of a session file is lost, the disk is full: ") +
+                     file.fileName(),
+                 QStringLiteral("tools\\morsehandler\\sessionfile"), __LINE__);
+}
+
+} // namespace
+
+struct UnfinishedFiles::Unfinished
+{
+    std::unique_ptr<QFile> file;
+    std::unique_ptr<QTextStream> stream; ///< goes before its file
+    QString backlog;
+};
+
+UnfinishedFiles::UnfinishedFiles() = default;
+
+UnfinishedFiles::~UnfinishedFiles()
+{
+    retry();
+    for (const Unfinished& lost : m_files)
+        traceLoss(*lost.file);
+}
+
+void UnfinishedFiles::keep(std::unique_ptr<QFile> file, std::unique_ptr<QTextStream> stream,
+                           const QString& backlog)
+{
+    m_files.push_back({std::move(file), std::move(stream), backlog});
+    if (m_files.size() > MAX_UNFINISHED_FILES) {
+        traceLoss(*m_files.front().file);
+        m_files.pop_front();
+    }
+}
+
+void UnfinishedFiles::retry()
+{
+    m_files.remove_if([](Unfinished& unfinished) {
+        return isWhole(*unfinished.file, *unfinished.stream, unfinished.backlog);
+    });
+}
+
+namespace sessionfile {
+
+namespace {
+
+// The stream goes before its file, which flushes and closes itself.
 void closeFile(SessionFile session)
 {
-    if (session.stream && session.file && session.file->isOpen()) {
-        writeBacklog(session);
-        session.file->flush();
-        session.file->close();
-    }
-    delete session.stream;
-    session.stream = nullptr;
-    delete session.file;
-    session.file = nullptr;
+    std::unique_ptr<QFile> file(std::exchange(session.file, nullptr));
+    std::unique_ptr<QTextStream> stream(std::exchange(session.stream, nullptr));
+    session.unfinished.retry();
+    if (file && stream && !isWhole(*file, *stream, session.backlog))
+        session.unfinished.keep(std::move(file), std::move(stream), session.backlog);
     session.backlog.clear();
 }
 
@@ -133,7 +186,8 @@ void write(SessionFile session, const QString& piece)
         session.column = 0;
     }
     session.column += static_cast<unsigned int>(piece.size());
-    writeBacklog(session);
+    session.unfinished.retry();
+    writeBacklog(*session.file, *session.stream, session.backlog);
 }
 
 void close(SessionFile session)

@@ -6,9 +6,32 @@
 #include <QString>
 
 #include <functional>
+#include <list>
+#include <memory>
 
 class QFile;
 class QTextStream;
+
+/// Files that were closed before a full disk had taken all of their text. They are written when it
+/// has room again; of more than a few the oldest are given up, with a trace.
+class UnfinishedFiles
+{
+public:
+    UnfinishedFiles();
+    /// Tries a last time.
+    ~UnfinishedFiles();
+    UnfinishedFiles(const UnfinishedFiles&) = delete;
+    UnfinishedFiles& operator=(const UnfinishedFiles&) = delete;
+
+    /// Takes the open file and its stream over.
+    void keep(std::unique_ptr<QFile> file, std::unique_ptr<QTextStream> stream,
+              const QString& backlog);
+    void retry();
+
+private:
+    struct Unfinished;
+    std::list<Unfinished> m_files; ///< the oldest in front
+};
 
 /// What tells the code file and the text file apart, and the state of one of them. The state
 /// belongs to the session handler; this is a view of it.
@@ -19,7 +42,8 @@ struct SessionFile
     QTextStream*& stream;
     unsigned int& column; ///< characters since the last line break
     QString& backlog;     ///< what could not be written yet
-    const char* codec;    ///< null for the stream's own
+    UnfinishedFiles& unfinished;
+    const char* codec; ///< null for the stream's own
 };
 
 namespace sessionfile {
@@ -48,7 +72,8 @@ QString frequencyText(double frequency_Hz);
 
 /// True when there is no name yet or the file has reached its limit.
 bool needsNewName(const SessionFile& session);
-/// Closes the file, if any, and begins anew at column 0; the name stays.
+/// Closes the file, if any, and begins anew at column 0; the name stays. Here and in `close`, a
+/// file that the disk has not taken whole goes to the unfinished ones.
 void begin(SessionFile session);
 /// Opens the file under its name, or under the next one that `makeName` sets. False when no name
 /// can be opened; then the file stays closed.

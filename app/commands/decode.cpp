@@ -20,7 +20,6 @@ namespace {
 
 constexpr int DEFAULT_RATE_HZ = 8000;
 constexpr int END_OF_CHARACTER = 3;
-constexpr int END_OF_WORD = 4;
 constexpr int END_OF_LINE = 5;
 
 // Text appears with every piece, so a piece is a small part of a character.
@@ -37,7 +36,7 @@ public:
 
     void transmissionStarted(std::int64_t time_us) override
     {
-        m_reception.time(time_us);
+        m_reception.beginTransmission(time_us);
         // The line that ends is closed here, where the time of the next one is known.
         if (m_hasEarlierOne)
             m_reception.symbol(END_OF_LINE);
@@ -46,8 +45,8 @@ public:
 
     void symbol(int code, std::int64_t time_us) override
     {
-        // What is decoded now carries the time of its own signal.
-        if (code == END_OF_CHARACTER || code == END_OF_WORD)
+        // What is decoded now, or was keyed badly, carries the time of its own signal.
+        if (code >= END_OF_CHARACTER)
             m_reception.time(time_us);
         m_reception.symbol(code);
     }

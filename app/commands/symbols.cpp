@@ -5,6 +5,7 @@
 #include "app/complain.h"
 #include "app/exitstatus.h"
 #include "app/input.h"
+#include "app/interrupt.h"
 #include "app/reception.h"
 
 #include <QByteArray>
@@ -22,7 +23,7 @@ namespace {
 
 constexpr int END_OF_LINE = 5;
 
-// More digits are no code; they are not collected either.
+// What is longer is no code, however it goes on.
 constexpr int MAX_WORD_BYTES = 64;
 
 // The words of a text, however it is cut into pieces, with the line that each stands on.
@@ -42,12 +43,13 @@ public:
                 m_size = m_input.read(m_buffer, sizeof m_buffer);
                 m_position = 0;
                 if (m_size == 0)
-                    return !word.isEmpty();
+                    return !word.isEmpty() && !isInterrupted();
             }
             const char c = m_buffer[m_position];
             if (std::isspace(static_cast<unsigned char>(c)) == 0) {
-                if (word.size() <= MAX_WORD_BYTES)
-                    word += c;
+                word += c;
+                if (word.size() > MAX_WORD_BYTES)
+                    return true;
             } else if (!word.isEmpty()) {
                 return true; // the blank is met again, and its line counted then
             } else if (c == '\n') {

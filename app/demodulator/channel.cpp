@@ -15,10 +15,17 @@ constexpr double START_DELAY_us = 2.0e6; // at the start of a transmission the s
 // Log likelihood of keying over noise that makes a signal a signal: noise reaches it once in e^25
 // tries, with some hundred tries a second.
 constexpr double CONFIRMING_GAIN = 25.0;
-constexpr double WEAKEST_RATIO = 0.35; // signal to noise of one step: -7.5 dB in 500 Hz
-constexpr double FOLLOW_us = 1.5e6;    // marks not older than this tell level and tone
+constexpr std::int64_t LEAST_MARKS = 2; // one may be a click
+constexpr double WEAKEST_RATIO = 0.35;  // signal to noise of one step: -7.5 dB in 500 Hz
+constexpr double LEVEL_SPAN_us = 3.0e6; // marks not older than this tell the level
+constexpr double TONE_SPAN_us = 3.0e6;  // and the tone
 constexpr double LEVEL_MEMORY_us = 0.5e6;
-constexpr double LARGEST_PULL_Hz = 0.5; // of the tone, per review
+constexpr double WEAK_RATIO = 3.0; // signal to noise of one step below which that takes longer
+constexpr double FASTEST_FADE_dB_per_s = 20.0;
+constexpr double TONE_MEMORY_s = 2.0;
+constexpr double LEAST_TONE_ERROR_Hz = 0.3;
+constexpr double STEEPEST_TONE_Hz_per_s = 1.0;
+constexpr double LARGEST_PULL_Hz = 1.0; // of the tone, per review
 
 } // namespace
 
@@ -36,6 +43,7 @@ Channel::Channel(const ToneCandidate& candidate, double rate_Hz, std::int64_t be
     level.noise = candidate.noise / m_baseband.stepSamples();
     m_weakest = WEAKEST_RATIO * level.noise;
     level.signal = std::max(candidate.level, m_weakest);
+    level.dot_steps = m_unit_steps;
     m_likelihood.setLevel(level);
 }
 
@@ -46,6 +54,12 @@ void Channel::setNoise(double noise)
     m_weakest = WEAKEST_RATIO * level.noise;
     level.signal = std::max(level.signal, m_weakest);
     m_likelihood.setLevel(level);
+}
+
+ToneCandidate Channel::heard() const
+{
+    const Level& level = m_likelihood.level();
+    return {m_baseband.tone_Hz(), level.signal, level.noise * m_baseband.stepSamples(), 0.0};
 }
 
 std::int64_t Channel::time_us(std::int64_t step) const
@@ -78,7 +92,7 @@ void Channel::finish()
 void Channel::review(bool last)
 {
     const std::int64_t now = m_likelihood.end();
-    const auto followed = static_cast<std::int64_t>(FOLLOW_us / m_stepDuration_us);
+    const auto followed = static_cast<std::int64_t>(TONE_SPAN_us / m_stepDuration_us);
     const std::int64_t since = m_confirmed ? std::min(m_committed, now - followed) : 0;
     const Path path = m_trellis.path(since);
     if (path.segments.empty())
@@ -90,15 +104,18 @@ void Channel::review(bool last)
         for (const Segment& segment : path.segments) {
             if (segment.kind == Kind::Carrier)
                 carrier = true;
-            else if (isMark(segment.kind) && ++marks == 1)
+            else if (isMark(segment.kind) && &segment != &path.segments.back() && ++marks == 1)
                 m_firstMark = m_origin + segment.begin_step;
         }
         m_gain = path.gain;
-        m_confirmed = path.complete && path.gain > CONFIRMING_GAIN && !carrier && marks > 0;
+        m_confirmed =
+            path.complete && path.gain > CONFIRMING_GAIN && !carrier && marks >= LEAST_MARKS;
     }
     for (const Segment& segment : path.segments) {
-        if (isMark(segment.kind))
+        if (isMark(segment.kind)) {
             m_lastMark = m_origin + segment.end_step;
+            m_unit_steps = segment.unit_steps;
+        }
     }
     follow(path);
     if (m_confirmed && m_released)
@@ -107,47 +124,87 @@ void Channel::review(bool last)
 
 void Channel::follow(const Path& path)
 {
+    followLevel(path);
+    followTone(path);
+}
+
+void Channel::followLevel(const Path& path)
+{
     const std::int64_t now = m_likelihood.end();
     Level level = m_likelihood.level();
+    // What is weak has to be averaged for longer.
+    const double weakness = std::clamp(WEAK_RATIO * level.noise / level.signal, 1.0, 6.0);
+    const double memory_us = LEVEL_MEMORY_us * weakness;
     double signal = 0.0;
     double weights = 0.0;
-    double tones = 0.0;
-    double toneWeights = 0.0;
     for (const Segment& segment : path.segments) {
-        if (!isMark(segment.kind) || segment.end_step == now)
+        if (!isMark(segment.kind) || segment.end_step == now || tooOld(segment, LEVEL_SPAN_us))
             continue;
         const double age_us = static_cast<double>(now - segment.end_step) * m_stepDuration_us;
-        if (age_us > FOLLOW_us || now - segment.begin_step > MarkLikelihood::KEPT_STEPS / 2)
-            continue;
         const auto length = static_cast<double>(segment.end_step - segment.begin_step);
         const double magnitude = std::abs(m_likelihood.sum(segment.begin_step, segment.end_step));
-        const double weight = length * std::exp(-age_us / LEVEL_MEMORY_us);
+        const double weight = length * std::exp(-age_us / memory_us);
         signal += weight * (magnitude * magnitude / (length * length) - level.noise / length);
         weights += weight;
-
-        const std::int64_t lag =
-            std::max<std::int64_t>(1, (segment.end_step - segment.begin_step) / 3);
-        const std::complex<double> turn =
-            m_likelihood.advance(segment.begin_step, segment.end_step, lag);
-        if (std::abs(turn) > 0.0) {
-            const double mixed_Hz = m_tones[static_cast<std::size_t>(
-                ((segment.begin_step + segment.end_step) / 2) % MarkLikelihood::KEPT_STEPS)];
-            const double offset_Hz =
-                std::arg(turn) / (2.0 * PI * static_cast<double>(lag)) * 1e6 / m_stepDuration_us;
-            const double toneWeight = std::abs(turn) * static_cast<double>(lag * lag);
-            tones += toneWeight * (mixed_Hz + offset_Hz);
-            toneWeights += toneWeight;
-        }
     }
     if (weights > 0.0) {
-        level.signal = std::max(signal / weights, m_weakest);
+        // A mark that was put together wrongly looks weak: fading is slower than that.
+        const double least = level.signal * std::pow(10.0, -0.1 * FASTEST_FADE_dB_per_s * 1e-6 *
+                                                               m_stepDuration_us * REVIEW_STEPS);
+        level.signal = std::max({signal / weights, least, m_weakest});
+        level.dot_steps = m_unit_steps;
         m_likelihood.setLevel(level);
     }
-    if (toneWeights > 0.0) {
-        const double pull_Hz = tones / toneWeights - m_baseband.tone_Hz();
-        m_baseband.setTone(m_baseband.tone_Hz() +
-                           std::clamp(0.3 * pull_Hz, -LARGEST_PULL_Hz, LARGEST_PULL_Hz));
+}
+
+// The tone now, from the tones of the last marks: a straight line through them, each weighted with
+// how well it is known, its slope held near zero.
+void Channel::followTone(const Path& path)
+{
+    const std::int64_t now = m_likelihood.end();
+    const double step_s = m_stepDuration_us / 1e6;
+    const double noise = std::max(m_likelihood.level().noise, m_likelihood.level().signal / 100.0);
+    double s0 = 0.0;
+    double s1 = 0.0;
+    double s2 = 1.0 / (STEEPEST_TONE_Hz_per_s * STEEPEST_TONE_Hz_per_s);
+    double t0 = 0.0;
+    double t1 = 0.0;
+    for (const Segment& segment : path.segments) {
+        if (!isMark(segment.kind) || segment.end_step == now || tooOld(segment, TONE_SPAN_us))
+            continue;
+        const std::int64_t length = segment.end_step - segment.begin_step;
+        const std::int64_t lag = std::max<std::int64_t>(1, length / 3);
+        const std::complex<double> turn =
+            m_likelihood.advance(segment.begin_step, segment.end_step, lag);
+        if (!(std::abs(turn) > 0.0))
+            continue;
+        const std::int64_t middle = (segment.begin_step + segment.end_step) / 2;
+        const double mixed_Hz =
+            m_tones[static_cast<std::size_t>(middle % MarkLikelihood::KEPT_STEPS)];
+        const double perHertz = 2.0 * PI * static_cast<double>(lag) * step_s;
+        const double offset_Hz = mixed_Hz + std::arg(turn) / perHertz - m_baseband.tone_Hz();
+        const double age_s = static_cast<double>(middle - now) * step_s;
+        const double information = std::abs(turn) / noise * perHertz * perHertz;
+        const double weight = std::exp(age_s / TONE_MEMORY_s) /
+                              (LEAST_TONE_ERROR_Hz * LEAST_TONE_ERROR_Hz + 1.0 / information);
+        s0 += weight;
+        s1 += weight * age_s;
+        s2 += weight * age_s * age_s;
+        t0 += weight * offset_Hz;
+        t1 += weight * offset_Hz * age_s;
     }
+    if (s0 > 0.0) {
+        const double pull_Hz = (t0 * s2 - t1 * s1) / (s0 * s2 - s1 * s1);
+        m_baseband.setTone(m_baseband.tone_Hz() +
+                           std::clamp(0.5 * pull_Hz, -LARGEST_PULL_Hz, LARGEST_PULL_Hz));
+    }
+}
+
+bool Channel::tooOld(const Segment& segment, double span_us) const
+{
+    const std::int64_t now = m_likelihood.end();
+    return static_cast<double>(now - segment.end_step) * m_stepDuration_us > span_us ||
+           now - segment.begin_step > MarkLikelihood::KEPT_STEPS / 2;
 }
 
 void Channel::commit(const Path& path, bool last)
@@ -162,38 +219,33 @@ void Channel::commit(const Path& path, bool last)
     for (const Segment& segment : path.segments) {
         const bool open = &segment == &path.segments.back();
         const double unit_us = segment.unit_steps * m_stepDuration_us;
-        if (open) {
-            if (!isMark(segment.kind) && segment.begin_step <= decided &&
-                segment.begin_step >= m_committed) {
-                const auto length = static_cast<double>(segment.end_step - segment.begin_step);
-                m_classifier.gapSoFar(length * m_stepDuration_us, unit_us,
-                                      m_keying.characterThreshold(), m_keying.wordThreshold());
-            }
-            break;
-        }
-        if (segment.begin_step < m_committed)
+        const auto length = static_cast<double>(segment.end_step - segment.begin_step);
+        // Where a mark or space begins may still move a little: what lies mostly before the end of
+        // the last mark that was given has been given.
+        if ((segment.begin_step + segment.end_step) / 2 < m_committed)
             continue;
-        const double units =
-            static_cast<double>(segment.end_step - segment.begin_step) / segment.unit_steps;
         if (isMark(segment.kind)) {
-            if (segment.end_step > decided)
+            if (open || segment.end_step > decided)
                 break;
+            if (m_pendingGap) {
+                m_keying.learn(m_pendingGap->kind, m_pendingGap->units);
+                m_pendingGap.reset();
+            }
             m_classifier.mark(segment.kind, time_us(segment.begin_step), time_us(segment.end_step),
                               unit_us);
-            m_keying.learn(segment.kind, units);
+            m_keying.learn(segment.kind, length / segment.unit_steps);
             m_committed = segment.end_step;
-        } else {
-            if (segment.begin_step > decided)
-                break;
-            if (static_cast<double>(segment.end_step - segment.begin_step) * m_stepDuration_us >
-                Classifier::endingSilence_us(unit_us)) {
-                m_classifier.stop();
-                break;
-            }
-            m_classifier.gap(segment.kind);
-            m_keying.learn(segment.kind, units);
-            m_committed = segment.end_step;
+            continue;
         }
+        if (segment.begin_step > decided)
+            break;
+        if (open || length * m_stepDuration_us > Classifier::endingSilence_us(unit_us)) {
+            m_classifier.gapSoFar(length * m_stepDuration_us, unit_us,
+                                  m_keying.characterThreshold(), m_keying.wordThreshold());
+            break;
+        }
+        m_classifier.gap(segment.kind);
+        m_pendingGap = Gap{segment.kind, length / segment.unit_steps};
     }
     const auto since = static_cast<std::int64_t>(0.5e6 / m_stepDuration_us);
     if (m_committed > m_learnt && now >= m_learnt + since) {

@@ -36,7 +36,12 @@ public:
     /// First and last mark of the path found so far, as samples of the history.
     std::int64_t firstMark_sample() const { return m_firstMark * m_baseband.stepSamples(); }
     std::int64_t lastMark_sample() const { return m_lastMark * m_baseband.stepSamples(); }
+    /// Length of a dot at the end of the path.
+    double unit_s() const { return m_unit_steps * m_stepDuration_us / 1e6; }
     double tone_Hz() const { return m_baseband.tone_Hz(); }
+
+    /// Tone, level and noise as they are known now.
+    ToneCandidate heard() const;
 
     /// From now on the decisions go to the sink.
     void release() { m_released = true; }
@@ -46,6 +51,9 @@ public:
 private:
     void review(bool last);
     void follow(const Path& path);
+    void followLevel(const Path& path);
+    void followTone(const Path& path);
+    bool tooOld(const Segment& segment, double span_us) const;
     void commit(const Path& path, bool last);
     std::int64_t time_us(std::int64_t step) const;
 
@@ -56,11 +64,18 @@ private:
     Classifier m_classifier;
 
     double m_stepDuration_us;
-    std::int64_t m_origin; // baseband step of step 0 of the likelihood
-    std::int64_t m_committed = 0;
+    std::int64_t m_origin;        // baseband step of step 0 of the likelihood
+    std::int64_t m_committed = 0; // end of the last mark given
+    struct Gap
+    {
+        Kind kind;
+        double units;
+    };
+    std::optional<Gap> m_pendingGap; // the gap after it, as it looked last
     std::int64_t m_firstMark = 0;
     std::int64_t m_lastMark = 0;
     std::int64_t m_learnt = 0;
+    double m_unit_steps = 15.0;
     double m_weakest; // level of the weakest signal to look for
     double m_gain = 0.0;
     bool m_confirmed = false;

@@ -17,16 +17,21 @@ namespace demodulator {
 namespace {
 
 constexpr double LOWEST_RATE_Hz = 4000.0;
-constexpr double HIGHEST_RATE_Hz = 192000.0;
+constexpr double HIGHEST_RATE_Hz = 768000.0;
 constexpr double LOWEST_TONE_Hz = 150.0;
 constexpr double HIGHEST_TONE_Hz = 3500.0;
 constexpr double TOLD_TONE_TOLERANCE_Hz = 50.0;
 constexpr double HISTORY_s = 8.0;
-constexpr double HEARD_AGAIN_s = 6.0;    // of what came before a signal was noticed
+constexpr double HEARD_AGAIN_s = 6.0; // of what came before a signal was noticed
+constexpr double HEARD_FIRST_s = 2.0; // of a signal before it is given
+constexpr double BEFORE_FIRST_s = 0.3;
 constexpr double SEARCH_s = 3.0;         // span in which a tone is looked for
 constexpr int SEARCH_HOPS = 8;           // a search every 256 ms
 constexpr double CANDIDATE_LIFE_s = 5.0; // a candidate that is not confirmed by then is dropped
-constexpr double RIVAL_SILENCE_s = 0.6;  // another signal may take over after such a silence
+// Another signal may take over after a silence of so long, longer than any gap between words.
+constexpr double RIVAL_SILENCE_s = 0.6;
+constexpr double RIVAL_SILENCE_units = 10.0;
+constexpr double OWN_TONE_Hz = 12.0; // so near, it is the signal itself that goes on
 constexpr double SAME_TONE_Hz = 25.0;
 constexpr double NOISE_SPAN_s = 4.0;
 
@@ -78,7 +83,7 @@ public:
         consume();
         if (!m_active)
             search(std::numeric_limits<double>::infinity());
-        if (!m_active && m_candidate && m_candidate->confirmed())
+        if (m_candidate && m_candidate->confirmed() && takesOver())
             promote();
         if (m_active)
             m_active->finish();
@@ -122,20 +127,29 @@ private:
                 m_active->setNoise(m_finder.noiseNear(m_active->tone_Hz(), framesIn(NOISE_SPAN_s)));
             search(CANDIDATE_LIFE_s);
         }
-        if (m_candidate && m_candidate->confirmed()) {
-            if (!m_active)
-                promote();
-            else if (m_candidate->firstMark_sample() > m_active->lastMark_sample()) {
-                m_active->finish();
-                promote();
-            }
-        }
+        if (m_candidate && m_candidate->confirmed() && takesOver() &&
+            m_history.end() - m_candidate->firstMark_sample() > samplesIn(HEARD_FIRST_s))
+            promote();
     }
 
+    bool takesOver() const
+    {
+        return !m_active || m_candidate->firstMark_sample() > m_active->lastMark_sample();
+    }
+
+    // By now tone and level are known far better than when the candidate was noticed, so that its
+    // signal is heard a second time from its beginning.
     void promote()
     {
-        m_active = std::move(m_candidate);
+        if (m_active)
+            m_active->finish();
+        const std::int64_t begin =
+            std::max(m_candidateSince, m_candidate->firstMark_sample() - samplesIn(BEFORE_FIRST_s));
+        m_active = std::make_unique<Channel>(m_candidate->heard(), m_rate_Hz, begin,
+                                             m_settings.speed_wpm, m_sink);
+        m_candidate.reset();
         m_active->release();
+        m_active->process(m_history);
     }
 
     // Looks for a signal where there is none under way, or where that one is silent.
@@ -146,7 +160,8 @@ private:
         std::int64_t frames = framesIn(SEARCH_s);
         if (m_active) {
             const std::int64_t silence = now - m_active->lastMark_sample();
-            if (silence < samplesIn(RIVAL_SILENCE_s)) {
+            if (silence <
+                samplesIn(std::max(RIVAL_SILENCE_s, RIVAL_SILENCE_units * m_active->unit_s()))) {
                 m_candidate.reset();
                 return;
             }
@@ -162,7 +177,7 @@ private:
             highest_Hz = *m_settings.tone_Hz + TOLD_TONE_TOLERANCE_Hz;
         }
         const auto found = m_finder.find(frames, lowest_Hz, highest_Hz);
-        if (!found)
+        if (!found || (m_active && std::fabs(m_active->tone_Hz() - found->tone_Hz) < OWN_TONE_Hz))
             return;
         if (m_candidate && (std::fabs(m_candidate->tone_Hz() - found->tone_Hz) < SAME_TONE_Hz ||
                             found->level < 2.0 * m_candidateLevel))
@@ -170,6 +185,7 @@ private:
         m_candidate =
             std::make_unique<Channel>(*found, m_rate_Hz, since, m_settings.speed_wpm, m_sink);
         m_candidateBegin = now;
+        m_candidateSince = since;
         m_candidateLevel = found->level;
         m_candidate->process(m_history);
     }
@@ -184,7 +200,8 @@ private:
     std::vector<float> m_waiting;
     std::unique_ptr<Channel> m_active;    // has a confirmed signal and speaks
     std::unique_ptr<Channel> m_candidate; // listens to what may be one
-    std::int64_t m_candidateBegin = 0;
+    std::int64_t m_candidateBegin = 0;    // when it was noticed
+    std::int64_t m_candidateSince = 0;    // where it began to listen
     double m_candidateLevel = 0.0;
 };
 

@@ -8,12 +8,20 @@ namespace demodulator {
 
 namespace {
 
-// The amplitude of a single mark, relative to that followed, and the logarithm of its probability.
-constexpr double AMPLITUDES[3] = {0.62, 1.0, 1.5};
-constexpr double WEIGHTS[3] = {-1.4, -0.7, -1.6};
+// Amplitudes that a single mark may have, relative to the level followed.
+constexpr double AMPLITUDES[] = {0.62, 1.0, 1.5};
+// Log probability of each but the middle one. Of weak signals only the middle one is believed:
+// noise finds in every freedom a way to look like a mark.
+constexpr double FREEDOM = -1.4;
+constexpr double FREE_RATIO = 60.0;     // signal to noise of one dot that leaves that freedom
+constexpr double LOSS_OF_FREEDOM = 4.3; // for each e-fold below it
+
 // A strong signal is not trusted beyond this signal-to-noise ratio of one step: rising edges,
 // fading and clicks are no noise that the model knows, and lengths have to count beside levels.
-constexpr double LARGEST_RATIO = 3.0;
+constexpr double LARGEST_RATIO = 8.0;
+
+constexpr std::int64_t LEAST_HALVED_LENGTH = 12;
+constexpr double PHASE_DRIFT = 3.0; // logarithm of how improbable a drift of phase is
 
 } // namespace
 
@@ -33,20 +41,32 @@ MarkLikelihood::MarkLikelihood()
 {
 }
 
+void MarkLikelihood::setLevel(const Level& level)
+{
+    m_level = level;
+    const double ratio = level.dot_steps * level.signal / std::max(level.noise, 1e-30);
+    const double freedom =
+        FREEDOM + LOSS_OF_FREEDOM * std::min(0.0, std::log(std::max(ratio, 1e-3) / FREE_RATIO));
+    m_logProbabilities[0] = freedom;
+    m_logProbabilities[1] = std::log1p(-2.0 * std::exp(freedom));
+    m_logProbabilities[2] = freedom;
+}
+
 void MarkLikelihood::push(std::complex<double> step)
 {
-    const auto size = static_cast<std::int64_t>(m_sums.size());
     m_steps[static_cast<std::size_t>(m_end % KEPT_STEPS)] = step;
-    m_sums[static_cast<std::size_t>((m_end + 1) % size)] =
-        m_sums[static_cast<std::size_t>(m_end % size)] + step;
+    const double noise = std::max({m_level.noise, m_level.signal / LARGEST_RATIO, 1e-30});
+    Sums next = sums(m_end);
+    next.plain += step;
+    next.weighted += step * (std::sqrt(m_level.signal) / noise);
+    next.energy += m_level.signal / noise;
     ++m_end;
+    m_sums[static_cast<std::size_t>(m_end % (KEPT_STEPS + 1))] = next;
 }
 
 std::complex<double> MarkLikelihood::sum(std::int64_t begin, std::int64_t end) const
 {
-    const auto size = static_cast<std::int64_t>(m_sums.size());
-    return m_sums[static_cast<std::size_t>(end % size)] -
-           m_sums[static_cast<std::size_t>(begin % size)];
+    return sums(end).plain - sums(begin).plain;
 }
 
 std::complex<double> MarkLikelihood::advance(std::int64_t begin, std::int64_t end,
@@ -60,27 +80,26 @@ std::complex<double> MarkLikelihood::advance(std::int64_t begin, std::int64_t en
     return result;
 }
 
-void MarkLikelihood::setLevel(const Level& level)
-{
-    m_level = level;
-    const double noise = std::max({level.noise, level.signal / LARGEST_RATIO, 1e-30});
-    for (int i = 0; i < 3; ++i) {
-        const double amplitude = AMPLITUDES[i] * std::sqrt(level.signal);
-        m_energyPerStep[i] = amplitude * amplitude / noise;
-        m_slope[i] = 2.0 * amplitude / noise;
-        m_weight[i] = WEIGHTS[i];
-    }
-}
-
 float MarkLikelihood::ratio(std::int64_t length) const
 {
     if (length > m_end)
         return -1e9F;
-    const double magnitude = std::abs(sum(m_end - length, m_end));
+    const Sums& begin = sums(m_end - length);
+    const Sums& end = sums(m_end);
+    double magnitude = 2.0 * std::abs(end.weighted - begin.weighted);
+    if (m_level.signal > LARGEST_RATIO * m_level.noise && length >= LEAST_HALVED_LENGTH) {
+        // Of a strong signal the phase may drift: chirp and a tone that is not quite hit are no
+        // reason to doubt a mark.
+        const Sums& middle = sums(m_end - length / 2);
+        magnitude = std::max(magnitude, 2.0 * (std::abs(end.weighted - middle.weighted) +
+                                               std::abs(middle.weighted - begin.weighted)) -
+                                            PHASE_DRIFT);
+    }
+    const double energy = end.energy - begin.energy;
     double best = -1e9;
-    for (int i = 0; i < 3; ++i) {
-        best = std::max(best, m_weight[i] - static_cast<double>(length) * m_energyPerStep[i] +
-                                  logBesselI0(m_slope[i] * magnitude));
+    for (std::size_t i = 0; i < 3; ++i) {
+        best = std::max(best, m_logProbabilities[i] - AMPLITUDES[i] * AMPLITUDES[i] * energy +
+                                  logBesselI0(AMPLITUDES[i] * magnitude));
     }
     return static_cast<float>(best);
 }

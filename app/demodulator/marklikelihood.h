@@ -12,8 +12,9 @@ namespace demodulator {
 /// What is known of a signal and its surroundings.
 struct Level
 {
-    double signal = 0.0; ///< square of half the key-down amplitude
-    double noise = 0.0;  ///< variance that one step adds to a sum of steps
+    double signal = 0.0;     ///< square of half the key-down amplitude
+    double noise = 0.0;      ///< variance that one step adds to a sum of steps
+    double dot_steps = 15.0; ///< length of a dot, roughly
 };
 
 class MarkLikelihood
@@ -23,6 +24,10 @@ public:
 
     /// Steps are kept for this long.
     static constexpr std::int64_t KEPT_STEPS = 4096;
+
+    /// The level expected of the steps that follow.
+    void setLevel(const Level& level);
+    const Level& level() const { return m_level; }
 
     void push(std::complex<double> step);
     /// Steps heard so far; lengths are counted back from here.
@@ -34,21 +39,29 @@ public:
     /// the advance of phase in `lag` steps.
     std::complex<double> advance(std::int64_t begin, std::int64_t end, std::int64_t lag) const;
 
-    void setLevel(const Level& level);
-    const Level& level() const { return m_level; }
-
     /// Natural logarithm of the likelihood ratio of a mark of `length` steps that ends here, its
     /// phase unknown, its amplitude known roughly.
     float ratio(std::int64_t length) const;
 
 private:
+    // Sums over all steps before one. Each step is weighted with the level expected when it came,
+    // so that all ways to cut the steps into marks are judged by the same evidence.
+    struct Sums
+    {
+        std::complex<double> plain;
+        std::complex<double> weighted; // by amplitude over noise
+        double energy = 0.0;           // of the expected amplitude, over noise
+    };
+    const Sums& sums(std::int64_t step) const
+    {
+        return m_sums[static_cast<std::size_t>(step % (KEPT_STEPS + 1))];
+    }
+
     std::vector<std::complex<double>> m_steps; // ring
-    std::vector<std::complex<double>> m_sums;  // ring: sum of all steps before
+    std::vector<Sums> m_sums;                  // ring
     std::int64_t m_end = 0;
     Level m_level;
-    double m_energyPerStep[3] = {0, 0, 0}; // per hypothesis of the amplitude
-    double m_slope[3] = {0, 0, 0};
-    double m_weight[3] = {0, 0, 0};
+    double m_logProbabilities[3] = {0.0, 0.0, 0.0}; // of the amplitudes of a mark
 };
 
 /// Logarithm of the modified Bessel function I0.

@@ -16,7 +16,7 @@ constexpr std::int64_t KEPT_FRAMES = 256; // 8 s
 constexpr double NOISE_NEAREST_Hz = 40.0; // the tone itself ends here
 constexpr double NOISE_WIDTH_Hz = 200.0;  // narrow receiver filters end here
 // Power of noise alone varies as much as its mean (1); a carrier in noise up to twice.
-constexpr double LEAST_SWING = 2.0;
+constexpr double LEAST_SWING = 2.6;
 constexpr double LEAST_EXCESS = 1.6; // mean power over that of the surroundings
 
 } // namespace
@@ -101,8 +101,7 @@ double ToneFinder::noiseNear(double tone_Hz, std::int64_t count) const
 }
 
 std::optional<ToneCandidate> ToneFinder::find(std::int64_t count, double lowest_Hz,
-                                              double highest_Hz, std::optional<double> known_Hz,
-                                              double spared_Hz) const
+                                              double highest_Hz) const
 {
     count = std::min({count, m_frames, KEPT_FRAMES});
     if (count < 4)
@@ -124,9 +123,6 @@ std::optional<ToneCandidate> ToneFinder::find(std::int64_t count, double lowest_
     std::size_t best = mean.size();
     for (std::size_t i = 1; i + 1 < mean.size(); ++i) {
         variance[i] /= static_cast<float>(count);
-        const double tone_Hz = static_cast<double>(first + i) * binWidth_Hz;
-        if (known_Hz && std::fabs(tone_Hz - *known_Hz) < spared_Hz)
-            continue;
         if (best == mean.size() || variance[i] > variance[best])
             best = i;
     }

@@ -36,11 +36,9 @@ public:
     void push(const float* samples);
     std::int64_t frames() const { return m_frames; }
 
-    /// The strongest keyed tone over the newest `count` frames between two frequencies, leaving out
-    /// `spared_Hz` of both sides of a tone that is known already.
-    std::optional<ToneCandidate> find(std::int64_t count, double lowest_Hz, double highest_Hz,
-                                      std::optional<double> known_Hz = {},
-                                      double spared_Hz = 0.0) const;
+    /// The strongest keyed tone over the newest `count` frames between two frequencies.
+    std::optional<ToneCandidate> find(std::int64_t count, double lowest_Hz,
+                                      double highest_Hz) const;
 
     /// Noise power of one sample as ToneCandidate::noise, near any tone, over the newest frames.
     double noiseNear(double tone_Hz, std::int64_t count) const;

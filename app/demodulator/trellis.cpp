@@ -14,7 +14,8 @@ constexpr float START = -8.0F;  // log probability that a signal begins at some 
 constexpr float RESUME = -6.0F; // that it goes on after a silence
 constexpr float SPEED_CHANGE[] = {0.0F, -3.0F, -6.0F}; // to speeds so far away, at any gap
 constexpr float CARRIER = -15.0F;                      // that a mark becomes a steady tone
-constexpr std::int64_t CARRIER_BLOCK = 16;             // steps
+constexpr float CARRIER_GOES_ON = 2.5F;    // phase and amplitude of a block are known from the last
+constexpr std::int64_t CARRIER_BLOCK = 32; // steps
 constexpr std::int64_t RENORMALISE_STEPS = 512;
 
 } // namespace
@@ -29,12 +30,15 @@ Trellis::Trellis(const Keying& keying, const MarkLikelihood& likelihood)
     , m_lastMark(keying.speeds(), -KEPT_STEPS)
     , m_lastGap(keying.speeds(), -KEPT_STEPS)
     , m_idle(KEPT_STEPS)
+    , m_bestGap(KEPT_STEPS)
     , m_carrier(KEPT_STEPS / CARRIER_BLOCK)
     , m_entering(keying.speeds())
     , m_enteringLength(keying.speeds())
 {
     for (Carrier& carrier : m_carrier)
         carrier.score = IMPOSSIBLE;
+    for (Entry& entry : m_bestGap)
+        entry.score = IMPOSSIBLE;
 }
 
 void Trellis::computeRatios(std::int64_t now)
@@ -74,13 +78,16 @@ void Trellis::advance()
     const bool blockEnds = now % CARRIER_BLOCK == 0;
     if (blockEnds) {
         Carrier carrier = m_carrier[(block + m_carrier.size() - 1) % m_carrier.size()];
-        const std::int64_t from = now - CARRIER_BLOCK;
-        for (std::size_t speed = 0; speed < speeds; ++speed) {
-            const float score = m_gap[cell(speed, from)] + CARRIER;
-            if (from % m_keying.table(speed).stride == 0 && score > carrier.score)
-                carrier = {score, static_cast<std::int16_t>(speed), from};
+        carrier.score += m_likelihood.ratio(CARRIER_BLOCK) + CARRIER_GOES_ON;
+        for (std::int64_t length = CARRIER_BLOCK; length < 2 * CARRIER_BLOCK; ++length) {
+            const Entry& entry = m_bestGap[slot(now - length)];
+            if (entry.score <= IMPOSSIBLE)
+                continue;
+            const float score = entry.score + CARRIER + m_likelihood.ratio(length);
+            if (score > carrier.score)
+                carrier = {score, entry.speed, now - length};
         }
-        carrier.score = std::max(IMPOSSIBLE, carrier.score + m_likelihood.ratio(CARRIER_BLOCK));
+        carrier.score = std::max(IMPOSSIBLE, carrier.score);
         if (now - carrier.begin > KEPT_STEPS / 2)
             carrier.begin = now - KEPT_STEPS / 2;
         m_carrier[block] = carrier;
@@ -144,6 +151,7 @@ void Trellis::advance()
     m_idle[slot(now)] = idle;
     best = std::max(best, idle.score);
 
+    Entry bestGap = {IMPOSSIBLE, 0};
     for (std::size_t speed = 0; speed < speeds; ++speed) {
         const DurationTable& table = m_keying.table(speed);
         if (now % table.stride != 0)
@@ -184,7 +192,10 @@ void Trellis::advance()
             gap = IMPOSSIBLE;
         else
             m_lastGap[speed] = now;
+        if (gap > bestGap.score)
+            bestGap = {gap, static_cast<std::int16_t>(speed)};
     }
+    m_bestGap[slot(now)] = bestGap;
     if (now % RENORMALISE_STEPS == 0)
         renormalise();
 }
@@ -203,6 +214,8 @@ void Trellis::renormalise()
     std::for_each(m_gap.begin(), m_gap.end(), lower);
     for (Idle& idle : m_idle)
         lower(idle.score);
+    for (Entry& entry : m_bestGap)
+        lower(entry.score);
     for (Carrier& carrier : m_carrier)
         lower(carrier.score);
 }
@@ -253,10 +266,12 @@ Path Trellis::path(std::int64_t since_step) const
     }
     const Carrier& carrier =
         m_carrier[static_cast<std::size_t>(m_now / CARRIER_BLOCK) % m_carrier.size()];
+    const std::int64_t sinceBlock = m_now % CARRIER_BLOCK;
+    const float steady = carrier.score + (sinceBlock > 0 ? m_likelihood.ratio(sinceBlock) : 0.0F);
     Path path;
     const auto unit = [&](std::size_t index) { return m_keying.table(index).unit_steps; };
-    if (carrier.score > best) {
-        best = carrier.score;
+    if (steady > best) {
+        best = steady;
         state = State::AfterGap;
         speed = static_cast<std::size_t>(carrier.speed);
         at = carrier.begin;

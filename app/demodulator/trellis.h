@@ -61,6 +61,11 @@ private:
         std::int16_t speed = -1; // of the path that ended in this silence, -1: never any
         std::int64_t markEnd = 0;
     };
+    struct Entry
+    {
+        float score = 0.0F;
+        std::int16_t speed = 0;
+    };
     struct Carrier
     {
         float score = 0.0F;
@@ -88,6 +93,7 @@ private:
     std::vector<GapBack> m_gapBack;
     std::vector<std::int64_t> m_lastMark, m_lastGap; // step of the last score that counts
     std::vector<Idle> m_idle;                        // by step
+    std::vector<Entry> m_bestGap;                    // by step: best gap that ends there
     std::vector<Carrier> m_carrier;                  // by block
     std::vector<float> m_entering;                   // best gap that ends now, by speed
     std::vector<std::int16_t> m_enteringLength;

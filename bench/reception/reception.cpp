@@ -44,7 +44,8 @@ std::string decode(const reception::Recording& recording, bool told)
     return testsupport::textOfCodes(sink.codes);
 }
 
-int measure(const std::string& set, const std::string& only, bool show, bool told)
+int measure(const std::string& set, const std::string& only, const std::string& onlyKind, bool show,
+            bool told)
 {
     double signal_s = 0.0;
     double spent_s = 0.0;
@@ -57,6 +58,8 @@ int measure(const std::string& set, const std::string& only, bool show, bool tol
         int count = 0;
         for (const std::string& seed : reception::seeds(set)) {
             for (const std::string& kind : reception::kinds()) {
+                if (!onlyKind.empty() && kind != onlyKind)
+                    continue;
                 const reception::Recording recording = reception::record(condition, kind, seed);
                 const auto begin = std::chrono::steady_clock::now();
                 const std::string received = decode(recording, told);
@@ -109,6 +112,7 @@ int main(int argc, char** argv)
     const std::string command = argc > 1 ? argv[1] : "";
     std::string set = "tune";
     std::string only;
+    std::string kind;
     bool show = false;
     bool told = false;
     for (int i = 2; i < argc; ++i) {
@@ -116,13 +120,15 @@ int main(int argc, char** argv)
             set = argv[++i];
         else if (std::strcmp(argv[i], "--only") == 0 && i + 1 < argc)
             only = argv[++i];
+        else if (std::strcmp(argv[i], "--kind") == 0 && i + 1 < argc)
+            kind = argv[++i];
         else if (std::strcmp(argv[i], "--show") == 0)
             show = true;
         else if (std::strcmp(argv[i], "--told") == 0)
             told = true;
     }
     if (command == "measure")
-        return measure(set, only, show, told);
+        return measure(set, only, kind, show, told);
     if (command == "noise")
         return pureNoise(600.0, set);
     std::fprintf(stderr,

@@ -128,6 +128,7 @@ private Q_SLOTS:
         QTest::newRow("ogg") << "x.ogg" << (SF_FORMAT_OGG | SF_FORMAT_VORBIS) << 16000.0;
         QTest::newRow("mp3") << "x.mp3" << (SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III) << 48000.0;
         QTest::newRow("high rate") << "x.wav" << (SF_FORMAT_WAV | SF_FORMAT_PCM_16) << 192000.0;
+        QTest::newRow("highest rate") << "x.wav" << (SF_FORMAT_WAV | SF_FORMAT_PCM_16) << 768000.0;
         QTest::newRow("low rate") << "x.wav" << (SF_FORMAT_WAV | SF_FORMAT_PCM_16) << 4000.0;
     }
 
@@ -537,6 +538,67 @@ private Q_SLOTS:
         QCOMPARE(documents.size(), 1);
         QCOMPARE(schemaErrors({saved.filePath(documents.first())}), QString());
         QVERIFY(contentOf(saved.filePath(documents.first())).contains(">P<"));
+    }
+
+    void aSignalEndsAnIdlePipe()
+    {
+        QTemporaryDir dir;
+        QProcess process;
+        process.start(QStringLiteral(MORSEHOST_PATH), {"decode", "--save", dir.path(), "-"});
+        process.write(raw(keyed("PARIS PARIS PARIS")));
+        QByteArray out;
+        while (!out.contains("PARIS PARIS") && process.waitForReadyRead(60000))
+            out += process.readAllStandardOutput();
+        QTest::qWait(1000); // it has read all and waits for more
+        ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
+        QVERIFY(process.waitForFinished(20000));
+        QCOMPARE(process.exitCode(), 0);
+        QCOMPARE(QDir(dir.path()).entryList({"*.xml"}).size(), 1);
+    }
+
+    void aSignalEndsItWhileNobodyReadsItsOutput()
+    {
+        QTemporaryDir dir;
+        QFile codes(dir.filePath("codes"));
+        QVERIFY(codes.open(QIODevice::WriteOnly));
+        for (int i = 0; i < 200000; ++i)
+            codes.write("0 3 1 3 0 1 3 1 0 3\n");
+        codes.close();
+        // The reader sleeps; the signal comes when the pipe between is full.
+        QProcess shell;
+        shell.start(QStringLiteral("bash"),
+                    {"-c", QStringLiteral("mkfifo %2/pipe; sleep 60 <%2/pipe & reader=$!;"
+                                          "%1 symbols --save %2/saved %2/codes >%2/pipe &"
+                                          "program=$!; sleep 1; kill $program; wait $program;"
+                                          "echo $?; kill $reader")
+                               .arg(QStringLiteral(MORSEHOST_PATH), dir.path())});
+        QVERIFY(shell.waitForFinished(40000));
+        QCOMPARE(shell.readAllStandardOutput(), QByteArray("0\n"));
+        QCOMPARE(QDir(dir.filePath("saved")).entryList({"*.xml"}).size(), 1);
+    }
+
+    void whatCannotBeSavedIsSaid_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::newRow("no room") << "ulimit -f 1; %1 symbols --save %2/saved %2/codes";
+        QTest::newRow("folder removed") << "(cat %2/codes; sleep 1; rm -r %2/saved; cat %2/codes) |"
+                                           " %1 symbols --save %2/saved -";
+    }
+
+    void whatCannotBeSavedIsSaid()
+    {
+        QFETCH(QString, command);
+        QTemporaryDir dir;
+        QFile codes(dir.filePath("codes"));
+        QVERIFY(codes.open(QIODevice::WriteOnly));
+        for (int i = 0; i < 20000; ++i)
+            codes.write("0 0 0 3\n");
+        codes.close();
+        QProcess shell;
+        shell.start(QStringLiteral("bash"),
+                    {"-c", command.arg(QStringLiteral(MORSEHOST_PATH), dir.path())});
+        const Ended ended = end(shell);
+        verifyOneLine(ended, 1, "could not be saved");
     }
 
     void progressIsShownOnTerminalsOnly()

@@ -272,6 +272,36 @@ private Q_SLOTS:
         QCOMPARE(translator.DecodeMorse(".-"), "A");
     }
 
+    void theDefaultAlphabetIsTheWholeTable_data()
+    {
+        QTest::addColumn<QString>("code");
+        const char* const rows[][2] = {
+            {"A", ".-"},          {"B", "-..."},    {"C", "-.-."},    {"D", "-.."},
+            {"E", "."},           {"F", "..-."},    {"G", "--."},     {"H", "...."},
+            {"I", ".."},          {"J", ".---"},    {"K", "-.-"},     {"L", ".-.."},
+            {"M", "--"},          {"N", "-."},      {"O", "---"},     {"P", ".--."},
+            {"Q", "--.-"},        {"R", ".-."},     {"S", "..."},     {"T", "-"},
+            {"U", "..-"},         {"V", "...-"},    {"W", ".--"},     {"X", "-..-"},
+            {"Y", "-.--"},        {"Z", "--.."},    {"1", ".----"},   {"2", "..---"},
+            {"3", "...--"},       {"4", "....-"},   {"5", "....."},   {"6", "-...."},
+            {"7", "--..."},       {"8", "---.."},   {"9", "----."},   {"0", "-----"},
+            {".", ".-.-.-"},      {",", "--..--"},  {"/", "-..-."},   {"+", ".-.-."},
+            {"=", "-...-"},       {"?", "..--.."},  {"(", "-.--."},   {")", "-.--.-"},
+            {"-", "-....-"},      {"\"", ".-..-."}, {"_", "..--.-"},  {"'", ".----."},
+            {":", "---..."},      {";", "-.-.-."},  {"$", "...-..-"}, {"WARNING", ".-..-"},
+            {"ERROR", "........"}};
+        for (const auto& row : rows)
+            QTest::newRow(row[0]) << row[1];
+    }
+
+    void theDefaultAlphabetIsTheWholeTable()
+    {
+        QFETCH(QString, code);
+        MorseTranslator translator;
+        translator.SetMorseAlphabet(QString());
+        QCOMPARE(translator.DecodeMorse(code), QString(QTest::currentDataTag()));
+    }
+
     void theDefaultAlphabetKeepsTheDirection()
     {
         MorseTranslator translator;

@@ -4,7 +4,6 @@
 
 #include "host/standin/tracelog.h"
 #include "support/morsefixture.h"
-#include "support/recordingobserver.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -61,9 +60,27 @@ private Q_SLOTS:
     {
         MorseFixture host;
         host.handler.StartNewMorseSession();
-        // The handler is an observer of its own text; told of the repeat or not, it does nothing.
-        host.send(".c.c");
-        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral(".c.c"));
+        struct AnnouncedText : TextValue
+        {
+            void HasChanged(TChangeCode code, IObserver* cause) override
+            {
+                codes += code;
+                causes += cause;
+                TextValue::HasChanged(code, cause);
+            }
+            QVector<int> codes;
+            QVector<IObserver*> causes;
+        };
+        auto* const text = new AnnouncedText;
+        text->SetName(QStringLiteral("Announced"), nullptr);
+        QVERIFY(host.tree.Insert(QStringLiteral("Morse/"), text));
+        host.handler.SetMorseText_ValuePath(QStringLiteral("Morse/Announced"));
+        host.send(".c");
+        text->codes.clear();
+        text->causes.clear();
+        host.send(".c");
+        QCOMPARE(text->codes, QVector<int>({3}));
+        QCOMPARE(text->causes, QVector<IObserver*>({&host.handler}));
     }
 
     void anUnknownCharacterIsPublishedAsEmptyText()
@@ -386,6 +403,14 @@ private Q_SLOTS:
         QCOMPARE(host.handler.GetCurrentMorseSymbolString().size(), 29999);
         QVERIFY(host.handler.GetCurrentMorseSymbolString().startsWith(QLatin1String("-.")));
         QVERIFY(host.handler.GetCurrentMorseSymbolString().endsWith(QLatin1String(".c")));
+        // However far it slides.
+        for (int i = 0; i < 100000; ++i)
+            host.send(i % 7 == 0 ? "c" : "-");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString().size(), 29999);
+        QVERIFY(!host.handler.GetCurrentMorseSymbolString().contains(QLatin1Char('.')));
+        host.send("w");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString().size(), 29999);
+        QVERIFY(host.handler.GetCurrentMorseSymbolString().endsWith(QLatin1String("-w")));
     }
 
     void aPartOfTheBufferIsTranslatedAgain_data()
@@ -414,6 +439,22 @@ private Q_SLOTS:
         host.handler.StartNewMorseSession();
         host.send(qPrintable(symbols));
         QCOMPARE(host.handler.TranslateText(true, true, count), text);
+    }
+
+    void thePartBeginsWithTheSeparatorThatCompletesTheCount()
+    {
+        QTemporaryDir dir;
+        // An entry without a code is what the separator alone decodes to.
+        writeFile(dir.filePath("Test.mal"), "B\t-...\n# nothing\n\n");
+        MorseFixture host;
+        host.alphabetDirectory->SetValue(dir.path(), nullptr);
+        host.alphabet->AddItems({"Test"}, nullptr);
+        host.alphabet->Select(QStringLiteral("Test"), nullptr);
+        host.handler.SetMorseAlphabet_DirectoryPath(MorseValues::path("AlphabetDirectory"));
+        host.handler.SetMorseAlphabet_ValuePath(MorseValues::path("Alphabet"));
+        QVERIFY(host.handler.StartNewMorseSession());
+        host.send(".-c-...w--");
+        QCOMPARE(host.handler.TranslateText(true, true, 2), QStringLiteral("# nothingB "));
     }
 
     void thePartFromTheFrontIsEmptyAndTheWholeIsWhole()
@@ -552,7 +593,10 @@ private Q_SLOTS:
         QCOMPARE(host.handler.GetMorseAlphabet(), nullptr);
         host.handler.StartNewMorseSession();
         host.handler.AddSymbol(0);
-        QVERIFY(!host.handler.GetCurrentMorseSymbolString().endsWith(QLatin1String(".cw\n.")));
+        // The availability value is gone, so nothing more is processed.
+        const QString symbols = host.handler.GetCurrentMorseSymbolString();
+        host.handler.AddSymbol(0);
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), symbols);
     }
 
     void anObserverMayDeleteTheTextValueWhenItIsTold()
@@ -592,11 +636,17 @@ private Q_SLOTS:
     void theDocumentTriggerIsSetToTrueWhenAttached()
     {
         MorseFixture host;
-        RecordingObserver observer;
-        host.saveDocument->AddObserver(&observer);
+        struct Listener : IObserver
+        {
+            void Update(Observable*, TChangeCode code) override { codes += code; }
+            QVector<int> codes;
+        } others;
+        host.saveDocument->AddObserver(&others);
         host.handler.SetMorseXmlSaveToFile_ValuePath(MorseValues::path("SaveDocument"));
         QVERIFY(host.saveDocument->GetValue());
-        host.saveDocument->DeleteObserver(&observer);
+        // What the handler replays to itself, nobody else hears.
+        QCOMPARE(others.codes, QVector<int>({3}));
+        host.saveDocument->DeleteObserver(&others);
     }
 
     void aForcedSymbolIsTracedOnly()
@@ -647,13 +697,83 @@ private Q_SLOTS:
         QCOMPARE(values.symbol->GetValue(), 1);
     }
 
-    void identifiersOfAnyLengthAreAccepted()
+    void hooksChangeNothingThatCanBeSeen()
     {
-        MorseHandler handler;
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        host.send(".");
         for (const char* id : {"A05", "B12", "5", "0", ""})
-            handler.SetIpcIdentifier(QLatin1String(id));
-        handler.SetBaudrate(1.5);
-        handler.SetFrequencyOffset(-10);
+            host.handler.SetIpcIdentifier(QLatin1String(id));
+        host.handler.SetBaudrate(1.5);
+        host.handler.SetFrequencyOffset(-10);
+        host.send("c");
+        QCOMPARE(host.text->GetValue(), QStringLiteral("E"));
+    }
+
+    // Deletions in the middle of a notification
+
+    void valuesMayBeDeletedByWhoeverHearsOfTheText_data()
+    {
+        QTest::addColumn<QString>("path");
+        for (const char* name : {"Symbol", "Available", "Text", "SaveToFile", "SaveDocument",
+                                 "TextFileName", "CodeFileName", "Frequency", "Alphabet"})
+            QTest::newRow(name) << MorseValues::path(name);
+    }
+
+    void valuesMayBeDeletedByWhoeverHearsOfTheText()
+    {
+        QFETCH(QString, path);
+        QTemporaryDir dir;
+        MorseFixture host;
+        host.handler.SetMorseAlphabet_ValuePath(MorseValues::path("Alphabet"));
+        host.handler.SetFrequency_ValuePath(MorseValues::path("Frequency"));
+        host.wireFiles(dir.path());
+        host.saveToFile->SetValue(true, nullptr);
+        host.handler.StartNewMorseSession();
+        host.handler.SetTimestamp(MORNING_us);
+        TextLog log(host.text);
+        log.onText = [&](const QString&) { delete host.tree.Find(path); };
+        host.send(".-");
+        host.handler.AddSymbol(3);
+        QVERIFY(!host.tree.Find(path));
+        QCOMPARE(log.texts, QStringList({"A"}));
+        for (const int code : {0, 3, 4, 5})
+            host.handler.AddSymbol(code);
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString().left(3), QStringLiteral(".-c"));
+    }
+
+    void valuesMayBeDeletedByWhoeverHearsOfThem_data()
+    {
+        QTest::addColumn<QString>("path");
+        for (const char* name : {"TextFileName", "CodeFileName", "XmlFileName", "SettingsRequest"})
+            QTest::newRow(name) << MorseValues::path(name);
+    }
+
+    void valuesMayBeDeletedByWhoeverHearsOfThem()
+    {
+        QFETCH(QString, path);
+        QTemporaryDir dir;
+        MorseFixture host;
+        host.wireFiles(dir.path());
+        host.saveToFile->SetValue(true, nullptr);
+        host.handler.StartNewMorseSession();
+        struct Deleter : IObserver
+        {
+            void Update(Observable*, TChangeCode code) override
+            {
+                if (code == eCHANGE_CONTENT)
+                    delete value;
+            }
+            ValueBase* value = nullptr;
+        } deleter;
+        deleter.value = host.tree.Find(path);
+        deleter.value->AddObserver(&deleter);
+        host.handler.SetTimestamp(MORNING_us);
+        host.send(".-c");
+        host.saveDocument->HasChanged(eCHANGE_FORCED, nullptr);
+        QVERIFY(!host.tree.Find(path));
+        QCOMPARE(host.text->GetValue(), QStringLiteral("A"));
+        QCOMPARE(QDir(dir.path()).entryList({"*.txt", "*.xml"}).size(), 3);
     }
 };
 

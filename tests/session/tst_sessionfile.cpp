@@ -2,15 +2,16 @@
 // One session file alone: names, size limit, wrapping, and disks that refuse.
 #include "session/sessionfile.h"
 
+#include "host/standin/tracelog.h"
+#include "support/fulldisk.h"
+
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTextStream>
 #include <QtTest>
 
-#include <csignal>
 #include <limits>
 #include <set>
-#include <sys/resource.h>
 
 namespace {
 
@@ -22,10 +23,11 @@ struct OneFile
     QTextStream* stream = nullptr;
     unsigned int column = 0;
     QString backlog;
+    UnfinishedFiles unfinished;
     const char* codec = "UTF-8";
 
     ~OneFile() { sessionfile::close(view()); }
-    SessionFile view() { return {name, file, stream, column, backlog, codec}; }
+    SessionFile view() { return {name, file, stream, column, backlog, unfinished, codec}; }
 };
 
 QByteArray contentOf(const QString& path)
@@ -33,25 +35,6 @@ QByteArray contentOf(const QString& path)
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
 }
-
-// No file of this process can grow beyond a size while one of these lives: a disk that is full.
-class FullDisk
-{
-public:
-    explicit FullDisk(rlim_t size_bytes)
-    {
-        std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        const rlimit small = {size_bytes, m_before.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &small);
-    }
-    ~FullDisk() { setrlimit(RLIMIT_FSIZE, &m_before); }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-private:
-    rlimit m_before = {};
-};
 
 } // namespace
 
@@ -277,6 +260,55 @@ private Q_SLOTS:
         QCOMPARE(contentOf(path), expected);
         sessionfile::close(one.view());
         QCOMPARE(contentOf(path), expected);
+    }
+
+    void aFileClosedOnAFullDiskIsFinishedWhenItHasRoom()
+    {
+        QTemporaryDir dir;
+        OneFile one;
+        const QString first = dir.filePath("first.txt");
+        const QString second = dir.filePath("second.txt");
+        one.name = first;
+        QVERIFY(sessionfile::open(one.view(), [] {}));
+        {
+            const FullDisk full(10);
+            for (int i = 0; i < 30000; ++i)
+                sessionfile::write(one.view(), QStringLiteral("\n"));
+            sessionfile::close(one.view());
+            QVERIFY(one.backlog.isEmpty());
+            one.name = second;
+            one.column = 0;
+            QVERIFY(sessionfile::open(one.view(), [] {}));
+            sessionfile::write(one.view(), QStringLiteral("the second file"));
+            QCOMPARE(contentOf(first).size(), 10);
+            QCOMPARE(contentOf(second).size(), 10);
+        }
+        sessionfile::write(one.view(), QStringLiteral(" goes on"));
+        QCOMPARE(contentOf(first), QByteArray(30000 + 30000 / 100 - 1, '\n'));
+        QCOMPARE(contentOf(second), QByteArray("the second file goes on"));
+    }
+
+    void ofTooManyUnfinishedFilesTheOldestIsGivenUpAndTraced()
+    {
+        QTemporaryDir dir;
+        TraceRecorder traces;
+        QStringList paths;
+        {
+            const FullDisk full(0);
+            OneFile one;
+            for (int i = 0; i < 33; ++i) {
+                paths += dir.filePath(QStringLiteral("%1.txt").arg(i));
+                one.name = paths.last();
+                QVERIFY(sessionfile::open(one.view(), [] {}));
+                sessionfile::write(one.view(), QStringLiteral("x"));
+                sessionfile::close(one.view());
+            }
+            QCOMPARE(traces.Traces().size(), 1);
+            QVERIFY(traces.Messages().first().endsWith(paths.first()));
+        }
+        // The others were tried a last time, and the disk was still full.
+        QCOMPARE(traces.Traces().size(), 33);
+        QCOMPARE(contentOf(paths.first()), QByteArray());
     }
 
     void closingWritesWhatWaitsWhenThereIsRoomAgain()

@@ -2,6 +2,7 @@
 // The code and text files that a Morse handler writes, and what may go wrong with them.
 #include "session/morsehandler.h"
 
+#include "support/fulldisk.h"
 #include "support/morsefixture.h"
 
 #include <QDateTime>
@@ -382,6 +383,10 @@ private Q_SLOTS:
         QVERIFY(host.code() != code);
         QCOMPARE(contentOf(host.code()), QByteArray("-"));
         QCOMPARE(host.text(), text);
+        // Its columns are counted from 0: the line breaks behind the 101st symbol, no sooner.
+        for (int i = 0; i < 100; ++i)
+            host.send("-");
+        QCOMPARE(contentOf(host.code()), QByteArray(101, '-') + '\n');
     }
 
     void aLongReceptionLosesNothingAtTheLimit()
@@ -512,11 +517,69 @@ private Q_SLOTS:
         log.onText = [&](const QString&) { host.handler.EndMorseSession(); };
         host.send(".-c");
         QCOMPARE(log.texts.size(), 1);
-        // The piece in hand was meant for the file that is closed now; a new session goes on.
+        // Nothing is written after the end; a new session goes on.
+        QCOMPARE(host.files().size(), 2);
+        QCOMPARE(contentOf(host.code()), QByteArray(".-"));
         log.onText = nullptr;
         host.handler.StartNewMorseSession();
         host.send("-c");
         QCOMPARE(contentOf(host.text()), QByteArray("T"));
+    }
+
+    void aSessionEndedByWhoeverHearsOfTheTextWritesNothingMore()
+    {
+        Recording host;
+        TextLog log(host.textValue());
+        log.onText = [&](const QString&) { host.handler.EndMorseSession(); };
+        host.send(".-c");
+        QCOMPARE(host.files().size(), 1);
+        QCOMPARE(contentOf(host.code()), QByteArray(".-"));
+    }
+
+    void aLineEndBeforeAnyTimeStampLeavesTheFilesAlone()
+    {
+        Recording host;
+        host.send("dn");
+        QVERIFY(host.files().isEmpty());
+        host.send(".-n");
+        QCOMPARE(contentOf(host.code()), QByteArray(".-[DOT_TOO_SHORT] "));
+        QCOMPARE(contentOf(host.text()), QByteArray("A[DOT_TOO_SHORT]"));
+    }
+
+    void aClockThatStepsBackIsWrittenAsItIs()
+    {
+        Recording host;
+        host.handler.SetTimestamp(TEN_FIFTEEN_us);
+        host.handler.SetTimestamp(TEN_FIFTEEN_us - 3600000000ULL);
+        host.send("n.cn");
+        QCOMPARE(contentOf(host.text()),
+                 QByteArray("\n[Stop Time:  10:15:02.120]\n[Start Time:  09:15:02.120]\nE"
+                            "\n[Stop Time:  10:15:02.120]\n[Start Time:  09:15:02.120]\n"));
+    }
+
+    void aFullDiskThatHasRoomAgainMissesNothing()
+    {
+        Recording host;
+        QByteArray sent;
+        const auto send = [&](int count) {
+            for (int i = 0; i < count; ++i) {
+                host.send(".-c");
+                sent += ".- ";
+            }
+        };
+        send(50);
+        {
+            const FullDisk full(200);
+            send(2000);
+            host.saveToFile->HasChanged(eCHANGE_FORCED, nullptr);
+            send(2000);
+        }
+        send(1);
+        QByteArray saved;
+        for (const QString& name : QDir(host.directory).entryList({"*_MO__.txt"}, QDir::Files))
+            saved += contentOf(host.directory + QLatin1Char('/') + name);
+        saved.replace("\n", "");
+        QCOMPARE(saved, sent);
     }
 
     void theSaveFlagSwitchedOffByWhoeverHearsOfTheTextStopsTheFiles()

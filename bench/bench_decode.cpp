@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+// The whole program on a recording: how many times faster than it was received.
+#include "support/keyer.h"
+
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+#include <sndfile.h>
+
+#include <string>
+
+namespace {
+
+void decodeRecording(benchmark::State& state)
+{
+    const double rate_Hz = static_cast<double>(state.range(0));
+    std::string text;
+    for (int i = 0; i < 60; ++i)
+        text += "THE QUICK BROWN FOX JUMPS OVER 13 LAZY DOGS ";
+    testsupport::Path path;
+    path.snr_dB = 20;
+    const std::vector<float> samples =
+        testsupport::sound(text, testsupport::Hand(), path, rate_Hz, "bench");
+    QTemporaryDir dir;
+    const QString file = dir.filePath(QStringLiteral("x.wav"));
+    SF_INFO info = {};
+    info.samplerate = static_cast<int>(rate_Hz);
+    info.channels = 1;
+    info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+    SNDFILE* const sound = sf_open(file.toUtf8().constData(), SFM_WRITE, &info);
+    sf_writef_float(sound, samples.data(), static_cast<sf_count_t>(samples.size()));
+    sf_close(sound);
+    for (auto _ : state) {
+        QProcess process;
+        process.start(QStringLiteral(MORSEHOST_PATH), {QStringLiteral("decode"), file});
+        process.waitForFinished(-1);
+        if (process.exitCode() != 0 || process.readAllStandardOutput().size() < 1000)
+            state.SkipWithError("the recording was not decoded");
+    }
+    const double duration_s = static_cast<double>(samples.size()) / rate_Hz;
+    state.counters["times real time"] = benchmark::Counter(
+        duration_s * static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+}
+
+} // namespace
+
+BENCHMARK(decodeRecording)
+    ->ArgName("rate_Hz")
+    ->Arg(8000)
+    ->Arg(48000)
+    ->UseRealTime()
+    ->Unit(benchmark::kMillisecond);

@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# Who may include whom. Data flows one way, and the library knows nothing of the host behind the
+# contract. Prints each include that breaks the rule.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+# check FOLDER PATTERN: what the sources directly in FOLDER include, by quotes, matches PATTERN.
+status=0
+check() {
+    local bad
+    bad=$(find "$1" -maxdepth "${3:-1}" \( -name '*.h' -o -name '*.cpp' \) -exec \
+        grep -HnE '^#include "' {} + | grep -vE "\"($2)\"" || true)
+    if [ -n "$bad" ]; then
+        echo "$1 includes what it may not:"
+        echo "$bad"
+        status=1
+    fi
+}
+
+contract='host/[a-z]+\.h'
+check host "$contract"
+check host/standin "$contract|host/standin/.*|files/.*"
+check files 'files/.*'
+check morse "$contract|files/.*|morse/.*|morsehandler_export\.h|charmap/ialphabethandler\.h"
+check charmap "$contract|files/.*|charmap/.*|morsehandler_export\.h"
+check session "$contract|files/.*|morse/.*|session/.*|morsehandler_export\.h"
+check app/demodulator 'app/demodulator/.*'
+check app '(app|charmap|files|host|morse|session)/.*' 3
+
+# The one interface that morse shares with charmap stands alone.
+if grep -nE '^#include "' charmap/ialphabethandler.h | grep -v morsehandler_export; then
+    echo "charmap/ialphabethandler.h includes what it may not"
+    status=1
+fi
+exit $status

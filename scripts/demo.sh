@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# Installs what is missing, builds the program, and decodes a recording that ships with the project:
+# through a pipe, as from a receiver, but eight times as fast. DEMO_PACE=fast reads the file itself.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+scripts/setup.sh build
+cmake --preset release >/dev/null
+cmake --build --preset release --target morsehost
+
+sample=data/samples/evening.flac
+program=build/release/bin/morsehost
+echo >&2
+echo "\$ morsehost decode $sample" >&2
+if [ "${DEMO_PACE:-live}" = fast ]; then
+    "$program" decode "$sample"
+else
+    sound=$(mktemp)
+    trap 'rm -f "$sound"' EXIT
+    flac --silent --decode --force --force-raw-format --endian=little --sign=signed \
+        --output-name="$sound" "$sample"
+    size=$(stat -c %s "$sound")
+    piece=1600 # a tenth of a second
+    for ((at = 0; at < size; at += piece)); do
+        head -c "$piece"
+        sleep 0.0125
+    done <"$sound" | "$program" decode --rate 8000 -
+fi
+echo >&2
+echo "Your own recordings: $program decode FILE; from a receiver: see $program decode --help" >&2

@@ -1,0 +1,21 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# Writes the golden files of the saved session anew from the program as it is built in build/dev.
+# Look at the difference, and commit it by itself with the reason.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+saved=$(mktemp -d)
+trap 'rm -rf "$saved"' EXIT
+TZ=UTC build/dev/bin/morsehost decode --save "$saved" --frequency 7025000 \
+    --start 2026-05-12T10:15:00Z tests/data/recordings/three-overs.flac >/dev/null
+golden=tests/data/golden/three-overs
+mkdir -p "$golden"
+cp "$saved"/*_MO__7_025MHz.txt "$golden/code.txt"
+cp "$saved"/*__Default.txt "$golden/text.txt"
+number=0
+for document in "$saved"/*.xml; do
+    number=$((number + 1))
+    cp "$document" "$golden/document$number.xml"
+done
+git --no-pager diff --stat -- "$golden"

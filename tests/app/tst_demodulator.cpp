@@ -1,0 +1,259 @@
+// SPDX-License-Identifier: MIT
+#include "app/demodulator/demodulator.h"
+
+#include "support/codelist.h"
+#include "support/keyer.h"
+#include "support/random.h"
+
+#include <QtTest>
+#include <cmath>
+#include <limits>
+
+using namespace testsupport;
+
+namespace {
+
+QString read(const CodeList& list)
+{
+    return QString::fromStdString(list.text());
+}
+
+const QString TEXT_READ = QStringLiteral("THE QUICK BROWN FOX JUMPS OVER THE LAZY DOG 1234567890");
+
+const char* const TEXT = "THE QUICK BROWN FOX JUMPS OVER THE LAZY DOG 1234567890";
+
+std::vector<float> keyedText(double speed_wpm, double rate_Hz, std::optional<double> snr_dB)
+{
+    Hand hand;
+    hand.speed_wpm = speed_wpm;
+    Path path;
+    path.snr_dB = snr_dB;
+    return sound(TEXT, hand, path, rate_Hz, "demodulator");
+}
+
+} // namespace
+
+class TestDemodulator : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void everyRateAndSpeedIsHeard_data()
+    {
+        QTest::addColumn<double>("rate_Hz");
+        QTest::addColumn<double>("speed_wpm");
+        QTest::newRow("4 kHz, 20 wpm") << 4000.0 << 20.0;
+        QTest::newRow("8 kHz, 8 wpm") << 8000.0 << 8.0;
+        QTest::newRow("8 kHz, 45 wpm") << 8000.0 << 45.0;
+        QTest::newRow("11.025 kHz, 30 wpm") << 11025.0 << 30.0;
+        QTest::newRow("44.1 kHz, 15 wpm") << 44100.0 << 15.0;
+        QTest::newRow("48 kHz, 25 wpm") << 48000.0 << 25.0;
+        QTest::newRow("192 kHz, 20 wpm") << 192000.0 << 20.0;
+    }
+    void everyRateAndSpeedIsHeard()
+    {
+        QFETCH(double, rate_Hz);
+        QFETCH(double, speed_wpm);
+        const CodeList list = decodeAll(keyedText(speed_wpm, rate_Hz, 20.0), rate_Hz);
+        QCOMPARE(read(list), TEXT_READ);
+    }
+    void theCutOfTheInputChangesNothing()
+    {
+        const std::vector<float> samples = keyedText(20.0, 11025.0, 6.0);
+        const CodeList whole = decodeAll(samples, 11025.0, samples.size());
+        QVERIFY(!whole.transmissions.empty());
+        for (const std::size_t piece : {std::size_t(1), std::size_t(37), std::size_t(5000)}) {
+            const CodeList cut = decodeAll(samples, 11025.0, piece);
+            QCOMPARE(cut.codes(), whole.codes());
+            QCOMPARE(cut.transmissions[0].times_us, whole.transmissions[0].times_us);
+            QCOMPARE(cut.transmissions[0].start_us, whole.transmissions[0].start_us);
+        }
+    }
+    void timesAreThoseOfTheSignal()
+    {
+        Hand hand;
+        hand.speed_wpm = 20.0; // unit 60 ms
+        Path path;
+        path.before_s = 1.0;
+        path.snr_dB = 20.0;
+        const CodeList list = decodeAll(sound("PARIS", hand, path, 8000.0, "times"), 8000.0);
+        QCOMPARE(read(list), QStringLiteral("PARIS"));
+        const Transmission& transmission = list.transmissions.front();
+        const auto near = [](std::int64_t time_us, double expected_s) {
+            return std::fabs(static_cast<double>(time_us) / 1e6 - expected_s) < 0.012;
+        };
+        QVERIFY(near(transmission.start_us, 1.0));
+        QVERIFY(near(transmission.times_us[0], 1.06));        // P: end of the dot
+        QVERIFY(near(transmission.times_us[1], 1.06 + 0.24)); // and of the dash
+        QVERIFY(near(transmission.stop_us, 1.0 + 43 * 0.06));
+        QCOMPARE(transmission.times_us.back(), transmission.stop_us);
+    }
+    void aCharacterIsShownWithinASecondOfItsEnd()
+    {
+        const std::vector<float> samples = keyedText(20.0, 8000.0, 10.0);
+        CodeList list;
+        demodulator::Demodulator demodulator({8000.0, {}, {}}, list);
+        std::size_t seen = 0;
+        for (std::size_t at = 0; at + 80 <= samples.size(); at += 80) {
+            demodulator.push(samples.data() + at, 80);
+            if (list.transmissions.empty())
+                continue;
+            const Transmission& transmission = list.transmissions.back();
+            for (; seen < transmission.codes.size(); ++seen) {
+                const double now_s = static_cast<double>(at + 80) / 8000.0;
+                const double event_s = static_cast<double>(transmission.times_us[seen]) / 1e6;
+                if (event_s > 4.0 && transmission.codes[seen] != 4)
+                    QVERIFY2(now_s - event_s < 1.1, qPrintable(QString::number(now_s - event_s)));
+            }
+        }
+        QVERIFY(seen > 100);
+    }
+    void aLongSilenceEndsATransmission()
+    {
+        Hand hand;
+        Path path;
+        path.before_s = 0.5;
+        path.after_s = 6.0;
+        std::vector<float> samples = sound("CQ DE AB1C", hand, path, 8000.0, "first");
+        const double first_s = static_cast<double>(samples.size()) / 8000.0;
+        hand.speed_wpm = 28.0;
+        path.tone_Hz = 900.0;
+        const std::vector<float> second = sound("AB1C DE XY2Z K", hand, path, 8000.0, "second");
+        samples.insert(samples.end(), second.begin(), second.end());
+        addNoise(samples, 8000.0, 0.9, 15.0, "both");
+        const CodeList list = decodeAll(samples, 8000.0);
+        QCOMPARE(list.transmissions.size(), std::size_t(2));
+        QCOMPARE(asReceived(textOfCodes(list.transmissions[0].codes)), std::string("CQ DE AB1C"));
+        QCOMPARE(asReceived(textOfCodes(list.transmissions[1].codes)),
+                 std::string("AB1C DE XY2Z K"));
+        QVERIFY(std::fabs(static_cast<double>(list.transmissions[0].stop_us) / 1e6 -
+                          (first_s - 6.0)) < 0.02);
+        QVERIFY(std::fabs(static_cast<double>(list.transmissions[1].start_us) / 1e6 -
+                          (first_s + 0.5)) < 0.02);
+    }
+    void noiseIsSilent()
+    {
+        const CodeList list = decodeAll(noise(120.0, 0.2, 8000.0, "two minutes"), 8000.0);
+        QCOMPARE(list.text(), std::string());
+        QVERIFY(list.transmissions.empty());
+    }
+    void aSteadyToneGivesNoText()
+    {
+        std::vector<float> samples = noise(20.0, 0.05, 8000.0, "carrier");
+        for (std::size_t n = 16000; n < samples.size(); ++n)
+            samples[n] += static_cast<float>(0.5 * std::sin(6.283185307 * 800.0 * n / 8000.0));
+        QCOMPARE(read(decodeAll(samples, 8000.0)), QString());
+    }
+    void insaneInputIsSurvived_data()
+    {
+        QTest::addColumn<int>("what");
+        QTest::newRow("nothing at all") << 0;
+        QTest::newRow("one sample") << 1;
+        QTest::newRow("digital silence") << 2;
+        QTest::newRow("no numbers") << 3;
+        QTest::newRow("infinities") << 4;
+        QTest::newRow("largest numbers") << 5;
+        QTest::newRow("direct current") << 6;
+        QTest::newRow("full-scale random bits") << 7;
+    }
+    void insaneInputIsSurvived()
+    {
+        QFETCH(int, what);
+        std::vector<float> samples(what == 0 ? 0 : what == 1 ? 1 : 80000, 0.0F);
+        Random random("insane");
+        for (float& sample : samples) {
+            if (what == 3)
+                sample = std::nanf("");
+            else if (what == 4)
+                sample =
+                    std::numeric_limits<float>::infinity() * (random.below(2) != 0U ? 1.0F : -1.0F);
+            else if (what == 5)
+                sample = std::numeric_limits<float>::max();
+            else if (what == 6)
+                sample = 1.0F;
+            else if (what == 7)
+                sample = random.below(2) != 0U ? 1.0F : -1.0F;
+        }
+        QCOMPARE(read(decodeAll(samples, 8000.0)), QString());
+    }
+    void aClippedSignalIsReadAllTheSame()
+    {
+        std::vector<float> samples = keyedText(20.0, 8000.0, 15.0);
+        for (float& sample : samples)
+            sample = std::clamp(5.0F * sample, -1.0F, 1.0F);
+        QCOMPARE(read(decodeAll(samples, 8000.0)), TEXT_READ);
+    }
+    void holesOfNoNumbersCostOnlyWhatTheyCover()
+    {
+        std::vector<float> samples = keyedText(20.0, 8000.0, 20.0);
+        for (std::size_t n = 80000; n < 80400; ++n)
+            samples[n] = std::nanf("");
+        const CodeList list = decodeAll(samples, 8000.0);
+        QVERIFY2(characterErrorRate(TEXT, list.text()) < 0.1, list.text().c_str());
+    }
+    void ratesOutsideTheRangeHearNothing_data()
+    {
+        QTest::addColumn<double>("rate_Hz");
+        QTest::newRow("zero") << 0.0;
+        QTest::newRow("negative") << -8000.0;
+        QTest::newRow("too low") << 3999.0;
+        QTest::newRow("too high") << 1e9;
+        QTest::newRow("no number") << std::nan("");
+        QTest::newRow("infinite") << std::numeric_limits<double>::infinity();
+    }
+    void ratesOutsideTheRangeHearNothing()
+    {
+        QFETCH(double, rate_Hz);
+        QVERIFY(decodeAll(keyedText(20.0, 8000.0, 20.0), rate_Hz).transmissions.empty());
+    }
+    void finishingTwiceOrPushingAfterwardsDoesNothing()
+    {
+        CodeList list;
+        demodulator::Demodulator demodulator({8000.0, {}, {}}, list);
+        const std::vector<float> samples = keyedText(30.0, 8000.0, 20.0);
+        demodulator.push(samples.data(), samples.size());
+        demodulator.finish();
+        const std::size_t count = list.codes().size();
+        demodulator.push(samples.data(), samples.size());
+        demodulator.finish();
+        QCOMPARE(list.codes().size(), count);
+    }
+    void aToldToneChoosesBetweenTwoSignals()
+    {
+        Hand hand;
+        Path path;
+        path.tone_Hz = 600.0;
+        std::vector<float> samples = sound("STRONG STRONG STRONG", hand, path, 8000.0, "strong");
+        path.tone_Hz = 1000.0;
+        const std::vector<float> weak = sound("WEAK WEAK WEAK", hand, path, 8000.0, "weak");
+        for (std::size_t n = 0; n < std::min(samples.size(), weak.size()); ++n)
+            samples[n] += 0.5F * weak[n];
+        addNoise(samples, 8000.0, 0.9, 20.0, "told");
+        QCOMPARE(read(decodeAll(samples, 8000.0)), QStringLiteral("STRONG STRONG STRONG"));
+        CodeList list;
+        demodulator::Demodulator demodulator({8000.0, 1000.0, {}}, list);
+        demodulator.push(samples.data(), samples.size());
+        demodulator.finish();
+        QCOMPARE(read(list), QStringLiteral("WEAK WEAK WEAK"));
+    }
+    void weakAndUnsteadySignalsAreRead_data()
+    {
+        QTest::addColumn<double>("snr_dB");
+        QTest::addColumn<double>("jitter_units");
+        QTest::newRow("+3 dB") << 3.0 << 0.0;
+        QTest::newRow("+10 dB, unsteady hand") << 10.0 << 0.15;
+    }
+    void weakAndUnsteadySignalsAreRead()
+    {
+        QFETCH(double, snr_dB);
+        QFETCH(double, jitter_units);
+        Hand hand;
+        hand.jitter_units = jitter_units;
+        Path path;
+        path.snr_dB = snr_dB;
+        const CodeList list = decodeAll(sound(TEXT, hand, path, 8000.0, "weak"), 8000.0);
+        QVERIFY2(characterErrorRate(TEXT, list.text()) <= 0.04, list.text().c_str());
+    }
+};
+
+QTEST_APPLESS_MAIN(TestDemodulator)
+#include "tst_demodulator.moc"

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+#include "app/demodulator/marklikelihood.h"
+
+#include "support/random.h"
+
+#include <QtTest>
+#include <cmath>
+
+using namespace demodulator;
+
+namespace {
+
+MarkLikelihood heard(double amplitude, int silent, int marked, double deviation)
+{
+    testsupport::Random random("likelihood");
+    MarkLikelihood likelihood;
+    likelihood.setLevel({1.0, 2.0 * deviation * deviation});
+    for (int n = 0; n < silent + marked; ++n) {
+        const double level = n < silent ? 0.0 : amplitude;
+        likelihood.push({level + deviation * random.gauss(), deviation * random.gauss()});
+    }
+    return likelihood;
+}
+
+} // namespace
+
+class TestMarkLikelihood : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void theBesselFunctionHasItsTextbookValues()
+    {
+        QCOMPARE(logBesselI0(0.0), 0.0);
+        QVERIFY(std::fabs(logBesselI0(1.0) - 0.23591) < 1e-4);
+        QVERIFY(std::fabs(logBesselI0(2.999) - 1.58467) < 2e-3);
+        QVERIFY(std::fabs(logBesselI0(3.001) - 1.58629) < 5e-3);
+        QVERIFY(std::fabs(logBesselI0(10.0) - 7.9430) < 1e-3);
+    }
+    void aMarkIsBestExplainedByItsOwnLength()
+    {
+        const MarkLikelihood likelihood = heard(1.0, 50, 20, 0.5);
+        int best = 1;
+        for (int length = 1; length <= 60; ++length) {
+            if (likelihood.ratio(length) > likelihood.ratio(best))
+                best = length;
+        }
+        QVERIFY(std::abs(best - 20) <= 2);
+        QVERIFY(likelihood.ratio(best) > 10.0F);
+    }
+    void noiseSpeaksAgainstAMark()
+    {
+        const MarkLikelihood likelihood = heard(0.0, 100, 0, 0.5);
+        QVERIFY(likelihood.ratio(15) < 0.0F);
+        QVERIFY(likelihood.ratio(45) < likelihood.ratio(15));
+    }
+    void amplitudesNearTheOneFollowedCountAsMarks()
+    {
+        for (const double amplitude : {0.55, 1.0, 2.0}) {
+            const float ratio = heard(amplitude, 50, 20, 0.4).ratio(20);
+            QVERIFY2(ratio > 4.0F, qPrintable(QString::number(ratio)));
+        }
+    }
+    void moreThanWasHeardIsImpossible()
+    {
+        const MarkLikelihood likelihood = heard(1.0, 0, 10, 0.1);
+        QVERIFY(likelihood.ratio(11) < -1e6F);
+    }
+    void theAdvanceOfPhaseTellsAToneThatIsOff()
+    {
+        MarkLikelihood likelihood;
+        for (int n = 0; n < 40; ++n)
+            likelihood.push(std::polar(1.0, 0.05 * n));
+        QVERIFY(std::fabs(std::arg(likelihood.advance(0, 40, 5)) - 0.25) < 1e-9);
+    }
+    void silenceGivesNumbers()
+    {
+        MarkLikelihood likelihood;
+        likelihood.setLevel({0.0, 0.0});
+        for (int n = 0; n < 40; ++n)
+            likelihood.push(0.0);
+        QVERIFY(std::isfinite(likelihood.ratio(20)));
+    }
+};
+
+QTEST_APPLESS_MAIN(TestMarkLikelihood)
+#include "tst_marklikelihood.moc"
