@@ -150,16 +150,28 @@ void MappingDirectory::visitObservedValues(Visit visit)
 }
 
 template <typename Kind>
-bool MappingDirectory::attach(Kind*& role, const QString& path)
+void MappingDirectory::hold(Kind*& role, const QString& path)
 {
     Kind* const value = findOrCreateValue<Kind>(path, this);
     if (role && role != value && !m_replaced.contains(role))
         m_replaced.append(role);
     // A value that has announced its deletion will not announce it again.
     role = value->GetState() == eSTATE_DELETED ? nullptr : value;
+}
+
+template <typename Kind>
+bool MappingDirectory::observe(Kind* role)
+{
     if (role)
         role->AddObserver(this);
     return role != nullptr;
+}
+
+template <typename Kind>
+bool MappingDirectory::attach(Kind*& role, const QString& path)
+{
+    hold(role, path);
+    return observe(role);
 }
 
 bool MappingDirectory::SetAvailableMaps_ValuePath(const QString& path)
@@ -174,10 +186,10 @@ bool MappingDirectory::SetChannelIndex_ValuePath(const QString& path)
 
 bool MappingDirectory::SetDataInput_ValuePath(const QString& path, IVtClient* client)
 {
-    attach(m_dataInput, path);
+    hold(m_dataInput, path);
     if (m_dataInput && client)
         client->HandOver(m_dataInput, 0);
-    return m_dataInput != nullptr;
+    return observe(m_dataInput);
 }
 
 bool MappingDirectory::SetDataOutput_ValuePath(const QString& path)

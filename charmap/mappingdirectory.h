@@ -81,6 +81,10 @@ public:
 
 private:
     template <typename Kind>
+    void hold(Kind*& role, const QString& path);
+    template <typename Kind>
+    bool observe(Kind* role);
+    template <typename Kind>
     bool attach(Kind*& role, const QString& path);
     template <typename Visit>
     void visitObservedValues(Visit visit);
