@@ -41,11 +41,15 @@ std::complex<double> Baseband::step(const SampleHistory& history, std::int64_t s
     std::complex<double> carrier =
         std::polar(1.0, -(m_phase - advance * static_cast<double>(half)));
     std::complex<double> sum = 0.0;
+    double power = 0.0;
     for (std::size_t n = 0; n < m_samples.size(); ++n) {
-        sum += static_cast<double>(m_samples[n] * m_window[n]) * carrier;
+        const double weighted = static_cast<double>(m_samples[n] * m_window[n]);
+        power += weighted * static_cast<double>(m_samples[n]);
+        sum += weighted * carrier;
         carrier = {carrier.real() * turn.real() - carrier.imag() * turn.imag(),
                    carrier.real() * turn.imag() + carrier.imag() * turn.real()};
     }
+    m_rest = std::max(0.0, power - 2.0 * std::norm(sum));
     m_phase = std::fmod(m_phase + advance * m_stepSamples, 2.0 * PI);
     return sum;
 }

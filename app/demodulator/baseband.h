@@ -31,6 +31,9 @@ public:
     /// Half the tone's amplitude and its phase at one step. Steps are asked for in order.
     std::complex<double> step(const SampleHistory& history, std::int64_t step);
 
+    /// Mean power of everything but the tone in the last step, as variance of one sample.
+    double rest() const { return m_rest; }
+
 private:
     double m_rate_Hz;
     double m_tone_Hz;
@@ -38,6 +41,7 @@ private:
     std::vector<float> m_window;
     std::vector<float> m_samples;
     double m_phase = 0.0;
+    double m_rest = 0.0;
 };
 
 } // namespace demodulator

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/demodulator/channel.h"
 
+#include "app/demodulator/phasetracker.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -21,7 +23,11 @@ constexpr double LEVEL_SPAN_us = 3.0e6; // marks not older than this tell the le
 constexpr double TONE_SPAN_us = 3.0e6;  // and the tone
 constexpr double LEVEL_MEMORY_us = 0.5e6;
 constexpr double WEAK_RATIO = 3.0; // signal to noise of one step below which that takes longer
+constexpr double BURST = 4.0;      // times the usual power
+constexpr double REST_MEMORY_PER_STEP = 0.002; // 2 s
 constexpr double FASTEST_FADE_dB_per_s = 20.0;
+constexpr double WEAK_DOT = 5.0;
+constexpr double STRONG_DOT = 45.0; // energy of a dot over noise density
 constexpr double TONE_MEMORY_s = 2.0;
 constexpr double LEAST_TONE_ERROR_Hz = 0.3;
 constexpr double STEEPEST_TONE_Hz_per_s = 1.0;
@@ -38,9 +44,11 @@ Channel::Channel(const ToneCandidate& candidate, double rate_Hz, std::int64_t be
     , m_stepDuration_us(1e6 * m_baseband.stepSamples() / rate_Hz)
     , m_origin(begin_sample / m_baseband.stepSamples())
     , m_tones(MarkLikelihood::KEPT_STEPS)
+    , m_cycles(MarkLikelihood::KEPT_STEPS)
 {
     Level level;
     level.noise = candidate.noise / m_baseband.stepSamples();
+    m_usualRest = level.noise;
     m_weakest = WEAKEST_RATIO * level.noise;
     level.signal = std::max(candidate.level, m_weakest);
     level.dot_steps = m_unit_steps;
@@ -71,13 +79,24 @@ std::int64_t Channel::time_us(std::int64_t step) const
 void Channel::process(const SampleHistory& history)
 {
     while (!m_ended && m_baseband.neededEnd(m_origin + m_likelihood.end()) <= history.end()) {
-        m_tones[static_cast<std::size_t>(m_likelihood.end() % MarkLikelihood::KEPT_STEPS)] =
-            static_cast<float>(m_baseband.tone_Hz());
-        m_likelihood.push(m_baseband.step(history, m_origin + m_likelihood.end()));
+        const auto slot = static_cast<std::size_t>(m_likelihood.end() % MarkLikelihood::KEPT_STEPS);
+        m_tones[slot] = static_cast<float>(m_baseband.tone_Hz());
+        m_cycles[slot] = m_nextCycles;
+        m_nextCycles += m_baseband.tone_Hz() * m_stepDuration_us / 1e6;
+        const std::complex<double> step = m_baseband.step(history, m_origin + m_likelihood.end());
+        m_likelihood.push(step, burst(m_baseband.rest() / m_baseband.stepSamples()));
         m_trellis.advance();
         if (m_likelihood.end() % REVIEW_STEPS == 0)
             review(false);
     }
+}
+
+// Noise of a crash of static or a click, 0 where there is none: power beside the tone that rises
+// far over what it usually is.
+double Channel::burst(double rest)
+{
+    m_usualRest += (std::min(rest, BURST * m_usualRest) - m_usualRest) * REST_MEMORY_PER_STEP;
+    return rest > BURST * m_usualRest ? rest : 0.0;
 }
 
 void Channel::finish()
@@ -126,6 +145,7 @@ void Channel::follow(const Path& path)
 {
     followLevel(path);
     followTone(path);
+    followPhase(path);
 }
 
 void Channel::followLevel(const Path& path)
@@ -197,6 +217,47 @@ void Channel::followTone(const Path& path)
         const double pull_Hz = (t0 * s2 - t1 * s1) / (s0 * s2 - s1 * s1);
         m_baseband.setTone(m_baseband.tone_Hz() +
                            std::clamp(0.5 * pull_Hz, -LARGEST_PULL_Hz, LARGEST_PULL_Hz));
+    }
+}
+
+void Channel::followPhase(const Path& path)
+{
+    const std::int64_t now = m_likelihood.end();
+    const double step_s = m_stepDuration_us / 1e6;
+    const Level& level = m_likelihood.level();
+    // A strong signal needs no such help, and is better off without any belief in its phase; a very
+    // weak one finds the phase that it looks for in the noise.
+    const double dot = level.signal * level.dot_steps / level.noise;
+    if (!m_confirmed || !(dot > WEAK_DOT && dot < STRONG_DOT)) {
+        m_likelihood.forgetPhase();
+        return;
+    }
+    std::vector<PhaseMark> marks;
+    for (const Segment& segment : path.segments) {
+        if (!isMark(segment.kind) || segment.end_step == now || tooOld(segment, TONE_SPAN_us))
+            continue;
+        const double middle = 0.5 * static_cast<double>(segment.begin_step + segment.end_step - 1);
+        const auto slot = static_cast<std::size_t>(static_cast<std::int64_t>(middle) %
+                                                   MarkLikelihood::KEPT_STEPS);
+        PhaseMark mark;
+        mark.time_s = middle * step_s;
+        mark.cycles = m_cycles[slot] +
+                      (middle - std::floor(middle)) * step_s * static_cast<double>(m_tones[slot]);
+        mark.sum = m_likelihood.sum(segment.begin_step, segment.end_step);
+        mark.energy = std::norm(mark.sum) / level.noise /
+                      static_cast<double>(segment.end_step - segment.begin_step);
+        marks.push_back(mark);
+    }
+    const double now_s = static_cast<double>(now) * step_s;
+    const PhaseEstimate estimate = trackPhase(marks, m_baseband.tone_Hz(), now_s);
+    if (estimate.concentration > 0.0 &&
+        std::fabs(estimate.frequency_Hz - m_baseband.tone_Hz()) < LARGEST_PULL_Hz)
+        m_baseband.setTone(estimate.frequency_Hz);
+    if (estimate.concentration > 0.0) {
+        m_likelihood.setPhase(2.0 * PI * std::remainder(estimate.cycles - m_nextCycles, 1.0),
+                              estimate.concentration);
+    } else {
+        m_likelihood.forgetPhase();
     }
 }
 

@@ -49,10 +49,12 @@ public:
     bool ended() const { return m_ended; }
 
 private:
+    double burst(double rest);
     void review(bool last);
     void follow(const Path& path);
     void followLevel(const Path& path);
     void followTone(const Path& path);
+    void followPhase(const Path& path);
     bool tooOld(const Segment& segment, double span_us) const;
     void commit(const Path& path, bool last);
     std::int64_t time_us(std::int64_t step) const;
@@ -76,12 +78,15 @@ private:
     std::int64_t m_lastMark = 0;
     std::int64_t m_learnt = 0;
     double m_unit_steps = 15.0;
-    double m_weakest; // level of the weakest signal to look for
+    double m_weakest;         // level of the weakest signal to look for
+    double m_usualRest = 0.0; // power beside the tone, as noise of a step
     double m_gain = 0.0;
     bool m_confirmed = false;
     bool m_released = false;
     bool m_ended = false;
-    std::vector<float> m_tones; // ring: tone mixed with, by step
+    std::vector<float> m_tones;   // ring: tone mixed with, by step
+    std::vector<double> m_cycles; // ring: its phase
+    double m_nextCycles = 0.0;
 };
 
 } // namespace demodulator

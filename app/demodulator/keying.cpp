@@ -10,14 +10,15 @@ namespace {
 
 constexpr double FASTEST_wpm = 64.0;
 constexpr double SLOWEST_wpm = 5.0;
-constexpr double SPEED_RATIO = 1.07;
+constexpr double SPEED_RATIO = 1.05;
 constexpr double USUAL_wpm = 20.0;
 constexpr double USUAL_DEVIATION = 0.5; // of the logarithm
 constexpr double TOLD_TOLERANCE = 1.2;
 constexpr double LARGEST_GAP_s = 2.6; // longer gaps are silence: the tables end
 constexpr double LONGEST_DASH_units = 8.0;
 
-constexpr double MEMORY = 40.0; // marks or gaps of a kind that are remembered
+constexpr double RESOLUTION = 0.7; // deviation of a length, in steps, from the grid of steps
+constexpr double MEMORY = 40.0;    // marks or gaps of a kind that are remembered
 constexpr std::size_t KEPT_GAPS = 24;
 
 // Unit steps below which every step counts, every second one.
@@ -77,13 +78,14 @@ Keying::Keying(double step_s, std::optional<double> speed_wpm)
     update();
 }
 
-double Keying::logDensity(Kind kind, double units) const
+double Keying::logDensity(Kind kind, double units, double resolution_units) const
 {
     const Habit& habit = m_habits[index(kind)];
-    double x = (units - habit.mean) / habit.deviation;
+    const double deviation = std::hypot(habit.deviation, resolution_units);
+    double x = (units - habit.mean) / deviation;
     if (x > 0.0)
         x /= habit.rightTail;
-    return std::log(habit.share) + logStudent(x, habit.deviation * 0.5 * (1.0 + habit.rightTail));
+    return std::log(habit.share) + logStudent(x, deviation * 0.5 * (1.0 + habit.rightTail));
 }
 
 void Keying::buildTable(DurationTable& table) const
@@ -101,7 +103,7 @@ void Keying::buildTable(DurationTable& table) const
             const double units = static_cast<double>(i) * perIndex_units;
             double best = -1e9;
             for (const Kind kind : choices) {
-                const double density = logDensity(kind, units);
+                const double density = logDensity(kind, units, RESOLUTION * perIndex_units);
                 if (density > best) {
                     best = density;
                     kinds[i] = kind;
@@ -186,7 +188,7 @@ void Keying::learnGapStyle()
 
 void Keying::update()
 {
-    constexpr double LEAST_DEVIATIONS[] = {0.12, 0.2, 1.0, 0.12};
+    constexpr double LEAST_DEVIATIONS[] = {0.06, 0.1, 1.0, 0.06};
     for (const Kind kind : {Kind::Dot, Kind::Dash, Kind::ElementGap}) {
         Habit& habit = m_habits[index(kind)];
         const Memory& memory = m_memory[index(kind)];
@@ -208,7 +210,7 @@ void Keying::update()
     const auto crossing = [&](Kind shorter, Kind longer) {
         double units = m_habits[index(shorter)].mean;
         const double end = m_habits[index(longer)].mean;
-        while (units < end && logDensity(shorter, units) > logDensity(longer, units))
+        while (units < end && logDensity(shorter, units, 0.0) > logDensity(longer, units, 0.0))
             units += 0.05;
         return units;
     };

@@ -68,7 +68,7 @@ private:
 
     void learnGapStyle();
     void buildTable(DurationTable& table) const;
-    double logDensity(Kind kind, double units) const;
+    double logDensity(Kind kind, double units, double resolution_units) const;
 
     std::vector<DurationTable> m_tables;
     std::vector<double> m_priors;

@@ -21,7 +21,8 @@ constexpr double LOSS_OF_FREEDOM = 4.3; // for each e-fold below it
 constexpr double LARGEST_RATIO = 8.0;
 
 constexpr std::int64_t LEAST_HALVED_LENGTH = 12;
-constexpr double PHASE_DRIFT = 3.0; // logarithm of how improbable a drift of phase is
+constexpr double OTHER_PHASE = -2.0; // log probability that the phase is not the one expected
+constexpr double PHASE_DRIFT = 3.0;  // logarithm of how improbable a drift of phase is
 
 } // namespace
 
@@ -52,13 +53,20 @@ void MarkLikelihood::setLevel(const Level& level)
     m_logProbabilities[2] = freedom;
 }
 
-void MarkLikelihood::push(std::complex<double> step)
+void MarkLikelihood::setPhase(double phase, double concentration)
+{
+    m_turn = std::polar(1.0, -phase);
+    m_concentration = concentration;
+    m_concentrationCost = logBesselI0(concentration);
+}
+
+void MarkLikelihood::push(std::complex<double> step, double noiseNow)
 {
     m_steps[static_cast<std::size_t>(m_end % KEPT_STEPS)] = step;
-    const double noise = std::max({m_level.noise, m_level.signal / LARGEST_RATIO, 1e-30});
+    const double noise = std::max({m_level.noise, m_level.signal / LARGEST_RATIO, noiseNow, 1e-30});
     Sums next = sums(m_end);
     next.plain += step;
-    next.weighted += step * (std::sqrt(m_level.signal) / noise);
+    next.weighted += m_turn * step * (std::sqrt(m_level.signal) / noise);
     next.energy += m_level.signal / noise;
     ++m_end;
     m_sums[static_cast<std::size_t>(m_end % (KEPT_STEPS + 1))] = next;
@@ -86,7 +94,8 @@ float MarkLikelihood::ratio(std::int64_t length) const
         return -1e9F;
     const Sums& begin = sums(m_end - length);
     const Sums& end = sums(m_end);
-    double magnitude = 2.0 * std::abs(end.weighted - begin.weighted);
+    const std::complex<double> sum = 2.0 * (end.weighted - begin.weighted);
+    double magnitude = std::abs(sum);
     if (m_level.signal > LARGEST_RATIO * m_level.noise && length >= LEAST_HALVED_LENGTH) {
         // Of a strong signal the phase may drift: chirp and a tone that is not quite hit are no
         // reason to doubt a mark.
@@ -98,8 +107,14 @@ float MarkLikelihood::ratio(std::int64_t length) const
     const double energy = end.energy - begin.energy;
     double best = -1e9;
     for (std::size_t i = 0; i < 3; ++i) {
-        best = std::max(best, m_logProbabilities[i] - AMPLITUDES[i] * AMPLITUDES[i] * energy +
-                                  logBesselI0(AMPLITUDES[i] * magnitude));
+        const double amplitude = AMPLITUDES[i];
+        double evidence = logBesselI0(amplitude * magnitude);
+        if (m_concentration > 0.0) {
+            evidence = std::max(evidence + OTHER_PHASE,
+                                logBesselI0(std::abs(amplitude * sum + m_concentration)) -
+                                    m_concentrationCost);
+        }
+        best = std::max(best, m_logProbabilities[i] - amplitude * amplitude * energy + evidence);
     }
     return static_cast<float>(best);
 }

@@ -29,7 +29,13 @@ public:
     void setLevel(const Level& level);
     const Level& level() const { return m_level; }
 
-    void push(std::complex<double> step);
+    /// The phase expected of the steps that follow, and how well that of a mark is known: the
+    /// concentration of a von Mises distribution, 0 where nothing is known.
+    void setPhase(double phase, double concentration);
+    void forgetPhase() { m_concentration = 0.0; }
+
+    /// `noise` counts where it is more than that of the level.
+    void push(std::complex<double> step, double noise = 0.0);
     /// Steps heard so far; lengths are counted back from here.
     std::int64_t end() const { return m_end; }
 
@@ -49,7 +55,7 @@ private:
     struct Sums
     {
         std::complex<double> plain;
-        std::complex<double> weighted; // by amplitude over noise
+        std::complex<double> weighted; // by amplitude over noise, turned back by the phase expected
         double energy = 0.0;           // of the expected amplitude, over noise
     };
     const Sums& sums(std::int64_t step) const
@@ -62,6 +68,9 @@ private:
     std::int64_t m_end = 0;
     Level m_level;
     double m_logProbabilities[3] = {0.0, 0.0, 0.0}; // of the amplitudes of a mark
+    std::complex<double> m_turn = 1.0;              // takes the phase expected away
+    double m_concentration = 0.0;
+    double m_concentrationCost = 0.0; // log I0 of it
 };
 
 /// Logarithm of the modified Bessel function I0.
