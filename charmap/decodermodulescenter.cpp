@@ -98,22 +98,36 @@ QStringView takeColumn(QStringView& line)
     return column;
 }
 
+constexpr quint32 bitOf(int column)
+{
+    return 1u << (column - 1);
+}
+
+/// The bits of all flag columns.
+constexpr quint32 FLAG_BITS = bitOf(LAST_FLAG_COLUMN + 1) - bitOf(FIRST_FLAG_COLUMN);
+
 /// For each column of the pattern one bit, set when `word` may stand there.
 quint32 possibleColumns(QStringView word)
 {
     const bool isSingle = word.size() == 1;
-    const bool isSingleWord = isSingle && isWordCharacter(word[0]);
-    quint32 columns = 0;
-    const auto mayBe = [&](int column, bool may) { columns |= (may ? 1u : 0u) << (column - 1); };
     // The match may begin within a word and end within one.
-    mayBe(ID_COLUMN, isDigit(word.back()));
-    mayBe(NUMBER_COLUMN, std::all_of(word.begin(), word.end(), isDigit));
-    mayBe(TYPE_COLUMN, isSingleWord);
-    for (int column = FIRST_FLAG_COLUMN; column <= LAST_FLAG_COLUMN; ++column)
-        mayBe(column, isSingle && isDigit(word[0]));
-    mayBe(CHARSET_COLUMN, isSingleWord);
-    mayBe(NAME_COLUMN, isWordCharacter(word[0]));
+    quint32 columns = isWordCharacter(word[0]) ? bitOf(NAME_COLUMN) : 0;
+    if (isSingle && columns)
+        columns |= bitOf(TYPE_COLUMN) | bitOf(CHARSET_COLUMN);
+    if (!isDigit(word.back()))
+        return columns;
+    columns |= bitOf(ID_COLUMN);
+    if (isSingle)
+        columns |= FLAG_BITS;
+    if (std::all_of(word.begin(), word.end(), isDigit))
+        columns |= bitOf(NUMBER_COLUMN);
     return columns;
+}
+
+/// 0 for what is no number.
+int integerIn(QStringView column)
+{
+    return QString::fromRawData(column.data(), static_cast<int>(column.size())).toInt();
 }
 
 char firstLetter(QStringView column)
@@ -125,11 +139,11 @@ DecoderModule moduleOf(const QString& line)
 {
     QStringView rest = line;
     DecoderModule module;
-    module.id = takeColumn(rest).toString().toInt();
+    module.id = integerIn(takeColumn(rest));
     module.number = takeColumn(rest).toString().toDouble();
     module.type = firstLetter(takeColumn(rest));
     for (int column = FIRST_FLAG_COLUMN; column <= LAST_FLAG_COLUMN; ++column)
-        module.SetColumnFlag(column, takeColumn(rest).toString().toInt() != 0);
+        module.SetColumnFlag(column, integerIn(takeColumn(rest)) != 0);
     module.charset = firstLetter(takeColumn(rest));
     module.name = rest.trimmed().toString();
     return module;
@@ -169,7 +183,7 @@ void DecoderModule::SetColumnFlag(int column, bool flag)
 bool holdsDecoderModule(const QString& line)
 {
     // One bit for each number of columns that the words read last may have filled.
-    constexpr quint32 ALL_COLUMNS = 1u << (NAME_COLUMN - 1);
+    constexpr quint32 ALL_COLUMNS = bitOf(NAME_COLUMN);
     quint32 filled = 0;
     for (QStringView rest = line; !rest.isEmpty();) {
         const QStringView word = takeColumn(rest);

@@ -3,6 +3,7 @@
 
 #include "host/standin/configuration.h"
 #include "support/decodermodules.h"
+#include "support/privatemember.h"
 #include "support/writefile.h"
 
 #include <QDir>
@@ -14,6 +15,20 @@
 
 #include <iconv.h>
 #include <sys/stat.h>
+
+struct CodecNameToFile
+{
+    using Type = QString (CodecHandler::*)(const QString&);
+    friend Type memberOf(CodecNameToFile);
+};
+template struct PrivateMember<CodecNameToFile, &CodecHandler::codecNameToFile>;
+
+struct FileToCodecName
+{
+    using Type = QString (CodecHandler::*)(const QString&);
+    friend Type memberOf(FileToCodecName);
+};
+template struct PrivateMember<FileToCodecName, &CodecHandler::fileToCodecName>;
 
 namespace {
 
@@ -243,6 +258,28 @@ private Q_SLOTS:
         handler.SetDecoder(decoder);
         QTEST(handler.SetAlphabet(name), "isLoaded");
         QTEST(handler.Alphabet(), "alphabet");
+    }
+
+    void namesAndFilesBelongTogether()
+    {
+        CodecHandler handler;
+        handler.SetAlphabetsDir(maps());
+        const auto fileOf = [&](const char* name) {
+            return (handler.*memberOf(CodecNameToFile()))(name);
+        };
+        const auto nameOf = [&](const char* file) {
+            return (handler.*memberOf(FileToCodecName()))(file);
+        };
+        // The name as it is composed, whatever the spelling on disk.
+        QCOMPARE(fileOf("Greek - ITA2"), "Greek.ITA2.map");
+        QCOMPARE(fileOf("GREEK - ascii - more"), "GREEK.ascii.map");
+        QCOMPARE(fileOf("Greek"), "");
+        QCOMPARE(fileOf("Cyrillic - ITA2"), "");
+        QCOMPARE(nameOf("Cyrillic.Old.codec"), "Cyrillic - ITA2");
+        QCOMPARE(nameOf("Latin.ITA2.MAP"), "Latin - ITA2");
+        QCOMPARE(nameOf("Greek.Ascii.map"), "Greek - ASCII");
+        QCOMPARE(nameOf("Greek.map"), "");
+        QCOMPARE(nameOf("notes.txt"), "");
     }
 
     void noneIsTheEmptyAlphabetInAnyLetterCase()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "morse/alphabetfile.h"
 #include "morse/simplemorsehandler.h"
+#include "support/privatemember.h"
 
 #include <QDir>
 #include <QRandomGenerator>
@@ -8,6 +9,34 @@
 #include <QtTest>
 
 #include <sys/stat.h>
+
+struct ConvertOneChar
+{
+    using Type = QString (SimpleMorseHandler::*)(const QString&);
+    friend Type memberOf(ConvertOneChar);
+};
+template struct PrivateMember<ConvertOneChar, &SimpleMorseHandler::ConvertOneChar>;
+
+struct ReadDefaultAlphabet
+{
+    using Type = void (SimpleMorseHandler::*)();
+    friend Type memberOf(ReadDefaultAlphabet);
+};
+template struct PrivateMember<ReadDefaultAlphabet, &SimpleMorseHandler::readDefaultAlphabet>;
+
+struct FileToCodecName
+{
+    using Type = QString (SimpleMorseHandler::*)(const QString&);
+    friend Type memberOf(FileToCodecName);
+};
+template struct PrivateMember<FileToCodecName, &SimpleMorseHandler::fileToCodecName>;
+
+struct CodecNameToFile
+{
+    using Type = QString (SimpleMorseHandler::*)(const QString&);
+    friend Type memberOf(CodecNameToFile);
+};
+template struct PrivateMember<CodecNameToFile, &SimpleMorseHandler::codecNameToFile>;
 
 namespace {
 
@@ -343,6 +372,53 @@ private Q_SLOTS:
         QCOMPARE(handler.Translate(". - "), "12T");
         QCOMPARE(handler.Translate(".. - "), QStringLiteral("\u0661T"));
         QCOMPARE(handler.Translate("... - "), "70");
+    }
+
+    void theDefaultAlphabetIsThere()
+    {
+        SimpleMorseHandler handler;
+        (handler.*memberOf(ReadDefaultAlphabet()))();
+        const QMap<QString, QString> codes = defaultAlphabet();
+        for (auto entry = codes.cbegin(); entry != codes.cend(); ++entry) {
+            handler.ResetInternalState();
+            QCOMPARE(handler.Translate(entry.value() + " "), entry.key());
+        }
+    }
+
+    void oneCharacterIsConvertedByTheSameRules()
+    {
+        SimpleMorseHandler handler;
+        load(handler, "International");
+        const auto convert = [&](const char* code) {
+            return (handler.*memberOf(ConvertOneChar()))(code);
+        };
+        QCOMPARE(convert("-"), "T");
+        QCOMPARE(convert(".----"), "1");
+        QCOMPARE(convert(""), "");
+        QCOMPARE(convert("-"), "0");
+        QCOMPARE(convert("--"), "M");
+        QCOMPARE(convert("-"), "T");
+        QCOMPARE(convert("x"), "");
+    }
+
+    void namesAndFilesBelongTogether()
+    {
+        SimpleMorseHandler handler;
+        handler.SetAlphabetsDir(m_dir.path());
+        const auto nameOf = [&](const char* file) {
+            return (handler.*memberOf(FileToCodecName()))(file);
+        };
+        const auto fileOf = [&](const char* name) {
+            return (handler.*memberOf(CodecNameToFile()))(name);
+        };
+        QCOMPARE(nameOf("Cyrillic.old.mal"), "Cyrillic");
+        QCOMPARE(nameOf("extra.MAL"), "extra");
+        QCOMPARE(nameOf("notes.txt"), "None");
+        QCOMPARE(nameOf("mal"), "None");
+        QCOMPARE(fileOf("International"), "International.mal");
+        // The name as it is composed, whatever the spelling on disk.
+        QCOMPARE(fileOf("INTERNATIONAL"), "INTERNATIONAL.mal");
+        QCOMPARE(fileOf("Missing"), "None");
     }
 
     void aCopyGoesOnByItself()
