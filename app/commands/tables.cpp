@@ -83,7 +83,7 @@ Command mapsCommand()
              {{"maps", "DIR", "where they lie; those that ship without this"},
               {"decoder", "NAME", "only those that fit the decoder"},
               decoderModulesOption()},
-             "  morsehost maps --decoder ASCII\n"},
+             "  morsehost maps --decoder 'ASCII RTTY'\n"},
             runMaps};
 }
 
