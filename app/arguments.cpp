@@ -43,7 +43,7 @@ Arguments::Arguments(const CommandSyntax& syntax, const QStringList& words)
     if (!parsed)
         fail(m_parser.errorText());
     else if (count < syntax.minOperands)
-        fail(QStringLiteral("%1 is missing").arg(QLatin1String(syntax.operands)));
+        fail(QStringLiteral("%1 is missing").arg(QString::fromUtf8(syntax.operands)));
     else if (count > syntax.maxOperands)
         fail(
             QStringLiteral("'%1' is one argument too many").arg(operands().at(syntax.maxOperands)));

@@ -3,6 +3,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
 
 namespace morsehost {
 
@@ -10,7 +11,7 @@ QString dataDirectory(const QString& name)
 {
     const QDir programs(QCoreApplication::applicationDirPath());
     const QString installed = programs.filePath(QStringLiteral("../share/morsehandler/") + name);
-    if (QDir(installed).exists())
+    if (QFileInfo::exists(installed))
         return QDir::cleanPath(installed);
     return QStringLiteral(MORSEHOST_SOURCE_DATA "/") + name;
 }

@@ -6,7 +6,8 @@
 
 namespace morsehost {
 
-/// The folder `name` of the installed data, else of the source tree that the program was built in.
+/// The file or folder `name` of the installed data, else of the source tree that the program was
+/// built in.
 QString dataDirectory(const QString& name);
 
 } // namespace morsehost

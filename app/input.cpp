@@ -13,6 +13,10 @@ namespace morsehost {
 std::size_t Input::read(char* data, std::size_t size)
 {
     while (!isInterrupted() && m_error.isEmpty()) {
+        if (m_descriptor < 0) { // poll would wait for it
+            m_error = QString::fromLocal8Bit(std::strerror(EBADF));
+            break;
+        }
         // The time-out closes the gap between asking for the flag and waiting.
         pollfd waiting = {m_descriptor, POLLIN, 0};
         const int ready = ::poll(&waiting, 1, 200);

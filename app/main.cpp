@@ -8,7 +8,10 @@
 #include <QCoreApplication>
 #include <QTextCodec>
 
+#include <cerrno>
 #include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace {
 
@@ -53,10 +56,31 @@ QString overview()
     return text;
 }
 
+// Standard output may be a full disk. A reader that has gone away is no error.
+int afterOutput(int status)
+{
+    errno = 0;
+    const bool failed = std::fflush(stdout) != 0 || std::ferror(stdout) != 0;
+    if (!failed || errno == EPIPE || status != morsehost::EXIT_DONE)
+        return status;
+    morsehost::complain(QStringLiteral("standard output"), QStringLiteral("cannot be written"));
+    return morsehost::EXIT_BAD_INPUT;
+}
+
 int refuse(const QString& reason, const QString& hint)
 {
     morsehost::complain(reason + QStringLiteral(" (see 'morsehost %1--help')").arg(hint));
     return morsehost::EXIT_BAD_USAGE;
+}
+
+// Whoever starts a program may have closed these three. What is opened next would take their place
+// and be read or written in their stead.
+void openMissingDescriptors()
+{
+    for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+        if (fcntl(descriptor, F_GETFD) < 0)
+            static_cast<void>(open("/dev/null", O_RDWR));
+    }
 }
 
 int runCommand(const Command& command, const QStringList& words)
@@ -64,20 +88,21 @@ int runCommand(const Command& command, const QStringList& words)
     Arguments arguments(command.syntax, words);
     if (arguments.wantsHelp()) {
         print(stdout, arguments.help());
-        return morsehost::EXIT_DONE;
+        return afterOutput(morsehost::EXIT_DONE);
     }
     int status = morsehost::EXIT_BAD_USAGE;
     if (arguments.error().isEmpty())
         status = command.run(arguments);
     if (!arguments.error().isEmpty())
         return refuse(arguments.error(), QLatin1String(command.syntax.name) + QLatin1Char(' '));
-    return status;
+    return afterOutput(status);
 }
 
 } // namespace
 
 int main(int argc, char* argv[])
 {
+    openMissingDescriptors();
     // Names and texts are UTF-8 whatever the locale says.
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     QCoreApplication application(argc, argv);
@@ -91,11 +116,11 @@ int main(int argc, char* argv[])
     const QString first = words.constFirst();
     if (first == QLatin1String("--help") || first == QLatin1String("-h")) {
         print(stdout, overview());
-        return morsehost::EXIT_DONE;
+        return afterOutput(morsehost::EXIT_DONE);
     }
     if (first == QLatin1String("--version")) {
         print(stdout, QStringLiteral("morsehost " MORSEHOST_VERSION "\n"));
-        return morsehost::EXIT_DONE;
+        return afterOutput(morsehost::EXIT_DONE);
     }
     for (const Command& command : commands()) {
         if (first == QLatin1String(command.syntax.name))

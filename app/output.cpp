@@ -17,6 +17,10 @@ void Output::write(const QByteArray& data)
     const char* next = data.constData();
     auto left = static_cast<std::size_t>(data.size());
     while (left > 0 && !hasFailed()) {
+        if (m_descriptor < 0) { // poll would wait for it
+            m_error = QString::fromLocal8Bit(std::strerror(EBADF));
+            break;
+        }
         // A reader that stands still must not keep a program that is to end.
         pollfd waiting = {m_descriptor, POLLOUT, 0};
         if (::poll(&waiting, 1, 200) <= 0) {

@@ -1,13 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "app/tableoptions.h"
 
+#include "app/complain.h"
 #include "app/datadirectory.h"
 #include "host/standin/configuration.h"
 
+#include <QFile>
+#include <QFileInfo>
+
 namespace morsehost {
 
-QString directoryOption(const Arguments& arguments, const char* option, const char* shipped)
+QString directoryOption(Arguments& arguments, const char* option, const char* shipped)
 {
+    if (arguments.isSet(option) && arguments.text(option).isEmpty())
+        arguments.fail(QStringLiteral("--%1 takes a folder").arg(QLatin1String(option)));
     return arguments.isSet(option) ? arguments.text(option) : dataDirectory(QLatin1String(shipped));
 }
 
@@ -16,12 +22,17 @@ OptionRow decoderModulesOption()
     return {"decoders", "FILE", "the decoder modules file; the sample that ships without this"};
 }
 
-void configureDecoderModules(const Arguments& arguments)
+bool configureDecoderModules(const Arguments& arguments)
 {
     const QString file = arguments.isSet("decoders")
                              ? arguments.text("decoders")
                              : dataDirectory(QStringLiteral("decoders/decodermodules.txt"));
+    if (!QFile(file).open(QIODevice::ReadOnly) || !QFileInfo(file).isFile()) {
+        complain(file, QStringLiteral("is no decoder modules file that can be read"));
+        return false;
+    }
     setConfigurationValue(QString(), QStringLiteral("DecoderModulesFile"), file);
+    return true;
 }
 
 } // namespace morsehost

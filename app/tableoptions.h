@@ -7,11 +7,12 @@
 namespace morsehost {
 
 /// The folder that the option names, else the shipped one.
-QString directoryOption(const Arguments& arguments, const char* option, const char* shipped);
+QString directoryOption(Arguments& arguments, const char* option, const char* shipped);
 
 /// --decoders FILE
 OptionRow decoderModulesOption();
-/// Makes the file known to the library, which asks the host's configuration for it, once.
-void configureDecoderModules(const Arguments& arguments);
+/// Makes the file known to the library, which asks the host's configuration for it, once. False,
+/// and said on standard error, when it cannot be read.
+bool configureDecoderModules(const Arguments& arguments);
 
 } // namespace morsehost

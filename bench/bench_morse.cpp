@@ -95,9 +95,8 @@ void BM_MorseTranslator(benchmark::State& state)
 }
 BENCHMARK(BM_MorseTranslator)->Arg(16)->Arg(1024)->Arg(ONE_MIB)->UseManualTime();
 
-void BM_SimpleMorseHandler(benchmark::State& state)
+void loadBenchAlphabet(SimpleMorseHandler& handler, const QTemporaryDir& dir)
 {
-    QTemporaryDir dir;
     QFile file(dir.filePath("bench.mal"));
     if (!file.open(QIODevice::WriteOnly))
         std::abort();
@@ -105,12 +104,19 @@ void BM_SimpleMorseHandler(benchmark::State& state)
         file.write(QByteArray(1, char('A' + letter)) + "\t" + CODES[letter] + "\n");
     file.write("\n");
     file.close();
-    SimpleMorseHandler handler;
     handler.SetAlphabetsDir(dir.path());
+    if (!handler.SetAlphabet("bench"))
+        std::abort();
+}
+
+void BM_SimpleMorseHandler(benchmark::State& state)
+{
+    QTemporaryDir dir;
+    SimpleMorseHandler handler;
+    loadBenchAlphabet(handler, dir);
     const QString symbols = symbolsOf(state.range(0), ' ', '\t');
     const Trie trie;
-    if (!handler.SetAlphabet("bench") ||
-        handler.Translate(symbols) != trie.Translate(symbols, ' ', '\t'))
+    if (handler.Translate(symbols) != trie.Translate(symbols, ' ', '\t'))
         std::abort();
     race(state, symbols.size(), [&] { benchmark::DoNotOptimize(handler.Translate(symbols)); },
          {{"trie", [&] { benchmark::DoNotOptimize(trie.Translate(symbols, ' ', '\t')); }}});
@@ -120,7 +126,9 @@ BENCHMARK(BM_SimpleMorseHandler)->Arg(16)->Arg(1024)->Arg(ONE_MIB)->UseManualTim
 /// A live stream: every symbol comes by itself.
 void BM_SimpleMorseHandlerBySymbol(benchmark::State& state)
 {
+    QTemporaryDir dir;
     SimpleMorseHandler handler;
+    loadBenchAlphabet(handler, dir);
     const QString symbols = symbolsOf(state.range(0), ' ', '\t');
     for (auto _ : state) {
         for (const QChar symbol : symbols)

@@ -174,17 +174,17 @@ bool MappingDirectory::attach(Kind*& role, const QString& path)
     return observe(role);
 }
 
-bool MappingDirectory::SetAvailableMaps_ValuePath(const QString& path)
+bool MappingDirectory::SetAvailableMaps_ValuePath(QString path)
 {
     return attach(m_availableMaps, path);
 }
 
-bool MappingDirectory::SetChannelIndex_ValuePath(const QString& path)
+bool MappingDirectory::SetChannelIndex_ValuePath(QString path)
 {
     return attach(m_channelIndex, path);
 }
 
-bool MappingDirectory::SetDataInput_ValuePath(const QString& path, IVtClient* client)
+bool MappingDirectory::SetDataInput_ValuePath(QString path, IVtClient* client)
 {
     hold(m_dataInput, path);
     if (m_dataInput && client)
@@ -192,22 +192,22 @@ bool MappingDirectory::SetDataInput_ValuePath(const QString& path, IVtClient* cl
     return observe(m_dataInput);
 }
 
-bool MappingDirectory::SetDataOutput_ValuePath(const QString& path)
+bool MappingDirectory::SetDataOutput_ValuePath(QString path)
 {
     return attach(m_dataOutput, path);
 }
 
-bool MappingDirectory::SetDecoder_ValuePath(const QString& path)
+bool MappingDirectory::SetDecoder_ValuePath(QString path)
 {
     return attach(m_decoder, path);
 }
 
-bool MappingDirectory::SetFrequency_ValuePath(const QString& path)
+bool MappingDirectory::SetFrequency_ValuePath(QString path)
 {
     return attach(m_frequency, path);
 }
 
-bool MappingDirectory::SetMaxNumberOfChars_ValuePath(const QString& path)
+bool MappingDirectory::SetMaxNumberOfChars_ValuePath(QString path)
 {
     attach(m_maxNumberOfChars, path);
     if (m_maxNumberOfChars)
@@ -217,29 +217,30 @@ bool MappingDirectory::SetMaxNumberOfChars_ValuePath(const QString& path)
     return m_maxNumberOfChars != nullptr;
 }
 
-bool MappingDirectory::SetModtype_ValuePath(const QString& path)
+bool MappingDirectory::SetModtype_ValuePath(QString path)
 {
     return attach(m_modulationType, path);
 }
 
-bool MappingDirectory::SetSaveToFile_ValuePath(const QString& path)
+bool MappingDirectory::SetSaveToFile_ValuePath(QString path)
 {
     return attach(m_saveToFile, path);
 }
 
-bool MappingDirectory::SetTextDirectionRTL_ValuePath(const QString& path)
+bool MappingDirectory::SetTextDirectionRTL_ValuePath(QString path)
 {
     m_textDirectionPath = path;
-    m_textDirectionRTL = findOrCreateValue<FlagValue>(path);
-    return true;
+    FlagValue* const value = findOrCreateValue<FlagValue>(path);
+    m_textDirectionRTL = value->GetState() == eSTATE_DELETED ? nullptr : value;
+    return m_textDirectionRTL != nullptr;
 }
 
-bool MappingDirectory::SetTranslateAll_ValuePath(const QString& path)
+bool MappingDirectory::SetTranslateAll_ValuePath(QString path)
 {
     return attach(m_translateAll, path);
 }
 
-bool MappingDirectory::SetTranslatedFile_ValuePath(const QString& path)
+bool MappingDirectory::SetTranslatedFile_ValuePath(QString path)
 {
     return attach(m_translatedFile, path);
 }

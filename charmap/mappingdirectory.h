@@ -48,21 +48,21 @@ public:
 
     // Each attaches the value at `path`, which is created when there is none, and returns whether a
     // value is held now. The value that was held before is no longer regarded.
-    bool SetAvailableMaps_ValuePath(const QString& path);
-    bool SetChannelIndex_ValuePath(const QString& path);
+    bool SetAvailableMaps_ValuePath(QString path);
+    bool SetChannelIndex_ValuePath(QString path);
     /// The decoder's output. A client that is given gets the value handed over.
-    bool SetDataInput_ValuePath(const QString& path, IVtClient* client);
-    bool SetDataOutput_ValuePath(const QString& path);
-    bool SetDecoder_ValuePath(const QString& path);
-    bool SetFrequency_ValuePath(const QString& path);
+    bool SetDataInput_ValuePath(QString path, IVtClient* client);
+    bool SetDataOutput_ValuePath(QString path);
+    bool SetDecoder_ValuePath(QString path);
+    bool SetFrequency_ValuePath(QString path);
     /// The length of the history in characters; set to 10000, between 100 and 10000.
-    bool SetMaxNumberOfChars_ValuePath(const QString& path);
-    bool SetModtype_ValuePath(const QString& path);
-    bool SetSaveToFile_ValuePath(const QString& path);
+    bool SetMaxNumberOfChars_ValuePath(QString path);
+    bool SetModtype_ValuePath(QString path);
+    bool SetSaveToFile_ValuePath(QString path);
     /// Takes the direction of the chosen map. Not observed, so looked up whenever it is written.
-    bool SetTextDirectionRTL_ValuePath(const QString& path);
-    bool SetTranslateAll_ValuePath(const QString& path);
-    bool SetTranslatedFile_ValuePath(const QString& path);
+    bool SetTextDirectionRTL_ValuePath(QString path);
+    bool SetTranslateAll_ValuePath(QString path);
+    bool SetTranslatedFile_ValuePath(QString path);
 
     void SetTranslatedFileDirectory(QString directory);
     void SetIpcIdentifier(QString id);

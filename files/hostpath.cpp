@@ -23,11 +23,17 @@ QString findIgnoringCase(const QDir& directory, const QString& name)
         return name;
     const QStringList entries =
         folder.entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name);
+    const auto base = [](const QString& entry) { return entry.section(QLatin1Char('.'), 0, 0); };
+    QString first;
     for (const QString& entry : entries) {
-        if (entry.compare(name, Qt::CaseInsensitive) == 0)
+        if (entry.compare(name, Qt::CaseInsensitive) != 0)
+            continue;
+        if (base(entry) == base(name))
             return entry;
+        if (first.isEmpty())
+            first = entry;
     }
-    return {};
+    return first;
 }
 
 QString findFile(const QString& path)

@@ -14,8 +14,9 @@
 QString localPath(const QString& path);
 
 /// The name under which `directory` holds a file or folder called `name`, whatever the letter
-/// case: the exact spelling when there is one, else the first in ascending order. Empty when
-/// there is none, and for a name with a path separator in it, since names are not paths.
+/// case: the exact spelling when there is one, else one that is spelled so up to its first dot (the
+/// endings are composed, the rest is what somebody chose), else the first in ascending order. Empty
+/// when there is none, and for a name with a path separator in it, since names are not paths.
 /// Hidden entries are found by their exact spelling only.
 QString findIgnoringCase(const QDir& directory, const QString& name);
 

@@ -201,9 +201,9 @@ int run(Arguments& arguments)
         arguments.fail(QStringLiteral("--decoder NAME is missing"));
     if (arguments.isSet("map") && arguments.text("map").isEmpty())
         arguments.fail(QStringLiteral("--map takes a name"));
+    const QString mapsDirectory = directoryOption(arguments, "maps", "maps");
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
-    const QString mapsDirectory = directoryOption(arguments, "maps", "maps");
     if (!QFileInfo(mapsDirectory).isDir()) {
         complain(mapsDirectory, QStringLiteral("no such folder"));
         return EXIT_BAD_INPUT;
@@ -214,7 +214,8 @@ int run(Arguments& arguments)
         return EXIT_BAD_INPUT;
     }
 
-    configureDecoderModules(arguments);
+    if (!configureDecoderModules(arguments))
+        return EXIT_BAD_INPUT;
     Screen screen(arguments.isSet("json"));
     MapStation station(mapsDirectory, [&screen](const QString& text) { screen.text(text); });
     station.enable();

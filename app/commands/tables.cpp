@@ -20,36 +20,41 @@ namespace {
 
 int runAlphabets(Arguments& arguments)
 {
+    const QString directory = directoryOption(arguments, "alphabets", "alphabets");
+    if (!arguments.error().isEmpty())
+        return EXIT_BAD_USAGE;
     QTextStream out(stdout);
     QTextStream err(stderr);
-    return translate::listAlphabets(directoryOption(arguments, "alphabets", "alphabets"), out, err);
+    return translate::listAlphabets(directory, out, err);
 }
 
 int runMaps(Arguments& arguments)
 {
-    if (arguments.isSet("decoder") && arguments.text("decoder").isEmpty()) {
+    const QString directory = directoryOption(arguments, "maps", "maps");
+    if (arguments.isSet("decoder") && arguments.text("decoder").isEmpty())
         arguments.fail(QStringLiteral("--decoder takes a name"));
+    if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
-    }
-    configureDecoderModules(arguments);
+    if (!configureDecoderModules(arguments))
+        return EXIT_BAD_INPUT;
     QTextStream out(stdout);
     QTextStream err(stderr);
-    return translate::listMaps(directoryOption(arguments, "maps", "maps"),
-                               arguments.text("decoder"), out, err);
+    return translate::listMaps(directory, arguments.text("decoder"), out, err);
 }
 
 int runTranslate(Arguments& arguments)
 {
-    if (arguments.text("map").isEmpty()) {
+    const QString directory = directoryOption(arguments, "maps", "maps");
+    if (arguments.text("map").isEmpty())
         arguments.fail(QStringLiteral("--map NAME is missing"));
+    if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
-    }
-    configureDecoderModules(arguments);
+    if (!configureDecoderModules(arguments))
+        return EXIT_BAD_INPUT;
     QTextStream err(stderr);
-    return translate::runTranslate({directoryOption(arguments, "maps", "maps"),
-                                    arguments.text("map"), arguments.text("decoder"),
-                                    arguments.isSet("back")},
-                                   STDIN_FILENO, STDOUT_FILENO, err);
+    return translate::runTranslate(
+        {directory, arguments.text("map"), arguments.text("decoder"), arguments.isSet("back")},
+        STDIN_FILENO, STDOUT_FILENO, err);
 }
 
 int runLint(Arguments& arguments)

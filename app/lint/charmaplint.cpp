@@ -58,6 +58,11 @@ protected:
                     .arg(byteName(key))
                     .arg(*earlier));
         }
+        // A blank for a blank is how a table says that it means the blank.
+        if (earlier == m_lines.constEnd() && value.unicode() == key && key != ' ')
+            say(line, Severity::Warning,
+                QStringLiteral("the byte %1 shows as itself without this line, too")
+                    .arg(byteName(key)));
         m_lines.insert(key, line.number);
         m_report.characters.insert(key, value);
     }

@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "app/translate/filter.h"
 
+#include "app/input.h"
+#include "app/output.h"
 #include "app/translate/mapfiles.h"
 #include "charmap/codechandler.h"
 
-#include <cerrno>
 #include <csignal>
-
-#include <poll.h>
-#include <unistd.h>
 
 namespace translate {
 
@@ -37,54 +35,15 @@ QString fullName(const FilterOptions& options, CodecHandler& handler, QTextStrea
         return names.first();
     err << "morsehost: ";
     if (names.isEmpty())
-        err << options.mapsDirectory << ": no map \"" << options.map << '"';
+        err << options.mapsDirectory << ": no map \"" << options.map << '"'
+            << (options.decoder.isEmpty()
+                    ? QString()
+                    : QStringLiteral(" for the decoder \"%1\"").arg(options.decoder));
     else
         err << "the map \"" << options.map << "\" may be \""
             << names.join(QLatin1String("\" or \"")) << '"';
     err << '\n';
     return {};
-}
-
-QString systemError()
-{
-    return QString::fromLocal8Bit(strerror(errno));
-}
-
-bool waitFor(int descriptor, short events)
-{
-    pollfd waiting{descriptor, events, 0};
-    return poll(&waiting, 1, -1) >= 0 || errno == EINTR;
-}
-
-/// Also for descriptors that do not block. -1 on an error, with errno set.
-ssize_t readSome(int descriptor, char* buffer, size_t size)
-{
-    for (;;) {
-        const ssize_t count = read(descriptor, buffer, size);
-        if (count >= 0)
-            return count;
-        if (errno == EINTR)
-            continue;
-        if ((errno != EAGAIN && errno != EWOULDBLOCK) || !waitFor(descriptor, POLLIN))
-            return -1;
-    }
-}
-
-bool writeAll(int descriptor, const QByteArray& bytes)
-{
-    int written = 0;
-    while (written < bytes.size()) {
-        const ssize_t count =
-            write(descriptor, bytes.constData() + written, size_t(bytes.size() - written));
-        if (count >= 0)
-            written += int(count);
-        else if (errno == EAGAIN || errno == EWOULDBLOCK) {
-            if (!waitFor(descriptor, POLLOUT))
-                return false;
-        } else if (errno != EINTR)
-            return false;
-    }
-    return true;
 }
 
 } // namespace
@@ -165,27 +124,28 @@ int runTranslate(const FilterOptions& options, int inputDescriptor, int outputDe
         return 1;
     }
     if (!handler.SetAlphabet(name)) {
-        return fail(QStringLiteral("the map \"%1\" cannot be loaded; only the codec file "
-                                   "ITA2.codec can be chosen by name")
+        return fail(QStringLiteral("the map \"%1\" cannot be loaded: its name leads to no "
+                                   "file that can be read (of the codec files, only ITA2.codec "
+                                   "has a name that does)")
                         .arg(name));
     }
 
     Filter filter(handler, options.back);
+    morsehost::Input input(inputDescriptor);
+    morsehost::Output output(outputDescriptor);
     QByteArray buffer(piece_bytes, Qt::Uninitialized);
-    for (bool more = true; more;) {
-        const ssize_t count = readSome(inputDescriptor, buffer.data(), size_t(buffer.size()));
-        if (count < 0)
-            return fail(QStringLiteral("the input cannot be read: %1").arg(systemError()));
+    for (bool more = true; more && !output.hasFailed();) {
+        const auto count = static_cast<int>(input.read(buffer.data(), std::size_t(buffer.size())));
         more = count > 0;
-        const QByteArray output =
-            more ? filter.next(QByteArray::fromRawData(buffer.constData(), int(count)))
-                 : filter.finish();
-        if (!writeAll(outputDescriptor, output)) {
-            if (errno == EPIPE)
-                return 0;
-            return fail(QStringLiteral("the output cannot be written: %1").arg(systemError()));
-        }
+        output.write(more ? filter.next(QByteArray::fromRawData(buffer.constData(), count))
+                          : filter.finish());
     }
+    if (!input.error().isEmpty())
+        return fail(QStringLiteral("the input cannot be read: %1").arg(input.error()));
+    if (output.isClosed())
+        return 0;
+    if (!output.error().isEmpty())
+        return fail(QStringLiteral("the output cannot be written: %1").arg(output.error()));
     if (filter.replaced() > 0) {
         return fail(QStringLiteral("%1 characters cannot be written as a byte and became \"?\", "
                                    "the first was %2")

@@ -4,6 +4,7 @@
 #include "app/lint/lint.h"
 #include "app/translate/mapfiles.h"
 #include "charmap/codechandler.h"
+#include "files/hostpath.h"
 #include "morse/simplemorsehandler.h"
 
 namespace translate {
@@ -22,18 +23,38 @@ bool begin(const QDir& folder, QTextStream& out, QTextStream& err)
     return false;
 }
 
-/// `handler` has been told to load `name`, with the outcome `loaded`.
-void writeLine(QTextStream& out, const QString& name, const QString& path, bool loaded,
-               IAlphabetHandler& handler)
+/// One line; `isChosen` tells whether the name leads to this file.
+void writeLine(QTextStream& out, const QString& name, const QString& path, bool isChosen)
 {
     out << name << '\t' << path << '\t';
-    if (!loaded) {
+    if (!isChosen) {
         out << "cannot be chosen\n";
         return;
     }
     const lint::Report content = lint::lintFile(path);
-    out << (handler.TextDirectionRTL() ? "right to left" : "left to right") << '\t'
-        << content.alphabet.size() + content.characters.size() << " entries\n";
+    if (!content.failure.isEmpty()) {
+        out << "not counted: " << content.failure << '\n';
+        return;
+    }
+    const int count = content.alphabet.size() + content.characters.size();
+    out << (content.rightToLeft ? "right to left" : "left to right") << '\t' << count
+        << (count == 1 ? " entry\n" : " entries\n");
+}
+
+/// The file that the name of a map leads to: a map file before the codec file.
+QString fileBehind(const QDir& folder, const MapFile& file)
+{
+    const QString charset = file.name.section(QLatin1String(" - "), -1);
+    QString found =
+        findIgnoringCase(folder, file.base + QLatin1Char('.') + charset + QLatin1String(".map"));
+    if (found.isEmpty())
+        found = findIgnoringCase(folder, file.base + QLatin1String(".codec"));
+    return folder.filePath(found);
+}
+
+bool isNone(const QString& name)
+{
+    return name.compare(QLatin1String("None"), Qt::CaseInsensitive) == 0;
 }
 
 } // namespace
@@ -50,7 +71,9 @@ int listAlphabets(const QString& directory, QTextStream& out, QTextStream& err)
         if (lint::kindOf(file) != lint::Kind::Alphabet)
             continue;
         const QString name = file.section(QLatin1Char('.'), 0, 0);
-        writeLine(out, name, folder.filePath(file), handler.SetAlphabet(name), handler);
+        const bool isChosen = !isNone(name) && handler.SetAlphabet(name) &&
+                              findIgnoringCase(folder, name + QLatin1String(".mal")) == file;
+        writeLine(out, name, folder.filePath(file), isChosen);
     }
     out.flush();
     return 0;
@@ -72,8 +95,11 @@ int listMaps(const QString& directory, const QString& decoder, QTextStream& out,
     }
     const QStringList fitting = handler.AvailableAlphabets();
     for (const MapFile& file : mapFilesIn(folder)) {
-        if (decoder.isEmpty() || fitting.contains(file.name))
-            writeLine(out, file.name, file.path, handler.SetAlphabet(file.name), handler);
+        if (!decoder.isEmpty() && !fitting.contains(file.name))
+            continue;
+        const bool isChosen =
+            handler.SetAlphabet(file.name) && fileBehind(folder, file) == file.path;
+        writeLine(out, file.name, file.path, isChosen);
     }
     out.flush();
     return 0;

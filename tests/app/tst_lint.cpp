@@ -234,6 +234,11 @@ void tst_Lint::eachTrapHasItsFinding_data()
     // Maps
     const Kind map = Kind::Map;
     row("a plain map is clean", map, "# title\n0x41\t0x0410\nB\t0x0411\t# BE\n# end\n", {});
+    row("an entry that shows its byte as itself has no effect", map, "B\tB\n0x41\t0x0041\n\n",
+        {"1? the byte 0x42 (\"B\") shows as itself without this line",
+         "2? the byte 0x41 (\"A\") shows as itself without this line"});
+    row("an entry that takes back an earlier one has", map, "B\t0x0411\nB\tB\n\n",
+        {"2: the byte 0x42 (\"B\") was given in line 1 already"});
     row("an empty line closes a map", map, "0x41\t0x0410\n\n", {});
     row("the last line of a map is lost", map, "0x41\t0x0410\n0x42\t0x0411\n",
         {"2: the last line of the file is never stored"});

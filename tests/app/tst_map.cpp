@@ -188,7 +188,7 @@ private Q_SLOTS:
                                         << 1 << QByteArray("/no/such: no such folder");
         QTest::newRow("missing decoder modules")
             << QStringList{"--decoder", "Baudot", "--decoders", "/no/such"} << 1
-            << QByteArray("Baudot: no map fits");
+            << QByteArray("/no/such: is no decoder modules file");
     }
 
     void badInputIsSaidInOneLine()

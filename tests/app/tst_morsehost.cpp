@@ -556,6 +556,43 @@ private Q_SLOTS:
         QCOMPARE(QDir(dir.path()).entryList({"*.xml"}).size(), 1);
     }
 
+    void aSignalEndsAFilterThatWaits_data()
+    {
+        QTest::addColumn<QStringList>("words");
+        QTest::newRow("translate") << QStringList{"translate", "--map", "Greek"};
+        QTest::newRow("map") << QStringList{"map", "--decoder", "Baudot"};
+        QTest::newRow("symbols") << QStringList{"symbols", "-"};
+    }
+
+    void aSignalEndsAFilterThatWaits()
+    {
+        QFETCH(QStringList, words);
+        QProcess process;
+        process.start(QStringLiteral(MORSEHOST_PATH), words);
+        QVERIFY(process.waitForStarted());
+        QTest::qWait(500);
+        ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
+        QVERIFY(process.waitForFinished(20000));
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+    }
+
+    void aClosedStandardInputIsAnEmptyOne()
+    {
+        QProcess shell;
+        shell.start(QStringLiteral("bash"),
+                    {"-c", QStringLiteral("%1 symbols - <&-; %1 translate --map Greek <&-; echo $?")
+                               .arg(QStringLiteral(MORSEHOST_PATH))});
+        QCOMPARE(end(shell).out, QByteArray("0\n"));
+    }
+
+    void aListThatCannotBeWrittenIsSaid()
+    {
+        QProcess process;
+        process.setStandardOutputFile(QStringLiteral("/dev/full"));
+        process.start(QStringLiteral(MORSEHOST_PATH), {"alphabets"});
+        verifyOneLine(end(process), 1, "standard output: cannot be written");
+    }
+
     void aSignalEndsItWhileNobodyReadsItsOutput()
     {
         QTemporaryDir dir;

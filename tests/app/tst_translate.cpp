@@ -236,6 +236,32 @@ private Q_SLOTS:
         }
     }
 
+    void aFileBehindAnotherOfItsNameIsMarked()
+    {
+        QTemporaryDir folder;
+        const auto at = [&](const char* name) { return folder.filePath(QLatin1String(name)); };
+        writeFile(at("ITA2.codec"), "title\nRL\nA;0x0391\n");
+        writeFile(at("ITA2.ita2.map"), "0x41\t0x0410\n\n");
+        const QStringList maps = mapsOf(folder.path()).out.split(QLatin1Char('\n'));
+        QCOMPARE(maps.filter(QStringLiteral("codec\tcannot be chosen")).size(), 1);
+        QCOMPARE(maps.filter(QStringLiteral("map\tleft to right\t1 entry")).size(), 1);
+        writeFile(at("Cyr.mal"), "A\t.-\n\n");
+        writeFile(at("Cyr.old.mal"), "@ TextDirection RL\nA\t.-\nB\t-...\n\n");
+        writeFile(at("none.mal"), "A\t.-\n\n");
+        const QStringList alphabets = alphabetsOf(folder.path()).out.split(QLatin1Char('\n'));
+        QCOMPARE(alphabets.filter(QStringLiteral("Cyr.old.mal\tcannot be chosen")).size(), 1);
+        QCOMPARE(alphabets.filter(QStringLiteral("none.mal\tcannot be chosen")).size(), 1);
+        QCOMPARE(alphabets.filter(QStringLiteral("Cyr.mal\tleft to right\t1 entry")).size(), 1);
+    }
+
+    void aFileThatIsTooLargeToCountSaysSo()
+    {
+        QTemporaryDir folder;
+        const QString path = folder.filePath(QStringLiteral("Large.ascii.map"));
+        writeFile(path, "0x41\t0x0410\n" + QByteArray("# comment\n").repeated(500000) + "\n");
+        QVERIFY(mapsOf(folder.path()).out.contains(QStringLiteral("\tnot counted: ")));
+    }
+
     void aCodecThatCannotBeChosenIsMarked()
     {
         QTemporaryDir folder;

@@ -668,6 +668,20 @@ private Q_SLOTS:
         QCOMPARE(client.handedMode, 0);
     }
 
+    void aClientMayTakeTheObserversOfTheInputAway()
+    {
+        struct ClearingClient : IVtClient
+        {
+            void HandOver(ValueBase* value, int) override { value->DeleteObservers(); }
+        };
+        Scene scene(maps(), "Packet", "Greek - ASCII");
+        ClearingClient client;
+        // The value is handed over between its two registrations.
+        QVERIFY(scene.directory.SetDataInput_ValuePath("d/input", &client));
+        scene.input->SetValue("B", nullptr);
+        QCOMPARE(scene.output->GetValue(), QStringLiteral("\u0392"));
+    }
+
     void aValueThatWasReplacedIsNoLongerRegarded()
     {
         Scene scene(maps(), "Packet", "Greek - ASCII");

@@ -66,6 +66,20 @@ private Q_SLOTS:
         QCOMPARE(findIgnoringCase(dir, QStringLiteral("greek.MAL")), QStringLiteral("GREEK.mal"));
     }
 
+    void theExactSpellingBeforeTheFirstDotWins()
+    {
+        touch(m_dir.filePath(QStringLiteral("CYR.ita2.map")));
+        touch(m_dir.filePath(QStringLiteral("Cyr.ita2.map")));
+        touch(m_dir.filePath(QStringLiteral("cyr.ita2.map")));
+        const QDir dir(m_dir.path());
+        for (const char* base : {"CYR", "Cyr", "cyr"}) {
+            QCOMPARE(findIgnoringCase(dir, QLatin1String(base) + QStringLiteral(".ITA2.map")),
+                     QLatin1String(base) + QStringLiteral(".ita2.map"));
+        }
+        QCOMPARE(findIgnoringCase(dir, QStringLiteral("cYR.ITA2.map")),
+                 QStringLiteral("CYR.ita2.map"));
+    }
+
     void whatIsNotThereAndWhatIsAPathIsNotFound()
     {
         const QDir dir(m_dir.path());

@@ -153,6 +153,20 @@ private Q_SLOTS:
         QCOMPARE(handler.Backtranslate("A"), "");
     }
 
+    void nothingIsTranslatedBackWithAnAlphabetEither()
+    {
+        QTemporaryDir dir;
+        QFile file(dir.filePath("Test.mal"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("A\t.-\n\n");
+        file.close();
+        SimpleMorseHandler handler;
+        handler.SetAlphabetsDir(dir.path());
+        QVERIFY(handler.SetAlphabet("Test"));
+        QCOMPARE(handler.Translate(".- "), "A");
+        QCOMPARE(handler.Backtranslate("A"), "");
+    }
+
     void piecesAreTranslatedWhenTheirGapArrives_data()
     {
         QTest::addColumn<QStringList>("pieces");
