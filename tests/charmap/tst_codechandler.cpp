@@ -324,6 +324,32 @@ private Q_SLOTS:
         QVERIFY(!handler.AvailableAlphabets().contains(name.section(" - ", 0, 0)));
     }
 
+    void aDecoderOfBothNeverLooksForACodecFile()
+    {
+        QTemporaryDir dir;
+        writeFile(dir.filePath("Greek.codec"), "\n\nA;0x0391\n");
+        writeFile(dir.filePath("ITA2.codec"), "\n\nA;0x0391\n");
+        CodecHandler handler;
+        handler.SetAlphabetsDir(dir.path());
+        handler.SetDecoder("Any");
+        QVERIFY(!handler.SetAlphabet("Greek"));
+        QCOMPARE(handler.Alphabet(), "Greek - ASCII");
+        QCOMPARE(handler.Translate("A"), "A");
+    }
+
+    void charactersAboveLatin1PassThoughTheirLowByteHasAnEntry()
+    {
+        QTemporaryDir dir;
+        writeFile(dir.filePath("T.ascii.map"), "0x41\t0x0391\n\n");
+        CodecHandler handler;
+        handler.SetAlphabetsDir(dir.path());
+        QVERIFY(handler.SetAlphabet("T - ASCII"));
+        QCOMPARE(handler.Translate(QStringLiteral("A\u0441\u0141")),
+                 QStringLiteral("\u0391\u0441\u0141"));
+        const QString many = QStringLiteral("A\u0441").repeated(5000);
+        QCOMPARE(handler.Translate(many), QStringLiteral("\u0391\u0441").repeated(5000));
+    }
+
     void theOneCodecFileThatCanBeLoadedIsCalledITA2()
     {
         QTemporaryDir dir;
