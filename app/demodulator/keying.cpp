@@ -21,9 +21,8 @@ constexpr double RESOLUTION = 0.7; // deviation of a length, in steps, from the 
 constexpr double MEMORY = 40.0;    // marks or gaps of a kind that are remembered
 constexpr std::size_t KEPT_GAPS = 24;
 
-// Unit steps below which every step counts, every second one.
-constexpr double FINE_UNIT_steps = 17.0;
-constexpr double MEDIUM_UNIT_steps = 34.0;
+// Unit steps below which every step counts, not every second one.
+constexpr double FINE_UNIT_steps = 26.0;
 
 std::size_t index(Kind kind)
 {
@@ -41,20 +40,7 @@ double logStudent(double x, double scale)
 
 Keying::Keying(double step_s, std::optional<double> speed_wpm)
 {
-    m_habits = {
-        {1.0, 0.22, 0.55}, // dot
-        {3.0, 0.40, 0.45}, // dash
-        {1.0, 1.0, 0.0},   // carrier: handled apart
-        {1.0, 0.22, 0.60}, // between elements
-        {3.0, 0.50, 0.32}, // between characters
-        {7.0, 1.2, 0.08, 3.0}, {1.0, 1.0, 0.0},
-    };
-    for (const Habit& habit : m_habits) {
-        constexpr double PRIOR_WEIGHT = 8.0;
-        const double variance = habit.deviation * habit.deviation;
-        m_memory.push_back({PRIOR_WEIGHT, PRIOR_WEIGHT * habit.mean,
-                            PRIOR_WEIGHT * (habit.mean * habit.mean + variance)});
-    }
+    forget();
     double fastest_wpm = FASTEST_wpm;
     double slowest_wpm = SLOWEST_wpm;
     if (speed_wpm) {
@@ -65,9 +51,7 @@ Keying::Keying(double step_s, std::optional<double> speed_wpm)
     for (double speed = fastest_wpm; speed >= slowest_wpm; speed /= SPEED_RATIO) {
         DurationTable table;
         table.unit_steps = 1.2 / speed / step_s;
-        table.stride = table.unit_steps < FINE_UNIT_steps     ? 1
-                       : table.unit_steps < MEDIUM_UNIT_steps ? 2
-                                                              : 4;
+        table.stride = table.unit_steps < FINE_UNIT_steps ? 1 : 2;
         m_tables.push_back(table);
         const double x = std::log(speed / speed_wpm.value_or(USUAL_wpm)) / USUAL_DEVIATION;
         m_priors.push_back(-0.5 * x * x);
@@ -78,10 +62,31 @@ Keying::Keying(double step_s, std::optional<double> speed_wpm)
     update();
 }
 
+void Keying::forget()
+{
+    m_habits = {
+        {1.0, 0.22, 0.55}, // dot
+        {3.0, 0.40, 0.45}, // dash
+        {1.0, 1.0, 0.0},   // carrier: handled apart
+        {1.0, 0.22, 0.60}, // between elements
+        {3.0, 0.50, 0.32}, // between characters
+        {7.0, 1.2, 0.08, 3.0}, {1.0, 1.0, 0.0},
+    };
+    m_memory.clear();
+    m_longGaps.clear();
+    for (const Habit& habit : m_habits) {
+        constexpr double PRIOR_WEIGHT = 8.0;
+        const double variance = habit.deviation * habit.deviation;
+        m_memory.push_back({PRIOR_WEIGHT, PRIOR_WEIGHT * habit.mean,
+                            PRIOR_WEIGHT * (habit.mean * habit.mean + variance)});
+    }
+}
+
 double Keying::logDensity(Kind kind, double units, double resolution_units) const
 {
     const Habit& habit = m_habits[index(kind)];
-    const double deviation = std::hypot(habit.deviation, resolution_units);
+    const double deviation =
+        std::sqrt(habit.deviation * habit.deviation + resolution_units * resolution_units);
     double x = (units - habit.mean) / deviation;
     if (x > 0.0)
         x /= habit.rightTail;
@@ -150,7 +155,7 @@ void Keying::learn(Kind kind, double units)
     memory.squares = memory.squares * keep + bounded * bounded;
 }
 
-void Keying::learnGapStyle()
+void Keying::learnGapStyle(double unit)
 {
     if (m_longGaps.size() < 2)
         return;
@@ -167,7 +172,8 @@ void Keying::learnGapStyle()
             const double skew = std::log(ratio / 2.333) / 0.2;
             double sum = -0.5 * (scale * scale + skew * skew);
             const double word = character * ratio;
-            for (const double gap : m_longGaps) {
+            for (const double heard : m_longGaps) {
+                const double gap = heard / unit;
                 const double a =
                     logStudent((gap - character) / (0.15 * character), 0.15 * character);
                 const double b = logStudent((gap - word) / (0.18 * word), 0.18 * word);
@@ -197,15 +203,17 @@ void Keying::update()
         habit.deviation = std::sqrt(std::max(variance, 0.0));
         habit.deviation = std::max(habit.deviation, LEAST_DEVIATIONS[index(kind)]);
     }
-    // The unit is half of a dot with its gap; what is longer than a unit of one is missing from
-    // the other.
-    const double weight =
-        std::clamp(0.5 * (m_habits[index(Kind::Dot)].mean - m_habits[index(Kind::ElementGap)].mean),
-                   -0.5, 0.5);
+    // The unit is half of a dot with its gap: where they say that it is longer than the speed that
+    // they were heard at, the lengths of all the others are fewer units.
+    const double dot = m_habits[index(Kind::Dot)].mean;
+    const double gap = m_habits[index(Kind::ElementGap)].mean;
+    const double unit = std::clamp(0.5 * (dot + gap), 0.7, 1.4);
+    const double weight = std::clamp(0.5 * (dot - gap) / unit, -0.5, 0.5);
     m_habits[index(Kind::Dot)].mean = 1.0 + weight;
     m_habits[index(Kind::ElementGap)].mean = 1.0 - weight;
-    m_habits[index(Kind::Dash)].mean = std::clamp(m_habits[index(Kind::Dash)].mean, 2.2, 5.0);
-    learnGapStyle();
+    m_habits[index(Kind::Dash)].mean =
+        std::clamp(m_habits[index(Kind::Dash)].mean / unit, 2.2, 5.0);
+    learnGapStyle(unit);
 
     const auto crossing = [&](Kind shorter, Kind longer) {
         double units = m_habits[index(shorter)].mean;

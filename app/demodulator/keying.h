@@ -47,6 +47,8 @@ public:
     /// Log probability of a speed before anything is heard.
     double prior(std::size_t speed) const { return m_priors[speed]; }
 
+    /// Somebody else keys now.
+    void forget();
     /// A mark or space that was decided.
     void learn(Kind kind, double units);
     /// Puts what was learnt into the tables.
@@ -66,7 +68,7 @@ private:
         double rightTail = 1.0; // how much further it reaches to longer lengths
     };
 
-    void learnGapStyle();
+    void learnGapStyle(double unit);
     void buildTable(DurationTable& table) const;
     double logDensity(Kind kind, double units, double resolution_units) const;
 

@@ -8,6 +8,12 @@ namespace demodulator {
 
 namespace {
 
+// std::abs of a complex number guards against overflow, which takes most of the time of it.
+double magnitudeOf(std::complex<double> value)
+{
+    return std::sqrt(std::norm(value));
+}
+
 // Amplitudes that a single mark may have, relative to the level followed.
 constexpr double AMPLITUDES[] = {0.62, 1.0, 1.5};
 // Log probability of each but the middle one. Of weak signals only the middle one is believed:
@@ -95,28 +101,35 @@ float MarkLikelihood::ratio(std::int64_t length) const
     const Sums& begin = sums(m_end - length);
     const Sums& end = sums(m_end);
     const std::complex<double> sum = 2.0 * (end.weighted - begin.weighted);
-    double magnitude = std::abs(sum);
+    double magnitude = magnitudeOf(sum);
     if (m_level.signal > LARGEST_RATIO * m_level.noise && length >= LEAST_HALVED_LENGTH) {
         // Of a strong signal the phase may drift: chirp and a tone that is not quite hit are no
         // reason to doubt a mark.
         const Sums& middle = sums(m_end - length / 2);
-        magnitude = std::max(magnitude, 2.0 * (std::abs(end.weighted - middle.weighted) +
-                                               std::abs(middle.weighted - begin.weighted)) -
+        magnitude = std::max(magnitude, 2.0 * (magnitudeOf(end.weighted - middle.weighted) +
+                                               magnitudeOf(middle.weighted - begin.weighted)) -
                                             PHASE_DRIFT);
     }
     const double energy = end.energy - begin.energy;
-    double best = -1e9;
+    // The most probable amplitude, as if its phase were known; then the phase is averaged over.
+    std::size_t best = 1;
+    double bestFit = -1e9;
     for (std::size_t i = 0; i < 3; ++i) {
-        const double amplitude = AMPLITUDES[i];
-        double evidence = logBesselI0(amplitude * magnitude);
-        if (m_concentration > 0.0) {
-            evidence = std::max(evidence + OTHER_PHASE,
-                                logBesselI0(std::abs(amplitude * sum + m_concentration)) -
-                                    m_concentrationCost);
+        const double fit =
+            m_logProbabilities[i] + AMPLITUDES[i] * (magnitude - AMPLITUDES[i] * energy);
+        if (fit > bestFit) {
+            bestFit = fit;
+            best = i;
         }
-        best = std::max(best, m_logProbabilities[i] - amplitude * amplitude * energy + evidence);
     }
-    return static_cast<float>(best);
+    const double amplitude = AMPLITUDES[best];
+    double evidence = logBesselI0(amplitude * magnitude);
+    if (m_concentration > 0.0) {
+        evidence = std::max(evidence + OTHER_PHASE,
+                            logBesselI0(magnitudeOf(amplitude * sum + m_concentration)) -
+                                m_concentrationCost);
+    }
+    return static_cast<float>(m_logProbabilities[best] - amplitude * amplitude * energy + evidence);
 }
 
 } // namespace demodulator
