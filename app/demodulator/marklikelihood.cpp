@@ -26,9 +26,11 @@ constexpr double LOSS_OF_FREEDOM = 4.3; // for each e-fold below it
 // fading and clicks are no noise that the model knows, and lengths have to count beside levels.
 constexpr double LARGEST_RATIO = 8.0;
 
-constexpr std::int64_t LEAST_HALVED_LENGTH = 12;
+constexpr double STRONG_DOT = 60.0; // energy of a dot over noise density
+constexpr std::int64_t LEAST_CUT_LENGTH = 12;
+constexpr std::int64_t LONG_LENGTH = 48;
 constexpr double OTHER_PHASE = -2.0; // log probability that the phase is not the one expected
-constexpr double PHASE_DRIFT = 3.0;  // logarithm of how improbable a drift of phase is
+constexpr double PHASE_DRIFT = 3.0;  // logarithm of how improbable a drift from part to part is
 
 } // namespace
 
@@ -102,13 +104,18 @@ float MarkLikelihood::ratio(std::int64_t length) const
     const Sums& end = sums(m_end);
     const std::complex<double> sum = 2.0 * (end.weighted - begin.weighted);
     double magnitude = magnitudeOf(sum);
-    if (m_level.signal > LARGEST_RATIO * m_level.noise && length >= LEAST_HALVED_LENGTH) {
+    if (m_level.signal * m_level.dot_steps > STRONG_DOT * m_level.noise &&
+        length >= LEAST_CUT_LENGTH) {
         // Of a strong signal the phase may drift: chirp and a tone that is not quite hit are no
         // reason to doubt a mark.
-        const Sums& middle = sums(m_end - length / 2);
-        magnitude = std::max(magnitude, 2.0 * (magnitudeOf(end.weighted - middle.weighted) +
-                                               magnitudeOf(middle.weighted - begin.weighted)) -
-                                            PHASE_DRIFT);
+        const std::int64_t parts = length < LONG_LENGTH ? 2 : 4;
+        double drifting = 0.0;
+        for (std::int64_t part = 0; part < parts; ++part) {
+            drifting += magnitudeOf(sums(m_end - length * part / parts).weighted -
+                                    sums(m_end - length * (part + 1) / parts).weighted);
+        }
+        magnitude =
+            std::max(magnitude, 2.0 * drifting - PHASE_DRIFT * static_cast<double>(parts - 1));
     }
     const double energy = end.energy - begin.energy;
     // The most probable amplitude, as if its phase were known; then the phase is averaged over.
