@@ -328,7 +328,7 @@ void Channel::commit(const Path& path, bool last)
     }
     const auto since = static_cast<std::int64_t>(0.5e6 / m_stepDuration_us);
     if (m_committed > m_learnt && now >= m_learnt + since) {
-        m_keying.update();
+        m_keying.update(m_givenUnit_steps);
         m_learnt = now;
     }
     if (m_classifier.lastMarkEnd_us() > 0 && !m_classifier.active())

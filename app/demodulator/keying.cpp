@@ -17,6 +17,11 @@ constexpr double TOLD_TOLERANCE = 1.2;
 constexpr double LARGEST_GAP_s = 2.6; // longer gaps are silence: the tables end
 constexpr double LONGEST_DASH_units = 8.0;
 
+// Nothing shorter can be told from a click, or from the edge of a strong signal beside ours.
+constexpr double SHORTEST_MARK_steps = 3.0;
+constexpr double SHORTEST_GAP_steps = 2.0;
+constexpr double NEAR_SPEED = 0.25; // of the logarithm
+constexpr unsigned UPDATES_OF_ALL = 16;
 constexpr double RESOLUTION = 0.7; // deviation of a length, in steps, from the grid of steps
 constexpr double MEMORY = 40.0;    // marks or gaps of a kind that are remembered
 constexpr std::size_t KEPT_GAPS = 24;
@@ -59,7 +64,7 @@ Keying::Keying(double step_s, std::optional<double> speed_wpm)
     }
     for (double& prior : m_priors)
         prior -= std::log(total);
-    update();
+    update(0.0);
 }
 
 void Keying::forget()
@@ -128,11 +133,12 @@ void Keying::buildTable(DurationTable& table) const
           {Kind::Dot, Kind::Dash});
     build(table.gap, table.gapSurvival, table.gapKind, longestGap_units,
           {Kind::ElementGap, Kind::CharacterGap, Kind::WordGap});
-    const auto first = [&](double units) {
-        return std::max(1, static_cast<int>(std::lround(units / perIndex_units)));
+    const auto first = [&](double units, double steps) {
+        return static_cast<int>(
+            std::lround(std::max(units / perIndex_units, steps / table.stride)));
     };
-    table.firstMark = first(0.3);
-    table.firstGap = first(0.25);
+    table.firstMark = first(0.3, SHORTEST_MARK_steps);
+    table.firstGap = first(0.25, SHORTEST_GAP_steps);
 }
 
 void Keying::learn(Kind kind, double units)
@@ -192,7 +198,7 @@ void Keying::learnGapStyle(double unit)
     m_habits[index(Kind::WordGap)].deviation = 0.17 * bestWord;
 }
 
-void Keying::update()
+void Keying::update(double unit_steps)
 {
     constexpr double LEAST_DEVIATIONS[] = {0.06, 0.1, 1.0, 0.06};
     for (const Kind kind : {Kind::Dot, Kind::Dash, Kind::ElementGap}) {
@@ -224,8 +230,13 @@ void Keying::update()
     };
     m_characterThreshold = crossing(Kind::ElementGap, Kind::CharacterGap);
     m_wordThreshold = crossing(Kind::CharacterGap, Kind::WordGap);
-    for (DurationTable& table : m_tables)
-        buildTable(table);
+    // Tables of speeds far from the one heard may stay behind for a while: they take most of the
+    // time and are least likely to be used.
+    const bool all = !(unit_steps > 0.0) || ++m_updates % UPDATES_OF_ALL == 0;
+    for (DurationTable& table : m_tables) {
+        if (all || std::fabs(std::log(table.unit_steps / unit_steps)) < NEAR_SPEED)
+            buildTable(table);
+    }
 }
 
 } // namespace demodulator

@@ -51,8 +51,9 @@ public:
     void forget();
     /// A mark or space that was decided.
     void learn(Kind kind, double units);
-    /// Puts what was learnt into the tables.
-    void update();
+    /// Puts what was learnt into the tables: into all when no unit is given, else at once only into
+    /// those of similar speeds.
+    void update(double unit_steps = 0.0);
 
     double mean(Kind kind) const { return m_habits[static_cast<std::size_t>(kind)].mean; }
     /// Length in units from which on a gap ends a character, a word.
@@ -83,6 +84,7 @@ private:
     };
     std::vector<Memory> m_memory;
     std::deque<double> m_longGaps;
+    unsigned m_updates = 0;
     double m_characterThreshold = 2.0;
     double m_wordThreshold = 5.0;
 };

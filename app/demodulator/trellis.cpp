@@ -47,7 +47,7 @@ void Trellis::computeRatios(std::int64_t now)
 {
     // Only the lengths that some speed with a live path asks for.
     std::int64_t longest = 0;
-    std::int64_t longestFine = 0;
+    m_finest = 0;
     for (std::size_t speed = 0; speed < m_keying.speeds(); ++speed) {
         const DurationTable& table = m_keying.table(speed);
         const auto length = static_cast<std::int64_t>(table.mark.size()) * table.stride;
@@ -55,13 +55,20 @@ void Trellis::computeRatios(std::int64_t now)
             continue;
         longest = std::max(longest, length);
         if (table.stride == 1)
-            longestFine = std::max(longestFine, length);
+            m_finest = std::max(m_finest, length);
     }
     m_ratios.resize(static_cast<std::size_t>(longest) + 1);
     for (std::int64_t length = 1; length <= longest; ++length) {
-        if (length <= longestFine || length % 2 == 0)
+        if (length <= m_finest || length % 2 == 0)
             m_ratios[static_cast<std::size_t>(length)] = m_likelihood.ratio(length);
     }
+}
+
+float Trellis::ratio(std::int64_t length) const
+{
+    const bool known = length < static_cast<std::int64_t>(m_ratios.size()) &&
+                       (length <= m_finest || length % 2 == 0);
+    return known ? m_ratios[static_cast<std::size_t>(length)] : m_likelihood.ratio(length);
 }
 
 void Trellis::advance()
@@ -271,7 +278,7 @@ Path Trellis::path(std::int64_t since_step) const
                 break;
             if (m_gap[cell(candidate, from)] == IMPOSSIBLE)
                 continue;
-            const float score = m_gap[cell(candidate, from)] + m_likelihood.ratio(m_now - from) +
+            const float score = m_gap[cell(candidate, from)] + ratio(m_now - from) +
                                 table.markSurvival[static_cast<std::size_t>(i)];
             if (score > best) {
                 best = score;

@@ -5,7 +5,6 @@
 #include "support/morsecode.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -62,11 +61,9 @@ int measure(const std::string& set, const std::string& only, const std::string& 
                 if (!onlyKind.empty() && kind != onlyKind)
                     continue;
                 const reception::Recording recording = reception::record(condition, kind, seed);
-                const auto begin = std::chrono::steady_clock::now();
+                const std::clock_t begin = std::clock();
                 const std::string received = decode(recording, told);
-                const std::chrono::duration<double> spent =
-                    std::chrono::steady_clock::now() - begin;
-                spent_s += spent.count();
+                spent_s += static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
                 signal_s += static_cast<double>(recording.samples.size()) / reception::RATE_Hz;
                 const double rate = testsupport::characterErrorRate(recording.sent, received);
                 sum += rate;
@@ -97,12 +94,12 @@ int pureNoise(double duration_s, const std::string& seed)
     demodulator::Settings settings;
     settings.sampleRate_Hz = reception::RATE_Hz;
     demodulator::Demodulator demodulator(settings, sink);
-    const auto begin = std::chrono::steady_clock::now();
+    const std::clock_t begin = std::clock();
     demodulator.push(samples.data(), samples.size());
     demodulator.finish();
-    const std::chrono::duration<double> spent = std::chrono::steady_clock::now() - begin;
+    const double spent_s = static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
     std::printf("noise %.0f s: [%s] %.0f times real time\n", duration_s,
-                testsupport::textOfCodes(sink.codes).c_str(), duration_s / spent.count());
+                testsupport::textOfCodes(sink.codes).c_str(), duration_s / spent_s);
     return 0;
 }
 
