@@ -13,7 +13,6 @@ namespace {
 constexpr double PI = 3.14159265358979323846;
 constexpr std::int64_t REVIEW_STEPS = 8; // decisions are looked at every 32 ms
 constexpr double DELAY_us = 0.9e6;       // what is older is decided
-constexpr double START_DELAY_us = 2.0e6; // at the start of a transmission the speed is learnt first
 // Log likelihood of keying over noise that makes a signal a signal: noise reaches it once in e^25
 // tries, with some hundred tries a second.
 constexpr double CONFIRMING_GAIN = 25.0;
@@ -26,6 +25,8 @@ constexpr double WEAK_RATIO = 3.0; // signal to noise of one step below which th
 constexpr double BURST = 4.0;      // times the usual power
 constexpr double REST_MEMORY_PER_STEP = 0.002; // 2 s
 constexpr double FASTEST_FADE_dB_per_s = 20.0;
+constexpr double FOREIGN_TONE_Hz = 30.0;
+constexpr double OTHER_HAND = 0.2; // change of the logarithm of speed that a hand does not make
 constexpr double WEAK_DOT = 5.0;
 constexpr double STRONG_DOT = 45.0; // energy of a dot over noise density
 constexpr double TONE_MEMORY_s = 2.0;
@@ -117,24 +118,24 @@ void Channel::review(bool last)
     if (path.segments.empty())
         return;
 
+    m_marks = 0;
+    bool carrier = false;
+    for (const Segment& segment : path.segments) {
+        if (!isMark(segment.kind) || foreign(segment))
+            continue;
+        carrier = carrier || segment.kind == Kind::Carrier;
+        m_lastMark = m_origin + segment.end_step;
+        m_unit_steps = segment.unit_steps;
+        if (&segment == &path.segments.back())
+            continue;
+        if (!m_confirmed && m_marks == 0)
+            m_firstMark = m_origin + segment.begin_step;
+        ++m_marks;
+    }
     if (!m_confirmed) {
-        std::int64_t marks = 0;
-        bool carrier = false;
-        for (const Segment& segment : path.segments) {
-            if (segment.kind == Kind::Carrier)
-                carrier = true;
-            else if (isMark(segment.kind) && &segment != &path.segments.back() && ++marks == 1)
-                m_firstMark = m_origin + segment.begin_step;
-        }
         m_gain = path.gain;
         m_confirmed =
-            path.complete && path.gain > CONFIRMING_GAIN && !carrier && marks >= LEAST_MARKS;
-    }
-    for (const Segment& segment : path.segments) {
-        if (isMark(segment.kind)) {
-            m_lastMark = m_origin + segment.end_step;
-            m_unit_steps = segment.unit_steps;
-        }
+            path.complete && path.gain > CONFIRMING_GAIN && !carrier && m_marks >= LEAST_MARKS;
     }
     follow(path);
     if (m_confirmed && m_released)
@@ -190,7 +191,8 @@ void Channel::followTone(const Path& path)
     double t0 = 0.0;
     double t1 = 0.0;
     for (const Segment& segment : path.segments) {
-        if (!isMark(segment.kind) || segment.end_step == now || tooOld(segment, TONE_SPAN_us))
+        if (!isMark(segment.kind) || segment.end_step == now || tooOld(segment, TONE_SPAN_us) ||
+            foreign(segment))
             continue;
         const std::int64_t length = segment.end_step - segment.begin_step;
         const std::int64_t lag = std::max<std::int64_t>(1, length / 3);
@@ -234,7 +236,8 @@ void Channel::followPhase(const Path& path)
     }
     std::vector<PhaseMark> marks;
     for (const Segment& segment : path.segments) {
-        if (!isMark(segment.kind) || segment.end_step == now || tooOld(segment, TONE_SPAN_us))
+        if (!isMark(segment.kind) || segment.end_step == now || tooOld(segment, TONE_SPAN_us) ||
+            foreign(segment))
             continue;
         const double middle = 0.5 * static_cast<double>(segment.begin_step + segment.end_step - 1);
         const auto slot = static_cast<std::size_t>(static_cast<std::int64_t>(middle) %
@@ -261,6 +264,18 @@ void Channel::followPhase(const Path& path)
     }
 }
 
+// Belongs to another signal, whose tone is far off.
+bool Channel::foreign(const Segment& segment) const
+{
+    const std::int64_t length = segment.end_step - segment.begin_step;
+    if (length > MarkLikelihood::KEPT_STEPS / 2 ||
+        m_likelihood.end() - segment.begin_step >= MarkLikelihood::KEPT_STEPS)
+        return false;
+    const std::complex<double> turn = m_likelihood.advance(segment.begin_step, segment.end_step, 1);
+    const double offset_Hz = std::arg(turn) / (2.0 * PI) * 1e6 / m_stepDuration_us;
+    return std::fabs(offset_Hz) > FOREIGN_TONE_Hz;
+}
+
 bool Channel::tooOld(const Segment& segment, double span_us) const
 {
     const std::int64_t now = m_likelihood.end();
@@ -272,8 +287,6 @@ void Channel::commit(const Path& path, bool last)
 {
     const std::int64_t now = m_likelihood.end();
     std::int64_t decided = now - static_cast<std::int64_t>(DELAY_us / m_stepDuration_us);
-    if (static_cast<double>(now - (m_firstMark - m_origin)) * m_stepDuration_us < START_DELAY_us)
-        decided = 0;
     if (last)
         decided = now;
 
@@ -288,6 +301,11 @@ void Channel::commit(const Path& path, bool last)
         if (isMark(segment.kind)) {
             if (open || segment.end_step > decided)
                 break;
+            if (foreign(segment))
+                continue;
+            if (std::fabs(std::log(segment.unit_steps / m_givenUnit_steps)) > OTHER_HAND)
+                m_keying.forget();
+            m_givenUnit_steps = segment.unit_steps;
             if (m_pendingGap) {
                 m_keying.learn(m_pendingGap->kind, m_pendingGap->units);
                 m_pendingGap.reset();
@@ -310,7 +328,7 @@ void Channel::commit(const Path& path, bool last)
     }
     const auto since = static_cast<std::int64_t>(0.5e6 / m_stepDuration_us);
     if (m_committed > m_learnt && now >= m_learnt + since) {
-        m_keying.update();
+        m_keying.update(m_givenUnit_steps);
         m_learnt = now;
     }
     if (m_classifier.lastMarkEnd_us() > 0 && !m_classifier.active())

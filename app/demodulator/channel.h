@@ -31,6 +31,8 @@ public:
 
     /// Far more probable keying than noise, and no steady tone.
     bool confirmed() const { return m_confirmed; }
+    /// Marks of its path, but for the last seconds' only.
+    std::int64_t marks() const { return m_marks; }
     /// Log likelihood of its signal over noise.
     double gain() const { return m_gain; }
     /// First and last mark of the path found so far, as samples of the history.
@@ -55,6 +57,7 @@ private:
     void followLevel(const Path& path);
     void followTone(const Path& path);
     void followPhase(const Path& path);
+    bool foreign(const Segment& segment) const;
     bool tooOld(const Segment& segment, double span_us) const;
     void commit(const Path& path, bool last);
     std::int64_t time_us(std::int64_t step) const;
@@ -77,7 +80,9 @@ private:
     std::int64_t m_firstMark = 0;
     std::int64_t m_lastMark = 0;
     std::int64_t m_learnt = 0;
+    std::int64_t m_marks = 0; // of the path
     double m_unit_steps = 15.0;
+    double m_givenUnit_steps = 15.0;
     double m_weakest;         // level of the weakest signal to look for
     double m_usualRest = 0.0; // power beside the tone, as noise of a step
     double m_gain = 0.0;

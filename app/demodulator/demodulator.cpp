@@ -23,15 +23,19 @@ constexpr double HIGHEST_TONE_Hz = 3500.0;
 constexpr double TOLD_TONE_TOLERANCE_Hz = 50.0;
 constexpr double HISTORY_s = 8.0;
 constexpr double HEARD_AGAIN_s = 6.0; // of what came before a signal was noticed
-constexpr double HEARD_FIRST_s = 2.0; // of a signal before it is given
+// How much of a signal is heard before it is given: the more, the surer its speed.
+constexpr double HEARD_FIRST_s = 2.0;
+constexpr std::int64_t HEARD_FIRST_marks = 8;
+constexpr double HEARD_FIRST_AT_MOST_s = 4.5;
 constexpr double BEFORE_FIRST_s = 0.3;
 constexpr double SEARCH_s = 3.0;         // span in which a tone is looked for
 constexpr int SEARCH_HOPS = 8;           // a search every 256 ms
-constexpr double CANDIDATE_LIFE_s = 5.0; // a candidate that is not confirmed by then is dropped
+constexpr double CANDIDATE_LIFE_s = 6.0; // a candidate that is not confirmed by then is dropped
 // Another signal may take over after a silence of so long, longer than any gap between words.
 constexpr double RIVAL_SILENCE_s = 0.6;
 constexpr double RIVAL_SILENCE_units = 10.0;
 constexpr double OWN_TONE_Hz = 12.0; // so near, it is the signal itself that goes on
+constexpr double NEIGHBOUR_POWER = 0.3;
 constexpr double SAME_TONE_Hz = 25.0;
 constexpr double NOISE_SPAN_s = 4.0;
 
@@ -127,9 +131,15 @@ private:
                 m_active->setNoise(m_finder.noiseNear(m_active->tone_Hz(), framesIn(NOISE_SPAN_s)));
             search(CANDIDATE_LIFE_s);
         }
-        if (m_candidate && m_candidate->confirmed() && takesOver() &&
-            m_history.end() - m_candidate->firstMark_sample() > samplesIn(HEARD_FIRST_s))
+        if (m_candidate && m_candidate->confirmed() && takesOver() && heardEnough())
             promote();
+    }
+
+    bool heardEnough() const
+    {
+        const std::int64_t heard = m_history.end() - m_candidate->firstMark_sample();
+        return (heard > samplesIn(HEARD_FIRST_s) && m_candidate->marks() >= HEARD_FIRST_marks) ||
+               heard > samplesIn(HEARD_FIRST_AT_MOST_s);
     }
 
     bool takesOver() const
@@ -148,8 +158,8 @@ private:
         m_active = std::make_unique<Channel>(m_candidate->heard(), m_rate_Hz, begin,
                                              m_settings.speed_wpm, m_sink);
         m_candidate.reset();
-        m_active->release();
         m_active->process(m_history);
+        m_active->release();
     }
 
     // Looks for a signal where there is none under way, or where that one is silent.
@@ -178,6 +188,10 @@ private:
         }
         const auto found = m_finder.find(frames, lowest_Hz, highest_Hz);
         if (!found || (m_active && std::fabs(m_active->tone_Hz() - found->tone_Hz) < OWN_TONE_Hz))
+            return;
+        // Who was there all the time is no answer.
+        if (m_active && m_finder.power(found->tone_Hz, frames, framesIn(SEARCH_s)) >
+                            NEIGHBOUR_POWER * m_finder.power(found->tone_Hz, 0, frames))
             return;
         if (m_candidate && (std::fabs(m_candidate->tone_Hz() - found->tone_Hz) < SAME_TONE_Hz ||
                             found->level < 2.0 * m_candidateLevel))

@@ -23,8 +23,8 @@ namespace demodulator {
 /// - 5, end of line, is written by the host at the next transmissionStarted(), not here.
 ///
 /// Delay: a code is given at most 1 s after the mark that it reports on (a character gap: after the
-/// end of its character, a word gap: after the gap is one), except in the first 2 s of a
-/// transmission, which are heard out before anything is given.
+/// end of its character, a word gap: after the gap is one). The beginning of a transmission is
+/// heard out first, until 2 s and 8 marks have come or 4.5 s are over, to be sure of its speed.
 class SymbolSink
 {
 public:

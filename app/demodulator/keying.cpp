@@ -17,13 +17,17 @@ constexpr double TOLD_TOLERANCE = 1.2;
 constexpr double LARGEST_GAP_s = 2.6; // longer gaps are silence: the tables end
 constexpr double LONGEST_DASH_units = 8.0;
 
+// Nothing shorter can be told from a click, or from the edge of a strong signal beside ours.
+constexpr double SHORTEST_MARK_steps = 3.0;
+constexpr double SHORTEST_GAP_steps = 2.0;
+constexpr double NEAR_SPEED = 0.25; // of the logarithm
+constexpr unsigned UPDATES_OF_ALL = 16;
 constexpr double RESOLUTION = 0.7; // deviation of a length, in steps, from the grid of steps
 constexpr double MEMORY = 40.0;    // marks or gaps of a kind that are remembered
 constexpr std::size_t KEPT_GAPS = 24;
 
-// Unit steps below which every step counts, every second one.
-constexpr double FINE_UNIT_steps = 17.0;
-constexpr double MEDIUM_UNIT_steps = 34.0;
+// Unit steps below which every step counts, not every second one.
+constexpr double FINE_UNIT_steps = 26.0;
 
 std::size_t index(Kind kind)
 {
@@ -41,20 +45,7 @@ double logStudent(double x, double scale)
 
 Keying::Keying(double step_s, std::optional<double> speed_wpm)
 {
-    m_habits = {
-        {1.0, 0.22, 0.55}, // dot
-        {3.0, 0.40, 0.45}, // dash
-        {1.0, 1.0, 0.0},   // carrier: handled apart
-        {1.0, 0.22, 0.60}, // between elements
-        {3.0, 0.50, 0.32}, // between characters
-        {7.0, 1.2, 0.08, 3.0}, {1.0, 1.0, 0.0},
-    };
-    for (const Habit& habit : m_habits) {
-        constexpr double PRIOR_WEIGHT = 8.0;
-        const double variance = habit.deviation * habit.deviation;
-        m_memory.push_back({PRIOR_WEIGHT, PRIOR_WEIGHT * habit.mean,
-                            PRIOR_WEIGHT * (habit.mean * habit.mean + variance)});
-    }
+    forget();
     double fastest_wpm = FASTEST_wpm;
     double slowest_wpm = SLOWEST_wpm;
     if (speed_wpm) {
@@ -65,9 +56,7 @@ Keying::Keying(double step_s, std::optional<double> speed_wpm)
     for (double speed = fastest_wpm; speed >= slowest_wpm; speed /= SPEED_RATIO) {
         DurationTable table;
         table.unit_steps = 1.2 / speed / step_s;
-        table.stride = table.unit_steps < FINE_UNIT_steps     ? 1
-                       : table.unit_steps < MEDIUM_UNIT_steps ? 2
-                                                              : 4;
+        table.stride = table.unit_steps < FINE_UNIT_steps ? 1 : 2;
         m_tables.push_back(table);
         const double x = std::log(speed / speed_wpm.value_or(USUAL_wpm)) / USUAL_DEVIATION;
         m_priors.push_back(-0.5 * x * x);
@@ -75,13 +64,34 @@ Keying::Keying(double step_s, std::optional<double> speed_wpm)
     }
     for (double& prior : m_priors)
         prior -= std::log(total);
-    update();
+    update(0.0);
+}
+
+void Keying::forget()
+{
+    m_habits = {
+        {1.0, 0.22, 0.55}, // dot
+        {3.0, 0.40, 0.45}, // dash
+        {1.0, 1.0, 0.0},   // carrier: handled apart
+        {1.0, 0.22, 0.60}, // between elements
+        {3.0, 0.50, 0.32}, // between characters
+        {7.0, 1.2, 0.08, 3.0}, {1.0, 1.0, 0.0},
+    };
+    m_memory.clear();
+    m_longGaps.clear();
+    for (const Habit& habit : m_habits) {
+        constexpr double PRIOR_WEIGHT = 8.0;
+        const double variance = habit.deviation * habit.deviation;
+        m_memory.push_back({PRIOR_WEIGHT, PRIOR_WEIGHT * habit.mean,
+                            PRIOR_WEIGHT * (habit.mean * habit.mean + variance)});
+    }
 }
 
 double Keying::logDensity(Kind kind, double units, double resolution_units) const
 {
     const Habit& habit = m_habits[index(kind)];
-    const double deviation = std::hypot(habit.deviation, resolution_units);
+    const double deviation =
+        std::sqrt(habit.deviation * habit.deviation + resolution_units * resolution_units);
     double x = (units - habit.mean) / deviation;
     if (x > 0.0)
         x /= habit.rightTail;
@@ -123,11 +133,12 @@ void Keying::buildTable(DurationTable& table) const
           {Kind::Dot, Kind::Dash});
     build(table.gap, table.gapSurvival, table.gapKind, longestGap_units,
           {Kind::ElementGap, Kind::CharacterGap, Kind::WordGap});
-    const auto first = [&](double units) {
-        return std::max(1, static_cast<int>(std::lround(units / perIndex_units)));
+    const auto first = [&](double units, double steps) {
+        return static_cast<int>(
+            std::lround(std::max(units / perIndex_units, steps / table.stride)));
     };
-    table.firstMark = first(0.3);
-    table.firstGap = first(0.25);
+    table.firstMark = first(0.3, SHORTEST_MARK_steps);
+    table.firstGap = first(0.25, SHORTEST_GAP_steps);
 }
 
 void Keying::learn(Kind kind, double units)
@@ -150,7 +161,7 @@ void Keying::learn(Kind kind, double units)
     memory.squares = memory.squares * keep + bounded * bounded;
 }
 
-void Keying::learnGapStyle()
+void Keying::learnGapStyle(double unit)
 {
     if (m_longGaps.size() < 2)
         return;
@@ -167,7 +178,8 @@ void Keying::learnGapStyle()
             const double skew = std::log(ratio / 2.333) / 0.2;
             double sum = -0.5 * (scale * scale + skew * skew);
             const double word = character * ratio;
-            for (const double gap : m_longGaps) {
+            for (const double heard : m_longGaps) {
+                const double gap = heard / unit;
                 const double a =
                     logStudent((gap - character) / (0.15 * character), 0.15 * character);
                 const double b = logStudent((gap - word) / (0.18 * word), 0.18 * word);
@@ -186,7 +198,7 @@ void Keying::learnGapStyle()
     m_habits[index(Kind::WordGap)].deviation = 0.17 * bestWord;
 }
 
-void Keying::update()
+void Keying::update(double unit_steps)
 {
     constexpr double LEAST_DEVIATIONS[] = {0.06, 0.1, 1.0, 0.06};
     for (const Kind kind : {Kind::Dot, Kind::Dash, Kind::ElementGap}) {
@@ -197,15 +209,17 @@ void Keying::update()
         habit.deviation = std::sqrt(std::max(variance, 0.0));
         habit.deviation = std::max(habit.deviation, LEAST_DEVIATIONS[index(kind)]);
     }
-    // The unit is half of a dot with its gap; what is longer than a unit of one is missing from
-    // the other.
-    const double weight =
-        std::clamp(0.5 * (m_habits[index(Kind::Dot)].mean - m_habits[index(Kind::ElementGap)].mean),
-                   -0.5, 0.5);
+    // The unit is half of a dot with its gap: where they say that it is longer than the speed that
+    // they were heard at, the lengths of all the others are fewer units.
+    const double dot = m_habits[index(Kind::Dot)].mean;
+    const double gap = m_habits[index(Kind::ElementGap)].mean;
+    const double unit = std::clamp(0.5 * (dot + gap), 0.7, 1.4);
+    const double weight = std::clamp(0.5 * (dot - gap) / unit, -0.5, 0.5);
     m_habits[index(Kind::Dot)].mean = 1.0 + weight;
     m_habits[index(Kind::ElementGap)].mean = 1.0 - weight;
-    m_habits[index(Kind::Dash)].mean = std::clamp(m_habits[index(Kind::Dash)].mean, 2.2, 5.0);
-    learnGapStyle();
+    m_habits[index(Kind::Dash)].mean =
+        std::clamp(m_habits[index(Kind::Dash)].mean / unit, 2.2, 5.0);
+    learnGapStyle(unit);
 
     const auto crossing = [&](Kind shorter, Kind longer) {
         double units = m_habits[index(shorter)].mean;
@@ -216,8 +230,13 @@ void Keying::update()
     };
     m_characterThreshold = crossing(Kind::ElementGap, Kind::CharacterGap);
     m_wordThreshold = crossing(Kind::CharacterGap, Kind::WordGap);
-    for (DurationTable& table : m_tables)
-        buildTable(table);
+    // Tables of speeds far from the one heard may stay behind for a while: they take most of the
+    // time and are least likely to be used.
+    const bool all = !(unit_steps > 0.0) || ++m_updates % UPDATES_OF_ALL == 0;
+    for (DurationTable& table : m_tables) {
+        if (all || std::fabs(std::log(table.unit_steps / unit_steps)) < NEAR_SPEED)
+            buildTable(table);
+    }
 }
 
 } // namespace demodulator

@@ -47,10 +47,13 @@ public:
     /// Log probability of a speed before anything is heard.
     double prior(std::size_t speed) const { return m_priors[speed]; }
 
+    /// Somebody else keys now.
+    void forget();
     /// A mark or space that was decided.
     void learn(Kind kind, double units);
-    /// Puts what was learnt into the tables.
-    void update();
+    /// Puts what was learnt into the tables: into all when no unit is given, else at once only into
+    /// those of similar speeds.
+    void update(double unit_steps = 0.0);
 
     double mean(Kind kind) const { return m_habits[static_cast<std::size_t>(kind)].mean; }
     /// Length in units from which on a gap ends a character, a word.
@@ -66,7 +69,7 @@ private:
         double rightTail = 1.0; // how much further it reaches to longer lengths
     };
 
-    void learnGapStyle();
+    void learnGapStyle(double unit);
     void buildTable(DurationTable& table) const;
     double logDensity(Kind kind, double units, double resolution_units) const;
 
@@ -81,6 +84,7 @@ private:
     };
     std::vector<Memory> m_memory;
     std::deque<double> m_longGaps;
+    unsigned m_updates = 0;
     double m_characterThreshold = 2.0;
     double m_wordThreshold = 5.0;
 };

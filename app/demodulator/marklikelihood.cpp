@@ -8,6 +8,12 @@ namespace demodulator {
 
 namespace {
 
+// std::abs of a complex number guards against overflow, which takes most of the time of it.
+double magnitudeOf(std::complex<double> value)
+{
+    return std::sqrt(std::norm(value));
+}
+
 // Amplitudes that a single mark may have, relative to the level followed.
 constexpr double AMPLITUDES[] = {0.62, 1.0, 1.5};
 // Log probability of each but the middle one. Of weak signals only the middle one is believed:
@@ -20,9 +26,11 @@ constexpr double LOSS_OF_FREEDOM = 4.3; // for each e-fold below it
 // fading and clicks are no noise that the model knows, and lengths have to count beside levels.
 constexpr double LARGEST_RATIO = 8.0;
 
-constexpr std::int64_t LEAST_HALVED_LENGTH = 12;
+constexpr double STRONG_DOT = 60.0; // energy of a dot over noise density
+constexpr std::int64_t LEAST_CUT_LENGTH = 12;
+constexpr std::int64_t LONG_LENGTH = 48;
 constexpr double OTHER_PHASE = -2.0; // log probability that the phase is not the one expected
-constexpr double PHASE_DRIFT = 3.0;  // logarithm of how improbable a drift of phase is
+constexpr double PHASE_DRIFT = 3.0;  // logarithm of how improbable a drift from part to part is
 
 } // namespace
 
@@ -95,28 +103,40 @@ float MarkLikelihood::ratio(std::int64_t length) const
     const Sums& begin = sums(m_end - length);
     const Sums& end = sums(m_end);
     const std::complex<double> sum = 2.0 * (end.weighted - begin.weighted);
-    double magnitude = std::abs(sum);
-    if (m_level.signal > LARGEST_RATIO * m_level.noise && length >= LEAST_HALVED_LENGTH) {
+    double magnitude = magnitudeOf(sum);
+    if (m_level.signal * m_level.dot_steps > STRONG_DOT * m_level.noise &&
+        length >= LEAST_CUT_LENGTH) {
         // Of a strong signal the phase may drift: chirp and a tone that is not quite hit are no
         // reason to doubt a mark.
-        const Sums& middle = sums(m_end - length / 2);
-        magnitude = std::max(magnitude, 2.0 * (std::abs(end.weighted - middle.weighted) +
-                                               std::abs(middle.weighted - begin.weighted)) -
-                                            PHASE_DRIFT);
+        const std::int64_t parts = length < LONG_LENGTH ? 2 : 4;
+        double drifting = 0.0;
+        for (std::int64_t part = 0; part < parts; ++part) {
+            drifting += magnitudeOf(sums(m_end - length * part / parts).weighted -
+                                    sums(m_end - length * (part + 1) / parts).weighted);
+        }
+        magnitude =
+            std::max(magnitude, 2.0 * drifting - PHASE_DRIFT * static_cast<double>(parts - 1));
     }
     const double energy = end.energy - begin.energy;
-    double best = -1e9;
+    // The most probable amplitude, as if its phase were known; then the phase is averaged over.
+    std::size_t best = 1;
+    double bestFit = -1e9;
     for (std::size_t i = 0; i < 3; ++i) {
-        const double amplitude = AMPLITUDES[i];
-        double evidence = logBesselI0(amplitude * magnitude);
-        if (m_concentration > 0.0) {
-            evidence = std::max(evidence + OTHER_PHASE,
-                                logBesselI0(std::abs(amplitude * sum + m_concentration)) -
-                                    m_concentrationCost);
+        const double fit =
+            m_logProbabilities[i] + AMPLITUDES[i] * (magnitude - AMPLITUDES[i] * energy);
+        if (fit > bestFit) {
+            bestFit = fit;
+            best = i;
         }
-        best = std::max(best, m_logProbabilities[i] - amplitude * amplitude * energy + evidence);
     }
-    return static_cast<float>(best);
+    const double amplitude = AMPLITUDES[best];
+    double evidence = logBesselI0(amplitude * magnitude);
+    if (m_concentration > 0.0) {
+        evidence = std::max(evidence + OTHER_PHASE,
+                            logBesselI0(magnitudeOf(amplitude * sum + m_concentration)) -
+                                m_concentrationCost);
+    }
+    return static_cast<float>(m_logProbabilities[best] - amplitude * amplitude * energy + evidence);
 }
 
 } // namespace demodulator

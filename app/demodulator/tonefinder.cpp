@@ -81,6 +81,16 @@ std::vector<float> ToneFinder::meanPower(std::int64_t count, std::size_t first,
     return mean;
 }
 
+double ToneFinder::power(double tone_Hz, std::int64_t age, std::int64_t count) const
+{
+    const std::int64_t end = std::min({age + count, m_frames, KEPT_FRAMES});
+    const std::size_t bin = binOf(tone_Hz);
+    double sum = 0.0;
+    for (std::int64_t i = age; i < end; ++i)
+        sum += static_cast<double>(frame(i)[bin]);
+    return end > age ? sum / static_cast<double>(end - age) : 0.0;
+}
+
 double ToneFinder::noiseNear(double tone_Hz, std::int64_t count) const
 {
     const std::size_t first = binOf(std::max(60.0, tone_Hz - NOISE_WIDTH_Hz));

@@ -40,6 +40,9 @@ public:
     std::optional<ToneCandidate> find(std::int64_t count, double lowest_Hz,
                                       double highest_Hz) const;
 
+    /// Mean power near a tone of `count` frames, leaving out the newest `age`.
+    double power(double tone_Hz, std::int64_t age, std::int64_t count) const;
+
     /// Noise power of one sample as ToneCandidate::noise, near any tone, over the newest frames.
     double noiseNear(double tone_Hz, std::int64_t count) const;
 

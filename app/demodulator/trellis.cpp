@@ -13,7 +13,9 @@ constexpr float BEAM = 40.0F;   // paths so far behind the best are given up
 constexpr float START = -8.0F;  // log probability that a signal begins at some step
 constexpr float RESUME = -6.0F; // that it goes on after a silence
 constexpr float SPEED_CHANGE[] = {0.0F, -3.0F, -6.0F}; // to speeds so far away, at any gap
-constexpr float CARRIER = -15.0F;                      // that a mark becomes a steady tone
+constexpr float SPEED_JUMP = -30.0F; // to any other speed, beside that speed's own prior
+constexpr float CARRIER = -15.0F;    // that a mark becomes a steady tone
+constexpr double LEAST_CARRIER_units = 8.0;
 constexpr float CARRIER_GOES_ON = 2.5F;    // phase and amplitude of a block are known from the last
 constexpr std::int64_t CARRIER_BLOCK = 32; // steps
 constexpr std::int64_t RENORMALISE_STEPS = 512;
@@ -44,23 +46,29 @@ Trellis::Trellis(const Keying& keying, const MarkLikelihood& likelihood)
 void Trellis::computeRatios(std::int64_t now)
 {
     // Only the lengths that some speed with a live path asks for.
-    std::int64_t longest[3] = {0, 0, 0};
+    std::int64_t longest = 0;
+    m_finest = 0;
     for (std::size_t speed = 0; speed < m_keying.speeds(); ++speed) {
         const DurationTable& table = m_keying.table(speed);
         const auto length = static_cast<std::int64_t>(table.mark.size()) * table.stride;
         if (now % table.stride != 0 || now - m_lastGap[speed] > length)
             continue;
-        std::int64_t& most = longest[table.stride == 4 ? 2 : table.stride - 1];
-        most = std::max(most, length);
+        longest = std::max(longest, length);
+        if (table.stride == 1)
+            m_finest = std::max(m_finest, length);
     }
-    const std::int64_t end = std::max({longest[0], longest[1], longest[2]});
-    m_ratios.resize(static_cast<std::size_t>(end) + 1);
-    for (std::int64_t length = 1; length <= end; ++length) {
-        const bool wanted = length <= longest[0] || (length % 2 == 0 && length <= longest[1]) ||
-                            (length % 4 == 0 && length <= longest[2]);
-        if (wanted)
+    m_ratios.resize(static_cast<std::size_t>(longest) + 1);
+    for (std::int64_t length = 1; length <= longest; ++length) {
+        if (length <= m_finest || length % 2 == 0)
             m_ratios[static_cast<std::size_t>(length)] = m_likelihood.ratio(length);
     }
+}
+
+float Trellis::ratio(std::int64_t length) const
+{
+    const bool known = length < static_cast<std::int64_t>(m_ratios.size()) &&
+                       (length <= m_finest || length % 2 == 0);
+    return known ? m_ratios[static_cast<std::size_t>(length)] : m_likelihood.ratio(length);
 }
 
 void Trellis::advance()
@@ -120,7 +128,10 @@ void Trellis::advance()
         }
         if (blockEnds) {
             const Carrier& carrier = m_carrier[block];
-            if (carrier.speed == static_cast<std::int16_t>(speed) && carrier.score > mark) {
+            const bool tooLong =
+                static_cast<double>(now - carrier.begin) > LEAST_CARRIER_units * table.unit_steps;
+            if (carrier.speed == static_cast<std::int16_t>(speed) && tooLong &&
+                carrier.score > mark) {
                 mark = carrier.score;
                 markBack = {static_cast<std::int16_t>(now - carrier.begin), Kind::Carrier};
             }
@@ -152,6 +163,11 @@ void Trellis::advance()
     best = std::max(best, idle.score);
 
     Entry bestGap = {IMPOSSIBLE, 0};
+    Entry bestEntering = {IMPOSSIBLE, 0};
+    for (std::size_t speed = 0; speed < speeds; ++speed) {
+        if (m_entering[speed] > bestEntering.score)
+            bestEntering = {m_entering[speed], static_cast<std::int16_t>(speed)};
+    }
     for (std::size_t speed = 0; speed < speeds; ++speed) {
         const DurationTable& table = m_keying.table(speed);
         if (now % table.stride != 0)
@@ -175,18 +191,23 @@ void Trellis::advance()
                 back = {0, idle.speed, Kind::Silence};
             }
         }
+        const auto enter = [&](std::size_t other, float change) {
+            const float score = m_entering[other] + change;
+            if (score <= gap)
+                return;
+            gap = score;
+            const DurationTable& its = m_keying.table(other);
+            const auto length = m_enteringLength[other];
+            back = {length, static_cast<std::int16_t>(other),
+                    its.gapKind[static_cast<std::size_t>(length / its.stride)]};
+        };
         const std::size_t first = speed >= 2 ? speed - 2 : 0;
         const std::size_t last = std::min(speeds - 1, speed + 2);
-        for (std::size_t other = first; other <= last; ++other) {
-            const std::size_t change = other > speed ? other - speed : speed - other;
-            const float score = m_entering[other] + SPEED_CHANGE[change];
-            if (score > gap) {
-                gap = score;
-                const DurationTable& its = m_keying.table(other);
-                const auto length = m_enteringLength[other];
-                back = {length, static_cast<std::int16_t>(other),
-                        its.gapKind[static_cast<std::size_t>(length / its.stride)]};
-            }
+        for (std::size_t other = first; other <= last; ++other)
+            enter(other, SPEED_CHANGE[other > speed ? other - speed : speed - other]);
+        if (bestEntering.score > IMPOSSIBLE) {
+            enter(static_cast<std::size_t>(bestEntering.speed),
+                  SPEED_JUMP + static_cast<float>(m_keying.prior(speed)));
         }
         if (gap < best - BEAM)
             gap = IMPOSSIBLE;
@@ -235,7 +256,10 @@ Path Trellis::path(std::int64_t since_step) const
         const DurationTable& table = m_keying.table(candidate);
         const auto stride = static_cast<std::int64_t>(table.stride);
         const std::int64_t last = m_now - m_now % stride;
-        for (std::int64_t i = 0; i < static_cast<std::int64_t>(table.gap.size()); ++i) {
+        const std::int64_t firstGap = (last - m_lastMark[candidate]) / stride;
+        const std::int64_t firstMark =
+            std::max<std::int64_t>(1, (last - m_lastGap[candidate]) / stride);
+        for (std::int64_t i = firstGap; i < static_cast<std::int64_t>(table.gap.size()); ++i) {
             const std::int64_t from = last - i * stride;
             if (from <= horizon)
                 break;
@@ -248,13 +272,13 @@ Path Trellis::path(std::int64_t since_step) const
                 at = from;
             }
         }
-        for (std::int64_t i = 1; i < static_cast<std::int64_t>(table.mark.size()); ++i) {
+        for (std::int64_t i = firstMark; i < static_cast<std::int64_t>(table.mark.size()); ++i) {
             const std::int64_t from = last - i * stride;
             if (from <= horizon)
                 break;
             if (m_gap[cell(candidate, from)] == IMPOSSIBLE)
                 continue;
-            const float score = m_gap[cell(candidate, from)] + m_likelihood.ratio(m_now - from) +
+            const float score = m_gap[cell(candidate, from)] + ratio(m_now - from) +
                                 table.markSurvival[static_cast<std::size_t>(i)];
             if (score > best) {
                 best = score;

@@ -82,11 +82,13 @@ private:
         return speed * static_cast<std::size_t>(KEPT_STEPS) + slot(step);
     }
     void computeRatios(std::int64_t now);
+    float ratio(std::int64_t length) const;
     void renormalise();
 
     const Keying& m_keying;
     const MarkLikelihood& m_likelihood;
     std::int64_t m_now = 0;
+    std::int64_t m_finest = 0;        // all lengths up to here are computed, then every second one
     std::vector<float> m_ratios;      // by length, of marks that end now
     std::vector<float> m_mark, m_gap; // scores of paths whose mark or gap ends at a step
     std::vector<MarkBack> m_markBack;

@@ -63,6 +63,16 @@ private Q_SLOTS:
             last = value;
         }
     }
+    void theRestIsWhatIsNotTheTone()
+    {
+        const SampleHistory own = tone(700.0, 0.5);
+        Baseband baseband(8000.0, 700.0);
+        baseband.step(own, 50);
+        QVERIFY(baseband.rest() < 0.01);
+        const SampleHistory other = tone(1500.0, 0.5);
+        baseband.step(other, 50);
+        QVERIFY(std::fabs(baseband.rest() - 0.125) < 0.01);
+    }
     void stepsSayWhichSamplesTheyNeed()
     {
         Baseband baseband(8000.0, 700.0);

@@ -235,6 +235,39 @@ private Q_SLOTS:
         demodulator.finish();
         QCOMPARE(read(list), QStringLiteral("WEAK WEAK WEAK"));
     }
+    void anAnsweringStationIsHeardAtItsOwnSpeedAndTone()
+    {
+        Hand hand;
+        Path path;
+        path.tone_Hz = 700.0;
+        path.after_s = 1.5;
+        std::vector<float> samples = sound("AB1C DE XY2Z KN", hand, path, 8000.0, "first");
+        hand.speed_wpm = 14.0;
+        path.tone_Hz = 820.0;
+        path.before_s = 0.0;
+        path.after_s = 2.0;
+        for (const float sample : sound("XY2Z DE AB1C R R TU 73", hand, path, 8000.0, "second"))
+            samples.push_back(0.4F * sample);
+        addNoise(samples, 8000.0, 0.9, 20.0, "answer");
+        const CodeList list = decodeAll(samples, 8000.0);
+        QCOMPARE(read(list), QStringLiteral("AB1C DE XY2Z KN XY2Z DE AB1C R R TU 73"));
+    }
+    void aNeighbourDoesNotSpeakWhenTheSignalPauses()
+    {
+        Hand hand;
+        Path path;
+        path.snr_dB = 20.0;
+        path.neighbour_Hz = 300.0;
+        path.neighbour_dB = -6.0;
+        path.after_s = 2.0;
+        const CodeList list = decodeAll(sound(TEXT, hand, path, 8000.0, "neighbour"), 8000.0);
+        QCOMPARE(read(list), TEXT_READ);
+    }
+    void hearingTheSameAgainGivesTheSame()
+    {
+        const std::vector<float> samples = keyedText(20.0, 8000.0, 0.0);
+        QCOMPARE(decodeAll(samples, 8000.0).codes(), decodeAll(samples, 8000.0).codes());
+    }
     void weakAndUnsteadySignalsAreRead_data()
     {
         QTest::addColumn<double>("snr_dB");

@@ -95,6 +95,30 @@ private Q_SLOTS:
         QCOMPARE(int(gapKind(keying, 6.0)), int(Kind::CharacterGap));
         QVERIFY(keying.wordThreshold() > 7.5 && keying.wordThreshold() < 13.0);
     }
+    void habitsAreForgottenWithTheirOwner()
+    {
+        Keying keying(STEP_s, {});
+        for (int i = 0; i < 60; ++i)
+            keying.learn(Kind::Dash, 4.2);
+        keying.update();
+        QVERIFY(keying.mean(Kind::Dash) > 3.8);
+        keying.forget();
+        keying.update();
+        QVERIFY(std::fabs(keying.mean(Kind::Dash) - 3.0) < 0.01);
+    }
+    void aSpeedThatIsSomewhatOffIsNoHabit()
+    {
+        // All lengths 10 % longer than the speed that they were heard at.
+        Keying keying(STEP_s, {});
+        for (int i = 0; i < 60; ++i) {
+            keying.learn(Kind::Dot, 1.1);
+            keying.learn(Kind::ElementGap, 1.1);
+            keying.learn(Kind::Dash, 3.3);
+        }
+        keying.update();
+        QVERIFY(std::fabs(keying.mean(Kind::Dot) - 1.0) < 0.03);
+        QVERIFY(std::fabs(keying.mean(Kind::Dash) - 3.0) < 0.06);
+    }
     void oneWildLengthChangesLittle()
     {
         Keying keying(STEP_s, {});

@@ -60,6 +60,42 @@ private Q_SLOTS:
             QVERIFY2(ratio > 4.0F, qPrintable(QString::number(ratio)));
         }
     }
+    void aKnownPhaseHelpsOnlyTheMarkThatHasIt()
+    {
+        // A weak mark on phase 0.
+        const auto ratio = [](double phase, double concentration) {
+            MarkLikelihood likelihood;
+            likelihood.setLevel({1.0, 2.0});
+            likelihood.setPhase(phase, concentration);
+            for (int n = 0; n < 15; ++n)
+                likelihood.push(1.0);
+            return likelihood.ratio(15);
+        };
+        QVERIFY(ratio(0.0, 5.0) > ratio(0.0, 0.0) + 1.0F);
+        QVERIFY(ratio(3.1, 5.0) < ratio(0.0, 0.0));
+        QVERIFY(ratio(3.1, 5.0) > ratio(0.0, 0.0) - 3.0F); // it may still be another phase
+    }
+    void aCrashOfStaticIsNoMark()
+    {
+        MarkLikelihood quiet;
+        MarkLikelihood crash;
+        for (MarkLikelihood* likelihood : {&quiet, &crash})
+            likelihood->setLevel({1.0, 0.1});
+        for (int n = 0; n < 15; ++n) {
+            quiet.push(1.0);
+            crash.push(1.0, 20.0);
+        }
+        QVERIFY(quiet.ratio(15) > 50.0F);
+        QVERIFY(crash.ratio(15) < 3.0F);
+    }
+    void aStrongMarkMayDriftInPhase()
+    {
+        MarkLikelihood likelihood;
+        likelihood.setLevel({1.0, 0.05});
+        for (int n = 0; n < 45; ++n) // 2 Hz off, a third of a turn over a dash
+            likelihood.push(std::polar(1.0, 0.05 * n));
+        QVERIFY(likelihood.ratio(45) > 200.0F);
+    }
     void moreThanWasHeardIsImpossible()
     {
         const MarkLikelihood likelihood = heard(1.0, 0, 10, 0.1);
