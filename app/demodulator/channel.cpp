@@ -133,7 +133,6 @@ void Channel::review(bool last)
         ++m_marks;
     }
     if (!m_confirmed) {
-        m_gain = path.gain;
         m_confirmed =
             path.complete && path.gain > CONFIRMING_GAIN && !carrier && m_marks >= LEAST_MARKS;
     }
