@@ -36,6 +36,11 @@ public:
     /// First and last mark of the path found so far, as samples of the history.
     std::int64_t firstMark_sample() const { return m_firstMark * m_baseband.stepSamples(); }
     std::int64_t lastMark_sample() const { return m_lastMark * m_baseband.stepSamples(); }
+    /// End of the last mark that was given.
+    std::int64_t lastGiven_sample() const
+    {
+        return (m_origin + m_committed) * m_baseband.stepSamples();
+    }
     /// Length of a dot at the end of the path.
     double unit_s() const { return m_unit_steps * m_stepDuration_us / 1e6; }
     double tone_Hz() const { return m_baseband.tone_Hz(); }

@@ -122,7 +122,7 @@ private:
         if (m_active) {
             m_active->process(m_history);
             if (m_active->ended()) {
-                m_heardUntil = m_active->lastMark_sample() + samplesIn(AFTER_LAST_s);
+                m_heardUntil = m_active->lastGiven_sample() + samplesIn(AFTER_LAST_s);
                 m_active.reset();
             }
         }
