@@ -27,7 +27,7 @@ constexpr double REST_MEMORY_PER_STEP = 0.002; // 2 s
 constexpr double FASTEST_FADE_dB_per_s = 20.0;
 constexpr double FOREIGN_TONE_Hz = 30.0;
 constexpr double OTHER_HAND = 0.2; // change of the logarithm of speed that a hand does not make
-constexpr double WEAK_DOT = 5.0;
+constexpr double WEAK_DOT = 4.0;
 constexpr double STRONG_DOT = 45.0; // energy of a dot over noise density
 constexpr double TONE_MEMORY_s = 2.0;
 constexpr double LEAST_TONE_ERROR_Hz = 0.3;
@@ -133,7 +133,6 @@ void Channel::review(bool last)
         ++m_marks;
     }
     if (!m_confirmed) {
-        m_gain = path.gain;
         m_confirmed =
             path.complete && path.gain > CONFIRMING_GAIN && !carrier && m_marks >= LEAST_MARKS;
     }

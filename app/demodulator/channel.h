@@ -17,8 +17,8 @@ namespace demodulator {
 class Channel
 {
 public:
-    /// Listens on the candidate's tone from `begin_sample` on. `samplePeriod_us` is that of the
-    /// history; nothing reaches the sink before release().
+    /// Listens on the candidate's tone from `begin_sample` of the history on. Nothing reaches the
+    /// sink before release().
     Channel(const ToneCandidate& candidate, double rate_Hz, std::int64_t begin_sample,
             std::optional<double> speed_wpm, SymbolSink& sink);
 
@@ -31,13 +31,16 @@ public:
 
     /// Far more probable keying than noise, and no steady tone.
     bool confirmed() const { return m_confirmed; }
-    /// Marks of its path, but for the last seconds' only.
+    /// Marks of the path found so far; once confirmed, those of the last seconds.
     std::int64_t marks() const { return m_marks; }
-    /// Log likelihood of its signal over noise.
-    double gain() const { return m_gain; }
     /// First and last mark of the path found so far, as samples of the history.
     std::int64_t firstMark_sample() const { return m_firstMark * m_baseband.stepSamples(); }
     std::int64_t lastMark_sample() const { return m_lastMark * m_baseband.stepSamples(); }
+    /// End of the last mark that was given.
+    std::int64_t lastGiven_sample() const
+    {
+        return (m_origin + m_committed) * m_baseband.stepSamples();
+    }
     /// Length of a dot at the end of the path.
     double unit_s() const { return m_unit_steps * m_stepDuration_us / 1e6; }
     double tone_Hz() const { return m_baseband.tone_Hz(); }
@@ -85,7 +88,6 @@ private:
     double m_givenUnit_steps = 15.0;
     double m_weakest;         // level of the weakest signal to look for
     double m_usualRest = 0.0; // power beside the tone, as noise of a step
-    double m_gain = 0.0;
     bool m_confirmed = false;
     bool m_released = false;
     bool m_ended = false;

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <vector>
 
 namespace demodulator {
@@ -28,6 +27,7 @@ constexpr double HEARD_FIRST_s = 2.0;
 constexpr std::int64_t HEARD_FIRST_marks = 8;
 constexpr double HEARD_FIRST_AT_MOST_s = 4.5;
 constexpr double BEFORE_FIRST_s = 0.3;
+constexpr double AFTER_LAST_s = 0.05;
 constexpr double SEARCH_s = 3.0;         // span in which a tone is looked for
 constexpr int SEARCH_HOPS = 8;           // a search every 256 ms
 constexpr double CANDIDATE_LIFE_s = 6.0; // a candidate that is not confirmed by then is dropped
@@ -86,7 +86,7 @@ public:
         m_waiting.insert(m_waiting.end(), m_finder.frameLength(), 0.0F);
         consume();
         if (!m_active)
-            search(std::numeric_limits<double>::infinity());
+            search(2.0 * HISTORY_s); // whatever the age of the candidate
         if (m_candidate && m_candidate->confirmed() && takesOver())
             promote();
         if (m_active)
@@ -121,8 +121,10 @@ private:
         m_finder.push(m_frame.data());
         if (m_active) {
             m_active->process(m_history);
-            if (m_active->ended())
+            if (m_active->ended()) {
+                m_heardUntil = m_active->lastGiven_sample() + samplesIn(AFTER_LAST_s);
                 m_active.reset();
+            }
         }
         if (m_candidate)
             m_candidate->process(m_history);
@@ -166,7 +168,7 @@ private:
     void search(double candidateLife_s)
     {
         const std::int64_t now = m_history.end();
-        std::int64_t since = std::max<std::int64_t>(0, now - samplesIn(HEARD_AGAIN_s));
+        std::int64_t since = std::max(m_heardUntil, now - samplesIn(HEARD_AGAIN_s));
         std::int64_t frames = framesIn(SEARCH_s);
         if (m_active) {
             const std::int64_t silence = now - m_active->lastMark_sample();
@@ -214,6 +216,7 @@ private:
     std::vector<float> m_waiting;
     std::unique_ptr<Channel> m_active;    // has a confirmed signal and speaks
     std::unique_ptr<Channel> m_candidate; // listens to what may be one
+    std::int64_t m_heardUntil = 0;        // what came before was given
     std::int64_t m_candidateBegin = 0;    // when it was noticed
     std::int64_t m_candidateSince = 0;    // where it began to listen
     double m_candidateLevel = 0.0;

@@ -29,7 +29,7 @@ constexpr double LARGEST_RATIO = 8.0;
 constexpr double STRONG_DOT = 60.0; // energy of a dot over noise density
 constexpr std::int64_t LEAST_CUT_LENGTH = 12;
 constexpr std::int64_t LONG_LENGTH = 48;
-constexpr double OTHER_PHASE = -2.0; // log probability that the phase is not the one expected
+constexpr double OTHER_PHASE = -4.0; // log probability that the phase is not the one expected
 constexpr double PHASE_DRIFT = 3.0;  // logarithm of how improbable a drift from part to part is
 
 } // namespace

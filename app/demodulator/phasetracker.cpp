@@ -11,12 +11,12 @@ namespace {
 constexpr double TWO_PI = 6.283185307179586;
 constexpr std::size_t LEAST_MARKS = 6;
 constexpr double FIRST_FREQUENCY_ERROR_Hz = 0.6;
-constexpr double FREQUENCY_WALK_Hz = 0.35; // deviation of the frequency after a second
-constexpr double PHASE_WALK = 0.15;        // deviation of the phase after a second, radians
+constexpr double FREQUENCY_WALK_Hz = 0.25; // deviation of the frequency after a second
+constexpr double PHASE_WALK = 0.08;        // deviation of the phase after a second, radians
 constexpr double LEAST_ERROR = 0.1;        // of the phase of any mark, radians
 constexpr double MEMORY_MARKS = 8.0;       // over which the success of prediction is judged
 constexpr double LEAST_COHERENCE = 0.5;
-constexpr double LARGEST_CONCENTRATION = 5.0;
+constexpr double LARGEST_CONCENTRATION = 10.0;
 
 double wrapped(double radians)
 {

@@ -24,7 +24,8 @@ struct Condition
 
 const std::vector<Condition>& conditions();
 
-/// Seeds to tune on and seeds to report on; texts and keying differ in everything.
+/// Seeds of a set: texts and keying of two sets, one to tune on and one to report on, differ in
+/// everything.
 std::vector<std::string> seeds(const std::string& set);
 
 /// Kinds of text: "prose", "contact", "groups".

@@ -262,7 +262,7 @@ int usage()
                          "       reception measure [OPTION...]\n"
                          "       reception make [OPTION...] DIRECTORY\n"
                          "       reception score [OPTION...] [NAME=COMMAND...]\n"
-                         "options: --set tune|report  --only CONDITION,...  --kind KIND  --show\n"
+                         "options: --set NAME  --only CONDITION,...  --kind KIND  --show\n"
                          "COMMAND writes text; {} is the recording, {tone} and {wpm} the truth\n");
     return 2;
 }

@@ -130,6 +130,22 @@ private Q_SLOTS:
         QVERIFY(std::fabs(static_cast<double>(list.transmissions[1].start_us) / 1e6 -
                           (first_s + 0.5)) < 0.02);
     }
+    void nothingIsGivenTwice()
+    {
+        // The silence ends the transmission, but is shorter than what is heard again for the next.
+        Hand hand;
+        Path path;
+        path.after_s = 3.6;
+        std::vector<float> samples = sound("CQ CQ DE AB1C K", hand, path, 8000.0, "first");
+        path.before_s = 0.0;
+        const std::vector<float> second = sound("CQ DE AB1C AR", hand, path, 8000.0, "second");
+        samples.insert(samples.end(), second.begin(), second.end());
+        addNoise(samples, 8000.0, 0.9, 12.0, "both");
+        const CodeList list = decodeAll(samples, 8000.0);
+        QCOMPARE(list.transmissions.size(), std::size_t(2));
+        QCOMPARE(read(list), QStringLiteral("CQ CQ DE AB1C K CQ DE AB1C AR"));
+        QVERIFY(list.transmissions[1].start_us > list.transmissions[0].stop_us + 3000000);
+    }
     void noiseIsSilent()
     {
         const CodeList list = decodeAll(noise(120.0, 0.2, 8000.0, "two minutes"), 8000.0);
