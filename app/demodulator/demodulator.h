@@ -49,7 +49,7 @@ struct Settings
     std::optional<double> speed_wpm; ///< expect this speed, within 20 %
 };
 
-/// Precondition: 4 kHz <= sampleRate_Hz <= 192 kHz; a demodulator of any other rate hears nothing.
+/// Precondition: 4 kHz <= sampleRate_Hz <= 768 kHz; a demodulator of any other rate hears nothing.
 /// The sink must outlive the demodulator. Not for use from several threads at once.
 class Demodulator
 {

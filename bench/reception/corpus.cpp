@@ -208,11 +208,12 @@ std::vector<Condition> makeConditions()
         path.hum_dB = 3;
         path.tone_Hz = 650;
     });
-    add("static", "static crashes, 2 a second, up to 20 dB over the tone", [](Hand&, Path& path) {
-        path.snr_dB = 10;
-        path.static_per_s = 2;
-    });
-    add("farnsworth", "characters at 20 wpm, gaps as at 10 wpm", [](Hand& hand, Path&) {
+    add("static", "static crashes, 2 a second, up to 20 dB over the tone, +10 dB",
+        [](Hand&, Path& path) {
+            path.snr_dB = 10;
+            path.static_per_s = 2;
+        });
+    add("farnsworth", "characters at 20 wpm, gaps of 9.3 and 21.6 units", [](Hand& hand, Path&) {
         hand.characterGap_units = 9.3;
         hand.wordGap_units = 21.6;
     });
