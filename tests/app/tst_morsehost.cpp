@@ -88,6 +88,17 @@ void writeSound(const QString& path, int format, const std::vector<float>& sampl
     sf_close(file);
 }
 
+// Starts the program on a pipe that stays open; returns what it has shown once two words are there.
+QByteArray decodeFromAnOpenPipe(QProcess& process, const QStringList& words)
+{
+    process.start(QStringLiteral(MORSEHOST_PATH), words);
+    process.write(raw(keyed("PARIS PARIS PARIS")));
+    QByteArray out;
+    while (!out.contains("PARIS PARIS") && process.waitForReadyRead(60000))
+        out += process.readAllStandardOutput();
+    return out;
+}
+
 QByteArray contentOf(const QString& path)
 {
     QFile file(path);
@@ -182,11 +193,7 @@ private Q_SLOTS:
     void textAppearsWhileThePipeIsOpen()
     {
         QProcess process;
-        process.start(QStringLiteral(MORSEHOST_PATH), {"decode", "-"});
-        process.write(raw(keyed("PARIS PARIS PARIS")));
-        QByteArray out;
-        while (!out.contains("PARIS PARIS") && process.waitForReadyRead(60000))
-            out += process.readAllStandardOutput();
+        QByteArray out = decodeFromAnOpenPipe(process, {"decode", "-"});
         QVERIFY2(out.contains("PARIS PARIS"), out.constData());
         QCOMPARE(process.state(), QProcess::Running);
         process.closeWriteChannel();
@@ -521,11 +528,7 @@ private Q_SLOTS:
         QFETCH(int, number);
         QTemporaryDir dir;
         QProcess process;
-        process.start(QStringLiteral(MORSEHOST_PATH), {"decode", "--save", dir.path(), "-"});
-        process.write(raw(keyed("PARIS PARIS PARIS")));
-        QByteArray out;
-        while (!out.contains("PARIS PARIS") && process.waitForReadyRead(60000))
-            out += process.readAllStandardOutput();
+        QByteArray out = decodeFromAnOpenPipe(process, {"decode", "--save", dir.path(), "-"});
         QVERIFY2(out.contains("PARIS PARIS"), out.constData());
         ::kill(static_cast<pid_t>(process.processId()), number);
         const Ended ended = end(process);
@@ -544,11 +547,8 @@ private Q_SLOTS:
     {
         QTemporaryDir dir;
         QProcess process;
-        process.start(QStringLiteral(MORSEHOST_PATH), {"decode", "--save", dir.path(), "-"});
-        process.write(raw(keyed("PARIS PARIS PARIS")));
-        QByteArray out;
-        while (!out.contains("PARIS PARIS") && process.waitForReadyRead(60000))
-            out += process.readAllStandardOutput();
+        const QByteArray out = decodeFromAnOpenPipe(process, {"decode", "--save", dir.path(), "-"});
+        QVERIFY2(out.contains("PARIS PARIS"), out.constData());
         QTest::qWait(1000); // it has read all and waits for more
         ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
         QVERIFY(process.waitForFinished(20000));
