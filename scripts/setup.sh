@@ -1,14 +1,18 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Installs what building, testing and the demo need on Debian 12. `setup.sh build` stops at what
-# the program and the demo need; without an argument the tests' tools come too. Does nothing where all is there.
+# Installs what is missing on Debian 12: `setup.sh build` what the program and the demo need, `test`
+# (the default) what the tests need beside it, `all` what .ci/run needs. Does nothing where all is
+# there.
 set -euo pipefail
 
-build=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-dev libkissfft-dev flac)
-test=(clang-format libbenchmark-dev libicu-dev ebook2cw sox catdoc libxml2-utils)
-
-packages=("${build[@]}")
-[ "${1:-all}" = build ] || packages+=("${test[@]}")
+packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-dev libkissfft-dev flac)
+[ "${1:-test}" = build ] || packages+=(
+    libbenchmark-dev libicu-dev
+    ebook2cw sox catdoc libxml2-utils
+)
+[ "${1:-test}" != all ] || packages+=(
+    clang-format
+)
 
 missing=()
 for package in "${packages[@]}"; do
