@@ -132,8 +132,9 @@ QVector<TraceRecorder::Trace> TraceRecorder::Traces() const
 
 QStringList TraceRecorder::Messages() const
 {
+    const QVector<Trace> traces = Traces();
     QStringList messages;
-    for (const Trace& trace : Traces())
+    for (const Trace& trace : traces)
         messages.append(trace.message);
     return messages;
 }
