@@ -113,7 +113,7 @@ int main(int argc, char* argv[])
         print(stderr, overview());
         return morsehost::EXIT_BAD_USAGE;
     }
-    const QString first = words.constFirst();
+    const QString& first = words.constFirst();
     if (first == QLatin1String("--help") || first == QLatin1String("-h")) {
         print(stdout, overview());
         return afterOutput(morsehost::EXIT_DONE);

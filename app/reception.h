@@ -31,7 +31,7 @@ public:
     /// Hears of text before it is written: whether it ends within a line.
     using TextListener = std::function<void(bool lineStaysOpen)>;
 
-    Reception(const ReceptionOptions& options, TextListener listener = {});
+    explicit Reception(const ReceptionOptions& options, TextListener listener = {});
 
     /// False, and said on standard error, when it cannot begin.
     bool start();

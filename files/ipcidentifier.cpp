@@ -6,5 +6,5 @@ QString ipcIdentifier(const QString& id)
     QString tail = id.right(2);
     if (tail.startsWith(QLatin1Char('0')))
         tail = tail.right(1);
-    return QStringLiteral("__SG") + id.left(1) + QStringLiteral("_IPC") + tail;
+    return QStringLiteral("__SG") + id.leftRef(1) + QStringLiteral("_IPC") + tail;
 }

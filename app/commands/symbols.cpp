@@ -61,7 +61,7 @@ public:
 
 private:
     Input m_input;
-    char m_buffer[65536];
+    char m_buffer[65536] = {};
     std::size_t m_size = 0;
     std::size_t m_position = 0;
     long long m_line = 1;

@@ -164,8 +164,9 @@ QString shown(const QString& text)
         return shown(text.at(0));
     // Lines of any length come by here: a message shows the beginning.
     constexpr int longest = 40;
+    const QString beginning = text.left(longest);
     QString clean;
-    for (const QChar character : text.left(longest))
+    for (const QChar character : beginning)
         clean += character.isPrint() ? character : QChar(QChar::ReplacementCharacter);
     if (text.size() > longest)
         clean += QStringLiteral("...");

@@ -94,7 +94,8 @@ int listMaps(const QString& directory, const QString& decoder, QTextStream& out,
         return 1;
     }
     const QStringList fitting = handler.AvailableAlphabets();
-    for (const MapFile& file : mapFilesIn(folder)) {
+    const QVector<MapFile> files = mapFilesIn(folder);
+    for (const MapFile& file : files) {
         if (!decoder.isEmpty() && !fitting.contains(file.name))
             continue;
         const bool isChosen =

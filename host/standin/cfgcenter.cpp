@@ -60,11 +60,13 @@ private:
     {
         QMap<Key, QString> read;
         const auto readGroup = [&](const QString& group) {
-            for (const QString& key : file.childKeys())
+            const QStringList keys = file.childKeys();
+            for (const QString& key : keys)
                 read[{group, key}] = file.value(key).toStringList().join(QLatin1String(", "));
         };
         readGroup(QString());
-        for (const QString& group : file.childGroups()) {
+        const QStringList groups = file.childGroups();
+        for (const QString& group : groups) {
             file.beginGroup(group);
             readGroup(group);
             file.endGroup();

@@ -170,10 +170,10 @@ QString formatPrintf(const QString& format, va_list arguments)
     while (position < format.size()) {
         const int percent = format.indexOf(QLatin1Char('%'), position);
         if (percent < 0) {
-            result += format.mid(position);
+            result += format.midRef(position);
             break;
         }
-        result += format.mid(position, percent - position);
+        result += format.midRef(position, percent - position);
         position = percent + 1;
         const Placeholder placeholder = PlaceholderReader(format, position).Read(nextInt);
         const QByteArray& length = placeholder.length;
@@ -229,7 +229,7 @@ QString formatPrintf(const QString& format, va_list arguments)
             (void)va_arg(next, void*);
             break;
         default:
-            result += format.mid(percent);
+            result += format.midRef(percent);
             position = format.size();
         }
     }

@@ -109,6 +109,7 @@ TraceRecorder::TraceRecorder()
     , m_maskBefore(traceMask())
 {
     const auto store = m_store;
+    // cppcheck-suppress useInitializationList; the new sink is told of its store first
     m_sinkBefore =
         setTraceSink([store](const QString& message, const QString& sourceFile, int line) {
             const std::lock_guard<std::mutex> lock(store->mutex);
@@ -131,8 +132,9 @@ QVector<TraceRecorder::Trace> TraceRecorder::Traces() const
 
 QStringList TraceRecorder::Messages() const
 {
+    const QVector<Trace> traces = Traces();
     QStringList messages;
-    for (const Trace& trace : Traces())
+    for (const Trace& trace : traces)
         messages.append(trace.message);
     return messages;
 }

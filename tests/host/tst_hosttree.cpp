@@ -146,7 +146,7 @@ private Q_SLOTS:
             auto* const middle = tree.Add<TextValue>(QStringLiteral("2"));
             for (TextValue* value : {first, middle, last})
                 value->AddObserver(&observer);
-            observer.onUpdate = [&](Observable* source, TChangeCode) {
+            observer.onUpdate = [first, middle](Observable* source, TChangeCode) {
                 if (source == static_cast<Observable*>(first))
                     delete middle;
             };
@@ -165,6 +165,7 @@ private Q_SLOTS:
                 isInserted = tree.Add<TextValue>(QStringLiteral("2")) != nullptr;
             };
         }
+        // cppcheck-suppress invalidLifetime; nobody is left to call it
         QCOMPARE(observer.Count(), 1);
         QVERIFY(!isInserted);
     }

@@ -249,6 +249,7 @@ private Q_SLOTS:
     {
         SelectionItem* const item = m_selection->GetItem(USB);
         QString seen;
+        // cppcheck-suppress danglingLifetime; cleanup() forgets it before anything else happens
         m_observer->onUpdate = [&](Observable*, TChangeCode) { seen = item->GetName(); };
         m_selection->DeleteItem(item, nullptr);
         QCOMPARE(seen, USB);

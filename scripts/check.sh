@@ -1,0 +1,110 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# Runs every static check and prints what they find as file:line; fails if any of them complains.
+# `check.sh tidy spelling` runs only those named. Needs `scripts/setup.sh all`.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+build=build/dev
+check=build/check
+jobs=$(nproc)
+
+# sources PATTERN…: tracked and new files, deleted ones left out.
+sources() {
+    git ls-files --cached --others --exclude-standard -- "$@" | sort -u | while read -r file; do
+        [ ! -e "$file" ] || echo "$file"
+    done
+}
+
+# The compile commands for clang: each source once, and without gcc's precompiled headers.
+compile_commands() {
+    cmake --preset dev >/dev/null
+    cmake --build --preset dev --target autogen >/dev/null
+    mkdir -p "$check"
+    python3 - "$build/compile_commands.json" "$check/compile_commands.json" <<'PYTHON'
+import json, re, sys
+commands = {}
+for entry in json.load(open(sys.argv[1])):
+    entry["command"] = re.sub(r" -Winvalid-pch| -include \S*cmake_pch\.hxx", "", entry["command"])
+    commands.setdefault(entry["file"], entry)
+json.dump(list(commands.values()), open(sys.argv[2], "w"), indent=1)
+PYTHON
+}
+
+# The given sources that the build compiles; others, such as example projects, have no command.
+compiled() {
+    sources "$@" | while read -r file; do
+        ! grep -qF "\"$PWD/$file\"" "$check/compile_commands.json" || echo "$file"
+    done
+}
+
+# Findings alone, with paths from the root: once each, though several sources include the header.
+findings() {
+    { grep -E '(warning|error):|Stack dump|No such file' || true; } | sed "s|$PWD/||" | sort -u
+}
+
+check_tidy() {
+    compiled '*.cpp' ':!bench/*' |
+        xargs -P "$jobs" -n 1 clang-tidy -p "$check" --quiet 2>&1 | findings
+}
+
+# Not for tests, where nothing is gained by sparing a copy. The library's few constants are built at
+# load, once, as they shall.
+check_clazy() {
+    compiled '*.cpp' ':!bench/*' ':!tests/*' |
+        xargs -P "$jobs" -n 4 clazy-standalone -p "$check" --checks=level1,no-non-pod-global-static \
+            --header-filter="$PWD/(host|files|morse|charmap|session|app)/" 2>&1 | findings
+}
+
+# What is passed by value because an interface demands it is left to clang-tidy, which is told so.
+check_cppcheck() {
+    sources '*.cpp' | xargs cppcheck -q -j "$jobs" --std=c++17 --library=qt --library=posix \
+        --enable=warning,performance,portability --suppress=passedByValue --inline-suppr \
+        --error-exitcode=1 -I. -I"$build" -Itests \
+        --template='{file}:{line}: {severity}: {message} [{id}]' 2>&1
+}
+
+# Tables and test data are in other languages; "catched" is a text that hosts filter by.
+check_spelling() {
+    sources ':!data/alphabets/*.mal' ':!data/maps/*' ':!tests/data/*' '*' |
+        xargs codespell --ignore-words-list=catched,nd,ontext,statics
+}
+
+check_layers() {
+    scripts/check-layers.sh
+}
+
+check_format() {
+    scripts/format.sh --check 2>&1 | findings
+}
+
+check_scripts() {
+    sources '*.sh' .ci/run | xargs shellcheck --format=gcc
+}
+
+check_xml() {
+    sources '*.xsd' '*.xml' | xargs xmllint --noout 2>&1 &&
+        sources 'tests/data/golden/*.xml' |
+        xargs xmllint --noout --schema data/schema/tavikresultdata.xsd 2>&1 |
+            sed '/ validates$/d'
+}
+
+[ $# -gt 0 ] || set -- layers format spelling scripts xml cppcheck clazy tidy
+[[ " $* " != *" tidy "* && " $* " != *" clazy "* ]] || compile_commands
+failed=()
+for name in "$@"; do
+    SECONDS=0
+    status=0
+    found=$("check_$name") || status=$?
+    if [ $status -eq 0 ] && [ -z "$found" ]; then
+        echo "$name: clean ($SECONDS s)"
+    else
+        echo "$name: complains (status $status, $SECONDS s)"
+        echo "$found"
+        failed+=("$name")
+    fi
+done
+if [ ${#failed[@]} -gt 0 ]; then
+    echo "Not clean: ${failed[*]}"
+    exit 1
+fi
