@@ -385,6 +385,20 @@ private Q_SLOTS:
         }
     }
 
+    void thePictureNamesFoldersThatExist()
+    {
+        const QString picture =
+            contentOf(project.filePath(QStringLiteral("docs/architecture.svg")));
+        static const QRegularExpression folder(QStringLiteral("\\b([a-z]+/)+(?=[<)])"));
+        auto matches = folder.globalMatch(picture);
+        int count = 0;
+        for (; matches.hasNext(); ++count) {
+            const QString name = matches.next().captured();
+            QVERIFY2(project.exists(name), qPrintable(name));
+        }
+        QCOMPARE(count, 7);
+    }
+
     // What would go unnoticed if the checks above were blind.
     void whatIsWrongIsFound_data()
     {
