@@ -218,33 +218,35 @@ void TavikResultData::Reset()
 
 } // namespace TavikResultDataXml
 
+namespace {
+
+template <typename Kind>
+Kind* add(Tree& tree, const QString& name)
+{
+    auto* const value = new Kind;
+    value->SetName(name, nullptr);
+    tree.Insert(QString(), value);
+    return value;
+}
+
+} // namespace
+
 int main()
 {
     OwnTree tree;
-    for (const char* name : {"Symbol", "Available", "Text"}) {
-        ValueBase* value = nullptr;
-        if (name[0] == 'S')
-            value = new IntegerValue;
-        else if (name[0] == 'A')
-            value = new FlagValue;
-        else
-            value = new TextValue;
-        value->SetName(QLatin1String(name), nullptr);
-        tree.Insert(QString(), value);
-    }
+    auto* const symbol = add<IntegerValue>(tree, QStringLiteral("Symbol"));
+    add<FlagValue>(tree, QStringLiteral("Available"))->SetValue(true, nullptr);
 
     MorseHandler handler;
     handler.SetSymbol_ValuePath(QStringLiteral("Symbol"));
     handler.SetMorseAvailable_ValuePath(QStringLiteral("Available"));
-    handler.SetMorseText_ValuePath(QStringLiteral("Text"));
     handler.StartNewMorseSession();
-    handler.SetMorseAvailable(true);
     unsigned long long time_us = 0;
     for (const int code : {0, 0, 0, 3, 1, 1, 1, 3, 0, 0, 0, 3}) {
         handler.SetTimestamp(time_us += 60000);
         handler.AddSymbol(code);
     }
-    // Asked for a line end, the library tells its host's trace.
-    tree.Find(QStringLiteral("Symbol"))->HasChanged(eCHANGE_FORCED, nullptr);
+    // The library answers this with a trace.
+    symbol->HasChanged(eCHANGE_FORCED, nullptr);
     return 0;
 }

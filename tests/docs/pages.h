@@ -60,7 +60,8 @@ struct Command
     QString output;
 };
 QVector<Command> commands(const Block& session);
-/// Whether a text is what is expected, "…" standing for any text.
+/// Whether a text is what is expected, "…" standing for any text; blanks at the ends of lines do
+/// not count.
 bool isAsShown(const QString& text, const QString& expected);
 
 } // namespace pages
