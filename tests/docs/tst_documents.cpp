@@ -399,6 +399,24 @@ private Q_SLOTS:
         QCOMPARE(count, 7);
     }
 
+    void everyHeaderThatExportsHasItsApiPages()
+    {
+        const QString pages = contentOf(project.filePath(QStringLiteral("docs/Doxyfile")));
+        QStringList headers;
+        for (const char* folder : {"charmap", "host/standin", "morse", "session"}) {
+            const QDir dir(project.filePath(QLatin1String(folder)));
+            for (const QString& name : dir.entryList({QStringLiteral("*.h")})) {
+                const QString header = contentOf(dir.filePath(name));
+                if (header.contains(QLatin1String("MORSEHANDLER_EXPORT ")) ||
+                    header.contains(QLatin1String("HOST_API ")))
+                    headers += QLatin1String(folder) + QLatin1Char('/') + name;
+            }
+        }
+        QCOMPARE(headers.size(), 11);
+        for (const QString& header : qAsConst(headers))
+            QVERIFY2(pages.contains(header), qPrintable(header));
+    }
+
     // What would go unnoticed if the checks above were blind.
     void whatIsWrongIsFound_data()
     {
