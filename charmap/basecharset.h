@@ -4,6 +4,7 @@
 
 #include <QString>
 
+/// What the characters of a decoder are; the numbers are interface.
 enum eBASE_CHARSET : int {
     eCHARSET_NONE = 0, ///< none, or unknown
     eCHARSET_ITA2 = 1,

@@ -19,10 +19,15 @@
 class MORSEHANDLER_EXPORT CodecHandler : public IAlphabetHandler
 {
 public:
+    /// The same type under the name that it also has here.
     using eBASE_CHARSET = ::eBASE_CHARSET;
 
+    /// No folder, the alphabet "None". Reads the decoder modules file; without one every decoder
+    /// has no base character set.
     CodecHandler();
+    /// A copy goes on by itself from the same state.
     CodecHandler(const CodecHandler& other);
+    /// Takes over the state of `other`.
     CodecHandler& operator=(const CodecHandler& other);
     ~CodecHandler() override;
 

@@ -34,6 +34,7 @@ public:
     /// no such file, or cannot be read, is not offered; a missing folder offers nothing. Where a
     /// codec file and an ITA2 map file share their name, the map file is taken.
     explicit MappingDirectory(const QString& directory);
+    /// Deregisters from every value.
     ~MappingDirectory() override;
 
     MappingDirectory(const MappingDirectory&) = delete;
@@ -48,25 +49,39 @@ public:
 
     // Each attaches the value at `path`, which is created when there is none, and returns whether a
     // value is held now. The value that was held before is no longer regarded.
+
+    /// The list of maps (output), and the one that the operator chooses (input).
     bool SetAvailableMaps_ValuePath(QString path);
+    /// Observed, without effect.
     bool SetChannelIndex_ValuePath(QString path);
     /// The decoder's output. A client that is given gets the value handed over.
     bool SetDataInput_ValuePath(QString path, IVtClient* client);
+    /// The translated text.
     bool SetDataOutput_ValuePath(QString path);
+    /// Its current item names the decoder. A change fills the available maps anew.
     bool SetDecoder_ValuePath(QString path);
+    /// Observed, without effect.
     bool SetFrequency_ValuePath(QString path);
     /// The length of the history in characters; set to 10000, between 100 and 10000.
     bool SetMaxNumberOfChars_ValuePath(QString path);
+    /// Observed, without effect.
     bool SetModtype_ValuePath(QString path);
+    /// Code 19 on this value closes the output file; nothing is written to it.
     bool SetSaveToFile_ValuePath(QString path);
     /// Takes the direction of the chosen map. Not observed, so looked up whenever it is written.
     bool SetTextDirectionRTL_ValuePath(QString path);
+    /// Observed, without effect.
     bool SetTranslateAll_ValuePath(QString path);
+    /// Observed, without effect.
     bool SetTranslatedFile_ValuePath(QString path);
 
+    /// Stored only.
     void SetTranslatedFileDirectory(QString directory);
+    /// Derives and stores the identifier of the host's channel.
     void SetIpcIdentifier(QString id);
 
+    /// Code 2 forgets a value, 3 is obeyed while enabled, 19 always; other codes and values that
+    /// are not held mean nothing.
     void Update(Observable* source, TChangeCode code) override;
 
     /// The names that are offered for a base character set: the ITA2 maps, then the ASCII maps,
@@ -77,6 +92,7 @@ public:
     QString translate(const QString& text);
     /// The whole history through the chosen map.
     QString TranslateHistory();
+    /// Forgets the history.
     void ClearHistory();
 
 private:

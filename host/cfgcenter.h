@@ -26,6 +26,7 @@ protected:
     ICfg& operator=(const ICfg&) = default;
 };
 
+/// Where configurations are opened.
 class HOST_API CfgCenter
 {
 public:

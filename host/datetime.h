@@ -19,6 +19,7 @@ public:
     static const long long Local_TimeZone;
 
     DateTime();
+    /// At `moment`, whatever its time zone; offset and format as above.
     explicit DateTime(const QDateTime& moment);
 
     /// Microseconds since 1970-01-01 00:00 UTC.
@@ -30,6 +31,7 @@ public:
 
     /// Empty when the moment was made from an invalid `QDateTime`.
     QString toString() const;
+    /// The same in another format.
     QString toString(const QString& format) const;
 
 private:

@@ -10,7 +10,9 @@
 template <typename T>
 struct FormatString
 {
+    /// The value as text.
     static QString ToText(const T& value) { return value; }
+    /// Reads text back; false, and `value` as it was, for text that is no such value.
     static bool FromText(const QString& text, T& value)
     {
         value = text;
@@ -22,10 +24,12 @@ struct FormatString
 template <typename T>
 struct FormatBool
 {
+    /// The value as text.
     static QString ToText(const T& value)
     {
         return value ? QStringLiteral("1") : QStringLiteral("0");
     }
+    /// Reads text back; false, and `value` as it was, for text that is no such value.
     static bool FromText(const QString& text, T& value)
     {
         const QString word = text.trimmed();
@@ -49,7 +53,9 @@ struct FormatBool
 template <typename T>
 struct FormatInt
 {
+    /// The value as text.
     static QString ToText(const T& value) { return QString::number(value); }
+    /// Reads text back; false, and `value` as it was, for text that is no such value.
     static bool FromText(const QString& text, T& value)
     {
         bool ok = false;
@@ -64,7 +70,9 @@ struct FormatInt
 template <typename T>
 struct FormatFloat
 {
+    /// The value as text.
     static QString ToText(const T& value) { return QString::number(value, 'g', 17); }
+    /// Reads text back; false, and `value` as it was, for text that is no such value.
     static bool FromText(const QString& text, T& value)
     {
         bool ok = false;
@@ -79,6 +87,8 @@ struct FormatFloat
 template <typename T, typename Format>
 struct StreamFormat
 {
+    /// The value as part of a command.
     static QString ToStream(const T& value) { return Format::ToText(value); }
+    /// As `FromText`.
     static bool FromStream(const QString& text, T& value) { return Format::FromText(text, value); }
 };

@@ -52,6 +52,7 @@ public:
 
     /// Without effect when `observer` is not registered.
     void DeleteObserver(IObserver* observer);
+    /// Removes all of them.
     void DeleteObservers();
 
     Observable(const Observable&) = delete;

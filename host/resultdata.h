@@ -38,6 +38,7 @@ public:
     void SetTimeStamp(unsigned long long timestamp_us);
     /// Adds to the text of the frame.
     void AppendData(const QString& text);
+    /// Ends the frame, if one has begun.
     void EndFrame();
 
 private:
@@ -55,7 +56,9 @@ public:
     Transmission(const Transmission&) = delete;
     Transmission& operator=(const Transmission&) = delete;
 
+    /// Time of the first signal; any time zone. An invalid one is none.
     void SetStartTime(const QDateTime& time);
+    /// Time of the latest signal so far, likewise.
     void SetStopTime(const QDateTime& time);
     /// Takes the block over. Null, or a block that was added before, is ignored.
     void AddDataBlock(DataBlock* block);

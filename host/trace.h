@@ -9,9 +9,11 @@
 /// The class of traces that the plug-in's messages belong to.
 constexpr unsigned int PLUGIN_TRACE_CLASS = 0x20;
 
+/// Knows which traces are wanted. Asked on any thread that works with the library.
 class HOST_API ErrorHandler
 {
 public:
+    /// The process-wide one, which exists from the first call to the end of the process.
     static ErrorHandler& Instance();
 
     virtual ~ErrorHandler();

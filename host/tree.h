@@ -31,11 +31,14 @@ protected:
     /// Called by a value of this tree when it is destroyed.
     virtual void Remove(ValueBase* value) = 0;
 
-    // A tree keeps its book in the values.
+    ///@{
+    /// A tree keeps its book in the values: which tree a value is in, under which path, and whether
+    /// it has announced its deletion.
     static void Enter(ValueBase* value, Tree* tree, const QString& path);
     static QString PathOf(const ValueBase* value);
     static Tree* TreeOf(const ValueBase* value);
     static bool IsDeleted(const ValueBase* value);
+    ///@}
 
 private:
     friend class ValueBase;

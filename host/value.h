@@ -26,6 +26,7 @@ public:
     /// Announces change code 3 to everybody but `cause`. Writing what the value holds already
     /// announces nothing; use `HasChanged` to announce it again.
     virtual void SetValue(T value, IObserver* cause);
+    /// The present content; empty, false or 0 at first.
     virtual T GetValue();
 
 private:

@@ -44,7 +44,9 @@ public:
 
     /// Reads the value from text; text that is no such value changes nothing.
     virtual void SetStringValue(QString text, IObserver* cause) = 0;
+    /// The value as text.
     virtual QString GetStringValue() = 0;
+    /// `eSTATE_DELETED` once the deletion is announced.
     virtual TValueState GetState();
     /// Announces change code 4 when the state is another than before. A value that has announced
     /// its deletion stays in state 1.
@@ -53,16 +55,22 @@ public:
     /// its deletion announces nothing more.
     virtual void HasChanged(TChangeCode code, IObserver* cause);
 
-    // Remote control and recording: the host's own plumbing, which no plug-in calls.
+    ///@{
+    /// Remote control and recording: the host's own plumbing, which no plug-in calls.
     virtual QString GetCommandStringForTransmission();
     virtual bool SetCommandString(const QString& command, IObserver* cause);
     virtual bool SetCommandString(const QStringList& commands, IObserver* cause);
+    ///@}
+    /// Which kind of value this is.
     virtual ValueType GetType() = 0;
+    /// The same as a word.
     virtual QString GetTypeName() = 0;
     /// Takes over the content of a value of the same kind; false and unchanged for another kind.
     virtual bool Assign(const ValueBase& other) = 0;
     /// True when `other` is of the same kind and has the same content.
     virtual bool Compare(const ValueBase* other) = 0;
+    ///@{
+    /// As above: plumbing of the host.
     virtual QString GetCommandStringForRecording();
     virtual void SetUpdateTimerTime(int milliseconds);
     virtual void OverrideTimer();
@@ -76,13 +84,16 @@ public:
     virtual void AddCommand(QStringList& commands);
     virtual void AddCommandForTransmission(QStringList& commands);
     virtual QString CreateNextCommand();
+    ///@}
 
     /// Names a value that is not in the tree yet. A value in the tree keeps the name under which
     /// it can be found.
     void SetName(const QString& name, IObserver* cause);
+    /// Empty before `SetName`.
     QString GetName() const;
 
 protected:
+    /// Without a name, in no tree.
     ValueBase();
 
     /// Every destructor of a concrete value calls this first, while observers can still use the

@@ -11,6 +11,7 @@ class HOST_API INumeric
 {
 public:
     virtual ~INumeric();
+    /// The present number.
     virtual double GetRealValue() = 0;
 
 protected:
@@ -27,6 +28,7 @@ protected:
 class HOST_API ValueTransaction
 {
 public:
+    /// Begins to hold the codes back. `value` may go before the transaction does.
     ValueTransaction(ValueBase* value, std::initializer_list<TChangeCode> codes, IObserver* cause);
     ~ValueTransaction();
 
@@ -56,13 +58,17 @@ public:
     /// Clamps the present number at once and announces change code 3 to everybody but `cause`, as
     /// do the setters of one end or of the step; what changes nothing announces nothing.
     virtual void SetMinMax(T min, T max, T step, IObserver* cause);
+    ///@{
+    /// As `SetMinMax`, for one of the three.
     virtual void SetMin(T min, IObserver* cause);
     virtual void SetMax(T max, IObserver* cause);
     virtual void SetStep(T step, IObserver* cause);
+    ///@}
     /// Without a lower end the lowest number (minus infinity for a real one).
     virtual T GetMin();
     /// Without an upper end the highest number (infinity for a real one).
     virtual T GetMax();
+    /// 0 before it was set; nothing is rounded to it.
     virtual T GetStep();
     /// The caller deletes the transaction, which announces the codes then.
     virtual ValueTransaction* CreateTransaction(std::initializer_list<TChangeCode> codes,

@@ -10,11 +10,15 @@
 class HOST_API SelectionItem
 {
 public:
+    /// In no selection yet.
     SelectionItem(const QString& name, double value, long key);
 
+    ///@{
+    /// As it was made; an item never changes.
     const QString& GetName() const { return m_name; }
     double GetValue() const { return m_value; }
     long GetKey() const { return m_key; }
+    ///@}
 
 private:
     friend class ValueSelection;
@@ -54,7 +58,9 @@ public:
     virtual bool Select(long key, IObserver* cause);
     /// With `nearest` the item whose value lies nearest is taken, else only an equal one.
     virtual bool Select(double value, IObserver* cause, bool nearest);
+    /// By name, null being none.
     virtual bool Select(const wchar_t* name, IObserver* cause);
+    /// By name, in exactly this spelling.
     virtual bool Select(const QString& name, IObserver* cause);
 
     /// Adds one item per name, its key and value being its index in the selection.
@@ -63,16 +69,20 @@ public:
     virtual SelectionItem* AddItem(const QString& name, double value, long key, IObserver* cause);
     /// Takes the item over. Null, or an item that belongs to a selection already, is refused.
     virtual SelectionItem* AddItem(SelectionItem* item, IObserver* cause);
+    /// Adds copies of the items of `other`; none of them becomes current.
     virtual void AddItemsFrom(const ValueSelection& other, IObserver* cause);
     /// Deletes the item; one that is not in the list is left alone.
     virtual void DeleteItem(SelectionItem* item, IObserver* cause);
+    /// Deletes all; deleting none announces nothing.
     virtual void DeleteItems(IObserver* cause);
 
+    /// Number of items.
     virtual long GetItemCount();
     /// Index of the first item with that key, -1 when absent.
     virtual long GetItemIndex(long key);
-    // Item look-ups give null when absent.
+    /// By name; null when absent, as for the other two.
     virtual SelectionItem* GetItem(const QString& name);
+    /// By an equal value.
     virtual SelectionItem* GetItem(double value);
     /// By index, counted from 0.
     virtual SelectionItem* GetItem(long index);

@@ -19,6 +19,7 @@ class MORSEHANDLER_EXPORT MorseTranslator
 public:
     /// No alphabet: until `SetMorseAlphabet` is called, every code decodes to an empty text.
     MorseTranslator();
+    /// A copy has its own alphabet, and shares the results as all translators do.
     MorseTranslator(const MorseTranslator& other);
     /// A translator that is assigned to itself loses its alphabet.
     MorseTranslator& operator=(const MorseTranslator& other);

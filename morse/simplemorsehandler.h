@@ -18,8 +18,9 @@
 class MORSEHANDLER_EXPORT SimpleMorseHandler : public IAlphabetHandler
 {
 public:
-    // The symbol strings that `Translate` reads. All three timing errors share one text: they are
-    // dropped alike.
+    ///@{
+    /// The symbol strings that `Translate` reads. All three timing errors share one text: they are
+    /// dropped alike.
     static const QString DOT;
     static const QString DASH;
     static const QString NEW_CHAR;
@@ -28,6 +29,7 @@ public:
     static const QString DOT_TOO_SHORT;
     static const QString DASH_TOO_LONG;
     static const QString PAUSE_TOO_SHORT;
+    ///@}
     /// For callers; no converter gives it.
     static const QString UNKNOWN;
 
@@ -39,7 +41,9 @@ public:
 
     /// The alphabet "None", and the current folder.
     SimpleMorseHandler();
+    /// A copy goes on by itself from the same state, symbols that wait included.
     SimpleMorseHandler(const SimpleMorseHandler& other);
+    /// Takes over the state of `other`.
     SimpleMorseHandler& operator=(const SimpleMorseHandler& other);
     ~SimpleMorseHandler() override;
 

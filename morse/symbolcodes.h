@@ -5,6 +5,7 @@
 /// A code as it is stored. Every value that is not listed below is unknown.
 using MorseSymbolCode = short;
 
+/// The codes that have a meaning.
 enum MORSE_SYMBOL : MorseSymbolCode {
     eSYMBOL_DOT = 0,
     eSYMBOL_DASH = 1,

@@ -26,6 +26,7 @@ check morse "$contract|files/.*|morse/.*|morsehandler_export\.h|charmap/ialphabe
 check charmap "$contract|files/.*|charmap/.*|morsehandler_export\.h"
 check session "$contract|files/.*|morse/.*|session/.*|morsehandler_export\.h"
 check app/demodulator 'app/demodulator/.*'
+check examples '(charmap|host|host/standin|morse|session)/[a-z]+\.h'
 check app '(app|charmap|files|host|morse|session)/.*' 3
 
 # The one interface that morse shares with charmap stands alone.

@@ -13,6 +13,7 @@ packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-d
 [ "${1:-test}" != all ] || packages+=(
     clang-format
     clang-tidy clazy cppcheck codespell shellcheck python3
+    doxygen
 )
 
 missing=()

@@ -43,6 +43,7 @@ class MORSEHANDLER_EXPORT MorseHandler : public QObject, public IObserver
     Q_OBJECT
 
 public:
+    /// No values, no session, no alphabet.
     MorseHandler();
     /// Closes the files and deregisters from every value.
     ~MorseHandler() override;
@@ -92,6 +93,7 @@ public:
 
     /// Queues a code as if the symbol value had changed to it.
     void AddSymbol(int code);
+    /// Forgets the symbols of the session that are kept for `TranslateText`.
     void ClearSymbolBuffer();
     /// The whole symbol buffer translated again, or, with `partOnly` and a `count` of at least 1,
     /// its last `count` units (completed characters and word gaps); nothing when `fromEnd` is
@@ -106,16 +108,22 @@ public:
 
     /// Sets availability and session state at once.
     void SetMorseAvailable(bool available);
+    /// Handed to the result document, which has no use for it yet.
     void SetBaudrate(double baudrate);
+    /// Handed to the result document, which has no use for it yet.
     void SetFrequencyOffset(double offset_Hz);
     /// Time of the latest received signal in microseconds since 1970-01-01 00:00 UTC. The latest
     /// two bound the line markers; the first one of a transmission opens it in the document.
     void SetTimestamp(const unsigned long long& timestamp);
 
+    /// Code 2 forgets a value, 3 and 19 are obeyed as each setter tells; other codes and values
+    /// that are not held mean nothing.
     void Update(Observable* source, TChangeCode code) override;
 
 protected Q_SLOTS:
+    /// Writes the name of a new document into its value.
     void SetXmlFileName(const QString& strXmlFileName);
+    /// Raises the request for the settings, or announces it again.
     void GetXmlTunerDemodulatorSettings();
 
 private:

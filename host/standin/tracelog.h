@@ -27,11 +27,12 @@ HOST_API TraceSink setTraceSink(TraceSink sink);
 class HOST_API TraceRecorder
 {
 public:
+    /// One trace, as it was given.
     struct Trace
     {
-        QString message;
-        QString sourceFile;
-        int line;
+        QString message;    ///< the text
+        QString sourceFile; ///< as given to `_Q_Trace`; empty in the older form
+        int line;           ///< likewise; 0 in the older form
     };
 
     TraceRecorder();
@@ -40,8 +41,11 @@ public:
     TraceRecorder(const TraceRecorder&) = delete;
     TraceRecorder& operator=(const TraceRecorder&) = delete;
 
+    /// All since the beginning or the last `Clear`, in their order.
     QVector<Trace> Traces() const;
+    /// Their texts alone.
     QStringList Messages() const;
+    /// Forgets them.
     void Clear();
 
 private:

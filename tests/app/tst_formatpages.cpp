@@ -26,7 +26,7 @@ public:
     /// The content of the first fenced block.
     QByteArray example() const
     {
-        const int start = m_lines.indexOf(QStringLiteral("```text"));
+        const int start = m_lines.indexOf(QRegularExpression(QStringLiteral("^```text file=.*")));
         const int end = m_lines.indexOf(QStringLiteral("```"), start);
         if (start < 0 || end < 0)
             return {};
