@@ -12,6 +12,14 @@ endif()
 install(TARGETS morsehost COMPONENT program)
 install(DIRECTORY data/ DESTINATION ${CMAKE_INSTALL_DATADIR}/morsehandler COMPONENT program)
 
+if(UNIX AND NOT APPLE)
+    foreach(library IN ITEMS morsehandler hoststandin)
+        target_link_options(${library} PRIVATE
+            LINKER:--version-script=${CMAKE_CURRENT_LIST_DIR}/exports.map)
+        set_target_properties(${library} PROPERTIES LINK_DEPENDS ${CMAKE_CURRENT_LIST_DIR}/exports.map)
+    endforeach()
+endif()
+
 set(headers ${CMAKE_INSTALL_INCLUDEDIR}/morsehandler)
 install(TARGETS morsehandler EXPORT morsehandlerTargets
     LIBRARY COMPONENT library NAMELINK_COMPONENT development
@@ -38,6 +46,7 @@ install(FILES
 # For pkg-config, from wherever the files come to lie.
 file(RELATIVE_PATH root_from_pkgconfig
     /root/${CMAKE_INSTALL_LIBDIR}/pkgconfig /root)
+string(REGEX REPLACE "/$" "" root_from_pkgconfig ${root_from_pkgconfig})
 foreach(library IN ITEMS morsehandler morsehandler-hoststandin)
     configure_file(cmake/${library}.pc.in ${library}.pc @ONLY)
     install(FILES ${PROJECT_BINARY_DIR}/${library}.pc

@@ -54,10 +54,10 @@ stand in for one's own: headers, find_package and pkg-config files.")
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME morsehost)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION hamradio)
 set(CPACK_DEBIAN_PROGRAM_DESCRIPTION "decode Morse code from recordings and pipes
-Reads a recording or raw samples of a receiver, finds tone and speed by itself
-and writes text as it is decided; keeps code files, text files and XML documents
-on request. It also translates the 8-bit characters of other radio decoders, and
-brings Morse alphabets and character maps.")
+Reads a recording or raw samples of a receiver, finds tone and speed by
+itself and writes text as it is decided; keeps code files, text files and
+XML documents on request. It also translates the 8-bit characters of other
+radio decoders, and brings Morse alphabets and character maps.")
 
 # What a Debian package says about itself. An ordinary installation has no use for it.
 string(TIMESTAMP package_date "%a, %d %b %Y %H:%M:%S +0000" UTC) # heeds SOURCE_DATE_EPOCH
