@@ -29,7 +29,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libmorsehandler0)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libmorsehandler${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "readable text from the output of radio decoders
 A plug-in library that a radio-monitoring host loads into its process. It turns
@@ -37,7 +37,7 @@ Morse symbol codes into text through a selectable alphabet, and the characters
 of ITA2 and ASCII decoders through tables that the operator chooses.
 The host brings the classes that the library expects of it.")
 
-set(CPACK_DEBIAN_STANDIN_PACKAGE_NAME libhoststandin0)
+set(CPACK_DEBIAN_STANDIN_PACKAGE_NAME libhoststandin${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_STANDIN_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_STANDIN_DESCRIPTION "host for libmorsehandler in place of the host application
 Value tree, observers, traces, times, configuration and result documents as

@@ -1,5 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The order of the virtual operations: the plug-in and the host's libraries call each other by it.
+#include "host/cfgcenter.h"
+#include "host/ivtclient.h"
+#include "host/resultdata.h"
+#include "host/trace.h"
+#include "host/tree.h"
 #include "host/values.h"
 #include "support/slot.h"
 
@@ -121,6 +126,18 @@ private Q_SLOTS:
             With<SelectionItem*, long>::slot(&Selection::GetItem));
         row("ValueSelection::GetCurrentValue", slot(&Selection::GetCurrentValue));
         row("ValueSelection::GetKeyForItemName", slot(&Selection::GetKeyForItemName));
+
+        const auto firstRow = [&next, &row](const char* name, int actual) {
+            next = 2;
+            row(name, actual);
+        };
+        firstRow("Tree::Find", slot(&Tree::Find));
+        row("Tree::Insert", slot(&Tree::Insert));
+        firstRow("IObserver::Update", slot(&IObserver::Update));
+        firstRow("IVtClient::HandOver", slot(&IVtClient::HandOver));
+        firstRow("ErrorHandler::GetTraceMask", slot(&ErrorHandler::GetTraceMask));
+        firstRow("ICfg::GetString", slot(&ICfg::GetString));
+        firstRow("TavikResultData::Reset", slot(&TavikResultDataXml::TavikResultData::Reset));
     }
 
     void everyOperationStandsInItsSlot()
