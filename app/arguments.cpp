@@ -13,17 +13,18 @@ namespace {
 // Documents hold whole seconds in 32 bits.
 constexpr qint64 MAX_TIME_S = std::numeric_limits<quint32>::max();
 
-QString optionName(const char* option)
-{
-    return QStringLiteral("--") + QLatin1String(option);
-}
-
 QString plain(double number)
 {
     return QString::number(number, 'g', 10);
 }
 
 } // namespace
+
+QString optionWord(const char* option)
+{
+    const QLatin1String name(option);
+    return (name.size() == 1 ? QStringLiteral("-") : QStringLiteral("--")) + name;
+}
 
 Arguments::Arguments(const CommandSyntax& syntax, const QStringList& words)
     : m_syntax(syntax)
@@ -35,7 +36,7 @@ Arguments::Arguments(const CommandSyntax& syntax, const QStringList& words)
         m_parser.addOption(option);
     }
     m_parser.addOption(
-        {{QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show this help.")});
+        QCommandLineOption(QStringList{QStringLiteral("h"), QLatin1String(HELP_OPTION.name)}));
     const bool parsed = m_parser.parse(QStringList(QLatin1String(syntax.name)) + words);
     if (wantsHelp())
         return;
@@ -68,7 +69,7 @@ std::optional<double> Arguments::number(const char* option, double min, double m
     if (ok && std::isfinite(number) && number >= min && number <= max)
         return number;
     fail(QStringLiteral("%1 takes a number from %2 to %3, not '%4'")
-             .arg(optionName(option), plain(min), plain(max), text(option)));
+             .arg(optionWord(option), plain(min), plain(max), text(option)));
     return std::nullopt;
 }
 
@@ -81,7 +82,7 @@ std::optional<int> Arguments::wholeNumber(const char* option, int min, int max)
     if (ok && number >= min && number <= max)
         return number;
     fail(QStringLiteral("%1 takes a whole number from %2 to %3, not '%4'")
-             .arg(optionName(option), QString::number(min), QString::number(max), text(option)));
+             .arg(optionWord(option), QString::number(min), QString::number(max), text(option)));
     return std::nullopt;
 }
 
@@ -97,7 +98,7 @@ std::optional<unsigned long long> Arguments::time(const char* option)
         return static_cast<unsigned long long>(milliseconds) * 1000;
     fail(QStringLiteral("%1 takes a time from 1970 to 2106 such as 2026-05-12T10:15:00.250Z, "
                         "not '%2'")
-             .arg(optionName(option), text(option)));
+             .arg(optionWord(option), text(option)));
     return std::nullopt;
 }
 
@@ -117,14 +118,15 @@ QString Arguments::help() const
     QString help = QStringLiteral("Usage: morsehost %1 [OPTION…] %2\n%3\n\nOptions:\n")
                        .arg(QLatin1String(m_syntax.name), QString::fromUtf8(m_syntax.operands),
                             QString::fromUtf8(m_syntax.summary));
-    const auto row = [&help](const QString& words, const char* meaning) {
-        help += QStringLiteral("  %1 %2\n").arg(words, -18).arg(QString::fromUtf8(meaning));
+    const auto row = [&help](const OptionRow& option) {
+        const QString words =
+            optionWord(option.name) +
+            (option.valueName ? QLatin1Char(' ') + QLatin1String(option.valueName) : QString());
+        help += QStringLiteral("  %1 %2\n").arg(words, -18).arg(QString::fromUtf8(option.help));
     };
     for (const OptionRow& option : m_syntax.options)
-        row(optionName(option.name) +
-                (option.valueName ? QLatin1Char(' ') + QLatin1String(option.valueName) : QString()),
-            option.help);
-    row(QStringLiteral("--help"), "show this help");
+        row(option);
+    row(HELP_OPTION);
     if (m_syntax.examples)
         help += QStringLiteral("\nExamples:\n") + QString::fromUtf8(m_syntax.examples);
     return help;

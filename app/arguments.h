@@ -32,6 +32,12 @@ struct CommandSyntax
     const char* examples; ///< indented lines
 };
 
+/// As it is typed: "--rate", or "-o" where the name is one letter.
+QString optionWord(const char* option);
+
+/// The option that every command has.
+constexpr OptionRow HELP_OPTION = {"help", nullptr, "show this help"};
+
 /// Parsed words. The first value that cannot be used is remembered; the command asks for
 /// `error()` once it has fetched everything.
 class Arguments
@@ -52,7 +58,7 @@ public:
     void fail(const QString& error);
     /// Empty when all is well.
     const QString& error() const { return m_error; }
-    bool wantsHelp() const { return isSet("help"); }
+    bool wantsHelp() const { return isSet(HELP_OPTION.name); }
     QString help() const;
 
 private:

@@ -3,17 +3,13 @@
 
 #include <QCoreApplication>
 #include <QDir>
-#include <QFileInfo>
 
 namespace morsehost {
 
 QString dataDirectory(const QString& name)
 {
     const QDir programs(QCoreApplication::applicationDirPath());
-    const QString installed = programs.filePath(QStringLiteral("../share/morsehandler/") + name);
-    if (QFileInfo::exists(installed))
-        return QDir::cleanPath(installed);
-    return QStringLiteral(MORSEHOST_SOURCE_DATA "/") + name;
+    return QDir::cleanPath(programs.filePath(QStringLiteral("../share/morsehandler/") + name));
 }
 
 } // namespace morsehost

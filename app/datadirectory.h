@@ -6,8 +6,8 @@
 
 namespace morsehost {
 
-/// The file or folder `name` of the installed data, else of the source tree that the program was
-/// built in.
+/// The file or folder `name` of the data, which lies in ../share/morsehandler beside the program:
+/// installed there, or linked there by the build.
 QString dataDirectory(const QString& name);
 
 } // namespace morsehost

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // morsehost: a small host around the library, for recordings and pipes.
-#include "app/commands/commands.h"
+#include "app/commands/registry.h"
 #include "app/complain.h"
 #include "app/exitstatus.h"
 #include "app/interrupt.h"
@@ -17,22 +17,8 @@ namespace {
 
 using morsehost::Arguments;
 using morsehost::Command;
-
-const std::vector<Command>& commands()
-{
-    // clang-format off
-    static const std::vector<Command> rows = {
-        morsehost::decodeCommand(),
-        morsehost::symbolsCommand(),
-        morsehost::alphabetsCommand(),
-        morsehost::mapsCommand(),
-        morsehost::translateCommand(),
-        morsehost::mapCommand(),
-        morsehost::lintCommand(),
-    };
-    // clang-format on
-    return rows;
-}
+using morsehost::commands;
+using morsehost::OptionRow;
 
 void print(std::FILE* where, const QString& text)
 {
@@ -42,15 +28,16 @@ void print(std::FILE* where, const QString& text)
 QString overview()
 {
     QString text = QStringLiteral("Usage: morsehost COMMAND [OPTION…] [ARGUMENT…]\n\nCommands:\n");
-    for (const Command& command : commands()) {
-        const QString summary = QString::fromUtf8(command.syntax.summary);
+    for (const Command& command : commands())
         text += QStringLiteral("  %1 %2\n")
                     .arg(QLatin1String(command.syntax.name), -10)
-                    .arg(summary.section(QLatin1Char('.'), 0, 0).simplified());
-    }
-    text += QStringLiteral("\nOptions:\n"
-                           "  --help     show this help; 'morsehost COMMAND --help' tells more\n"
-                           "  --version  show the version\n\nExamples:\n");
+                    .arg(morsehost::shortSummary(command));
+    text += QStringLiteral("\nOptions:\n");
+    for (const OptionRow& option : morsehost::programOptions())
+        text += QStringLiteral("  --%1 %2\n")
+                    .arg(QLatin1String(option.name), -8)
+                    .arg(QString::fromUtf8(option.help));
+    text += QStringLiteral("\nExamples:\n");
     for (const Command& command : commands())
         text += QString::fromUtf8(command.syntax.examples);
     return text;

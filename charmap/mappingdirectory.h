@@ -97,13 +97,13 @@ public:
 
 private:
     template <typename Kind>
-    void hold(Kind*& role, const QString& path);
+    MORSEHANDLER_NO_EXPORT void hold(Kind*& role, const QString& path);
     template <typename Kind>
-    bool observe(Kind* role);
+    MORSEHANDLER_NO_EXPORT bool observe(Kind* role);
     template <typename Kind>
-    bool attach(Kind*& role, const QString& path);
+    MORSEHANDLER_NO_EXPORT bool attach(Kind*& role, const QString& path);
     template <typename Visit>
-    void visitObservedValues(Visit visit);
+    MORSEHANDLER_NO_EXPORT void visitObservedValues(Visit visit);
     void forgetDeleted(Observable* source);
     void contentChanged(Observable* source);
     void evaluationForced(Observable* source);

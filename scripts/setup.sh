@@ -5,15 +5,19 @@
 # there.
 set -euo pipefail
 
-packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-dev libkissfft-dev flac)
+packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-dev libkissfft-dev flac
+    dpkg-dev file gzip
+)
 [ "${1:-test}" = build ] || packages+=(
     libbenchmark-dev libicu-dev
     ebook2cw sox catdoc libxml2-utils
+    abigail-tools man-db mandoc
 )
 [ "${1:-test}" != all ] || packages+=(
     clang-format
     clang-tidy clazy cppcheck codespell shellcheck python3
     doxygen
+    lintian
 )
 
 missing=()

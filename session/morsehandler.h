@@ -129,14 +129,14 @@ protected Q_SLOTS:
 private:
     // Values: taking, leaving and finding them again.
     template <typename Kind>
-    void observe(Kind*& role, const QString& path);
+    MORSEHANDLER_NO_EXPORT void observe(Kind*& role, const QString& path);
     template <typename Kind>
-    void observeTwice(Kind*& role, const QString& path);
+    MORSEHANDLER_NO_EXPORT void observeTwice(Kind*& role, const QString& path);
     template <typename Visitor>
-    void visitObservedValues(Visitor visit);
+    MORSEHANDLER_NO_EXPORT void visitObservedValues(Visitor visit);
     bool isObservedInAnyRole(const Observable* value);
     template <typename Kind>
-    static Kind* lookUpAgain(Kind*& role, const QString& path);
+    MORSEHANDLER_NO_EXPORT static Kind* lookUpAgain(Kind*& role, const QString& path);
     void replay(ValueBase* value);
     void forgetDeletedValue(const Observable* source);
     void contentChanged(const Observable* source);

@@ -16,7 +16,7 @@ namespace pages {
 /// - `sh`: commands to paste, which have to succeed; an `output` block behind it is what they
 /// print.
 /// - `sh not-run: REASON`: commands that no test can run; what they name has to exist.
-/// - `cpp path=FILE`: lines of that file.
+/// - `cpp path=FILE`: lines of that file; other kinds may be taken from one too.
 /// - `xml schema=FILE`: a document that is valid.
 /// - `KIND file=NAME`: the content of a file that later blocks of the page use.
 /// - `text WHAT`: none of these, and what it is instead.

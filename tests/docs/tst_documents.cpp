@@ -222,7 +222,7 @@ QStringList checkBlocks(const Page& page, const Clone& clone)
         else if (kind == QLatin1String("output") && i > 0 &&
                  page.blocks.at(i - 1).kind() == QLatin1String("sh"))
             continue; // compared with what the commands before it printed
-        else if (kind == QLatin1String("cpp"))
+        else if (kind == QLatin1String("cpp") || !block.attribute(QStringLiteral("path")).isEmpty())
             complaints += checkCode(page, block);
         else if (kind == QLatin1String("xml") &&
                  !block.attribute(QStringLiteral("schema")).isEmpty())

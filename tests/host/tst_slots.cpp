@@ -1,51 +1,18 @@
 // SPDX-License-Identifier: MIT
 // The order of the virtual operations: the plug-in and the host's libraries call each other by it.
+#include "host/cfgcenter.h"
+#include "host/ivtclient.h"
+#include "host/resultdata.h"
+#include "host/trace.h"
+#include "host/tree.h"
 #include "host/values.h"
+#include "support/slot.h"
 
 #include <QtTest>
 
 #include <cstring>
 
 #if defined(__GXX_ABI_VERSION)
-
-namespace {
-
-/// The slot of a virtual member function, -1 for another one. In the Itanium C++ ABI a pointer to
-/// a virtual member function holds the offset of its slot, and a flag beside or below it.
-template <typename Function>
-int slotOf(Function function)
-{
-    static_assert(sizeof function == 2 * sizeof(std::ptrdiff_t));
-    std::ptrdiff_t parts[2];
-    std::memcpy(parts, &function, sizeof parts);
-#if defined(__arm__) || defined(__aarch64__)
-    const bool isVirtual = parts[1] & 1;
-    const std::ptrdiff_t offset = parts[0];
-#else
-    const bool isVirtual = parts[0] & 1;
-    const std::ptrdiff_t offset = parts[0] - 1;
-#endif
-    return isVirtual ? static_cast<int>(offset / static_cast<std::ptrdiff_t>(sizeof(void*))) : -1;
-}
-
-template <typename Class, typename Result, typename... Arguments>
-int slot(Result (Class::*function)(Arguments...))
-{
-    return slotOf(function);
-}
-
-/// Picks one of several functions of a name.
-template <typename Result, typename... Arguments>
-struct With
-{
-    template <typename Class>
-    static int slot(Result (Class::*function)(Arguments...))
-    {
-        return slotOf(function);
-    }
-};
-
-} // namespace
 
 class tst_Slots : public QObject
 {
@@ -159,6 +126,18 @@ private Q_SLOTS:
             With<SelectionItem*, long>::slot(&Selection::GetItem));
         row("ValueSelection::GetCurrentValue", slot(&Selection::GetCurrentValue));
         row("ValueSelection::GetKeyForItemName", slot(&Selection::GetKeyForItemName));
+
+        const auto firstRow = [&next, &row](const char* name, int actual) {
+            next = 2;
+            row(name, actual);
+        };
+        firstRow("Tree::Find", slot(&Tree::Find));
+        row("Tree::Insert", slot(&Tree::Insert));
+        firstRow("IObserver::Update", slot(&IObserver::Update));
+        firstRow("IVtClient::HandOver", slot(&IVtClient::HandOver));
+        firstRow("ErrorHandler::GetTraceMask", slot(&ErrorHandler::GetTraceMask));
+        firstRow("ICfg::GetString", slot(&ICfg::GetString));
+        firstRow("TavikResultData::Reset", slot(&TavikResultDataXml::TavikResultData::Reset));
     }
 
     void everyOperationStandsInItsSlot()

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+// What `morsehost` can do, as rows: for the program, and for its manual page and completion, which
+// are written from them.
+#pragma once
+
+#include "app/commands/commands.h"
+
+namespace morsehost {
+
+/// In the order in which they are shown.
+const std::vector<Command>& commands();
+
+/// The options that stand in place of a command.
+const std::vector<OptionRow>& programOptions();
+
+/// The first sentence of what a command does, without its full stop.
+QString shortSummary(const Command& command);
+
+} // namespace morsehost

@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: MIT
+#include "app/manual/completion.h"
+
+#include <QMap>
+#include <QStringList>
+
+#include <algorithm>
+
+namespace morsehost {
+
+namespace {
+
+enum class Values { None, Folders, Files, Listed };
+
+QString words(const std::vector<OptionRow>& options)
+{
+    QStringList list;
+    for (const OptionRow& option : options)
+        list += optionWord(option.name);
+    return list.join(QLatin1Char(' '));
+}
+
+bool isCommand(const std::vector<Command>& commands, const QString& name)
+{
+    return std::any_of(commands.begin(), commands.end(), [&name](const Command& command) {
+        return name == QLatin1String(command.syntax.name);
+    });
+}
+
+Values valuesOf(const OptionRow& option, const std::vector<Command>& commands)
+{
+    const QString valueName = QLatin1String(option.valueName);
+    if (valueName == QLatin1String("DIR"))
+        return Values::Folders;
+    if (valueName == QLatin1String("FILE") || valueName == QLatin1String("PICTURE"))
+        return Values::Files;
+    if (valueName == QLatin1String("NAME") &&
+        isCommand(commands, QLatin1String(option.name) + QLatin1Char('s')))
+        return Values::Listed;
+    return Values::None;
+}
+
+QString action(const OptionRow& option, Values values)
+{
+    switch (values) {
+    case Values::Folders:
+        return QStringLiteral("_morsehost_paths -d");
+    case Values::Files:
+        return QStringLiteral("_morsehost_paths -f");
+    case Values::Listed:
+        return QStringLiteral("_morsehost_listed %1s").arg(QLatin1String(option.name));
+    case Values::None:
+        break;
+    }
+    return QStringLiteral(":");
+}
+
+} // namespace
+
+QString bashCompletion(const std::vector<Command>& commands,
+                       const std::vector<OptionRow>& programOptions)
+{
+    QStringList names;
+    QString commandCases;
+    QMap<QString, QString> valueCases; // the same option means the same in every command
+    for (const Command& command : commands) {
+        const CommandSyntax& syntax = command.syntax;
+        names += QLatin1String(syntax.name);
+        std::vector<OptionRow> options = syntax.options;
+        options.push_back(HELP_OPTION);
+        const bool takesFiles = QString::fromUtf8(syntax.operands).contains(QLatin1String("FILE"));
+        commandCases += QStringLiteral("        %1) options='%2' operands=%3 ;;\n")
+                            .arg(names.constLast(), words(options))
+                            .arg(takesFiles ? 1 : 0);
+        for (const OptionRow& option : options) {
+            if (option.valueName)
+                valueCases[optionWord(option.name)] = action(option, valuesOf(option, commands));
+        }
+    }
+    QString valueLines;
+    for (auto row = valueCases.cbegin(); row != valueCases.cend(); ++row)
+        valueLines += QStringLiteral("        %1) %2; return ;;\n").arg(row.key(), row.value());
+
+    return QStringLiteral(R"bash(# bash completion for morsehost
+# Written from the tables of the program; changes made here are lost.
+
+_morsehost_paths()
+{
+    compopt -o filenames 2>/dev/null
+    mapfile -t COMPREPLY < <(compgen "$1" -- "$current")
+}
+
+# Names may hold blanks: they are quoted as the shell needs them.
+_morsehost_listed()
+{
+    local typed=${current//[\\\"\']/} name
+    while IFS=$'\t' read -r name _; do
+        [[ $name == "$typed"* ]] && COMPREPLY+=("$(printf %q "$name")")
+    done < <("${COMP_WORDS[0]}" "$1" 2>/dev/null)
+}
+
+_morsehost()
+{
+    local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
+    local options operands
+    COMPREPLY=()
+    if [ "$COMP_CWORD" -eq 1 ]; then
+        mapfile -t COMPREPLY < <(compgen -W '%1' -- "$current")
+        return
+    fi
+    # "--option=value" comes in three words.
+    [ "$current" = = ] && current=
+    [ "$previous" = = ] && previous=${COMP_WORDS[COMP_CWORD - 2]}
+    case $previous in
+%3    esac
+    case ${COMP_WORDS[1]} in
+%2        *) return ;;
+    esac
+    case $current in
+        -*) mapfile -t COMPREPLY < <(compgen -W "$options" -- "$current") ;;
+        *) [ "$operands" -eq 1 ] && _morsehost_paths -f ;;
+    esac
+}
+
+complete -F _morsehost morsehost
+)bash")
+        .arg(names.join(QLatin1Char(' ')) + QLatin1Char(' ') + words(programOptions), commandCases,
+             valueLines);
+}
+
+} // namespace morsehost

@@ -1,0 +1,22 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# Stores the binary interface of both libraries anew, as they are built in build/dev. CONTRIBUTING.md
+# tells when that is allowed. Look at the difference, and commit it by itself with the reason.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+# shellcheck source=tests/install/interface.sh
+source tests/install/interface.sh
+
+stage=$(mktemp -d)
+trap 'rm -rf "$stage"' EXIT
+cmake --install build/dev --prefix "$stage" >/dev/null
+headers=$stage/include/morsehandler
+stored=tests/install
+for library in libmorsehandler libhoststandin; do
+    file=build/dev/lib/$library.so.0
+    exported_symbols "$file" >"$stored/$library.symbols"
+    binary_interface "$file" "$headers" "$stored/types.suppr" "$stored/$library.abi"
+done
+initialisers build/dev/lib/libmorsehandler.so.0 >"$stored/libmorsehandler.initialisers"
+(cd "$headers" && find . -name '*.h' | sed 's|^\./||' | LC_ALL=C sort) >"$stored/headers.list"
+git --no-pager diff --stat -- "$stored"

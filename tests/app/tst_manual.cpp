@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: MIT
+// What the manual page and the completion make of the tables of commands.
+#include "app/manual/completion.h"
+#include "app/manual/manualpage.h"
+
+#include <QtTest>
+
+using namespace morsehost;
+
+namespace {
+
+int nothing(Arguments&)
+{
+    return 0;
+}
+
+std::vector<Command> oneCommand(std::vector<OptionRow> options, const char* operands = "")
+{
+    return {{{"look", operands, 0, 0, "Looks. It's 100 % 'safe'.", std::move(options),
+              "  morsehost look\n"},
+             nothing}};
+}
+
+} // namespace
+
+class tst_Manual : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void textIsShownCharacterByCharacter_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("roff");
+
+        QTest::newRow("a hyphen in a word stays") << "little-endian"
+                                                  << "little-endian";
+        QTest::newRow("options can be copied") << "--rate -"
+                                               << "\\-\\-rate \\-";
+        QTest::newRow("dates can be copied") << "2026-05-12"
+                                             << "2026\\-05\\-12";
+        QTest::newRow("quotes stay straight") << "'a' \"b\" `c`"
+                                              << "\\(aqa\\(aq \\(dqb\\(dq \\(gac\\(ga";
+        QTest::newRow("a backslash is one") << "a\\n"
+                                            << "a\\(rsn";
+        QTest::newRow("a full stop begins no request") << ".TH\n.x"
+                                                       << "\\&.TH\n\\&.x";
+        QTest::newRow("an apostrophe begins no request") << "'x"
+                                                         << "\\(aqx";
+        QTest::newRow("tilde and circumflex") << "~^"
+                                              << "\\(ti\\(ha";
+        QTest::newRow("an ellipsis is three") << QStringLiteral("FILE…") << "FILE...";
+        QTest::newRow("other letters by number") << QStringLiteral("ä") << "\\[u00E4]";
+    }
+
+    void textIsShownCharacterByCharacter()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, roff);
+        QCOMPARE(roffText(text), roff);
+    }
+
+    void thePageTellsEveryOptionAndItsValue()
+    {
+        const QString page = manualPage(oneCommand({{"save", "DIR", "write into DIR"}}), {},
+                                        QStringLiteral("1.2"), QStringLiteral("2026-01-02"));
+        QVERIFY(page.contains(QStringLiteral(".TH MORSEHOST 1 2026-01-02 \"morsehost 1.2\"")));
+        QVERIFY(page.contains(
+            QStringLiteral(".TP\n\\fB\\-\\-save\\fR \\fIDIR\\fR\nwrite into DIR.\n")));
+        QVERIFY(page.contains(QStringLiteral("\nLooks. It\\(aqs 100 % \\(aqsafe\\(aq.\n")));
+        QVERIFY(page.contains(QStringLiteral("\n.SH EXAMPLES\n.nf\n  morsehost look\n.fi\n")));
+    }
+
+    void aNameOfOneLetterHasOneDash()
+    {
+        const auto commands = oneCommand({{"o", "PICTURE", "where to"}});
+        QVERIFY(manualPage(commands, {}, QString(), QString())
+                    .contains(QStringLiteral("\\fB\\-o\\fR \\fIPICTURE\\fR")));
+        const QString script = bashCompletion(commands, {});
+        QVERIFY(script.contains(QStringLiteral("look) options='-o --help' operands=0")));
+        QVERIFY(script.contains(QStringLiteral("-o) _morsehost_paths -f; return")));
+    }
+
+    void filesAreOfferedWhereACommandTakesThem()
+    {
+        QVERIFY(bashCompletion(oneCommand({}, "[FILE|-]"), {})
+                    .contains(QStringLiteral("look) options='--help' operands=1")));
+    }
+
+    void namesAreListedOnlyWhereACommandListsThem()
+    {
+        const std::vector<OptionRow> option = {{"map", "NAME", "the map"}};
+        QVERIFY(!bashCompletion(oneCommand(option), {}).contains(QStringLiteral("listed maps")));
+        auto commands = oneCommand(option);
+        commands.push_back({{"maps", "", 0, 0, "Lists.", {}, ""}, nothing});
+        QVERIFY(bashCompletion(commands, {})
+                    .contains(QStringLiteral("--map) _morsehost_listed maps; return")));
+    }
+};
+
+QTEST_APPLESS_MAIN(tst_Manual)
+#include "tst_manual.moc"

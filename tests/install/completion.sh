@@ -1,0 +1,56 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# What bash offers after each kind of word.
+set -euo pipefail
+
+PATH=$STAGE/bin:$PATH
+# shellcheck source=/dev/null
+source "$STAGE/share/bash-completion/completions/morsehost"
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cd "$work"
+mkdir "a folder"
+touch recording.flac
+
+# offered WORD...: what may stand in the place of the last word, a line each.
+offered() {
+    COMP_WORDS=("$@")
+    COMP_CWORD=$(($# - 1))
+    COMPREPLY=()
+    _morsehost || true
+    printf '%s\n' "${COMPREPLY[@]}"
+}
+status=0
+expect() { # WANTED|WANTED... WORD..., in any order
+    local got wanted
+    got=$(offered "${@:2}" | sort)
+    wanted=$(echo "$1" | tr '|' '\n' | sort)
+    [ "$got" = "$wanted" ] || { echo "after '${*:2}': '$got', not '$wanted'"; status=1; }
+}
+
+commands=$(morsehost --help | sed -n '/^Commands:/,/^$/s/^  \([a-z]*\) .*/\1/p')
+expect "$(echo "$commands" | tr '\n' '|')--help|--version" morsehost ""
+expect symbols morsehost sy
+expect "--version" morsehost --v
+for command in $commands; do
+    options=$(morsehost "$command" --help | sed -n '/^Options:/,/^$/s/^  \(-[-a-z]*\) .*/\1/p')
+    expect "$(echo "$options" | paste -sd '|')" morsehost "$command" -
+done
+expect "--alphabet|--alphabets" morsehost decode --al
+expect "a folder" morsehost decode --save ""
+expect "a folder" morsehost decode --save = ""
+expect "a folder|recording.flac" morsehost decode ""
+expect "recording.flac" morsehost lint rec
+expect "" morsehost alphabets ""
+expect "" morsehost decode --tone ""
+expect "" morsehost nonsense ""
+# Names come from the program itself, quoted for the shell.
+expect "Greek" morsehost symbols --alphabet Gr
+expect 'Greek\ -\ ASCII|Greek-CCITT\ -\ ASCII' morsehost translate --map Greek
+expect 'Greek\ -\ ASCII' morsehost translate --map 'Greek\ -'
+# What was typed is never run.
+offered morsehost translate --map '$(touch run)' >/dev/null
+[ ! -e run ] || { echo "a typed command was run"; status=1; }
+
+complete -p morsehost >/dev/null || status=1
+exit $status

@@ -1,0 +1,22 @@
+# SPDX-License-Identifier: MIT
+# How the binary interface is read from a library: for the tests that compare it with what is
+# stored, and for scripts/renew-interface.sh, which stores it.
+
+# exported_symbols LIBRARY: as the linker spells them, each with its readable form.
+exported_symbols() {
+    local rows
+    rows=$(nm --dynamic --defined-only --format=posix "$1" | cut -d ' ' -f 1,2 | LC_ALL=C sort)
+    paste -d ' ' <(echo "$rows") <(echo "$rows" | cut -d ' ' -f 1 | c++filt)
+}
+
+# initialisers LIBRARY: the sources that build something when the library is loaded.
+initialisers() {
+    nm --format=posix "$1" | sed -n 's/^_GLOBAL__sub_I_\([^ ]*\) .*/\1/p' | LC_ALL=C sort
+}
+
+# binary_interface LIBRARY HEADERS SUPPRESSIONS OUTPUT: types and functions, as abidw sees them.
+binary_interface() {
+    abidw --headers-dir "$2" --suppressions "$3" --drop-private-types --exported-interfaces-only \
+        --no-corpus-path --no-comp-dir-path --no-show-locs --no-elf-needed --no-parameter-names \
+        --out-file "$4" "$1"
+}

@@ -1,0 +1,227 @@
+// SPDX-License-Identifier: MIT
+// The order of the fields of the exported classes and of what they keep. It is part of the binary
+// interface: a host derives from the classes, copies them and makes them in memory of its own.
+#include "charmap/charactermap.h"
+#include "charmap/codechandler.h"
+#include "charmap/decodermodulescenter.h"
+#include "charmap/mappingdirectory.h"
+#include "morse/morsetranslator.h"
+#include "morse/simplemorsehandler.h"
+#include "session/morsehandler.h"
+#include "session/tavikresultdatahandler.h"
+#include "support/slot.h"
+
+#include <QtTest>
+
+#include <map>
+
+#if defined(__GXX_ABI_VERSION)
+
+namespace {
+
+struct Field
+{
+    const char* name;
+    std::ptrdiff_t offset;
+};
+using Fields = std::map<int, Field>; ///< by the place in the lists below
+
+std::map<QByteArray, Fields>& classes()
+{
+    static std::map<QByteArray, Fields> fieldsOfClasses;
+    return fieldsOfClasses;
+}
+
+bool note(const char* className, int place, const Field& field)
+{
+    return classes()[className].insert({place, field}).second;
+}
+
+// An explicit instantiation may name a private field; it is noted when the program starts.
+template <typename Names, int Place, auto Member>
+struct Noted
+{
+    static inline const bool isNoted =
+        note(Names::className, Place, {Names::fieldName, offsetOf(Member)});
+};
+
+} // namespace
+
+#define FIELD(Class, field)                                                                        \
+    namespace {                                                                                    \
+    struct Class##_##field                                                                         \
+    {                                                                                              \
+        static constexpr const char* className = #Class;                                           \
+        static constexpr const char* fieldName = #field;                                           \
+    };                                                                                             \
+    template struct Noted<Class##_##field, __LINE__, &Class::field>;                               \
+    }
+
+using Quillon::DecoderModule;
+using Quillon::DecoderModulesCenter;
+
+FIELD(MorseTranslator, m_alphabetMap)
+FIELD(MorseTranslator, m_unknownSymbol)
+FIELD(MorseTranslator, m_textDirectionRTL)
+
+FIELD(SimpleMorseHandler, m_alphabetsDir)
+FIELD(SimpleMorseHandler, m_decoder)
+FIELD(SimpleMorseHandler, m_alphabet)
+FIELD(SimpleMorseHandler, m_morseMap)
+FIELD(SimpleMorseHandler, m_textDirectionRTL)
+FIELD(SimpleMorseHandler, m_pendingSymbols)
+FIELD(SimpleMorseHandler, m_lastWasDigit)
+
+FIELD(CodecHandler, m_charsetFiles)
+FIELD(CodecHandler, m_decoderCharsets)
+FIELD(CodecHandler, m_alphabetsDir)
+FIELD(CodecHandler, m_decoder)
+FIELD(CodecHandler, m_alphabet)
+FIELD(CodecHandler, m_charMap)
+FIELD(CodecHandler, m_textDirectionRTL)
+
+FIELD(MorseHandler, m_pSymbol)
+FIELD(MorseHandler, m_pMorseAvailable)
+FIELD(MorseHandler, m_pMorseText)
+FIELD(MorseHandler, m_pMorseAlphabet)
+FIELD(MorseHandler, m_pMorseSaveToFile)
+FIELD(MorseHandler, m_pMorseXmlSaveToFile)
+FIELD(MorseHandler, m_pTextFileName)
+FIELD(MorseHandler, m_pXmlFileName)
+FIELD(MorseHandler, m_pCodeFileName)
+FIELD(MorseHandler, m_pMorseAlphabetDirectory)
+FIELD(MorseHandler, m_pTextDirectionRTL)
+FIELD(MorseHandler, m_pFrequency)
+FIELD(MorseHandler, m_pModtype)
+FIELD(MorseHandler, m_pDecResult)
+FIELD(MorseHandler, m_pTranslator)
+FIELD(MorseHandler, m_strAlphabetDirectory)
+FIELD(MorseHandler, m_strSymbolBuffer)
+FIELD(MorseHandler, m_strCurrentSymbols)
+FIELD(MorseHandler, m_strErrorMarks)
+FIELD(MorseHandler, m_strSaveDirectory)
+FIELD(MorseHandler, m_strCodeFileName)
+FIELD(MorseHandler, m_strTextFileName)
+FIELD(MorseHandler, m_strReserved1)
+FIELD(MorseHandler, m_strReserved2)
+FIELD(MorseHandler, m_strIpcIdentifier)
+FIELD(MorseHandler, m_pTextFile)
+FIELD(MorseHandler, m_pTextStream)
+FIELD(MorseHandler, m_pCodeFile)
+FIELD(MorseHandler, m_pCodeStream)
+FIELD(MorseHandler, m_bMorseAvailable)
+FIELD(MorseHandler, m_bSessionActive)
+FIELD(MorseHandler, m_bSaveToFile)
+FIELD(MorseHandler, m_bDigitMode)
+FIELD(MorseHandler, m_nCodeColumn)
+FIELD(MorseHandler, m_nTextColumn)
+FIELD(MorseHandler, m_nLineLength)
+FIELD(MorseHandler, m_symbolList)
+FIELD(MorseHandler, m_pDateTime)
+FIELD(MorseHandler, m_nPreviousTimestamp)
+FIELD(MorseHandler, m_nCurrentTimestamp)
+FIELD(MorseHandler, m_pResultDataHandler)
+FIELD(MorseHandler, m_pGenXmlTunerDemodulatorSettings)
+FIELD(MorseHandler, m_pXmlTunerDemodulatorSettings)
+
+FIELD(TavikResultDataHandler, m_pResultData)
+FIELD(TavikResultDataHandler, m_pTransmission)
+FIELD(TavikResultDataHandler, m_pDataBlock)
+FIELD(TavikResultDataHandler, m_strFilename)
+FIELD(TavikResultDataHandler, m_nLastTimestamp)
+FIELD(TavikResultDataHandler, m_strWorkDir)
+
+FIELD(CharacterMap, table)
+FIELD(CharacterMap, loaded)
+FIELD(CharacterMap, rightToLeft)
+
+FIELD(MappingDirectory, m_currentMap)
+FIELD(MappingDirectory, m_currentCharset)
+FIELD(MappingDirectory, m_enabled)
+FIELD(MappingDirectory, m_history)
+FIELD(MappingDirectory, m_ipcIdentifier)
+FIELD(MappingDirectory, m_translatedFileDirectory)
+FIELD(MappingDirectory, m_outputFile)
+FIELD(MappingDirectory, m_outputStream)
+FIELD(MappingDirectory, m_maps)
+FIELD(MappingDirectory, m_decoderCharsets)
+FIELD(MappingDirectory, m_retranslating)
+FIELD(MappingDirectory, m_decoder)
+FIELD(MappingDirectory, m_availableMaps)
+FIELD(MappingDirectory, m_dataInput)
+FIELD(MappingDirectory, m_dataOutput)
+FIELD(MappingDirectory, m_translateAll)
+FIELD(MappingDirectory, m_translatedFile)
+FIELD(MappingDirectory, m_saveToFile)
+FIELD(MappingDirectory, m_maxNumberOfChars)
+FIELD(MappingDirectory, m_frequency)
+FIELD(MappingDirectory, m_modulationType)
+FIELD(MappingDirectory, m_channelIndex)
+FIELD(MappingDirectory, m_textDirectionRTL)
+
+FIELD(DecoderModule, id)
+FIELD(DecoderModule, number)
+FIELD(DecoderModule, type)
+FIELD(DecoderModule, flags)
+FIELD(DecoderModule, charset)
+FIELD(DecoderModule, name)
+
+FIELD(DecoderModulesCenter, m_fileName)
+FIELD(DecoderModulesCenter, m_modules)
+FIELD(DecoderModulesCenter, m_flag0)
+
+class tst_Fields : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void fieldsLieInTheirOrderWithNothingBetween_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        QTest::addColumn<int>("first");
+        QTest::addColumn<int>("count");
+
+        const int table = sizeof(void*);
+        QTest::newRow("MorseTranslator") << QByteArray("MorseTranslator") << table << 3;
+        QTest::newRow("SimpleMorseHandler") << QByteArray("SimpleMorseHandler") << table << 7;
+        QTest::newRow("CodecHandler") << QByteArray("CodecHandler") << table << 7;
+        QTest::newRow("MorseHandler")
+            << QByteArray("MorseHandler") << int(sizeof(QObject)) + table << 43;
+        QTest::newRow("TavikResultDataHandler")
+            << QByteArray("TavikResultDataHandler") << int(sizeof(QObject)) << 6;
+        QTest::newRow("CharacterMap") << QByteArray("CharacterMap") << 0 << 3;
+        QTest::newRow("MappingDirectory") << QByteArray("MappingDirectory") << table << 23;
+        QTest::newRow("DecoderModule") << QByteArray("DecoderModule") << 0 << 6;
+        QTest::newRow("DecoderModulesCenter") << QByteArray("DecoderModulesCenter") << table << 3;
+    }
+
+    void fieldsLieInTheirOrderWithNothingBetween()
+    {
+        QFETCH(QByteArray, name);
+        QFETCH(int, first);
+        QFETCH(int, count);
+
+        const Fields& fields = classes()[name];
+        QCOMPARE(int(fields.size()), count);
+        const Field* before = nullptr;
+        for (const auto& [place, field] : fields) {
+            if (!before)
+                QCOMPARE(int(field.offset), first);
+            else
+                QVERIFY2(before->offset < field.offset, field.name);
+            before = &field;
+        }
+    }
+};
+
+QTEST_APPLESS_MAIN(tst_Fields)
+#include "tst_fields.moc"
+
+#else
+
+int main()
+{
+    return 0; // places cannot be read from pointers to members here
+}
+
+#endif
