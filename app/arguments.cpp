@@ -15,7 +15,8 @@ constexpr qint64 MAX_TIME_S = std::numeric_limits<quint32>::max();
 
 QString optionName(const char* option)
 {
-    return QStringLiteral("--") + QLatin1String(option);
+    const QLatin1String name(option);
+    return (name.size() == 1 ? QStringLiteral("-") : QStringLiteral("--")) + name;
 }
 
 QString plain(double number)

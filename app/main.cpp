@@ -23,6 +23,7 @@ const std::vector<Command>& commands()
     // clang-format off
     static const std::vector<Command> rows = {
         morsehost::decodeCommand(),
+        morsehost::inspectCommand(),
         morsehost::symbolsCommand(),
         morsehost::alphabetsCommand(),
         morsehost::mapsCommand(),

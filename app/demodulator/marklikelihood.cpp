@@ -32,7 +32,26 @@ constexpr std::int64_t LONG_LENGTH = 48;
 constexpr double OTHER_PHASE = -4.0; // log probability that the phase is not the one expected
 constexpr double PHASE_DRIFT = 3.0;  // logarithm of how improbable a drift from part to part is
 
+double believedNoise(const Level& level)
+{
+    return std::max({level.noise, level.signal / LARGEST_RATIO, 1e-30});
+}
+
 } // namespace
+
+double evenMagnitude(const Level& level)
+{
+    const double noise = believedNoise(level);
+    const double energy = level.dot_steps * level.signal / noise;
+    double none = 0.0;
+    double mark = std::sqrt(level.signal) + std::sqrt(noise);
+    for (int i = 0; i < 30; ++i) {
+        const double middle = 0.5 * (none + mark);
+        const double fit = 2.0 * level.dot_steps * middle * std::sqrt(level.signal) / noise;
+        (logBesselI0(fit) > energy ? mark : none) = middle;
+    }
+    return mark;
+}
 
 double logBesselI0(double x)
 {
@@ -71,7 +90,7 @@ void MarkLikelihood::setPhase(double phase, double concentration)
 void MarkLikelihood::push(std::complex<double> step, double noiseNow)
 {
     m_steps[static_cast<std::size_t>(m_end % KEPT_STEPS)] = step;
-    const double noise = std::max({m_level.noise, m_level.signal / LARGEST_RATIO, noiseNow, 1e-30});
+    const double noise = std::max(believedNoise(m_level), noiseNow);
     Sums next = sums(m_end);
     next.plain += step;
     next.weighted += m_turn * step * (std::sqrt(m_level.signal) / noise);
