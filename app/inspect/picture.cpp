@@ -32,13 +32,13 @@ constexpr double SPECTRUM_HEIGHT = 110.0;
 constexpr double STRENGTH_TOP = 132.0;
 constexpr double STRENGTH_HEIGHT = 84.0;
 constexpr double STRENGTH_BOTTOM = STRENGTH_TOP + STRENGTH_HEIGHT;
-constexpr double KEYING_TOP = 222.0;
-constexpr double KEYING_MIDDLE = 242.0;
-constexpr double BRACKET = 258.0; // spans the marks of a character
-constexpr double TEXT_BASE = 275.0;
-constexpr double AXIS = 282.0;
-constexpr double AXIS_LABELS = 296.0;
-constexpr double ROW_HEIGHT = 316.0;
+constexpr double KEYING_TOP = 226.0;
+constexpr double KEYING_MIDDLE = 250.0;
+constexpr double BRACKET = 266.0; // spans the marks of a character
+constexpr double TEXT_BASE = 283.0;
+constexpr double AXIS = 290.0;
+constexpr double AXIS_LABELS = 304.0;
+constexpr double ROW_HEIGHT = 322.0;
 
 constexpr double DOT_HEIGHT = 8.0;
 constexpr double DASH_HEIGHT = 14.0;
@@ -71,7 +71,7 @@ const char STYLE[] =
     ".unknown{font-family:'DejaVu Sans Mono',monospace;font-size:11px;fill:#a00;"
     "text-anchor:middle}"
     ".frame{fill:none;stroke:#888}.line{fill:none;stroke:#888}.grid{stroke:#ddd}"
-    ".tone{fill:none;stroke:#fff;stroke-width:1.2;stroke-dasharray:5 4}"
+    ".tone{fill:none;stroke:#fff;stroke-width:1;stroke-opacity:.65;stroke-dasharray:4 5}"
     ".strength{fill:none;stroke:#222;stroke-width:1.2;stroke-linejoin:round}"
     ".level{fill:none;stroke:#0072b2;stroke-width:1.4;stroke-dasharray:8 3}"
     ".even{fill:none;stroke:#d55e00;stroke-width:1.4}"
@@ -659,8 +659,8 @@ private:
                 .arg(static_cast<double>(mark.end_us - mark.begin_us) / mark.unit_us, 0, 'f', 2));
         m_xml.writeEndElement();
         const auto complain = [&](double at, const char* words) {
-            wrong(at, KEYING_TOP + 9.0);
-            write("wrongname", at, KEYING_TOP - 1.0, QLatin1String(words));
+            wrong(at, KEYING_TOP + 13.0);
+            write("wrongname", at, KEYING_TOP + 1.0, QLatin1String(words));
         };
         if (mark.tooSoon && m_drawn.touches(mark.begin_us, mark.begin_us + 1))
             complain(left, "pause too short");
