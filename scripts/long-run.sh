@@ -16,7 +16,7 @@ if [ $# -lt 2 ]; then
     cmake --build --preset dev --target morsehost longsignal >/dev/null
 fi
 # What the second half of a run may take more than the first. Descriptors: a document being written.
-growth_kB=2048
+growth_kB=1024
 growth_descriptors=2
 pause_s=$(awk -v hours="$hours" 'BEGIN { print hours < 1 ? 0.1 : 1 }')
 
@@ -77,9 +77,8 @@ sent=$(wc -l <"$work/sent")
 [ "$(wc -l <"$work/shown")" -eq "$sent" ] || fail "not one line a transmission was shown"
 [ "$(find "$saved" -name '*.xml' | wc -l)" -eq "$sent" ] || fail "not one document a transmission"
 
-# --- Memory and descriptors: the first tenth of the run is for settling --------------------------
-settled=$(($(wc -l <"$work/watched") / 10 + 1))
-tail -n "+$((settled + 1))" "$work/watched" >"$work/settled"
+# --- Memory and descriptors: the first tenth of the run, and two transmissions, are for settling ---
+awk -v all="$(wc -l <"$work/watched")" 'NR > all / 10 && $3 >= 2' "$work/watched" >"$work/settled"
 samples=$(wc -l <"$work/settled")
 [ "$samples" -ge 4 ] || fail "too short to be watched"
 statistics() { # of column $1: least, median, most
