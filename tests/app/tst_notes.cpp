@@ -241,7 +241,7 @@ private Q_SLOTS:
         const double level = std::sqrt(step.level.signal);
         QVERIFY(level > 0.15 && level < 0.45);
         const double even = evenMagnitude(step.level);
-        QVERIFY2(even > 0.4 * level && even < 0.8 * level, qPrintable(QString::number(even)));
+        QVERIFY2(even > 0.2 * level && even < 0.8 * level, qPrintable(QString::number(even)));
     }
 };
 
