@@ -129,10 +129,14 @@ int run(Arguments& arguments)
     if (isOver)
         demodulator.finish();
     decoder.stop();
-    if (isInterrupted())
+    if (isInterrupted()) {
+        complain(name, QStringLiteral("not drawn, interrupted"));
         return EXIT_BAD_INPUT;
+    }
     if (!source->error().isEmpty())
         complain(sound.name, source->error());
+    if (done_s <= from_s && !source->error().isEmpty())
+        return EXIT_BAD_INPUT;
     if (done_s <= from_s) {
         complain(sound.name, QStringLiteral("ends after %1 s, before the stretch that begins at "
                                             "%2 s")

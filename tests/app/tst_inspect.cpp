@@ -8,6 +8,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <csignal>
+
 namespace {
 
 using testsupport::Drawn;
@@ -224,6 +226,41 @@ private Q_SLOTS:
                      ended.err.constData());
             QCOMPARE(ended.err.count('\n'), 1);
         }
+    }
+
+    void aTruncatedRecordingIsDrawnAsFarAsItGoes()
+    {
+        QTemporaryDir dir;
+        const QString recording = dir.filePath("x.flac");
+        const QString path = dir.filePath("x.svg");
+        QVERIFY(QFile::copy(RECORDING, recording));
+        QFile file(recording);
+        QVERIFY(file.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
+        QVERIFY(file.resize(file.size() / 2));
+        const Ended ended = run({"inspect", recording, "-o", path});
+        QCOMPARE(ended.status, 1);
+        QCOMPARE(ended.err.count('\n'), 1);
+        QVERIFY(!textOf(testsupport::readDrawn(contentOf(path))).isEmpty());
+        // Beyond its end one line says it all.
+        const Ended beyond = run({"inspect", recording, "-o", path, "--from", "500"});
+        QCOMPARE(beyond.status, 1);
+        QCOMPARE(beyond.err.count('\n'), 1);
+    }
+
+    void aSignalLeavesNoPicture()
+    {
+        QTemporaryDir dir;
+        QProcess process;
+        process.start(QStringLiteral(MORSEHOST_PATH),
+                      {"inspect", "-", "-o", dir.filePath("x.svg")});
+        process.write(QByteArray(80000, '\0'));
+        QVERIFY(process.waitForStarted());
+        QTest::qWait(500);
+        ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
+        QVERIFY(process.waitForFinished(20000));
+        QCOMPARE(process.exitCode(), 1);
+        QVERIFY(process.readAllStandardError().contains("interrupted"));
+        QVERIFY(QDir(dir.path()).entryList(QDir::Files).isEmpty());
     }
 
     void noMoreIsReadThanTheStretchNeeds()
