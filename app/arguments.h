@@ -11,8 +11,8 @@
 
 namespace morsehost {
 
-/// An option as a row: what it is called, the name of its value (null for a switch), and the line
-/// of the help that explains it.
+/// An option as a row: what it is called (a single letter follows a single dash), the name of its
+/// value (null for a switch), and the line of the help that explains it.
 struct OptionRow
 {
     const char* name;

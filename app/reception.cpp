@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/reception.h"
 
+#include "app/alphabetoptions.h"
 #include "app/complain.h"
-#include "app/datadirectory.h"
 #include "app/exitstatus.h"
 #include "host/standin/tracelog.h"
 #include "host/trace.h"
@@ -27,9 +27,8 @@ constexpr double MAX_FREQUENCY_HZ = 3e12;
 
 std::vector<OptionRow> receptionOptionRows(std::vector<OptionRow> more)
 {
+    const std::vector<OptionRow> alphabet = alphabetOptionRows();
     std::vector<OptionRow> rows = {
-        {"alphabet", "NAME", "the Morse alphabet; the built-in one without this"},
-        {"alphabets", "DIR", "where the alphabet files lie; those that ship without this"},
         {"start", "TIME", "time of the first sample (ISO 8601); 1970-01-01 00:00 UTC without this"},
         {"save", "DIR", "write code file, text file and result document into DIR"},
         {"frequency", "HZ", "receive frequency, for the names of the files"},
@@ -37,6 +36,7 @@ std::vector<OptionRow> receptionOptionRows(std::vector<OptionRow> more)
         {"json", nullptr, "print a JSON object a line per event"},
         {"trace", nullptr, "show the library's traces on standard error"},
     };
+    rows.insert(rows.begin(), alphabet.begin(), alphabet.end());
     rows.insert(rows.begin(), more.begin(), more.end());
     return rows;
 }
@@ -45,14 +45,7 @@ ReceptionOptions readReceptionOptions(Arguments& arguments)
 {
     ReceptionOptions options;
     StationSettings& station = options.station;
-    station.alphabet = arguments.text("alphabet");
-    if (arguments.isSet("alphabet") && station.alphabet.isEmpty())
-        arguments.fail(QStringLiteral("--alphabet takes a name"));
-    station.alphabetDirectory = arguments.isSet("alphabets")
-                                    ? arguments.text("alphabets")
-                                    : dataDirectory(QStringLiteral("alphabets"));
-    if (arguments.isSet("alphabets") && !arguments.isSet("alphabet"))
-        arguments.fail(QStringLiteral("--alphabets needs --alphabet NAME"));
+    readAlphabetOptions(arguments, station);
     if (arguments.isSet("save")) {
         if (arguments.text("save").isEmpty())
             arguments.fail(QStringLiteral("--save takes a folder"));
@@ -99,12 +92,7 @@ bool Reception::start()
             return false;
         }
     }
-    if (!m_station.start() && !station.alphabet.isEmpty()) {
-        complain(station.alphabet,
-                 QStringLiteral("no such alphabet in %1").arg(station.alphabetDirectory));
-        return false;
-    }
-    return true;
+    return startWithAlphabet(m_station, station);
 }
 
 void Reception::beginTransmission(long long sinceStart_us)

@@ -2,23 +2,20 @@
 // morsehost decode: sound to text.
 #include "app/commands/commands.h"
 
-#include "app/audio/samplesource.h"
 #include "app/complain.h"
 #include "app/demodulator/demodulator.h"
 #include "app/exitstatus.h"
 #include "app/interrupt.h"
 #include "app/progress.h"
 #include "app/reception.h"
+#include "app/soundoptions.h"
 
 #include <QXmlStreamWriter>
-
-#include <unistd.h>
 
 namespace morsehost {
 
 namespace {
 
-constexpr int DEFAULT_RATE_HZ = 8000;
 constexpr int END_OF_CHARACTER = 3;
 constexpr int END_OF_LINE = 5;
 
@@ -91,40 +88,14 @@ QString describeReceiver(const demodulator::Settings& demodulator,
 int run(Arguments& arguments)
 {
     ReceptionOptions options = readReceptionOptions(arguments);
-    const QString name = arguments.operands().value(0);
-    const bool isPipe = name == QLatin1String("-");
-    const std::optional<int> channel = arguments.wholeNumber("channel", 1, 1024);
-    const std::optional<int> rate_Hz = arguments.wholeNumber("rate", 4000, 768000);
-    demodulator::Settings settings = {};
-    settings.tone_Hz = arguments.number("tone", 100, 20000);
-    settings.speed_wpm = arguments.number("wpm", 5, 100);
-    if (isPipe && channel)
-        arguments.fail(QStringLiteral("--channel is for files; a pipe carries one channel"));
-    if (!isPipe && rate_Hz)
-        arguments.fail(QStringLiteral("--rate is for pipes; a file knows its own"));
+    SoundOptions sound = readSoundOptions(arguments);
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
-
-    const QString shownName = isPipe ? QStringLiteral("standard input") : name;
-    OpenedSource opened;
-    if (!isPipe)
-        opened = openRecording(name, channel);
-    else if (isatty(STDIN_FILENO) != 0)
-        opened.error = QStringLiteral("is a terminal; raw samples are expected from a pipe");
-    else
-        opened.source = openRawPipe(STDIN_FILENO, rate_Hz.value_or(DEFAULT_RATE_HZ));
-    if (!opened.source) {
-        complain(shownName, opened.error);
+    const std::unique_ptr<SampleSource> opened = openSound(sound);
+    if (!opened)
         return EXIT_BAD_INPUT;
-    }
-    SampleSource& source = *opened.source;
-    settings.sampleRate_Hz = source.sampleRate_Hz();
-    if (settings.tone_Hz && *settings.tone_Hz >= settings.sampleRate_Hz / 2) {
-        complain(shownName, QStringLiteral("a tone of %1 Hz needs more than %2 samples a second")
-                                .arg(*settings.tone_Hz)
-                                .arg(settings.sampleRate_Hz));
-        return EXIT_BAD_INPUT;
-    }
+    SampleSource& source = *opened;
+    const demodulator::Settings& settings = sound.demodulator;
 
     options.station.describeReceiver = [settings, frequency = options.station.frequency_Hz] {
         return describeReceiver(settings, frequency);
@@ -151,7 +122,7 @@ int run(Arguments& arguments)
     const int status = reception.finish();
     if (source.error().isEmpty())
         return status;
-    complain(shownName, source.error());
+    complain(sound.name, source.error());
     return EXIT_BAD_INPUT;
 }
 
@@ -163,12 +134,7 @@ Command decodeCommand()
         {"decode", "FILE|-", 1, 1,
          "Decodes a recording (WAV, FLAC, Ogg, MP3), or raw samples from standard input (signed\n"
          "16 bits, little-endian, mono). Each character is written as soon as it is decided.",
-         receptionOptionRows({
-             {"channel", "N", "take channel N of the file, counted from 1, not the mean of all"},
-             {"rate", "HZ", "samples a second of standard input; 8000 without this"},
-             {"tone", "HZ", "where the tone is, instead of looking for it"},
-             {"wpm", "N", "speed in words a minute to begin with, instead of estimating it"},
-         }),
+         receptionOptionRows(soundOptionRows()),
          "  morsehost decode recording.flac\n"
          "  morsehost decode --save received --frequency 7025000 \\\n"
          "      --start 2026-05-12T10:15:00Z recording.wav\n"

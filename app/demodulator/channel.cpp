@@ -37,11 +37,12 @@ constexpr double LARGEST_PULL_Hz = 1.0; // of the tone, per review
 } // namespace
 
 Channel::Channel(const ToneCandidate& candidate, double rate_Hz, std::int64_t begin_sample,
-                 std::optional<double> speed_wpm, SymbolSink& sink)
+                 std::optional<double> speed_wpm, SymbolSink& sink, Witness* witness)
     : m_baseband(rate_Hz, candidate.tone_Hz)
     , m_keying(m_baseband.stepSamples() / rate_Hz, speed_wpm)
     , m_trellis(m_keying, m_likelihood)
-    , m_classifier(sink)
+    , m_classifier(sink, witness)
+    , m_witness(witness)
     , m_stepDuration_us(1e6 * m_baseband.stepSamples() / rate_Hz)
     , m_origin(begin_sample / m_baseband.stepSamples())
     , m_tones(MarkLikelihood::KEPT_STEPS)
@@ -85,6 +86,11 @@ void Channel::process(const SampleHistory& history)
         m_cycles[slot] = m_nextCycles;
         m_nextCycles += m_baseband.tone_Hz() * m_stepDuration_us / 1e6;
         const std::complex<double> step = m_baseband.step(history, m_origin + m_likelihood.end());
+        if (m_witness) {
+            const std::int64_t middle = m_origin + m_likelihood.end();
+            m_witness->step({std::llround(static_cast<double>(middle) * m_stepDuration_us),
+                             m_baseband.tone_Hz(), step, m_likelihood.level()});
+        }
         m_likelihood.push(step, burst(m_baseband.rest() / m_baseband.stepSamples()));
         m_trellis.advance();
         if (m_likelihood.end() % REVIEW_STEPS == 0)

@@ -20,7 +20,7 @@ public:
     /// Listens on the candidate's tone from `begin_sample` of the history on. Nothing reaches the
     /// sink before release().
     Channel(const ToneCandidate& candidate, double rate_Hz, std::int64_t begin_sample,
-            std::optional<double> speed_wpm, SymbolSink& sink);
+            std::optional<double> speed_wpm, SymbolSink& sink, Witness* witness = nullptr);
 
     /// Noise power of one sample near the tone, from now on.
     void setNoise(double noise);
@@ -70,6 +70,7 @@ private:
     Keying m_keying;
     Trellis m_trellis;
     Classifier m_classifier;
+    Witness* m_witness;
 
     double m_stepDuration_us;
     std::int64_t m_origin;        // baseband step of step 0 of the likelihood

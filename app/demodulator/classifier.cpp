@@ -29,6 +29,8 @@ SymbolSink::~SymbolSink() = default;
 
 void Classifier::mark(Kind kind, std::int64_t begin_us, std::int64_t end_us, double unit_us)
 {
+    if (m_witness)
+        m_witness->mark(begin_us, end_us, unit_us);
     if (!m_active) {
         m_active = true;
         m_sink.transmissionStarted(begin_us);

@@ -4,6 +4,7 @@
 
 #include "app/demodulator/demodulator.h"
 #include "app/demodulator/keying.h"
+#include "app/demodulator/witness.h"
 
 #include <cstdint>
 
@@ -12,8 +13,9 @@ namespace demodulator {
 class Classifier
 {
 public:
-    explicit Classifier(SymbolSink& sink)
+    explicit Classifier(SymbolSink& sink, Witness* witness = nullptr)
         : m_sink(sink)
+        , m_witness(witness)
     {
     }
 
@@ -34,6 +36,7 @@ public:
 
 private:
     SymbolSink& m_sink;
+    Witness* m_witness;
     bool m_active = false;
     bool m_characterOpen = false; // something was given since the last code 3
     bool m_wordOpen = false;      // ... since the last code 4

@@ -6,6 +6,7 @@
 #include "app/demodulator/channel.h"
 #include "app/demodulator/samples.h"
 #include "app/demodulator/tonefinder.h"
+#include "app/demodulator/witness.h"
 
 #include <algorithm>
 #include <cmath>
@@ -49,9 +50,10 @@ bool usable(double rate_Hz)
 class Demodulator::Private
 {
 public:
-    Private(const Settings& settings, SymbolSink& sink)
+    Private(const Settings& settings, SymbolSink& sink, Witness* witness)
         : m_settings(settings)
         , m_sink(sink)
+        , m_witness(witness)
         , m_decimator(settings.sampleRate_Hz)
         , m_rate_Hz(m_decimator.outputRate_Hz())
         , m_history(static_cast<std::size_t>(HISTORY_s * m_rate_Hz))
@@ -109,6 +111,8 @@ private:
         std::size_t used = 0;
         for (; used + m_finder.hop() <= m_waiting.size(); used += m_finder.hop()) {
             m_history.push(m_waiting.data() + used, m_finder.hop());
+            if (m_witness)
+                m_witness->sound(m_waiting.data() + used, m_finder.hop(), m_rate_Hz);
             hop();
         }
         m_waiting.erase(m_waiting.begin(), m_waiting.begin() + static_cast<std::ptrdiff_t>(used));
@@ -158,7 +162,7 @@ private:
         const std::int64_t begin =
             std::max(m_candidateSince, m_candidate->firstMark_sample() - samplesIn(BEFORE_FIRST_s));
         m_active = std::make_unique<Channel>(m_candidate->heard(), m_rate_Hz, begin,
-                                             m_settings.speed_wpm, m_sink);
+                                             m_settings.speed_wpm, m_sink, m_witness);
         m_candidate.reset();
         m_active->process(m_history);
         m_active->release();
@@ -208,6 +212,7 @@ private:
 
     Settings m_settings;
     SymbolSink& m_sink;
+    Witness* m_witness;
     Decimator m_decimator;
     double m_rate_Hz;
     SampleHistory m_history;
@@ -222,10 +227,10 @@ private:
     double m_candidateLevel = 0.0;
 };
 
-Demodulator::Demodulator(const Settings& settings, SymbolSink& sink)
+Demodulator::Demodulator(const Settings& settings, SymbolSink& sink, Witness* witness)
 {
     if (usable(settings.sampleRate_Hz))
-        m_d = std::make_unique<Private>(settings, sink);
+        m_d = std::make_unique<Private>(settings, sink, witness);
 }
 
 Demodulator::~Demodulator() = default;

@@ -49,12 +49,14 @@ struct Settings
     std::optional<double> speed_wpm; ///< expect this speed, within 20 %
 };
 
+class Witness;
+
 /// Precondition: 4 kHz <= sampleRate_Hz <= 768 kHz; a demodulator of any other rate hears nothing.
-/// The sink must outlive the demodulator. Not for use from several threads at once.
+/// Sink and witness must outlive the demodulator. Not for use from several threads at once.
 class Demodulator
 {
 public:
-    Demodulator(const Settings& settings, SymbolSink& sink);
+    Demodulator(const Settings& settings, SymbolSink& sink, Witness* witness = nullptr);
     ~Demodulator();
     Demodulator(const Demodulator&) = delete;
     Demodulator& operator=(const Demodulator&) = delete;

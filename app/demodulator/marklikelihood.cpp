@@ -32,7 +32,57 @@ constexpr std::int64_t LONG_LENGTH = 48;
 constexpr double OTHER_PHASE = -4.0; // log probability that the phase is not the one expected
 constexpr double PHASE_DRIFT = 3.0;  // logarithm of how improbable a drift from part to part is
 
+double believedNoise(const Level& level)
+{
+    return std::max({level.noise, level.signal / LARGEST_RATIO, 1e-30});
+}
+
+void weighAmplitudes(const Level& level, double (&logProbabilities)[3])
+{
+    const double ratio = level.dot_steps * level.signal / std::max(level.noise, 1e-30);
+    const double freedom =
+        FREEDOM + LOSS_OF_FREEDOM * std::min(0.0, std::log(std::max(ratio, 1e-3) / FREE_RATIO));
+    logProbabilities[0] = freedom;
+    logProbabilities[1] = std::log1p(-2.0 * std::exp(freedom));
+    logProbabilities[2] = freedom;
+}
+
+// The most probable amplitude, as if its phase were known.
+std::size_t bestAmplitude(const double (&logProbabilities)[3], double magnitude, double energy)
+{
+    std::size_t best = 1;
+    double bestFit = -1e9;
+    for (std::size_t i = 0; i < 3; ++i) {
+        const double fit =
+            logProbabilities[i] + AMPLITUDES[i] * (magnitude - AMPLITUDES[i] * energy);
+        if (fit > bestFit) {
+            bestFit = fit;
+            best = i;
+        }
+    }
+    return best;
+}
+
 } // namespace
+
+double evenMagnitude(const Level& level)
+{
+    double logProbabilities[3];
+    weighAmplitudes(level, logProbabilities);
+    const double noise = believedNoise(level);
+    const double energy = level.dot_steps * level.signal / noise;
+    double none = 0.0;
+    double mark = std::sqrt(level.signal) + std::sqrt(noise);
+    for (int i = 0; i < 30; ++i) {
+        const double middle = 0.5 * (none + mark);
+        const double magnitude = 2.0 * level.dot_steps * middle * std::sqrt(level.signal) / noise;
+        const std::size_t best = bestAmplitude(logProbabilities, magnitude, energy);
+        const double ratio = logProbabilities[best] - AMPLITUDES[best] * AMPLITUDES[best] * energy +
+                             logBesselI0(AMPLITUDES[best] * magnitude);
+        (ratio > 0.0 ? mark : none) = middle;
+    }
+    return mark;
+}
 
 double logBesselI0(double x)
 {
@@ -53,12 +103,7 @@ MarkLikelihood::MarkLikelihood()
 void MarkLikelihood::setLevel(const Level& level)
 {
     m_level = level;
-    const double ratio = level.dot_steps * level.signal / std::max(level.noise, 1e-30);
-    const double freedom =
-        FREEDOM + LOSS_OF_FREEDOM * std::min(0.0, std::log(std::max(ratio, 1e-3) / FREE_RATIO));
-    m_logProbabilities[0] = freedom;
-    m_logProbabilities[1] = std::log1p(-2.0 * std::exp(freedom));
-    m_logProbabilities[2] = freedom;
+    weighAmplitudes(level, m_logProbabilities);
 }
 
 void MarkLikelihood::setPhase(double phase, double concentration)
@@ -71,7 +116,7 @@ void MarkLikelihood::setPhase(double phase, double concentration)
 void MarkLikelihood::push(std::complex<double> step, double noiseNow)
 {
     m_steps[static_cast<std::size_t>(m_end % KEPT_STEPS)] = step;
-    const double noise = std::max({m_level.noise, m_level.signal / LARGEST_RATIO, noiseNow, 1e-30});
+    const double noise = std::max(believedNoise(m_level), noiseNow);
     Sums next = sums(m_end);
     next.plain += step;
     next.weighted += m_turn * step * (std::sqrt(m_level.signal) / noise);
@@ -118,17 +163,8 @@ float MarkLikelihood::ratio(std::int64_t length) const
             std::max(magnitude, 2.0 * drifting - PHASE_DRIFT * static_cast<double>(parts - 1));
     }
     const double energy = end.energy - begin.energy;
-    // The most probable amplitude, as if its phase were known; then the phase is averaged over.
-    std::size_t best = 1;
-    double bestFit = -1e9;
-    for (std::size_t i = 0; i < 3; ++i) {
-        const double fit =
-            m_logProbabilities[i] + AMPLITUDES[i] * (magnitude - AMPLITUDES[i] * energy);
-        if (fit > bestFit) {
-            bestFit = fit;
-            best = i;
-        }
-    }
+    // Once an amplitude is chosen, the phase is averaged over.
+    const std::size_t best = bestAmplitude(m_logProbabilities, magnitude, energy);
     const double amplitude = AMPLITUDES[best];
     double evidence = logBesselI0(amplitude * magnitude);
     if (m_concentration > 0.0) {

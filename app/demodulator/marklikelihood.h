@@ -73,6 +73,10 @@ private:
     double m_concentrationCost = 0.0; // log I0 of it
 };
 
+/// Mean magnitude of the steps over a dot's length at which a mark and no mark are equally likely,
+/// lengths and phase left out.
+double evenMagnitude(const Level& level);
+
 /// Logarithm of the modified Bessel function I0.
 double logBesselI0(double x);
 

@@ -108,6 +108,35 @@ private Q_SLOTS:
             likelihood.push(std::polar(1.0, 0.05 * n));
         QVERIFY(std::fabs(std::arg(likelihood.advance(0, 40, 5)) - 0.25) < 1e-9);
     }
+    void atTheEvenMagnitudeADotIsAsLikelyAsNone_data()
+    {
+        QTest::addColumn<double>("noise");
+        QTest::newRow("weak") << 2.0;
+        QTest::newRow("middling") << 0.6;
+        QTest::newRow("strong") << 0.3;
+    }
+    void atTheEvenMagnitudeADotIsAsLikelyAsNone()
+    {
+        QFETCH(double, noise);
+        const Level level = {1.0, noise, 15.0};
+        const auto ratio = [&level](double magnitude) {
+            MarkLikelihood likelihood;
+            likelihood.setLevel(level);
+            for (int n = 0; n < 15; ++n)
+                likelihood.push(magnitude);
+            return likelihood.ratio(15);
+        };
+        const double even = evenMagnitude(level);
+        QVERIFY(even > 0.0 && even < 1.0);
+        QVERIFY2(std::fabs(ratio(even)) < 0.7F, qPrintable(QString::number(ratio(even))));
+        QVERIFY(ratio(1.2 * even) > 1.0F);
+        QVERIFY(ratio(0.8 * even) < -1.0F);
+    }
+    void silenceHasAnEvenMagnitude()
+    {
+        QVERIFY(std::isfinite(evenMagnitude({0.0, 0.0, 0.0})));
+        QVERIFY(std::isfinite(evenMagnitude({1.0, 0.0, 15.0})));
+    }
     void silenceGivesNumbers()
     {
         MarkLikelihood likelihood;

@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: MIT
+// morsehost inspect: what the demodulator saw in a stretch of a recording, as a picture.
+#include "app/commands/commands.h"
+
+#include "app/alphabetoptions.h"
+#include "app/complain.h"
+#include "app/demodulator/demodulator.h"
+#include "app/exitstatus.h"
+#include "app/inspect/notes.h"
+#include "app/inspect/picture.h"
+#include "app/interrupt.h"
+#include "app/morsestation.h"
+#include "app/progress.h"
+#include "app/soundoptions.h"
+
+#include <QFileInfo>
+#include <QSaveFile>
+
+#include <algorithm>
+#include <cmath>
+
+namespace morsehost {
+
+namespace {
+
+constexpr int END_OF_CHARACTER = 3;
+constexpr int END_OF_LINE = 5;
+constexpr std::size_t PIECE_SAMPLES = 4096;
+constexpr double DEFAULT_LENGTH_S = 30;
+constexpr double SHORTEST_LENGTH_S = 0.1;
+constexpr double LATEST_S = 1e9; // microseconds of more would not fit
+
+// What is heard so long after a stretch changes nothing in it any more: the longest silence that
+// ends a transmission, the beginning that is heard out first, and some to spare.
+constexpr double AFTERWARDS_S = 30;
+
+// Has every code decoded as `decode` would, and notes what came of it.
+class Listener : public demodulator::SymbolSink
+{
+public:
+    Listener(inspect::Notes& notes, MorseStation& station)
+        : m_notes(notes)
+        , m_station(station)
+    {
+    }
+
+    void transmissionStarted(std::int64_t time_us) override
+    {
+        m_notes.transmissionStarted(time_us);
+        m_station.receiveTime(static_cast<unsigned long long>(time_us));
+        if (m_hasEarlierOne)
+            m_station.receiveSymbol(END_OF_LINE);
+        m_hasEarlierOne = true;
+    }
+
+    void symbol(int code, std::int64_t time_us) override
+    {
+        m_notes.symbol(code, time_us);
+        if (code >= END_OF_CHARACTER)
+            m_station.receiveTime(static_cast<unsigned long long>(time_us));
+        m_station.receiveSymbol(code);
+    }
+
+    void transmissionStopped(std::int64_t time_us) override
+    {
+        m_notes.transmissionStopped(time_us);
+        m_station.receiveTime(static_cast<unsigned long long>(time_us));
+    }
+
+private:
+    inspect::Notes& m_notes;
+    MorseStation& m_station;
+    bool m_hasEarlierOne = false;
+};
+
+std::int64_t microseconds(double time_s)
+{
+    return std::llround(1e6 * time_s);
+}
+
+int run(Arguments& arguments)
+{
+    StationSettings station;
+    readAlphabetOptions(arguments, station);
+    SoundOptions sound = readSoundOptions(arguments);
+    const double from_s = arguments.number("from", 0, LATEST_S).value_or(0);
+    const double length_s =
+        arguments.number("length", SHORTEST_LENGTH_S, inspect::LONGEST_STRETCH_s)
+            .value_or(DEFAULT_LENGTH_S);
+    const QString name = arguments.text("o");
+    if (name.isEmpty())
+        arguments.fail(QStringLiteral("-o PICTURE is missing"));
+    else if (!name.endsWith(QLatin1String(".svg"), Qt::CaseInsensitive))
+        arguments.fail(QStringLiteral("-o takes a name that ends in .svg, not '%1'").arg(name));
+    if (!arguments.error().isEmpty())
+        return EXIT_BAD_USAGE;
+
+    const std::unique_ptr<SampleSource> source = openSound(sound);
+    if (!source)
+        return EXIT_BAD_INPUT;
+    // Before the long work, so that a name that cannot be written is said at once.
+    QSaveFile file(name);
+    if (!file.open(QIODevice::WriteOnly)) {
+        complain(name, file.errorString());
+        return EXIT_BAD_INPUT;
+    }
+
+    inspect::Notes notes({microseconds(from_s), microseconds(from_s + length_s)});
+    MorseStation decoder(station, [&notes](const QString& text) { notes.text(text); });
+    if (!startWithAlphabet(decoder, station))
+        return EXIT_BAD_INPUT;
+    Listener listener(notes, decoder);
+    demodulator::Demodulator demodulator(sound.demodulator, listener, &notes);
+    std::vector<float> samples(PIECE_SAMPLES);
+    Progress progress;
+    const double rate_Hz = sound.demodulator.sampleRate_Hz;
+    const double end_s = from_s + length_s + AFTERWARDS_S;
+    double done_s = 0;
+    bool isOver = false;
+    while (done_s < end_s && !isOver) {
+        const std::size_t count = source->read(samples.data(), samples.size());
+        demodulator.push(samples.data(), count);
+        done_s += static_cast<double>(count) / rate_Hz;
+        isOver = count == 0;
+        const auto all = source->frameCount();
+        const double all_s = all ? static_cast<double>(*all) / rate_Hz : end_s;
+        progress.show(done_s / std::min(all_s, end_s));
+    }
+    if (isOver)
+        demodulator.finish();
+    decoder.stop();
+    if (isInterrupted()) {
+        complain(name, QStringLiteral("not drawn, interrupted"));
+        return EXIT_BAD_INPUT;
+    }
+    if (!source->error().isEmpty())
+        complain(sound.name, source->error());
+    if (done_s <= from_s && !source->error().isEmpty())
+        return EXIT_BAD_INPUT;
+    if (done_s <= from_s) {
+        complain(sound.name, QStringLiteral("ends after %1 s, before the stretch that begins at "
+                                            "%2 s")
+                                 .arg(done_s, 0, 'f', 1)
+                                 .arg(from_s));
+        return EXIT_BAD_INPUT;
+    }
+
+    inspect::Seen seen = notes.seen();
+    seen.stretch.to_us = std::min(seen.stretch.to_us, microseconds(done_s));
+    file.write(inspect::picture(seen, QFileInfo(sound.name).fileName()));
+    if (!file.commit()) {
+        complain(name, file.errorString());
+        return EXIT_BAD_INPUT;
+    }
+    return source->error().isEmpty() ? EXIT_DONE : EXIT_BAD_INPUT;
+}
+
+std::vector<OptionRow> optionRows()
+{
+    std::vector<OptionRow> rows = {
+        {"o", "PICTURE", "the picture, whose name ends in .svg; one that is there is replaced"},
+        {"from", "S", "seconds from the beginning of the recording; 0 without this"},
+        {"length", "S", "seconds to draw, at most 600; 30 without this"},
+    };
+    for (const OptionRow& row : soundOptionRows())
+        rows.push_back(row);
+    for (const OptionRow& row : alphabetOptionRows())
+        rows.push_back(row);
+    return rows;
+}
+
+} // namespace
+
+Command inspectCommand()
+{
+    return {
+        {"inspect", "FILE|-", 1, 1,
+         "Draws what the demodulator saw. In each row stand ten seconds: spectrogram and tone,\n"
+         "strength and what was expected of it, marks and gaps with their kinds, and the text.\n"
+         "Sound is read from its beginning, so that the picture shows what 'decode' decided.",
+         optionRows(), "  morsehost inspect recording.flac --from 95 --length 20 -o doubt.svg\n"},
+        run};
+}
+
+} // namespace morsehost

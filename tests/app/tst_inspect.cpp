@@ -1,0 +1,282 @@
+// SPDX-License-Identifier: MIT
+// `morsehost inspect` from outside: the picture shows what `morsehost decode` gives.
+#include "support/drawn.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <csignal>
+
+namespace {
+
+using testsupport::Drawn;
+using testsupport::DrawnPiece;
+
+const QString RECORDING = QStringLiteral(TEST_DATA_DIR "/recordings/three-overs.flac");
+
+struct Ended
+{
+    int status;
+    QByteArray out;
+    QByteArray err;
+};
+
+Ended run(const QStringList& words, const QByteArray& input = QByteArray())
+{
+    QProcess process;
+    process.start(QStringLiteral(MORSEHOST_PATH), words);
+    process.write(input);
+    process.closeWriteChannel();
+    if (!process.waitForFinished(120000))
+        process.kill();
+    const int status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    return {status, process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+QByteArray contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QString textOf(const Drawn& drawn)
+{
+    QString text;
+    for (const DrawnPiece& piece : drawn.inRows("text"))
+        text += piece.text;
+    return text;
+}
+
+} // namespace
+
+class tst_Inspect : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void itDrawsWhatDecodeGives_data()
+    {
+        QTest::addColumn<QString>("recording");
+        QTest::addColumn<QStringList>("options");
+        const QString folder = QStringLiteral(TEST_DATA_DIR "/recordings/");
+        for (const char* name : {"three-overs", "noisy25", "groups12"})
+            QTest::newRow(name) << folder + name + ".flac" << QStringList();
+        QTest::newRow("another alphabet")
+            << RECORDING << QStringList({"--alphabet", "Greek", "--tone", "700", "--wpm", "24"});
+    }
+    void itDrawsWhatDecodeGives()
+    {
+        QFETCH(QString, recording);
+        QFETCH(QStringList, options);
+        QTemporaryDir dir;
+        const QString path = dir.filePath("picture.svg");
+        const Ended ended =
+            run(QStringList({"inspect", recording, "-o", path, "--length", "600"}) + options);
+        QCOMPARE(ended.err, QByteArray());
+        QCOMPARE(ended.out, QByteArray());
+        QCOMPARE(ended.status, 0);
+        const Drawn drawn = testsupport::readDrawn(contentOf(path));
+        QCOMPARE(drawn.error, QString());
+
+        QStringList codes;
+        QString last; // a mark that goes on in the next row has the same title
+        for (const DrawnPiece& piece : drawn.inRows("mark")) {
+            if (piece.title != last)
+                codes += piece.kinds.contains("dot") ? "0" : "1";
+            last = piece.title;
+        }
+        QStringList given;
+        const QByteArray decoded = run(QStringList({"decode", "--codes", recording}) + options).out;
+        for (const QByteArray& code : decoded.simplified().split(' ')) {
+            if (code == "0" || code == "1")
+                given += code;
+        }
+        QVERIFY(given.size() > 30);
+        QCOMPARE(codes, given);
+        QString text = QString::fromUtf8(run(QStringList({"decode", recording}) + options).out);
+        QCOMPARE(textOf(drawn), text.remove(' ').remove('\n'));
+    }
+
+    void aStretchShowsWhatTheWholeShowsThere()
+    {
+        QTemporaryDir dir;
+        const QString whole = dir.filePath("whole.svg");
+        const QString part = dir.filePath("part.svg");
+        QCOMPARE(run({"inspect", RECORDING, "-o", whole}).status, 0);
+        QCOMPARE(run({"inspect", RECORDING, "-o", part, "--from", "10", "--length", "4.5"}).status,
+                 0);
+        QStringList shown[2];
+        for (const DrawnPiece& piece : testsupport::readDrawn(contentOf(whole)).inRows("mark")) {
+            if (piece.row == 1 && piece.number("x") < 4.4 * 120)
+                shown[0] += piece.title;
+        }
+        for (const DrawnPiece& piece : testsupport::readDrawn(contentOf(part)).inRows("mark")) {
+            if (piece.number("x") < 4.4 * 120)
+                shown[1] += piece.title;
+        }
+        QVERIFY(shown[0].size() > 10);
+        QCOMPARE(shown[1], shown[0]);
+    }
+
+    void theRecordingMayEndBeforeTheStretch()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("x.SVG");
+        const QString noisy = QStringLiteral(TEST_DATA_DIR "/recordings/noisy25.flac");
+        QCOMPARE(run({"inspect", noisy, "-o", path, "--from", "12", "--length", "100"}).status, 0);
+        const Drawn drawn = testsupport::readDrawn(contentOf(path));
+        QCOMPARE(drawn.rows, 1);
+        QVERIFY(drawn.allText().contains("12.000 s to 14."));
+    }
+
+    void withoutASignalThePictureSaysSo()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("x.svg");
+        const Ended ended = run({"inspect", "-", "-o", path}, QByteArray(80000, '\0'));
+        QCOMPARE(ended.err, QByteArray());
+        QCOMPARE(ended.status, 0);
+        const Drawn drawn = testsupport::readDrawn(contentOf(path));
+        QCOMPARE(drawn.error, QString());
+        QVERIFY(drawn.allText().contains("no signal was found in this stretch"));
+        QVERIFY(drawn.allText().contains("0.000 s to 5.000 s"));
+    }
+
+    void wrongUsageIsSaidInOneLine_data()
+    {
+        QTest::addColumn<QStringList>("words");
+        QTest::addColumn<QByteArray>("part");
+        const auto row = [](const char* name, const QStringList& words, const char* part) {
+            QTest::newRow(name) << (QStringList("inspect") + words) << QByteArray(part);
+        };
+        row("no recording", {"-o", "x.svg"}, "FILE|- is missing");
+        row("no picture", {"a.wav"}, "-o PICTURE is missing");
+        row("no name", {"a.wav", "-o", ""}, "-o PICTURE is missing");
+        row("another kind of picture", {"a.wav", "-o", "x.png"},
+            "-o takes a name that ends in .svg");
+        row("before the beginning", {"a.wav", "-o", "x.svg", "--from", "-1"}, "--from takes");
+        row("too long", {"a.wav", "-o", "x.svg", "--length", "601"}, "--length takes");
+        row("no length", {"a.wav", "-o", "x.svg", "--length", "0"}, "--length takes");
+        row("no number", {"a.wav", "-o", "x.svg", "--from", "nan"}, "--from takes");
+        row("tone", {"a.wav", "-o", "x.svg", "--tone", "5"}, "--tone takes");
+        row("rate of a file", {"a.wav", "-o", "x.svg", "--rate", "8000"}, "--rate is for pipes");
+    }
+    void wrongUsageIsSaidInOneLine()
+    {
+        QFETCH(QStringList, words);
+        QFETCH(QByteArray, part);
+        const Ended ended = run(words);
+        QCOMPARE(ended.status, 2);
+        QCOMPARE(ended.err.count('\n'), 1);
+        QVERIFY2(ended.err.contains(part), ended.err.constData());
+    }
+
+    void whatCannotBeDrawnLeavesTheOldPicture_data()
+    {
+        QTest::addColumn<QStringList>("words");
+        QTest::addColumn<QByteArray>("part");
+        QTest::newRow("no such recording")
+            << QStringList{"/nowhere/x.wav"} << QByteArray("no such file");
+        QTest::newRow("no recording") << QStringList{TEST_DATA_DIR "/recordings/README.md"}
+                                      << QByteArray("no recording that can be read");
+        QTest::newRow("beyond the end") << QStringList{RECORDING, "--from", "500"}
+                                        << QByteArray("before the stretch that begins at 500 s");
+        QTest::newRow("no such alphabet")
+            << QStringList{RECORDING, "--alphabet", "Elvish"} << QByteArray("no such alphabet");
+    }
+    void whatCannotBeDrawnLeavesTheOldPicture()
+    {
+        QFETCH(QStringList, words);
+        QFETCH(QByteArray, part);
+        QTemporaryDir dir;
+        const QString path = dir.filePath("x.svg");
+        QFile old(path);
+        QVERIFY(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
+        old.close();
+        const Ended ended = run(QStringList({"inspect", "-o", path}) + words);
+        QCOMPARE(ended.status, 1);
+        QVERIFY2(ended.err.contains(part), ended.err.constData());
+        QCOMPARE(ended.err.count('\n'), 1);
+        QCOMPARE(contentOf(path), QByteArray("old"));
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files).size(), 1);
+    }
+
+    void anOldPictureIsReplaced()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("x.svg");
+        const QStringList words = {"inspect", RECORDING, "-o", path, "--length", "1"};
+        QCOMPARE(run(words).status, 0);
+        const QByteArray first = contentOf(path);
+        QVERIFY(first.contains("<svg"));
+        QCOMPARE(run(words).status, 0);
+        QCOMPARE(contentOf(path), first);
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files).size(), 1);
+    }
+
+    void aPlaceThatCannotBeWrittenIsSaid()
+    {
+        for (const char* path : {"/nowhere/x.svg", "/dev/null/x.svg"}) {
+            const Ended ended = run({"inspect", RECORDING, "-o", path});
+            QCOMPARE(ended.status, 1);
+            QVERIFY2(ended.err.startsWith(QByteArray("morsehost: ") + path + ": "),
+                     ended.err.constData());
+            QCOMPARE(ended.err.count('\n'), 1);
+        }
+    }
+
+    void aTruncatedRecordingIsDrawnAsFarAsItGoes()
+    {
+        QTemporaryDir dir;
+        const QString recording = dir.filePath("x.flac");
+        const QString path = dir.filePath("x.svg");
+        QVERIFY(QFile::copy(RECORDING, recording));
+        QFile file(recording);
+        QVERIFY(file.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
+        QVERIFY(file.resize(file.size() / 2));
+        const Ended ended = run({"inspect", recording, "-o", path});
+        QCOMPARE(ended.status, 1);
+        QCOMPARE(ended.err.count('\n'), 1);
+        QVERIFY(!textOf(testsupport::readDrawn(contentOf(path))).isEmpty());
+        // Beyond its end one line says it all.
+        const Ended beyond = run({"inspect", recording, "-o", path, "--from", "500"});
+        QCOMPARE(beyond.status, 1);
+        QCOMPARE(beyond.err.count('\n'), 1);
+    }
+
+    void aSignalLeavesNoPicture()
+    {
+        QTemporaryDir dir;
+        QProcess process;
+        process.start(QStringLiteral(MORSEHOST_PATH),
+                      {"inspect", "-", "-o", dir.filePath("x.svg")});
+        process.write(QByteArray(80000, '\0'));
+        QVERIFY(process.waitForStarted());
+        QTest::qWait(500);
+        ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
+        QVERIFY(process.waitForFinished(20000));
+        QCOMPARE(process.exitCode(), 1);
+        QVERIFY(process.readAllStandardError().contains("interrupted"));
+        QVERIFY(QDir(dir.path()).entryList(QDir::Files).isEmpty());
+    }
+
+    void noMoreIsReadThanTheStretchNeeds()
+    {
+        // A pipe that goes on for ever.
+        QTemporaryDir dir;
+        const QString path = dir.filePath("x.svg");
+        QProcess shell;
+        shell.start(QStringLiteral("bash"),
+                    {"-c", QStringLiteral("cat /dev/zero | %1 inspect - -o %2 --length 2")
+                               .arg(QStringLiteral(MORSEHOST_PATH), path)});
+        QVERIFY(shell.waitForFinished(60000));
+        QCOMPARE(shell.exitCode(), 0);
+        QCOMPARE(testsupport::readDrawn(contentOf(path)).rows, 1);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_Inspect)
+#include "tst_inspect.moc"
