@@ -24,6 +24,10 @@ if(MORSEHANDLER_SANITIZERS)
         -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${MORSEHANDLER_SANITIZERS})
 endif()
+if(MORSEHANDLER_FUZZING)
+    # Edges are counted in every target, the fuzzer itself is linked to the fuzz targets only.
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
 
 set(CMAKE_CXX_STANDARD 17)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
