@@ -12,6 +12,7 @@ packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-d
 )
 [ "${1:-test}" != all ] || packages+=(
     clang-format
+    clang libclang-rt-14-dev llvm
 )
 
 missing=()
