@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Sound through the demodulator. The input: a byte each for the sample rate, what the demodulator
-// is told, and the kind of the rest, which is samples of 8 bits, samples as floating-point numbers,
-// or keying: marks and spaces in turn, in steps of 10 ms.
+// Sound through the demodulator. The input: a byte each for the sample rate, for the tone and the
+// speed that the demodulator is told, and for the kind of the rest, which is samples of 8 bits,
+// samples as floating-point numbers, or keying: marks and spaces in turn, in steps of 10 ms.
 #include "app/demodulator/demodulator.h"
 #include "fuzz/fuzzing.h"
 
@@ -120,11 +120,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzzing::Bytes bytes(data, size);
     demodulator::Settings settings;
     settings.sampleRate_Hz = RATES_Hz[bytes.byte() % 4];
-    const std::uint8_t told = bytes.byte();
-    if (told & 1)
-        settings.tone_Hz = 20.0 * (told >> 1);
-    if (told & 2)
-        settings.speed_wpm = 1.0 * (told >> 1);
+    if (const std::uint8_t tone = bytes.byte())
+        settings.tone_Hz = 20.0 * tone;
+    if (const std::uint8_t speed = bytes.byte())
+        settings.speed_wpm = 1.0 * speed;
     const std::uint8_t kind = bytes.byte();
 
     std::vector<float> samples = kind % 4 == 0   ? samplesOf8Bits(bytes.rest())
