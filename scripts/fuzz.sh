@@ -38,8 +38,8 @@ fuzz() {
     mapfile -t seeds <"$BUILD/fuzz/$entry.seeds"
     mkdir -p "$BUILD/corpus/$entry"
     [ ! -e "$dictionary" ] || options+=("-dict=$dictionary")
-    if "$BUILD/bin/fuzz_$entry" "-max_total_time=$SECONDS_EACH" -timeout=60 -rss_limit_mb=4096 \
-        -print_final_stats=1 "-artifact_prefix=$BUILD/finds/$entry-" "${options[@]}" \
+    if "$BUILD/bin/fuzz_$entry" "-max_total_time=$SECONDS_EACH" -timeout=60 -report_slow_units=60 \
+        -rss_limit_mb=4096 -print_final_stats=1 "-artifact_prefix=$BUILD/finds/$entry-" "${options[@]}" \
         "$BUILD/corpus/$entry" "${seeds[@]}" >"$log" 2>&1; then
         times >"$log.times"
         echo "$entry: $(grep -o 'number_of_executed_units:.*' "$log" | tr -s ' ')," \
@@ -48,8 +48,7 @@ fuzz() {
             "$(grep -o 'cov: [0-9]*' "$log" | tail -n 1 | grep -o '[0-9]*$') at the end"
     else
         tail -n 60 "$log"
-        echo "$entry: a find, kept in $BUILD/finds; once more:" \
-            "$BUILD/bin/fuzz_$entry $(grep -o "$BUILD/finds/.*" "$log" | tail -n 1)"
+        echo "$entry: a find. Once more: $BUILD/bin/fuzz_$entry" "$BUILD/finds/$entry-"*
         return 1
     fi
 }
