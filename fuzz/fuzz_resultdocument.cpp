@@ -206,8 +206,10 @@ void saveBeside(const fuzzing::Folder& folder, const QByteArray& present)
                 "what cannot be added to is left alone, and the document goes beside it");
         return;
     }
-    const int end = present.lastIndexOf("</TavikResultData>");
-    require(end >= 0 && after.startsWith(("|" + present.left(end)).trimmed().mid(1)),
+    const QByteArray tag = "</TavikResultData>";
+    const int end = present.lastIndexOf(tag);
+    require(end >= 0 && present.mid(end + tag.size()).trimmed().isEmpty() &&
+                after.startsWith(("|" + present.left(end)).trimmed().mid(1)),
             "what was there before is still there, byte by byte");
     // Of a document with odd attributes the reader takes nothing.
     if (!before)
