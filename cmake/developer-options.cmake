@@ -24,6 +24,10 @@ if(MORSEHANDLER_SANITIZERS)
         -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${MORSEHANDLER_SANITIZERS})
 endif()
+if(MORSEHANDLER_FUZZING)
+    # Edges are counted in every target, the fuzzer itself is linked to the fuzz targets only.
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
 
 # One target, "autogen", that writes what moc makes: the static checks need it.
 set(CMAKE_GLOBAL_AUTOGEN_TARGET ON)

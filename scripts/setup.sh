@@ -18,6 +18,7 @@ packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-d
     clang-tidy clazy cppcheck codespell shellcheck python3
     doxygen
     lintian
+    clang libclang-rt-14-dev llvm
 )
 
 missing=()

@@ -36,7 +36,8 @@ void Classifier::mark(Kind kind, std::int64_t begin_us, std::int64_t end_us, dou
         m_sink.transmissionStarted(begin_us);
     } else if (m_characterOpen &&
                static_cast<double>(begin_us - m_markEnd_us) < SHORTEST_PAUSE_units * unit_us) {
-        m_sink.symbol(PAUSE_TOO_SHORT, begin_us);
+        // A mark that was found late may reach back into the one that was given before.
+        m_sink.symbol(PAUSE_TOO_SHORT, std::max(begin_us, m_markEnd_us));
     }
     m_markEnd_us = end_us;
     const double length_units = static_cast<double>(end_us - begin_us) / unit_us;

@@ -55,6 +55,17 @@ private Q_SLOTS:
         QCOMPARE(list.transmissions[0].times_us,
                  (std::vector<std::int64_t>{25000, 25000, 45000, 375000, 375000}));
     }
+    void codesStayInOrderWhereAMarkReachesBackIntoTheOneBefore()
+    {
+        testsupport::CodeList list;
+        Classifier classifier(list);
+        classifier.mark(Kind::Dash, 0, 180000, UNIT_us);
+        classifier.gap(Kind::ElementGap);
+        classifier.mark(Kind::Dash, 150000, 400000, UNIT_us);
+        QCOMPARE(list.transmissions[0].codes, (std::vector<int>{1, 66, 1}));
+        QCOMPARE(list.transmissions[0].times_us,
+                 (std::vector<std::int64_t>{180000, 180000, 400000}));
+    }
     void aSteadyToneIsTooLongForADash()
     {
         testsupport::CodeList list;

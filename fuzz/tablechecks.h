@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: MIT
+// What holds for the table of every codec file and map file.
+#pragma once
+
+#include "fuzz/fuzzing.h"
+
+#include "app/lint/lint.h"
+#include "charmap/charactertable.h"
+#include "charmap/codechandler.h"
+
+namespace fuzzing {
+
+/// So short a text, and for another table than the last, is translated without building a table.
+constexpr int PIECE = 50;
+
+/// Every byte, and some characters that are none.
+inline QString allCharacters()
+{
+    QString text;
+    for (ushort c = 0; c < 0x110; ++c)
+        text += QChar(c);
+    return text;
+}
+
+inline void requireTranslations(const CharacterMapping& characters)
+{
+    const QString text = allCharacters();
+    const QString forward = translateForward(characters, text);
+    require(forward.size() == text.size(), "one character for each, forward");
+    for (int i = 0; i < text.size(); i += PIECE) {
+        CharacterMapping other = characters;
+        other.detach();
+        require(translateForward(other, text.mid(i, PIECE)) == forward.mid(i, PIECE),
+                "pieces are translated as the whole, forward");
+    }
+
+    QString displayed;
+    for (const QChar c : characters)
+        displayed += c;
+    const QString back = translateBack(characters, displayed + text);
+    require(back.size() == displayed.size() + text.size(), "one character for each, back");
+    const QString again = translateForward(characters, back.left(displayed.size()));
+    for (int i = 0; i < displayed.size(); i += PIECE) {
+        CharacterMapping other = characters;
+        other.detach();
+        require(translateBack(other, displayed.mid(i, PIECE)) ==
+                    back.left(displayed.size()).mid(i, PIECE),
+                "pieces are translated as the whole, back");
+    }
+    for (int i = 0; i < displayed.size(); ++i) {
+        const signed char key = characters.key(displayed[i]);
+        if (key == 0)
+            require(back[i] == displayed[i], "what only the byte 0 gives stays");
+        else if (!displayed[i].isNull())
+            require(again[i] == displayed[i], "what is translated back gives itself again");
+    }
+}
+
+/// The table in the folder's file `name`, which the handler calls `alphabet`.
+inline void requireSameHandler(const Folder& folder, const QString& alphabet,
+                               const CharacterTable& table)
+{
+    CodecHandler handler;
+    handler.SetAlphabetsDir(folder.path());
+    require(handler.SetAlphabet(alphabet), "a handler can load the file");
+    require(handler.TextDirectionRTL() == table.rightToLeft, "a handler knows the direction");
+    const QString text = allCharacters();
+    require(handler.Translate(text) == translateForward(table.characters, text),
+            "a handler translates by the table");
+    require(handler.Backtranslate(text) == translateBack(table.characters, text),
+            "a handler translates back by the table");
+}
+
+inline void requireSameReport(lint::Kind kind, const QByteArray& bytes, const CharacterTable& table)
+{
+    const lint::Report report = lint::lintBytes(kind, bytes);
+    require(report.failure.isEmpty(), "every content can be checked");
+    QMap<uchar, QChar> stored;
+    for (auto entry = table.characters.cbegin(); entry != table.characters.cend(); ++entry)
+        stored.insert(static_cast<uchar>(entry.key()), entry.value());
+    require(report.characters == stored && report.rightToLeft == table.rightToLeft,
+            "the check sees what the reader stores");
+}
+
+} // namespace fuzzing
