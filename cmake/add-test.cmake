@@ -14,8 +14,7 @@ function(morsehandler_add_test name)
         target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/threadsanitizer.cpp)
         target_link_libraries(${name} PRIVATE ${CMAKE_DL_LIBS})
     endif()
-    # Tests compare with literals all the time; the casts that the code does without are fine here.
-    target_compile_options(${name} PRIVATE -UQT_NO_CAST_FROM_ASCII)
+    target_precompile_headers(${name} REUSE_FROM testheaders)
     target_compile_definitions(${name} PRIVATE
         TEST_DATA_DIR="${PROJECT_SOURCE_DIR}/tests/data"
         PROJECT_DATA_DIR="${PROJECT_SOURCE_DIR}/data"
