@@ -149,7 +149,8 @@ QStringList checkNotRun(const Page& page, const Block& block, const Clone& clone
     while (targets.hasNext()) {
         const QString name = targets.next().captured(1);
         int found = 0;
-        clone.run(QStringLiteral("grep -rqw --include=CMakeLists.txt -e '%1' '%2'")
+        clone.run(QStringLiteral("grep -rqw --include=CMakeLists.txt -e '%1' '%2' ||"
+                                 "compgen -G '%2/*/%1.cpp' || compgen -G '%2/*/*/%1.cpp'")
                       .arg(name, project.path()),
                   &found);
         if (found != 0)
