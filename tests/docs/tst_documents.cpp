@@ -149,9 +149,11 @@ QStringList checkNotRun(const Page& page, const Block& block, const Clone& clone
     while (targets.hasNext()) {
         const QString name = targets.next().captured(1);
         int found = 0;
-        clone.run(QStringLiteral("grep -rqw --include=CMakeLists.txt -e '%1' '%2'")
-                      .arg(name, project.path()),
-                  &found);
+        clone.run(
+            QStringLiteral("grep -rqw --exclude-dir=build --include=CMakeLists.txt -e '%1' '%2' ||"
+                           "compgen -G '%2/*/%1.cpp' || compgen -G '%2/*/*/%1.cpp'")
+                .arg(name, project.path()),
+            &found);
         if (found != 0)
             complaints += at(page, block.line) + name + QStringLiteral(" is built nowhere");
     }
