@@ -31,6 +31,7 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME libmorsehandler${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
 set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "readable text from the output of radio decoders
 A plug-in library that a radio-monitoring host loads into its process. It turns
 Morse symbol codes into text through a selectable alphabet, and the characters
@@ -39,6 +40,7 @@ The host brings the classes that the library expects of it.")
 
 set(CPACK_DEBIAN_STANDIN_PACKAGE_NAME libhoststandin${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_STANDIN_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_STANDIN_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/cmake/debian/triggers)
 set(CPACK_DEBIAN_STANDIN_DESCRIPTION "host for libmorsehandler in place of the host application
 Value tree, observers, traces, times, configuration and result documents as
 libmorsehandler expects them of its host: for the program morsehost, for tests,

@@ -14,8 +14,9 @@ packages=(build/package/packages/*.deb)
 
 mkdir -p "$root/proc" "$root/dev"
 mount -t proc proc "$root/proc"
-trap 'umount "$root/dev" "$root/proc" 2>/dev/null' EXIT
+trap 'umount "$root/dev/pts" "$root/dev" "$root/proc" 2>/dev/null' EXIT
 mount --bind /dev "$root/dev"
+mount --bind /dev/pts "$root/dev/pts"
 rm -rf "$root/root/packages" "$root/root/consumer"
 mkdir "$root/root/packages"
 cp "${packages[@]}" "$root/root/packages/"
