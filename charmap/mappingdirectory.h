@@ -26,7 +26,8 @@ class IVtClient;
 /// selection once more: what `Init` selects before is not in force yet.
 ///
 /// The values belong to the host; one that announces its deletion is forgotten, and whatever needs
-/// it is left undone from then on. All work is done on the thread that notifies or calls.
+/// it is left undone from then on. All work is done on the thread that notifies or calls. A
+/// directory is not deleted from within a notification that it caused.
 class MORSEHANDLER_EXPORT MappingDirectory : public IObserver
 {
 public:

@@ -7,6 +7,9 @@
 #include "host/standin/configuration.h"
 #include "host/standin/hosttree.h"
 
+#include <QScopeGuard>
+
+#include <algorithm>
 #include <array>
 #include <memory>
 
@@ -160,6 +163,8 @@ private:
 
     void step()
     {
+        ++m_depth;
+        const auto done = qScopeGuard([this] { --m_depth; });
         switch (m_bytes.byte()) {
         case 'I': { // input text
             const QByteArray bytes = m_bytes.take(m_bytes.byte() % 64U);
@@ -213,7 +218,9 @@ private:
         case 's': // observers may act from now on
             m_disturbances = m_bytes.byte() % 16;
             break;
-        case 'x':
+        case 'x': // another directory; none is deleted while it tells of something
+            if (m_depth > 1)
+                break;
             m_mapping = std::make_unique<MappingDirectory>(scenery().path());
             m_isBounded = false;
             break;
@@ -305,6 +312,7 @@ private:
     HostTree m_tree;
     std::unique_ptr<MappingDirectory> m_mapping;
     int m_disturbances = 0;
+    int m_depth = 0; ///< steps within steps
     bool m_wasDisturbed = false;
     bool m_isBounded = true;
 };
