@@ -1,4 +1,5 @@
 # SPDX-License-Identifier: MIT
+# shellcheck shell=bash
 # How the binary interface is read from a library: for the tests that compare it with what is
 # stored, and for scripts/renew-interface.sh, which stores it.
 
