@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # SPDX-License-Identifier: MIT
 # How the binary interface is read from a library: for the tests that compare it with what is
 # stored, and for scripts/renew-interface.sh, which stores it.
