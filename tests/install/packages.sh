@@ -30,7 +30,8 @@ depends() { # PACKAGE DEPENDENCY...
     done
 }
 
-[ "$(ls ./*.deb | wc -l)" -eq 4 ] || fail "packages: $(ls ./*.deb)"
+debs=(./*.deb)
+[ ${#debs[@]} -eq 4 ] || fail "packages: ${debs[*]}"
 holds libmorsehandler0 "$LIBDIR/libmorsehandler.so.0" "$LIBDIR/libmorsehandler.so.$VERSION"
 holds libhoststandin0 "$LIBDIR/libhoststandin.so.0" "$LIBDIR/libhoststandin.so.$VERSION"
 holds libmorsehandler-dev "$LIBDIR/libmorsehandler.so" "$LIBDIR/libhoststandin.so" \
@@ -59,7 +60,7 @@ for name in libmorsehandler0 libhoststandin0; do
 done
 
 # Unpacked elsewhere, it runs; and nothing in it knows where it was built.
-for deb in ./*.deb; do
+for deb in "${debs[@]}"; do
     dpkg -x "$deb" root
 done
 ! grep -rl "$SOURCE" root || fail "These name the folder that they were built in."
@@ -72,6 +73,6 @@ text=$(LD_LIBRARY_PATH=$work/root/usr/$LIBDIR root/usr/bin/morsehost \
 if command -v lintian >/dev/null; then
     lintian --allow-root --fail-on error,warning --suppress-tags \
         initial-upload-closes-no-bugs,maintscript-calls-ldconfig,pkg-config-unavailable-for-cross-compilation \
-        ./*.deb || status=1
+        "${debs[@]}" || status=1
 fi
 exit $status
