@@ -12,6 +12,7 @@ packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-d
 )
 [ "${1:-test}" != all ] || packages+=(
     clang-format
+    python3-clang-14
 )
 
 missing=()
