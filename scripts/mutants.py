@@ -5,32 +5,30 @@
 import clang.cindex
 from clang.cindex import CursorKind, TypeKind
 
-# Declared in every translation unit. A number of its own for each mutant; 0 is the program as it is.
-# MUTATION_LOG names a file that gets the number of each mutant that is reached.
+# What mutated files include. A number of its own for each mutant; 0 is the program as it is.
+# MUTATION_LOG names a file of LIMIT bytes, in which the byte of each mutant that is reached is set.
+LIMIT = 1 << 16
 PRELUDE = r"""#pragma once
-#include <atomic>
-#include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
-#include <unistd.h>
+#include <sys/mman.h>
 namespace mutation {
-inline bool note(int number)
+inline char* openLog()
 {
-    static std::atomic<bool> reached[1 << 16];
-    static const int log = ::open(std::getenv("MUTATION_LOG"), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0644);
-    if (!reached[number].exchange(true)) {
-        char line[16];
-        const int size = std::snprintf(line, sizeof line, "%d\n", number);
-        if (::write(log, line, static_cast<std::size_t>(size)) != size)
-            std::abort();
-    }
-    return false;
+    const char* const path = std::getenv("MUTATION_LOG");
+    if (!path)
+        return nullptr;
+    const int file = ::open(path, O_RDWR | O_CLOEXEC);
+    void* const log = ::mmap(nullptr, LIMIT, PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+    return log == MAP_FAILED ? nullptr : static_cast<char*>(log);
 }
 inline bool is(int number)
 {
-    static const bool logs = std::getenv("MUTATION_LOG");
     static const int chosen = std::getenv("MUTATION") ? std::atoi(std::getenv("MUTATION")) : 0;
-    return number == chosen || (logs && note(number));
+    static char* const log = openLog();
+    if (log)
+        log[number] = 1;
+    return number == chosen;
 }
 template <typename T>
 const T& other()
@@ -39,7 +37,7 @@ const T& other()
     return value;
 }
 } // namespace mutation
-"""
+""".replace("LIMIT", str(LIMIT))
 
 INDEX = clang.cindex.Index.create(excludeDecls=True)
 
@@ -111,11 +109,13 @@ class Finder:
     def text(self, first, last):
         return self.source[first:last].decode()
 
-    def add(self, where, after, code=None, is_statement=False):
+    def add(self, where, after, code=None, is_statement=False, is_macro=False):
         first, last = where
-        if any(first < end and start < last and not (first <= start and end <= last)
-               for start, end, _ in self.macros):
-            return  # in a macro's arguments or across its border
+        if not is_macro and any(
+                first < end and start < last and
+                not (first <= start and end <= last and where != (start, end))
+                for start, end, _ in self.macros):
+            return  # what a macro is made of, or a part of its arguments
         before = self.text(first, last)
         key = (first, last, code if code is not None else after)
         line = self.source.count(b"\n", 0, first) + 1
@@ -136,7 +136,7 @@ class Finder:
                     cursor.type.get_canonical().kind == TypeKind.BOOL:
                 self.negate(initial[0])
         outer = self.function
-        if kind in FUNCTIONS:
+        if kind in FUNCTIONS and cursor.spelling != "operator()":
             parent = cursor.semantic_parent
             scope = "" if parent.kind in (CursorKind.NAMESPACE, CursorKind.TRANSLATION_UNIT) \
                 else parent.spelling + "::"
@@ -194,7 +194,7 @@ class Finder:
         elif kind == CursorKind.STRING_LITERAL:
             macro = next((m for m in self.macros if m[0] == where[0] and m[2] == "QStringLiteral"), None)
             if macro:
-                self.add(macro[:2], 'QStringLiteral("~")')
+                self.add(macro[:2], 'QStringLiteral("~")', is_macro=True)
             elif text.startswith('"'):
                 self.add(where, '"~"')
         elif kind == CursorKind.DECL_REF_EXPR and cursor.referenced:
@@ -267,7 +267,7 @@ class Finder:
         elif kind in INTEGERS:
             if not self.binary(value) and not text.isdigit() and not text.isupper():
                 self.add(span(value), f"{text} + 1")
-        elif kind in (TypeKind.RECORD, TypeKind.POINTER, TypeKind.ENUM):
+        elif kind in (TypeKind.RECORD, TypeKind.POINTER):
             empty = "nullptr" if kind == TypeKind.POINTER else "{}"
             if text not in ("nullptr", "{}", "std::nullopt", "QString()", "*this"):
                 self.add((first, last), f"return {empty};", is_statement=True)
@@ -303,7 +303,7 @@ class MutatedSource:
     """A file with its mutants in it, and where each of them stands there."""
 
     def __init__(self, source, mutants):
-        self.out = bytearray()
+        self.out = bytearray(b'#include "mutation.h"\n')
         self.branches = []  # (start, end, mutants)
         self.source = source
         self.mutants = mutants

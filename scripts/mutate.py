@@ -16,6 +16,7 @@ import signal
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 
 import mutants as mutation
@@ -23,14 +24,13 @@ import mutants as mutation
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 EQUIVALENT = ROOT / "tests/mutation/equivalent.txt"
 PARTS = {"library": ["charmap", "files", "morse", "session"], "host": ["host"]}
-TEST_FOLDERS = PARTS["library"] + PARTS["host"]
 MEMORY_LIMIT = 4 << 30
 
 
 def options():
     parser = argparse.ArgumentParser(
         description="Makes small mistakes in a copy of the code and counts how many the tests of "
-        "the library catch. Nothing outside the build folder is changed.")
+        "its own part catch. Nothing outside the build folder is changed.")
     parser.add_argument("part", nargs="?", choices=PARTS, default="library",
                         help="whose code: the library's (default) or the stand-in host's")
     parser.add_argument("--count", type=int, default=400,
@@ -68,10 +68,9 @@ def is_mutated(path, folders):
 
 
 def configure(copy, build):
-    flags = f"-O1 -w -Wno-narrowing -include {copy}/mutation.h"
     subprocess.run(["cmake", "-S", copy, "-B", build, "-G", "Ninja", "-DMORSEHANDLER_DEVELOPER=ON",
                     "-DMORSEHANDLER_BENCHMARKS=OFF", "-DCMAKE_BUILD_TYPE=None",
-                    "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON", f"-DCMAKE_CXX_FLAGS={flags}"],
+                    "-DCMAKE_EXPORT_COMPILE_COMMANDS=ON", "-DCMAKE_CXX_FLAGS=-O1 -w -Wno-narrowing"],
                    check=True, stdout=subprocess.DEVNULL)
 
 
@@ -81,10 +80,10 @@ def compiler_arguments(commands, copy, path):
     command = next((c for c in commands if c["file"] == f"{copy}/{path}"),
                    next(c for c in commands if c["file"].startswith(f"{copy}/{folder}/")))
     words = shlex.split(command["command"])
-    kept = ["-include", f"{copy}/mutation.h"]
+    kept = []
     for word, following in zip(words, words[1:] + [""]):
         if word == f"-I{copy}":
-            kept.append(f"-I{ROOT}")
+            kept += [f"-I{ROOT}", word]
         elif word.startswith(("-I", "-D", "-std")):
             kept.append(word)
         elif word == "-isystem":
@@ -95,16 +94,16 @@ def compiler_arguments(commands, copy, path):
 class Build:
     """A copy of the tree with every mutant in it that compiles, and its test programs."""
 
-    def __init__(self, folder, mutated_folders):
+    def __init__(self, folder, code_folders):
         self.copy, self.folder = folder / "source", folder / "build"
         files = tracked_files()
-        self.sources = [f for f in files if is_mutated(f, mutated_folders)]
+        self.sources = [f for f in files if is_mutated(f, code_folders)]
         for path in files:
             if path not in self.sources or not (self.copy / path).exists():
                 write_if_changed(self.copy / path, (ROOT / path).read_bytes())
         write_if_changed(self.copy / "mutation.h", mutation.PRELUDE.encode())
         configure(self.copy, self.folder)
-        self.tests = self.find_tests()
+        self.tests = self.find_tests(code_folders)
         self.mutants = self.cached(folder / "mutants.pickle")
 
     def cached(self, path):
@@ -123,16 +122,16 @@ class Build:
 
     def make(self):
         commands = json.loads((self.folder / "compile_commands.json").read_text())
-        mutated, precompiled, number = {}, {}, 0
-        for path in self.sources:
+        mutated, precompiled = {}, {}
+        for place, path in enumerate(self.sources):
             arguments = tuple(compiler_arguments(commands, self.copy, path))
             if arguments not in precompiled:
                 precompiled[arguments] = mutation.precompile(
                     arguments, self.folder / f"qtcore{len(precompiled)}.h")
             arguments = precompiled[arguments]
             found = mutation.find(ROOT, path, arguments)
-            for mutant in found:
-                number += 1
+            # Each file has numbers of its own, so a change in one leaves the others as they are.
+            for number, mutant in enumerate(found, 1 + 1000 * place):
                 mutant.number = number
             print(f"{path}: {len(found)}", flush=True)
             if found:
@@ -165,11 +164,11 @@ class Build:
             sys.exit(made.stdout)
         return [(path, int(line), int(column)) for path, line, column in errors]
 
-    def find_tests(self):
+    def find_tests(self, folders):
         listed = subprocess.run(["ctest", "--test-dir", self.folder, "--show-only=json-v1"],
                                 check=True, capture_output=True).stdout
         names = [t["name"] for t in json.loads(listed)["tests"]]
-        return [Test(name, self.folder / "bin") for name in names if name.split("/")[0] in TEST_FOLDERS]
+        return [Test(name, self.folder / "bin") for name in names if name.split("/")[0] in folders]
 
 
 class Test:
@@ -178,9 +177,11 @@ class Test:
         self.program = f"tst_{self.stem}"
         self.path = folder / self.program
         self.seconds = self.cpu_seconds = 0.0
+        self.reached = set()  # numbers of mutants
 
     def run(self, environment, cpu_limit=None, timeout=600):
-        """Whether it passed. A test that needs far more time than usual, or memory, did not."""
+        """The seconds of processor time when it passed, None when it failed. A test that needs far
+        more time than usual, or memory, has failed."""
         def limit():
             os.nice(10)
             resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
@@ -190,42 +191,43 @@ class Test:
 
         with tempfile.TemporaryDirectory(prefix="mutation", ignore_cleanup_errors=True) as scratch:
             process = subprocess.Popen(
-                [self.path], cwd=scratch, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                [self.path], cwd=scratch, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
                 env={**os.environ, **environment, "TMPDIR": scratch}, preexec_fn=limit,
                 start_new_session=True)
-            try:
-                return process.wait(timeout) == 0
-            except subprocess.TimeoutExpired:
-                os.killpg(process.pid, signal.SIGKILL)
-                process.wait()
-                return False
+            timer = threading.Timer(timeout, os.killpg, (process.pid, signal.SIGKILL))
+            timer.start()
+            for line in process.stdout:
+                if line.startswith(b"FAIL!"):  # no need to run the rest
+                    os.killpg(process.pid, signal.SIGKILL)
+                    break
+            process.stdout.close()
+            _, status, used = os.wait4(process.pid, 0)
+            process.returncode = status
+            timer.cancel()
+            return used.ru_utime + used.ru_stime if status == 0 else None
 
 
 # Runs.
 
-def what_tests_reach(tests, log):
-    """For each test the numbers of the mutants that it comes by. All tests have to pass."""
-    reached = {}
-    for test in tests:
-        log.unlink(missing_ok=True)
-        begin, used = time.monotonic(), resource.getrusage(resource.RUSAGE_CHILDREN)
-        if not test.run({"MUTATION_LOG": str(log)}):
-            sys.exit(f"{test.program} fails without a mutant")
-        test.seconds = time.monotonic() - begin
-        now = resource.getrusage(resource.RUSAGE_CHILDREN)
-        test.cpu_seconds = now.ru_utime + now.ru_stime - used.ru_utime - used.ru_stime
-        reached[test] = {int(n) for n in log.read_text().split()} if log.exists() else set()
-    return reached
+def learn(test, log):
+    """How long a test takes, and which mutants it comes by."""
+    log.write_bytes(bytes(mutation.LIMIT))
+    begin = time.monotonic()
+    cpu_seconds = test.run({"MUTATION_LOG": str(log)})
+    if cpu_seconds is None:
+        sys.exit(f"{test.program} fails without a mutant")
+    test.seconds, test.cpu_seconds = time.monotonic() - begin, cpu_seconds
+    test.reached = {number for number, byte in enumerate(log.read_bytes()) if byte}
 
 
-def catching_test(mutant, reached):
+def catching_test(mutant, tests):
     """The first test that fails: those of the mutant's own file and folder come first."""
     stem, folder = pathlib.Path(mutant.file).stem, mutant.file.split("/")[0]
-    tests = sorted((t for t in reached if mutant.number in reached[t]),
-                   key=lambda t: (t.stem != stem, t.folder != folder, t.cpu_seconds))
-    for test in tests:
-        if not test.run({"MUTATION": str(mutant.number)}, cpu_limit=int(5 + 5 * test.cpu_seconds),
-                        timeout=60 + 10 * test.seconds):
+    reaching = sorted((t for t in tests if mutant.number in t.reached),
+                      key=lambda t: (t.stem != stem, t.folder != folder, t.cpu_seconds))
+    for test in reaching:
+        if test.run({"MUTATION": str(mutant.number)}, cpu_limit=int(3 + 2 * test.cpu_seconds),
+                    timeout=60 + 10 * test.seconds) is None:
             return test
     return None
 
@@ -271,13 +273,13 @@ def report(results, equivalent):
         folder = str(pathlib.Path(mutant.file).parent)
         row = rows.setdefault(folder, [0, 0, 0, 0])
         row[0] += 1
-        row[1 if test else 2 if mutant.key in equivalent else 3] += 1
+        row[1 if test else 2 if mutant.key.rstrip() in equivalent else 3] += 1
     print(f"\n{'folder':14}{'mutants':>9}{'caught':>9}{'equivalent':>12}{'survived':>10}")
     rows["all"] = [sum(column) for column in zip(*rows.values())]
     for folder, row in rows.items():
         print(f"{folder:14}{row[0]:9}{row[1]:9}{row[2]:12}{row[3]:10}")
     for mutant, test in results:
-        if test and mutant.key in equivalent:
+        if test and mutant.key.rstrip() in equivalent:
             print(f"caught, though listed as equivalent: {mutant.key}")
 
 
@@ -286,7 +288,7 @@ def main():
     os.environ["LC_ALL"] = "C.UTF-8"
     build = Build(arguments.build.resolve() / arguments.part, PARTS[arguments.part])
     equivalent = known_equivalents()
-    for key in sorted(set(equivalent) - {m.key for m in build.mutants}):
+    for key in sorted(set(equivalent) - {m.key.rstrip() for m in build.mutants}):
         if key.split("/")[0] in PARTS[arguments.part]:
             print(f"no such mutant any more: {key}")
 
@@ -302,18 +304,19 @@ def main():
             print(f"{mutant.line}: {mutant.key}")
         return
 
-    reached = what_tests_reach(build.tests, build.folder.parent / "reached.log")
     results = []
     with concurrent.futures.ThreadPoolExecutor(arguments.jobs) as pool:
-        tests = pool.map(lambda m: catching_test(m, reached), selected)
+        for _ in pool.map(lambda t: learn(t, build.folder / f"{t.program}.log"), build.tests):
+            pass
+        tests = pool.map(lambda m: catching_test(m, build.tests), selected)
         for mutant, test in zip(selected, tests):
             results.append((mutant, test))
-            if not test and mutant.key not in equivalent:
-                unreached = "" if any(mutant.number in r for r in reached.values()) else "(unreached) "
+            if not test and mutant.key.rstrip() not in equivalent:
+                unreached = "" if any(mutant.number in t.reached for t in build.tests) else "(unreached) "
                 print(f"survived: {unreached}{mutant.file}:{mutant.line}\n    {mutant.key}", flush=True)
     survivors.write_text("".join(f"{m.key}\n" for m, test in results if not test))
     report(results, equivalent)
-    sys.exit(any(not test and m.key not in equivalent for m, test in results))
+    sys.exit(any(not test and m.key.rstrip() not in equivalent for m, test in results))
 
 
 if __name__ == "__main__":
