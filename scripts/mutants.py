@@ -81,6 +81,10 @@ class Mutant:
         self.number = 0
         self.key = ""  # says which one it is, also after lines were added elsewhere
 
+    @property
+    def name(self):
+        return self.key.rstrip()
+
 
 def shortened(text, limit=90):
     text = " ".join(text.split())

@@ -33,7 +33,7 @@ def options():
         "its own part catch. Nothing outside the build folder is changed.")
     parser.add_argument("part", nargs="?", choices=PARTS, default="library",
                         help="whose code: the library's (default) or the stand-in host's")
-    parser.add_argument("--count", type=int, default=400,
+    parser.add_argument("--count", type=int, default=320,
                         help="how many mutants, spread over the files in proportion to what can be "
                         "mutated there; 0 for all (default: %(default)s)")
     parser.add_argument("--seed", default="1", help="chooses other mutants (default: %(default)s)")
@@ -273,14 +273,14 @@ def report(results, equivalent):
         folder = str(pathlib.Path(mutant.file).parent)
         row = rows.setdefault(folder, [0, 0, 0, 0])
         row[0] += 1
-        row[1 if test else 2 if mutant.key.rstrip() in equivalent else 3] += 1
+        row[1 if test else 2 if mutant.name in equivalent else 3] += 1
     print(f"\n{'folder':14}{'mutants':>9}{'caught':>9}{'equivalent':>12}{'survived':>10}")
     rows["all"] = [sum(column) for column in zip(*rows.values())]
     for folder, row in rows.items():
         print(f"{folder:14}{row[0]:9}{row[1]:9}{row[2]:12}{row[3]:10}")
     for mutant, test in results:
-        if test and mutant.key.rstrip() in equivalent:
-            print(f"caught, though listed as equivalent: {mutant.key}")
+        if test and mutant.name in equivalent:
+            print(f"caught, though listed as equivalent: {mutant.name}")
 
 
 def main():
@@ -288,7 +288,7 @@ def main():
     os.environ["LC_ALL"] = "C.UTF-8"
     build = Build(arguments.build.resolve() / arguments.part, PARTS[arguments.part])
     equivalent = known_equivalents()
-    for key in sorted(set(equivalent) - {m.key.rstrip() for m in build.mutants}):
+    for key in sorted(set(equivalent) - {m.name for m in build.mutants}):
         if key.split("/")[0] in PARTS[arguments.part]:
             print(f"no such mutant any more: {key}")
 
@@ -297,11 +297,11 @@ def main():
     survivors = build.folder.parent / "survivors.txt"
     if arguments.survivors:
         wanted = set(survivors.read_text().splitlines())
-        selected = [m for m in selected if m.key in wanted]
+        selected = [m for m in selected if m.name in wanted]
     print(f"{len(selected)} of {len(build.mutants)} mutants", flush=True)
     if arguments.list:
         for mutant in selected:
-            print(f"{mutant.line}: {mutant.key}")
+            print(f"{mutant.line}: {mutant.name}")
         return
 
     results = []
@@ -311,12 +311,12 @@ def main():
         tests = pool.map(lambda m: catching_test(m, build.tests), selected)
         for mutant, test in zip(selected, tests):
             results.append((mutant, test))
-            if not test and mutant.key.rstrip() not in equivalent:
+            if not test and mutant.name not in equivalent:
                 unreached = "" if any(mutant.number in t.reached for t in build.tests) else "(unreached) "
-                print(f"survived: {unreached}{mutant.file}:{mutant.line}\n    {mutant.key}", flush=True)
-    survivors.write_text("".join(f"{m.key}\n" for m, test in results if not test))
+                print(f"survived: {unreached}{mutant.file}:{mutant.line}\n    {mutant.name}", flush=True)
+    survivors.write_text("".join(f"{m.name}\n" for m, test in results if not test))
     report(results, equivalent)
-    sys.exit(any(not test and m.key.rstrip() not in equivalent for m, test in results))
+    sys.exit(any(not test and m.name not in equivalent for m, test in results))
 
 
 if __name__ == "__main__":
