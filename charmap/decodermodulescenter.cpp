@@ -79,9 +79,10 @@ bool isDigit(QChar c)
     return c.isDigit();
 }
 
+/// Of Latin-1, which has no combining marks.
 bool isWordCharacter(QChar c)
 {
-    return c.isLetterOrNumber() || c.isMark() || c == QLatin1Char('_');
+    return c.isLetterOrNumber() || c == QLatin1Char('_');
 }
 
 /// Cuts off and returns the next column, which is empty at the start of a line that begins with
@@ -132,7 +133,7 @@ int integerIn(QStringView column)
 
 char firstLetter(QStringView column)
 {
-    return column.isEmpty() || column[0].unicode() > 0xFF ? char(0) : column[0].toLatin1();
+    return column.isEmpty() ? char(0) : column[0].toLatin1();
 }
 
 DecoderModule moduleOf(const QString& line)

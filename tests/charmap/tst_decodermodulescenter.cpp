@@ -484,6 +484,13 @@ private Q_SLOTS:
         QVERIFY(held > 4000 && held < 16000);
     }
 
+    void aLineNeedsNoEndToHoldAModuleOrNone()
+    {
+        const QString line = QString::fromLatin1(moduleLine("name", 'N')).trimmed();
+        for (int length = 0; length <= line.size(); ++length)
+            QCOMPARE(holdsDecoderModule(line.left(length)), length > line.size() - 4);
+    }
+
     void everyCharacterIsOfTheClassThatTheExpressionPutsItIn()
     {
         const QRegExp expression("\\d+\\s+\\d+\\s+\\w" + QStringLiteral("\\s+\\d").repeated(26) +

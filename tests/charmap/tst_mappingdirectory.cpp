@@ -682,6 +682,29 @@ private Q_SLOTS:
         QCOMPARE(scene.output->GetValue(), QStringLiteral("\u0392"));
     }
 
+    void aValueThatIsBeingDeletedIsNotHandedOver()
+    {
+        struct Attaching : IObserver
+        {
+            void Update(Observable*, TChangeCode code) override
+            {
+                if (code == eCHANGE_DELETED)
+                    attached = directory->SetDataInput_ValuePath("d/dying", &client);
+            }
+            MappingDirectory* directory = nullptr;
+            Client client;
+            bool attached = true;
+        };
+        Scene scene(maps());
+        auto* const dying = scene.tree.Add<TextValue>("d/dying");
+        Attaching host;
+        host.directory = &scene.directory;
+        dying->AddObserver(&host);
+        delete dying;
+        QVERIFY(!host.attached);
+        QCOMPARE(host.client.handedMode, -1);
+    }
+
     void aValueThatWasReplacedIsNoLongerRegarded()
     {
         Scene scene(maps(), "Packet", "Greek - ASCII");

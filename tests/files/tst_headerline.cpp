@@ -47,6 +47,16 @@ private Q_SLOTS:
         QTEST(header->value.toString(), "value");
     }
 
+    void whatStandsBehindTheLineIsNoPartOfIt()
+    {
+        const QString lines = "@name\nvalue";
+        QVERIFY(!matchHeaderLine(QStringView(lines).left(5)));
+        const QString longer = "@name value";
+        for (int length = 0; length < 7; ++length)
+            QVERIFY(!matchHeaderLine(QStringView(longer).left(length)));
+        QCOMPARE(matchHeaderLine(QStringView(longer).left(8))->value.toString(), "va");
+    }
+
     void otherLinesAreNoHeaders_data()
     {
         QTest::addColumn<QString>("line");

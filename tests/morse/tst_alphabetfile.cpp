@@ -59,6 +59,15 @@ private Q_SLOTS:
         QTEST(read(content).codes, "codes");
     }
 
+    void theLocaleDoesNotDecideHowAFileIsRead()
+    {
+        QTextCodec* const codec = QTextCodec::codecForLocale();
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
+        const Codes codes = read("\xd0\x91\t-...\n\n").codes;
+        QTextCodec::setCodecForLocale(codec);
+        QCOMPARE(codes, Codes({{QStringLiteral("\u0411"), "-..."}}));
+    }
+
     void theLastHeaderLineDecidesTheDirection_data()
     {
         QTest::addColumn<QByteArray>("content");

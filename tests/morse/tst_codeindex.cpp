@@ -46,6 +46,16 @@ private Q_SLOTS:
         }
     }
 
+    void theLongestCodesWithAPlaceAreFound()
+    {
+        const Codes codes{{"dots", "........"}, {"dashes", "--------"}, {"nine", "---------"}};
+        const CodeIndex index(codes, 1000);
+        for (auto entry = codes.cbegin(); entry != codes.cend(); ++entry) {
+            QVERIFY(index.Find(bufferOf(entry.value())));
+            QCOMPARE(*index.Find(bufferOf(entry.value())), entry.key());
+        }
+    }
+
     void aBufferForgetsWhatWasInIt()
     {
         CodeBuffer code = bufferOf(".........x");

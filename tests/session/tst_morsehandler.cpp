@@ -9,7 +9,9 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <limits>
 #include <memory>
+#include <optional>
 
 namespace {
 
@@ -155,6 +157,22 @@ private Q_SLOTS:
         // The step did nothing, so the digit is remembered.
         host.send(".----cn-c");
         QCOMPARE(log.joined(), QStringLiteral("A10"));
+    }
+
+    void aTimeStampThatStandsForNoneMakesNoLine()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        TextLog log(host.text);
+        host.handler.SetTimestamp(1);
+        host.handler.SetTimestamp(std::numeric_limits<unsigned long long>::max());
+        host.send("n");
+        host.handler.SetTimestamp(2);
+        host.send("n");
+        QCOMPARE(log.texts, QStringList());
+        host.handler.SetTimestamp(3);
+        host.send("n");
+        QCOMPARE(log.texts, QStringList({"\n"}));
     }
 
     void aLineEndDecodesThePendingCharacterFirst()
@@ -331,6 +349,18 @@ private Q_SLOTS:
         QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral(".-"));
         host.send("-");
         QCOMPARE(log.joined(), QStringLiteral("A"));
+    }
+
+    void aDigitOfTheSessionBeforeCutsNoZero()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        host.send(".----c");
+        host.handler.EndMorseSession();
+        host.handler.StartNewMorseSession();
+        TextLog log(host.text);
+        host.send("-c");
+        QCOMPARE(log.joined(), QStringLiteral("T"));
     }
 
     void startNewMorseSessionTellsWhetherAFileWasRead()
@@ -545,6 +575,18 @@ private Q_SLOTS:
         QVERIFY(!host.tree.Find(MorseValues::path("Modulation")));
     }
 
+    void aValueIsLeftWithItsLastRole()
+    {
+        MorseFixture host;
+        host.handler.SetModtype_ValuePath(MorseValues::path("Modulation"));
+        host.handler.SetDecResult_ValuePath(MorseValues::path("Modulation"));
+        host.handler.SetModtype_ValuePath(QStringLiteral("nowhere"));
+        QVERIFY(!host.modulation->AddObserver(&host.handler)); // registered still
+        host.handler.SetDecResult_ValuePath(QStringLiteral("nowhere"));
+        QVERIFY(host.modulation->AddObserver(&host.handler));
+        host.modulation->DeleteObserver(&host.handler);
+    }
+
     void aDeletedValueIsForgottenInEveryRole()
     {
         MorseFixture host;
@@ -695,6 +737,22 @@ private Q_SLOTS:
         values.frequency->SetValue(1, nullptr);
         values.modulation->HasChanged(eCHANGE_CONTENT, nullptr);
         QCOMPARE(values.symbol->GetValue(), 1);
+    }
+
+    void aDestroyedHandlerIsRegisteredNowhere()
+    {
+        MorseValues values;
+        std::optional<MorseHandler> handler(std::in_place);
+        IObserver* const former = &*handler;
+        handler->SetSymbol_ValuePath(MorseValues::path("Symbol"));
+        handler->SetMorseText_ValuePath(MorseValues::path("Text"));
+        handler->SetModtype_ValuePath(MorseValues::path("Modulation"));
+        handler.reset();
+        for (ValueBase* value :
+             std::initializer_list<ValueBase*>{values.symbol, values.text, values.modulation}) {
+            QVERIFY(value->AddObserver(former));
+            value->DeleteObserver(former);
+        }
     }
 
     void hooksChangeNothingThatCanBeSeen()

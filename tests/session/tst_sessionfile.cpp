@@ -311,6 +311,24 @@ private Q_SLOTS:
         QCOMPARE(contentOf(paths.first()), QByteArray());
     }
 
+    void whatTheFileItselfKeptIsNotLostWhenThereIsRoomAgain()
+    {
+        QTemporaryDir dir;
+        TraceRecorder traces;
+        const QString path = dir.filePath("x.txt");
+        {
+            OneFile one;
+            one.name = path;
+            QVERIFY(sessionfile::open(one.view(), [] {}));
+            const FullDisk full(0);
+            sessionfile::write(one.view(), QStringLiteral("few letters"));
+            sessionfile::close(one.view());
+            QCOMPARE(contentOf(path), QByteArray());
+        }
+        QCOMPARE(contentOf(path), QByteArray("few letters"));
+        QCOMPARE(traces.Messages(), QStringList());
+    }
+
     void closingWritesWhatWaitsWhenThereIsRoomAgain()
     {
         QTemporaryDir dir;
