@@ -19,6 +19,7 @@ packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-d
     doxygen
     lintian
     clang libclang-rt-14-dev llvm
+    gcovr
 )
 
 missing=()
