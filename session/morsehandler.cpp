@@ -88,13 +88,12 @@ MorseHandler::~MorseHandler()
                 value->DeleteObserver(this);
             value = nullptr;
         });
-        m_pMorseAlphabet = nullptr;
-        delete m_pTranslator;
     } catch (...) {
         // The message names another class; log filters know it as it is.
         traceMessage(QStringLiteral("Exception caught in MorseTranslator::~MorseHandler"),
                      SOURCE_FILE, 149);
     }
+    delete m_pTranslator;
     delete m_pDateTime;
     delete m_pResultDataHandler;
 }
@@ -243,8 +242,7 @@ void MorseHandler::SetSaveDirectoryPath(const QString& directory, const QString&
     lookUpAgain(m_pTextFileName, m_textFileNamePath);
     lookUpAgain(m_pCodeFileName, m_codeFileNamePath);
     lookUpAgain(m_pXmlFileName, m_xmlFileNamePath);
-    if (m_pResultDataHandler)
-        m_pResultDataHandler->SetWorkDir(directory);
+    m_pResultDataHandler->SetWorkDir(directory);
 }
 
 void MorseHandler::SetIpcIdentifier(const QString& id)
@@ -303,8 +301,7 @@ void MorseHandler::contentChanged(const Observable* source)
         if (!m_bSaveToFile)
             CloseAllFiles();
     } else if (isSame(source, m_pFrequency) || isSame(source, m_pModtype)) {
-        if (m_pResultDataHandler)
-            m_pResultDataHandler->SetFrequency(m_pFrequency ? m_pFrequency->GetValue() : 0.0);
+        m_pResultDataHandler->SetFrequency(m_pFrequency ? m_pFrequency->GetValue() : 0.0);
         restartFilesIfSaving();
     } else if (isSame(source, m_pDecResult)) {
         restartFilesIfSaving();
@@ -320,8 +317,7 @@ void MorseHandler::evaluationForced(const Observable* source)
     if (isSame(source, m_pMorseSaveToFile)) {
         restartFilesIfSaving();
     } else if (isSame(source, m_pMorseXmlSaveToFile)) {
-        if (m_pResultDataHandler)
-            m_pResultDataHandler->SaveFile();
+        m_pResultDataHandler->SaveFile();
     } else if (isSame(source, m_pSymbol)) {
         traceMessage(QStringLiteral("new line in morsehandler receive"), SOURCE_FILE, 526);
     }
@@ -379,22 +375,19 @@ void MorseHandler::SetMorseAvailable(bool available)
 
 void MorseHandler::SetBaudrate(double baudrate)
 {
-    if (m_pResultDataHandler)
-        m_pResultDataHandler->SetBaudrate(baudrate);
+    m_pResultDataHandler->SetBaudrate(baudrate);
 }
 
 void MorseHandler::SetFrequencyOffset(double offset_Hz)
 {
-    if (m_pResultDataHandler)
-        m_pResultDataHandler->SetFrequencyOffset(offset_Hz);
+    m_pResultDataHandler->SetFrequencyOffset(offset_Hz);
 }
 
 void MorseHandler::SetTimestamp(const unsigned long long& timestamp)
 {
     m_nPreviousTimestamp = m_nCurrentTimestamp;
     m_nCurrentTimestamp = timestamp;
-    if (m_pResultDataHandler)
-        m_pResultDataHandler->SetTimestamp(timestamp);
+    m_pResultDataHandler->SetTimestamp(timestamp);
 }
 
 // Symbols.
@@ -437,7 +430,7 @@ void MorseHandler::processOldestSymbol()
         if (!m_strCurrentSymbols.isEmpty())
             ProcessNewChar(CHARACTER_GAP);
         ProcessNewLine(s);
-        appendToResult(LINE_END);
+        m_pResultDataHandler->AppendText(LINE_END);
     } else {
         AddToSymbolBuffer(s);
         m_strCurrentSymbols += s;
@@ -455,7 +448,7 @@ void MorseHandler::ProcessNewChar(const QString& s)
         text = CUT_ZERO;
     m_bDigitMode = isDigit(text);
     if (!text.isEmpty())
-        appendToResult(text);
+        m_pResultDataHandler->AppendText(text);
     publishText(text);
     const QString marks = std::exchange(m_strErrorMarks, QString());
     if (m_bSaveToFile)
@@ -467,7 +460,7 @@ void MorseHandler::ProcessNewWord(const QString& s)
 {
     AddToSymbolBuffer(s);
     const QString text = m_pTranslator->DecodeMorse(m_strCurrentSymbols) + QLatin1Char(' ');
-    appendToResult(text);
+    m_pResultDataHandler->AppendText(text);
     publishText(text);
     const QString marks = std::exchange(m_strErrorMarks, QString());
     if (m_bSaveToFile)
@@ -506,12 +499,6 @@ void MorseHandler::publishText(const QString& text)
     // deleted the value meanwhile.
     if (same && m_pMorseText)
         m_pMorseText->HasChanged(eCHANGE_CONTENT, this);
-}
-
-void MorseHandler::appendToResult(const QString& text)
-{
-    if (m_pResultDataHandler)
-        m_pResultDataHandler->AppendText(text);
 }
 
 void MorseHandler::AddToSymbolBuffer(const QString& s)
@@ -586,9 +573,7 @@ void MorseHandler::GetXmlTunerDemodulatorSettings()
 
 void MorseHandler::ProcessUpdateTunerDemodulatorSettings()
 {
-    if (m_pXmlTunerDemodulatorSettings && m_pResultDataHandler)
-        m_pResultDataHandler->SetTunerDemodulatorSettings(
-            m_pXmlTunerDemodulatorSettings->GetValue());
+    m_pResultDataHandler->SetTunerDemodulatorSettings(m_pXmlTunerDemodulatorSettings->GetValue());
 }
 
 // Session files.
@@ -679,10 +664,7 @@ QString MorseHandler::newFileName(const QString& nameEnd, const char* operation)
     const sessionfile::Name name = sessionfile::freeName(
         m_strSaveDirectory, stamp, QStringLiteral("_MO__") + frequency + nameEnd,
         sessionfile::fileExists);
-    if (name.counterWrapped && isTraceWanted())
-        _Q_TraceOld(QStringLiteral("Error in ") + QLatin1String(operation) +
-                        QStringLiteral(": file name already exists: %s"),
-                    name.path.toUtf8().constData());
+    sessionfile::traceWrapped(name, operation);
     return name.path;
 }
 

@@ -96,7 +96,7 @@ void closeFile(SessionFile session)
     std::unique_ptr<QFile> file(std::exchange(session.file, nullptr));
     std::unique_ptr<QTextStream> stream(std::exchange(session.stream, nullptr));
     session.unfinished.retry();
-    if (file && stream && !isWhole(*file, *stream, session.backlog))
+    if (file && !isWhole(*file, *stream, session.backlog))
         session.unfinished.keep(std::move(file), std::move(stream), session.backlog);
     session.backlog.clear();
 }
@@ -118,6 +118,14 @@ Name freeName(const QString& directory, const QString& stamp, const QString& suf
         number = static_cast<qint32>(static_cast<quint32>(number) + 1U);
     }
     return {path, number < 0};
+}
+
+void traceWrapped(const Name& name, const char* operation)
+{
+    if (name.counterWrapped && isTraceWanted())
+        _Q_TraceOld(QStringLiteral("Error in ") + QLatin1String(operation) +
+                        QStringLiteral(": file name already exists: %s"),
+                    name.path.toUtf8().constData());
 }
 
 bool fileExists(const QString& path)
@@ -155,8 +163,6 @@ bool open(SessionFile session, const std::function<void()>& makeName)
 {
     if (session.file)
         return true;
-    delete session.stream;
-    session.stream = nullptr;
     for (int attempt = 0; attempt < OPEN_ATTEMPTS; ++attempt) {
         const QString path = localPath(session.name);
         session.file = new QFile(path);

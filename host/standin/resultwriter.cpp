@@ -184,9 +184,7 @@ qint64 positionToAddAt(QFile& file)
     constexpr int TAG_BYTES = sizeof END_OF_DOCUMENT - 1;
     constexpr int TAIL_BYTES = 64;
     const qint64 tailBegin = std::max<qint64>(0, file.size() - TAIL_BYTES);
-    if (!file.seek(tailBegin))
-        return -1;
-    const QByteArray tail = file.read(TAIL_BYTES);
+    const QByteArray tail = file.seek(tailBegin) ? file.read(TAIL_BYTES) : QByteArray();
     const int tag = tail.lastIndexOf(END_OF_DOCUMENT);
     if (tag < 0 || !tail.mid(tag + TAG_BYTES).trimmed().isEmpty())
         return -1;
@@ -198,15 +196,13 @@ qint64 positionToAddAt(QFile& file)
 
 bool copyBytes(QFile& from, QIODevice& to, qint64 count)
 {
-    if (!from.seek(0))
-        return false;
-    while (count > 0) {
+    bool isWhole = from.seek(0);
+    while (isWhole && count > 0) {
         const QByteArray piece = from.read(std::min(count, COPY_BYTES));
-        if (piece.isEmpty() || to.write(piece) != piece.size())
-            return false;
+        isWhole = !piece.isEmpty() && to.write(piece) == piece.size();
         count -= piece.size();
     }
-    return true;
+    return isWhole;
 }
 
 bool isNameTaken(const QString& path)

@@ -4,12 +4,22 @@
 
 #include "host/standin/tracelog.h"
 #include "support/morsefixture.h"
+#include "support/outofmemory.h"
+#include "support/privatemember.h"
 
+#include <QDateTime>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <memory>
+
+struct TimeString
+{
+    using Type = QString (MorseHandler::*)();
+    friend Type memberOf(TimeString);
+};
+template struct PrivateMember<TimeString, &MorseHandler::CreateTimeString>;
 
 namespace {
 
@@ -695,6 +705,59 @@ private Q_SLOTS:
         values.frequency->SetValue(1, nullptr);
         values.modulation->HasChanged(eCHANGE_CONTENT, nullptr);
         QCOMPARE(values.symbol->GetValue(), 1);
+    }
+
+    void aHandlerThatMemoryFailsWhileItEndsTracesIt()
+    {
+        MorseValues values;
+        TraceRecorder traces;
+        auto handler = std::make_unique<MorseHandler>();
+        handler->SetSymbol_ValuePath(MorseValues::path("Symbol"));
+        {
+            const OutOfMemory outOfMemory;
+            handler.reset(); // leaving a value takes memory
+            QVERIFY(OutOfMemory::HasHappened());
+        }
+        QCOMPARE(traces.Messages(),
+                 QStringList{"Exception caught in MorseTranslator::~MorseHandler"});
+        QCOMPARE(traces.Traces().at(0).sourceFile,
+                 QStringLiteral("tools\\morsehandler\\morsehandler"));
+        QCOMPARE(traces.Traces().at(0).line, 149);
+        values.symbol->SetValue(1, nullptr); // nobody is left to be told
+    }
+
+    void aValueThatAnnouncesItsDeletionIsNotTaken()
+    {
+        struct Attacher : IObserver
+        {
+            void Update(Observable*, TChangeCode code) override
+            {
+                if (code == eCHANGE_DELETED)
+                    handler.SetSymbol_ValuePath(MorseValues::path("Symbol"));
+            }
+            MorseHandler handler;
+        } attacher;
+        MorseValues values;
+        attacher.handler.SetMorseAvailable(true);
+        values.symbol->AddObserver(&attacher);
+        delete values.symbol;
+        auto* const symbol = values.tree.Add<IntegerValue>(MorseValues::path("Symbol"));
+        symbol->SetValue(1, nullptr);
+        QCOMPARE(attacher.handler.GetCurrentMorseSymbolString(), QString());
+        attacher.handler.SetSymbol_ValuePath(MorseValues::path("Symbol"));
+        symbol->SetValue(0, nullptr);
+        QCOMPARE(attacher.handler.GetCurrentMorseSymbolString(), QStringLiteral("."));
+    }
+
+    void theTimeStringCanBePartOfAFileName()
+    {
+        MorseHandler handler;
+        const QDateTime before = QDateTime::currentDateTimeUtc();
+        const QString text = (handler.*memberOf(TimeString()))();
+        const QDateTime after = QDateTime::currentDateTimeUtc();
+        const QString format = "yyyy-MM-dd__hh_mm_ss";
+        QVERIFY(QDateTime::fromString(text, format).isValid());
+        QVERIFY(before.toString(format) <= text && text <= after.toString(format));
     }
 
     void hooksChangeNothingThatCanBeSeen()
