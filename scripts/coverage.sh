@@ -13,7 +13,7 @@ scripts/setup.sh all
 cmake --preset coverage >/dev/null
 cmake --build --preset coverage --target "${folders[@]/#/tests_}"
 find build/coverage -name '*.gcda' -delete
-any=$(IFS='|' && echo "${folders[*]}")
+any=$(IFS="|" && echo "${folders[*]}")
 ctest --preset coverage -L "^($any)\$"
 
 # Branches that only an exception takes are the compiler's, one behind nearly every call.

@@ -57,7 +57,10 @@ QString withTrailingBackslash(const QString& directory)
 // Host values are compared by the part that notifies.
 bool isSame(const Observable* source, const ValueBase* value)
 {
-    return value && static_cast<const Observable*>(value) == source;
+    if (!value)
+        return false;
+    const Observable& notifier = *value;
+    return &notifier == source;
 }
 
 } // namespace
@@ -430,12 +433,11 @@ void MorseHandler::processOldestSymbol()
         if (!m_strCurrentSymbols.isEmpty())
             ProcessNewChar(CHARACTER_GAP);
         ProcessNewLine(s);
-        m_pResultDataHandler->AppendText(LINE_END);
+        appendToResult(LINE_END);
     } else {
         AddToSymbolBuffer(s);
         m_strCurrentSymbols += s;
-        if (m_bSaveToFile)
-            SaveCodeAndText(s, QString());
+        SaveCodeAndText(s, QString());
     }
     m_symbolList.pop_front();
 }
@@ -448,11 +450,10 @@ void MorseHandler::ProcessNewChar(const QString& s)
         text = CUT_ZERO;
     m_bDigitMode = isDigit(text);
     if (!text.isEmpty())
-        m_pResultDataHandler->AppendText(text);
+        appendToResult(text);
     publishText(text);
     const QString marks = std::exchange(m_strErrorMarks, QString());
-    if (m_bSaveToFile)
-        SaveCodeAndText(marks + QLatin1Char(' '), text + marks);
+    SaveCodeAndText(marks + QLatin1Char(' '), text + marks);
     m_strCurrentSymbols.clear();
 }
 
@@ -460,11 +461,10 @@ void MorseHandler::ProcessNewWord(const QString& s)
 {
     AddToSymbolBuffer(s);
     const QString text = m_pTranslator->DecodeMorse(m_strCurrentSymbols) + QLatin1Char(' ');
-    m_pResultDataHandler->AppendText(text);
+    appendToResult(text);
     publishText(text);
     const QString marks = std::exchange(m_strErrorMarks, QString());
-    if (m_bSaveToFile)
-        SaveCodeAndText(marks, text + marks);
+    SaveCodeAndText(marks, text + marks);
     m_strCurrentSymbols.clear();
 }
 
@@ -483,8 +483,7 @@ void MorseHandler::ProcessNewLine(const QString& s)
         QStringLiteral("[Start Time:  ") + m_pDateTime->toString() + QLatin1Char(']');
     const QString block = LINE_END + stop + LINE_END + start + LINE_END;
     const QString marks = std::exchange(m_strErrorMarks, QString());
-    if (m_bSaveToFile)
-        SaveCodeAndText(marks, block);
+    SaveCodeAndText(marks, block);
     m_strCurrentSymbols.clear();
     m_bDigitMode = false;
 }
@@ -499,6 +498,11 @@ void MorseHandler::publishText(const QString& text)
     // deleted the value meanwhile.
     if (same && m_pMorseText)
         m_pMorseText->HasChanged(eCHANGE_CONTENT, this);
+}
+
+void MorseHandler::appendToResult(const QString& text)
+{
+    m_pResultDataHandler->AppendText(text);
 }
 
 void MorseHandler::AddToSymbolBuffer(const QString& s)
@@ -670,7 +674,9 @@ QString MorseHandler::newFileName(const QString& nameEnd, const char* operation)
 
 void MorseHandler::OpenMorseCode()
 {
-    if (m_pCodeFile || !sessionfile::open(codeFile(), [this] { CreateCodeFilename(); }))
+    if (m_pCodeFile)
+        return;
+    if (!sessionfile::open(codeFile(), [this] { CreateCodeFilename(); }))
         return;
     if (TextValue* const name = lookUpAgain(m_pCodeFileName, m_codeFileNamePath))
         name->SetValue(QString(m_strCodeFileName), nullptr);
@@ -678,7 +684,9 @@ void MorseHandler::OpenMorseCode()
 
 void MorseHandler::OpenMorseText()
 {
-    if (m_pTextFile || !sessionfile::open(textFile(), [this] { CreateTextFilename(); }))
+    if (m_pTextFile)
+        return;
+    if (!sessionfile::open(textFile(), [this] { CreateTextFilename(); }))
         return;
     if (TextValue* const name = lookUpAgain(m_pTextFileName, m_textFileNamePath))
         name->SetValue(QString(m_strTextFileName), nullptr);

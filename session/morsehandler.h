@@ -150,6 +150,7 @@ private:
     void ProcessNewWord(const QString& s);
     void ProcessNewLine(const QString& s);
     void publishText(const QString& text);
+    void appendToResult(const QString& text);
     QString GetPartOfSymbolString(bool fromEnd, int count);
     QString BuildAlphabetPath();
     void ProcessUpdateTunerDemodulatorSettings();

@@ -150,7 +150,9 @@ QString frequencyText(double frequency_Hz)
 
 bool needsNewName(const SessionFile& session)
 {
-    return session.name.isEmpty() || QFileInfo(localPath(session.name)).size() >= MAX_SIZE_BYTES;
+    if (session.name.isEmpty())
+        return true;
+    return QFileInfo(localPath(session.name)).size() >= MAX_SIZE_BYTES;
 }
 
 void begin(SessionFile session)
@@ -165,15 +167,14 @@ bool open(SessionFile session, const std::function<void()>& makeName)
         return true;
     for (int attempt = 0; attempt < OPEN_ATTEMPTS; ++attempt) {
         const QString path = localPath(session.name);
-        session.file = new QFile(path);
-        if (session.file->open(QIODevice::WriteOnly | QIODevice::Text)) {
+        auto file = std::make_unique<QFile>(path);
+        if (file->open(QIODevice::WriteOnly | QIODevice::Text)) {
+            session.file = file.release();
             session.stream = new QTextStream(session.file);
             if (session.codec)
                 session.stream->setCodec(session.codec);
             return true;
         }
-        delete session.file;
-        session.file = nullptr;
         const bool nameIsTaken = QFile::exists(path);
         makeName();
         // Where a free name cannot be created, a name with another number cannot be either.

@@ -113,8 +113,10 @@ template <typename T, typename Format, typename Stream>
 bool Value<T, Format, Stream>::SetCommandString(const QString& command, IObserver* cause)
 {
     const QString prefix = this->GetName() + QLatin1Char('=');
+    if (!command.startsWith(prefix))
+        return false;
     T value{};
-    if (!command.startsWith(prefix) || !Stream::FromStream(command.mid(prefix.size()), value))
+    if (!Stream::FromStream(command.mid(prefix.size()), value))
         return false;
     SetValue(value, cause);
     return true;

@@ -255,6 +255,14 @@ private Q_SLOTS:
         QCOMPARE(last(), QStringLiteral("[wi|wide|  wide|\u20ac|\u20ac  ]"));
     }
 
+    void aNulBehindAPercentSignIsNoPlaceholder()
+    {
+        TraceRecorder recorder;
+        const QString format = QStringLiteral("a%") + QChar(0) + QStringLiteral("d");
+        _Q_TraceOld(format, 1);
+        QCOMPARE(recorder.Messages().last(), format);
+    }
+
     void aPrecisionWithoutANumberIsZero()
     {
         TraceRecorder recorder;

@@ -514,6 +514,15 @@ private Q_SLOTS:
         QCOMPARE(value.GetStringValue(), QStringLiteral("content"));
     }
 
+    void ofSeveralCommandsOneThatIsTakenIsEnough()
+    {
+        OwnKind value;
+        value.SetName(QStringLiteral("own"), nullptr);
+        QVERIFY(value.SetCommandString(
+            QStringList{QStringLiteral("own=content"), QStringLiteral("other=2")}, nullptr));
+        QCOMPARE(value.GetStringValue(), QStringLiteral("content"));
+    }
+
     void aKindThatDoesNotAnnounceItsDeletionLeavesTheTreeAllTheSame()
     {
         HostTree tree;

@@ -8,6 +8,7 @@
 #include "support/privatemember.h"
 
 #include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -747,6 +748,46 @@ private Q_SLOTS:
         attacher.handler.SetSymbol_ValuePath(MorseValues::path("Symbol"));
         symbol->SetValue(0, nullptr);
         QCOMPARE(attacher.handler.GetCurrentMorseSymbolString(), QStringLiteral("."));
+    }
+
+    void aValueThatIsNotAvailableWhenItIsAttachedCounts()
+    {
+        MorseFixture host;
+        host.available->SetValue(false, nullptr);
+        host.handler.SetMorseAvailable_ValuePath(MorseValues::path("Available"));
+        host.handler.StartNewMorseSession();
+        host.send(".");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QString());
+        host.available->SetValue(true, nullptr);
+        host.send("-");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral("."));
+    }
+
+    void aFlagInTwoRolesIsStillHeardOfWhenItLeavesTheFirst()
+    {
+        MorseFixture host;
+        host.handler.SetMorseSaveToFile_ValuePath(MorseValues::path("Available"));
+        host.handler.StartNewMorseSession();
+        host.handler.SetMorseAvailable_ValuePath(MorseValues::path("SaveDocument"));
+        host.handler.SetMorseAvailable(true);
+        QTemporaryDir dir;
+        host.handler.SetSaveDirectoryPath(dir.path(), QString(), QString(), QString());
+        host.available->HasChanged(eCHANGE_CONTENT, nullptr);
+        host.send(".c");
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files).size(), 2);
+        host.available->SetValue(false, nullptr);
+        host.available->HasChanged(eCHANGE_FORCED, nullptr);
+        host.send("-c");
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files).size(), 2);
+    }
+
+    void aForcedStrangerIsNotTraced()
+    {
+        MorseFixture host;
+        TraceRecorder traces;
+        IntegerValue stranger;
+        host.handler.Update(&stranger, eCHANGE_FORCED);
+        QCOMPARE(traces.Messages(), QStringList());
     }
 
     void theTimeStringCanBePartOfAFileName()
