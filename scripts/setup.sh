@@ -20,6 +20,7 @@ packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-d
     lintian
     clang libclang-rt-14-dev llvm
     python3-clang-14
+    gcovr
 )
 
 missing=()

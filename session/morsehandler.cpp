@@ -57,7 +57,10 @@ QString withTrailingBackslash(const QString& directory)
 // Host values are compared by the part that notifies.
 bool isSame(const Observable* source, const ValueBase* value)
 {
-    return value && static_cast<const Observable*>(value) == source;
+    if (!value)
+        return false;
+    const Observable& notifier = *value;
+    return &notifier == source;
 }
 
 } // namespace
@@ -88,13 +91,12 @@ MorseHandler::~MorseHandler()
                 value->DeleteObserver(this);
             value = nullptr;
         });
-        m_pMorseAlphabet = nullptr;
-        delete m_pTranslator;
     } catch (...) {
         // The message names another class; log filters know it as it is.
         traceMessage(QStringLiteral("Exception caught in MorseTranslator::~MorseHandler"),
                      SOURCE_FILE, 149);
     }
+    delete m_pTranslator;
     delete m_pDateTime;
     delete m_pResultDataHandler;
 }
@@ -243,8 +245,7 @@ void MorseHandler::SetSaveDirectoryPath(const QString& directory, const QString&
     lookUpAgain(m_pTextFileName, m_textFileNamePath);
     lookUpAgain(m_pCodeFileName, m_codeFileNamePath);
     lookUpAgain(m_pXmlFileName, m_xmlFileNamePath);
-    if (m_pResultDataHandler)
-        m_pResultDataHandler->SetWorkDir(directory);
+    m_pResultDataHandler->SetWorkDir(directory);
 }
 
 void MorseHandler::SetIpcIdentifier(const QString& id)
@@ -303,8 +304,7 @@ void MorseHandler::contentChanged(const Observable* source)
         if (!m_bSaveToFile)
             CloseAllFiles();
     } else if (isSame(source, m_pFrequency) || isSame(source, m_pModtype)) {
-        if (m_pResultDataHandler)
-            m_pResultDataHandler->SetFrequency(m_pFrequency ? m_pFrequency->GetValue() : 0.0);
+        m_pResultDataHandler->SetFrequency(m_pFrequency ? m_pFrequency->GetValue() : 0.0);
         restartFilesIfSaving();
     } else if (isSame(source, m_pDecResult)) {
         restartFilesIfSaving();
@@ -320,8 +320,7 @@ void MorseHandler::evaluationForced(const Observable* source)
     if (isSame(source, m_pMorseSaveToFile)) {
         restartFilesIfSaving();
     } else if (isSame(source, m_pMorseXmlSaveToFile)) {
-        if (m_pResultDataHandler)
-            m_pResultDataHandler->SaveFile();
+        m_pResultDataHandler->SaveFile();
     } else if (isSame(source, m_pSymbol)) {
         traceMessage(QStringLiteral("new line in morsehandler receive"), SOURCE_FILE, 526);
     }
@@ -379,22 +378,19 @@ void MorseHandler::SetMorseAvailable(bool available)
 
 void MorseHandler::SetBaudrate(double baudrate)
 {
-    if (m_pResultDataHandler)
-        m_pResultDataHandler->SetBaudrate(baudrate);
+    m_pResultDataHandler->SetBaudrate(baudrate);
 }
 
 void MorseHandler::SetFrequencyOffset(double offset_Hz)
 {
-    if (m_pResultDataHandler)
-        m_pResultDataHandler->SetFrequencyOffset(offset_Hz);
+    m_pResultDataHandler->SetFrequencyOffset(offset_Hz);
 }
 
 void MorseHandler::SetTimestamp(const unsigned long long& timestamp)
 {
     m_nPreviousTimestamp = m_nCurrentTimestamp;
     m_nCurrentTimestamp = timestamp;
-    if (m_pResultDataHandler)
-        m_pResultDataHandler->SetTimestamp(timestamp);
+    m_pResultDataHandler->SetTimestamp(timestamp);
 }
 
 // Symbols.
@@ -441,8 +437,7 @@ void MorseHandler::processOldestSymbol()
     } else {
         AddToSymbolBuffer(s);
         m_strCurrentSymbols += s;
-        if (m_bSaveToFile)
-            SaveCodeAndText(s, QString());
+        SaveCodeAndText(s, QString());
     }
     m_symbolList.pop_front();
 }
@@ -458,8 +453,7 @@ void MorseHandler::ProcessNewChar(const QString& s)
         appendToResult(text);
     publishText(text);
     const QString marks = std::exchange(m_strErrorMarks, QString());
-    if (m_bSaveToFile)
-        SaveCodeAndText(marks + QLatin1Char(' '), text + marks);
+    SaveCodeAndText(marks + QLatin1Char(' '), text + marks);
     m_strCurrentSymbols.clear();
 }
 
@@ -470,8 +464,7 @@ void MorseHandler::ProcessNewWord(const QString& s)
     appendToResult(text);
     publishText(text);
     const QString marks = std::exchange(m_strErrorMarks, QString());
-    if (m_bSaveToFile)
-        SaveCodeAndText(marks, text + marks);
+    SaveCodeAndText(marks, text + marks);
     m_strCurrentSymbols.clear();
 }
 
@@ -490,8 +483,7 @@ void MorseHandler::ProcessNewLine(const QString& s)
         QStringLiteral("[Start Time:  ") + m_pDateTime->toString() + QLatin1Char(']');
     const QString block = LINE_END + stop + LINE_END + start + LINE_END;
     const QString marks = std::exchange(m_strErrorMarks, QString());
-    if (m_bSaveToFile)
-        SaveCodeAndText(marks, block);
+    SaveCodeAndText(marks, block);
     m_strCurrentSymbols.clear();
     m_bDigitMode = false;
 }
@@ -510,8 +502,7 @@ void MorseHandler::publishText(const QString& text)
 
 void MorseHandler::appendToResult(const QString& text)
 {
-    if (m_pResultDataHandler)
-        m_pResultDataHandler->AppendText(text);
+    m_pResultDataHandler->AppendText(text);
 }
 
 void MorseHandler::AddToSymbolBuffer(const QString& s)
@@ -586,9 +577,7 @@ void MorseHandler::GetXmlTunerDemodulatorSettings()
 
 void MorseHandler::ProcessUpdateTunerDemodulatorSettings()
 {
-    if (m_pXmlTunerDemodulatorSettings && m_pResultDataHandler)
-        m_pResultDataHandler->SetTunerDemodulatorSettings(
-            m_pXmlTunerDemodulatorSettings->GetValue());
+    m_pResultDataHandler->SetTunerDemodulatorSettings(m_pXmlTunerDemodulatorSettings->GetValue());
 }
 
 // Session files.
@@ -679,16 +668,15 @@ QString MorseHandler::newFileName(const QString& nameEnd, const char* operation)
     const sessionfile::Name name = sessionfile::freeName(
         m_strSaveDirectory, stamp, QStringLiteral("_MO__") + frequency + nameEnd,
         sessionfile::fileExists);
-    if (name.counterWrapped && isTraceWanted())
-        _Q_TraceOld(QStringLiteral("Error in ") + QLatin1String(operation) +
-                        QStringLiteral(": file name already exists: %s"),
-                    name.path.toUtf8().constData());
+    sessionfile::traceWrapped(name, operation);
     return name.path;
 }
 
 void MorseHandler::OpenMorseCode()
 {
-    if (m_pCodeFile || !sessionfile::open(codeFile(), [this] { CreateCodeFilename(); }))
+    if (m_pCodeFile)
+        return;
+    if (!sessionfile::open(codeFile(), [this] { CreateCodeFilename(); }))
         return;
     if (TextValue* const name = lookUpAgain(m_pCodeFileName, m_codeFileNamePath))
         name->SetValue(QString(m_strCodeFileName), nullptr);
@@ -696,7 +684,9 @@ void MorseHandler::OpenMorseCode()
 
 void MorseHandler::OpenMorseText()
 {
-    if (m_pTextFile || !sessionfile::open(textFile(), [this] { CreateTextFilename(); }))
+    if (m_pTextFile)
+        return;
+    if (!sessionfile::open(textFile(), [this] { CreateTextFilename(); }))
         return;
     if (TextValue* const name = lookUpAgain(m_pTextFileName, m_textFileNamePath))
         name->SetValue(QString(m_strTextFileName), nullptr);

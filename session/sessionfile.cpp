@@ -96,7 +96,7 @@ void closeFile(SessionFile session)
     std::unique_ptr<QFile> file(std::exchange(session.file, nullptr));
     std::unique_ptr<QTextStream> stream(std::exchange(session.stream, nullptr));
     session.unfinished.retry();
-    if (file && stream && !isWhole(*file, *stream, session.backlog))
+    if (file && !isWhole(*file, *stream, session.backlog))
         session.unfinished.keep(std::move(file), std::move(stream), session.backlog);
     session.backlog.clear();
 }
@@ -118,6 +118,14 @@ Name freeName(const QString& directory, const QString& stamp, const QString& suf
         number = static_cast<qint32>(static_cast<quint32>(number) + 1U);
     }
     return {path, number < 0};
+}
+
+void traceWrapped(const Name& name, const char* operation)
+{
+    if (name.counterWrapped && isTraceWanted())
+        _Q_TraceOld(QStringLiteral("Error in ") + QLatin1String(operation) +
+                        QStringLiteral(": file name already exists: %s"),
+                    name.path.toUtf8().constData());
 }
 
 bool fileExists(const QString& path)
@@ -142,7 +150,9 @@ QString frequencyText(double frequency_Hz)
 
 bool needsNewName(const SessionFile& session)
 {
-    return session.name.isEmpty() || QFileInfo(localPath(session.name)).size() >= MAX_SIZE_BYTES;
+    if (session.name.isEmpty())
+        return true;
+    return QFileInfo(localPath(session.name)).size() >= MAX_SIZE_BYTES;
 }
 
 void begin(SessionFile session)
@@ -155,19 +165,16 @@ bool open(SessionFile session, const std::function<void()>& makeName)
 {
     if (session.file)
         return true;
-    delete session.stream;
-    session.stream = nullptr;
     for (int attempt = 0; attempt < OPEN_ATTEMPTS; ++attempt) {
         const QString path = localPath(session.name);
-        session.file = new QFile(path);
-        if (session.file->open(QIODevice::WriteOnly | QIODevice::Text)) {
+        auto file = std::make_unique<QFile>(path);
+        if (file->open(QIODevice::WriteOnly | QIODevice::Text)) {
+            session.file = file.release();
             session.stream = new QTextStream(session.file);
             if (session.codec)
                 session.stream->setCodec(session.codec);
             return true;
         }
-        delete session.file;
-        session.file = nullptr;
         const bool nameIsTaken = QFile::exists(path);
         makeName();
         // Where a free name cannot be created, a name with another number cannot be either.

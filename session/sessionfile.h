@@ -37,9 +37,9 @@ private:
 /// belongs to the session handler; this is a view of it.
 struct SessionFile
 {
-    QString& name; ///< full path, empty when none
-    QFile*& file;  ///< null when closed
-    QTextStream*& stream;
+    QString& name;        ///< full path, empty when none
+    QFile*& file;         ///< null when closed
+    QTextStream*& stream; ///< null when closed
     unsigned int& column; ///< characters since the last line break
     QString& backlog;     ///< what could not be written yet
     UnfinishedFiles& unfinished;
@@ -65,6 +65,8 @@ struct Name
 /// where the search goes on after 1.
 Name freeName(const QString& directory, const QString& stamp, const QString& suffix,
               const std::function<bool(const QString& path)>& exists, qint32 firstNumber = 2);
+/// Says so when the counter wrapped, in the name of the operation that wanted the name.
+void traceWrapped(const Name& name, const char* operation);
 bool fileExists(const QString& path);
 
 /// The receive frequency as part of a name: "7_025MHz".

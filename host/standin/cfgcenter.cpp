@@ -22,15 +22,19 @@ class Configuration : public ICfg
 public:
     QString GetString(const QString& group, const QString& key) override
     {
+        const Key wanted(group, key);
         const std::lock_guard<std::mutex> lock(m_mutex);
-        const auto direct = m_direct.constFind({group, key});
-        return direct != m_direct.constEnd() ? direct.value() : m_fromFile.value({group, key});
+        const auto direct = m_direct.constFind(wanted);
+        return direct != m_direct.constEnd() ? direct.value() : m_fromFile.value(wanted);
     }
 
     bool Load(const QString& path)
     {
         const QString local = localPath(path);
-        if (local.isEmpty() || !QFile(local).open(QIODevice::ReadOnly))
+        if (local.isEmpty())
+            return false;
+        QFile readable(local); // settings do not tell a missing file from an empty one
+        if (!readable.open(QIODevice::ReadOnly))
             return false;
         QSettings file(local, QSettings::IniFormat);
         file.setIniCodec("UTF-8");

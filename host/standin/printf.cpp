@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
 #include <cwchar>
 
 namespace {
@@ -59,9 +60,7 @@ private:
         if (m_position >= m_format.size())
             return false;
         const ushort unit = m_format.at(m_position).unicode();
-        return unit != 0 && unit < 0x80 &&
-               QByteArray::fromRawData(characters, static_cast<int>(qstrlen(characters)))
-                   .contains(static_cast<char>(unit));
+        return unit != 0 && unit < 0x80 && std::strchr(characters, unit);
     }
 
     char Take() { return m_format.at(m_position++).toLatin1(); }

@@ -151,9 +151,9 @@ public:
     {
         const bool hasFolder =
             fileName.contains(QLatin1Char('/')) || fileName.contains(QLatin1Char('\\'));
-        return fileName.isEmpty() || hasFolder || workDir.isEmpty()
-                   ? fileName
-                   : workDir + QLatin1Char('/') + fileName;
+        if (fileName.isEmpty() || hasFolder || workDir.isEmpty())
+            return fileName;
+        return workDir + QLatin1Char('/') + fileName;
     }
 
     /// Notes what a save to `path` has to write.
@@ -181,7 +181,9 @@ public:
             if (item.isOwed)
                 owed.push_back(item.content);
         }
-        if (path.isEmpty() || owed.empty() || !addToFile(localPath(path), owed))
+        if (path.isEmpty() || owed.empty())
+            return;
+        if (!addToFile(localPath(path), owed))
             return;
         for (Held& item : held) {
             if (!item.isOwed)

@@ -173,8 +173,9 @@ qint64 positionToAddAt(QFile& file)
     const QString encoding = xml.documentEncoding().toString();
     if (!encoding.isEmpty() && encoding.compare(QLatin1String("UTF-8"), Qt::CaseInsensitive) != 0)
         return -1;
-    if (!xml.readNextStartElement() || xml.name() != QLatin1String("TavikResultData") ||
-        xml.attributes().value(QLatin1String(VERSION_ATTRIBUTE)) != QLatin1String(VERSION))
+    if (!xml.readNextStartElement() || xml.name() != QLatin1String("TavikResultData"))
+        return -1;
+    if (xml.attributes().value(QLatin1String(VERSION_ATTRIBUTE)) != QLatin1String(VERSION))
         return -1;
     while (!xml.atEnd())
         xml.readNext();
@@ -184,11 +185,11 @@ qint64 positionToAddAt(QFile& file)
     constexpr int TAG_BYTES = sizeof END_OF_DOCUMENT - 1;
     constexpr int TAIL_BYTES = 64;
     const qint64 tailBegin = std::max<qint64>(0, file.size() - TAIL_BYTES);
-    if (!file.seek(tailBegin))
-        return -1;
-    const QByteArray tail = file.read(TAIL_BYTES);
+    const QByteArray tail = file.seek(tailBegin) ? file.read(TAIL_BYTES) : QByteArray();
     const int tag = tail.lastIndexOf(END_OF_DOCUMENT);
-    if (tag < 0 || !tail.mid(tag + TAG_BYTES).trimmed().isEmpty())
+    if (tag < 0)
+        return -1;
+    if (!tail.mid(tag + TAG_BYTES).trimmed().isEmpty())
         return -1;
     int end = tag; // the white space before it is written anew
     while (end > 0 && std::isspace(static_cast<unsigned char>(tail.at(end - 1))))
@@ -198,15 +199,13 @@ qint64 positionToAddAt(QFile& file)
 
 bool copyBytes(QFile& from, QIODevice& to, qint64 count)
 {
-    if (!from.seek(0))
-        return false;
-    while (count > 0) {
+    bool isWhole = from.seek(0);
+    while (isWhole && count > 0) {
         const QByteArray piece = from.read(std::min(count, COPY_BYTES));
-        if (piece.isEmpty() || to.write(piece) != piece.size())
-            return false;
+        isWhole = !piece.isEmpty() && to.write(piece) == piece.size();
         count -= piece.size();
     }
-    return true;
+    return isWhole;
 }
 
 bool isNameTaken(const QString& path)
@@ -219,7 +218,9 @@ bool isNameTaken(const QString& path)
 QString nextFreeName(const QString& path)
 {
     const QFileInfo info(path);
-    const QString suffix = info.suffix().isEmpty() ? QString() : QLatin1Char('.') + info.suffix();
+    QString suffix = info.suffix();
+    if (!suffix.isEmpty())
+        suffix.prepend(QLatin1Char('.'));
     const QString stem = path.left(path.size() - suffix.size());
     for (int i = 2; i <= MOST_NAMES; ++i) {
         QString candidate = stem + QLatin1Char('_') + QString::number(i) + suffix;

@@ -51,10 +51,9 @@ HostTree::~HostTree()
             delete value;
     }
     HostTree** link = &s_newest;
-    while (*link && *link != this)
+    while (*link != this)
         link = &(*link)->m_older;
-    if (*link)
-        *link = m_older;
+    *link = m_older;
 }
 
 ValueBase* HostTree::Find(const QString& path)

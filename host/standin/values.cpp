@@ -31,21 +31,24 @@ ValueType typeOf(double)
     return eTYPE_REAL;
 }
 
-QString nameOf(ValueType type)
+QString typeNameOf(const QString&)
 {
-    switch (type) {
-    case eTYPE_TEXT:
-        return QStringLiteral("text");
-    case eTYPE_FLAG:
-        return QStringLiteral("flag");
-    case eTYPE_INTEGER:
-        return QStringLiteral("integer");
-    case eTYPE_REAL:
-        return QStringLiteral("real");
-    case eTYPE_SELECTION:
-        break;
-    }
-    return QStringLiteral("selection");
+    return QStringLiteral("text");
+}
+
+QString typeNameOf(bool)
+{
+    return QStringLiteral("flag");
+}
+
+QString typeNameOf(int)
+{
+    return QStringLiteral("integer");
+}
+
+QString typeNameOf(double)
+{
+    return QStringLiteral("real");
 }
 
 template <typename T>
@@ -110,8 +113,10 @@ template <typename T, typename Format, typename Stream>
 bool Value<T, Format, Stream>::SetCommandString(const QString& command, IObserver* cause)
 {
     const QString prefix = this->GetName() + QLatin1Char('=');
+    if (!command.startsWith(prefix))
+        return false;
     T value{};
-    if (!command.startsWith(prefix) || !Stream::FromStream(command.mid(prefix.size()), value))
+    if (!Stream::FromStream(command.mid(prefix.size()), value))
         return false;
     SetValue(value, cause);
     return true;
@@ -126,7 +131,7 @@ ValueType Value<T, Format, Stream>::GetType()
 template <typename T, typename Format, typename Stream>
 QString Value<T, Format, Stream>::GetTypeName()
 {
-    return nameOf(GetType());
+    return typeNameOf(m_value);
 }
 
 template <typename T, typename Format, typename Stream>

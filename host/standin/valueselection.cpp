@@ -64,7 +64,9 @@ QString ValueSelection::GetCommandStringForTransmission()
 bool ValueSelection::SetCommandString(const QString& command, IObserver* cause)
 {
     const QString prefix = GetName() + QLatin1Char('=');
-    return command.startsWith(prefix) && Select(command.mid(prefix.size()), cause);
+    if (!command.startsWith(prefix))
+        return false;
+    return Select(command.mid(prefix.size()), cause);
 }
 
 ValueType ValueSelection::GetType()
@@ -163,7 +165,9 @@ bool ValueSelection::Select(double value, IObserver* cause, bool nearest)
 
 bool ValueSelection::Select(const wchar_t* name, IObserver* cause)
 {
-    return name && Select(QString::fromWCharArray(name), cause);
+    if (!name)
+        return false;
+    return Select(QString::fromWCharArray(name), cause);
 }
 
 bool ValueSelection::Select(const QString& name, IObserver* cause)

@@ -16,10 +16,11 @@ public:
 
     bool IsHeld(TChangeCode code) const { return m_held.count(code) != 0; }
     void Hold(TChangeCode code) { ++m_held[code]; }
+    /// Of a code that is held.
     void Release(TChangeCode code)
     {
         const auto held = m_held.find(code);
-        if (held != m_held.end() && --held->second == 0)
+        if (--held->second == 0)
             m_held.erase(held);
     }
 

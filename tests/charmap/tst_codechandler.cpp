@@ -324,6 +324,17 @@ private Q_SLOTS:
         QVERIFY(!handler.AvailableAlphabets().contains(name.section(" - ", 0, 0)));
     }
 
+    void theCodecFileThatIsNoFileIsNotLoaded()
+    {
+        QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkdir("ITA2.codec"));
+        CodecHandler handler;
+        handler.SetAlphabetsDir(dir.path());
+        handler.SetDecoder("Teletype");
+        QVERIFY(!handler.SetAlphabet("ITA2 - ITA2"));
+        QCOMPARE(handler.Translate("A"), "A");
+    }
+
     void aDecoderOfBothNeverLooksForACodecFile()
     {
         QTemporaryDir dir;

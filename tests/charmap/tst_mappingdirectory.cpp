@@ -7,6 +7,7 @@
 #include "host/standin/tracelog.h"
 #include "support/decodermodules.h"
 #include "support/intendedleak.h"
+#include "support/outofmemory.h"
 #include "support/privatemember.h"
 #include "support/random.h"
 #include "support/writefile.h"
@@ -40,6 +41,20 @@ struct OutputFile
     friend Type memberOf(OutputFile);
 };
 template struct PrivateMember<OutputFile, &MappingDirectory::m_outputFile>;
+
+struct FilenameCreation
+{
+    using Type = void (MappingDirectory::*)();
+    friend Type memberOf(FilenameCreation);
+};
+template struct PrivateMember<FilenameCreation, &MappingDirectory::CreateFilename>;
+
+struct SavingStart
+{
+    using Type = void (MappingDirectory::*)();
+    friend Type memberOf(SavingStart);
+};
+template struct PrivateMember<SavingStart, &MappingDirectory::InitSaveToFile>;
 
 namespace {
 
@@ -737,6 +752,25 @@ private Q_SLOTS:
         decoder->HasChanged(eCHANGE_CONTENT, nullptr);
     }
 
+    void aDirectoryThatMemoryFailsWhileItEndsTracesIt()
+    {
+        HostTree tree;
+        auto* const input = tree.Add<TextValue>("d/input");
+        TraceRecorder traces;
+        auto directory = std::make_unique<MappingDirectory>(maps());
+        QVERIFY(directory->SetDataInput_ValuePath("d/input", nullptr));
+        {
+            const OutOfMemory outOfMemory;
+            directory.reset(); // leaving a value takes memory
+            QVERIFY(OutOfMemory::HasHappened());
+        }
+        QCOMPARE(traces.Messages(),
+                 QStringList{"Exception catched in MorseTranslator::~MorseHandler"});
+        QCOMPARE(traces.Traces().at(0).sourceFile, "tools\\morsehandler\\mappingdirectory");
+        QCOMPARE(traces.Traces().at(0).line, 126);
+        input->SetValue("x", nullptr); // nobody is left to be told
+    }
+
     void aDeletedValueIsForgottenInEveryRole()
     {
         Scene scene(maps(), "Packet", "Greek - ASCII");
@@ -949,6 +983,19 @@ private Q_SLOTS:
         QVERIFY(QRegExp("\\d{4}_\\d\\d_\\d\\d__\\d\\d_\\d\\d_\\d\\d").exactMatch(text));
         const QString format = "yyyy_MM_dd__hh_mm_ss";
         QVERIFY(before.toString(format) <= text && text <= after.toString(format));
+    }
+
+    void theOperationsThatAreKeptEmptyDoNothing()
+    {
+        Scene scene(maps(), "Packet", "Greek - ASCII");
+        const QStringList before = QDir(m_dir.path()).entryList();
+        (scene.directory.*memberOf(FilenameCreation()))();
+        (scene.directory.*memberOf(SavingStart()))();
+        QVERIFY(!(scene.directory.*memberOf(OutputFile())).isOpen());
+        QCOMPARE((scene.directory.*memberOf(OutputFile())).fileName(), QString());
+        QCOMPARE(QDir(m_dir.path()).entryList(), before);
+        scene.input->SetValue("A", nullptr);
+        QCOMPARE(scene.output->GetValue(), QStringLiteral("\u0391"));
     }
 
     void theOutputFileIsClosed_data()

@@ -7,6 +7,7 @@
 #include <QtTest>
 
 #include <atomic>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -119,6 +120,32 @@ private Q_SLOTS:
         for (std::thread& thread : threads)
             thread.join();
         QCOMPARE(bad.load(), 0);
+    }
+
+    void aFileWithABrokenLineChangesNothing()
+    {
+        QVERIFY(setConfigurationFile(write("a=1\n")));
+        QVERIFY(!setConfigurationFile(write("a=2\n[Display\nColumns=80\n")));
+        QCOMPARE(read("", "a"), QStringLiteral("1"));
+    }
+
+    void aConfigurationEndsThroughItsInterface()
+    {
+        struct Own : ICfg
+        {
+            explicit Own(bool* ended)
+                : isEnded(ended)
+            {
+            }
+            ~Own() override { *isEnded = true; }
+            QString GetString(const QString&, const QString& key) override { return key; }
+            bool* isEnded;
+        };
+        bool isEnded = false;
+        std::unique_ptr<ICfg> configuration = std::make_unique<Own>(&isEnded);
+        QCOMPARE(configuration->GetString(QString(), QStringLiteral("a")), QStringLiteral("a"));
+        configuration.reset();
+        QVERIFY(isEnded);
     }
 
 private:

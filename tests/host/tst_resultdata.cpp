@@ -17,7 +17,9 @@
 #include <memory>
 #include <thread>
 
+#include <fcntl.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 using namespace TavikResultDataXml;
 
@@ -105,6 +107,27 @@ public:
 private:
     rlimit m_before{};
     void (*m_signalBefore)(int);
+};
+
+/// While it lives this process can open one more file, and no second one beside it.
+class FewDescriptors
+{
+public:
+    FewDescriptors()
+    {
+        getrlimit(RLIMIT_NOFILE, &m_before);
+        rlimit limit = m_before;
+        const int next = open("/dev/null", O_RDONLY);
+        close(next);
+        limit.rlim_cur = static_cast<rlim_t>(next) + 1;
+        setrlimit(RLIMIT_NOFILE, &limit);
+    }
+    ~FewDescriptors() { setrlimit(RLIMIT_NOFILE, &m_before); }
+    FewDescriptors(const FewDescriptors&) = delete;
+    FewDescriptors& operator=(const FewDescriptors&) = delete;
+
+private:
+    rlimit m_before{};
 };
 
 } // namespace
@@ -756,13 +779,6 @@ private Q_SLOTS:
         }
     }
 
-private:
-    QString path(const char* name) const { return m_dir->filePath(QLatin1String(name)); }
-
-    QStringList files() const { return QDir(m_dir->path()).entryList(QDir::Files, QDir::Name); }
-
-    std::unique_ptr<QTemporaryDir> m_dir;
-
     void aHostThatKeepsNoDocumentsWritesNone()
     {
         QTemporaryDir dir;
@@ -779,6 +795,133 @@ private:
         QCOMPARE(saved.transmissions[0].blocks[0].frames.size(), std::size_t(1));
         QCOMPARE(saved.transmissions[0].blocks[0].frames[0].text, QStringLiteral("kept"));
     }
+
+    void onlyABareNameCountsFromTheWorkDirectory()
+    {
+        const QString before = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(m_dir->path()));
+        TavikResultData document;
+        addTransmission(document, QStringLiteral("x"));
+        const bool isSavedWithoutOne = document.SaveFile(QStringLiteral("r.xml"));
+        document.SetWorkDir(path("elsewhere"));
+        const bool isPathSaved = document.SaveFile(QStringLiteral("r\\r.xml"));
+        QVERIFY(QDir::setCurrent(before));
+        QVERIFY(isSavedWithoutOne);
+        QVERIFY(isPathSaved);
+        QCOMPARE(files(), (QStringList{QStringLiteral("r.xml"), QStringLiteral("r\\r.xml")}));
+    }
+
+    void aFrameOfTheFirstSecondOfAllHasItsTime()
+    {
+        TavikResultData document;
+        auto* const transmission = new Transmission;
+        document.AddTransmission(transmission);
+        auto* const block = new DataBlock(-1, 0, 0);
+        transmission->AddDataBlock(block);
+        appendFrame(block, QStringLiteral("x"), 0);
+        appendFrame(block, QStringLiteral("y"), 7);
+        QVERIFY(document.SaveFile(path("r.xml")));
+        const ResultDocument read = readFile(path("r.xml"));
+        QCOMPARE(read.transmissions[0].blocks[0].frames[0].timestamp_us, 0ULL);
+        QCOMPARE(read.transmissions[0].blocks[0].frames[1].timestamp_us, 7ULL);
+    }
+
+    void halfAPairOfSurrogatesIsReplacedVisibly()
+    {
+        TavikResultData document;
+        addTransmission(document, QStringLiteral("a") + QChar(0xd83d) + QStringLiteral("b") +
+                                      QChar(0xde00) + QChar(0xd83d));
+        QVERIFY(document.SaveFile(path("r.xml")));
+        QCOMPARE(textsOf(path("r.xml")), QStringList{QStringLiteral("a\ufffdb\ufffd\ufffd")});
+    }
+
+    void aSaveWithoutANameLeavesWhatIsOwedItsName()
+    {
+        TavikResultData document;
+        addTransmission(document, QStringLiteral("x"));
+        QVERIFY(!document.SaveFile(path("missing/r.xml")));
+        QVERIFY(!document.SaveFile(QString()));
+        document.Reset();
+        QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("missing")));
+        QVERIFY(document.SaveFile(QString()));
+        QCOMPARE(textsOf(path("missing/r.xml")), QStringList{QStringLiteral("x")});
+    }
+
+    void transmissionsThatWaitForOneFileAreWrittenInTheirOrder()
+    {
+        TavikResultData document;
+        for (const char* text : {"first", "second"})
+            addTransmission(document, QLatin1String(text));
+        QVERIFY(!document.SaveFile(path("missing/r.xml")));
+        document.Reset();
+        QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("missing")));
+        QVERIFY(document.SaveFile(QString()));
+        QCOMPARE(textsOf(path("missing/r.xml")),
+                 (QStringList{QStringLiteral("first"), QStringLiteral("second")}));
+    }
+
+    void aLinkThatLeadsNowhereIsLeftAlone()
+    {
+        QVERIFY(QFile::link(path("nowhere"), path("r.xml")));
+        TavikResultData document;
+        addTransmission(document, QStringLiteral("x"));
+        QVERIFY(document.SaveFile(path("r.xml")));
+        QVERIFY(QFileInfo(path("r.xml")).isSymLink());
+        QVERIFY(!QFile::exists(path("nowhere")));
+        QCOMPARE(textsOf(path("r_2.xml")), QStringList{QStringLiteral("x")});
+    }
+
+    void whereTenThousandNamesAreTakenADocumentWaits()
+    {
+        writeBytes(path("x.xml"), "mine");
+        for (int i = 2; i <= 10000; ++i)
+            QVERIFY(
+                QFile::link(path("x.xml"), path(qPrintable(QStringLiteral("x_%1.xml").arg(i)))));
+        TavikResultData document;
+        addTransmission(document, QStringLiteral("x"));
+        QVERIFY(!document.SaveFile(path("x.xml")));
+        QCOMPARE(bytesOf(path("x.xml")), QByteArray("mine"));
+        QVERIFY(QFile::remove(path("x_77.xml")));
+        QVERIFY(document.SaveFile(path("x.xml")));
+        QCOMPARE(textsOf(path("x_77.xml")), QStringList{QStringLiteral("x")});
+    }
+
+    void whereOnlyTheLockCanBeOpenedADocumentWaits()
+    {
+        TavikResultData document;
+        addTransmission(document, QStringLiteral("x"));
+        {
+            const FewDescriptors onlyOne;
+            QVERIFY(!document.SaveFile(path("r.xml")));
+        }
+        QCOMPARE(files(), QStringList());
+        QVERIFY(document.SaveFile(path("r.xml")));
+        QCOMPARE(textsOf(path("r.xml")), QStringList{QStringLiteral("x")});
+    }
+
+    void aDocumentThatTheDiskCannotCopyStaysAsItIs()
+    {
+        TavikResultData document;
+        addTransmission(document, QString(100000, QLatin1Char('e')));
+        QVERIFY(document.SaveFile(path("r.xml")));
+        const QByteArray before = bytesOf(path("r.xml"));
+        document.Reset();
+        addTransmission(document, QStringLiteral("second"));
+        {
+            const FullDisk full(1000);
+            QVERIFY(!document.SaveFile(path("r.xml")));
+        }
+        QCOMPARE(bytesOf(path("r.xml")), before);
+        QVERIFY(document.SaveFile(path("r.xml")));
+        QCOMPARE(textsOf(path("r.xml")).size(), 2);
+    }
+
+private:
+    QString path(const char* name) const { return m_dir->filePath(QLatin1String(name)); }
+
+    QStringList files() const { return QDir(m_dir->path()).entryList(QDir::Files, QDir::Name); }
+
+    std::unique_ptr<QTemporaryDir> m_dir;
 };
 
 QTEST_APPLESS_MAIN(tst_ResultData)

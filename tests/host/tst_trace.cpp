@@ -8,6 +8,7 @@
 #include <atomic>
 #include <climits>
 #include <cstdio>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -224,6 +225,52 @@ private Q_SLOTS:
         isOver = true;
         tracer.join();
         QCOMPARE(late.load(), 0);
+    }
+
+    void anErrorHandlerEndsThroughItsInterface()
+    {
+        struct Own : ErrorHandler
+        {
+            explicit Own(bool* ended)
+                : isEnded(ended)
+            {
+            }
+            ~Own() override { *isEnded = true; }
+            unsigned int GetTraceMask() override { return 7; }
+            bool* isEnded;
+        };
+        bool isEnded = false;
+        std::unique_ptr<ErrorHandler> handler = std::make_unique<Own>(&isEnded);
+        QCOMPARE(handler->GetTraceMask(), 7U);
+        handler.reset();
+        QVERIFY(isEnded);
+    }
+
+    void wideTextIsCutAndFilledLikeAnyOther()
+    {
+        TraceRecorder recorder;
+        const auto last = [&] { return recorder.Messages().last(); };
+        _Q_TraceOld(QStringLiteral("[%.2ls|%.9ls|%6ls|%lc|%-3lc]"), L"wide", L"wide", L"wide",
+                    0x20ac, 0x20ac);
+        QCOMPARE(last(), QStringLiteral("[wi|wide|  wide|\u20ac|\u20ac  ]"));
+    }
+
+    void aNulBehindAPercentSignIsNoPlaceholder()
+    {
+        TraceRecorder recorder;
+        const QString format = QStringLiteral("a%") + QChar(0) + QStringLiteral("d");
+        _Q_TraceOld(format, 1);
+        QCOMPARE(recorder.Messages().last(), format);
+    }
+
+    void aPrecisionWithoutANumberIsZero()
+    {
+        TraceRecorder recorder;
+        const auto last = [&] { return recorder.Messages().last(); };
+        _Q_TraceOld(QStringLiteral("[%.d|%.d|%.f|%.s]"), 0, 7, 2.75, "text");
+        QCOMPARE(last(), QStringLiteral("[|7|3|]"));
+        _Q_TraceOld(QStringLiteral("[%.ls]"), L"text");
+        QCOMPARE(last(), QStringLiteral("[]"));
     }
 };
 

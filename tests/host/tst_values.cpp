@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/values.h"
+
+#include "host/standin/hosttree.h"
 #include "support/recordingobserver.h"
 
 #include <QtTest>
@@ -23,6 +25,54 @@ struct Observed
     RecordingObserver observer;
     std::unique_ptr<Kind> value = std::make_unique<Kind>();
 };
+
+/// A kind that a host adds: it has what every value has, and nothing of its own.
+class OwnKind : public ValueBase
+{
+public:
+    void SetStringValue(QString text, IObserver*) override { m_text = text; }
+    QString GetStringValue() override { return m_text; }
+    ValueType GetType() override { return eTYPE_TEXT; }
+    QString GetTypeName() override { return QStringLiteral("own"); }
+    bool Assign(const ValueBase&) override { return false; }
+    bool Compare(const ValueBase*) override { return false; }
+
+private:
+    QString m_text;
+};
+
+/// A value of each kind; the selection can be set to "1".
+ValueBase* newValue(int kind)
+{
+    switch (kind) {
+    case 0:
+        return new TextValue;
+    case 1:
+        return new FlagValue;
+    case 2:
+        return new IntegerValue;
+    case 3:
+        return new RealValue;
+    default:
+        auto* const selection = new ValueSelection;
+        selection->AddItem(QStringLiteral("1"), 1, 1, nullptr);
+        return selection;
+    }
+}
+
+/// The kinds with a content that each has when it is set.
+void kinds()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<QString>("content");
+    FlagValue on;
+    on.SetValue(true, nullptr);
+    QTest::newRow("text") << 0 << "some text";
+    QTest::newRow("flag") << 1 << on.GetStringValue();
+    QTest::newRow("integer") << 2 << "-12";
+    QTest::newRow("real") << 3 << "0.25";
+    QTest::newRow("selection") << 4 << "1";
+}
 
 } // namespace
 
@@ -403,6 +453,87 @@ private Q_SLOTS:
         QVERIFY(!dynamic_cast<INumeric*>(base));
     }
 
+    // Content from another value, and commands
+
+    void everyKindTakesOverTheContentOfItsOwnKindOnly_data() { kinds(); }
+
+    void everyKindTakesOverTheContentOfItsOwnKindOnly()
+    {
+        QFETCH(int, kind);
+        QFETCH(QString, content);
+        const std::unique_ptr<ValueBase> from(newValue(kind));
+        from->SetStringValue(content, nullptr);
+        for (int other = 0; other < 5; ++other) {
+            const std::unique_ptr<ValueBase> to(newValue(other));
+            const QString before = to->GetStringValue();
+            RecordingObserver observer;
+            to->AddObserver(&observer);
+            QVERIFY(!to->Compare(from.get()));
+            QVERIFY(!to->Compare(nullptr));
+            QCOMPARE(to->Assign(*from), other == kind);
+            QCOMPARE(to->Compare(from.get()), other == kind);
+            QCOMPARE(to->GetStringValue(), other == kind ? content : before);
+            QCOMPARE(observer.Codes().contains(eCHANGE_CONTENT), other == kind);
+            to->DeleteObserver(&observer);
+        }
+    }
+
+    void everyKindIsSetByACommandThatCarriesItsName_data() { kinds(); }
+
+    void everyKindIsSetByACommandThatCarriesItsName()
+    {
+        QFETCH(int, kind);
+        QFETCH(QString, content);
+        const std::unique_ptr<ValueBase> from(newValue(kind));
+        from->SetName(QStringLiteral("value"), nullptr);
+        from->SetStringValue(content, nullptr);
+        const QString command = from->GetCommandStringForTransmission();
+        QCOMPARE(command, QStringLiteral("value=") + content);
+
+        const std::unique_ptr<ValueBase> to(newValue(kind));
+        to->SetName(QStringLiteral("other"), nullptr);
+        QVERIFY(!to->SetCommandString(command, nullptr));
+        to->SetName(QStringLiteral("value"), nullptr);
+        const QString before = to->GetStringValue();
+        if (kind != 0) { // any text is a text
+            QVERIFY(!to->SetCommandString(QStringLiteral("value=what?"), nullptr));
+            QCOMPARE(to->GetStringValue(), before);
+        }
+        QVERIFY(to->SetCommandString(command, nullptr));
+        QCOMPARE(to->GetStringValue(), content);
+    }
+
+    void aKindOfTheHostsOwnIsSetByACommandToo()
+    {
+        OwnKind value;
+        value.SetName(QStringLiteral("own"), nullptr);
+        QVERIFY(value.SetCommandString(QStringLiteral("own=content"), nullptr));
+        QCOMPARE(value.GetCommandStringForRecording(), QStringLiteral("own=content"));
+        QVERIFY(!value.SetCommandString(QStringLiteral("other=2"), nullptr));
+        QVERIFY(!value.SetCommandString(QStringList{QStringLiteral("other=2")}, nullptr));
+        QCOMPARE(value.GetStringValue(), QStringLiteral("content"));
+    }
+
+    void ofSeveralCommandsOneThatIsTakenIsEnough()
+    {
+        OwnKind value;
+        value.SetName(QStringLiteral("own"), nullptr);
+        QVERIFY(value.SetCommandString(
+            QStringList{QStringLiteral("own=content"), QStringLiteral("other=2")}, nullptr));
+        QCOMPARE(value.GetStringValue(), QStringLiteral("content"));
+    }
+
+    void aKindThatDoesNotAnnounceItsDeletionLeavesTheTreeAllTheSame()
+    {
+        HostTree tree;
+        auto* const value = new OwnKind;
+        value->SetName(QStringLiteral("own"), nullptr);
+        QVERIFY(tree.Insert(QString(), value));
+        QCOMPARE(tree.Find(QStringLiteral("own")), value);
+        delete value;
+        QVERIFY(!tree.Find(QStringLiteral("own")));
+    }
+
     // Transactions
 
     void aTransactionAnnouncesEachOfItsCodesOnceAtItsEnd()
@@ -563,6 +694,22 @@ private Q_SLOTS:
                                   ValueSelection().GetTypeName()};
         QCOMPARE(names.size(), 5);
         QVERIFY(!names.contains(QString()));
+    }
+
+    void aTransactionWithoutAValueAnnouncesNothing()
+    {
+        RecordingObserver observer;
+        delete new ValueTransaction(nullptr, {eCHANGE_CONTENT}, &observer);
+        QCOMPARE(observer.Codes(), NOTHING);
+    }
+
+    void aRealNumberHasTransactionsToo()
+    {
+        Observed<RealValue> real;
+        const std::unique_ptr<ValueTransaction> transaction(
+            real.value->CreateTransaction({eCHANGE_CONTENT}, nullptr));
+        real.value->SetValue(1.5, nullptr);
+        QCOMPARE(real.observer.Codes(), NOTHING);
     }
 };
 

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/valueselection.h"
+
+#include "host/values.h"
 #include "support/recordingobserver.h"
 
 #include <QtTest>
@@ -357,6 +359,50 @@ private Q_SLOTS:
         QVERIFY(!m_selection->SetCommandString(QStringLiteral("CW"), nullptr));
         QVERIFY(m_selection->SetCommandString(QStringList{QStringLiteral("mode=USB")}, nullptr));
         QCOMPARE(m_selection->GetStringValue(), USB);
+    }
+
+    void aCopyDiffersAsSoonAsOneItemDoes_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<double>("value");
+        QTest::addColumn<int>("key");
+        QTest::addColumn<bool>("isSame");
+        QTest::newRow("the same") << CW << 0.5 << 30 << true;
+        QTest::newRow("another name") << USB << 0.5 << 30 << false;
+        QTest::newRow("another value") << CW << 0.75 << 30 << false;
+        QTest::newRow("another key") << CW << 0.5 << 31 << false;
+    }
+
+    void aCopyDiffersAsSoonAsOneItemDoes()
+    {
+        QFETCH(QString, name);
+        QFETCH(double, value);
+        QFETCH(int, key);
+        ValueSelection other;
+        other.AddItem(USB, 2.5, 10, nullptr);
+        other.AddItem(LSB, -2.5, 20, nullptr);
+        QVERIFY(!other.Compare(m_selection.get()));
+        other.AddItem(name, value, key, nullptr);
+        QTEST(other.Compare(m_selection.get()), "isSame");
+        QVERIFY(other.Select(10L, nullptr));
+        QVERIFY(!other.Compare(m_selection.get()));
+        QVERIFY(!m_selection->Compare(&other));
+    }
+
+    void contentOfAnotherKindIsNotTakenOver()
+    {
+        IntegerValue number;
+        number.SetValue(20, nullptr);
+        QVERIFY(!m_selection->Assign(number));
+        QVERIFY(!m_selection->Compare(&number));
+        QCOMPARE(m_selection->GetItemCount(), 3L);
+        QCOMPARE(m_observer->Codes(), NOTHING);
+    }
+
+    void aNullNameSelectsNothing()
+    {
+        QVERIFY(!m_selection->Select(static_cast<const wchar_t*>(nullptr), nullptr));
+        QVERIFY(!m_selection->GetCurrentItem());
     }
 
 private:

@@ -462,6 +462,20 @@ private Q_SLOTS:
         QCOMPARE(handler.resets, 1);
     }
 
+    void theDecoderMakesNoDifference()
+    {
+        QTemporaryDir dir;
+        write("Own.mal", "\nX\t.-\n", dir);
+        SimpleMorseHandler handler;
+        handler.SetAlphabetsDir(dir.path());
+        QVERIFY(handler.SetAlphabet("Own"));
+        const QStringList offered = handler.AvailableAlphabets();
+        handler.SetDecoder("Teletype");
+        QCOMPARE(handler.Alphabet(), "Own");
+        QCOMPARE(handler.AvailableAlphabets(), offered);
+        QVERIFY(handler.SetAlphabet("Own"));
+    }
+
 private:
     void load(SimpleMorseHandler& handler, const QString& alphabet)
     {

@@ -4,7 +4,11 @@
 
 #include "host/standin/tracelog.h"
 #include "support/morsefixture.h"
+#include "support/outofmemory.h"
+#include "support/privatemember.h"
 
+#include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -12,6 +16,13 @@
 #include <limits>
 #include <memory>
 #include <optional>
+
+struct TimeString
+{
+    using Type = QString (MorseHandler::*)();
+    friend Type memberOf(TimeString);
+};
+template struct PrivateMember<TimeString, &MorseHandler::CreateTimeString>;
 
 namespace {
 
@@ -753,6 +764,99 @@ private Q_SLOTS:
             QVERIFY(value->AddObserver(former));
             value->DeleteObserver(former);
         }
+    }
+
+    void aHandlerThatMemoryFailsWhileItEndsTracesIt()
+    {
+        MorseValues values;
+        TraceRecorder traces;
+        auto handler = std::make_unique<MorseHandler>();
+        handler->SetSymbol_ValuePath(MorseValues::path("Symbol"));
+        {
+            const OutOfMemory outOfMemory;
+            handler.reset(); // leaving a value takes memory
+            QVERIFY(OutOfMemory::HasHappened());
+        }
+        QCOMPARE(traces.Messages(),
+                 QStringList{"Exception caught in MorseTranslator::~MorseHandler"});
+        QCOMPARE(traces.Traces().at(0).sourceFile,
+                 QStringLiteral("tools\\morsehandler\\morsehandler"));
+        QCOMPARE(traces.Traces().at(0).line, 149);
+        values.symbol->SetValue(1, nullptr); // nobody is left to be told
+    }
+
+    void aValueThatAnnouncesItsDeletionIsNotTaken()
+    {
+        struct Attacher : IObserver
+        {
+            void Update(Observable*, TChangeCode code) override
+            {
+                if (code == eCHANGE_DELETED)
+                    handler.SetSymbol_ValuePath(MorseValues::path("Symbol"));
+            }
+            MorseHandler handler;
+        } attacher;
+        MorseValues values;
+        attacher.handler.SetMorseAvailable(true);
+        values.symbol->AddObserver(&attacher);
+        delete values.symbol;
+        auto* const symbol = values.tree.Add<IntegerValue>(MorseValues::path("Symbol"));
+        symbol->SetValue(1, nullptr);
+        QCOMPARE(attacher.handler.GetCurrentMorseSymbolString(), QString());
+        attacher.handler.SetSymbol_ValuePath(MorseValues::path("Symbol"));
+        symbol->SetValue(0, nullptr);
+        QCOMPARE(attacher.handler.GetCurrentMorseSymbolString(), QStringLiteral("."));
+    }
+
+    void aValueThatIsNotAvailableWhenItIsAttachedCounts()
+    {
+        MorseFixture host;
+        host.available->SetValue(false, nullptr);
+        host.handler.SetMorseAvailable_ValuePath(MorseValues::path("Available"));
+        host.handler.StartNewMorseSession();
+        host.send(".");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QString());
+        host.available->SetValue(true, nullptr);
+        host.send("-");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral("."));
+    }
+
+    void aFlagInTwoRolesIsStillHeardOfWhenItLeavesTheFirst()
+    {
+        MorseFixture host;
+        host.handler.SetMorseSaveToFile_ValuePath(MorseValues::path("Available"));
+        host.handler.StartNewMorseSession();
+        host.handler.SetMorseAvailable_ValuePath(MorseValues::path("SaveDocument"));
+        host.handler.SetMorseAvailable(true);
+        QTemporaryDir dir;
+        host.handler.SetSaveDirectoryPath(dir.path(), QString(), QString(), QString());
+        host.available->HasChanged(eCHANGE_CONTENT, nullptr);
+        host.send(".c");
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files).size(), 2);
+        host.available->SetValue(false, nullptr);
+        host.available->HasChanged(eCHANGE_FORCED, nullptr);
+        host.send("-c");
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files).size(), 2);
+    }
+
+    void aForcedStrangerIsNotTraced()
+    {
+        MorseFixture host;
+        TraceRecorder traces;
+        IntegerValue stranger;
+        host.handler.Update(&stranger, eCHANGE_FORCED);
+        QCOMPARE(traces.Messages(), QStringList());
+    }
+
+    void theTimeStringCanBePartOfAFileName()
+    {
+        MorseHandler handler;
+        const QDateTime before = QDateTime::currentDateTimeUtc();
+        const QString text = (handler.*memberOf(TimeString()))();
+        const QDateTime after = QDateTime::currentDateTimeUtc();
+        const QString format = "yyyy-MM-dd__hh_mm_ss";
+        QVERIFY(QDateTime::fromString(text, format).isValid());
+        QVERIFY(before.toString(format) <= text && text <= after.toString(format));
     }
 
     void hooksChangeNothingThatCanBeSeen()

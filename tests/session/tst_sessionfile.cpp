@@ -345,6 +345,62 @@ private Q_SLOTS:
         sessionfile::close(one.view());
         QCOMPARE(contentOf(path).size(), 30000 + 30000 / 100 - 1);
     }
+
+    void onlyAWrappedCounterIsTraced()
+    {
+        TraceRecorder traces;
+        sessionfile::traceWrapped({QStringLiteral("/d/s_1.txt"), false}, "Operation");
+        QCOMPARE(traces.Messages(), QStringList());
+        const sessionfile::Name wrapped{QStringLiteral("/d/Ström_1.txt"), true};
+        sessionfile::traceWrapped(wrapped, "MorseHandler::CreateTextFilename");
+        const QString message = QStringLiteral("Error in MorseHandler::CreateTextFilename: file "
+                                               "name already exists: /d/Ström_1.txt");
+        QCOMPARE(traces.Messages(), QStringList{message});
+        setTraceMask(0);
+        sessionfile::traceWrapped(wrapped, "MorseHandler::CreateTextFilename");
+        QCOMPARE(traces.Messages(), QStringList{message});
+    }
+
+    void closingWritesALittleThatWaitsWhenThereIsRoomAgain()
+    {
+        QTemporaryDir dir;
+        OneFile one;
+        const QString path = dir.filePath("x.txt");
+        one.name = path;
+        QVERIFY(sessionfile::open(one.view(), [] {}));
+        {
+            const FullDisk full(0);
+            sessionfile::write(one.view(), QStringLiteral("few"));
+            QCOMPARE(contentOf(path), QByteArray());
+        }
+        sessionfile::close(one.view());
+        QCOMPARE(contentOf(path), QByteArray("few"));
+    }
+
+    void ofWhatAFullDiskRefusesEightMillionCharactersAreKept()
+    {
+        constexpr int MOST = 8 * 1024 * 1024;
+        QTemporaryDir dir;
+        OneFile one;
+        const QString path = dir.filePath("x.txt");
+        one.name = path;
+        QVERIFY(sessionfile::open(one.view(), [] {}));
+        {
+            const FullDisk full(0);
+            // What the file's own buffer takes does not wait.
+            sessionfile::write(one.view(), QString(MOST + 100000, QLatin1Char('k')));
+            QVERIFY(one.backlog.size() >= MOST);
+            sessionfile::write(one.view(), QStringLiteral("too much"));
+        }
+        sessionfile::write(one.view(), QStringLiteral("too late"));
+        QVERIFY(one.backlog.isEmpty());
+        sessionfile::write(one.view(), QStringLiteral("after"));
+        sessionfile::close(one.view());
+        const QByteArray content = contentOf(path);
+        QCOMPARE(content.count('k'), MOST + 100000);
+        QVERIFY(!content.contains("too "));
+        QVERIFY(content.endsWith("after"));
+    }
 };
 
 QTEST_GUILESS_MAIN(tst_SessionFile)

@@ -12,6 +12,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <limits>
+
 namespace {
 
 constexpr unsigned long long TEN_FIFTEEN_us = 1494584102120000ULL; // 2017-05-12 10:15:02.120 UTC
@@ -337,6 +339,17 @@ private Q_SLOTS:
         QVERIFY(host.files().isEmpty());
     }
 
+    void aModulationMayChangeWithoutAFrequency()
+    {
+        Recording host;
+        host.handler.SetModtype_ValuePath(MorseValues::path("Modulation"));
+        host.send(".-c");
+        host.modulation->HasChanged(eCHANGE_CONTENT, nullptr);
+        host.send("-c");
+        QCOMPARE(host.files().size(), 4);
+        verifyName(host.code(), host.directory, "\\d{8}_\\d{6}_2_MO__\\.txt");
+    }
+
     void theEndOfASessionClosesTheFilesAndNothingFollows()
     {
         Recording host;
@@ -526,6 +539,17 @@ private Q_SLOTS:
         QCOMPARE(contentOf(host.text()), QByteArray("T"));
     }
 
+    void savingSwitchedOffByWhoeverHearsOfAFileNameStopsTheCodeFile()
+    {
+        Recording host;
+        TextLog log(host.textFileName);
+        log.onText = [&](const QString&) { host.saveToFile->SetValue(false, nullptr); };
+        host.send(".-c");
+        QCOMPARE(log.texts.size(), 1);
+        QCOMPARE(contentOf(host.code()), QByteArray(".-"));
+        QCOMPARE(host.files().size(), 2);
+    }
+
     void aSessionEndedByWhoeverHearsOfTheTextWritesNothingMore()
     {
         Recording host;
@@ -534,6 +558,15 @@ private Q_SLOTS:
         host.send(".-c");
         QCOMPARE(host.files().size(), 1);
         QCOMPARE(contentOf(host.code()), QByteArray(".-"));
+    }
+
+    void aTimeStampWithAllBitsSetCountsAsNone()
+    {
+        Recording host;
+        host.handler.SetTimestamp(1494584100123456ULL);
+        host.handler.SetTimestamp(std::numeric_limits<unsigned long long>::max());
+        host.send(".-cn");
+        QCOMPARE(contentOf(host.text()), QByteArray("A"));
     }
 
     void aLineEndBeforeAnyTimeStampLeavesTheFilesAlone()
