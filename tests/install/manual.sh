@@ -5,8 +5,9 @@ set -euo pipefail
 
 page=$STAGE/share/man/man1/morsehost.1.gz
 program=$STAGE/bin/morsehost
-plain=$(mktemp)
-trap 'rm -f "$plain"' EXIT
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+plain=$work/morsehost.1
 gunzip -c "$page" >"$plain"
 
 checked=0
