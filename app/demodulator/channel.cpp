@@ -119,6 +119,7 @@ void Channel::review(bool last)
         return;
 
     m_marks = 0;
+    m_margin = path.margin;
     bool carrier = false;
     for (const Segment& segment : path.segments) {
         if (!isMark(segment.kind) || foreign(segment))

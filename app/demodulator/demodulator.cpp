@@ -140,6 +140,11 @@ private:
     bool heardEnough() const
     {
         const std::int64_t heard = m_history.end() - m_candidate->firstMark_sample();
+        static const double sure = getenv("SURE") ? atof(getenv("SURE")) : 1e9;
+        static const double least = getenv("LEAST") ? atof(getenv("LEAST")) : 0.9;
+        static const int marks = getenv("MARKS") ? atoi(getenv("MARKS")) : 4;
+        if (heard > samplesIn(least) && m_candidate->marks() >= marks && m_candidate->margin() > sure)
+            return true;
         return (heard > samplesIn(HEARD_FIRST_s) && m_candidate->marks() >= HEARD_FIRST_marks) ||
                heard > samplesIn(HEARD_FIRST_AT_MOST_s);
     }

@@ -14,8 +14,13 @@ constexpr float START = -8.0F;  // log probability that a signal begins at some 
 constexpr float RESUME = -6.0F; // that it goes on after a silence
 constexpr float SPEED_CHANGE[] = {0.0F, -3.0F, -6.0F}; // to speeds so far away, at any gap
 constexpr float SPEED_JUMP = -30.0F; // to any other speed, beside that speed's own prior
+constexpr double OTHER_SPEED = 0.2;  // change of its logarithm that makes another speed of it
 constexpr float CARRIER = -15.0F;    // that a mark becomes a steady tone
 constexpr double LEAST_CARRIER_units = 8.0;
+// Probability that a character is over after so many elements, in any language and its signals.
+constexpr double OVER[] = {0.0, 0.14, 0.21, 0.38, 0.57, 0.76, 0.75, 0.85, 0.9};
+constexpr double USUALLY_OVER = 0.4; // what the lengths of gaps are weighed with
+constexpr int MOST_ELEMENTS = 8;
 constexpr float CARRIER_GOES_ON = 2.5F;    // phase and amplitude of a block are known from the last
 constexpr std::int64_t CARRIER_BLOCK = 32; // steps
 constexpr std::int64_t RENORMALISE_STEPS = 512;
@@ -27,6 +32,8 @@ Trellis::Trellis(const Keying& keying, const MarkLikelihood& likelihood)
     , m_likelihood(likelihood)
     , m_mark(keying.speeds() * KEPT_STEPS, IMPOSSIBLE)
     , m_gap(keying.speeds() * KEPT_STEPS, IMPOSSIBLE)
+    , m_goesOn(keying.speeds() * KEPT_STEPS, IMPOSSIBLE)
+    , m_isOver(keying.speeds() * KEPT_STEPS, IMPOSSIBLE)
     , m_markBack(keying.speeds() * KEPT_STEPS)
     , m_gapBack(keying.speeds() * KEPT_STEPS)
     , m_lastMark(keying.speeds(), -KEPT_STEPS)
@@ -37,6 +44,12 @@ Trellis::Trellis(const Keying& keying, const MarkLikelihood& likelihood)
     , m_entering(keying.speeds())
     , m_enteringLength(keying.speeds())
 {
+    const char* w = getenv("OVERW");
+    const double weight = w ? atof(w) : 1.0;
+    for (const double over : OVER) {
+        m_logGoesOn.push_back(static_cast<float>(weight*std::log((1.0 - over) / (1.0 - USUALLY_OVER))));
+        m_logIsOver.push_back(static_cast<float>(weight*std::log(std::max(over, 0.01) / USUALLY_OVER)));
+    }
     for (Carrier& carrier : m_carrier)
         carrier.score = IMPOSSIBLE;
     for (Entry& entry : m_bestGap)
@@ -81,10 +94,10 @@ void Trellis::advance()
     Idle idle = m_idle[slot(now - 1)];
     float best = idle.score;
 
-    // A steady tone, whichever the speed, in blocks.
+    // A steady tone, whichever the speed, in blocks; it may end within one.
     const auto block = static_cast<std::size_t>(now / CARRIER_BLOCK) % m_carrier.size();
-    const bool blockEnds = now % CARRIER_BLOCK == 0;
-    if (blockEnds) {
+    const std::int64_t sinceBlock = now % CARRIER_BLOCK;
+    if (sinceBlock == 0) {
         Carrier carrier = m_carrier[(block + m_carrier.size() - 1) % m_carrier.size()];
         carrier.score += m_likelihood.ratio(CARRIER_BLOCK) + CARRIER_GOES_ON;
         for (std::int64_t length = CARRIER_BLOCK; length < 2 * CARRIER_BLOCK; ++length) {
@@ -101,6 +114,9 @@ void Trellis::advance()
         m_carrier[block] = carrier;
         best = std::max(best, carrier.score);
     }
+    const Carrier& carrier = m_carrier[block];
+    const float steady =
+        carrier.score + (sinceBlock > 0 ? m_likelihood.ratio(sinceBlock) : 0.0F);
 
     for (std::size_t speed = 0; speed < speeds; ++speed) {
         const DurationTable& table = m_keying.table(speed);
@@ -122,39 +138,46 @@ void Trellis::advance()
                 if (score > mark) {
                     mark = score;
                     markBack = {static_cast<std::int16_t>(length),
-                                table.markKind[static_cast<std::size_t>(i)]};
+                                table.markKind[static_cast<std::size_t>(i)], 0};
                 }
             }
-        }
-        if (blockEnds) {
-            const Carrier& carrier = m_carrier[block];
-            const bool tooLong =
-                static_cast<double>(now - carrier.begin) > LEAST_CARRIER_units * table.unit_steps;
-            if (carrier.speed == static_cast<std::int16_t>(speed) && tooLong &&
-                carrier.score > mark) {
-                mark = carrier.score;
-                markBack = {static_cast<std::int16_t>(now - carrier.begin), Kind::Carrier};
+            if (mark > IMPOSSIBLE) {
+                const int before = m_gapBack[cell(speed, now - markBack.length)].elements;
+                markBack.elements = static_cast<std::uint8_t>(std::min(before + 1, MOST_ELEMENTS));
             }
         }
+        if (carrier.speed == static_cast<std::int16_t>(speed) && steady > mark &&
+            static_cast<double>(now - carrier.begin) > LEAST_CARRIER_units * table.unit_steps) {
+            mark = steady;
+            markBack = {static_cast<std::int16_t>(now - carrier.begin), Kind::Carrier,
+                        MOST_ELEMENTS};
+        }
         best = std::max(best, mark);
+        m_goesOn[cell(speed, now)] = mark + m_logGoesOn[markBack.elements];
+        m_isOver[cell(speed, now)] = mark + m_logIsOver[markBack.elements];
 
         const auto gaps = static_cast<std::int64_t>(table.gap.size());
         if (now - m_lastMark[speed] < gaps * stride) {
-            const float* from = &m_mark[speed * static_cast<std::size_t>(KEPT_STEPS)];
             float entering = IMPOSSIBLE;
-            for (std::int64_t i = table.firstGap; i < gaps; ++i) {
-                const std::int64_t length = i * stride;
-                const float score =
-                    from[slot(now - length)] + table.gap[static_cast<std::size_t>(i)];
-                if (score > entering) {
-                    entering = score;
-                    m_enteringLength[speed] = static_cast<std::int16_t>(length);
+            const auto enterFrom = [&](const std::vector<float>& scores, std::int64_t first,
+                                       std::int64_t end) {
+                const float* from = &scores[speed * static_cast<std::size_t>(KEPT_STEPS)];
+                for (std::int64_t i = first; i < end; ++i) {
+                    const std::int64_t length = i * stride;
+                    const float score =
+                        from[slot(now - length)] + table.gap[static_cast<std::size_t>(i)];
+                    if (score > entering) {
+                        entering = score;
+                        m_enteringLength[speed] = static_cast<std::int16_t>(length);
+                    }
                 }
-            }
+            };
+            enterFrom(m_goesOn, table.firstGap, table.firstLongGap);
+            enterFrom(m_isOver, table.firstLongGap, gaps);
             m_entering[speed] = entering;
             best = std::max(best, entering);
             const std::int64_t longest = (gaps - 1) * stride;
-            const float silent = from[slot(now - longest)] + table.gapSurvival.back();
+            const float silent = m_isOver[cell(speed, now - longest)] + table.gapSurvival.back();
             if (silent > idle.score)
                 idle = {silent, static_cast<std::int16_t>(speed), now - longest};
         }
@@ -172,23 +195,25 @@ void Trellis::advance()
         const DurationTable& table = m_keying.table(speed);
         if (now % table.stride != 0)
             continue;
-        if (m_mark[cell(speed, now)] < best - BEAM)
+        if (m_mark[cell(speed, now)] < best - BEAM) {
             m_mark[cell(speed, now)] = IMPOSSIBLE;
-        else
+            m_goesOn[cell(speed, now)] = IMPOSSIBLE;
+            m_isOver[cell(speed, now)] = IMPOSSIBLE;
+        } else
             m_lastMark[speed] = now;
 
         float& gap = m_gap[cell(speed, now)];
         GapBack& back = m_gapBack[cell(speed, now)];
         const float fresh = START + static_cast<float>(m_keying.prior(speed));
         gap = idle.score + fresh;
-        back = {0, -1, Kind::Silence};
+        back = {0, -1, Kind::Silence, 0};
         if (idle.speed >= 0) {
             const auto change = std::abs(idle.speed - static_cast<int>(speed));
             const float resumed =
                 idle.score + std::max(fresh, RESUME - 2.0F * static_cast<float>(change));
             if (resumed > gap) {
                 gap = resumed;
-                back = {0, idle.speed, Kind::Silence};
+                back = {0, idle.speed, Kind::Silence, 0};
             }
         }
         const auto enter = [&](std::size_t other, float change) {
@@ -198,8 +223,10 @@ void Trellis::advance()
             gap = score;
             const DurationTable& its = m_keying.table(other);
             const auto length = m_enteringLength[other];
-            back = {length, static_cast<std::int16_t>(other),
-                    its.gapKind[static_cast<std::size_t>(length / its.stride)]};
+            const Kind kind = its.gapKind[static_cast<std::size_t>(length / its.stride)];
+            const std::uint8_t elements =
+                kind == Kind::ElementGap ? m_markBack[cell(other, now - length)].elements : 0;
+            back = {length, static_cast<std::int16_t>(other), kind, elements};
         };
         const std::size_t first = speed >= 2 ? speed - 2 : 0;
         const std::size_t last = std::min(speeds - 1, speed + 2);
@@ -233,6 +260,8 @@ void Trellis::renormalise()
     const auto lower = [&](float& score) { score = std::max(IMPOSSIBLE, score - best); };
     std::for_each(m_mark.begin(), m_mark.end(), lower);
     std::for_each(m_gap.begin(), m_gap.end(), lower);
+    std::for_each(m_goesOn.begin(), m_goesOn.end(), lower);
+    std::for_each(m_isOver.begin(), m_isOver.end(), lower);
     for (Idle& idle : m_idle)
         lower(idle.score);
     for (Entry& entry : m_bestGap)
@@ -252,6 +281,7 @@ Path Trellis::path(std::int64_t since_step) const
     State state = State::Outside;
     std::size_t speed = 0;
     std::int64_t at = m_now;
+    std::vector<float> bests(m_keying.speeds(), IMPOSSIBLE);
     for (std::size_t candidate = 0; candidate < m_keying.speeds(); ++candidate) {
         const DurationTable& table = m_keying.table(candidate);
         const auto stride = static_cast<std::int64_t>(table.stride);
@@ -265,6 +295,7 @@ Path Trellis::path(std::int64_t since_step) const
                 break;
             const float score =
                 m_mark[cell(candidate, from)] + table.gapSurvival[static_cast<std::size_t>(i)];
+            bests[candidate] = std::max(bests[candidate], score);
             if (score > best) {
                 best = score;
                 state = State::AfterMark;
@@ -280,6 +311,7 @@ Path Trellis::path(std::int64_t since_step) const
                 continue;
             const float score = m_gap[cell(candidate, from)] + ratio(m_now - from) +
                                 table.markSurvival[static_cast<std::size_t>(i)];
+            bests[candidate] = std::max(bests[candidate], score);
             if (score > best) {
                 best = score;
                 state = State::AfterGap;
@@ -294,6 +326,14 @@ Path Trellis::path(std::int64_t since_step) const
     const float steady = carrier.score + (sinceBlock > 0 ? m_likelihood.ratio(sinceBlock) : 0.0F);
     Path path;
     const auto unit = [&](std::size_t index) { return m_keying.table(index).unit_steps; };
+    if (state != State::Outside) {
+        float rival = idle.score;
+        for (std::size_t other = 0; other < bests.size(); ++other) {
+            if (std::fabs(std::log(unit(other) / unit(speed))) > OTHER_SPEED)
+                rival = std::max(rival, bests[other]);
+        }
+        path.margin = static_cast<double>(best - rival);
+    }
     if (steady > best) {
         best = steady;
         state = State::AfterGap;

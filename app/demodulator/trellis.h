@@ -25,6 +25,7 @@ struct Path
 {
     std::vector<Segment> segments; ///< oldest first; the last one is still going on
     double gain = 0.0;             ///< log likelihood over noise alone, since the path began
+    double margin = 0.0;           ///< log likelihood over any path at another speed
     bool complete = false;         ///< reaches back to where the signal began
 };
 
@@ -48,12 +49,14 @@ private:
     {
         std::int16_t length;
         Kind kind;
+        std::uint8_t elements; // of the character so far, this one counted
     };
     struct GapBack
     {
         std::int16_t length; // 0: out of the silence
         std::int16_t speed;
         Kind kind;
+        std::uint8_t elements; // of the character that goes on
     };
     struct Idle
     {
@@ -91,6 +94,9 @@ private:
     std::int64_t m_finest = 0;        // all lengths up to here are computed, then every second one
     std::vector<float> m_ratios;      // by length, of marks that end now
     std::vector<float> m_mark, m_gap; // scores of paths whose mark or gap ends at a step
+    std::vector<float> m_logGoesOn, m_logIsOver; // by elements of a character
+    std::vector<float> m_goesOn;      // m_mark where the character goes on after it
+    std::vector<float> m_isOver;      // ... and where it is over
     std::vector<MarkBack> m_markBack;
     std::vector<GapBack> m_gapBack;
     std::vector<std::int64_t> m_lastMark, m_lastGap; // step of the last score that counts

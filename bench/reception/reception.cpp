@@ -63,6 +63,7 @@ struct Options
 {
     std::string set = "tune";
     std::size_t seeds = 1;
+    std::size_t length = reception::TEXT_LENGTH;
     std::string only;
     std::string kind;
     std::string ours = "both";
@@ -177,7 +178,7 @@ void forAll(const Options& options, const reception::Condition& condition, Funct
     for (const std::string& seed : reception::seeds(options.set, options.seeds)) {
         for (const std::string& kind : reception::kinds()) {
             if (options.kind.empty() || kind == options.kind)
-                function(reception::record(condition, kind, seed));
+                function(reception::record(condition, kind, seed, options.length));
         }
     }
 }
@@ -437,7 +438,7 @@ int usage()
                          "       reception delay [OPTION...]\n"
                          "       reception noise [--set NAME] [--hours HOURS] [--show]\n"
                          "options: --set NAME  --seeds COUNT  --only CONDITION,...  --kind KIND\n"
-                         "         --ours unaided|told|both|none  --show\n"
+                         "         --length CHARACTERS  --ours unaided|told|both|none  --show\n"
                          "COMMAND writes text; {} is the recording, {tone} and {wpm} the truth\n");
     return 2;
 }
@@ -459,6 +460,8 @@ int main(int argc, char** argv)
             options.kind = argv[++i];
         else if (argument == "--seeds" && more)
             options.seeds = static_cast<std::size_t>(std::max(1, std::atoi(argv[++i])));
+        else if (argument == "--length" && more)
+            options.length = static_cast<std::size_t>(std::max(2, std::atoi(argv[++i])));
         else if (argument == "--hours" && more)
             options.hours = std::atof(argv[++i]);
         else if (argument == "--ours" && more)
