@@ -22,7 +22,12 @@ constexpr double HIGHEST_TONE_Hz = 3500.0;
 constexpr double TOLD_TONE_TOLERANCE_Hz = 50.0;
 constexpr double HISTORY_s = 8.0;
 constexpr double HEARD_AGAIN_s = 6.0; // of what came before a signal was noticed
-// How much of a signal is heard before it is given: the more, the surer its speed.
+// A signal is given once its speed is sure: dots and dashes have been heard, and any speed at which
+// they would be others is so much less probable (as a logarithm).
+constexpr double SURE_MARGIN = 12.0;
+constexpr double SURE_AFTER_s = 0.7;
+constexpr std::int64_t SURE_AFTER_marks = 3;
+// Where that is not to be had, so much has to be heard.
 constexpr double HEARD_FIRST_s = 2.0;
 constexpr std::int64_t HEARD_FIRST_marks = 8;
 constexpr double HEARD_FIRST_AT_MOST_s = 4.5;
@@ -140,12 +145,10 @@ private:
     bool heardEnough() const
     {
         const std::int64_t heard = m_history.end() - m_candidate->firstMark_sample();
-        static const double sure = getenv("SURE") ? atof(getenv("SURE")) : 1e9;
-        static const double least = getenv("LEAST") ? atof(getenv("LEAST")) : 0.9;
-        static const int marks = getenv("MARKS") ? atoi(getenv("MARKS")) : 4;
-        if (heard > samplesIn(least) && m_candidate->marks() >= marks && m_candidate->margin() > sure)
-            return true;
-        return (heard > samplesIn(HEARD_FIRST_s) && m_candidate->marks() >= HEARD_FIRST_marks) ||
+        const std::int64_t marks = m_candidate->marks();
+        const bool sure = heard > samplesIn(SURE_AFTER_s) && marks >= SURE_AFTER_marks &&
+                          m_candidate->margin() > SURE_MARGIN;
+        return sure || (heard > samplesIn(HEARD_FIRST_s) && marks >= HEARD_FIRST_marks) ||
                heard > samplesIn(HEARD_FIRST_AT_MOST_s);
     }
 

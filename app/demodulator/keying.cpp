@@ -139,10 +139,6 @@ void Keying::buildTable(DurationTable& table) const
     };
     table.firstMark = first(0.3, SHORTEST_MARK_steps);
     table.firstGap = first(0.25, SHORTEST_GAP_steps);
-    const auto longGap =
-        std::find_if(table.gapKind.begin() + table.firstGap, table.gapKind.end(),
-                     [](Kind kind) { return kind != Kind::ElementGap; });
-    table.firstLongGap = static_cast<int>(longGap - table.gapKind.begin());
 }
 
 void Keying::learn(Kind kind, double units)

@@ -31,7 +31,6 @@ struct DurationTable
     double unit_steps = 0.0;
     int stride = 1; ///< lengths and moments of slow keying are looked at less closely
     int firstMark = 0, firstGap = 0;
-    int firstLongGap = 0; ///< from here on a gap ends a character
     std::vector<float> mark, gap;                 ///< of exactly this length
     std::vector<float> markSurvival, gapSurvival; ///< of at least this length
     std::vector<Kind> markKind, gapKind;          ///< the most probable kind of this length

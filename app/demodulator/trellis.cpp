@@ -14,15 +14,13 @@ constexpr float START = -8.0F;  // log probability that a signal begins at some 
 constexpr float RESUME = -6.0F; // that it goes on after a silence
 constexpr float SPEED_CHANGE[] = {0.0F, -3.0F, -6.0F}; // to speeds so far away, at any gap
 constexpr float SPEED_JUMP = -30.0F; // to any other speed, beside that speed's own prior
-constexpr double OTHER_SPEED = 0.2;  // change of its logarithm that makes another speed of it
-constexpr float CARRIER = -15.0F;    // that a mark becomes a steady tone
+constexpr double OTHER_SPEED =
+    0.45; // change of its logarithm that makes other elements of the same lengths
+constexpr float CARRIER = -15.0F; // that a mark becomes a steady tone
 constexpr double LEAST_CARRIER_units = 8.0;
-// Probability that a character is over after so many elements, in any language and its signals.
-constexpr double OVER[] = {0.0, 0.14, 0.21, 0.38, 0.57, 0.76, 0.75, 0.85, 0.9};
-constexpr double USUALLY_OVER = 0.4; // what the lengths of gaps are weighed with
-constexpr int MOST_ELEMENTS = 8;
-constexpr float CARRIER_GOES_ON = 2.5F;    // phase and amplitude of a block are known from the last
-constexpr std::int64_t CARRIER_BLOCK = 32; // steps
+constexpr float CARRIER_GOES_ON = 2.5F; // phase and amplitude of a block are known from the last
+constexpr float CARRIER_ENDS_WITHIN = -8.0F; // a block: of many places where it could
+constexpr std::int64_t CARRIER_BLOCK = 32;   // steps
 constexpr std::int64_t RENORMALISE_STEPS = 512;
 
 } // namespace
@@ -32,8 +30,6 @@ Trellis::Trellis(const Keying& keying, const MarkLikelihood& likelihood)
     , m_likelihood(likelihood)
     , m_mark(keying.speeds() * KEPT_STEPS, IMPOSSIBLE)
     , m_gap(keying.speeds() * KEPT_STEPS, IMPOSSIBLE)
-    , m_goesOn(keying.speeds() * KEPT_STEPS, IMPOSSIBLE)
-    , m_isOver(keying.speeds() * KEPT_STEPS, IMPOSSIBLE)
     , m_markBack(keying.speeds() * KEPT_STEPS)
     , m_gapBack(keying.speeds() * KEPT_STEPS)
     , m_lastMark(keying.speeds(), -KEPT_STEPS)
@@ -44,12 +40,6 @@ Trellis::Trellis(const Keying& keying, const MarkLikelihood& likelihood)
     , m_entering(keying.speeds())
     , m_enteringLength(keying.speeds())
 {
-    const char* w = getenv("OVERW");
-    const double weight = w ? atof(w) : 1.0;
-    for (const double over : OVER) {
-        m_logGoesOn.push_back(static_cast<float>(weight*std::log((1.0 - over) / (1.0 - USUALLY_OVER))));
-        m_logIsOver.push_back(static_cast<float>(weight*std::log(std::max(over, 0.01) / USUALLY_OVER)));
-    }
     for (Carrier& carrier : m_carrier)
         carrier.score = IMPOSSIBLE;
     for (Entry& entry : m_bestGap)
@@ -116,7 +106,8 @@ void Trellis::advance()
     }
     const Carrier& carrier = m_carrier[block];
     const float steady =
-        carrier.score + (sinceBlock > 0 ? m_likelihood.ratio(sinceBlock) : 0.0F);
+        carrier.score +
+        (sinceBlock > 0 ? m_likelihood.ratio(sinceBlock) + CARRIER_ENDS_WITHIN : 0.0F);
 
     for (std::size_t speed = 0; speed < speeds; ++speed) {
         const DurationTable& table = m_keying.table(speed);
@@ -138,46 +129,34 @@ void Trellis::advance()
                 if (score > mark) {
                     mark = score;
                     markBack = {static_cast<std::int16_t>(length),
-                                table.markKind[static_cast<std::size_t>(i)], 0};
+                                table.markKind[static_cast<std::size_t>(i)]};
                 }
-            }
-            if (mark > IMPOSSIBLE) {
-                const int before = m_gapBack[cell(speed, now - markBack.length)].elements;
-                markBack.elements = static_cast<std::uint8_t>(std::min(before + 1, MOST_ELEMENTS));
             }
         }
         if (carrier.speed == static_cast<std::int16_t>(speed) && steady > mark &&
             static_cast<double>(now - carrier.begin) > LEAST_CARRIER_units * table.unit_steps) {
             mark = steady;
-            markBack = {static_cast<std::int16_t>(now - carrier.begin), Kind::Carrier,
-                        MOST_ELEMENTS};
+            markBack = {static_cast<std::int16_t>(now - carrier.begin), Kind::Carrier};
         }
         best = std::max(best, mark);
-        m_goesOn[cell(speed, now)] = mark + m_logGoesOn[markBack.elements];
-        m_isOver[cell(speed, now)] = mark + m_logIsOver[markBack.elements];
 
         const auto gaps = static_cast<std::int64_t>(table.gap.size());
         if (now - m_lastMark[speed] < gaps * stride) {
+            const float* from = &m_mark[speed * static_cast<std::size_t>(KEPT_STEPS)];
             float entering = IMPOSSIBLE;
-            const auto enterFrom = [&](const std::vector<float>& scores, std::int64_t first,
-                                       std::int64_t end) {
-                const float* from = &scores[speed * static_cast<std::size_t>(KEPT_STEPS)];
-                for (std::int64_t i = first; i < end; ++i) {
-                    const std::int64_t length = i * stride;
-                    const float score =
-                        from[slot(now - length)] + table.gap[static_cast<std::size_t>(i)];
-                    if (score > entering) {
-                        entering = score;
-                        m_enteringLength[speed] = static_cast<std::int16_t>(length);
-                    }
+            for (std::int64_t i = table.firstGap; i < gaps; ++i) {
+                const std::int64_t length = i * stride;
+                const float score =
+                    from[slot(now - length)] + table.gap[static_cast<std::size_t>(i)];
+                if (score > entering) {
+                    entering = score;
+                    m_enteringLength[speed] = static_cast<std::int16_t>(length);
                 }
-            };
-            enterFrom(m_goesOn, table.firstGap, table.firstLongGap);
-            enterFrom(m_isOver, table.firstLongGap, gaps);
+            }
             m_entering[speed] = entering;
             best = std::max(best, entering);
             const std::int64_t longest = (gaps - 1) * stride;
-            const float silent = m_isOver[cell(speed, now - longest)] + table.gapSurvival.back();
+            const float silent = from[slot(now - longest)] + table.gapSurvival.back();
             if (silent > idle.score)
                 idle = {silent, static_cast<std::int16_t>(speed), now - longest};
         }
@@ -195,25 +174,23 @@ void Trellis::advance()
         const DurationTable& table = m_keying.table(speed);
         if (now % table.stride != 0)
             continue;
-        if (m_mark[cell(speed, now)] < best - BEAM) {
+        if (m_mark[cell(speed, now)] < best - BEAM)
             m_mark[cell(speed, now)] = IMPOSSIBLE;
-            m_goesOn[cell(speed, now)] = IMPOSSIBLE;
-            m_isOver[cell(speed, now)] = IMPOSSIBLE;
-        } else
+        else
             m_lastMark[speed] = now;
 
         float& gap = m_gap[cell(speed, now)];
         GapBack& back = m_gapBack[cell(speed, now)];
         const float fresh = START + static_cast<float>(m_keying.prior(speed));
         gap = idle.score + fresh;
-        back = {0, -1, Kind::Silence, 0};
+        back = {0, -1, Kind::Silence};
         if (idle.speed >= 0) {
             const auto change = std::abs(idle.speed - static_cast<int>(speed));
             const float resumed =
                 idle.score + std::max(fresh, RESUME - 2.0F * static_cast<float>(change));
             if (resumed > gap) {
                 gap = resumed;
-                back = {0, idle.speed, Kind::Silence, 0};
+                back = {0, idle.speed, Kind::Silence};
             }
         }
         const auto enter = [&](std::size_t other, float change) {
@@ -223,10 +200,8 @@ void Trellis::advance()
             gap = score;
             const DurationTable& its = m_keying.table(other);
             const auto length = m_enteringLength[other];
-            const Kind kind = its.gapKind[static_cast<std::size_t>(length / its.stride)];
-            const std::uint8_t elements =
-                kind == Kind::ElementGap ? m_markBack[cell(other, now - length)].elements : 0;
-            back = {length, static_cast<std::int16_t>(other), kind, elements};
+            back = {length, static_cast<std::int16_t>(other),
+                    its.gapKind[static_cast<std::size_t>(length / its.stride)]};
         };
         const std::size_t first = speed >= 2 ? speed - 2 : 0;
         const std::size_t last = std::min(speeds - 1, speed + 2);
@@ -260,8 +235,6 @@ void Trellis::renormalise()
     const auto lower = [&](float& score) { score = std::max(IMPOSSIBLE, score - best); };
     std::for_each(m_mark.begin(), m_mark.end(), lower);
     std::for_each(m_gap.begin(), m_gap.end(), lower);
-    std::for_each(m_goesOn.begin(), m_goesOn.end(), lower);
-    std::for_each(m_isOver.begin(), m_isOver.end(), lower);
     for (Idle& idle : m_idle)
         lower(idle.score);
     for (Entry& entry : m_bestGap)

@@ -49,14 +49,12 @@ private:
     {
         std::int16_t length;
         Kind kind;
-        std::uint8_t elements; // of the character so far, this one counted
     };
     struct GapBack
     {
         std::int16_t length; // 0: out of the silence
         std::int16_t speed;
         Kind kind;
-        std::uint8_t elements; // of the character that goes on
     };
     struct Idle
     {
@@ -94,9 +92,6 @@ private:
     std::int64_t m_finest = 0;        // all lengths up to here are computed, then every second one
     std::vector<float> m_ratios;      // by length, of marks that end now
     std::vector<float> m_mark, m_gap; // scores of paths whose mark or gap ends at a step
-    std::vector<float> m_logGoesOn, m_logIsOver; // by elements of a character
-    std::vector<float> m_goesOn;      // m_mark where the character goes on after it
-    std::vector<float> m_isOver;      // ... and where it is over
     std::vector<MarkBack> m_markBack;
     std::vector<GapBack> m_gapBack;
     std::vector<std::int64_t> m_lastMark, m_lastGap; // step of the last score that counts

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Makes the corpus and scores decoders on it; see README.md.
 #include "app/demodulator/demodulator.h"
+#include "reception/bound.h"
 #include "reception/corpus.h"
 #include "support/morsecode.h"
 
@@ -257,6 +258,32 @@ int measure(const Options& options)
     return 0;
 }
 
+// What could be read at best; only of conditions with a steady signal in steady noise.
+int bound(const Options& options)
+{
+    std::printf("| condition | bound |\n|---|---:|\n");
+    for (const reception::Condition& condition : reception::conditions()) {
+        if (!wanted(options, condition))
+            continue;
+        reception::Condition clean = condition;
+        clean.path.snr_dB.reset();
+        Rates rates;
+        for (const std::string& seed : reception::seeds(options.set, options.seeds)) {
+            for (const std::string& kind : reception::kinds()) {
+                const reception::Recording recording = reception::record(condition, kind, seed);
+                const std::vector<int> codes =
+                    reception::boundOf(recording, reception::record(clean, kind, seed));
+                rates.each.push_back(100.0 *
+                                     testsupport::characterErrorRate(
+                                         recording.sent, testsupport::textOfCodes(codes, UNKNOWN)));
+            }
+        }
+        std::printf("| %s | %s |\n", condition.title.c_str(), rates.text().c_str());
+        std::fflush(stdout);
+    }
+    return 0;
+}
+
 // From the end of a character to its code, in seconds: median and longest.
 int delay(const Options& options)
 {
@@ -435,6 +462,7 @@ int usage()
                          "       reception measure [OPTION...]\n"
                          "       reception make [OPTION...] DIRECTORY\n"
                          "       reception score [OPTION...] [NAME=COMMAND...]\n"
+                         "       reception bound [OPTION...]\n"
                          "       reception delay [OPTION...]\n"
                          "       reception noise [--set NAME] [--hours HOURS] [--show]\n"
                          "options: --set NAME  --seeds COUNT  --only CONDITION,...  --kind KIND\n"
@@ -481,6 +509,8 @@ int main(int argc, char** argv)
         return make(options);
     if (command == "score")
         return score(options);
+    if (command == "bound")
+        return bound(options);
     if (command == "delay")
         return delay(options);
     if (command == "noise")

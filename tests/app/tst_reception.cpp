@@ -33,8 +33,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("kind");
         QTest::addColumn<int>("mostErrors"); // of 140 characters
         const auto add = [](const char* condition, const char* kind, int mostErrors) {
-            QTest::newRow(condition) << QString::fromLatin1(condition) << QString::fromLatin1(kind)
-                                     << mostErrors;
+            QTest::newRow(condition)
+                << QString::fromLatin1(condition) << QString::fromLatin1(kind) << mostErrors;
         };
         add("snr3", "contact", 1);
         add("snr0", "groups", 3);
