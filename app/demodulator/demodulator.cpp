@@ -203,12 +203,16 @@ private:
         if (m_active && m_finder.power(found->tone_Hz, frames, framesIn(SEARCH_s)) >
                             NEIGHBOUR_POWER * m_finder.power(found->tone_Hz, 0, frames))
             return;
-        if (m_candidate && (std::fabs(m_candidate->tone_Hz() - found->tone_Hz) < SAME_TONE_Hz ||
-                            found->level < 2.0 * m_candidateLevel))
+        // What was noticed at its very beginning looked weaker than it is: it is heard again.
+        const bool same =
+            m_candidate && std::fabs(m_candidate->tone_Hz() - found->tone_Hz) < SAME_TONE_Hz;
+        if (m_candidate &&
+            ((same && m_candidate->confirmed()) || found->level < 2.0 * m_candidateLevel))
             return;
+        if (!same)
+            m_candidateBegin = now;
         m_candidate =
             std::make_unique<Channel>(*found, m_rate_Hz, since, m_settings.speed_wpm, m_sink);
-        m_candidateBegin = now;
         m_candidateSince = since;
         m_candidateLevel = found->level;
         m_candidate->process(m_history);

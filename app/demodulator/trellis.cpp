@@ -96,7 +96,10 @@ void Trellis::advance()
                 continue;
             const float score = entry.score + CARRIER + m_likelihood.ratio(length);
             if (score > carrier.score)
-                carrier = {score, entry.speed, now - length};
+                carrier = {
+                    score, entry.speed, now - length,
+                    m_gapBack[cell(static_cast<std::size_t>(entry.speed), now - length)].length >
+                        0};
         }
         carrier.score = std::max(IMPOSSIBLE, carrier.score);
         if (now - carrier.begin > KEPT_STEPS / 2)
@@ -134,6 +137,7 @@ void Trellis::advance()
             }
         }
         if (carrier.speed == static_cast<std::int16_t>(speed) && steady > mark &&
+            (carrier.afterMark || sinceBlock == 0) &&
             static_cast<double>(now - carrier.begin) > LEAST_CARRIER_units * table.unit_steps) {
             mark = steady;
             markBack = {static_cast<std::int16_t>(now - carrier.begin), Kind::Carrier};

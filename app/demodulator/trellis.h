@@ -72,6 +72,7 @@ private:
         float score = 0.0F;
         std::int16_t speed = 0;
         std::int64_t begin = 0;
+        bool afterMark = false; // not the first of a transmission: its speed means something
     };
 
     static std::size_t slot(std::int64_t step)

@@ -22,6 +22,35 @@ const QString TEXT_READ = QStringLiteral("THE QUICK BROWN FOX JUMPS OVER THE LAZ
 
 const char* const TEXT = "THE QUICK BROWN FOX JUMPS OVER THE LAZY DOG 1234567890";
 
+// Codes and how long after what it reports each came; a word's end is only known once its gap is
+// long enough.
+class LiveList : public CodeList
+{
+public:
+    void symbol(int code, std::int64_t time_us) override
+    {
+        CodeList::symbol(code, time_us);
+        if (code != 4)
+            longestDelay_s = std::max(longestDelay_s, now_s - static_cast<double>(time_us) / 1e6);
+    }
+
+    double now_s = 0.0;
+    double longestDelay_s = 0.0;
+};
+
+LiveList decodeAsItComes(const std::vector<float>& samples)
+{
+    constexpr std::size_t PIECE = 80; // 10 ms
+    LiveList list;
+    demodulator::Demodulator demodulator({8000.0, {}, {}}, list);
+    for (std::size_t at = 0; at + PIECE <= samples.size(); at += PIECE) {
+        list.now_s = static_cast<double>(at + PIECE) / 8000.0;
+        demodulator.push(samples.data() + at, PIECE);
+    }
+    demodulator.finish();
+    return list;
+}
+
 std::vector<float> keyedText(double speed_wpm, double rate_Hz, std::optional<double> snr_dB)
 {
     Hand hand;
@@ -90,25 +119,60 @@ private Q_SLOTS:
         QVERIFY(near(transmission.stop_us, 1.0 + 43 * 0.06));
         QCOMPARE(transmission.times_us.back(), transmission.stop_us);
     }
-    void aCharacterIsShownWithinASecondOfItsEnd()
+    void aCodeComesWithinASecondOfWhatItReports_data()
     {
-        const std::vector<float> samples = keyedText(20.0, 8000.0, 10.0);
-        CodeList list;
-        demodulator::Demodulator demodulator({8000.0, {}, {}}, list);
-        std::size_t seen = 0;
-        for (std::size_t at = 0; at + 80 <= samples.size(); at += 80) {
-            demodulator.push(samples.data() + at, 80);
-            if (list.transmissions.empty())
-                continue;
-            const Transmission& transmission = list.transmissions.back();
-            for (; seen < transmission.codes.size(); ++seen) {
-                const double now_s = static_cast<double>(at + 80) / 8000.0;
-                const double event_s = static_cast<double>(transmission.times_us[seen]) / 1e6;
-                if (event_s > 4.0 && transmission.codes[seen] != 4)
-                    QVERIFY2(now_s - event_s < 1.1, qPrintable(QString::number(now_s - event_s)));
-            }
+        QTest::addColumn<double>("speed_wpm");
+        QTest::addColumn<double>("snr_dB");
+        QTest::addColumn<double>("most_s");
+        for (const double speed : {8.0, 12.0, 20.0, 30.0, 40.0}) {
+            // Of a slow hand it takes longer until the first elements tell the speed.
+            const double most_s = speed < 10.0 ? 2.0 : 1.0;
+            for (const double snr : {20.0, 3.0})
+                QTest::newRow(qPrintable(QStringLiteral("%1 wpm, %2 dB").arg(speed).arg(snr)))
+                    << speed << snr << most_s;
         }
-        QVERIFY(seen > 100);
+    }
+    void aCodeComesWithinASecondOfWhatItReports()
+    {
+        QFETCH(double, speed_wpm);
+        QFETCH(double, snr_dB);
+        QFETCH(double, most_s);
+        Hand hand;
+        hand.speed_wpm = speed_wpm;
+        Path path;
+        path.snr_dB = snr_dB;
+        const LiveList list =
+            decodeAsItComes(sound("CQ CQ DE AB1C K", hand, path, 8000.0, "delay"));
+        QCOMPARE(read(list), QStringLiteral("CQ CQ DE AB1C K"));
+        QVERIFY2(list.longestDelay_s < most_s, qPrintable(QString::number(list.longestDelay_s)));
+    }
+    void whereTheSpeedIsUnclearTheFirstCodesComeLaterButCome()
+    {
+        // Nothing but dashes: they could be dots of a slower hand.
+        Hand hand;
+        Path path;
+        path.snr_dB = 20.0;
+        const LiveList list = decodeAsItComes(sound("TTTMTMOTMT", hand, path, 8000.0, "dashes"));
+        QCOMPARE(read(list), QStringLiteral("TTTMTMOTMT"));
+        QVERIFY2(list.longestDelay_s < 4.6, qPrintable(QString::number(list.longestDelay_s)));
+    }
+    void anAnswerIsGivenSoonAfterItBegins()
+    {
+        Hand hand;
+        Path path;
+        path.tone_Hz = 650.0;
+        path.after_s = 1.0;
+        std::vector<float> samples = sound("XY2Z DE AB1C K", hand, path, 8000.0, "call");
+        hand.speed_wpm = 26.0;
+        path.tone_Hz = 740.0;
+        path.before_s = 0.0;
+        path.after_s = 2.0;
+        for (const float sample : sound("R R AB1C DE XY2Z K", hand, path, 8000.0, "answer"))
+            samples.push_back(0.6F * sample);
+        addNoise(samples, 8000.0, 0.9, 15.0, "answer");
+        const LiveList list = decodeAsItComes(samples);
+        QCOMPARE(read(list), QStringLiteral("XY2Z DE AB1C K R R AB1C DE XY2Z K"));
+        QVERIFY2(list.longestDelay_s < 1.0, qPrintable(QString::number(list.longestDelay_s)));
     }
     void aLongSilenceEndsATransmission()
     {
