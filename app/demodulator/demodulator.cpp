@@ -23,9 +23,10 @@ constexpr double TOLD_TONE_TOLERANCE_Hz = 50.0;
 constexpr double HISTORY_s = 8.0;
 constexpr double HEARD_AGAIN_s = 6.0; // of what came before a signal was noticed
 // A signal is given once its speed is sure: dots and dashes have been heard, and any speed at which
-// they would be others is so much less probable (as a logarithm).
+// they would be others is so much less probable (as a logarithm). Not in the first seconds of the
+// input, when a stronger signal may just be pausing.
 constexpr double SURE_MARGIN = 12.0;
-constexpr double SURE_AFTER_s = 0.7;
+constexpr double SURE_AFTER_s = 1.0;
 constexpr std::int64_t SURE_AFTER_marks = 3;
 // Where that is not to be had, so much has to be heard.
 constexpr double HEARD_FIRST_s = 2.0;
@@ -146,8 +147,9 @@ private:
     {
         const std::int64_t heard = m_history.end() - m_candidate->firstMark_sample();
         const std::int64_t marks = m_candidate->marks();
-        const bool sure = heard > samplesIn(SURE_AFTER_s) && marks >= SURE_AFTER_marks &&
-                          m_candidate->margin() > SURE_MARGIN;
+        const bool surveyed = m_finder.frames() > framesIn(SEARCH_s);
+        const bool sure = surveyed && heard > samplesIn(SURE_AFTER_s) &&
+                          marks >= SURE_AFTER_marks && m_candidate->margin() > SURE_MARGIN;
         return sure || (heard > samplesIn(HEARD_FIRST_s) && marks >= HEARD_FIRST_marks) ||
                heard > samplesIn(HEARD_FIRST_AT_MOST_s);
     }

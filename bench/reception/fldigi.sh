@@ -38,7 +38,7 @@ call() { # METHOD [TYPE VALUE]...
 LD_LIBRARY_PATH=$work xvfb-run -a fldigi --config-dir "$work" --home-dir "$work" \
     --xmlrpc-server-port "$port" >/dev/null 2>&1 &
 server=$!
-for _ in $(seq 150); do
+for _ in $(seq 900); do
     call modem.get_name >/dev/null 2>&1 && break
     sleep 0.2
 done
@@ -49,7 +49,7 @@ call main.set_squelch boolean "${FLDIGI_SQUELCH:-0}" >/dev/null
 sleep 0.5
 call text.clear_rx >/dev/null
 touch "$SOUND_GO"
-for _ in $(seq 1500); do
+for _ in $(seq 6000); do
     [ ! -e "$SOUND_DONE" ] || break
     sleep 0.2
 done

@@ -302,7 +302,9 @@ int delay(const Options& options)
         if (!wanted(options, condition))
             continue;
         CodeList all;
-        forAll(options, condition, [&](const reception::Recording& recording) {
+        reception::Condition later = condition;
+        later.path.before_s = 5.0; // not at the very beginning of the input
+        forAll(options, later, [&](const reception::Recording& recording) {
             const CodeList heard = decode(recording, options.ours == "told", cost);
             const auto add = [](std::vector<double>& to, const std::vector<double>& from) {
                 to.insert(to.end(), from.begin(), from.end());

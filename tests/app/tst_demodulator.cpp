@@ -141,10 +141,24 @@ private Q_SLOTS:
         hand.speed_wpm = speed_wpm;
         Path path;
         path.snr_dB = snr_dB;
+        path.before_s = 4.0;
         const LiveList list =
             decodeAsItComes(sound("CQ CQ DE AB1C K", hand, path, 8000.0, "delay"));
         QCOMPARE(read(list), QStringLiteral("CQ CQ DE AB1C K"));
         QVERIFY2(list.longestDelay_s < most_s, qPrintable(QString::number(list.longestDelay_s)));
+    }
+    void atTheBeginningOfTheInputTheStrongestSignalIsWaitedFor()
+    {
+        Hand hand;
+        Path path;
+        path.neighbours = {{-250.0, -6.0, 24.0}}; // may begin first
+        path.snr_dB = 20.0;
+        for (const char* seed : {"one", "two", "three", "four", "five"}) {
+            const LiveList list =
+                decodeAsItComes(sound("CQ CQ DE AB1C K", hand, path, 8000.0, seed));
+            QCOMPARE(read(list), QStringLiteral("CQ CQ DE AB1C K"));
+            QVERIFY2(list.longestDelay_s < 2.5, qPrintable(QString::number(list.longestDelay_s)));
+        }
     }
     void whereTheSpeedIsUnclearTheFirstCodesComeLaterButCome()
     {
@@ -161,6 +175,7 @@ private Q_SLOTS:
         Hand hand;
         Path path;
         path.tone_Hz = 650.0;
+        path.before_s = 4.0;
         path.after_s = 1.0;
         std::vector<float> samples = sound("XY2Z DE AB1C K", hand, path, 8000.0, "call");
         hand.speed_wpm = 26.0;

@@ -70,6 +70,8 @@ private Q_SLOTS:
         const std::string sent = asReceived(recording.sent);
         const std::string received = asReceived(textOfCodes(list.codes(), '*'));
         const std::size_t errors = editDistance(sent, received);
+        if (qEnvironmentVariableIsSet("SHOW"))
+            qWarning("%s: %d of %d", qPrintable(condition), int(errors), mostErrors);
         QVERIFY2(errors <= static_cast<std::size_t>(mostErrors),
                  (std::to_string(errors) + "\nsent " + sent + "\ngot  " + received).c_str());
     }
