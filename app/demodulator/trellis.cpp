@@ -19,6 +19,7 @@ constexpr double OTHER_SPEED =
 constexpr float CARRIER = -15.0F; // that a mark becomes a steady tone
 constexpr double LEAST_CARRIER_units = 8.0;
 constexpr float CARRIER_GOES_ON = 2.5F; // phase and amplitude of a block are known from the last
+constexpr double WEAK_DOT = 12.0; // energy of a dot over noise density: -4 dB at 20 words a minute
 constexpr float CARRIER_ENDS_WITHIN = -8.0F; // a block: of many places where it could
 constexpr std::int64_t CARRIER_BLOCK = 32;   // steps
 constexpr std::int64_t RENORMALISE_STEPS = 512;
@@ -89,10 +90,13 @@ void Trellis::advance()
     const std::int64_t sinceBlock = now % CARRIER_BLOCK;
     if (sinceBlock == 0) {
         Carrier carrier = m_carrier[(block + m_carrier.size() - 1) % m_carrier.size()];
-        carrier.score += m_likelihood.ratio(CARRIER_BLOCK) + CARRIER_GOES_ON;
+        // In a weak signal keying looks like a carrier of half its power, and would be swallowed.
+        const Level& level = m_likelihood.level();
+        const bool weak = level.signal * level.dot_steps < WEAK_DOT * level.noise;
+        carrier.score += m_likelihood.ratio(CARRIER_BLOCK) + (weak ? 0.0F : CARRIER_GOES_ON);
         for (std::int64_t length = CARRIER_BLOCK; length < 2 * CARRIER_BLOCK; ++length) {
             const Entry& entry = m_bestGap[slot(now - length)];
-            if (entry.score <= IMPOSSIBLE)
+            if (entry.score <= IMPOSSIBLE || weak)
                 continue;
             const float score = entry.score + CARRIER + m_likelihood.ratio(length);
             if (score > carrier.score)
