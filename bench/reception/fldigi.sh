@@ -56,6 +56,6 @@ done
 sleep 1
 length=$(call text.get_rx_length | sed -nE 's/.*<(i4|int)>([0-9]+)<.*/\2/p')
 call text.get_rx int 0 int "$length" | tr -d '\n' | sed -nE 's/.*<base64>(.*)<\/base64>.*/\1/p' |
-    base64 -d
+    base64 -d | sed -E 's/<BT>/=/g; s/<AR>/+/g; s/<KN>/(/g; s/<[A-Z]+>/*/g'
 call fldigi.terminate int 0 >/dev/null || true
 sleep 0.5
