@@ -33,6 +33,7 @@ constexpr double TONE_MEMORY_s = 2.0;
 constexpr double LEAST_TONE_ERROR_Hz = 0.3;
 constexpr double STEEPEST_TONE_Hz_per_s = 1.0;
 constexpr double LARGEST_PULL_Hz = 1.0; // of the tone, per review
+constexpr std::int64_t SEARCH_STEPS = 8 * REVIEW_STEPS;
 
 } // namespace
 
@@ -125,6 +126,7 @@ void Channel::review(bool last)
         return;
 
     m_marks = 0;
+    m_margin = path.margin;
     bool carrier = false;
     for (const Segment& segment : path.segments) {
         if (!isMark(segment.kind) || foreign(segment))
@@ -257,7 +259,14 @@ void Channel::followPhase(const Path& path)
         marks.push_back(mark);
     }
     const double now_s = static_cast<double>(now) * step_s;
-    const PhaseEstimate estimate = trackPhase(marks, m_baseband.tone_Hz(), now_s);
+    PhaseEstimate estimate = trackPhase(marks, m_baseband.tone_Hz(), now_s);
+    if (!(estimate.concentration > 0.0) && now % SEARCH_STEPS == 0) {
+        // The tone may be too far off for its phase to be followed.
+        if (const auto tone_Hz = commonFrequency(marks, m_baseband.tone_Hz())) {
+            m_baseband.setTone(*tone_Hz);
+            estimate = trackPhase(marks, *tone_Hz, now_s);
+        }
+    }
     if (estimate.concentration > 0.0 &&
         std::fabs(estimate.frequency_Hz - m_baseband.tone_Hz()) < LARGEST_PULL_Hz)
         m_baseband.setTone(estimate.frequency_Hz);

@@ -33,6 +33,8 @@ public:
     bool confirmed() const { return m_confirmed; }
     /// Marks of the path found so far; once confirmed, those of the last seconds.
     std::int64_t marks() const { return m_marks; }
+    /// Log likelihood of its speed over all others.
+    double margin() const { return m_margin; }
     /// First and last mark of the path found so far, as samples of the history.
     std::int64_t firstMark_sample() const { return m_firstMark * m_baseband.stepSamples(); }
     std::int64_t lastMark_sample() const { return m_lastMark * m_baseband.stepSamples(); }
@@ -85,6 +87,7 @@ private:
     std::int64_t m_lastMark = 0;
     std::int64_t m_learnt = 0;
     std::int64_t m_marks = 0; // of the path
+    double m_margin = 0.0;
     double m_unit_steps = 15.0;
     double m_givenUnit_steps = 15.0;
     double m_weakest;         // level of the weakest signal to look for

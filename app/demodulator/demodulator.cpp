@@ -23,7 +23,13 @@ constexpr double HIGHEST_TONE_Hz = 3500.0;
 constexpr double TOLD_TONE_TOLERANCE_Hz = 50.0;
 constexpr double HISTORY_s = 8.0;
 constexpr double HEARD_AGAIN_s = 6.0; // of what came before a signal was noticed
-// How much of a signal is heard before it is given: the more, the surer its speed.
+// A signal is given once its speed is sure: dots and dashes have been heard, and any speed at which
+// they would be others is so much less probable (as a logarithm). Not in the first seconds of the
+// input, when a stronger signal may just be pausing.
+constexpr double SURE_MARGIN = 12.0;
+constexpr double SURE_AFTER_s = 1.0;
+constexpr std::int64_t SURE_AFTER_marks = 3;
+// Where that is not to be had, so much has to be heard.
 constexpr double HEARD_FIRST_s = 2.0;
 constexpr std::int64_t HEARD_FIRST_marks = 8;
 constexpr double HEARD_FIRST_AT_MOST_s = 4.5;
@@ -144,7 +150,11 @@ private:
     bool heardEnough() const
     {
         const std::int64_t heard = m_history.end() - m_candidate->firstMark_sample();
-        return (heard > samplesIn(HEARD_FIRST_s) && m_candidate->marks() >= HEARD_FIRST_marks) ||
+        const std::int64_t marks = m_candidate->marks();
+        const bool surveyed = m_finder.frames() > framesIn(SEARCH_s);
+        const bool sure = surveyed && heard > samplesIn(SURE_AFTER_s) &&
+                          marks >= SURE_AFTER_marks && m_candidate->margin() > SURE_MARGIN;
+        return sure || (heard > samplesIn(HEARD_FIRST_s) && marks >= HEARD_FIRST_marks) ||
                heard > samplesIn(HEARD_FIRST_AT_MOST_s);
     }
 
@@ -199,12 +209,16 @@ private:
         if (m_active && m_finder.power(found->tone_Hz, frames, framesIn(SEARCH_s)) >
                             NEIGHBOUR_POWER * m_finder.power(found->tone_Hz, 0, frames))
             return;
-        if (m_candidate && (std::fabs(m_candidate->tone_Hz() - found->tone_Hz) < SAME_TONE_Hz ||
-                            found->level < 2.0 * m_candidateLevel))
+        // What was noticed at its very beginning looked weaker than it is: it is heard again.
+        const bool same =
+            m_candidate && std::fabs(m_candidate->tone_Hz() - found->tone_Hz) < SAME_TONE_Hz;
+        if (m_candidate &&
+            ((same && m_candidate->confirmed()) || found->level < 2.0 * m_candidateLevel))
             return;
+        if (!same)
+            m_candidateBegin = now;
         m_candidate =
             std::make_unique<Channel>(*found, m_rate_Hz, since, m_settings.speed_wpm, m_sink);
-        m_candidateBegin = now;
         m_candidateSince = since;
         m_candidateLevel = found->level;
         m_candidate->process(m_history);

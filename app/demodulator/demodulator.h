@@ -23,8 +23,9 @@ namespace demodulator {
 /// - 5, end of line, is written by the host at the next transmissionStarted(), not here.
 ///
 /// Delay: a code is given at most 1 s after the mark that it reports on (a character gap: after the
-/// end of its character, a word gap: after the gap is one). The beginning of a transmission is
-/// heard out first, until 2 s and 8 marks have come or 4.5 s are over, to be sure of its speed.
+/// end of its character, a word gap: after the gap is one). Only a transmission's beginning can
+/// take longer: until it is surely keying, and its speed is sure or 2 s and 8 marks, or 4.5 s, have
+/// come.
 class SymbolSink
 {
 public:

@@ -15,9 +15,19 @@ constexpr double HOP_s = 0.032;
 constexpr std::int64_t KEPT_FRAMES = 256; // 8 s
 constexpr double NOISE_NEAREST_Hz = 40.0; // the tone itself ends here
 constexpr double NOISE_WIDTH_Hz = 200.0;  // narrow receiver filters end here
+constexpr double BESIDE_Hz = 140.0;       // still within narrower ones
 // Power of noise alone varies as much as its mean (1); a carrier in noise up to twice.
 constexpr double LEAST_SWING = 2.6;
 constexpr double LEAST_EXCESS = 1.6; // mean power over that of the surroundings
+
+double median(std::vector<float>& values)
+{
+    if (values.empty())
+        return 0.0;
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return static_cast<double>(*middle);
+}
 
 } // namespace
 
@@ -103,11 +113,19 @@ double ToneFinder::noiseNear(double tone_Hz, std::int64_t count) const
         if (bin <= below || bin >= above)
             around.push_back(mean[bin - first]);
     }
-    if (around.empty())
-        return 0.0;
-    const auto middle = around.begin() + static_cast<std::ptrdiff_t>(around.size() / 2);
-    std::nth_element(around.begin(), middle, around.end());
-    return static_cast<double>(*middle) / m_windowSquares;
+    return median(around) / m_windowSquares;
+}
+
+// The stronger of both sides: at the edge of a receiver's filter there is noise on one side only,
+// and noise would look like a signal against the other.
+double ToneFinder::noiseBeside(double tone_Hz, std::int64_t count) const
+{
+    const auto side = [&](double from_Hz, double to_Hz) {
+        std::vector<float> powers = meanPower(count, binOf(from_Hz), binOf(to_Hz));
+        return median(powers) / m_windowSquares;
+    };
+    return std::max(side(std::max(60.0, tone_Hz - BESIDE_Hz), tone_Hz - NOISE_NEAREST_Hz),
+                    side(tone_Hz + NOISE_NEAREST_Hz, tone_Hz + BESIDE_Hz));
 }
 
 std::optional<ToneCandidate> ToneFinder::find(std::int64_t count, double lowest_Hz,
@@ -153,7 +171,7 @@ std::optional<ToneCandidate> ToneFinder::find(std::int64_t count, double lowest_
 
     ToneCandidate candidate;
     candidate.tone_Hz = (static_cast<double>(first + best) + shift) * binWidth_Hz;
-    candidate.noise = noiseNear(candidate.tone_Hz, count);
+    candidate.noise = noiseBeside(candidate.tone_Hz, count);
     const double noisePower = candidate.noise * m_windowSquares;
     const double excess = centre - noisePower;
     const double spread = variance[best];

@@ -14,10 +14,14 @@ constexpr float START = -8.0F;  // log probability that a signal begins at some 
 constexpr float RESUME = -6.0F; // that it goes on after a silence
 constexpr float SPEED_CHANGE[] = {0.0F, -3.0F, -6.0F}; // to speeds so far away, at any gap
 constexpr float SPEED_JUMP = -30.0F; // to any other speed, beside that speed's own prior
-constexpr float CARRIER = -15.0F;    // that a mark becomes a steady tone
+constexpr double OTHER_SPEED =
+    0.45; // change of its logarithm that makes other elements of the same lengths
+constexpr float CARRIER = -15.0F; // that a mark becomes a steady tone
 constexpr double LEAST_CARRIER_units = 8.0;
-constexpr float CARRIER_GOES_ON = 2.5F;    // phase and amplitude of a block are known from the last
-constexpr std::int64_t CARRIER_BLOCK = 32; // steps
+constexpr float CARRIER_GOES_ON = 2.5F; // phase and amplitude of a block are known from the last
+constexpr double WEAK_DOT = 12.0; // energy of a dot over noise density: -4 dB at 20 words a minute
+constexpr float CARRIER_ENDS_WITHIN = -8.0F; // a block: of many places where it could
+constexpr std::int64_t CARRIER_BLOCK = 32;   // steps
 constexpr std::int64_t RENORMALISE_STEPS = 512;
 
 } // namespace
@@ -81,19 +85,25 @@ void Trellis::advance()
     Idle idle = m_idle[slot(now - 1)];
     float best = idle.score;
 
-    // A steady tone, whichever the speed, in blocks.
+    // A steady tone, whichever the speed, in blocks; it may end within one.
     const auto block = static_cast<std::size_t>(now / CARRIER_BLOCK) % m_carrier.size();
-    const bool blockEnds = now % CARRIER_BLOCK == 0;
-    if (blockEnds) {
+    const std::int64_t sinceBlock = now % CARRIER_BLOCK;
+    if (sinceBlock == 0) {
         Carrier carrier = m_carrier[(block + m_carrier.size() - 1) % m_carrier.size()];
-        carrier.score += m_likelihood.ratio(CARRIER_BLOCK) + CARRIER_GOES_ON;
+        // In a weak signal keying looks like a carrier of half its power, and would be swallowed.
+        const Level& level = m_likelihood.level();
+        const bool weak = level.signal * level.dot_steps < WEAK_DOT * level.noise;
+        carrier.score += m_likelihood.ratio(CARRIER_BLOCK) + (weak ? 0.0F : CARRIER_GOES_ON);
         for (std::int64_t length = CARRIER_BLOCK; length < 2 * CARRIER_BLOCK; ++length) {
             const Entry& entry = m_bestGap[slot(now - length)];
-            if (entry.score <= IMPOSSIBLE)
+            if (entry.score <= IMPOSSIBLE || weak)
                 continue;
             const float score = entry.score + CARRIER + m_likelihood.ratio(length);
             if (score > carrier.score)
-                carrier = {score, entry.speed, now - length};
+                carrier = {
+                    score, entry.speed, now - length,
+                    m_gapBack[cell(static_cast<std::size_t>(entry.speed), now - length)].length >
+                        0};
         }
         carrier.score = std::max(IMPOSSIBLE, carrier.score);
         if (now - carrier.begin > KEPT_STEPS / 2)
@@ -101,6 +111,10 @@ void Trellis::advance()
         m_carrier[block] = carrier;
         best = std::max(best, carrier.score);
     }
+    const Carrier& carrier = m_carrier[block];
+    const float steady =
+        carrier.score +
+        (sinceBlock > 0 ? m_likelihood.ratio(sinceBlock) + CARRIER_ENDS_WITHIN : 0.0F);
 
     for (std::size_t speed = 0; speed < speeds; ++speed) {
         const DurationTable& table = m_keying.table(speed);
@@ -126,15 +140,11 @@ void Trellis::advance()
                 }
             }
         }
-        if (blockEnds) {
-            const Carrier& carrier = m_carrier[block];
-            const bool tooLong =
-                static_cast<double>(now - carrier.begin) > LEAST_CARRIER_units * table.unit_steps;
-            if (carrier.speed == static_cast<std::int16_t>(speed) && tooLong &&
-                carrier.score > mark) {
-                mark = carrier.score;
-                markBack = {static_cast<std::int16_t>(now - carrier.begin), Kind::Carrier};
-            }
+        if (carrier.speed == static_cast<std::int16_t>(speed) && steady > mark &&
+            (carrier.afterMark || sinceBlock == 0) &&
+            static_cast<double>(now - carrier.begin) > LEAST_CARRIER_units * table.unit_steps) {
+            mark = steady;
+            markBack = {static_cast<std::int16_t>(now - carrier.begin), Kind::Carrier};
         }
         best = std::max(best, mark);
 
@@ -252,6 +262,7 @@ Path Trellis::path(std::int64_t since_step) const
     State state = State::Outside;
     std::size_t speed = 0;
     std::int64_t at = m_now;
+    std::vector<float> bests(m_keying.speeds(), IMPOSSIBLE);
     for (std::size_t candidate = 0; candidate < m_keying.speeds(); ++candidate) {
         const DurationTable& table = m_keying.table(candidate);
         const auto stride = static_cast<std::int64_t>(table.stride);
@@ -265,6 +276,7 @@ Path Trellis::path(std::int64_t since_step) const
                 break;
             const float score =
                 m_mark[cell(candidate, from)] + table.gapSurvival[static_cast<std::size_t>(i)];
+            bests[candidate] = std::max(bests[candidate], score);
             if (score > best) {
                 best = score;
                 state = State::AfterMark;
@@ -280,6 +292,7 @@ Path Trellis::path(std::int64_t since_step) const
                 continue;
             const float score = m_gap[cell(candidate, from)] + ratio(m_now - from) +
                                 table.markSurvival[static_cast<std::size_t>(i)];
+            bests[candidate] = std::max(bests[candidate], score);
             if (score > best) {
                 best = score;
                 state = State::AfterGap;
@@ -294,6 +307,14 @@ Path Trellis::path(std::int64_t since_step) const
     const float steady = carrier.score + (sinceBlock > 0 ? m_likelihood.ratio(sinceBlock) : 0.0F);
     Path path;
     const auto unit = [&](std::size_t index) { return m_keying.table(index).unit_steps; };
+    if (state != State::Outside) {
+        float rival = idle.score;
+        for (std::size_t other = 0; other < bests.size(); ++other) {
+            if (std::fabs(std::log(unit(other) / unit(speed))) > OTHER_SPEED)
+                rival = std::max(rival, bests[other]);
+        }
+        path.margin = static_cast<double>(best - rival);
+    }
     if (steady > best) {
         best = steady;
         state = State::AfterGap;

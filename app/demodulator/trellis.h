@@ -25,6 +25,7 @@ struct Path
 {
     std::vector<Segment> segments; ///< oldest first; the last one is still going on
     double gain = 0.0;             ///< log likelihood over noise alone, since the path began
+    double margin = 0.0;           ///< log likelihood over any path at another speed
     bool complete = false;         ///< reaches back to where the signal began
 };
 
@@ -71,6 +72,7 @@ private:
         float score = 0.0F;
         std::int16_t speed = 0;
         std::int64_t begin = 0;
+        bool afterMark = false; // not the first of a transmission: its speed means something
     };
 
     static std::size_t slot(std::int64_t step)

@@ -1,19 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "reception/corpus.h"
 
-#include "support/random.h"
-
-#include <functional>
+#include <algorithm>
+#include <cmath>
 
 namespace reception {
 
 using testsupport::Hand;
+using testsupport::Neighbour;
 using testsupport::Path;
 using testsupport::Random;
 
 namespace {
-
-constexpr std::size_t TEXT_LENGTH = 600;
 
 const char* const WORDS[] = {
     "THE",      "OF",      "AND",     "TO",       "IN",       "A",      "IS",     "THAT",
@@ -62,10 +60,10 @@ std::string number(std::size_t below, Random& random)
     return std::to_string(1 + random.below(below));
 }
 
-std::string prose(Random& random)
+std::string prose(Random& random, std::size_t length)
 {
     std::string result;
-    while (result.size() < TEXT_LENGTH) {
+    while (result.size() < length) {
         const std::size_t words = 4 + random.below(9);
         for (std::size_t i = 0; i < words; ++i) {
             if (i > 0)
@@ -77,10 +75,10 @@ std::string prose(Random& random)
     return result;
 }
 
-std::string contact(Random& random)
+std::string contact(Random& random, std::size_t length)
 {
     std::string result;
-    while (result.size() < TEXT_LENGTH) {
+    while (result.size() < length) {
         const std::string a = callSign(random);
         const std::string b = callSign(random);
         const std::string report = any(REPORTS, random);
@@ -95,10 +93,10 @@ std::string contact(Random& random)
     return result;
 }
 
-std::string groups(Random& random)
+std::string groups(Random& random, std::size_t length)
 {
     std::string result;
-    while (result.size() < TEXT_LENGTH) {
+    while (result.size() < length) {
         for (int i = 0; i < 5; ++i) {
             const std::size_t pick = random.below(36);
             result += static_cast<char>(pick < 26 ? 'A' + pick : '0' + (pick - 26));
@@ -106,6 +104,16 @@ std::string groups(Random& random)
         result += ' ';
     }
     return result;
+}
+
+double between(double least, double most, Random& random)
+{
+    return least + (most - least) * random.uniform();
+}
+
+Neighbour second(Random& random)
+{
+    return {300.0, -6.0, between(16.0, 28.0, random)};
 }
 
 Condition row(const char* name, const char* title, const std::function<void(Hand&, Path&)>& change)
@@ -174,10 +182,10 @@ std::vector<Condition> makeConditions()
         path.fading_dB = 10;
         path.fading_Hz = 0.5;
     });
-    add("neighbour", "second signal 300 Hz up, 6 dB down", [](Hand&, Path& path) {
-        path.neighbour_Hz = 300;
-        path.neighbour_dB = -6;
-    });
+    add("neighbour", "second signal 300 Hz up, 6 dB down", [](Hand&, Path&) {});
+    rows.back().draw = [](Hand&, Path& path, Random& random) {
+        path.neighbours = {second(random)};
+    };
     add("clicks", "clicks, 3 a second, 2 ms, up to 10 dB over the tone",
         [](Hand&, Path& path) { path.clicks_per_s = 3; });
     add("filter-snr3", "through a 500 Hz filter, +3 dB", [](Hand&, Path& path) {
@@ -197,17 +205,29 @@ std::vector<Condition> makeConditions()
             path.fading_dB = 6;
             path.fading_Hz = 0.5;
             path.wander_Hz = 10;
-            path.neighbour_Hz = 300;
-            path.neighbour_dB = -6;
         });
+    rows.back().draw = [](Hand&, Path& path, Random& random) {
+        path.neighbours = {second(random)};
+    };
 
     add("chirp", "chirp, 60 Hz at the start of each mark",
         [](Hand&, Path& path) { path.chirp_Hz = 60; });
     add("hardkeying", "key clicks: edges of 0.2 ms", [](Hand&, Path& path) { path.rise_ms = 0.2; });
-    add("hum", "hum and its harmonics, 3 dB over the tone", [](Hand&, Path& path) {
-        path.hum_dB = 3;
-        path.tone_Hz = 650;
+    add("hum", "mains hum 6 dB over the tone, harmonics through it",
+        [](Hand&, Path& path) { path.hum_dB = 6; });
+    add("scatter", "Rayleigh fading, spread 0.2 Hz, +15 dB on average", [](Hand&, Path& path) {
+        path.snr_dB = 15;
+        path.scatter_Hz = 0.2;
     });
+    add("crowd", "two more signals, 150 to 500 Hz off, 3 to 12 dB down, 14 to 32 wpm",
+        [](Hand&, Path&) {});
+    rows.back().draw = [](Hand&, Path& path, Random& random) {
+        for (int i = 0; i < 2; ++i) {
+            const double offset_Hz = between(150, 500, random) * (random.below(2) != 0U ? 1 : -1);
+            path.neighbours.push_back(
+                {offset_Hz, -between(3, 12, random), between(14, 32, random)});
+        }
+    };
     add("static", "static crashes, 2 a second, up to 20 dB over the tone, +10 dB",
         [](Hand&, Path& path) {
             path.snr_dB = 10;
@@ -228,12 +248,13 @@ std::vector<Condition> makeConditions()
         });
     add("wpm45", "45 wpm, +10 dB", noisy(45, 10));
     add("wpm8", "8 wpm, +6 dB", noisy(8, 6));
-    add("stations", "two stations in turn: 22 and 16 wpm, 90 Hz apart, 8 dB apart, +15 dB",
-        [](Hand& hand, Path& path) {
-            hand.speed_wpm = 22;
-            path.snr_dB = 15;
-        });
+    add("stations",
+        "two stations in turn, each at 13 to 30 wpm, 30 to 200 Hz and up to 10 dB apart, +15 dB",
+        [](Hand&, Path& path) { path.snr_dB = 15; });
     rows.back().twoStations = true;
+    rows.back().draw = [](Hand& hand, Path&, Random& random) {
+        hand.speed_wpm = between(13, 30, random);
+    };
     return rows;
 }
 
@@ -245,9 +266,12 @@ const std::vector<Condition>& conditions()
     return rows;
 }
 
-std::vector<std::string> seeds(const std::string& set)
+std::vector<std::string> seeds(const std::string& set, std::size_t count)
 {
-    return {set + "-1"};
+    std::vector<std::string> list;
+    for (std::size_t i = 1; i <= count; ++i)
+        list.push_back(set + "-" + std::to_string(i));
+    return list;
 }
 
 const std::vector<std::string>& kinds()
@@ -256,13 +280,13 @@ const std::vector<std::string>& kinds()
     return list;
 }
 
-std::string text(const std::string& kind, const std::string& seed)
+std::string text(const std::string& kind, const std::string& seed, std::size_t length)
 {
     Random random("text/" + kind + "/" + seed);
-    std::string result = kind == "prose"     ? prose(random)
-                         : kind == "contact" ? contact(random)
-                                             : groups(random);
-    result.resize(TEXT_LENGTH);
+    std::string result = kind == "prose"     ? prose(random, length)
+                         : kind == "contact" ? contact(random, length)
+                                             : groups(random, length);
+    result.resize(length);
     while (result.back() == ' ')
         result.back() = 'E';
     return result;
@@ -270,11 +294,15 @@ std::string text(const std::string& kind, const std::string& seed)
 
 namespace {
 
-// Overs of about 100 characters, sent in turn with a pause of 1.5 s between them.
+// Overs of about 100 characters, sent in turn.
 std::vector<float> twoStations(const Condition& condition, const std::string& sent,
                                const std::string& seed)
 {
     std::vector<float> sum;
+    Random random(seed + "/answer");
+    const double offset_Hz = between(30, 200, random);
+    const double answer_wpm = between(13, 30, random);
+    const auto level = static_cast<float>(std::pow(10.0, -between(0, 10, random) / 20.0));
     std::size_t begin = 0;
     bool second = false;
     for (int over = 0; begin < sent.size(); ++over) {
@@ -285,17 +313,16 @@ std::vector<float> twoStations(const Condition& condition, const std::string& se
         Path path = condition.path;
         path.snr_dB.reset();
         path.before_s = over == 0 ? 1.0 : 0.0;
-        path.after_s = 1.5;
+        path.after_s = between(0.8, 2.5, random);
         if (second) {
-            hand.speed_wpm = 16.0;
-            path.tone_Hz += 90.0;
+            hand.speed_wpm = answer_wpm;
+            path.tone_Hz += offset_Hz;
         }
         const std::vector<float> part =
             testsupport::sound(sent.substr(begin, end - begin), hand, path, RATE_Hz,
                                seed + "/" + std::to_string(over));
-        const float level = second ? 0.4F : 1.0F;
         for (const float sample : part)
-            sum.push_back(sample * level);
+            sum.push_back(second ? sample * level : sample);
         begin = end;
         second = !second;
     }
@@ -307,21 +334,69 @@ std::vector<float> twoStations(const Condition& condition, const std::string& se
 
 } // namespace
 
-Recording record(const Condition& condition, const std::string& kind, const std::string& seed)
+Recording record(const Condition& condition, const std::string& kind, const std::string& seed,
+                 std::size_t length)
 {
     Recording recording;
     recording.name = condition.name + "." + kind + "." + seed;
-    recording.sent = text(kind, seed);
+    recording.sent = text(kind, seed, length);
     Condition own = condition;
     Random random(recording.name);
-    if (condition.name != "hum")
-        own.path.tone_Hz = 500.0 + 400.0 * random.uniform();
+    own.path.tone_Hz = between(500, 900, random);
+    if (own.draw)
+        own.draw(own.hand, own.path, random);
     recording.tone_Hz = own.path.tone_Hz;
     recording.speed_wpm = own.hand.speed_wpm;
     recording.samples = own.twoStations ? twoStations(own, recording.sent, recording.name)
                                         : testsupport::sound(recording.sent, own.hand, own.path,
                                                              RATE_Hz, recording.name);
     return recording;
+}
+
+namespace {
+
+// Nobody keys: what the path adds, at the levels of the rows with such a disturbance.
+std::vector<float> disturbed(double duration_s, const std::string& seed,
+                             const std::function<void(Path&)>& change)
+{
+    Path path;
+    path.snr_dB = 10.0;
+    path.before_s = duration_s;
+    path.after_s = 0.0;
+    change(path);
+    return testsupport::sound(std::vector<testsupport::Piece>(), path, RATE_Hz, seed);
+}
+
+} // namespace
+
+const std::vector<Silence>& silences()
+{
+    const auto with = [](const char* title, const std::function<void(Path&)>& change) {
+        return Silence{title, [change](double duration_s, const std::string& seed) {
+                           return disturbed(duration_s, seed, change);
+                       }};
+    };
+    static const std::vector<Silence> list = {
+        with("white noise", [](Path&) {}),
+        with("noise through a 500 Hz filter", [](Path& path) { path.filter_Hz = 500; }),
+        with("static crashes, 2 a second", [](Path& path) { path.static_per_s = 2; }),
+        with("clicks, 3 a second", [](Path& path) { path.clicks_per_s = 3; }),
+        with("mains hum", [](Path& path) { path.hum_dB = 6; }),
+        with("static crashes through a 500 Hz filter",
+             [](Path& path) {
+                 path.static_per_s = 2;
+                 path.filter_Hz = 500;
+             }),
+        {"a carrier that fades (Rayleigh, 0.2 Hz)",
+         [](double duration_s, const std::string& seed) {
+             Path path;
+             path.snr_dB = 10.0;
+             path.scatter_Hz = 0.2;
+             path.before_s = path.after_s = 0.0;
+             return testsupport::sound({{true, duration_s}}, path, RATE_Hz, seed);
+         }},
+    };
+    return list;
 }
 
 } // namespace reception

@@ -4,7 +4,9 @@
 #pragma once
 
 #include "support/keyer.h"
+#include "support/random.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -19,20 +21,23 @@ struct Condition
     std::string title; ///< as in the table
     testsupport::Hand hand;
     testsupport::Path path;
+    /// What is drawn for every recording beside its tone; may be empty.
+    std::function<void(testsupport::Hand&, testsupport::Path&, testsupport::Random&)> draw;
     bool twoStations = false; ///< a second one answers, at its own speed, pitch and strength
 };
 
 const std::vector<Condition>& conditions();
 
-/// Seeds of a set: texts and keying of two sets, one to tune on and one to report on, differ in
-/// everything.
-std::vector<std::string> seeds(const std::string& set);
+/// The first `count` seeds of a set. Texts, keying and noise of two seeds differ in everything.
+std::vector<std::string> seeds(const std::string& set, std::size_t count);
 
 /// Kinds of text: "prose", "contact", "groups".
 const std::vector<std::string>& kinds();
 
-/// About 600 characters.
-std::string text(const std::string& kind, const std::string& seed);
+constexpr std::size_t TEXT_LENGTH = 600;
+
+std::string text(const std::string& kind, const std::string& seed,
+                 std::size_t length = TEXT_LENGTH);
 
 struct Recording
 {
@@ -43,6 +48,16 @@ struct Recording
     double speed_wpm;
 };
 
-Recording record(const Condition& condition, const std::string& kind, const std::string& seed);
+Recording record(const Condition& condition, const std::string& kind, const std::string& seed,
+                 std::size_t length = TEXT_LENGTH);
+
+/// What may be heard where nobody keys.
+struct Silence
+{
+    std::string title;
+    std::function<std::vector<float>(double duration_s, const std::string& seed)> make;
+};
+
+const std::vector<Silence>& silences();
 
 } // namespace reception

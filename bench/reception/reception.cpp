@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Makes the corpus and scores decoders on it; see README.md.
 #include "app/demodulator/demodulator.h"
+#include "reception/bound.h"
 #include "reception/corpus.h"
 #include "support/morsecode.h"
 
@@ -8,41 +9,89 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <numeric>
 #include <string>
+#include <sys/resource.h>
+#include <unistd.h>
 #include <vector>
 
 namespace {
 
+constexpr char UNKNOWN = '*'; // stands for a code of no character, as other programs write one
+
+// What our demodulator gave, and when.
 class CodeList : public demodulator::SymbolSink
 {
 public:
-    void transmissionStarted(std::int64_t) override
+    void transmissionStarted(std::int64_t time_us) override
     {
         if (!codes.empty())
             codes.push_back(4);
+        ++transmissions;
+        m_start_us = time_us;
+        m_first = true;
     }
-    void symbol(int code, std::int64_t) override { codes.push_back(code); }
+    void symbol(int code, std::int64_t time_us) override
+    {
+        codes.push_back(code);
+        errorMarks += code >= 64 ? 1 : 0;
+        if (code != 3)
+            return;
+        const double delay_s = now_s - static_cast<double>(time_us) / 1e6;
+        const bool begins = static_cast<double>(time_us - m_start_us) / 1e6 < 5.0;
+        (m_first ? firstDelays_s : begins ? earlyDelays_s : delays_s).push_back(delay_s);
+        m_first = false;
+    }
     void transmissionStopped(std::int64_t) override {}
 
     std::vector<int> codes;
+    std::size_t transmissions = 0;
+    std::size_t errorMarks = 0;
+    double now_s = 0.0; // of what was pushed
+    // From the end of a character to its code: the first of a transmission, others that ended in
+    // its first 5 s, the rest.
+    std::vector<double> firstDelays_s, earlyDelays_s, delays_s;
+
+private:
+    std::int64_t m_start_us = 0;
+    bool m_first = false;
 };
 
 struct Options
 {
     std::string set = "tune";
+    std::size_t seeds = 1;
+    std::size_t length = reception::TEXT_LENGTH;
     std::string only;
     std::string kind;
+    std::string ours = "both";
+    double hours = 1.0;
     bool show = false;
     std::vector<std::string> others; // directory, or NAME=COMMAND
 };
 
-double g_signal_s = 0.0;
-double g_spent_s = 0.0;
+struct Cost
+{
+    double signal_s = 0.0;
+    double processor_s = 0.0;
 
-std::string decode(const reception::Recording& recording, bool told)
+    double timesRealTime() const { return signal_s / std::max(processor_s, 1e-9); }
+};
+
+double processor_s(int who)
+{
+    rusage usage = {};
+    getrusage(who, &usage);
+    const auto seconds = [](const timeval& time) {
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
+    };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+CodeList decode(const reception::Recording& recording, bool told, Cost& cost)
 {
     demodulator::Settings settings;
     settings.sampleRate_Hz = reception::RATE_Hz;
@@ -51,13 +100,18 @@ std::string decode(const reception::Recording& recording, bool told)
         settings.speed_wpm = recording.speed_wpm;
     }
     CodeList sink;
-    const std::clock_t begin = std::clock();
+    const double begin_s = processor_s(RUSAGE_SELF);
     demodulator::Demodulator demodulator(settings, sink);
-    demodulator.push(recording.samples.data(), recording.samples.size());
+    constexpr std::size_t PIECE = 80; // 10 ms
+    for (std::size_t at = 0; at < recording.samples.size(); at += PIECE) {
+        const std::size_t count = std::min(PIECE, recording.samples.size() - at);
+        sink.now_s = static_cast<double>(at + count) / reception::RATE_Hz;
+        demodulator.push(recording.samples.data() + at, count);
+    }
     demodulator.finish();
-    g_spent_s += static_cast<double>(std::clock() - begin) / CLOCKS_PER_SEC;
-    g_signal_s += static_cast<double>(recording.samples.size()) / reception::RATE_Hz;
-    return testsupport::textOfCodes(sink.codes);
+    cost.processor_s += processor_s(RUSAGE_SELF) - begin_s;
+    cost.signal_s += static_cast<double>(recording.samples.size()) / reception::RATE_Hz;
+    return sink;
 }
 
 void put(std::ofstream& file, std::uint32_t value, int bytes)
@@ -99,14 +153,14 @@ std::string replaced(std::string command, const std::string& what, const std::st
 
 // What a program writes to its standard output for a recording.
 std::string run(const std::string& command, const std::string& wave,
-                const reception::Recording& recording)
+                const reception::Recording& recording, Cost& cost)
 {
     std::string line = replaced(command, "{}", wave);
     line = replaced(line, "{tone}", std::to_string(std::lround(recording.tone_Hz)));
     line = replaced(line, "{wpm}", std::to_string(std::lround(recording.speed_wpm)));
-    line += " 2>/dev/null";
     std::string text;
-    FILE* pipe = popen(line.c_str(), "r");
+    const double begin_s = processor_s(RUSAGE_CHILDREN);
+    FILE* pipe = popen(("{ " + line + "; } 2>/dev/null").c_str(), "r");
     if (pipe == nullptr)
         return text;
     char buffer[4096];
@@ -114,19 +168,49 @@ std::string run(const std::string& command, const std::string& wave,
          count = fread(buffer, 1, sizeof buffer, pipe))
         text.append(buffer, count);
     pclose(pipe);
+    cost.processor_s += processor_s(RUSAGE_CHILDREN) - begin_s;
+    cost.signal_s += static_cast<double>(recording.samples.size()) / reception::RATE_Hz;
     return text;
 }
 
 template <typename Function>
 void forAll(const Options& options, const reception::Condition& condition, Function function)
 {
-    for (const std::string& seed : reception::seeds(options.set)) {
+    for (const std::string& seed : reception::seeds(options.set, options.seeds)) {
         for (const std::string& kind : reception::kinds()) {
             if (options.kind.empty() || kind == options.kind)
-                function(reception::record(condition, kind, seed));
+                function(reception::record(condition, kind, seed, options.length));
         }
     }
 }
+
+// Error rates of recordings, in percent.
+struct Rates
+{
+    std::vector<double> each;
+
+    double mean() const
+    {
+        return std::accumulate(each.begin(), each.end(), 0.0) / static_cast<double>(each.size());
+    }
+    double standardError() const
+    {
+        const auto count = static_cast<double>(each.size());
+        double squares = 0.0;
+        for (const double rate : each)
+            squares += (rate - mean()) * (rate - mean());
+        return count > 1.0 ? std::sqrt(squares / (count - 1.0) / count) : 0.0;
+    }
+    std::string text() const
+    {
+        char buffer[64];
+        if (standardError() < 0.005)
+            std::snprintf(buffer, sizeof buffer, "%.2f", mean());
+        else
+            std::snprintf(buffer, sizeof buffer, "%.2f ± %.2f", mean(), standardError());
+        return buffer;
+    }
+};
 
 bool wanted(const Options& options, const reception::Condition& condition)
 {
@@ -144,30 +228,132 @@ int list()
 // Our own demodulator alone, one line a condition, for tuning.
 int measure(const Options& options)
 {
+    Cost cost;
     for (const reception::Condition& condition : reception::conditions()) {
         if (!wanted(options, condition))
             continue;
-        std::vector<double> rates;
+        Rates rates;
+        Rates lenient; // codes of no character left out
         forAll(options, condition, [&](const reception::Recording& recording) {
-            const std::string received = decode(recording, false);
-            rates.push_back(testsupport::characterErrorRate(recording.sent, received));
+            const CodeList heard = decode(recording, options.ours == "told", cost);
+            const std::string received = testsupport::textOfCodes(heard.codes, UNKNOWN);
+            rates.each.push_back(100.0 * testsupport::characterErrorRate(recording.sent, received));
+            lenient.each.push_back(
+                100.0 * testsupport::characterErrorRate(recording.sent,
+                                                        testsupport::textOfCodes(heard.codes)));
             if (options.show) {
                 std::printf("sent %s\n", testsupport::asReceived(recording.sent).c_str());
                 std::printf("got  %s\n", testsupport::asReceived(received).c_str());
             }
         });
-        double sum = 0.0;
-        for (const double rate : rates)
-            sum += rate;
-        std::printf("%-12s %6.2f  |", condition.name.c_str(),
-                    100.0 * sum / static_cast<double>(rates.size()));
-        for (const double rate : rates)
-            std::printf(" %6.2f", 100.0 * rate);
+        std::printf("%-12s %s (%s)  |", condition.name.c_str(), rates.text().c_str(),
+                    lenient.text().c_str());
+        for (const double rate : rates.each)
+            std::printf(" %.2f", rate);
         std::printf("\n");
         std::fflush(stdout);
     }
-    std::printf("%.0f s of signal in %.2f s of processor time: %.0f times real time\n", g_signal_s,
-                g_spent_s, g_signal_s / g_spent_s);
+    std::printf("%.0f s of signal in %.2f s of processor time: %.0f times real time\n",
+                cost.signal_s, cost.processor_s, cost.timesRealTime());
+    return 0;
+}
+
+// What could be read at best; only of conditions with a steady signal in steady noise.
+int bound(const Options& options)
+{
+    std::printf("| condition | bound |\n|---|---:|\n");
+    for (const reception::Condition& condition : reception::conditions()) {
+        if (!wanted(options, condition))
+            continue;
+        reception::Condition clean = condition;
+        clean.path.snr_dB.reset();
+        Rates rates;
+        for (const std::string& seed : reception::seeds(options.set, options.seeds)) {
+            for (const std::string& kind : reception::kinds()) {
+                const reception::Recording recording = reception::record(condition, kind, seed);
+                const std::vector<int> codes =
+                    reception::boundOf(recording, reception::record(clean, kind, seed));
+                rates.each.push_back(100.0 *
+                                     testsupport::characterErrorRate(
+                                         recording.sent, testsupport::textOfCodes(codes, UNKNOWN)));
+            }
+        }
+        std::printf("| %s | %s |\n", condition.title.c_str(), rates.text().c_str());
+        std::fflush(stdout);
+    }
+    return 0;
+}
+
+// From the end of a character to its code, in seconds: median and longest.
+int delay(const Options& options)
+{
+    const auto text = [](std::vector<double>& delays_s) {
+        char buffer[64] = "";
+        std::sort(delays_s.begin(), delays_s.end());
+        if (!delays_s.empty())
+            std::snprintf(buffer, sizeof buffer, "%.2f, %.2f", delays_s[delays_s.size() / 2],
+                          delays_s.back());
+        return std::string(buffer);
+    };
+    Cost cost;
+    std::printf("| condition | first character | others in the first 5 s | later |\n"
+                "|---|---:|---:|---:|\n");
+    for (const reception::Condition& condition : reception::conditions()) {
+        if (!wanted(options, condition))
+            continue;
+        CodeList all;
+        reception::Condition later = condition;
+        later.path.before_s = 5.0; // not at the very beginning of the input
+        forAll(options, later, [&](const reception::Recording& recording) {
+            const CodeList heard = decode(recording, options.ours == "told", cost);
+            const auto add = [](std::vector<double>& to, const std::vector<double>& from) {
+                to.insert(to.end(), from.begin(), from.end());
+            };
+            add(all.firstDelays_s, heard.firstDelays_s);
+            add(all.earlyDelays_s, heard.earlyDelays_s);
+            add(all.delays_s, heard.delays_s);
+        });
+        std::printf("| %s | %s | %s | %s |\n", condition.title.c_str(),
+                    text(all.firstDelays_s).c_str(), text(all.earlyDelays_s).c_str(),
+                    text(all.delays_s).c_str());
+        std::fflush(stdout);
+    }
+    return 0;
+}
+
+// What our demodulator hears where nobody keys.
+int noise(const Options& options)
+{
+    constexpr double PIECE_s = 600.0;
+    std::printf("| hours of | transmissions | characters | of them unknown | timing marks |\n"
+                "|---|---:|---:|---:|---:|\n");
+    Cost cost;
+    for (const reception::Silence& silence : reception::silences()) {
+        std::size_t transmissions = 0;
+        std::size_t characters = 0;
+        std::size_t unknown = 0;
+        std::size_t errorMarks = 0;
+        const auto pieces = static_cast<int>(std::ceil(options.hours * 3600.0 / PIECE_s));
+        for (int piece = 0; piece < pieces; ++piece) {
+            reception::Recording recording;
+            recording.samples =
+                silence.make(PIECE_s, silence.title + "/" + options.set + std::to_string(piece));
+            const CodeList heard = decode(recording, false, cost);
+            transmissions += heard.transmissions;
+            errorMarks += heard.errorMarks;
+            for (const char c : testsupport::textOfCodes(heard.codes, UNKNOWN)) {
+                characters += c == ' ' ? 0 : 1;
+                unknown += c == UNKNOWN ? 1 : 0;
+            }
+            if (options.show && !heard.codes.empty())
+                std::printf("piece %d: %s\n", piece,
+                            testsupport::textOfCodes(heard.codes, UNKNOWN).c_str());
+        }
+        std::printf("| %.1f of %s | %zu | %zu | %zu | %zu |\n", pieces * PIECE_s / 3600.0,
+                    silence.title.c_str(), transmissions, characters, unknown, errorMarks);
+        std::fflush(stdout);
+    }
+    std::printf("%.0f times real time\n", cost.timesRealTime());
     return 0;
 }
 
@@ -199,59 +385,75 @@ int score(const Options& options)
         }
         peers.emplace_back(other.substr(0, equals), other.substr(equals + 1));
     }
-    std::printf("| condition | ours | ours, told |");
-    for (const auto& peer : peers)
-        std::printf(" %s |", peer.first.c_str());
-    std::printf("\n|---|---:|---:|");
-    for (std::size_t i = 0; i < peers.size(); ++i)
+    struct Column
+    {
+        std::string name;
+        std::function<std::string(const reception::Recording&, Cost&)> read;
+        Cost cost;
+    };
+    const std::string wave = (std::filesystem::temp_directory_path() /
+                              ("reception-" + std::to_string(getpid()) + ".wav"))
+                                 .string();
+    std::vector<Column> columns;
+    for (const bool told : {false, true}) {
+        if (options.ours == (told ? "unaided" : "told") || options.ours == "none")
+            continue;
+        const auto read = [told](const reception::Recording& recording, Cost& cost) {
+            return testsupport::textOfCodes(decode(recording, told, cost).codes, UNKNOWN);
+        };
+        columns.push_back({told ? "ours, told" : "ours", read, {}});
+    }
+    for (const auto& peer : peers) {
+        const auto read = [&](const reception::Recording& recording, Cost& cost) {
+            return run(peer.second, wave, recording, cost);
+        };
+        columns.push_back({peer.first, read, {}});
+    }
+    std::printf("| condition |");
+    for (const Column& column : columns)
+        std::printf(" %s |", column.name.c_str());
+    std::printf("\n|---|");
+    for (std::size_t i = 0; i < columns.size(); ++i)
         std::printf("---:|");
     std::printf("\n");
-    const std::string wave = (std::filesystem::temp_directory_path() /
-                              ("reception-" + std::to_string(std::clock()) + "-" +
-                               std::to_string(std::time(nullptr)) + ".wav"))
-                                 .string();
     for (const reception::Condition& condition : reception::conditions()) {
         if (!wanted(options, condition))
             continue;
-        std::vector<double> sums(2 + peers.size(), 0.0);
-        double count = 0.0;
+        std::vector<Rates> rates(columns.size());
         forAll(options, condition, [&](const reception::Recording& recording) {
-            const auto add = [&](std::size_t column, const std::string& text) {
-                sums[column] += testsupport::characterErrorRate(recording.sent, text);
-            };
-            add(0, decode(recording, false));
-            add(1, decode(recording, true));
             if (!peers.empty())
                 writeWave(wave, recording.samples);
-            for (std::size_t i = 0; i < peers.size(); ++i)
-                add(2 + i, run(peers[i].second, wave, recording));
-            count += 1.0;
+            for (std::size_t i = 0; i < columns.size(); ++i) {
+                const std::string text = columns[i].read(recording, columns[i].cost);
+                rates[i].each.push_back(100.0 *
+                                        testsupport::characterErrorRate(recording.sent, text));
+            }
         });
         std::printf("| %s |", condition.title.c_str());
-        for (const double sum : sums)
-            std::printf(" %.2f |", 100.0 * sum / count);
+        for (const Rates& rate : rates)
+            std::printf(" %s |", rate.text().c_str());
         std::printf("\n");
         std::fflush(stdout);
     }
-    // Ten minutes of noise: characters given.
-    const std::vector<float> samples =
-        testsupport::noise(600.0, 0.1, reception::RATE_Hz, "noise/" + options.set);
-    reception::Recording noise;
-    noise.samples = samples;
-    noise.tone_Hz = 700.0;
-    noise.speed_wpm = 20.0;
-    const auto characters = [](const std::string& text) {
-        std::size_t count = 0;
-        for (const char c : testsupport::asReceived(text))
-            count += c == ' ' ? 0 : 1;
-        return count;
-    };
-    std::printf("| noise alone, characters in ten minutes | %zu | %zu |",
-                characters(decode(noise, false)), characters(decode(noise, true)));
-    writeWave(wave, samples);
-    for (const auto& peer : peers)
-        std::printf(" %zu |", characters(run(peer.second, wave, noise)));
+    std::printf("| times real time, processor time |");
+    for (const Column& column : columns)
+        std::printf(" %.0f |", column.cost.timesRealTime());
     std::printf("\n");
+    // Ten minutes of noise: characters given.
+    if (options.only.empty()) {
+        reception::Recording noise;
+        noise.samples = testsupport::noise(600.0, 0.1, reception::RATE_Hz, "noise/" + options.set);
+        noise.tone_Hz = 700.0;
+        noise.speed_wpm = 20.0;
+        writeWave(wave, noise.samples);
+        std::printf("| noise alone, characters in ten minutes |");
+        for (Column& column : columns) {
+            const std::string text = testsupport::asReceived(column.read(noise, column.cost));
+            std::printf(" %zu |", text.size() - static_cast<std::size_t>(
+                                                    std::count(text.begin(), text.end(), ' ')));
+        }
+        std::printf("\n");
+    }
     std::filesystem::remove(wave);
     return 0;
 }
@@ -262,7 +464,11 @@ int usage()
                          "       reception measure [OPTION...]\n"
                          "       reception make [OPTION...] DIRECTORY\n"
                          "       reception score [OPTION...] [NAME=COMMAND...]\n"
-                         "options: --set NAME  --only CONDITION,...  --kind KIND  --show\n"
+                         "       reception bound [OPTION...]\n"
+                         "       reception delay [OPTION...]\n"
+                         "       reception noise [--set NAME] [--hours HOURS] [--show]\n"
+                         "options: --set NAME  --seeds COUNT  --only CONDITION,...  --kind KIND\n"
+                         "         --length CHARACTERS  --ours unaided|told|both|none  --show\n"
                          "COMMAND writes text; {} is the recording, {tone} and {wpm} the truth\n");
     return 2;
 }
@@ -282,6 +488,14 @@ int main(int argc, char** argv)
             options.only = argv[++i];
         else if (argument == "--kind" && more)
             options.kind = argv[++i];
+        else if (argument == "--seeds" && more)
+            options.seeds = static_cast<std::size_t>(std::max(1, std::atoi(argv[++i])));
+        else if (argument == "--length" && more)
+            options.length = static_cast<std::size_t>(std::max(2, std::atoi(argv[++i])));
+        else if (argument == "--hours" && more)
+            options.hours = std::atof(argv[++i]);
+        else if (argument == "--ours" && more)
+            options.ours = argv[++i];
         else if (argument == "--show")
             options.show = true;
         else if (argument.compare(0, 2, "--") == 0)
@@ -297,5 +511,11 @@ int main(int argc, char** argv)
         return make(options);
     if (command == "score")
         return score(options);
+    if (command == "bound")
+        return bound(options);
+    if (command == "delay")
+        return delay(options);
+    if (command == "noise")
+        return noise(options);
     return usage();
 }

@@ -22,6 +22,35 @@ const QString TEXT_READ = QStringLiteral("THE QUICK BROWN FOX JUMPS OVER THE LAZ
 
 const char* const TEXT = "THE QUICK BROWN FOX JUMPS OVER THE LAZY DOG 1234567890";
 
+// Codes and how long after what it reports each came; a word's end is only known once its gap is
+// long enough.
+class LiveList : public CodeList
+{
+public:
+    void symbol(int code, std::int64_t time_us) override
+    {
+        CodeList::symbol(code, time_us);
+        if (code != 4)
+            longestDelay_s = std::max(longestDelay_s, now_s - static_cast<double>(time_us) / 1e6);
+    }
+
+    double now_s = 0.0;
+    double longestDelay_s = 0.0;
+};
+
+LiveList decodeAsItComes(const std::vector<float>& samples)
+{
+    constexpr std::size_t PIECE = 80; // 10 ms
+    LiveList list;
+    demodulator::Demodulator demodulator({8000.0, {}, {}}, list);
+    for (std::size_t at = 0; at + PIECE <= samples.size(); at += PIECE) {
+        list.now_s = static_cast<double>(at + PIECE) / 8000.0;
+        demodulator.push(samples.data() + at, PIECE);
+    }
+    demodulator.finish();
+    return list;
+}
+
 std::vector<float> keyedText(double speed_wpm, double rate_Hz, std::optional<double> snr_dB)
 {
     Hand hand;
@@ -58,15 +87,18 @@ private Q_SLOTS:
     }
     void theCutOfTheInputChangesNothing()
     {
-        const std::vector<float> samples = keyedText(20.0, 11025.0, 6.0);
+        Hand hand;
+        Path path;
+        path.after_s = 4.0; // ends the transmission
+        std::vector<float> samples = sound("CQ DE AB1C", hand, path, 11025.0, "cut");
+        const std::vector<float> more = keyedText(25.0, 11025.0, {});
+        samples.insert(samples.end(), more.begin(), more.end());
+        addNoise(samples, 11025.0, 0.9, 6.0, "cut");
         const CodeList whole = decodeAll(samples, 11025.0, samples.size());
-        QVERIFY(!whole.transmissions.empty());
-        for (const std::size_t piece : {std::size_t(1), std::size_t(37), std::size_t(5000)}) {
-            const CodeList cut = decodeAll(samples, 11025.0, piece);
-            QCOMPARE(cut.codes(), whole.codes());
-            QCOMPARE(cut.transmissions[0].times_us, whole.transmissions[0].times_us);
-            QCOMPARE(cut.transmissions[0].start_us, whole.transmissions[0].start_us);
-        }
+        QCOMPARE(whole.transmissions.size(), std::size_t(2));
+        QVERIFY(whole.codes().size() > 150);
+        for (const std::size_t piece : {std::size_t(1), std::size_t(37), std::size_t(5000)})
+            QVERIFY(decodeAll(samples, 11025.0, piece).transmissions == whole.transmissions);
     }
     void timesAreThoseOfTheSignal()
     {
@@ -87,25 +119,75 @@ private Q_SLOTS:
         QVERIFY(near(transmission.stop_us, 1.0 + 43 * 0.06));
         QCOMPARE(transmission.times_us.back(), transmission.stop_us);
     }
-    void aCharacterIsShownWithinASecondOfItsEnd()
+    void aCodeComesWithinASecondOfWhatItReports_data()
     {
-        const std::vector<float> samples = keyedText(20.0, 8000.0, 10.0);
-        CodeList list;
-        demodulator::Demodulator demodulator({8000.0, {}, {}}, list);
-        std::size_t seen = 0;
-        for (std::size_t at = 0; at + 80 <= samples.size(); at += 80) {
-            demodulator.push(samples.data() + at, 80);
-            if (list.transmissions.empty())
-                continue;
-            const Transmission& transmission = list.transmissions.back();
-            for (; seen < transmission.codes.size(); ++seen) {
-                const double now_s = static_cast<double>(at + 80) / 8000.0;
-                const double event_s = static_cast<double>(transmission.times_us[seen]) / 1e6;
-                if (event_s > 4.0 && transmission.codes[seen] != 4)
-                    QVERIFY2(now_s - event_s < 1.1, qPrintable(QString::number(now_s - event_s)));
-            }
+        QTest::addColumn<double>("speed_wpm");
+        QTest::addColumn<double>("snr_dB");
+        QTest::addColumn<double>("most_s");
+        for (const double speed : {8.0, 12.0, 20.0, 30.0, 40.0}) {
+            // Of a slow hand it takes longer until the first elements tell the speed.
+            const double most_s = speed < 15.0 ? 2.0 : 1.0;
+            for (const double snr : {20.0, 3.0})
+                QTest::newRow(qPrintable(QStringLiteral("%1 wpm, %2 dB").arg(speed).arg(snr)))
+                    << speed << snr << most_s;
         }
-        QVERIFY(seen > 100);
+    }
+    void aCodeComesWithinASecondOfWhatItReports()
+    {
+        QFETCH(double, speed_wpm);
+        QFETCH(double, snr_dB);
+        QFETCH(double, most_s);
+        Hand hand;
+        hand.speed_wpm = speed_wpm;
+        Path path;
+        path.snr_dB = snr_dB;
+        path.before_s = 4.0;
+        const LiveList list =
+            decodeAsItComes(sound("CQ CQ DE AB1C K", hand, path, 8000.0, "delay"));
+        QCOMPARE(read(list), QStringLiteral("CQ CQ DE AB1C K"));
+        QVERIFY2(list.longestDelay_s < most_s, qPrintable(QString::number(list.longestDelay_s)));
+    }
+    void atTheBeginningOfTheInputTheStrongestSignalIsWaitedFor()
+    {
+        Hand hand;
+        Path path;
+        path.neighbours = {{-250.0, -6.0, 24.0}}; // may begin first
+        path.snr_dB = 20.0;
+        for (const char* seed : {"one", "two", "three", "four", "five"}) {
+            const LiveList list =
+                decodeAsItComes(sound("CQ CQ DE AB1C K", hand, path, 8000.0, seed));
+            QCOMPARE(read(list), QStringLiteral("CQ CQ DE AB1C K"));
+            QVERIFY2(list.longestDelay_s < 2.5, qPrintable(QString::number(list.longestDelay_s)));
+        }
+    }
+    void whereTheSpeedIsUnclearTheFirstCodesComeLaterButCome()
+    {
+        // Nothing but dashes: they could be dots of a slower hand.
+        Hand hand;
+        Path path;
+        path.snr_dB = 20.0;
+        const LiveList list = decodeAsItComes(sound("TTTMTMOTMT", hand, path, 8000.0, "dashes"));
+        QCOMPARE(read(list), QStringLiteral("TTTMTMOTMT"));
+        QVERIFY2(list.longestDelay_s < 4.6, qPrintable(QString::number(list.longestDelay_s)));
+    }
+    void anAnswerIsGivenSoonAfterItBegins()
+    {
+        Hand hand;
+        Path path;
+        path.tone_Hz = 650.0;
+        path.before_s = 4.0;
+        path.after_s = 1.0;
+        std::vector<float> samples = sound("XY2Z DE AB1C K", hand, path, 8000.0, "call");
+        hand.speed_wpm = 26.0;
+        path.tone_Hz = 740.0;
+        path.before_s = 0.0;
+        path.after_s = 2.0;
+        for (const float sample : sound("R R AB1C DE XY2Z K", hand, path, 8000.0, "answer"))
+            samples.push_back(0.6F * sample);
+        addNoise(samples, 8000.0, 0.9, 15.0, "answer");
+        const LiveList list = decodeAsItComes(samples);
+        QCOMPARE(read(list), QStringLiteral("XY2Z DE AB1C K R R AB1C DE XY2Z K"));
+        QVERIFY2(list.longestDelay_s < 1.1, qPrintable(QString::number(list.longestDelay_s)));
     }
     void aLongSilenceEndsATransmission()
     {
@@ -148,16 +230,46 @@ private Q_SLOTS:
     }
     void noiseIsSilent()
     {
-        const CodeList list = decodeAll(noise(120.0, 0.2, 8000.0, "two minutes"), 8000.0);
-        QCOMPARE(list.text(), std::string());
-        QVERIFY(list.transmissions.empty());
+        for (const char* seed : {"two minutes", "two others", "and two more", "the last two"})
+            QVERIFY(decodeAll(noise(120.0, 0.2, 8000.0, seed), 8000.0).transmissions.empty());
     }
-    void aSteadyToneGivesNoText()
+    void aSteadyToneIsNoKeying_data()
     {
+        QTest::addColumn<double>("amplitude");
+        QTest::addColumn<double>("tone_Hz");
+        QTest::newRow("strong") << 0.5 << 800.0;
+        QTest::newRow("as strong as the noise") << 0.05 << 620.0;
+        QTest::newRow("weak") << 0.02 << 700.0;
+    }
+    void aSteadyToneIsNoKeying()
+    {
+        QFETCH(double, amplitude);
+        QFETCH(double, tone_Hz);
         std::vector<float> samples = noise(20.0, 0.05, 8000.0, "carrier");
         for (std::size_t n = 16000; n < samples.size(); ++n)
-            samples[n] += static_cast<float>(0.5 * std::sin(6.283185307 * 800.0 * n / 8000.0));
-        QCOMPARE(read(decodeAll(samples, 8000.0)), QString());
+            samples[n] +=
+                static_cast<float>(amplitude * std::sin(6.283185307 * tone_Hz * n / 8000.0));
+        QCOMPARE(decodeAll(samples, 8000.0).codes(), std::vector<int>());
+    }
+    void aKeyHeldDownIsAMarkTooLongAndNoDash()
+    {
+        Hand hand;
+        Path path;
+        path.after_s = 0.0;
+        std::vector<Piece> pieces = keying("VVV DE AB1C", hand, "held");
+        pieces.push_back({false, 0.42});
+        pieces.push_back({true, 2.0});
+        pieces.push_back({false, 0.42});
+        for (const Piece& piece : keying("VVV", hand, "held"))
+            pieces.push_back(piece);
+        path.after_s = 2.0;
+        path.snr_dB = 20.0;
+        const CodeList list = decodeAll(sound(pieces, path, 8000.0, "held"), 8000.0);
+        QCOMPARE(read(list), QStringLiteral("VVV DE AB1C VVV"));
+        const std::vector<int> codes = list.codes();
+        QCOMPARE(std::count(codes.begin(), codes.end(), 65), std::ptrdiff_t(1));
+        const auto mark = std::find(codes.begin(), codes.end(), 65);
+        QVERIFY(*(mark - 1) == 4 && *(mark + 1) == 0); // after a word's end, before the next dot
     }
     void insaneInputIsSurvived_data()
     {
@@ -189,7 +301,7 @@ private Q_SLOTS:
             else if (what == 7)
                 sample = random.below(2) != 0U ? 1.0F : -1.0F;
         }
-        QCOMPARE(read(decodeAll(samples, 8000.0)), QString());
+        QVERIFY(decodeAll(samples, 8000.0).transmissions.empty());
     }
     void aClippedSignalIsReadAllTheSame()
     {
@@ -228,10 +340,11 @@ private Q_SLOTS:
         const std::vector<float> samples = keyedText(30.0, 8000.0, 20.0);
         demodulator.push(samples.data(), samples.size());
         demodulator.finish();
-        const std::size_t count = list.codes().size();
+        QCOMPARE(read(list), TEXT_READ);
+        const std::vector<Transmission> before = list.transmissions;
         demodulator.push(samples.data(), samples.size());
         demodulator.finish();
-        QCOMPARE(list.codes().size(), count);
+        QVERIFY(list.transmissions == before);
     }
     void aToldToneChoosesBetweenTwoSignals()
     {
@@ -273,8 +386,7 @@ private Q_SLOTS:
         Hand hand;
         Path path;
         path.snr_dB = 20.0;
-        path.neighbour_Hz = 300.0;
-        path.neighbour_dB = -6.0;
+        path.neighbours = {{300.0, -6.0, 24.0}};
         path.after_s = 2.0;
         const CodeList list = decodeAll(sound(TEXT, hand, path, 8000.0, "neighbour"), 8000.0);
         QCOMPARE(read(list), TEXT_READ);
@@ -282,7 +394,9 @@ private Q_SLOTS:
     void hearingTheSameAgainGivesTheSame()
     {
         const std::vector<float> samples = keyedText(20.0, 8000.0, 0.0);
-        QCOMPARE(decodeAll(samples, 8000.0).codes(), decodeAll(samples, 8000.0).codes());
+        const CodeList once = decodeAll(samples, 8000.0);
+        QVERIFY2(characterErrorRate(TEXT, once.text()) < 0.05, once.text().c_str());
+        QVERIFY(decodeAll(samples, 8000.0).transmissions == once.transmissions);
     }
     void weakAndUnsteadySignalsAreRead_data()
     {
@@ -300,7 +414,7 @@ private Q_SLOTS:
         Path path;
         path.snr_dB = snr_dB;
         const CodeList list = decodeAll(sound(TEXT, hand, path, 8000.0, "weak"), 8000.0);
-        QVERIFY2(characterErrorRate(TEXT, list.text()) <= 0.04, list.text().c_str());
+        QCOMPARE(read(list), TEXT_READ);
     }
 };
 

@@ -88,7 +88,7 @@ private Q_SLOTS:
         }
     }
 
-    void ebook2cwIsReadToWithinOnePercent_data()
+    void ebook2cwIsReadToWithinOneCharacter_data()
     {
         QTest::addColumn<int>("speed_wpm");
         QTest::addColumn<bool>("noisy");
@@ -97,7 +97,7 @@ private Q_SLOTS:
             QTest::newRow(qPrintable(QStringLiteral("%1 wpm, +10 dB").arg(speed))) << speed << true;
         }
     }
-    void ebook2cwIsReadToWithinOnePercent()
+    void ebook2cwIsReadToWithinOneCharacter()
     {
         QFETCH(int, speed_wpm);
         QFETCH(bool, noisy);
@@ -125,7 +125,7 @@ private Q_SLOTS:
         QVERIFY(asReceived(LONG_TEXT).size() > 500);
         const std::string text = decodeAll(file.samples, file.rate_Hz).text();
         const double rate = characterErrorRate(LONG_TEXT, text);
-        QVERIFY2(rate <= 0.01, (std::to_string(rate) + ": " + text).c_str());
+        QVERIFY2(rate <= 0.002, (std::to_string(rate) + ": " + text).c_str());
     }
 };
 

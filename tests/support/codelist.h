@@ -18,6 +18,12 @@ struct Transmission
     std::int64_t stop_us = -1; ///< -1: not stopped
     std::vector<int> codes;
     std::vector<std::int64_t> times_us;
+
+    bool operator==(const Transmission& other) const
+    {
+        return start_us == other.start_us && stop_us == other.stop_us && codes == other.codes &&
+               times_us == other.times_us;
+    }
 };
 
 class CodeList : public demodulator::SymbolSink

@@ -5,7 +5,9 @@
 #include "support/random.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <complex>
 
 namespace testsupport {
 
@@ -116,21 +118,65 @@ void addStatic(std::vector<float>& samples, double perSecond, double rate_Hz, Ra
     }
 }
 
-void addHum(std::vector<float>& samples, double level_dB, double rate_Hz)
+void addHum(std::vector<float>& samples, double level_dB, double rate_Hz, Random& random)
 {
-    const double level = amplitudeOf(level_dB);
-    for (std::size_t n = 0; n < samples.size(); ++n) {
-        const double t = static_cast<double>(n) / rate_Hz;
-        double value = 0.0;
-        for (int harmonic = 1; harmonic <= 8; ++harmonic)
-            value += std::sin(2.0 * PI * 100.0 * harmonic * t + harmonic) / (harmonic * harmonic);
-        samples[n] += static_cast<float>(level * value);
+    const double mains_Hz = 50.0 + 0.05 * random.gauss();
+    for (int harmonic = 1; harmonic * mains_Hz < std::min(4000.0, 0.5 * rate_Hz); ++harmonic) {
+        const double level = amplitudeOf(level_dB) * 2.0 / std::max(2, harmonic) *
+                             (harmonic % 2 == 0 ? 1.0 : amplitudeOf(-10.0));
+        const double turn = 2.0 * PI * harmonic * mains_Hz / rate_Hz;
+        const double begin = 2.0 * PI * random.uniform();
+        for (std::size_t n = 0; n < samples.size(); ++n)
+            samples[n] +=
+                static_cast<float>(level * std::sin(turn * static_cast<double>(n) + begin));
     }
 }
 
-void addTone(std::vector<float>& samples, const std::vector<float>& keyed, double tone_Hz,
-             double level, const Path& path, double rate_Hz)
+// The gain of many paths, each with a Doppler shift of its own.
+class Scatter
 {
+public:
+    Scatter(double spread_Hz, Random& random)
+    {
+        for (Ray& ray : m_rays)
+            ray = {2.0 * PI * spread_Hz * random.gauss(), 2.0 * PI * random.uniform()};
+    }
+    std::complex<double> at(double t) const
+    {
+        std::complex<double> sum = 0.0;
+        for (const Ray& ray : m_rays)
+            sum += std::polar(1.0, ray.turn * t + ray.phase);
+        return sum / std::sqrt(static_cast<double>(m_rays.size()));
+    }
+
+private:
+    struct Ray
+    {
+        double turn; // radians a second
+        double phase;
+    };
+    std::array<Ray, 12> m_rays;
+};
+
+std::string idleText(std::size_t length, Random& random)
+{
+    std::string text;
+    while (text.size() < length) {
+        for (std::size_t i = 1 + random.below(6); i > 0; --i)
+            text += static_cast<char>('A' + random.below(26));
+        text += ' ';
+    }
+    return text;
+}
+
+void addTone(std::vector<float>& samples, const std::vector<float>& keyed, double tone_Hz,
+             double level, const Path& path, double rate_Hz, const std::string& seed)
+{
+    Random random(seed + "/path");
+    const double wanderPhase = 2.0 * PI * random.uniform();
+    const double fadingPhase = 2.0 * PI * random.uniform();
+    const Scatter scatter(path.scatter_Hz, random);
+    std::optional<std::complex<double>> scattered;
     double phase = 0.0;
     double markStart_s = 0.0;
     bool inMark = false;
@@ -138,7 +184,8 @@ void addTone(std::vector<float>& samples, const std::vector<float>& keyed, doubl
         const double t = static_cast<double>(n) / rate_Hz;
         double frequency = tone_Hz;
         if (path.wander_Hz != 0.0)
-            frequency += path.wander_Hz * std::sin(2.0 * PI * t / path.wanderPeriod_s);
+            frequency +=
+                path.wander_Hz * std::sin(2.0 * PI * t / path.wanderPeriod_s + wanderPhase);
         const bool marking = keyed[n] > 0.0F;
         if (marking && !inMark)
             markStart_s = t;
@@ -151,8 +198,12 @@ void addTone(std::vector<float>& samples, const std::vector<float>& keyed, doubl
         double gain = level;
         if (path.fading_dB != 0.0)
             gain *= amplitudeOf(-0.5 * path.fading_dB *
-                                (1.0 - std::cos(2.0 * PI * path.fading_Hz * t)));
-        samples[n] += static_cast<float>(gain * keyed[n] * std::sin(phase));
+                                (1.0 - std::cos(2.0 * PI * path.fading_Hz * t + fadingPhase)));
+        if (path.scatter_Hz != 0.0 && (n % 16 == 0 || !scattered))
+            scattered = scatter.at(t);
+        const std::complex<double> turned =
+            std::polar(gain, phase) * scattered.value_or(std::complex<double>(1.0));
+        samples[n] += static_cast<float>(keyed[n] * turned.imag());
     }
 }
 
@@ -165,6 +216,7 @@ std::vector<Piece> keying(const std::string& text, const Hand& hand, const std::
     double elapsed_s = 0.0;
     const double total = std::max<double>(1.0, static_cast<double>(text.size()));
     double speed_wpm = hand.speed_wpm;
+    const double swingPhase = 2.0 * PI * Random(seed + "/swing").uniform();
 
     const auto add = [&](bool mark, double units) {
         units += mark ? hand.heavier_units : -hand.heavier_units;
@@ -180,7 +232,7 @@ std::vector<Piece> keying(const std::string& text, const Hand& hand, const std::
         if (hand.endSpeed_wpm > 0.0)
             speed_wpm += (hand.endSpeed_wpm - hand.speed_wpm) * static_cast<double>(i) / total;
         if (hand.speedSwing_wpm != 0.0)
-            speed_wpm += hand.speedSwing_wpm * std::sin(2.0 * PI * elapsed_s / 40.0);
+            speed_wpm += hand.speedSwing_wpm * std::sin(2.0 * PI * elapsed_s / 40.0 + swingPhase);
         const char* elements = morseOf(text[i]);
         if (elements == nullptr) {
             if (!pieces.empty())
@@ -205,27 +257,28 @@ std::vector<float> sound(const std::vector<Piece>& pieces, const Path& path, dou
     const std::vector<float> keyed =
         envelope(pieces, path.before_s, path.after_s, path.rise_ms, rate_Hz);
     std::vector<float> samples(keyed.size(), 0.0F);
-    addTone(samples, keyed, path.tone_Hz, 1.0, path, rate_Hz);
+    addTone(samples, keyed, path.tone_Hz, 1.0, path, rate_Hz, seed);
 
-    if (path.neighbour_Hz != 0.0) {
+    Random others(seed + "/others");
+    for (const Neighbour& neighbour : path.neighbours) {
         Hand other;
-        other.speed_wpm = 24.0;
-        std::string text;
+        other.speed_wpm = neighbour.speed_wpm;
         const double length_s = static_cast<double>(samples.size()) / rate_Hz;
-        for (std::size_t i = 0; i < static_cast<std::size_t>(length_s * 0.45) + 1; ++i)
-            text += "CQ TEST DE N0ISE ";
-        Path plain;
+        const double characters =
+            length_s * neighbour.speed_wpm / 6.0; // more than there is time for
+        const std::string text = idleText(static_cast<std::size_t>(characters) + 1, others);
         const std::vector<float> otherKeyed =
-            envelope(keying(text, other, seed + "/other"), 0.3, 0.0, path.rise_ms, rate_Hz);
-        addTone(samples, otherKeyed, path.tone_Hz + path.neighbour_Hz,
-                amplitudeOf(path.neighbour_dB), plain, rate_Hz);
+            envelope(keying(text, other, seed), 2.0 * others.uniform(), 0.0, path.rise_ms, rate_Hz);
+        addTone(samples, otherKeyed, path.tone_Hz + neighbour.offset_Hz,
+                amplitudeOf(neighbour.level_dB), Path(), rate_Hz, seed);
     }
     Random clicks(seed + "/clicks");
     addClicks(samples, path.clicks_per_s, rate_Hz, clicks);
     Random crashes(seed + "/static");
     addStatic(samples, path.static_per_s, rate_Hz, crashes);
+    Random hum(seed + "/hum");
     if (path.hum_dB != 0.0)
-        addHum(samples, path.hum_dB, rate_Hz);
+        addHum(samples, path.hum_dB, rate_Hz, hum);
     if (path.snr_dB)
         addNoise(samples, rate_Hz, 1.0, *path.snr_dB, seed);
     if (path.filter_Hz > 0.0)

@@ -15,12 +15,20 @@ struct Hand
 {
     double speed_wpm = 20.0;
     double endSpeed_wpm = 0.0;   ///< speed reached at the end of the text; 0: constant
-    double speedSwing_wpm = 0.0; ///< slow swing to both sides, period 40 s
+    double speedSwing_wpm = 0.0; ///< slow swing to both sides, period 40 s, its phase drawn
     double jitter_units = 0.0;   ///< deviation of every mark and space
     double dash_units = 3.0;     ///< length of a dash
     double heavier_units = 0.0;  ///< added to every mark, taken from every space
     double characterGap_units = 3.0;
     double wordGap_units = 7.0;
+};
+
+/// Another keyed signal beside ours: text that says nothing, drawn.
+struct Neighbour
+{
+    double offset_Hz; ///< above our tone
+    double level_dB;  ///< over ours
+    double speed_wpm;
 };
 
 /// What the transmitter and the path do to the tone, and what is received beside it.
@@ -29,19 +37,22 @@ struct Path
     double tone_Hz = 700.0;
     std::optional<double> snr_dB; ///< none: no noise at all
     double rise_ms = 5.0;         ///< raised cosine edges of the keying
-    double wander_Hz = 0.0;       ///< tone swings by this to both sides
+    double wander_Hz = 0.0;       ///< tone swings by this to both sides, from a phase drawn
     double wanderPeriod_s = 60.0;
     double chirp_Hz = 0.0;  ///< the tone of every mark starts so much off, settles in 30 ms
-    double fading_dB = 0.0; ///< depth of a fade below the nominal level
+    double fading_dB = 0.0; ///< depth of a regular fade below the nominal level, its phase drawn
     double fading_Hz = 0.0;
-    double neighbour_Hz = 0.0; ///< second keyed signal so far above; 0: none
-    double neighbour_dB = 0.0; ///< its level over ours
+    double scatter_Hz =
+        0.0; ///< many paths (Rayleigh fading), spread by this; mean power as nominal
+    std::vector<Neighbour> neighbours;
     double clicks_per_s = 0.0; ///< 2 ms bursts, up to 10 dB over the tone
     double static_per_s = 0.0; ///< decaying crashes of noise, 10 to 80 ms, up to 20 dB over
-    double hum_dB = 0.0;       ///< 100 Hz hum and harmonics, level over the tone; 0: none
-    double filter_Hz = 0.0;    ///< receiver filter around the tone, for signal and noise
-    double before_s = 1.0;     ///< time before the first mark
-    double after_s = 2.0;      ///< and after the last
+    double hum_dB =
+        0.0; ///< mains hum: 100 Hz by this over the tone, its harmonics up to 4 kHz
+             ///< falling as 1 / number, those of 50 Hz between them 10 dB lower; 0: none
+    double filter_Hz = 0.0; ///< receiver filter around the tone, for signal and noise
+    double before_s = 1.0;  ///< time before the first mark
+    double after_s = 2.0;   ///< and after the last
 };
 
 /// One mark or the space after it.

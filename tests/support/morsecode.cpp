@@ -55,7 +55,7 @@ char characterOf(const std::string& elements)
     return 0;
 }
 
-std::string textOfCodes(const std::vector<int>& codes)
+std::string textOfCodes(const std::vector<int>& codes, char unknown)
 {
     std::string text;
     std::string elements;
@@ -65,6 +65,8 @@ std::string textOfCodes(const std::vector<int>& codes)
         if (afterDigit && elements == "-")
             character = '0';
         afterDigit = isDigit(character);
+        if (character == 0 && !elements.empty())
+            character = unknown;
         if (character != 0)
             text += character;
         elements.clear();

@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: MIT
+#include "reception/bound.h"
+
+#include "app/demodulator/baseband.h"
+#include "app/demodulator/classifier.h"
+#include "app/demodulator/keying.h"
+#include "app/demodulator/marklikelihood.h"
+#include "app/demodulator/trellis.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace reception {
+
+using namespace demodulator;
+
+namespace {
+
+constexpr std::int64_t LATE_steps = 1000; // 4 s
+constexpr std::int64_t REVIEW_steps = 125;
+constexpr double CERTAIN = 30.0; // concentration of the phase
+
+class Codes : public SymbolSink
+{
+public:
+    void transmissionStarted(std::int64_t) override {}
+    void symbol(int code, std::int64_t) override { codes.push_back(code); }
+    void transmissionStopped(std::int64_t) override {}
+
+    std::vector<int> codes;
+};
+
+} // namespace
+
+std::vector<int> boundOf(const Recording& recording, const Recording& clean)
+{
+    // Both are scaled to their own peak: how much of the one is in the other.
+    double product = 0.0;
+    double cleanPower = 0.0;
+    const std::size_t size = std::min(recording.samples.size(), clean.samples.size());
+    for (std::size_t n = 0; n < size; ++n) {
+        product += static_cast<double>(recording.samples[n] * clean.samples[n]);
+        cleanPower += static_cast<double>(clean.samples[n] * clean.samples[n]);
+    }
+    const double scale = product / cleanPower;
+    double noisePower = 0.0;
+    for (std::size_t n = 0; n < size; ++n) {
+        const double rest = static_cast<double>(recording.samples[n]) -
+                            scale * static_cast<double>(clean.samples[n]);
+        noisePower += rest * rest / static_cast<double>(size);
+    }
+
+    const auto historyOf = [](const Recording& from) {
+        SampleHistory history(from.samples.size() + 1);
+        history.push(from.samples.data(), from.samples.size());
+        return history;
+    };
+    const SampleHistory history = historyOf(recording);
+    const SampleHistory cleanHistory = historyOf(clean);
+    Baseband baseband(RATE_Hz, recording.tone_Hz);
+    Baseband cleanBaseband(RATE_Hz, recording.tone_Hz);
+    const std::int64_t steps = history.end() / baseband.stepSamples() - 2;
+    std::complex<double> sum = 0.0;
+    for (std::int64_t step = 0; step < steps; ++step)
+        sum += cleanBaseband.step(cleanHistory, step);
+
+    constexpr double KEY_DOWN = 0.9; // amplitude that the clean recording was brought to
+    const double unit_steps = 1.2 / recording.speed_wpm / STEP_s;
+    Level level;
+    level.signal = std::pow(0.5 * scale * KEY_DOWN, 2.0);
+    level.noise = noisePower / baseband.stepSamples();
+    level.dot_steps = unit_steps;
+    Keying keying(STEP_s, recording.speed_wpm);
+    for (int i = 0; i < 100; ++i) {
+        keying.learn(Kind::Dot, 1.0);
+        keying.learn(Kind::Dash, 3.0);
+        keying.learn(Kind::ElementGap, 1.0);
+    }
+    keying.update();
+    MarkLikelihood likelihood;
+    likelihood.setLevel(level);
+    likelihood.setPhase(std::arg(sum), CERTAIN);
+    Trellis trellis(keying, likelihood);
+    Codes codes;
+    Classifier classifier(codes);
+    std::int64_t given = 0;
+    for (std::int64_t step = 0; step < steps; ++step) {
+        likelihood.push(baseband.step(history, step));
+        trellis.advance();
+        const bool last = step + 1 == steps;
+        if ((step + 1) % REVIEW_steps != 0 && !last)
+            continue;
+        for (const Segment& segment : trellis.path(given).segments) {
+            if ((segment.begin_step + segment.end_step) / 2 < given)
+                continue;
+            if (!last && segment.end_step > step - LATE_steps)
+                break;
+            if (isMark(segment.kind))
+                classifier.mark(segment.kind, segment.begin_step, segment.end_step, 1.0);
+            else
+                classifier.gap(segment.kind);
+            given = segment.end_step;
+        }
+    }
+    classifier.stop();
+    return codes.codes;
+}
+
+} // namespace reception
