@@ -1,4 +1,3 @@
-# shellcheck shell=bash
 # SPDX-License-Identifier: MIT
 # shellcheck shell=bash
 # How the binary interface is read from a library: for the tests that compare it with what is
