@@ -105,21 +105,18 @@ class Finder:
             raise SystemExit(f"{path}: {errors[0]}")
         top = [c for c in unit.cursor.get_children()
                if c.location.file and c.location.file.name == str(root / path)]
-        self.macros = [(*span(c), c.spelling) for c in top
-                       if c.kind == CursorKind.MACRO_INSTANTIATION]
+        self.macros = [span(c) for c in top if c.kind == CursorKind.MACRO_INSTANTIATION]
         for cursor in top:
             self.visit(cursor)
 
     def text(self, first, last):
         return self.source[first:last].decode()
 
-    def add(self, where, after, code=None, is_statement=False, is_macro=False):
+    def add(self, where, after, code=None, is_statement=False):
         first, last = where
-        if not is_macro and any(
-                first < end and start < last and
-                not (first <= start and end <= last and where != (start, end))
-                for start, end, _ in self.macros):
-            return  # what a macro is made of, or a part of its arguments
+        if any(first < end and start < last and not (first <= start and end <= last)
+               for start, end in self.macros):
+            return
         before = self.text(first, last)
         key = (first, last, code if code is not None else after)
         line = self.source.count(b"\n", 0, first) + 1
@@ -131,6 +128,8 @@ class Finder:
         where = span(cursor)
         if kind in (CursorKind.ENUM_DECL, CursorKind.STATIC_ASSERT, CursorKind.MACRO_INSTANTIATION):
             return
+        if any(start <= where[0] and where[1] <= end for start, end in self.macros):
+            return  # what a macro such as QStringLiteral is made of
         if kind == CursorKind.VAR_DECL or kind in FUNCTIONS:
             if b"constexpr" in self.source[where[0]:cursor.location.offset]:
                 return
@@ -140,8 +139,9 @@ class Finder:
                     cursor.type.get_canonical().kind == TypeKind.BOOL:
                 self.negate(initial[0])
         outer = self.function
-        if kind in FUNCTIONS and cursor.spelling != "operator()":
-            parent = cursor.semantic_parent
+        parent = cursor.semantic_parent
+        is_lambda = parent and parent.kind == CursorKind.CLASS_DECL and not parent.spelling
+        if kind in FUNCTIONS and cursor.spelling and not is_lambda:
             scope = "" if parent.kind in (CursorKind.NAMESPACE, CursorKind.TRANSLATION_UNIT) \
                 else parent.spelling + "::"
             self.function = scope + cursor.spelling.split("<")[0]
@@ -196,11 +196,7 @@ class Finder:
         elif kind == CursorKind.CHARACTER_LITERAL:
             self.add(where, "'~'")
         elif kind == CursorKind.STRING_LITERAL:
-            macro = next((m for m in self.macros if m[0] == where[0] and m[2] == "QStringLiteral"), None)
-            if macro:
-                self.add(macro[:2], 'QStringLiteral("~")', is_macro=True)
-            elif text.startswith('"'):
-                self.add(where, '"~"')
+            self.add(where, '"~"')
         elif kind == CursorKind.DECL_REF_EXPR and cursor.referenced:
             self.visit_name(cursor, where, text)
 
@@ -281,7 +277,8 @@ def precompile(arguments, header):
     """Saves the headers that take longest to read. Returns the arguments that make use of them."""
     header.write_text("#include <QtCore/QtCore>\n")
     unit = INDEX.parse(str(header), ["-xc++-header", *arguments],
-                       options=clang.cindex.TranslationUnit.PARSE_INCOMPLETE)
+                       options=clang.cindex.TranslationUnit.PARSE_INCOMPLETE |
+                       clang.cindex.TranslationUnit.PARSE_DETAILED_PROCESSING_RECORD)
     saved = header.with_suffix(".pch")
     unit.save(str(saved))
     return ["-xc++", *arguments, "-include-pch", str(saved)]
