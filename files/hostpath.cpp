@@ -38,7 +38,7 @@ QString findIgnoringCase(const QDir& directory, const QString& name)
 
 QString findFile(const QString& path)
 {
-    const QString written = localPath(path);
+    QString written = localPath(path);
     if (QFileInfo::exists(written))
         return written;
     const int nameStart =

@@ -148,7 +148,7 @@ private:
         }
         if (isWatched)
             value->AddObserver(this);
-        value.release();
+        (void)value.release(); // the tree has it
     }
 
     /// Whoever hears of something may do something else.
@@ -208,7 +208,7 @@ private:
             break;
         case 'm':
             if (auto* const max = find<IntegerValue>("MaxNumberOfChars")) {
-                const int least = static_cast<std::int8_t>(m_bytes.byte());
+                const int least = (m_bytes.byte() + 128) % 256 - 128;
                 max->SetMinMax(least, least + m_bytes.byte(), 1, nullptr);
             }
             break;

@@ -118,7 +118,7 @@ public:
             break;
         }
         case 'U': { // a frame of any code units
-            const QByteArray units = bytes.take(2 * (bytes.byte() % 16U));
+            const QByteArray units = bytes.take(std::size_t{2} * (bytes.byte() % 16U));
             QString text;
             for (int i = 0; i + 1 < units.size(); i += 2)
                 text += QChar(static_cast<uchar>(units[i]), static_cast<uchar>(units[i + 1]));

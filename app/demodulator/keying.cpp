@@ -53,8 +53,6 @@ Keying::Keying(double step_s, std::optional<double> speed_wpm)
         slowest_wpm = *speed_wpm / TOLD_TOLERANCE;
     }
     double total = 0.0;
-    // Whether rounding lets in one speed more at the slow end does not matter.
-    // NOLINTNEXTLINE(clang-analyzer-security.FloatLoopCounter)
     for (double speed = fastest_wpm; speed >= slowest_wpm; speed /= SPEED_RATIO) {
         DurationTable table;
         table.unit_steps = 1.2 / speed / step_s;

@@ -70,7 +70,9 @@ Spectrogram spectrogram(const Seen& seen, const Stretch& time, double lowest_Hz,
         for (int row = 0; row < result.rows; ++row) {
             const auto bin = static_cast<std::size_t>(lastBin - row);
             const double power = static_cast<double>(std::norm(output[bin])) / fullScale;
-            result.power_dB[static_cast<std::size_t>(row * result.columns + column)] =
+            result
+                .power_dB[static_cast<std::size_t>(row) * static_cast<std::size_t>(result.columns) +
+                          static_cast<std::size_t>(column)] =
                 static_cast<float>(10.0 * std::log10(power + SILENCE));
         }
     }

@@ -10,6 +10,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <mutex>
+#include <vector>
 
 namespace {
 
@@ -101,7 +102,8 @@ class TraceRecorder::Store
 {
 public:
     mutable std::mutex mutex;
-    QVector<Trace> traces;
+    /// Not shared implicitly: what a reader has let go of, Qt looks at without an acquiring load.
+    std::vector<Trace> traces;
 };
 
 TraceRecorder::TraceRecorder()
@@ -113,7 +115,7 @@ TraceRecorder::TraceRecorder()
     m_sinkBefore =
         setTraceSink([store](const QString& message, const QString& sourceFile, int line) {
             const std::lock_guard<std::mutex> lock(store->mutex);
-            store->traces.append({message, sourceFile, line});
+            store->traces.push_back({message, sourceFile, line});
         });
     setTraceMask(m_maskBefore | PLUGIN_TRACE_CLASS);
 }
@@ -127,7 +129,7 @@ TraceRecorder::~TraceRecorder()
 QVector<TraceRecorder::Trace> TraceRecorder::Traces() const
 {
     const std::lock_guard<std::mutex> lock(m_store->mutex);
-    return m_store->traces;
+    return {m_store->traces.cbegin(), m_store->traces.cend()};
 }
 
 QStringList TraceRecorder::Messages() const
