@@ -34,7 +34,8 @@ std::size_t countModules(const QByteArray& bytes)
     // Longer lines take the expression too long.
     constexpr int MOST_CHARACTERS = 150;
     std::size_t count = 0;
-    for (const QByteArray& bytesOfLine : bytes.split('\n')) {
+    const QList<QByteArray> lines = bytes.split('\n');
+    for (const QByteArray& bytesOfLine : lines) {
         const QString line = QString::fromLatin1(bytesOfLine.constData(), bytesOfLine.size());
         const bool isModule = Quillon::holdsDecoderModule(line);
         if (line.size() <= MOST_CHARACTERS)

@@ -266,7 +266,6 @@ private:
         auto* const input = find<TextValue>("DataInput");
         if (!input)
             return;
-        const QString before = input->GetValue();
         input->SetValue(text, nullptr);
         if (find<TextValue>("DataInput") != input || m_wasDisturbed)
             return;

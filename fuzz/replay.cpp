@@ -40,10 +40,11 @@ int main(int argc, char* argv[])
         if (QFileInfo(operand).isDir()) {
             paths.clear();
             const QDir folder(operand);
-            for (const QString& name : folder.entryList(QDir::Files, QDir::Name))
+            const QStringList names = folder.entryList(QDir::Files, QDir::Name);
+            for (const QString& name : names)
                 paths += folder.filePath(name);
         }
-        for (const QString& path : paths) {
+        for (const QString& path : qAsConst(paths)) {
             isAllRead = replay(path) && isAllRead;
             ++count;
         }

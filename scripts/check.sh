@@ -16,7 +16,7 @@ sources() {
     done
 }
 
-# The compile commands for clang: each source once, and without gcc's precompiled headers.
+# The compile commands for clang: each source once, without gcc's precompiled headers and warnings.
 compile_commands() {
     cmake --preset dev >/dev/null
     cmake --build --preset dev --target autogen >/dev/null
@@ -25,7 +25,7 @@ compile_commands() {
 import json, re, sys
 commands = {}
 for entry in json.load(open(sys.argv[1])):
-    entry["command"] = re.sub(r" -Winvalid-pch| -include \S*cmake_pch\.hxx", "", entry["command"])
+    entry["command"] = re.sub(r" -W[\w=+-]+| -include \S*cmake_pch\.hxx", "", entry["command"])
     commands.setdefault(entry["file"], entry)
 json.dump(list(commands.values()), open(sys.argv[2], "w"), indent=1)
 PYTHON
