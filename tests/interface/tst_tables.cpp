@@ -11,8 +11,6 @@
 
 #include <type_traits>
 
-#if defined(__GXX_ABI_VERSION)
-
 class tst_Tables : public QObject
 {
     Q_OBJECT
@@ -90,12 +88,3 @@ private Q_SLOTS:
 
 QTEST_GUILESS_MAIN(tst_Tables)
 #include "tst_tables.moc"
-
-#else
-
-int main()
-{
-    return 0; // places cannot be read from pointers to members here
-}
-
-#endif
