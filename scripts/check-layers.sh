@@ -9,6 +9,10 @@ cd "$(dirname "$0")/.."
 status=0
 check() {
     local bad
+    if [ -z "$(find "$1" -maxdepth "${3:-1}" -name '*.h')" ]; then
+        echo "$1 holds no header to look at"
+        status=1
+    fi
     bad=$(find "$1" -maxdepth "${3:-1}" \( -name '*.h' -o -name '*.cpp' \) -exec \
         grep -HnE '^#include "' {} + | grep -vE "\"($2)\"" || true)
     if [ -n "$bad" ]; then

@@ -23,7 +23,7 @@ gcovr --root . --filter "($any)/" build/coverage -j 2 \
     --exclude-throw-branches --exclude-unreachable-branches \
     --csv $report/files.csv --html-details $report/index.html
 
-awk -F, -v least_lines=$least_lines -v least_branches=$least_branches '
+awk -F, -v wanted="${folders[*]}" -v least_lines=$least_lines -v least_branches=$least_branches '
     NR > 1 {
         sub("/[^/]*$", "", $1)
         lines[$1] += $2; linesRun[$1] += $3
@@ -42,5 +42,12 @@ awk -F, -v least_lines=$least_lines -v least_branches=$least_branches '
                 branchesRun[folder], branches[folder], ofBranches, isLow ? "  too few" : "" | "sort"
         }
         close("sort")
+        count = split(wanted, names, " ")
+        for (i = 1; i <= count; ++i) {
+            if (!lines[names[i]]) {
+                print names[i] ": nothing was counted"
+                low = 1
+            }
+        }
         exit low
     }' $report/files.csv
