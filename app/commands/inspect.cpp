@@ -78,6 +78,19 @@ std::int64_t microseconds(double time_s)
     return std::llround(1e6 * time_s);
 }
 
+/// A picture replaces what is there, so only a plain file may be, and not the recording.
+QString whyNotReplaced(const QString& name, const QString& recording)
+{
+    const QFileInfo there(name);
+    if (!there.exists() && !there.isSymLink())
+        return QString();
+    if (!there.isFile())
+        return QStringLiteral("is there and no plain file");
+    if (there.canonicalFilePath() == QFileInfo(recording).canonicalFilePath())
+        return QStringLiteral("is the recording itself");
+    return QString();
+}
+
 int run(Arguments& arguments)
 {
     StationSettings station;
@@ -99,6 +112,10 @@ int run(Arguments& arguments)
     if (!source)
         return EXIT_BAD_INPUT;
     // Before the long work, so that a name that cannot be written is said at once.
+    if (const QString reason = whyNotReplaced(name, sound.name); !reason.isEmpty()) {
+        complain(name, reason);
+        return EXIT_BAD_INPUT;
+    }
     QSaveFile file(name);
     if (!file.open(QIODevice::WriteOnly)) {
         complain(name, file.errorString());

@@ -9,6 +9,7 @@
 #include <QtTest>
 
 #include <csignal>
+#include <sys/stat.h>
 
 namespace {
 
@@ -215,6 +216,31 @@ private Q_SLOTS:
         QCOMPARE(run(words).status, 0);
         QCOMPARE(contentOf(path), first);
         QCOMPARE(QDir(dir.path()).entryList(QDir::Files).size(), 1);
+    }
+
+    void nothingButAPlainFileIsReplaced()
+    {
+        QTemporaryDir dir;
+        const QString pipe = dir.filePath("pipe.svg");
+        QVERIFY(mkfifo(QFile::encodeName(pipe).constData(), 0600) == 0);
+        const QString link = dir.filePath("link.svg");
+        QVERIFY(QFile::link(pipe, link));
+        const QString loose = dir.filePath("loose.svg");
+        QVERIFY(QFile::link(dir.filePath("nothing"), loose));
+        const QString recording = dir.filePath("recording.svg");
+        QVERIFY(QFile::copy(RECORDING, recording));
+        const QByteArray sound = contentOf(recording);
+        for (const QString& path : {pipe, link, loose}) {
+            const Ended ended = run({"inspect", RECORDING, "-o", path, "--length", "1"});
+            QCOMPARE(ended.status, 1);
+            QCOMPARE(ended.err, "morsehost: " + path.toUtf8() + ": is there and no plain file\n");
+        }
+        const Ended ended = run({"inspect", recording, "-o", recording, "--length", "1"});
+        QCOMPARE(ended.status, 1);
+        QCOMPARE(ended.err, "morsehost: " + recording.toUtf8() + ": is the recording itself\n");
+        QCOMPARE(contentOf(recording), sound);
+        QVERIFY(!QFileInfo(pipe).isFile());
+        QVERIFY(QFileInfo(link).isSymLink());
     }
 
     void aPlaceThatCannotBeWrittenIsSaid()
