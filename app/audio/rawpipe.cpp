@@ -32,8 +32,10 @@ public:
         // A pipe may cut a sample in two.
         do {
             const std::size_t got = m_input.read(&m_bytes[filled], m_bytes.size() - filled);
-            if (got == 0)
+            if (got == 0) {
+                m_endsInHalf = filled != 0;
                 return 0;
+            }
             filled += got;
         } while (filled < 2);
         m_hasHalf = filled % 2 != 0;
@@ -48,7 +50,12 @@ public:
         return filled / 2;
     }
 
-    QString error() const override { return m_input.error(); }
+    QString error() const override
+    {
+        if (m_endsInHalf && m_input.error().isEmpty())
+            return QStringLiteral("ends in the middle of a sample; samples have 16 bits");
+        return m_input.error();
+    }
 
 private:
     Input m_input;
@@ -56,6 +63,7 @@ private:
     std::vector<char> m_bytes;
     bool m_hasHalf = false;
     char m_half = 0;
+    bool m_endsInHalf = false;
 };
 
 } // namespace
