@@ -89,6 +89,12 @@ Page parse(const QString& name, const QString& text)
     if (inside)
         page.complaints += QStringLiteral("%1: a block that does not end").arg(name);
     findIndentedBlocks(page);
+    static const QRegularExpression gap(QStringLiteral("@[A-Z]+@"));
+    for (int i = 0; i < page.prose.size(); ++i) {
+        if (gap.match(page.prose.at(i)).hasMatch())
+            page.complaints +=
+                QStringLiteral("%1:%2: something is left to fill in").arg(name).arg(i + 1);
+    }
     return page;
 }
 
