@@ -18,8 +18,8 @@ std::vector<OptionRow> soundOptionRows()
     return {
         {"channel", "N", "take channel N of the file, counted from 1, not the mean of all"},
         {"rate", "HZ", "samples a second of standard input; 8000 without this"},
-        {"tone", "HZ", "where the tone is, instead of looking for it"},
-        {"wpm", "N", "speed in words a minute to begin with, instead of estimating it"},
+        {"tone", "HZ", "look for the tone within 50 Hz of this"},
+        {"wpm", "N", "words a minute, within 20 percent, instead of any speed"},
     };
 }
 

@@ -8,4 +8,5 @@ scripts/setup.sh build
 cmake --preset package >/dev/null
 cmake --build --preset package
 cd build/package
+rm -rf packages # those of an earlier version
 cpack -G DEB
