@@ -38,6 +38,12 @@ void* operator new(std::size_t size)
     return OutOfMemory::Allocate(size);
 }
 
+// What it gives is taken back by the operator delete below, so it may not come from elsewhere.
+void* operator new(std::size_t size, const std::nothrow_t& /*kind*/) noexcept
+{
+    return std::malloc(size > 0 ? size : 1);
+}
+
 void operator delete(void* memory) noexcept
 {
     std::free(memory);
