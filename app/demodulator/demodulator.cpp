@@ -191,7 +191,8 @@ private:
         m_active->release();
     }
 
-    // What was heard first may be the weaker of two.
+    // What was heard first may be the weaker of two. Who took over and fell silent at once is soon
+    // the weaker one as well.
     void yieldToStronger()
     {
         const std::int64_t now = m_history.end();

@@ -426,6 +426,29 @@ private Q_SLOTS:
         QVERIFY(second.start_us >= first.stop_us);
         QVERIFY(std::is_sorted(second.times_us.begin(), second.times_us.end()));
     }
+    void aSignalIsHeardAgainAfterAShortStrongerOne()
+    {
+        Hand hand;
+        Path path;
+        path.tone_Hz = 950.0;
+        std::vector<float> samples =
+            sound("DE AB1C DE AB1C DE AB1C DE AB1C DE AB1C DE AB1C", hand, path, 8000.0, "longer");
+        // Gone at the moment at which it takes over, or a little before or after.
+        for (const double length_s : {2.0, 2.4, 2.8, 3.2, 3.6}) {
+            std::vector<float> both = samples;
+            path.tone_Hz = 650.0;
+            path.before_s = 4.0;
+            std::vector<float> stronger = sound("VVVVVVVVVVVV", hand, path, 8000.0, "shorter");
+            stronger.resize(static_cast<std::size_t>((4.0 + length_s) * 8000.0));
+            for (std::size_t n = 0; n < stronger.size(); ++n)
+                both[n] = 0.3F * both[n] + stronger[n];
+            for (std::size_t n = stronger.size(); n < both.size(); ++n)
+                both[n] *= 0.3F;
+            addNoise(both, 8000.0, 0.9, 25.0, "shorter");
+            const QString heard = read(decodeAll(both, 8000.0));
+            QVERIFY2(heard.endsWith(QLatin1String(" DE AB1C DE AB1C")), qPrintable(heard));
+        }
+    }
     void fadingDoesNotGiveASignalAway()
     {
         Hand hand;
