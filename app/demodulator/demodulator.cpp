@@ -45,6 +45,14 @@ constexpr double OWN_TONE_Hz = 12.0; // so near, it is the signal itself that go
 constexpr double NEIGHBOUR_POWER = 0.3;
 constexpr double SAME_TONE_Hz = 25.0;
 constexpr double NOISE_SPAN_s = 4.0;
+// A signal that is followed gives way to another one that was so much stronger (in power, on
+// average) for some seconds of its transmission. Both ways together that is 6 dB, so that fading
+// does not go back and forth between two.
+constexpr double STRONGER_POWER = 2.0;
+constexpr double LEAST_COMPARED_s = 3.0;
+constexpr double MOST_COMPARED_s = 6.0;
+constexpr int COMPARE_HOPS = 48; // every 1.5 s
+constexpr double OTHER_TONE_Hz = 40.0;
 
 bool usable(double rate_Hz)
 {
@@ -143,6 +151,8 @@ private:
                 m_active->setNoise(m_finder.noiseNear(m_active->tone_Hz(), framesIn(NOISE_SPAN_s)));
             search(CANDIDATE_LIFE_s);
         }
+        if (m_active && m_finder.frames() % COMPARE_HOPS == 0)
+            yieldToStronger();
         if (m_candidate && m_candidate->confirmed() && takesOver() && heardEnough())
             promote();
     }
@@ -167,15 +177,55 @@ private:
     // signal is heard a second time from its beginning.
     void promote()
     {
-        if (m_active)
+        if (m_active) {
             m_active->finish();
+            m_heardUntil = m_active->lastGiven_sample();
+        }
         const std::int64_t begin =
-            std::max(m_candidateSince, m_candidate->firstMark_sample() - samplesIn(BEFORE_FIRST_s));
+            std::max({m_candidateSince, m_heardUntil,
+                      m_candidate->firstMark_sample() - samplesIn(BEFORE_FIRST_s)});
         m_active = std::make_unique<Channel>(m_candidate->heard(), m_rate_Hz, begin,
                                              m_settings.speed_wpm, m_sink, m_witness);
         m_candidate.reset();
         m_active->process(m_history);
         m_active->release();
+    }
+
+    // What was heard first may be the weaker of two. Who took over and fell silent at once is soon
+    // the weaker one as well.
+    void yieldToStronger()
+    {
+        const std::int64_t now = m_history.end();
+        const std::int64_t span =
+            std::min(now - m_active->firstMark_sample(), samplesIn(MOST_COMPARED_s));
+        if (span < samplesIn(LEAST_COMPARED_s))
+            return;
+        const std::int64_t frames = span / static_cast<std::int64_t>(m_finder.hop());
+        const auto found = findTone(frames);
+        if (!found || std::fabs(m_active->tone_Hz() - found->tone_Hz) < OTHER_TONE_Hz ||
+            m_finder.power(found->tone_Hz, 0, frames) <
+                STRONGER_POWER * m_finder.power(m_active->tone_Hz(), 0, frames))
+            return;
+        auto rival =
+            std::make_unique<Channel>(*found, m_rate_Hz, now - span, m_settings.speed_wpm, m_sink);
+        rival->process(m_history);
+        if (!rival->confirmed())
+            return;
+        m_candidate = std::move(rival);
+        m_candidateSince = now - span;
+        promote();
+    }
+
+    // The strongest keyed tone where one may be.
+    std::optional<ToneCandidate> findTone(std::int64_t frames) const
+    {
+        double lowest_Hz = LOWEST_TONE_Hz;
+        double highest_Hz = HIGHEST_TONE_Hz;
+        if (m_settings.tone_Hz) {
+            lowest_Hz = *m_settings.tone_Hz - TOLD_TONE_TOLERANCE_Hz;
+            highest_Hz = *m_settings.tone_Hz + TOLD_TONE_TOLERANCE_Hz;
+        }
+        return m_finder.find(frames, lowest_Hz, highest_Hz);
     }
 
     // Looks for a signal where there is none under way, or where that one is silent.
@@ -196,13 +246,7 @@ private:
         }
         if (m_candidate && now - m_candidateBegin > samplesIn(candidateLife_s))
             m_candidate.reset();
-        double lowest_Hz = LOWEST_TONE_Hz;
-        double highest_Hz = HIGHEST_TONE_Hz;
-        if (m_settings.tone_Hz) {
-            lowest_Hz = *m_settings.tone_Hz - TOLD_TONE_TOLERANCE_Hz;
-            highest_Hz = *m_settings.tone_Hz + TOLD_TONE_TOLERANCE_Hz;
-        }
-        const auto found = m_finder.find(frames, lowest_Hz, highest_Hz);
+        const auto found = findTone(frames);
         if (!found || (m_active && std::fabs(m_active->tone_Hz() - found->tone_Hz) < OWN_TONE_Hz))
             return;
         // Who was there all the time is no answer.

@@ -391,6 +391,76 @@ private Q_SLOTS:
         const CodeList list = decodeAll(sound(TEXT, hand, path, 8000.0, "neighbour"), 8000.0);
         QCOMPARE(read(list), TEXT_READ);
     }
+    void theStrongerOfTwoTakesOver()
+    {
+        // The weaker one is there first and does not pause.
+        Hand hand;
+        hand.speed_wpm = 24.0;
+        Path path;
+        path.tone_Hz = 950.0;
+        path.before_s = 0.2;
+        std::vector<float> samples =
+            sound("WEAK WEAK WEAK WEAK WEAK WEAK WEAK WEAK", hand, path, 8000.0, "weaker");
+        for (float& sample : samples)
+            sample *= 0.5F;
+        hand.speed_wpm = 20.0;
+        path.tone_Hz = 650.0;
+        path.before_s = 4.0;
+        const std::vector<float> stronger =
+            sound("VVV VVV VVV DE AB1C THE STRONGER ONE", hand, path, 8000.0, "stronger");
+        samples.resize(std::max(samples.size(), stronger.size()), 0.0F);
+        for (std::size_t n = 0; n < stronger.size(); ++n)
+            samples[n] += stronger[n];
+        addNoise(samples, 8000.0, 0.9, 15.0, "stronger");
+
+        const CodeList list = decodeAll(samples, 8000.0);
+        QCOMPARE(list.transmissions.size(), std::size_t(2));
+        const Transmission& first = list.transmissions[0];
+        const Transmission& second = list.transmissions[1];
+        QVERIFY2(read(list).startsWith(QLatin1String("WEAK ")), qPrintable(read(list)));
+        QVERIFY2(read(list).endsWith(QLatin1String("DE AB1C THE STRONGER ONE")),
+                 qPrintable(read(list)));
+        // The first was ended as any other, and time went on.
+        QCOMPARE(first.codes.back(), 3);
+        QVERIFY(first.stop_us >= first.times_us.back());
+        QVERIFY(second.start_us >= first.stop_us);
+        QVERIFY(std::is_sorted(second.times_us.begin(), second.times_us.end()));
+    }
+    void aSignalIsHeardAgainAfterAShortStrongerOne()
+    {
+        Hand hand;
+        Path path;
+        path.tone_Hz = 950.0;
+        std::vector<float> samples =
+            sound("DE AB1C DE AB1C DE AB1C DE AB1C DE AB1C DE AB1C", hand, path, 8000.0, "longer");
+        // Gone at the moment at which it takes over, or a little before or after.
+        for (const double length_s : {2.0, 2.4, 2.8, 3.2, 3.6}) {
+            std::vector<float> both = samples;
+            path.tone_Hz = 650.0;
+            path.before_s = 4.0;
+            std::vector<float> stronger = sound("VVVVVVVVVVVV", hand, path, 8000.0, "shorter");
+            stronger.resize(static_cast<std::size_t>((4.0 + length_s) * 8000.0));
+            for (std::size_t n = 0; n < stronger.size(); ++n)
+                both[n] = 0.3F * both[n] + stronger[n];
+            for (std::size_t n = stronger.size(); n < both.size(); ++n)
+                both[n] *= 0.3F;
+            addNoise(both, 8000.0, 0.9, 25.0, "shorter");
+            const QString heard = read(decodeAll(both, 8000.0));
+            QVERIFY2(heard.endsWith(QLatin1String(" DE AB1C DE AB1C")), qPrintable(heard));
+        }
+    }
+    void fadingDoesNotGiveASignalAway()
+    {
+        Hand hand;
+        Path path;
+        path.snr_dB = 20.0;
+        path.fading_dB = 10.0;
+        path.fading_Hz = 0.5;
+        path.neighbours = {{300.0, -6.0, 24.0}};
+        const CodeList list = decodeAll(sound(TEXT, hand, path, 8000.0, "fading"), 8000.0);
+        QCOMPARE(list.transmissions.size(), std::size_t(1));
+        QCOMPARE(read(list), TEXT_READ);
+    }
     void hearingTheSameAgainGivesTheSame()
     {
         const std::vector<float> samples = keyedText(20.0, 8000.0, 0.0);
