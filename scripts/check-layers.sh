@@ -9,8 +9,8 @@ cd "$(dirname "$0")/.."
 status=0
 check() {
     local bad
-    if [ -z "$(find "$1" -maxdepth "${3:-1}" -name '*.h')" ]; then
-        echo "$1 holds no header to look at"
+    if [ -z "$(find "$1" -maxdepth "${3:-1}" \( -name '*.h' -o -name '*.cpp' \))" ]; then
+        echo "$1 holds no source to look at"
         status=1
     fi
     bad=$(find "$1" -maxdepth "${3:-1}" \( -name '*.h' -o -name '*.cpp' \) -exec \
