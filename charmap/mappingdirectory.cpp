@@ -174,6 +174,7 @@ bool MappingDirectory::attach(Kind*& role, const QString& path)
     return observe(role);
 }
 
+// NOLINTBEGIN(performance-unnecessary-value-param): the interface has them by value
 bool MappingDirectory::SetAvailableMaps_ValuePath(QString path)
 {
     return attach(m_availableMaps, path);
@@ -250,11 +251,11 @@ void MappingDirectory::SetTranslatedFileDirectory(QString directory)
     m_translatedFileDirectory = std::move(directory);
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface has it by value
 void MappingDirectory::SetIpcIdentifier(QString id)
 {
     m_ipcIdentifier = ipcIdentifier(id);
 }
+// NOLINTEND(performance-unnecessary-value-param)
 
 void MappingDirectory::Update(Observable* source, TChangeCode code)
 {
