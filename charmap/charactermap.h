@@ -5,11 +5,12 @@
 #include <QMap>
 #include <QString>
 
+/// What a codec file or map file says.
 struct CharacterMap
 {
-    QMap<signed char, QChar> table;
-    bool loaded = false;
-    bool rightToLeft = false;
+    QMap<signed char, QChar> table; ///< a byte's character; a byte that is not in it has none
+    bool loaded = false;            ///< the file was read; otherwise the rest says nothing
+    bool rightToLeft = false;       ///< the text is written from right to left
 };
 
 /// Reads the file as what its ending says: ".map" or ".codec", in lower case. An empty record when
