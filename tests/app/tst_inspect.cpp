@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // `morsehost inspect` from outside: the picture shows what `morsehost decode` gives.
 #include "support/drawn.h"
+#include "support/program.h"
 
 #include <QDir>
 #include <QFile>
@@ -15,27 +16,10 @@ namespace {
 
 using testsupport::Drawn;
 using testsupport::DrawnPiece;
+using testsupport::Ended;
+using testsupport::run;
 
 const QString RECORDING = QStringLiteral(TEST_DATA_DIR "/recordings/three-overs.flac");
-
-struct Ended
-{
-    int status;
-    QByteArray out;
-    QByteArray err;
-};
-
-Ended run(const QStringList& words, const QByteArray& input = QByteArray())
-{
-    QProcess process;
-    process.start(QStringLiteral(MORSEHOST_PATH), words);
-    process.write(input);
-    process.closeWriteChannel();
-    if (!process.waitForFinished(120000))
-        process.kill();
-    const int status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    return {status, process.readAllStandardOutput(), process.readAllStandardError()};
-}
 
 QByteArray contentOf(const QString& path)
 {

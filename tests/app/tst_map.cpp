@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // `morsehost map` from outside: a decoder's stream, an operator at it, and what both may do wrong.
+#include "support/program.h"
+
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -9,23 +11,11 @@
 
 namespace {
 
-struct Ended
-{
-    int status;
-    QByteArray out;
-    QByteArray err;
-};
+using testsupport::Ended;
 
 Ended run(const QStringList& words, const QByteArray& input = QByteArray())
 {
-    QProcess process;
-    process.start(QStringLiteral(MORSEHOST_PATH), QStringList("map") + words);
-    process.write(input);
-    process.closeWriteChannel();
-    if (!process.waitForFinished(120000))
-        process.kill();
-    const int status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    return {status, process.readAllStandardOutput(), process.readAllStandardError()};
+    return testsupport::run(QStringList("map") + words, input);
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The program from outside: what it reads, what it prints, how it ends.
 #include "support/keyer.h"
+#include "support/program.h"
 #include "support/resultschema.h"
 
 #include <QDir>
@@ -18,31 +19,11 @@
 
 namespace {
 
+using testsupport::end;
+using testsupport::Ended;
+using testsupport::run;
+
 constexpr double RATE_HZ = 8000;
-
-struct Ended
-{
-    int status;
-    QByteArray out;
-    QByteArray err;
-};
-
-Ended end(QProcess& process)
-{
-    if (!process.waitForFinished(120000))
-        process.kill();
-    const int status = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    return {status, process.readAllStandardOutput(), process.readAllStandardError()};
-}
-
-Ended run(const QStringList& words, const QByteArray& input = QByteArray())
-{
-    QProcess process;
-    process.start(QStringLiteral(MORSEHOST_PATH), words);
-    process.write(input);
-    process.closeWriteChannel();
-    return end(process);
-}
 
 std::vector<float> keyed(const char* text, double rate_Hz = RATE_HZ)
 {
