@@ -101,6 +101,7 @@ double ToneFinder::power(double tone_Hz, std::int64_t age, std::int64_t count) c
     return end > age ? sum / static_cast<double>(end - age) : 0.0;
 }
 
+// Beside the tone, but what fills every gap of it is noise too, a harmonic of hum say.
 double ToneFinder::noiseNear(double tone_Hz, std::int64_t count) const
 {
     const std::size_t first = binOf(std::max(60.0, tone_Hz - NOISE_WIDTH_Hz));
@@ -113,7 +114,20 @@ double ToneFinder::noiseNear(double tone_Hz, std::int64_t count) const
         if (bin <= below || bin >= above)
             around.push_back(mean[bin - first]);
     }
-    return median(around) / m_windowSquares;
+    return std::max<double>(median(around), quietest(tone_Hz, count)) / m_windowSquares;
+}
+
+double ToneFinder::quietest(double tone_Hz, std::int64_t count) const
+{
+    const std::size_t bin = binOf(tone_Hz);
+    std::vector<float> powers;
+    for (std::int64_t age = 0; age < std::min({count, m_frames, KEPT_FRAMES}); ++age)
+        powers.push_back(frame(age)[bin]);
+    if (powers.empty())
+        return 0.0;
+    const auto tenth = powers.begin() + static_cast<std::ptrdiff_t>(powers.size() / 10);
+    std::nth_element(powers.begin(), tenth, powers.end());
+    return static_cast<double>(*tenth);
 }
 
 // The stronger of both sides: at the edge of a receiver's filter there is noise on one side only,

@@ -48,6 +48,8 @@ public:
 
 private:
     double noiseBeside(double tone_Hz, std::int64_t count) const;
+    /// The power that a tone keeps while its key is up.
+    double quietest(double tone_Hz, std::int64_t count) const;
     std::vector<float> meanPower(std::int64_t count, std::size_t first, std::size_t last) const;
     std::size_t binOf(double frequency_Hz) const;
     const float* frame(std::int64_t age) const;
