@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-# What is installed, in four parts: the library for hosts, the stand-in host's library, what it
-# takes to compile against them, and the program with its data.
+# What is installed, in five parts: the library for hosts, the stand-in host's library, what it
+# takes to compile against them, the program with its data, and the pages.
 include(CMakePackageConfigHelpers)
 
 # The program finds its libraries beside itself, wherever that is; where the system looks for
@@ -53,4 +53,15 @@ foreach(library IN ITEMS morsehandler morsehandler-hoststandin)
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
 endforeach()
 
+# To be copied and compiled: the examples, and what one may take over from the stand-in's sources.
+set(examples ${CMAKE_INSTALL_DATADIR}/doc/libmorsehandler-dev/examples)
+install(DIRECTORY examples/ DESTINATION ${examples} COMPONENT development
+    FILES_MATCHING PATTERN *.cpp PATTERN CMakeLists.txt)
+install(DIRECTORY host/standin DESTINATION ${examples}/host COMPONENT development
+    FILES_MATCHING PATTERN *.cpp PATTERN printf.h PATTERN resultcontent.h PATTERN resultwriter.h
+    PATTERN valuetransactions.h)
+install(FILES files/hostpath.cpp files/hostpath.h DESTINATION ${examples}/files
+    COMPONENT development)
+
+include(cmake/pages.cmake)
 install(FILES LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT licence)

@@ -11,7 +11,7 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package has its own
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
-set(CPACK_COMPONENTS_ALL library standin development program)
+set(CPACK_COMPONENTS_ALL library standin development program documents)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_COMPONENT_DEVELOPMENT_DEPENDS library standin)
 set(CPACK_COMPONENT_PROGRAM_DEPENDS library standin)
@@ -49,17 +49,26 @@ and for trying the library.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libmorsehandler-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "qtbase5-dev (>= 5.15)")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "morsehandler-doc, morsehost")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "headers for hosts of libmorsehandler
 What it takes to compile against libmorsehandler and against the host that can
-stand in for one's own: headers, find_package and pkg-config files.")
+stand in for one's own: headers, find_package and pkg-config files, examples.")
 
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME morsehost)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION hamradio)
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_SUGGESTS morsehandler-doc)
 set(CPACK_DEBIAN_PROGRAM_DESCRIPTION "decode Morse code from recordings and pipes
 Reads a recording or raw samples of a receiver, finds tone and speed by
 itself and writes text as it is decided; keeps code files, text files and
 XML documents on request. It also translates the 8-bit characters of other
 radio decoders, and brings Morse alphabets and character maps.")
+
+set(CPACK_DEBIAN_DOCUMENTS_PACKAGE_NAME morsehandler-doc)
+set(CPACK_DEBIAN_DOCUMENTS_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_DOCUMENTS_PACKAGE_SECTION doc)
+set(CPACK_DEBIAN_DOCUMENTS_DESCRIPTION "guides and formats of morsehost and libmorsehandler
+For operators: from sound to text, alphabets and maps. For developers: using
+the library in a host. Beside them the file formats, and what was measured.")
 
 # What a Debian package says about itself. An ordinary installation has no use for it.
 string(TIMESTAMP package_date "%a, %d %b %Y %H:%M:%S +0000" UTC) # heeds SOURCE_DATE_EPOCH

@@ -12,3 +12,13 @@ if grep -rn "No API" "$headers"; then
     echo "These say that they are no API, and are installed."
     exit 1
 fi
+
+# The examples, and sources of the stand-in that a host may take over, include nothing else.
+examples=$STAGE/share/doc/libmorsehandler-dev/examples
+included=$(grep -rhoP '^#include "\K[^"]+' "$examples" | sort -u)
+[ -n "$included" ] || { echo "Where are the examples?"; exit 1; }
+status=0
+for file in $included; do
+    [ -e "$headers/$file" ] || [ -e "$examples/$file" ] || { echo "not installed: $file"; status=1; }
+done
+exit $status

@@ -14,7 +14,7 @@ cpack -G DEB --config "$BUILD/CPackConfig.cmake" -B "$work" >log 2>&1 || { cat l
 
 status=0
 fail() { echo "$*"; status=1; }
-package() { echo "$work/$1_$VERSION-1_$(dpkg --print-architecture).deb"; }
+package() { echo "$work/$1_$VERSION-1_"*.deb; }
 holds() { # PACKAGE FILE...
     local file list
     list=$(dpkg-deb -c "$(package "$1")")
@@ -31,15 +31,20 @@ depends() { # PACKAGE DEPENDENCY...
 }
 
 debs=(./*.deb)
-[ ${#debs[@]} -eq 4 ] || fail "packages: ${debs[*]}"
+[ ${#debs[@]} -eq 5 ] || fail "packages: ${debs[*]}"
 holds libmorsehandler0 "$LIBDIR/libmorsehandler.so.0" "$LIBDIR/libmorsehandler.so.$VERSION"
 holds libhoststandin0 "$LIBDIR/libhoststandin.so.0" "$LIBDIR/libhoststandin.so.$VERSION"
 holds libmorsehandler-dev "$LIBDIR/libmorsehandler.so" "$LIBDIR/libhoststandin.so" \
     include/morsehandler/session/morsehandler.h include/morsehandler/host/standin/hosttree.h \
-    "$LIBDIR/cmake/morsehandler/morsehandlerConfig.cmake" "$LIBDIR/pkgconfig/morsehandler.pc"
+    "$LIBDIR/cmake/morsehandler/morsehandlerConfig.cmake" "$LIBDIR/pkgconfig/morsehandler.pc" \
+    share/doc/libmorsehandler-dev/examples/{CMakeLists.txt,own_host.cpp,host/standin/datetime.cpp}
 holds morsehost bin/morsehost share/man/man1/morsehost.1.gz \
-    share/bash-completion/completions/morsehost share/morsehandler/maps/Greek.ascii.map
-for name in libmorsehandler0 libhoststandin0 libmorsehandler-dev morsehost; do
+    share/bash-completion/completions/morsehost share/morsehandler/maps/Greek.ascii.map \
+    share/morsehandler/samples/three-overs.flac
+holds morsehandler-doc share/doc/morsehandler/{operator-guide.md,host-guide.md,formats/map.md}
+[ "$(dpkg-deb -f "$(package morsehandler-doc)" Architecture)" = all ] ||
+    fail "morsehandler-doc is for one architecture only"
+for name in libmorsehandler0 libhoststandin0 libmorsehandler-dev morsehost morsehandler-doc; do
     holds $name "share/doc/$name/copyright" "share/doc/$name/changelog.Debian.gz"
     for field in Maintainer Section Description; do
         [ -n "$(dpkg-deb -f "$(package $name)" $field)" ] || fail "$name has no $field"
