@@ -15,13 +15,16 @@ namespace pages {
 ///   command that fails is followed by "$ echo $?".
 /// - `sh`: commands to paste, which have to succeed; an `output` block behind it is what they
 /// print.
+/// - `sh bare-machine`: commands that turn a bare machine into one on which the page can be
+/// followed, run by scripts/try-packages.sh, which has one to spare; elsewhere only looked at.
 /// - `sh not-run: REASON`: commands that no test can run; what they name has to exist.
 /// - `cpp path=FILE`: lines of that file; other kinds may be taken from one too.
 /// - `xml schema=FILE`: a document that is valid.
 /// - `KIND file=NAME`: the content of a file that later blocks of the page use.
 /// - `text WHAT`: none of these, and what it is instead.
 ///
-/// The blocks of a page run in their order, in a folder of their own that looks like a clone.
+/// The blocks of a page run in their order, in a folder of their own: one that looks like a clone,
+/// or an empty one on a bare machine.
 struct Block
 {
     int line; ///< of its opening fence, from 1

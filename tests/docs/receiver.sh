@@ -25,5 +25,4 @@ nc)
     rate=48000
     ;;
 esac
-sox "$(dirname "$(readlink -f "$0")")/../../data/samples/evening.flac" \
-    -t raw -r "$rate" -e signed -b "$bits" -c 1 -
+sox data/samples/evening.flac -t raw -r "$rate" -e signed -b "$bits" -c 1 -

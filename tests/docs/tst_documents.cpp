@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the pages show is what happens: their sessions are run, their code is that of the examples,
 // their links lead somewhere. tests/docs/pages.h tells how a block says what it is.
-#include "docs/pages.h"
+#include "docs/blocks.h"
 
 #include <QDir>
 #include <QFile>
@@ -12,6 +12,8 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <memory>
 
 using pages::Block;
 using pages::Page;
@@ -31,235 +33,81 @@ QString at(const Page& page, int line)
     return QStringLiteral("%1:%2: ").arg(page.name).arg(line);
 }
 
-/// A folder that looks like a clone with its builds, in which pages may leave files behind.
-class Clone
+/// Where the library is installed for the pages that compile against it.
+QString installed()
+{
+    static const QTemporaryDir folder;
+    static const bool isThere = [] {
+        QProcess cmake;
+        cmake.start(QStringLiteral("cmake"),
+                    {QStringLiteral("--install"), QStringLiteral(BUILD_DIR),
+                     QStringLiteral("--prefix"), folder.path()});
+        return cmake.waitForFinished(60000) && cmake.exitCode() == 0;
+    }();
+    return isThere ? folder.path() : QString();
+}
+
+/// A folder that looks like a clone with its builds.
+class Clone : public pages::Shell
 {
 public:
     Clone()
+        : Clone(std::make_unique<QTemporaryDir>())
     {
-        for (const QString& name : project.entryList(QDir::AllEntries | QDir::NoDotAndDotDot)) {
-            if (name != QLatin1String("build"))
-                QFile::link(project.filePath(name), m_folder.filePath(name));
+    }
+
+    QString pathOf(const QString& name) const { return m_folder->filePath(name); }
+
+private:
+    explicit Clone(std::unique_ptr<QTemporaryDir> folder)
+        : Shell(folder->path(), environment(folder->path()))
+        , m_folder(std::move(folder))
+    {
+        for (const QString& name :
+             project.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot)) {
+            if (name != QLatin1String("build") && name != QLatin1String(".git"))
+                QFile::link(project.filePath(name), pathOf(name));
         }
-        const QDir folder(m_folder.path());
         for (const char* preset : {"build/dev", "build/release"}) {
-            folder.mkpath(QLatin1String(preset));
-            const QDir build(folder.filePath(QLatin1String(preset)));
+            const QDir build(pathOf(QLatin1String(preset)));
+            build.mkpath(QStringLiteral("."));
             QFile::link(QStringLiteral(PROGRAMS_DIR), build.filePath(QStringLiteral("bin")));
             QFile::link(QStringLiteral(LIBRARIES_DIR), build.filePath(QStringLiteral("lib")));
         }
-        folder.mkpath(QStringLiteral(".programs"));
-        const QDir programs(folder.filePath(QStringLiteral(".programs")));
+        const QDir programs(pathOf(QStringLiteral(".programs")));
+        programs.mkpath(QStringLiteral("."));
         QFile::link(QStringLiteral(PROGRAMS_DIR "/morsehost"),
                     programs.filePath(QStringLiteral("morsehost")));
         for (const char* receiver : {"arecord", "rtl_fm", "nc"})
             QFile::link(project.filePath(QStringLiteral("tests/docs/receiver.sh")),
                         programs.filePath(QLatin1String(receiver)));
-        m_environment.insert(QStringLiteral("PATH"),
-                             programs.path() + QLatin1Char(':') +
-                                 m_environment.value(QStringLiteral("PATH")));
-        m_environment.insert(QStringLiteral("HOME"), m_folder.path());
-        m_environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
-        m_environment.insert(QStringLiteral("TZ"), QStringLiteral("UTC"));
+        // What is linked with a library under sanitizers has to be as well.
+        QFile compiler(programs.filePath(QStringLiteral("c++")));
+        if (compiler.open(QIODevice::WriteOnly)) {
+            compiler.write("#!/bin/sh\nexec " COMPILER " \"$@\"\n");
+            compiler.setPermissions(compiler.permissions() | QFile::ExeOwner);
+        }
     }
 
-    void write(const QString& name, const QString& content) const
+    static QProcessEnvironment environment(const QString& folder)
     {
-        QFile file(m_folder.filePath(name));
-        if (file.open(QIODevice::WriteOnly))
-            file.write(content.toUtf8());
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("PATH"), folder + QStringLiteral("/.programs:") +
+                                                       environment.value(QStringLiteral("PATH")));
+        environment.insert(QStringLiteral("HOME"), folder);
+        environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
+        environment.insert(QStringLiteral("TZ"), QStringLiteral("UTC"));
+        // As the host developer's guide has it done in a clone.
+        const QString libraries = installed() + QStringLiteral("/" INSTALLED_LIBRARIES);
+        environment.insert(QStringLiteral("CMAKE_PREFIX_PATH"), installed());
+        environment.insert(QStringLiteral("PKG_CONFIG_PATH"),
+                           libraries + QStringLiteral("/pkgconfig"));
+        environment.insert(QStringLiteral("LD_LIBRARY_PATH"), libraries);
+        return environment;
     }
 
-    QString pathOf(const QString& name) const { return m_folder.filePath(name); }
-
-    /// What a script prints on both channels.
-    QString run(const QString& script, int* status, const QStringList& options = {}) const
-    {
-        QProcess shell;
-        shell.setWorkingDirectory(m_folder.path());
-        shell.setProcessEnvironment(m_environment);
-        shell.setProcessChannelMode(QProcess::MergedChannels);
-        shell.setStandardInputFile(QProcess::nullDevice());
-        shell.start(QStringLiteral("bash"), options + QStringList{QStringLiteral("-c"), script});
-        if (!shell.waitForFinished(240000))
-            shell.kill();
-        *status = shell.exitStatus() == QProcess::NormalExit ? shell.exitCode() : -1;
-        return QString::fromUtf8(shell.readAllStandardOutput());
-    }
-
-private:
-    QTemporaryDir m_folder;
-    QProcessEnvironment m_environment = QProcessEnvironment::systemEnvironment();
+    std::unique_ptr<QTemporaryDir> m_folder;
 };
-
-QString difference(const QString& what, const QString& shown, const QString& printed)
-{
-    return QStringLiteral("%1\n--- shown:\n%2\n--- printed:\n%3").arg(what, shown, printed);
-}
-
-QStringList checkSession(const Page& page, const Block& block, const Clone& clone)
-{
-    // After each command its status, behind a sign that no output holds.
-    const auto commands = pages::commands(block);
-    QString script;
-    for (const pages::Command& command : commands)
-        script += command.text + QStringLiteral("\n{ s=$?; printf '\\001%d\\n' $s; (exit $s); }\n");
-    int status = 0;
-    const QStringList pieces = clone.run(script, &status).split(QChar(1));
-    QStringList complaints;
-    if (commands.isEmpty() || !block.lines.first().startsWith(QLatin1String("$ ")))
-        return {at(page, block.line) + QStringLiteral("a session begins with a command")};
-    if (pieces.size() != commands.size() + 1)
-        return {at(page, block.line) + QStringLiteral("the session broke off:\n") +
-                pieces.join(QLatin1Char('\n'))};
-    for (int i = 0; i < commands.size(); ++i) {
-        QString output = pieces.at(i);
-        if (i > 0)
-            output = output.section(QLatin1Char('\n'), 1);
-        const int ended = pieces.at(i + 1).section(QLatin1Char('\n'), 0, 0).toInt();
-        if (!pages::isAsShown(output, commands.at(i).output))
-            complaints += difference(at(page, block.line) + commands.at(i).text,
-                                     commands.at(i).output, output);
-        const bool isAsked =
-            i + 1 < commands.size() && commands.at(i + 1).text == QLatin1String("echo $?");
-        if (ended != 0 && !isAsked)
-            complaints += at(page, block.line) + QStringLiteral("fails with %1: ").arg(ended) +
-                          commands.at(i).text;
-    }
-    return complaints;
-}
-
-QStringList checkNotRun(const Page& page, const Block& block, const Clone& clone)
-{
-    static const QRegularExpression program(
-        QStringLiteral("(?:^|[\\s;|(])((?:scripts|\\.ci)/[\\w.-]+)"));
-    static const QRegularExpression built(QStringLiteral("build/\\w+/bin/(\\w+)"));
-    QStringList complaints;
-    int status = 0;
-    const QString syntax = clone.run(block.content(), &status, {QStringLiteral("-n")});
-    if (status != 0)
-        complaints += at(page, block.line) + syntax;
-    auto scripts = program.globalMatch(block.content());
-    while (scripts.hasNext()) {
-        const QString name = scripts.next().captured(1);
-        if (!QFileInfo(project.filePath(name)).isExecutable())
-            complaints += at(page, block.line) + name + QStringLiteral(" is no program");
-    }
-    auto targets = built.globalMatch(block.content());
-    while (targets.hasNext()) {
-        const QString name = targets.next().captured(1);
-        int found = 0;
-        clone.run(
-            QStringLiteral("grep -rqw --exclude-dir=build --include=CMakeLists.txt -e '%1' '%2' ||"
-                           "compgen -G '%2/*/%1.cpp' || compgen -G '%2/*/*/%1.cpp'")
-                .arg(name, project.path()),
-            &found);
-        if (found != 0)
-            complaints += at(page, block.line) + name + QStringLiteral(" is built nowhere");
-    }
-    return complaints;
-}
-
-QString dedented(const QString& text)
-{
-    QStringList lines = text.split(QLatin1Char('\n'));
-    for (QString& line : lines)
-        line = line.trimmed();
-    return lines.join(QLatin1Char('\n')).trimmed();
-}
-
-QStringList checkCode(const Page& page, const Block& block)
-{
-    const QString path = block.attribute(QStringLiteral("path"));
-    const QString all = contentOf(project.filePath(path));
-    if (all.isEmpty())
-        return {at(page, block.line) + QStringLiteral("code comes from a file (path=FILE)")};
-    const QString code = QLatin1Char('\n') + dedented(block.content()) + QLatin1Char('\n');
-    if (!(QLatin1Char('\n') + dedented(all) + QLatin1Char('\n')).contains(code))
-        return {at(page, block.line) + QStringLiteral("is not to be found in ") + path};
-    return {};
-}
-
-QStringList checkXml(const Page& page, const Block& block, const Clone& clone)
-{
-    const QString schema = block.attribute(QStringLiteral("schema"));
-    clone.write(QStringLiteral("block.xml"), block.content());
-    int status = 0;
-    const QString said =
-        clone.run(QStringLiteral("xmllint --noout --schema '%1' block.xml").arg(schema), &status);
-    return status == 0 ? QStringList() : QStringList{at(page, block.line) + said};
-}
-
-QStringList checkShell(const Page& page, const Block& block, const Block* next, const Clone& clone)
-{
-    int status = 0;
-    const QString output =
-        clone.run(block.content(), &status, {QStringLiteral("-euo"), QStringLiteral("pipefail")});
-    QStringList complaints;
-    if (status != 0)
-        complaints += at(page, block.line) + QStringLiteral("fails:\n") + output;
-    if (next && next->kind() == QLatin1String("output") &&
-        !pages::isAsShown(output, next->content()))
-        complaints += difference(at(page, next->line), next->content(), output);
-    return complaints;
-}
-
-/// Everything that is wrong with the blocks of a page.
-QStringList checkBlocks(const Page& page, const Clone& clone)
-{
-    QStringList complaints = page.complaints;
-    for (int i = 0; i < page.blocks.size(); ++i) {
-        const Block& block = page.blocks.at(i);
-        const Block* const next = i + 1 < page.blocks.size() ? &page.blocks.at(i + 1) : nullptr;
-        const QString kind = block.kind();
-        const QString reason = block.info.section(QLatin1Char(' '), 1).trimmed();
-        if (!block.attribute(QStringLiteral("file")).isEmpty())
-            clone.write(block.attribute(QStringLiteral("file")), block.content());
-        else if (kind == QLatin1String("console"))
-            complaints += checkSession(page, block, clone);
-        else if (kind == QLatin1String("sh") && reason.startsWith(QLatin1String("not-run: ")))
-            complaints += checkNotRun(page, block, clone);
-        else if (kind == QLatin1String("sh") && reason.isEmpty())
-            complaints += checkShell(page, block, next, clone);
-        else if (kind == QLatin1String("output") && i > 0 &&
-                 page.blocks.at(i - 1).kind() == QLatin1String("sh"))
-            continue; // compared with what the commands before it printed
-        else if (kind == QLatin1String("cpp") || !block.attribute(QStringLiteral("path")).isEmpty())
-            complaints += checkCode(page, block);
-        else if (kind == QLatin1String("xml") &&
-                 !block.attribute(QStringLiteral("schema")).isEmpty())
-            complaints += checkXml(page, block, clone);
-        else if (kind != QLatin1String("text") || reason.isEmpty())
-            complaints +=
-                at(page, block.line) +
-                QStringLiteral("a block of which nothing says what it is: '%1'").arg(block.info);
-    }
-    return complaints;
-}
-
-QStringList checkLinks(const Page& page, const QVector<Page>& all)
-{
-    QStringList complaints;
-    for (const auto& [line, target] : pages::links(page)) {
-        if (target.contains(QLatin1String("://")))
-            continue;
-        const QString file = target.section(QLatin1Char('#'), 0, 0);
-        const QString anchor = target.section(QLatin1Char('#'), 1);
-        const QString folder = QFileInfo(page.name).path();
-        const QString name =
-            file.isEmpty() ? page.name : QDir::cleanPath(folder + QLatin1Char('/') + file);
-        if (!QFileInfo::exists(project.filePath(name)) && !file.isEmpty())
-            complaints += at(page, line) + target + QStringLiteral(" does not exist");
-        if (anchor.isEmpty())
-            continue;
-        const Page* to = name == page.name ? &page : nullptr;
-        for (const Page& other : all)
-            to = !to && other.name == name ? &other : to;
-        if (!to || !pages::anchors(*to).contains(anchor))
-            complaints += at(page, line) + target + QStringLiteral(": no such heading");
-    }
-    return complaints;
-}
 
 QStringList checkFileNames(const Page& page)
 {
@@ -355,7 +203,8 @@ private Q_SLOTS:
     {
         QFETCH(int, index);
         const Clone clone;
-        const QStringList complaints = checkBlocks(m_pages.at(index), clone);
+        const QStringList complaints =
+            pages::checkBlocks(m_pages.at(index), clone, pages::Reader::InAClone);
         QVERIFY2(complaints.isEmpty(), asMessage(complaints).constData());
     }
 
@@ -365,9 +214,65 @@ private Q_SLOTS:
         QFETCH(int, index);
         const Clone clone;
         const Page& page = m_pages.at(index);
-        const QStringList complaints =
-            checkLinks(page, m_pages) + checkFileNames(page) + checkCalls(page, clone);
+        const QStringList complaints = pages::checkLinks(page, m_pages, project.path()) +
+                                       checkFileNames(page) + checkCalls(page, clone);
         QVERIFY2(complaints.isEmpty(), asMessage(complaints).constData());
+    }
+
+    void whatAnInstalledPageLinksToIsInstalled()
+    {
+        const QString folder = installed() + QStringLiteral("/share/doc/morsehandler");
+        const QVector<Page> all = pages::readAll(folder);
+        QCOMPARE(all.size(), QDir(project.filePath(QStringLiteral("docs")))
+                                     .entryList({QStringLiteral("*.md")})
+                                     .size() +
+                                 QDir(project.filePath(QStringLiteral("docs/formats")))
+                                     .entryList({QStringLiteral("*.md")})
+                                     .size());
+        QStringList complaints;
+        for (const Page& page : all)
+            complaints += pages::checkLinks(page, all, folder);
+        QVERIFY2(complaints.isEmpty(), asMessage(complaints).constData());
+    }
+
+    void whoHasABareMachineFollowsAPageThere_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("said");
+        const auto row = [](const char* name, const char* text, int status, const char* said) {
+            QTest::newRow(name) << QString::fromUtf8(text) << status << QString::fromUtf8(said);
+        };
+        row("preparations and sessions",
+            "```sh bare-machine\necho a >file\n```\n\n```console\n$ cat file\na\n```", 0,
+            "page.md: all 2 sessions as shown\n");
+        row("files", "```text file=a\nb\n```\n\n```console\n$ cat a\nb\n```", 0,
+            "page.md: all 1 sessions as shown\n");
+        row("nothing of what is for a clone",
+            "```sh not-run: builds\nscripts/none.sh\n```\n\n```console\n$ echo a\na\n```", 0,
+            "page.md: all 1 sessions as shown\n");
+        row("another output", "```console\n$ echo a\nb\n```", 1, "page.md:1: echo a\n");
+        row("preparations that fail", "```sh bare-machine\nfalse\n```", 1, "page.md:1: fails");
+        row("a page without sessions", "Text.\n", 1, "page.md: 0 complaints, 0 sessions\n");
+    }
+    void whoHasABareMachineFollowsAPageThere()
+    {
+        QFETCH(QString, text);
+        const QTemporaryDir machine;
+        const QTemporaryDir folder;
+        QFile page(folder.filePath(QStringLiteral("page.md")));
+        QVERIFY(page.open(QIODevice::WriteOnly));
+        page.write(text.toUtf8());
+        page.close();
+        QProcess follow;
+        follow.start(
+            QStringLiteral(PROGRAMS_DIR "/followpage"),
+            {page.fileName(), QStringLiteral("env"), QStringLiteral("-C"), machine.path()});
+        QVERIFY(follow.waitForFinished());
+        const QString printed = QString::fromUtf8(follow.readAllStandardOutput());
+        QTEST(follow.exitCode(), "status");
+        QFETCH(QString, said);
+        QVERIFY2(printed.startsWith(said), qPrintable(printed));
     }
 
     void theListOfPagesHasThemAll()
@@ -446,6 +351,8 @@ private Q_SLOTS:
         row("not run, and nobody builds it", "```sh not-run: long\nbuild/dev/bin/no_such\n```",
             "built nowhere");
         row("not run, and no shell", "```sh not-run: long\nif\n```", "p.md:1: ");
+        row("for a bare machine", "```sh bare-machine\nsudo no-such-program\n```", "");
+        row("for a bare machine, and no shell", "```sh bare-machine\nif\n```", "p.md:1: ");
         row("code of a file", "```cpp path=tests/docs/pages.h\nstruct Block\n{\n```", "");
         row("code of no file", "```cpp\nstruct Block\n```", "code comes from a file");
         row("code that has changed", "```cpp path=tests/docs/pages.h\nstruct Bloc\n```",
@@ -453,7 +360,7 @@ private Q_SLOTS:
         row("a file, and its use", "```text file=a.txt\nx\n```\n\n```console\n$ cat a.txt\nx\n```",
             "");
         row("xml that is not valid", "```xml schema=data/schema/tavikresultdata.xsd\n<a/>\n```",
-            "block.xml");
+            "element a");
         row("text with a reason", "```text picture\na\n```", "");
         row("text without one", "```text\na\n```", "nothing says what it is");
         row("no words at all", "```\na\n```", "nothing says what it is");
@@ -482,7 +389,8 @@ private Q_SLOTS:
         QFETCH(QString, complaint);
         const Clone clone;
         const Page page = pages::parse(QStringLiteral("p.md"), text);
-        const QStringList complaints = checkBlocks(page, clone) + checkLinks(page, m_pages) +
+        const QStringList complaints = pages::checkBlocks(page, clone, pages::Reader::InAClone) +
+                                       pages::checkLinks(page, m_pages, project.path()) +
                                        checkFileNames(page) + checkCalls(page, clone);
         QCOMPARE(complaints.isEmpty(), complaint.isEmpty());
         QVERIFY2(complaint.isEmpty() || complaints.constFirst().contains(complaint),
