@@ -191,6 +191,7 @@ class tst_Documents : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
+        QVERIFY(!installed().isEmpty());
         QVERIFY(m_pages.size() > 15);
         int blocks = 0;
         for (const Page& page : m_pages)
@@ -245,15 +246,15 @@ private Q_SLOTS:
         };
         row("preparations and sessions",
             "```sh bare-machine\necho a >file\n```\n\n```console\n$ cat file\na\n```", 0,
-            "page.md: all 2 sessions as shown\n");
+            "page.md: 2 run, all as shown\n");
         row("files", "```text file=a\nb\n```\n\n```console\n$ cat a\nb\n```", 0,
-            "page.md: all 1 sessions as shown\n");
+            "page.md: 1 run, all as shown\n");
         row("nothing of what is for a clone",
             "```sh not-run: builds\nscripts/none.sh\n```\n\n```console\n$ echo a\na\n```", 0,
-            "page.md: all 1 sessions as shown\n");
+            "page.md: 1 run, all as shown\n");
         row("another output", "```console\n$ echo a\nb\n```", 1, "page.md:1: echo a\n");
         row("preparations that fail", "```sh bare-machine\nfalse\n```", 1, "page.md:1: fails");
-        row("a page without sessions", "Text.\n", 1, "page.md: 0 complaints, 0 sessions\n");
+        row("a page without sessions", "Text.\n", 1, "page.md: 0 run, 0 complaints\n");
     }
     void whoHasABareMachineFollowsAPageThere()
     {
