@@ -1,40 +1,141 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Tries the packages of scripts/package.sh as somebody would who has nothing but a bare Debian 12:
-# installs them there, decodes, reads the manual page, compiles a host. `try-packages.sh FOLDER`
-# makes that system in FOLDER, or takes the one that is there. Needs root and debootstrap.
+# Tries the packages of scripts/package.sh as somebody would who has nothing but a bare Debian 12 and
+# them: follows the installed pages there, what is printed compared with what the page shows.
+# `try-packages.sh FOLDER` keeps the bare system and what it fetched in FOLDER, for the next time.
+# Needs root and debootstrap.
 set -euo pipefail
+
+fail() { echo "$*" >&2; exit 1; }
+[ $# -eq 1 ] || fail "Usage: try-packages.sh FOLDER, in which the bare system is to lie"
+folder=$(realpath -m "$1")
 cd "$(dirname "$0")/.."
+[ "$(id -u)" -eq 0 ] || fail "Only root can make a system to try them on."
+command -v debootstrap >/dev/null || fail "debootstrap is missing: apt install debootstrap"
+# What is mounted from here on goes with this process, however it ends.
+[ "${MOUNTS:-}" = own ] || MOUNTS=own exec unshare --mount scripts/try-packages.sh "$folder"
 
-root=${1:?where the bare system is to lie}
 packages=(build/package/packages/*.deb)
-[ -e "${packages[0]}" ] || { echo "There are no packages; run scripts/package.sh first." >&2; exit 1; }
-[ -e "$root/etc/debian_version" ] ||
-    debootstrap --variant=minbase bookworm "$root" http://deb.debian.org/debian
+[ -e "${packages[0]}" ] || fail "There are no packages; run scripts/package.sh first."
+scripts/setup.sh build
+read -ra flags <<<"$(pkg-config --cflags --libs Qt5Core)"
+c++ -std=c++17 -fPIC -Itests tests/docs/{followpage,blocks,pages}.cpp -o build/followpage \
+    "${flags[@]}"
+mkdir -p "$folder/fetched"
+if [ ! -d "$folder/bare" ]; then
+    debootstrap --variant=minbase bookworm "$folder/unfinished" http://deb.debian.org/debian
+    mv "$folder/unfinished" "$folder/bare"
+fi
 
-mkdir -p "$root/proc" "$root/dev"
-mount -t proc proc "$root/proc"
-trap 'umount "$root/dev/pts" "$root/dev" "$root/proc" 2>/dev/null' EXIT
-mount --bind /dev "$root/dev"
-mount --bind /dev/pts "$root/dev/pts"
-rm -rf "$root/root/packages" "$root/root/consumer"
-mkdir "$root/root/packages"
-cp "${packages[@]}" "$root/root/packages/"
-cp -r tests/install/consumer "$root/root/"
-
-inside() { chroot "$root" /usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root \
-    LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive bash -euc "$1"; }
-step() {
-    echo "\$ $1"
-    inside "cd /root; $1"
+inside() {
+    chroot "$root" /usr/bin/env -i PATH=/usr/sbin:/usr/bin DEBIAN_FRONTEND=noninteractive "$@"
+}
+# machine NAME: the bare system, and on it somebody who may use sudo, installs nothing that is only
+# recommended, and says yes.
+machine() {
+    root=$folder/$1
+    rm -rf --one-file-system "$root"
+    cp -a "$folder/bare" "$root"
+    mount -t proc proc "$root/proc"
+    mount --bind /dev "$root/dev"
+    mount --bind /dev/pts "$root/dev/pts"
+    mount --bind "$folder/fetched" "$root/var/cache/apt/archives"
+    cat >"$root/etc/apt/apt.conf.d/90reader" <<'END'
+APT::Get::Assume-Yes "true";
+APT::Install-Recommends "false";
+Binary::apt::APT::Keep-Downloaded-Packages "true";
+END
+    echo force-unsafe-io >"$root/etc/dpkg/dpkg.cfg.d/90reader" # it is not kept
+    echo "127.0.0.1 localhost $(hostname)" >"$root/etc/hosts" # or sudo complains
+    inside apt-get -qq update
+    inside apt-get -qq install sudo >/dev/null 2>&1
+    inside useradd --create-home reader
+    cat >"$root/etc/sudoers.d/reader" <<'END'
+reader ALL=(ALL) NOPASSWD: ALL
+Defaults env_keep += "DEBIAN_FRONTEND"
+END
+    # There is neither a sound card nor a stick.
+    for receiver in arecord rtl_fm nc; do
+        install -D tests/docs/receiver.sh "$root/home/reader/.receivers/$receiver"
+    done
+    cp -r tests/install/consumer "$root/home/reader/"
+    page pages <<'END'
+```sh bare-machine
+sudo apt install ./morsehandler-doc_*.deb
+```
+END
 }
 
-step "apt-get -qq update"
-step "apt-get -qq install -y --no-install-recommends ./packages/{morsehost,libmorsehandler0,libhoststandin0}_*.deb >/dev/null"
-step "morsehost decode /usr/share/morsehandler/samples/evening.flac"
-step "morsehost alphabets | wc -l"
-step "apt-get -qq install -y --no-install-recommends man-db >/dev/null; man morsehost | head -n 4"
-step "apt-get -qq install -y --no-install-recommends ./packages/libmorsehandler-dev_*.deb g++ make cmake pkg-config >/dev/null"
-step "cmake -S consumer -B build >/dev/null && cmake --build build >/dev/null && build/consumer"
-step "g++ -fPIC consumer/main.cpp -o by-hand \$(pkg-config --cflags --libs morsehandler morsehandler-hoststandin) && ./by-hand"
-step "apt-get -qq remove -y morsehost libmorsehandler-dev libmorsehandler0 libhoststandin0 >/dev/null; ! ls -d /usr/share/morsehandler /usr/include/morsehandler 2>/dev/null"
+status=0
+# follow PAGE [COMMAND]: as the reader, in a folder with the packages, after a command of his.
+follow() {
+    local here reader
+    here=/home/reader/$(basename "$1" .md)
+    reader=(chroot --userspec=reader:reader "$root" /usr/bin/env -i -C "$here"
+        PATH=/home/reader/.receivers:/usr/bin HOME=/home/reader LC_ALL=C.UTF-8
+        DEBIAN_FRONTEND=noninteractive)
+    inside install -d -o reader -g reader "$here"
+    cp "${packages[@]}" "$root$here/"
+    [ $# -eq 1 ] || "${reader[@]}" bash -euc "$2" >/dev/null 2>&1 || fail "fails: $2"
+    build/followpage "$1" "${reader[@]}" || status=1
+}
+# page NAME: the same for what no page of ours shows, in the words of one.
+page() {
+    cat >"$folder/$1.md"
+    follow "$folder/$1.md"
+}
+
+echo "As an operator:"
+machine operator
+pages=$root/usr/share/doc/morsehandler
+follow "$pages/operator-guide.md"
+data="ln -s /usr/share/morsehandler data"
+for name in tables inspect formats/alphabet formats/map formats/codec formats/decodermodules; do
+    follow "$pages/$name.md" "$data"
+done
+follow "$pages/formats/result-document.md" "$data; sudo apt install libxml2-utils"
+page programs <<'END'
+```sh bare-machine
+sudo apt install man-db
+```
+
+```console
+$ man morsehost | head -n 4
+MORSEHOST(1)                     User Commands                    MORSEHOST(1)
+
+NAME
+       morsehost - turn Morse code and the output of radio decoders into text
+$ ls /usr/bin/arecord /usr/bin/rtl_fm /usr/bin/nc
+/usr/bin/arecord
+/usr/bin/nc
+/usr/bin/rtl_fm
+$ rtl_fm=/usr/bin/rtl_fm; $rtl_fm -h 2>&1 | grep -wE 'direct2?'
+…direct: …
+…direct2: …
+```
+END
+
+echo "As a developer of a host:"
+machine developer
+follow "$root/usr/share/doc/morsehandler/host-guide.md"
+follow README.md "$data; cp -r /usr/share/doc/libmorsehandler-dev/examples ."
+page consumer <<'END'
+```console
+$ cmake -S ../consumer -B build >/dev/null && cmake --build build >/dev/null && build/consumer
+SOS
+$ c++ -std=c++17 -fPIC ../consumer/main.cpp -o by-hand \
+    $(pkg-config --cflags --libs morsehandler morsehandler-hoststandin) && ./by-hand
+SOS
+```
+END
+page removal <<'END'
+```sh bare-machine
+sudo apt purge morsehost libmorsehandler-dev libmorsehandler0 libhoststandin0 morsehandler-doc
+```
+
+```console
+$ sudo find / -xdev '(' -name '*morseh*' -o -name '*hoststandin*' ')' ! -path '/home/*'
+```
+END
+[ $status -eq 0 ] || echo "What is printed is not what is shown."
+exit $status
