@@ -17,4 +17,9 @@ void complain(const QString& reason)
     std::fprintf(stderr, "morsehost: %s\n", line.constData());
 }
 
+QString counted(long long count, const char* one, const char* several)
+{
+    return QStringLiteral("%1 %2").arg(count).arg(QLatin1String(count == 1 ? one : several));
+}
+
 } // namespace morsehost

@@ -10,6 +10,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
+#include <QStringList>
 #include <QThread>
 
 #include <unistd.h>
@@ -136,13 +137,14 @@ int Reception::finish()
     if (m_listener)
         m_listener(false);
     m_reporter->end();
-    const long long symbols = m_station.unsavedSymbols();
-    const int documents = m_station.unsavedDocuments();
-    if (symbols > 0 || documents > 0) {
+    QStringList lost;
+    if (const long long symbols = m_station.lostSymbols(); symbols > 0)
+        lost += counted(symbols, "dot or dash", "dots and dashes");
+    if (const long long documents = m_station.lostDocuments(); documents > 0)
+        lost += counted(documents, "result document", "result documents");
+    if (!lost.isEmpty()) {
         complain(m_options.station.saveDirectory,
-                 QStringLiteral("%1 dots and dashes and %2 result documents could not be saved")
-                     .arg(symbols)
-                     .arg(documents));
+                 lost.join(QLatin1String(" and ")) + QStringLiteral(" could not be saved"));
         return EXIT_BAD_INPUT;
     }
     if (!m_output.error().isEmpty()) {
