@@ -2,6 +2,7 @@
 #include "app/complain.h"
 
 #include <cstdio>
+#include <cstring>
 
 namespace morsehost {
 
@@ -15,6 +16,11 @@ void complain(const QString& reason)
     // One line, whatever a file name or a library's message holds.
     const QByteArray line = reason.simplified().toUtf8();
     std::fprintf(stderr, "morsehost: %s\n", line.constData());
+}
+
+QString systemError(int number)
+{
+    return QString::fromLocal8Bit(std::strerror(number));
 }
 
 QString counted(long long count, const char* one, const char* several)

@@ -388,9 +388,54 @@ private Q_SLOTS:
                       "Elvish: no such alphabet in ");
     }
 
-    void aFolderThatCannotBeMadeIsSaid()
+    void aFolderThatCannotBeUsedIsSaidAtTheStart_data()
     {
-        verifyOneLine(run({"symbols", "--save", "/dev/null/x", "-"}), 1, "/dev/null/x: ");
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<QString>("folder");
+        QTest::addColumn<QByteArray>("part");
+        for (const char* command : {"decode", "symbols"}) {
+            const auto row = [command](const char* name, const char* folder, const char* part) {
+                QTest::addRow("%s, %s", command, name)
+                    << QString(command) << QString(folder) << QByteArray(part);
+            };
+            row("under a file", "/dev/null/x", "/dev/null/x: the folder cannot be made: ");
+            row("a file", "/dev/null", "/dev/null: is no folder");
+            row("a folder that takes no file", "/proc", "/proc: no file can be written there: ");
+            row("in a folder that takes none", "/proc/x", "/proc/x: the folder cannot be made: ");
+        }
+    }
+
+    void aFolderThatCannotBeUsedIsSaidAtTheStart()
+    {
+        QFETCH(QString, command);
+        QFETCH(QString, folder);
+        QFETCH(QByteArray, part);
+        QProcess process;
+        process.start(QStringLiteral(MORSEHOST_PATH), {command, "--save", folder, "-"});
+        QVERIFY(process.waitForFinished(60000)); // the input is still open
+        verifyOneLine(end(process), 1, part.constData());
+    }
+
+    void aFolderIsMadeWithThoseAboveIt()
+    {
+        QTemporaryDir dir;
+        const QString folder = dir.filePath("a/b/c");
+        QCOMPARE(run({"symbols", "--save", folder, "-"}, "0 3").status, 0);
+        QCOMPARE(QDir(folder).entryList({"*.xml"}).size(), 1);
+        QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                 QDir(folder).entryList({"*.txt", "*.xml"}));
+    }
+
+    void whatCannotBeginMakesNoFolder()
+    {
+        QTemporaryDir dir;
+        const QString folder = dir.filePath("a");
+        for (const QStringList& words :
+             {QStringList{"decode", "nothing.wav"}, QStringList{"symbols", "nothing.codes"},
+              QStringList{"symbols", "--alphabet", "Elvish", "-"}}) {
+            QCOMPARE(run(words + QStringList{"--save", folder}).status, 1);
+            QVERIFY(!QFile::exists(folder));
+        }
     }
 
     // symbols
