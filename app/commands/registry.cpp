@@ -23,7 +23,7 @@ const std::vector<Command>& commands()
 const std::vector<OptionRow>& programOptions()
 {
     static const std::vector<OptionRow> rows = {
-        {"help", nullptr, "show this help; 'morsehost COMMAND --help' tells more"},
+        {"help", nullptr, "show this help; 'morsehost help COMMAND' tells more"},
         {"version", nullptr, "show the version"},
     };
     return rows;

@@ -114,6 +114,8 @@ _morsehost()
     case $previous in
 %3    esac
     case ${COMP_WORDS[1]} in
+        help | --help) [ "$COMP_CWORD" -gt 2 ] ||
+            mapfile -t COMPREPLY < <(compgen -W '%4' -- "$current"); return ;;
 %2        *) return ;;
     esac
     case $current in
@@ -124,8 +126,8 @@ _morsehost()
 
 complete -F _morsehost morsehost
 )bash")
-        .arg(names.join(QLatin1Char(' ')) + QLatin1Char(' ') + words(programOptions), commandCases,
-             valueLines);
+        .arg(names.join(QLatin1Char(' ')) + QLatin1String(" help ") + words(programOptions),
+             commandCases, valueLines, names.join(QLatin1Char(' ')));
 }
 
 } // namespace morsehost

@@ -381,6 +381,33 @@ private Q_SLOTS:
                     .hasMatch());
     }
 
+    void helpIsGivenHoweverItIsAskedFor()
+    {
+        const QByteArray all = run({"--help"}).out;
+        const QByteArray decode = run({"decode", "--help"}).out;
+        QVERIFY(all.startsWith("Usage: morsehost COMMAND"));
+        QVERIFY(decode.startsWith("Usage: morsehost decode"));
+        for (const QStringList& words :
+             {QStringList{"help"}, QStringList{"-h"}, QStringList{"help", "help"},
+              QStringList{"help", "--help"}, QStringList{"--help", "--version"}})
+            QCOMPARE(run(words).out, all);
+        for (const QStringList& words :
+             {QStringList{"help", "decode"}, QStringList{"--help", "decode"},
+              QStringList{"-h", "decode"}, QStringList{"decode", "-h"},
+              QStringList{"help", "decode", "x"}, QStringList{"help", "decode", "--tone"},
+              QStringList{"decode", "--help", "--loud"}}) {
+            const Ended ended = run(words);
+            QCOMPARE(ended.out, decode);
+            QCOMPARE(ended.err, QByteArray());
+            QCOMPARE(ended.status, 0);
+        }
+    }
+
+    void aSwitchMayBeGivenTwice()
+    {
+        QCOMPARE(run({"symbols", "--codes", "--codes", "-"}, "0 3").out, QByteArray("0 3\n"));
+    }
+
     void anUnknownAlphabetIsSaid()
     {
         QTemporaryDir dir;

@@ -29,8 +29,11 @@ expect() { # WANTED|WANTED... WORD..., in any order
 }
 
 commands=$(morsehost --help | sed -n '/^Commands:/,/^$/s/^  \([a-z]*\) .*/\1/p')
-expect "$(echo "$commands" | tr '\n' '|')--help|--version" morsehost ""
+expect "$(echo "$commands" | tr '\n' '|')help|--help|--version" morsehost ""
 expect symbols morsehost sy
+expect "$(echo "$commands" | paste -sd '|')" morsehost help ""
+expect decode morsehost --help de
+expect "" morsehost help decode ""
 expect "--version" morsehost --v
 for command in $commands; do
     options=$(morsehost "$command" --help | sed -n '/^Options:/,/^$/s/^  \(-[-a-z]*\) .*/\1/p')
