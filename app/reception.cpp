@@ -71,12 +71,9 @@ ReceptionOptions readReceptionOptions(Arguments& arguments)
     ReceptionOptions options;
     StationSettings& station = options.station;
     readAlphabetOptions(arguments, station);
-    if (arguments.isSet("save")) {
-        if (arguments.text("save").isEmpty())
-            arguments.fail(QStringLiteral("--save takes a folder"));
+    if (arguments.isSet("save"))
         station.saveDirectory =
             QDir::cleanPath(QDir::current().absoluteFilePath(arguments.text("save")));
-    }
     station.frequency_Hz = arguments.number("frequency", MIN_FREQUENCY_HZ, MAX_FREQUENCY_HZ);
     if (arguments.isSet("codes") && arguments.isSet("json"))
         arguments.fail(QStringLiteral("--codes and --json exclude each other"));

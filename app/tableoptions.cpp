@@ -10,10 +10,8 @@
 
 namespace morsehost {
 
-QString directoryOption(Arguments& arguments, const char* option, const char* shipped)
+QString directoryOption(const Arguments& arguments, const char* option, const char* shipped)
 {
-    if (arguments.isSet(option) && arguments.text(option).isEmpty())
-        arguments.fail(QStringLiteral("--%1 takes a folder").arg(QLatin1String(option)));
     return arguments.isSet(option) ? arguments.text(option) : dataDirectory(QLatin1String(shipped));
 }
 

@@ -7,7 +7,7 @@
 namespace morsehost {
 
 /// The folder that the option names, else the shipped one.
-QString directoryOption(Arguments& arguments, const char* option, const char* shipped);
+QString directoryOption(const Arguments& arguments, const char* option, const char* shipped);
 
 /// --decoders FILE
 OptionRow decoderModulesOption();

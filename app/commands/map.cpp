@@ -199,8 +199,6 @@ int run(Arguments& arguments)
     const QString decoder = arguments.text("decoder");
     if (decoder.isEmpty())
         arguments.fail(QStringLiteral("--decoder NAME is missing"));
-    if (arguments.isSet("map") && arguments.text("map").isEmpty())
-        arguments.fail(QStringLiteral("--map takes a name"));
     const QString mapsDirectory = directoryOption(arguments, "maps", "maps");
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;

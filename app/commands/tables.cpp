@@ -21,8 +21,6 @@ namespace {
 int runAlphabets(Arguments& arguments)
 {
     const QString directory = directoryOption(arguments, "alphabets", "alphabets");
-    if (!arguments.error().isEmpty())
-        return EXIT_BAD_USAGE;
     QTextStream out(stdout);
     QTextStream err(stderr);
     return translate::listAlphabets(directory, out, err);
@@ -31,10 +29,6 @@ int runAlphabets(Arguments& arguments)
 int runMaps(Arguments& arguments)
 {
     const QString directory = directoryOption(arguments, "maps", "maps");
-    if (arguments.isSet("decoder") && arguments.text("decoder").isEmpty())
-        arguments.fail(QStringLiteral("--decoder takes a name"));
-    if (!arguments.error().isEmpty())
-        return EXIT_BAD_USAGE;
     if (!configureDecoderModules(arguments))
         return EXIT_BAD_INPUT;
     QTextStream out(stdout);

@@ -139,7 +139,7 @@ private Q_SLOTS:
         };
         row("no recording", {"-o", "x.svg"}, "FILE|- is missing");
         row("no picture", {"a.wav"}, "-o PICTURE is missing");
-        row("no name", {"a.wav", "-o", ""}, "-o PICTURE is missing");
+        row("no name", {"a.wav", "-o", ""}, "the PICTURE of -o is empty");
         row("another kind of picture", {"a.wav", "-o", "x.png"},
             "-o takes a name that ends in .svg");
         row("before the beginning", {"a.wav", "-o", "x.svg", "--from", "-1"}, "--from takes");

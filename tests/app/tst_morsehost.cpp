@@ -329,11 +329,32 @@ private Q_SLOTS:
         const auto row = [](const char* name, const QStringList& words, const char* part) {
             QTest::newRow(name) << words << QByteArray(part);
         };
-        row("unknown command", {"decipher"}, "no command 'decipher'");
+        row("unknown command", {"decipher"}, "no command 'decipher' (see 'morsehost --help')");
+        row("no command at all", {""}, "no command '' (see");
+        row("help for an unknown command", {"help", "decipher"}, "no command 'decipher' (see");
+        row("--help for an unknown command", {"--help", "decipher"}, "no command 'decipher' (see");
         row("no operand", {"decode"}, "FILE|- is missing");
         row("two operands", {"decode", "a", "b"}, "'b' is one argument too many");
-        row("unknown option", {"decode", "--loud", "x"}, "loud");
-        row("value missing", {"decode", "x", "--tone"}, "tone");
+        row("an empty operand", {"decode", ""}, "an empty word names no file");
+        row("unknown option", {"decode", "--loud", "x"}, "no option '--loud' (");
+        row("unknown option with a value", {"decode", "--loud=9", "x"}, "no option '--loud' (");
+        row("unknown letter", {"decode", "-x", "x"}, "no option '-x' (");
+        row("one dash too few", {"decode", "-tone", "700", "x"},
+            "no option '-tone'; --tone has two dashes (");
+        row("a tone after an unknown option", {"decode", "--tone", "700", "--loud", "x"},
+            "no option '--loud' (");
+        row("value missing", {"decode", "x", "--tone"}, "missing value after '--tone' (");
+        row("value of a switch", {"decode", "x", "--codes=1"},
+            "unexpected value after '--codes' (");
+        row("empty value", {"decode", "x", "--tone", ""}, "the HZ of --tone is empty (");
+        row("no alphabet's name", {"decode", "x", "--alphabet="},
+            "the NAME of --alphabet is empty");
+        row("no decoder modules file", {"maps", "--decoders", ""},
+            "the FILE of --decoders is empty");
+        row("one option twice", {"decode", "--tone", "700", "x", "--tone", "700"},
+            "--tone is given twice (");
+        row("one option three times", {"decode", "--wpm=9", "--wpm=9", "--wpm=9", "x"},
+            "--wpm is given 3 times (");
         row("tone is no number", {"decode", "--tone", "high", "x"}, "--tone takes");
         row("tone is not finite", {"decode", "--tone", "nan", "x"}, "--tone takes");
         row("speed out of range", {"decode", "--wpm", "1000", "x"}, "--wpm takes");
