@@ -20,11 +20,16 @@ OptionRow decoderModulesOption()
     return {"decoders", "FILE", "the decoder modules file; the sample that ships without this"};
 }
 
+QString decoderModulesFile(const Arguments& arguments)
+{
+    return arguments.isSet("decoders")
+               ? arguments.text("decoders")
+               : dataDirectory(QStringLiteral("decoders/decodermodules.txt"));
+}
+
 bool configureDecoderModules(const Arguments& arguments)
 {
-    const QString file = arguments.isSet("decoders")
-                             ? arguments.text("decoders")
-                             : dataDirectory(QStringLiteral("decoders/decodermodules.txt"));
+    const QString file = decoderModulesFile(arguments);
     if (!QFile(file).open(QIODevice::ReadOnly) || !QFileInfo(file).isFile()) {
         complain(file, QStringLiteral("is no decoder modules file that can be read"));
         return false;

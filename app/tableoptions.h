@@ -11,6 +11,8 @@ QString directoryOption(const Arguments& arguments, const char* option, const ch
 
 /// --decoders FILE
 OptionRow decoderModulesOption();
+/// What the option names, else the shipped one.
+QString decoderModulesFile(const Arguments& arguments);
 /// Makes the file known to the library, which asks the host's configuration for it, once. False,
 /// and said on standard error, when it cannot be read.
 bool configureDecoderModules(const Arguments& arguments);

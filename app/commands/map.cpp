@@ -272,7 +272,7 @@ Command mapCommand()
          ":disable.",
          {{"maps", "DIR", "where the maps lie; those that ship without this"},
           {"map", "NAME", "the map, as ':maps' lists it; \"Default\" (none) without this"},
-          {"decoder", "NAME", "the decoder that the characters come from"},
+          {"decoder", "NAME", "the decoder that they come from, as 'morsehost decoders' lists it"},
           decoderModulesOption(),
           {"interactive", nullptr, "obey lines that begin with ':'"},
           {"json", nullptr, "print a JSON object a line per event"}},

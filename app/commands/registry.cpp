@@ -12,6 +12,7 @@ const std::vector<Command>& commands()
         symbolsCommand(),
         alphabetsCommand(),
         mapsCommand(),
+        decodersCommand(),
         translateCommand(),
         mapCommand(),
         lintCommand(),

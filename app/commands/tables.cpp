@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// morsehost alphabets, maps, translate and lint: the tables that decoders' output goes through.
+// morsehost alphabets, maps, decoders, translate and lint: the tables that decoders' output goes
+// through.
 #include "app/commands/commands.h"
 
 #include "app/exitstatus.h"
@@ -34,6 +35,14 @@ int runMaps(Arguments& arguments)
     QTextStream out(stdout);
     QTextStream err(stderr);
     return translate::listMaps(directory, arguments.text("decoder"), out, err);
+}
+
+int runDecoders(Arguments& arguments)
+{
+    if (!configureDecoderModules(arguments))
+        return EXIT_BAD_INPUT;
+    QTextStream out(stdout);
+    return translate::listDecoders(decoderModulesFile(arguments), out);
 }
 
 int runTranslate(Arguments& arguments)
@@ -84,6 +93,18 @@ Command mapsCommand()
               decoderModulesOption()},
              "  morsehost maps --decoder 'ASCII RTTY'\n"},
             runMaps};
+}
+
+Command decodersCommand()
+{
+    return {{"decoders",
+             "",
+             0,
+             0,
+             "Lists the decoders of the decoder modules file: name, base character set.",
+             {decoderModulesOption()},
+             "  morsehost decoders\n"},
+            runDecoders};
 }
 
 Command translateCommand()

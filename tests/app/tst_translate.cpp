@@ -227,6 +227,23 @@ private Q_SLOTS:
         QCOMPARE(outcome.err.count(QLatin1Char('\n')), 1);
     }
 
+    void decodersAreListedWithTheirCharacterSets()
+    {
+        QTemporaryDir folder;
+        const QString flags = QStringLiteral(" R") + QStringLiteral(" 0").repeated(26);
+        const QString file = folder.filePath(QStringLiteral("modules.txt"));
+        writeFile(file, QStringLiteral("# a comment\n1 1%1 I Baudot\n"
+                                       "2 1%1 A ASCII  RTTY\n3 1%1 B \u00DCber\n"
+                                       "4 1%1 N Morse\n")
+                            .arg(flags)
+                            .toLatin1());
+        QString text;
+        QTextStream out(&text);
+        QCOMPARE(translate::listDecoders(file, out), 0);
+        QCOMPARE(text, QStringLiteral("ASCII  RTTY\tASCII\nBaudot\tITA2\n"
+                                      "Morse\tno character set\n\u00DCber\tITA2 and ASCII\n"));
+    }
+
     void aMissingFolderIsTold()
     {
         for (const Outcome& outcome :
