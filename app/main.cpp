@@ -52,7 +52,10 @@ int afterOutput(int status)
     const bool failed = std::fflush(stdout) != 0 || std::ferror(stdout) != 0;
     if (!failed || errno == EPIPE || status != morsehost::EXIT_DONE)
         return status;
-    morsehost::complain(QStringLiteral("standard output"), QStringLiteral("cannot be written"));
+    // What failed earlier, in the middle of a list, has left no number.
+    morsehost::complain(QStringLiteral("standard output"), errno == 0
+                                                               ? QStringLiteral("cannot be written")
+                                                               : morsehost::systemError(errno));
     return morsehost::EXIT_BAD_INPUT;
 }
 

@@ -30,8 +30,12 @@ QString decoderModulesFile(const Arguments& arguments)
 bool configureDecoderModules(const Arguments& arguments)
 {
     const QString file = decoderModulesFile(arguments);
-    if (!QFile(file).open(QIODevice::ReadOnly) || !QFileInfo(file).isFile()) {
-        complain(file, QStringLiteral("is no decoder modules file that can be read"));
+    if (QFileInfo::exists(file) && !QFileInfo(file).isFile()) {
+        complain(file, QStringLiteral("is no plain file, as a decoder modules file is"));
+        return false;
+    }
+    if (QFile opened(file); !opened.open(QIODevice::ReadOnly)) {
+        complain(file, opened.errorString());
         return false;
     }
     setConfigurationValue(QString(), QStringLiteral("DecoderModulesFile"), file);

@@ -93,6 +93,14 @@ private:
     Output m_output;
 };
 
+QString whyNotSelected(MapStation& station, const QString& map)
+{
+    const QStringList meant = station.mapsMeant(map);
+    if (meant.isEmpty())
+        return QStringLiteral("no map '%1' is offered (see 'morsehost maps')").arg(map);
+    return QStringLiteral("the map '%1' may be '%2'").arg(map, meant.join(QLatin1String("' or '")));
+}
+
 // An operator at the station: what is typed is the decoder's text, but for lines that begin with a
 // colon.
 class Operator
@@ -144,7 +152,7 @@ public:
         if (m_station.selectMap(name))
             m_screen.map(m_station.currentMap(), m_station.isTextRightToLeft());
         else
-            refuse(QStringLiteral("no map '%1' is offered").arg(name));
+            refuse(whyNotSelected(m_station, name));
     }
 
 private:
@@ -220,13 +228,12 @@ int run(Arguments& arguments)
     station.selectDecoder(decoder);
     const bool isInteractive = arguments.isSet("interactive");
     if (station.maps().size() == 1 && !isInteractive) {
-        complain(decoder, QStringLiteral("no map fits this decoder"));
+        complain(decoder, QStringLiteral("no map fits this decoder (see 'morsehost decoders')"));
         return EXIT_BAD_INPUT;
     }
     const QString map = arguments.isSet("map") ? arguments.text("map") : QString(DEFAULT_MAP);
     if (!station.selectMap(map)) {
-        complain(map, QStringLiteral("no such map, or more than one, for the decoder %1 in %2")
-                          .arg(decoder, mapsDirectory));
+        complain(decoder, whyNotSelected(station, map));
         return EXIT_BAD_INPUT;
     }
     screen.map(station.currentMap(), station.isTextRightToLeft());

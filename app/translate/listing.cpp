@@ -103,8 +103,9 @@ int listMaps(const QString& directory, const QString& decoder, QTextStream& out,
     handler.SetAlphabetsDir(directory);
     handler.SetDecoder(decoder);
     if (!decoder.isEmpty() && handler.CharsetForDecoder(decoder) == eCHARSET_NONE) {
-        err << "morsehost: the decoder modules file has no base character set for the decoder \""
-            << decoder << "\"\n";
+        err << "morsehost: " << decoder
+            << ": the decoder modules file has no base character set for this decoder (see "
+               "'morsehost decoders')\n";
         err.flush();
         return 1;
     }
