@@ -42,7 +42,8 @@ int runDecoders(Arguments& arguments)
     if (!configureDecoderModules(arguments))
         return EXIT_BAD_INPUT;
     QTextStream out(stdout);
-    return translate::listDecoders(decoderModulesFile(arguments), out);
+    QTextStream err(stderr);
+    return translate::listDecoders(decoderModulesFile(arguments), out, err);
 }
 
 int runTranslate(Arguments& arguments)

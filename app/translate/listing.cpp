@@ -122,11 +122,17 @@ int listMaps(const QString& directory, const QString& decoder, QTextStream& out,
     return 0;
 }
 
-int listDecoders(const QString& modulesFile, QTextStream& out)
+int listDecoders(const QString& modulesFile, QTextStream& out, QTextStream& err)
 {
     out.setCodec("UTF-8");
+    err.setCodec("UTF-8");
     std::vector<Quillon::DecoderModule> modules;
     Quillon::DecoderModulesCenter(modulesFile).GetModules(modules, false);
+    if (modules.empty()) {
+        err << "morsehost: " << modulesFile << ": names no decoder\n";
+        err.flush();
+        return 1;
+    }
     for (const Quillon::DecoderModule& module : modules)
         out << module.name << '\t' << setName(module.charset) << '\n';
     out.flush();

@@ -16,7 +16,8 @@ int listAlphabets(const QString& directory, QTextStream& out, QTextStream& err);
 /// has no base character set for the decoder.
 int listMaps(const QString& directory, const QString& decoder, QTextStream& out, QTextStream& err);
 
-/// The decoders of a decoder modules file that can be read. 0.
-int listDecoders(const QString& modulesFile, QTextStream& out);
+/// The decoders of a decoder modules file that can be read. 0, or 1 with one line to `err` when it
+/// names none.
+int listDecoders(const QString& modulesFile, QTextStream& out, QTextStream& err);
 
 } // namespace translate

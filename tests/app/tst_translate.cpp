@@ -239,9 +239,21 @@ private Q_SLOTS:
                             .toLatin1());
         QString text;
         QTextStream out(&text);
-        QCOMPARE(translate::listDecoders(file, out), 0);
+        QString error;
+        QTextStream err(&error);
+        QCOMPARE(translate::listDecoders(file, out, err), 0);
+        QCOMPARE(error, QString());
         QCOMPARE(text, QStringLiteral("ASCII  RTTY\tASCII\nBaudot\tITA2\n"
                                       "Morse\tno character set\n\u00DCber\tITA2 and ASCII\n"));
+    }
+
+    void aFileThatNamesNoDecoderIsTold()
+    {
+        QString text;
+        QTextStream out(&text);
+        const QString readme = shippedMaps + QStringLiteral("/README.md");
+        QCOMPARE(translate::listDecoders(readme, out, out), 1);
+        QCOMPARE(text, QStringLiteral("morsehost: %1: names no decoder\n").arg(readme));
     }
 
     void aMissingFolderIsTold()
