@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/complain.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
@@ -13,9 +14,12 @@ void complain(const QString& subject, const QString& reason)
 
 void complain(const QString& reason)
 {
-    // One line, whatever a file name or a library's message holds.
-    const QByteArray line = reason.simplified().toUtf8();
-    std::fprintf(stderr, "morsehost: %s\n", line.constData());
+    // One line, whatever a file name or a library's message holds, and no order to the terminal.
+    QString line = reason.simplified();
+    std::replace_if(
+        line.begin(), line.end(), [](QChar c) { return c.category() == QChar::Other_Control; },
+        QChar(QChar::ReplacementCharacter));
+    std::fprintf(stderr, "morsehost: %s\n", line.toUtf8().constData());
 }
 
 QString systemError(int number)

@@ -522,7 +522,9 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("part");
         QTest::newRow("word") << QByteArray("0 1 3\n\n0 dash") << QByteArray("line 3: 'dash'");
         QTest::newRow("too large") << QByteArray("99999999999") << QByteArray("line 1: '9999");
-        QTest::newRow("binary") << QByteArray("\0\1\2\xFF", 4) << QByteArray("line 1: ");
+        QTest::newRow("binary") << QByteArray("\0\1\2\xFF", 4)
+                                << QByteArray("line 1: '\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"
+                                              "\xEF\xBF\xBD'");
         QTest::newRow("long") << QByteArray(1000000, '1') << QByteArray("line 1: '1111");
     }
 
@@ -533,6 +535,18 @@ private Q_SLOTS:
         const Ended ended = run({"symbols", "-"}, input);
         verifyOneLine(ended, 1, part.constData());
         QVERIFY(ended.err.size() < 200);
+    }
+
+    void aMessageGivesTheTerminalNoOrders()
+    {
+        for (const Ended& ended :
+             {run({"symbols", "-"}, "\x1B[31mred"), run({"decode", "\x1B[31m\x7F.wav"}),
+              run({"\x1B]0;x\x07"}), run({"decode", "--\x1B[2J", "x"})}) {
+            QVERIFY(ended.status != 0);
+            for (const char c : ended.err.chopped(1))
+                QVERIFY2(static_cast<unsigned char>(c) >= ' ' && c != '\x7F',
+                         ended.err.constData());
+        }
     }
 
     void symbolFilesThatCannotBeReadAreSaid()
