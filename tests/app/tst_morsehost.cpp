@@ -741,22 +741,26 @@ private Q_SLOTS:
         const QDir saved(dir.filePath("saved"));
         std::vector<float> samples = keyed("PARIS PARIS");
         append(samples, std::vector<float>(static_cast<std::size_t>(30 * RATE_HZ)));
+        append(samples, keyed("DE DE DE"));
         QProcess process;
         process.start(QStringLiteral(MORSEHOST_PATH), {"decode", "--save", saved.path(), "-"});
         process.write(raw(samples));
-        QTRY_COMPARE_WITH_TIMEOUT(saved.entryList({"*.xml"}).size(), 1, 60000);
+        // The second transmission is heard, so the document of the first is done with.
+        QByteArray out;
+        while (!out.contains("DE DE") && process.waitForReadyRead(60000))
+            out += process.readAllStandardOutput();
         const QStringList files = saved.entryList(QDir::Files);
         QCOMPARE(files.size(), 3);
         for (const QString& name : files)
             QVERIFY(QFile::rename(saved.filePath(name), dir.filePath("archive/" + name)));
-        process.write(raw(keyed("DE N0CALL")));
+        process.write(raw(keyed("N0CALL")));
         process.closeWriteChannel();
         const Ended ended = end(process);
         QCOMPARE(ended.err, QByteArray());
         QCOMPARE(ended.status, 0);
         const QDir archive(dir.filePath("archive"));
         QVERIFY(contentOf(archive.filePath(archive.entryList({"*__Default.txt"}).value(0)))
-                    .contains("DE N0CALL"));
+                    .contains("N0CALL"));
         QCOMPARE(saved.entryList({"*.xml"}).size(), 1);
     }
 
