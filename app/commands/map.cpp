@@ -167,9 +167,13 @@ private:
         const QString command = QString::fromUtf8(m_command.trimmed());
         const QString verb = command.section(QLatin1Char(' '), 0, 0);
         const QString name = command.section(QLatin1Char(' '), 1).trimmed();
-        if (verb == QLatin1String("map") && !name.isEmpty()) {
+        const bool isMap = verb == QLatin1String("map");
+        const bool isDecoder = verb == QLatin1String("decoder");
+        if ((isMap || isDecoder) && name.isEmpty()) {
+            refuse(QStringLiteral("':%1' needs a name").arg(verb));
+        } else if (isMap) {
             selectMap(name);
-        } else if (verb == QLatin1String("decoder") && !name.isEmpty()) {
+        } else if (isDecoder) {
             m_station.selectDecoder(name);
             m_screen.map(m_station.currentMap(), m_station.isTextRightToLeft());
         } else if (command == QLatin1String("maps")) {

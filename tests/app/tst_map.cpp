@@ -141,7 +141,9 @@ private Q_SLOTS:
         QTest::newRow("command") << QByteArray(":bogus") << QByteArray("no command ':bogus'");
         QTest::newRow("nothing") << QByteArray(":") << QByteArray("no command ':'");
         QTest::newRow("map") << QByteArray(":map Elvish") << QByteArray("no map 'Elvish'");
-        QTest::newRow("no name") << QByteArray(":map") << QByteArray("no command ':map'");
+        QTest::newRow("no name") << QByteArray(":map") << QByteArray("':map' needs a name");
+        QTest::newRow("no decoder's name")
+            << QByteArray(":decoder ") << QByteArray("':decoder' needs a name");
         QTest::newRow("long") << QByteArray(":") + QByteArray(1000000, 'x')
                               << QByteArray("no command ':xxxx");
     }
