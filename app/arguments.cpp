@@ -23,10 +23,10 @@ QString plain(double number)
 QString wordOf(const QString& option, const QStringList& words)
 {
     for (const QString& word : words) {
-        const QString name = word.section(QLatin1Char('='), 0, 0);
+        QString name = word.section(QLatin1Char('='), 0, 0);
         const bool isLong = name.startsWith(QLatin1String("--"));
         if (isLong ? name.mid(2) == option
-                   : name.startsWith(QLatin1Char('-')) && name.mid(1).contains(option))
+                   : name.startsWith(QLatin1Char('-')) && name.indexOf(option, 1) > 0)
             return name;
     }
     return option;
@@ -73,10 +73,11 @@ QString Arguments::parserError(const QStringList& words) const
     if (unknown.isEmpty()) {
         QString error = m_parser.errorText(); // a sentence
         error.chop(1);
-        return error.left(1).toLower() + error.mid(1);
+        error[0] = error.at(0).toLower();
+        return error;
     }
     const QString word = wordOf(unknown.constFirst(), words);
-    const QString error = QStringLiteral("no option '%1'").arg(word);
+    QString error = QStringLiteral("no option '%1'").arg(word);
     const auto isMeant = [&word](const OptionRow& row) {
         return optionWord(row.name) == QLatin1Char('-') + word;
     };
