@@ -17,8 +17,6 @@ std::vector<OptionRow> alphabetOptionRows()
 void readAlphabetOptions(Arguments& arguments, StationSettings& settings)
 {
     settings.alphabet = arguments.text("alphabet");
-    if (arguments.isSet("alphabet") && settings.alphabet.isEmpty())
-        arguments.fail(QStringLiteral("--alphabet takes a name"));
     settings.alphabetDirectory = arguments.isSet("alphabets")
                                      ? arguments.text("alphabets")
                                      : dataDirectory(QStringLiteral("alphabets"));

@@ -3,6 +3,7 @@
 
 #include <QDateTime>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -15,7 +16,20 @@ constexpr qint64 MAX_TIME_S = std::numeric_limits<quint32>::max();
 
 QString plain(double number)
 {
-    return QString::number(number, 'g', 10);
+    return QString::number(number, 'g', 15);
+}
+
+// The word that brought the unknown option, without its value.
+QString wordOf(const QString& option, const QStringList& words)
+{
+    for (const QString& word : words) {
+        QString name = word.section(QLatin1Char('='), 0, 0);
+        const bool isLong = name.startsWith(QLatin1String("--"));
+        if (isLong ? name.mid(2) == option
+                   : name.startsWith(QLatin1Char('-')) && name.indexOf(option, 1) > 0)
+            return name;
+    }
+    return option;
 }
 
 } // namespace
@@ -42,12 +56,52 @@ Arguments::Arguments(const CommandSyntax& syntax, const QStringList& words)
         return;
     const int count = operands().size();
     if (!parsed)
-        fail(m_parser.errorText());
+        fail(parserError(words));
     else if (count < syntax.minOperands)
         fail(QStringLiteral("%1 is missing").arg(QString::fromUtf8(syntax.operands)));
     else if (count > syntax.maxOperands)
         fail(
             QStringLiteral("'%1' is one argument too many").arg(operands().at(syntax.maxOperands)));
+    else if (operands().contains(QString()))
+        fail(QStringLiteral("an empty word names no file"));
+    checkValues();
+}
+
+QString Arguments::parserError(const QStringList& words) const
+{
+    const QStringList unknown = m_parser.unknownOptionNames();
+    if (unknown.isEmpty()) {
+        QString error = m_parser.errorText(); // a sentence
+        error.chop(1);
+        error[0] = error.at(0).toLower();
+        return error;
+    }
+    const QString word = wordOf(unknown.constFirst(), words);
+    QString error = QStringLiteral("no option '%1'").arg(word);
+    const auto isMeant = [&word](const OptionRow& row) {
+        return optionWord(row.name) == QLatin1Char('-') + word;
+    };
+    if (std::any_of(m_syntax.options.begin(), m_syntax.options.end(), isMeant))
+        return error + QStringLiteral("; -%1 has two dashes").arg(word);
+    return error;
+}
+
+// What is given twice was changed in one place and forgotten in the other.
+void Arguments::checkValues()
+{
+    for (const OptionRow& row : m_syntax.options) {
+        const int count = m_parser.values(QLatin1String(row.name)).size();
+        if (!row.valueName || count == 0)
+            continue;
+        if (count > 1)
+            fail(QStringLiteral("%1 is given %2")
+                     .arg(optionWord(row.name), count == 2
+                                                    ? QStringLiteral("twice")
+                                                    : QStringLiteral("%1 times").arg(count)));
+        else if (text(row.name).isEmpty())
+            fail(QStringLiteral("the %1 of %2 is empty")
+                     .arg(QLatin1String(row.valueName), optionWord(row.name)));
+    }
 }
 
 bool Arguments::isSet(const char* option) const

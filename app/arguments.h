@@ -62,6 +62,9 @@ public:
     QString help() const;
 
 private:
+    QString parserError(const QStringList& words) const;
+    void checkValues();
+
     const CommandSyntax& m_syntax;
     QCommandLineParser m_parser;
     QString m_error;

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "app/complain.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
 
 namespace morsehost {
 
@@ -12,9 +14,22 @@ void complain(const QString& subject, const QString& reason)
 
 void complain(const QString& reason)
 {
-    // One line, whatever a file name or a library's message holds.
-    const QByteArray line = reason.simplified().toUtf8();
-    std::fprintf(stderr, "morsehost: %s\n", line.constData());
+    // One line, whatever a file name or a library's message holds, and no order to the terminal.
+    QString line = reason.simplified();
+    std::replace_if(
+        line.begin(), line.end(), [](QChar c) { return c.category() == QChar::Other_Control; },
+        QChar(QChar::ReplacementCharacter));
+    std::fprintf(stderr, "morsehost: %s\n", line.toUtf8().constData());
+}
+
+QString systemError(int number)
+{
+    return QString::fromLocal8Bit(std::strerror(number));
+}
+
+QString counted(long long count, const char* one, const char* several)
+{
+    return QStringLiteral("%1 %2").arg(count).arg(QLatin1String(count == 1 ? one : several));
 }
 
 } // namespace morsehost

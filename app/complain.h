@@ -11,4 +11,10 @@ void complain(const QString& subject, const QString& reason);
 /// "morsehost: REASON"
 void complain(const QString& reason);
 
+/// What a value of errno means.
+QString systemError(int number);
+
+/// "1 channel", "2 channels"
+QString counted(long long count, const char* one, const char* several);
+
 } // namespace morsehost

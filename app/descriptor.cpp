@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "app/descriptor.h"
 
+#include "app/complain.h"
+
 #include <QFile>
 
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -22,7 +23,7 @@ Descriptor::Descriptor(const QString& name)
     m_number = ::open(QFile::encodeName(name).constData(), O_RDONLY | O_CLOEXEC);
     struct stat status = {};
     if (m_number < 0)
-        m_error = QString::fromLocal8Bit(std::strerror(errno));
+        m_error = systemError(errno);
     else if (fstat(m_number, &status) == 0 && S_ISDIR(status.st_mode))
         m_error = QStringLiteral("is a directory");
 }

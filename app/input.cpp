@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "app/input.h"
 
+#include "app/complain.h"
 #include "app/interrupt.h"
 
 #include <cerrno>
-#include <cstring>
 #include <poll.h>
 #include <unistd.h>
 
@@ -14,7 +14,7 @@ std::size_t Input::read(char* data, std::size_t size)
 {
     while (!isInterrupted() && m_error.isEmpty()) {
         if (m_descriptor < 0) { // poll would wait for it
-            m_error = QString::fromLocal8Bit(std::strerror(EBADF));
+            m_error = systemError(EBADF);
             break;
         }
         // The time-out closes the gap between asking for the flag and waiting.
@@ -26,7 +26,7 @@ std::size_t Input::read(char* data, std::size_t size)
         if (got >= 0)
             return static_cast<std::size_t>(got);
         if (errno != EINTR && errno != EAGAIN)
-            m_error = QString::fromLocal8Bit(std::strerror(errno));
+            m_error = systemError(errno);
     }
     return 0;
 }

@@ -20,6 +20,8 @@ using morsehost::Command;
 using morsehost::commands;
 using morsehost::OptionRow;
 
+const QLatin1String HELP("help");
+
 void print(std::FILE* where, const QString& text)
 {
     std::fputs(text.toUtf8().constData(), where);
@@ -50,7 +52,10 @@ int afterOutput(int status)
     const bool failed = std::fflush(stdout) != 0 || std::ferror(stdout) != 0;
     if (!failed || errno == EPIPE || status != morsehost::EXIT_DONE)
         return status;
-    morsehost::complain(QStringLiteral("standard output"), QStringLiteral("cannot be written"));
+    // What failed earlier, in the middle of a list, has left no number.
+    morsehost::complain(QStringLiteral("standard output"), errno == 0
+                                                               ? QStringLiteral("cannot be written")
+                                                               : morsehost::systemError(errno));
     return morsehost::EXIT_BAD_INPUT;
 }
 
@@ -85,6 +90,25 @@ int runCommand(const Command& command, const QStringList& words)
     return afterOutput(status);
 }
 
+int run(const QString& name, const QStringList& words)
+{
+    for (const Command& command : commands()) {
+        if (name == QLatin1String(command.syntax.name))
+            return runCommand(command, words);
+    }
+    return refuse(QStringLiteral("no command '%1'").arg(name), QString());
+}
+
+// Of the command that follows, or of all.
+int showHelp(const QStringList& words)
+{
+    const QString about = words.value(0);
+    if (!about.isEmpty() && !about.startsWith(QLatin1Char('-')) && about != HELP)
+        return run(about, {QStringLiteral("--help")});
+    print(stdout, overview());
+    return afterOutput(morsehost::EXIT_DONE);
+}
+
 } // namespace
 
 int main(int argc, char* argv[])
@@ -101,17 +125,11 @@ int main(int argc, char* argv[])
         return morsehost::EXIT_BAD_USAGE;
     }
     const QString& first = words.constFirst();
-    if (first == QLatin1String("--help") || first == QLatin1String("-h")) {
-        print(stdout, overview());
-        return afterOutput(morsehost::EXIT_DONE);
-    }
+    if (first == HELP || first == QLatin1String("--help") || first == QLatin1String("-h"))
+        return showHelp(words.mid(1));
     if (first == QLatin1String("--version")) {
         print(stdout, QStringLiteral("morsehost " MORSEHOST_VERSION "\n"));
         return afterOutput(morsehost::EXIT_DONE);
     }
-    for (const Command& command : commands()) {
-        if (first == QLatin1String(command.syntax.name))
-            return runCommand(command, words.mid(1));
-    }
-    return refuse(QStringLiteral("no command '%1'").arg(first), QString());
+    return run(first, words.mid(1));
 }

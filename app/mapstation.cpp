@@ -61,8 +61,8 @@ void MapStation::selectDecoder(const QString& name)
 
 bool MapStation::selectMap(const QString& name)
 {
-    const QString offered = offeredName(name);
-    return !offered.isEmpty() && m_maps->Select(offered, nullptr);
+    const QStringList meant = mapsMeant(name);
+    return meant.size() == 1 && m_maps->Select(meant.constFirst(), nullptr);
 }
 
 void MapStation::receive(const QString& text)
@@ -82,14 +82,13 @@ QStringList MapStation::maps()
     return names;
 }
 
-QString MapStation::offeredName(const QString& name)
+QStringList MapStation::mapsMeant(const QString& name)
 {
     const QStringList offered = maps();
     if (offered.contains(name))
-        return name;
-    const QStringList longer = offered.filter(
+        return {name};
+    return offered.filter(
         QRegularExpression(QStringLiteral("^%1 - [^-]*$").arg(QRegularExpression::escape(name))));
-    return longer.size() == 1 ? longer.constFirst() : QString();
 }
 
 QString MapStation::currentMap()

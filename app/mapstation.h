@@ -30,9 +30,10 @@ public:
     void disable();
     /// The maps on offer follow the decoder; the one in force stays where it fits.
     void selectDecoder(const QString& name);
-    /// `name` as it is offered, or without its character set where that is one map. False when
-    /// there is none, or more than one.
+    /// False unless `mapsMeant` is one.
     bool selectMap(const QString& name);
+    /// What is offered under `name`, or under it and a character set.
+    QStringList mapsMeant(const QString& name);
     void receive(const QString& text);
 
     QStringList maps();
@@ -43,7 +44,6 @@ public:
 
 private:
     void Update(Observable* source, TChangeCode code) override;
-    QString offeredName(const QString& name);
 
     TextListener m_listener;
     HostTree m_tree;

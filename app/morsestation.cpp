@@ -3,9 +3,6 @@
 
 #include "host/standin/resultpolicy.h"
 
-#include <QFile>
-
-#include <algorithm>
 #include <utility>
 
 namespace morsehost {
@@ -98,6 +95,7 @@ bool MorseStation::start()
 void MorseStation::stop()
 {
     m_handler.EndMorseSession();
+    m_ledger.documentsSaved();
 }
 
 void MorseStation::receiveTime(unsigned long long time_us)
@@ -109,7 +107,7 @@ void MorseStation::receiveSymbol(int code)
 {
     const int symbol = code & 0x7F;
     if (m_codeFileName && (symbol == DOT || symbol == DASH))
-        ++m_symbolsToSave;
+        m_ledger.symbolReceived();
     // A value announces what is new to it; a code that repeats is new all the same.
     if (m_symbol->GetValue() == code)
         m_symbol->HasChanged(eCHANGE_CONTENT, nullptr);
@@ -120,27 +118,7 @@ void MorseStation::receiveSymbol(int code)
 void MorseStation::saveDocument()
 {
     m_saveDocument->HasChanged(eCHANGE_FORCED, nullptr);
-}
-
-long long MorseStation::unsavedSymbols() const
-{
-    long long saved = 0;
-    for (const QString& name : m_codeFiles) {
-        QFile file(name);
-        if (!file.open(QIODevice::ReadOnly))
-            continue;
-        const QByteArray symbols = file.readAll();
-        saved += std::count(symbols.begin(), symbols.end(), '.') +
-                 std::count(symbols.begin(), symbols.end(), '-');
-    }
-    return m_symbolsToSave - saved;
-}
-
-int MorseStation::unsavedDocuments() const
-{
-    return static_cast<int>(
-        std::count_if(m_documents.begin(), m_documents.end(),
-                      [](const QString& name) { return !QFile::exists(name); }));
+    m_ledger.documentsSaved();
 }
 
 bool MorseStation::isTextRightToLeft()
@@ -155,9 +133,9 @@ void MorseStation::Update(Observable* source, TChangeCode code)
     if (source == m_text) {
         m_listener(m_text->GetValue());
     } else if (source == m_codeFileName) {
-        m_codeFiles += m_codeFileName->GetValue();
+        m_ledger.codeFileBegun(m_codeFileName->GetValue());
     } else if (source == m_documentName) {
-        m_documents += m_documentName->GetValue();
+        m_ledger.documentBegun(m_documentName->GetValue());
     } else if (source == m_settingsRequest && m_settingsRequest->GetValue()) {
         m_receiverSettings->SetValue(
             m_settings.describeReceiver ? m_settings.describeReceiver() : QString(), nullptr);

@@ -3,13 +3,13 @@
 // hears.
 #pragma once
 
+#include "app/saveledger.h"
 #include "host/observable.h"
 #include "host/standin/hosttree.h"
 #include "host/values.h"
 #include "session/morsehandler.h"
 
 #include <QString>
-#include <QStringList>
 
 #include <functional>
 #include <optional>
@@ -46,10 +46,9 @@ public:
     void saveDocument();
     void stop();
 
-    /// After `stop`: dots and dashes that were received to be saved and are not in any code file.
-    long long unsavedSymbols() const;
-    /// Documents that were announced and are not on disk.
-    int unsavedDocuments() const;
+    /// After `stop`: what was received to be saved and could not be.
+    long long lostSymbols() { return m_ledger.lostSymbols(); }
+    long long lostDocuments() const { return m_ledger.lostDocuments(); }
 
     bool isTextRightToLeft();
 
@@ -70,9 +69,7 @@ private:
     TextValue* m_receiverSettings;
     TextValue* m_codeFileName = nullptr;
     TextValue* m_documentName = nullptr;
-    QStringList m_codeFiles;
-    QStringList m_documents;
-    long long m_symbolsToSave = 0;
+    SaveLedger m_ledger;
     MorseHandler m_handler; ///< goes before the tree
 };
 

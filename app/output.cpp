@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "app/output.h"
 
+#include "app/complain.h"
 #include "app/interrupt.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <cstring>
 #include <poll.h>
 #include <unistd.h>
 
@@ -18,7 +18,7 @@ void Output::write(const QByteArray& data)
     auto left = static_cast<std::size_t>(data.size());
     while (left > 0 && !hasFailed()) {
         if (m_descriptor < 0) { // poll would wait for it
-            m_error = QString::fromLocal8Bit(std::strerror(EBADF));
+            m_error = systemError(EBADF);
             break;
         }
         // A reader that stands still must not keep a program that is to end.
@@ -35,7 +35,7 @@ void Output::write(const QByteArray& data)
         } else if (errno == EPIPE) {
             m_closed = true;
         } else if (errno != EINTR && errno != EAGAIN) {
-            m_error = QString::fromLocal8Bit(std::strerror(errno));
+            m_error = systemError(errno);
         }
     }
 }

@@ -10,8 +10,11 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
+#include <QStringList>
+#include <QTemporaryFile>
 #include <QThread>
 
+#include <cerrno>
 #include <unistd.h>
 #include <utility>
 
@@ -23,6 +26,27 @@ namespace {
 constexpr double MIN_FREQUENCY_HZ = 1;
 constexpr double MAX_FREQUENCY_HZ = 3e12;
 
+// Hours of reception are not to be lost for a folder that could have been seen to be unusable. Only
+// a file that is written tells: the system may refuse for many reasons.
+bool canSaveInto(const QString& folder)
+{
+    if (QFileInfo::exists(folder) && !QFileInfo(folder).isDir()) {
+        complain(folder, QStringLiteral("is no folder"));
+        return false;
+    }
+    errno = 0;
+    if (!QDir().mkpath(folder)) {
+        complain(folder, QStringLiteral("the folder cannot be made: ") + systemError(errno));
+        return false;
+    }
+    QTemporaryFile file(folder + QStringLiteral("/.morsehost-XXXXXX"));
+    if (!file.open() || file.write("x") != 1 || !file.flush()) {
+        complain(folder, QStringLiteral("no file can be written there: ") + file.errorString());
+        return false;
+    }
+    return true;
+}
+
 } // namespace
 
 std::vector<OptionRow> receptionOptionRows(std::vector<OptionRow> more)
@@ -30,7 +54,8 @@ std::vector<OptionRow> receptionOptionRows(std::vector<OptionRow> more)
     const std::vector<OptionRow> alphabet = alphabetOptionRows();
     std::vector<OptionRow> rows = {
         {"start", "TIME", "time of the first sample (ISO 8601); 1970-01-01 00:00 UTC without this"},
-        {"save", "DIR", "write code file, text file and result document into DIR"},
+        {"save", "DIR",
+         "write code file, text file and result document into DIR, which is made if need be"},
         {"frequency", "HZ", "receive frequency, for the names of the files"},
         {"codes", nullptr, "print the symbol codes instead of text"},
         {"json", nullptr, "print a JSON object a line per event"},
@@ -46,12 +71,9 @@ ReceptionOptions readReceptionOptions(Arguments& arguments)
     ReceptionOptions options;
     StationSettings& station = options.station;
     readAlphabetOptions(arguments, station);
-    if (arguments.isSet("save")) {
-        if (arguments.text("save").isEmpty())
-            arguments.fail(QStringLiteral("--save takes a folder"));
+    if (arguments.isSet("save"))
         station.saveDirectory =
             QDir::cleanPath(QDir::current().absoluteFilePath(arguments.text("save")));
-    }
     station.frequency_Hz = arguments.number("frequency", MIN_FREQUENCY_HZ, MAX_FREQUENCY_HZ);
     if (arguments.isSet("codes") && arguments.isSet("json"))
         arguments.fail(QStringLiteral("--codes and --json exclude each other"));
@@ -81,18 +103,8 @@ Reception::Reception(const ReceptionOptions& options, TextListener listener)
 bool Reception::start()
 {
     const StationSettings& station = m_options.station;
-    if (!station.saveDirectory.isEmpty()) {
-        const QFileInfo folder(station.saveDirectory);
-        if (!folder.isDir() && !QDir().mkpath(station.saveDirectory)) {
-            complain(station.saveDirectory, QStringLiteral("is no folder that can be made"));
-            return false;
-        }
-        if (!QFileInfo(station.saveDirectory).isWritable()) {
-            complain(station.saveDirectory, QStringLiteral("cannot be written"));
-            return false;
-        }
-    }
-    return startWithAlphabet(m_station, station);
+    return startWithAlphabet(m_station, station) &&
+           (station.saveDirectory.isEmpty() || canSaveInto(station.saveDirectory));
 }
 
 void Reception::beginTransmission(long long sinceStart_us)
@@ -136,13 +148,14 @@ int Reception::finish()
     if (m_listener)
         m_listener(false);
     m_reporter->end();
-    const long long symbols = m_station.unsavedSymbols();
-    const int documents = m_station.unsavedDocuments();
-    if (symbols > 0 || documents > 0) {
+    QStringList lost;
+    if (const long long symbols = m_station.lostSymbols(); symbols > 0)
+        lost += counted(symbols, "dot or dash", "dots and dashes");
+    if (const long long documents = m_station.lostDocuments(); documents > 0)
+        lost += counted(documents, "result document", "result documents");
+    if (!lost.isEmpty()) {
         complain(m_options.station.saveDirectory,
-                 QStringLiteral("%1 dots and dashes and %2 result documents could not be saved")
-                     .arg(symbols)
-                     .arg(documents));
+                 lost.join(QLatin1String(" and ")) + QStringLiteral(" could not be saved"));
         return EXIT_BAD_INPUT;
     }
     if (!m_output.error().isEmpty()) {

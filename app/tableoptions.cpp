@@ -10,10 +10,8 @@
 
 namespace morsehost {
 
-QString directoryOption(Arguments& arguments, const char* option, const char* shipped)
+QString directoryOption(const Arguments& arguments, const char* option, const char* shipped)
 {
-    if (arguments.isSet(option) && arguments.text(option).isEmpty())
-        arguments.fail(QStringLiteral("--%1 takes a folder").arg(QLatin1String(option)));
     return arguments.isSet(option) ? arguments.text(option) : dataDirectory(QLatin1String(shipped));
 }
 
@@ -22,13 +20,22 @@ OptionRow decoderModulesOption()
     return {"decoders", "FILE", "the decoder modules file; the sample that ships without this"};
 }
 
+QString decoderModulesFile(const Arguments& arguments)
+{
+    return arguments.isSet("decoders")
+               ? arguments.text("decoders")
+               : dataDirectory(QStringLiteral("decoders/decodermodules.txt"));
+}
+
 bool configureDecoderModules(const Arguments& arguments)
 {
-    const QString file = arguments.isSet("decoders")
-                             ? arguments.text("decoders")
-                             : dataDirectory(QStringLiteral("decoders/decodermodules.txt"));
-    if (!QFile(file).open(QIODevice::ReadOnly) || !QFileInfo(file).isFile()) {
-        complain(file, QStringLiteral("is no decoder modules file that can be read"));
+    const QString file = decoderModulesFile(arguments);
+    if (QFileInfo::exists(file) && !QFileInfo(file).isFile()) {
+        complain(file, QStringLiteral("is no plain file, as a decoder modules file is"));
+        return false;
+    }
+    if (QFile opened(file); !opened.open(QIODevice::ReadOnly)) {
+        complain(file, opened.errorString());
         return false;
     }
     setConfigurationValue(QString(), QStringLiteral("DecoderModulesFile"), file);

@@ -7,10 +7,12 @@
 namespace morsehost {
 
 /// The folder that the option names, else the shipped one.
-QString directoryOption(Arguments& arguments, const char* option, const char* shipped);
+QString directoryOption(const Arguments& arguments, const char* option, const char* shipped);
 
 /// --decoders FILE
 OptionRow decoderModulesOption();
+/// What the option names, else the shipped one.
+QString decoderModulesFile(const Arguments& arguments);
 /// Makes the file known to the library, which asks the host's configuration for it, once. False,
 /// and said on standard error, when it cannot be read.
 bool configureDecoderModules(const Arguments& arguments);

@@ -61,7 +61,7 @@ public:
     QByteArray take(std::size_t count)
     {
         const std::size_t taken = count < m_size ? count : m_size;
-        const QByteArray result = bytesOf(m_data, taken);
+        QByteArray result = bytesOf(m_data, taken);
         m_data += taken;
         m_size -= taken;
         return result;
@@ -104,7 +104,8 @@ public:
     void empty() const
     {
         QDir folder(path());
-        for (const QString& name : names())
+        const QStringList files = names();
+        for (const QString& name : files)
             folder.remove(name);
     }
 

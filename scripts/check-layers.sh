@@ -30,12 +30,25 @@ check morse "$contract|files/.*|morse/.*|morsehandler_export\.h|charmap/ialphabe
 check charmap "$contract|files/.*|charmap/.*|morsehandler_export\.h"
 check session "$contract|files/.*|morse/.*|session/.*|morsehandler_export\.h"
 check app/demodulator 'app/demodulator/.*'
+check app/inspect 'app/(demodulator|inspect)/.*'
 check examples '(charmap|host|host/standin|morse|session)/[a-z]+\.h'
 check app '(app|charmap|files|host|morse|session)/.*' 3
 
 # The one interface that morse shares with charmap stands alone.
 if grep -nE '^#include "' charmap/ialphabethandler.h | grep -v morsehandler_export; then
     echo "charmap/ialphabethandler.h includes what it may not"
+    status=1
+fi
+
+# What the demodulator saw and how that is drawn is told in memory, not in files.
+if grep -nE '^#include <(Q[A-Za-z]*(File|Dir)[A-Za-z]*|QTextStream|fstream|filesystem|cstdio|fcntl\.h|unistd\.h)>' \
+    app/demodulator/*.{h,cpp} app/inspect/*.{h,cpp}; then
+    echo "app/demodulator and app/inspect know no files"
+    status=1
+fi
+# Sound to symbol codes goes without Qt.
+if grep -nE '^#include <Q' app/demodulator/*.{h,cpp}; then
+    echo "app/demodulator knows no Qt"
     status=1
 fi
 exit $status

@@ -54,7 +54,7 @@ check_tidy() {
 check_clazy() {
     compiled '*.cpp' ':!bench/*' ':!tests/*' |
         xargs -P "$jobs" -n 4 clazy-standalone -p "$check" --checks=level1,no-non-pod-global-static \
-            --header-filter="$PWD/(host|files|morse|charmap|session|app)/" 2>&1 | findings
+            --header-filter="$PWD/(host|files|morse|charmap|session|app|fuzz)/" 2>&1 | findings
 }
 
 # What is passed by value because an interface demands it is left to clang-tidy, which is told so.

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Writes the golden files of the saved session anew from the program as it is built in build/dev.
-# Look at the difference, and commit it by itself with the reason.
+# Writes the golden files of the saved session and the picture of docs/inspect.md anew from the
+# program as it is built in build/dev. Look at the difference, and commit it by itself with the
+# reason.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -18,4 +19,10 @@ for document in "$saved"/*.xml; do
     number=$((number + 1))
     cp "$document" "$golden/document$number.xml"
 done
-git --no-pager diff --stat -- "$golden"
+
+# As in tests/docs/tst_images.cpp.
+build/dev/bin/reception make --only snr-3 --kind groups --set tune "$saved"
+mv "$saved/snr-3.groups.tune-1.wav" "$saved/weak.wav"
+picture=docs/images/inspect.svg
+build/dev/bin/morsehost inspect "$saved/weak.wav" --from 196 --length 10 -o "$picture"
+git --no-pager diff --stat -- "$golden" "$picture"

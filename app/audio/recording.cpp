@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "app/audio/samplesource.h"
 
+#include "app/complain.h"
+
 #include <QFile>
 #include <QFileInfo>
 
 #include <sndfile.h>
 
+#include <cerrno>
 #include <vector>
 
 namespace morsehost {
@@ -107,7 +110,7 @@ OpenedSource openRecording(const QString& path, std::optional<int> channel)
     if (file.isFile() && file.size() == 0)
         return refused(QStringLiteral("is empty"));
     if (!file.isReadable())
-        return refused(QStringLiteral("cannot be read"));
+        return refused(systemError(EACCES));
 
     SF_INFO info = {};
     SoundFile sound(sf_open(QFile::encodeName(path).constData(), SFM_READ, &info));
@@ -123,7 +126,9 @@ OpenedSource openRecording(const QString& path, std::optional<int> channel)
                            .arg(MIN_RATE_HZ)
                            .arg(MAX_RATE_HZ));
     if (channel && *channel > info.channels)
-        return refused(QStringLiteral("has %1 channels, not %2").arg(info.channels).arg(*channel));
+        return refused(QStringLiteral("has %1; there is no channel %2")
+                           .arg(counted(info.channels, "channel", "channels"))
+                           .arg(*channel));
     return {std::make_unique<Recording>(std::move(sound), info, channel), {}};
 }
 

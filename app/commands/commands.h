@@ -18,6 +18,7 @@ Command inspectCommand();
 Command symbolsCommand();
 Command alphabetsCommand();
 Command mapsCommand();
+Command decodersCommand();
 Command translateCommand();
 Command mapCommand();
 Command lintCommand();

@@ -132,12 +132,14 @@ int run(Arguments& arguments)
     Progress progress;
     const double rate_Hz = sound.demodulator.sampleRate_Hz;
     const double end_s = from_s + length_s + AFTERWARDS_S;
+    long long done = 0;
     double done_s = 0;
     bool isOver = false;
     while (done_s < end_s && !isOver) {
         const std::size_t count = source->read(samples.data(), samples.size());
         demodulator.push(samples.data(), count);
-        done_s += static_cast<double>(count) / rate_Hz;
+        done += static_cast<long long>(count);
+        done_s = static_cast<double>(done) / rate_Hz;
         isOver = count == 0;
         const auto all = source->frameCount();
         const double all_s = all ? static_cast<double>(*all) / rate_Hz : end_s;
@@ -152,13 +154,12 @@ int run(Arguments& arguments)
     }
     if (!source->error().isEmpty())
         complain(sound.name, source->error());
-    if (done_s <= from_s && !source->error().isEmpty())
-        return EXIT_BAD_INPUT;
-    if (done_s <= from_s) {
-        complain(sound.name, QStringLiteral("ends after %1 s, before the stretch that begins at "
-                                            "%2 s")
-                                 .arg(done_s, 0, 'f', 1)
-                                 .arg(from_s));
+    if (done_s < from_s + SHORTEST_LENGTH_S) {
+        if (source->error().isEmpty())
+            complain(sound.name, QStringLiteral("ends after %1 s, too early for a stretch that "
+                                                "begins at %2 s")
+                                     .arg(done_s, 0, 'f', 3)
+                                     .arg(from_s, 0, 'f', 3));
         return EXIT_BAD_INPUT;
     }
 

@@ -93,6 +93,14 @@ private:
     Output m_output;
 };
 
+QString whyNotSelected(MapStation& station, const QString& map)
+{
+    const QStringList meant = station.mapsMeant(map);
+    if (meant.isEmpty())
+        return QStringLiteral("no map '%1' is offered (see 'morsehost maps')").arg(map);
+    return QStringLiteral("the map '%1' may be '%2'").arg(map, meant.join(QLatin1String("' or '")));
+}
+
 // An operator at the station: what is typed is the decoder's text, but for lines that begin with a
 // colon.
 class Operator
@@ -144,7 +152,7 @@ public:
         if (m_station.selectMap(name))
             m_screen.map(m_station.currentMap(), m_station.isTextRightToLeft());
         else
-            refuse(QStringLiteral("no map '%1' is offered").arg(name));
+            refuse(whyNotSelected(m_station, name));
     }
 
 private:
@@ -159,9 +167,13 @@ private:
         const QString command = QString::fromUtf8(m_command.trimmed());
         const QString verb = command.section(QLatin1Char(' '), 0, 0);
         const QString name = command.section(QLatin1Char(' '), 1).trimmed();
-        if (verb == QLatin1String("map") && !name.isEmpty()) {
+        const bool isMap = verb == QLatin1String("map");
+        const bool isDecoder = verb == QLatin1String("decoder");
+        if ((isMap || isDecoder) && name.isEmpty()) {
+            refuse(QStringLiteral("':%1' needs a name").arg(verb));
+        } else if (isMap) {
             selectMap(name);
-        } else if (verb == QLatin1String("decoder") && !name.isEmpty()) {
+        } else if (isDecoder) {
             m_station.selectDecoder(name);
             m_screen.map(m_station.currentMap(), m_station.isTextRightToLeft());
         } else if (command == QLatin1String("maps")) {
@@ -199,8 +211,6 @@ int run(Arguments& arguments)
     const QString decoder = arguments.text("decoder");
     if (decoder.isEmpty())
         arguments.fail(QStringLiteral("--decoder NAME is missing"));
-    if (arguments.isSet("map") && arguments.text("map").isEmpty())
-        arguments.fail(QStringLiteral("--map takes a name"));
     const QString mapsDirectory = directoryOption(arguments, "maps", "maps");
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
@@ -222,13 +232,12 @@ int run(Arguments& arguments)
     station.selectDecoder(decoder);
     const bool isInteractive = arguments.isSet("interactive");
     if (station.maps().size() == 1 && !isInteractive) {
-        complain(decoder, QStringLiteral("no map fits this decoder"));
+        complain(decoder, QStringLiteral("no map fits this decoder (see 'morsehost decoders')"));
         return EXIT_BAD_INPUT;
     }
     const QString map = arguments.isSet("map") ? arguments.text("map") : QString(DEFAULT_MAP);
     if (!station.selectMap(map)) {
-        complain(map, QStringLiteral("no such map, or more than one, for the decoder %1 in %2")
-                          .arg(decoder, mapsDirectory));
+        complain(decoder, whyNotSelected(station, map));
         return EXIT_BAD_INPUT;
     }
     screen.map(station.currentMap(), station.isTextRightToLeft());
@@ -274,7 +283,7 @@ Command mapCommand()
          ":disable.",
          {{"maps", "DIR", "where the maps lie; those that ship without this"},
           {"map", "NAME", "the map, as ':maps' lists it; \"Default\" (none) without this"},
-          {"decoder", "NAME", "the decoder that the characters come from"},
+          {"decoder", "NAME", "the decoder that they come from, as 'morsehost decoders' lists it"},
           decoderModulesOption(),
           {"interactive", nullptr, "obey lines that begin with ':'"},
           {"json", nullptr, "print a JSON object a line per event"}},

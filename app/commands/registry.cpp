@@ -12,6 +12,7 @@ const std::vector<Command>& commands()
         symbolsCommand(),
         alphabetsCommand(),
         mapsCommand(),
+        decodersCommand(),
         translateCommand(),
         mapCommand(),
         lintCommand(),
@@ -23,7 +24,7 @@ const std::vector<Command>& commands()
 const std::vector<OptionRow>& programOptions()
 {
     static const std::vector<OptionRow> rows = {
-        {"help", nullptr, "show this help; 'morsehost COMMAND --help' tells more"},
+        {"help", nullptr, "show this help; 'morsehost help COMMAND' tells more"},
         {"version", nullptr, "show the version"},
     };
     return rows;

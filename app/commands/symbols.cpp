@@ -92,7 +92,7 @@ int run(Arguments& arguments)
         if (!ok) {
             error = QStringLiteral("line %1: '%2' is no symbol code")
                         .arg(words->line())
-                        .arg(QString::fromUtf8(word));
+                        .arg(QString::fromUtf8(word.constData(), word.size()));
             break;
         }
         if (code == END_OF_LINE)

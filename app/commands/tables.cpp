@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// morsehost alphabets, maps, translate and lint: the tables that decoders' output goes through.
+// morsehost alphabets, maps, decoders, translate and lint: the tables that decoders' output goes
+// through.
 #include "app/commands/commands.h"
 
 #include "app/exitstatus.h"
@@ -21,8 +22,6 @@ namespace {
 int runAlphabets(Arguments& arguments)
 {
     const QString directory = directoryOption(arguments, "alphabets", "alphabets");
-    if (!arguments.error().isEmpty())
-        return EXIT_BAD_USAGE;
     QTextStream out(stdout);
     QTextStream err(stderr);
     return translate::listAlphabets(directory, out, err);
@@ -31,15 +30,20 @@ int runAlphabets(Arguments& arguments)
 int runMaps(Arguments& arguments)
 {
     const QString directory = directoryOption(arguments, "maps", "maps");
-    if (arguments.isSet("decoder") && arguments.text("decoder").isEmpty())
-        arguments.fail(QStringLiteral("--decoder takes a name"));
-    if (!arguments.error().isEmpty())
-        return EXIT_BAD_USAGE;
     if (!configureDecoderModules(arguments))
         return EXIT_BAD_INPUT;
     QTextStream out(stdout);
     QTextStream err(stderr);
     return translate::listMaps(directory, arguments.text("decoder"), out, err);
+}
+
+int runDecoders(Arguments& arguments)
+{
+    if (!configureDecoderModules(arguments))
+        return EXIT_BAD_INPUT;
+    QTextStream out(stdout);
+    QTextStream err(stderr);
+    return translate::listDecoders(decoderModulesFile(arguments), out, err);
 }
 
 int runTranslate(Arguments& arguments)
@@ -90,6 +94,18 @@ Command mapsCommand()
               decoderModulesOption()},
              "  morsehost maps --decoder 'ASCII RTTY'\n"},
             runMaps};
+}
+
+Command decodersCommand()
+{
+    return {{"decoders",
+             "",
+             0,
+             0,
+             "Lists the decoders of the decoder modules file: name, base character set.",
+             {decoderModulesOption()},
+             "  morsehost decoders\n"},
+            runDecoders};
 }
 
 Command translateCommand()

@@ -24,6 +24,7 @@ constexpr double WIDTH = 1200.0; // of a row
 constexpr double RIGHT = 24.0;
 constexpr double HEADER = 56.0;
 constexpr double LEGEND = 64.0;
+constexpr double NARROW = 80.0; // for "no signal"
 
 // From the top of a row.
 constexpr double FLAGS = 12.0; // base line of "start" and "end"
@@ -535,8 +536,8 @@ private:
         rectangle("frame", 0.0, STRENGTH_TOP, width, STRENGTH_HEIGHT);
         const std::size_t first = firstStep();
         if (first == m_seen.steps.size() || m_seen.steps[first].time_us >= m_drawn.to_us) {
-            write("nothing", width / 2.0, STRENGTH_TOP + STRENGTH_HEIGHT / 2.0 + 5.0,
-                  QStringLiteral("no signal"));
+            write("nothing", std::max(width, NARROW) / 2.0,
+                  STRENGTH_TOP + STRENGTH_HEIGHT / 2.0 + 5.0, QStringLiteral("no signal"));
             return;
         }
         // The key-down amplitude is twice the strength; a round part of full scale is labelled.

@@ -10,7 +10,7 @@ namespace morsehost {
 
 namespace {
 
-enum class Values { None, Folders, Files, Listed };
+enum class Values { None, Folders, Files, Pictures, Listed };
 
 QString words(const std::vector<OptionRow>& options)
 {
@@ -32,8 +32,10 @@ Values valuesOf(const OptionRow& option, const std::vector<Command>& commands)
     const QString valueName = QLatin1String(option.valueName);
     if (valueName == QLatin1String("DIR"))
         return Values::Folders;
-    if (valueName == QLatin1String("FILE") || valueName == QLatin1String("PICTURE"))
+    if (valueName == QLatin1String("FILE"))
         return Values::Files;
+    if (valueName == QLatin1String("PICTURE"))
+        return Values::Pictures;
     if (valueName == QLatin1String("NAME") &&
         isCommand(commands, QLatin1String(option.name) + QLatin1Char('s')))
         return Values::Listed;
@@ -47,6 +49,8 @@ QString action(const OptionRow& option, Values values)
         return QStringLiteral("_morsehost_paths -d");
     case Values::Files:
         return QStringLiteral("_morsehost_paths -f");
+    case Values::Pictures:
+        return QStringLiteral("_morsehost_paths -f -X '!*.[sS][vV][gG]' -o plusdirs");
     case Values::Listed:
         return QStringLiteral("_morsehost_listed %1s").arg(QLatin1String(option.name));
     case Values::None:
@@ -87,16 +91,23 @@ QString bashCompletion(const std::vector<Command>& commands,
 _morsehost_paths()
 {
     compopt -o filenames 2>/dev/null
-    mapfile -t COMPREPLY < <(compgen "$1" -- "$current")
+    mapfile -t COMPREPLY < <(compgen "$@" -- "$current")
 }
 
-# Names may hold blanks: they are quoted as the shell needs them.
+# Names come from the folder or file that the line names. They may hold blanks, and are quoted as the
+# shell needs them.
 _morsehost_listed()
 {
-    local typed=${current//[\\\"\']/} name
+    local typed=${current//[\\\"\']/} name place list=("$1")
+    for ((place = 2; place < COMP_CWORD - 1; ++place)); do
+        [ "${COMP_WORDS[place]}" = "--$1" ] || continue
+        name=${COMP_WORDS[place + 1]}
+        [ "$name" = = ] && name=${COMP_WORDS[place + 2]}
+        list+=("--$1" "${name//[\\\"\']/}")
+    done
     while IFS=$'\t' read -r name _; do
         [[ $name == "$typed"* ]] && COMPREPLY+=("$(printf %q "$name")")
-    done < <("${COMP_WORDS[0]}" "$1" 2>/dev/null)
+    done < <("${COMP_WORDS[0]}" "${list[@]}" 2>/dev/null)
 }
 
 _morsehost()
@@ -114,6 +125,8 @@ _morsehost()
     case $previous in
 %3    esac
     case ${COMP_WORDS[1]} in
+        help | --help) [ "$COMP_CWORD" -gt 2 ] ||
+            mapfile -t COMPREPLY < <(compgen -W '%4' -- "$current"); return ;;
 %2        *) return ;;
     esac
     case $current in
@@ -124,8 +137,8 @@ _morsehost()
 
 complete -F _morsehost morsehost
 )bash")
-        .arg(names.join(QLatin1Char(' ')) + QLatin1Char(' ') + words(programOptions), commandCases,
-             valueLines);
+        .arg(names.join(QLatin1Char(' ')) + QLatin1String(" help ") + words(programOptions),
+             commandCases, valueLines, names.join(QLatin1Char(' ')));
 }
 
 } // namespace morsehost

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/translate/filter.h"
 
+#include "app/complain.h"
 #include "app/input.h"
 #include "app/output.h"
 #include "app/translate/mapfiles.h"
@@ -35,13 +36,14 @@ QString fullName(const FilterOptions& options, CodecHandler& handler, QTextStrea
         return names.first();
     err << "morsehost: ";
     if (names.isEmpty())
-        err << options.mapsDirectory << ": no map \"" << options.map << '"'
+        err << options.mapsDirectory << ": no map '" << options.map << '\''
             << (options.decoder.isEmpty()
                     ? QString()
-                    : QStringLiteral(" for the decoder \"%1\"").arg(options.decoder));
+                    : QStringLiteral(" for the decoder '%1'").arg(options.decoder))
+            << " (see 'morsehost maps')";
     else
-        err << "the map \"" << options.map << "\" may be \""
-            << names.join(QLatin1String("\" or \"")) << '"';
+        err << "the map '" << options.map << "' may be '" << names.join(QLatin1String("' or '"))
+            << '\'';
     err << '\n';
     return {};
 }
@@ -124,7 +126,7 @@ int runTranslate(const FilterOptions& options, int inputDescriptor, int outputDe
         return 1;
     }
     if (!handler.SetAlphabet(name)) {
-        return fail(QStringLiteral("the map \"%1\" cannot be loaded: its name leads to no "
+        return fail(QStringLiteral("the map '%1' cannot be loaded: its name leads to no "
                                    "file that can be read (of the codec files, only ITA2.codec "
                                    "has a name that does)")
                         .arg(name));
@@ -141,16 +143,17 @@ int runTranslate(const FilterOptions& options, int inputDescriptor, int outputDe
                           : filter.finish());
     }
     if (!input.error().isEmpty())
-        return fail(QStringLiteral("the input cannot be read: %1").arg(input.error()));
+        return fail(QStringLiteral("standard input: %1").arg(input.error()));
     if (output.isClosed())
         return 0;
     if (!output.error().isEmpty())
-        return fail(QStringLiteral("the output cannot be written: %1").arg(output.error()));
+        return fail(QStringLiteral("standard output: %1").arg(output.error()));
     if (filter.replaced() > 0) {
-        return fail(QStringLiteral("%1 characters cannot be written as a byte and became \"?\", "
-                                   "the first was %2")
-                        .arg(filter.replaced())
-                        .arg(filter.firstReplaced()));
+        const bool isOne = filter.replaced() == 1;
+        return fail(QStringLiteral("%1 cannot be written as a byte and became '?': %2")
+                        .arg(morsehost::counted(filter.replaced(), "character", "characters"),
+                             (isOne ? QString() : QStringLiteral("the first was ")) +
+                                 filter.firstReplaced()));
     }
     return 0;
 }

@@ -4,6 +4,7 @@
 #include "app/lint/lint.h"
 #include "app/translate/mapfiles.h"
 #include "charmap/codechandler.h"
+#include "charmap/decodermodulescenter.h"
 #include "files/hostpath.h"
 #include "morse/simplemorsehandler.h"
 
@@ -57,6 +58,20 @@ bool isNone(const QString& name)
     return name.compare(QLatin1String("None"), Qt::CaseInsensitive) == 0;
 }
 
+QString setName(char charset)
+{
+    switch (charset) {
+    case 'I':
+        return QStringLiteral("ITA2");
+    case 'A':
+        return QStringLiteral("ASCII");
+    case 'B':
+        return QStringLiteral("ITA2 and ASCII");
+    default:
+        return QStringLiteral("no character set");
+    }
+}
+
 } // namespace
 
 int listAlphabets(const QString& directory, QTextStream& out, QTextStream& err)
@@ -88,8 +103,9 @@ int listMaps(const QString& directory, const QString& decoder, QTextStream& out,
     handler.SetAlphabetsDir(directory);
     handler.SetDecoder(decoder);
     if (!decoder.isEmpty() && handler.CharsetForDecoder(decoder) == eCHARSET_NONE) {
-        err << "morsehost: the decoder modules file has no base character set for the decoder \""
-            << decoder << "\"\n";
+        err << "morsehost: " << decoder
+            << ": the decoder modules file has no base character set for this decoder (see "
+               "'morsehost decoders')\n";
         err.flush();
         return 1;
     }
@@ -102,6 +118,23 @@ int listMaps(const QString& directory, const QString& decoder, QTextStream& out,
             handler.SetAlphabet(file.name) && fileBehind(folder, file) == file.path;
         writeLine(out, file.name, file.path, isChosen);
     }
+    out.flush();
+    return 0;
+}
+
+int listDecoders(const QString& modulesFile, QTextStream& out, QTextStream& err)
+{
+    out.setCodec("UTF-8");
+    err.setCodec("UTF-8");
+    std::vector<Quillon::DecoderModule> modules;
+    Quillon::DecoderModulesCenter(modulesFile).GetModules(modules, false);
+    if (modules.empty()) {
+        err << "morsehost: " << modulesFile << ": names no decoder\n";
+        err.flush();
+        return 1;
+    }
+    for (const Quillon::DecoderModule& module : modules)
+        out << module.name << '\t' << setName(module.charset) << '\n';
     out.flush();
     return 0;
 }

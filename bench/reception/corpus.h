@@ -51,6 +51,9 @@ struct Recording
 Recording record(const Condition& condition, const std::string& kind, const std::string& seed,
                  std::size_t length = TEXT_LENGTH);
 
+/// 8 kHz, mono, 16 bit.
+void writeWave(const std::string& path, const std::vector<float>& samples);
+
 /// What may be heard where nobody keys.
 struct Silence
 {

@@ -8,8 +8,8 @@ set -euo pipefail
 
 here=$(cd "$(dirname "$0")" && pwd)
 work=$(mktemp -d)
-server=
-trap '[ -z "$server" ] || kill "$server" 2>/dev/null; wait 2>/dev/null; rm -rf "$work"' EXIT
+# What was started ends with this script, however that ends.
+trap 'jobs -p | xargs -r kill 2>/dev/null || true; wait 2>/dev/null; rm -rf "$work"' EXIT
 export SOUND_FILE=$1 SOUND_GO=$work/go SOUND_DONE=$work/done
 tone=$2
 speed=${3:-}
@@ -35,9 +35,12 @@ call() { # METHOD [TYPE VALUE]...
         "<?xml version='1.0'?><methodCall><methodName>$method</methodName><params>$parameters</params></methodCall>"
 }
 
-LD_LIBRARY_PATH=$work xvfb-run -a fldigi --config-dir "$work" --home-dir "$work" \
+# Not by xvfb-run, which leaves its screen behind when it is killed.
+mkfifo "$work/display"
+Xvfb -displayfd 3 3>"$work/display" >/dev/null 2>&1 &
+read -r display <"$work/display"
+LD_LIBRARY_PATH=$work DISPLAY=:$display fldigi --config-dir "$work" --home-dir "$work" \
     --xmlrpc-server-port "$port" >/dev/null 2>&1 &
-server=$!
 for _ in $(seq 900); do
     call modem.get_name >/dev/null 2>&1 && break
     sleep 0.2

@@ -114,35 +114,6 @@ CodeList decode(const reception::Recording& recording, bool told, Cost& cost)
     return sink;
 }
 
-void put(std::ofstream& file, std::uint32_t value, int bytes)
-{
-    for (int i = 0; i < bytes; ++i)
-        file.put(static_cast<char>(value >> (8 * i)));
-}
-
-void writeWave(const std::string& path, const std::vector<float>& samples)
-{
-    std::ofstream file(path, std::ios::binary);
-    const auto size = static_cast<std::uint32_t>(2 * samples.size());
-    const auto rate = static_cast<std::uint32_t>(reception::RATE_Hz);
-    file << "RIFF";
-    put(file, 36 + size, 4);
-    file << "WAVEfmt ";
-    put(file, 16, 4);
-    put(file, 1, 2);
-    put(file, 1, 2);
-    put(file, rate, 4);
-    put(file, 2 * rate, 4);
-    put(file, 2, 2);
-    put(file, 16, 2);
-    file << "data";
-    put(file, size, 4);
-    for (const float sample : samples) {
-        const long value = std::lround(std::clamp(sample, -1.0F, 1.0F) * 32767.0F);
-        put(file, static_cast<std::uint32_t>(value) & 0xFFFFU, 2);
-    }
-}
-
 std::string replaced(std::string command, const std::string& what, const std::string& with)
 {
     for (std::size_t at = command.find(what); at != std::string::npos;
@@ -365,7 +336,7 @@ int make(const Options& options)
         if (!wanted(options, condition))
             continue;
         forAll(options, condition, [&](const reception::Recording& recording) {
-            writeWave(directory + "/" + recording.name + ".wav", recording.samples);
+            reception::writeWave(directory + "/" + recording.name + ".wav", recording.samples);
             std::ofstream(directory + "/" + recording.name + ".txt")
                 << testsupport::asReceived(recording.sent) << "\n";
         });
@@ -422,7 +393,7 @@ int score(const Options& options)
         std::vector<Rates> rates(columns.size());
         forAll(options, condition, [&](const reception::Recording& recording) {
             if (!peers.empty())
-                writeWave(wave, recording.samples);
+                reception::writeWave(wave, recording.samples);
             for (std::size_t i = 0; i < columns.size(); ++i) {
                 const std::string text = columns[i].read(recording, columns[i].cost);
                 rates[i].each.push_back(100.0 *
@@ -445,7 +416,7 @@ int score(const Options& options)
         noise.samples = testsupport::noise(600.0, 0.1, reception::RATE_Hz, "noise/" + options.set);
         noise.tone_Hz = 700.0;
         noise.speed_wpm = 20.0;
-        writeWave(wave, noise.samples);
+        reception::writeWave(wave, noise.samples);
         std::printf("| noise alone, characters in ten minutes |");
         for (Column& column : columns) {
             const std::string text = testsupport::asReceived(column.read(noise, column.cost));

@@ -130,6 +130,41 @@ private Q_SLOTS:
         QVERIFY(drawn.allText().contains("0.000 s to 5.000 s"));
     }
 
+    void aStretchHasToHoldATenthOfASecond_data()
+    {
+        QTest::addColumn<QString>("from");
+        QTest::addColumn<int>("samples");
+        QTest::addColumn<bool>("isDrawn");
+        QTest::newRow("no sample") << "0" << 0 << false;
+        QTest::newRow("a few samples") << "0" << 790 << false;
+        QTest::newRow("just enough") << "0" << 800 << true;
+        QTest::newRow("from the very end") << "25" << 200000 << false;
+        QTest::newRow("from shortly before the end") << "24.95" << 200000 << false;
+        QTest::newRow("the last of it") << "24.9" << 200000 << true;
+        QTest::newRow("from far behind the end") << "1000000000" << 8000 << false;
+    }
+    void aStretchHasToHoldATenthOfASecond()
+    {
+        QFETCH(QString, from);
+        QFETCH(int, samples);
+        QFETCH(bool, isDrawn);
+        QTemporaryDir dir;
+        const QString path = dir.filePath("x.svg");
+        const Ended ended =
+            run({"inspect", "-", "--from", from, "-o", path}, QByteArray(2 * samples, '\0'));
+        QCOMPARE(ended.status, isDrawn ? 0 : 1);
+        QCOMPARE(QFile::exists(path), isDrawn);
+        const QByteArray error = "morsehost: standard input: ends after " +
+                                 QByteArray::number(samples / 8000.0, 'f', 3) +
+                                 " s, too early for a stretch that begins at " +
+                                 QByteArray::number(from.toDouble(), 'f', 3) + " s\n";
+        QCOMPARE(ended.err, isDrawn ? QByteArray() : error);
+        if (!isDrawn)
+            return;
+        for (const DrawnPiece& piece : testsupport::readDrawn(contentOf(path)).inRows("nothing"))
+            QVERIFY(piece.number("x") >= 40); // "no signal", not cut at the edge
+    }
+
     void wrongUsageIsSaidInOneLine_data()
     {
         QTest::addColumn<QStringList>("words");
@@ -139,7 +174,7 @@ private Q_SLOTS:
         };
         row("no recording", {"-o", "x.svg"}, "FILE|- is missing");
         row("no picture", {"a.wav"}, "-o PICTURE is missing");
-        row("no name", {"a.wav", "-o", ""}, "-o PICTURE is missing");
+        row("no name", {"a.wav", "-o", ""}, "the PICTURE of -o is empty");
         row("another kind of picture", {"a.wav", "-o", "x.png"},
             "-o takes a name that ends in .svg");
         row("before the beginning", {"a.wav", "-o", "x.svg", "--from", "-1"}, "--from takes");
@@ -167,8 +202,9 @@ private Q_SLOTS:
             << QStringList{"/nowhere/x.wav"} << QByteArray("no such file");
         QTest::newRow("no recording") << QStringList{TEST_DATA_DIR "/recordings/README.md"}
                                       << QByteArray("no recording that can be read");
-        QTest::newRow("beyond the end") << QStringList{RECORDING, "--from", "500"}
-                                        << QByteArray("before the stretch that begins at 500 s");
+        QTest::newRow("beyond the end")
+            << QStringList{RECORDING, "--from", "500"}
+            << QByteArray("too early for a stretch that begins at 500.000 s");
         QTest::newRow("no such alphabet")
             << QStringList{RECORDING, "--alphabet", "Elvish"} << QByteArray("no such alphabet");
     }

@@ -78,7 +78,7 @@ private Q_SLOTS:
                     .contains(QStringLiteral("\\fB\\-o\\fR \\fIPICTURE\\fR")));
         const QString script = bashCompletion(commands, {});
         QVERIFY(script.contains(QStringLiteral("look) options='-o --help' operands=0")));
-        QVERIFY(script.contains(QStringLiteral("-o) _morsehost_paths -f; return")));
+        QVERIFY(script.contains(QStringLiteral("-o) _morsehost_paths -f -X")));
     }
 
     void filesAreOfferedWhereACommandTakesThem()

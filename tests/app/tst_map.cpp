@@ -141,7 +141,9 @@ private Q_SLOTS:
         QTest::newRow("command") << QByteArray(":bogus") << QByteArray("no command ':bogus'");
         QTest::newRow("nothing") << QByteArray(":") << QByteArray("no command ':'");
         QTest::newRow("map") << QByteArray(":map Elvish") << QByteArray("no map 'Elvish'");
-        QTest::newRow("no name") << QByteArray(":map") << QByteArray("no command ':map'");
+        QTest::newRow("no name") << QByteArray(":map") << QByteArray("':map' needs a name");
+        QTest::newRow("no decoder's name")
+            << QByteArray(":decoder ") << QByteArray("':decoder' needs a name");
         QTest::newRow("long") << QByteArray(":") + QByteArray(1000000, 'x')
                               << QByteArray("no command ':xxxx");
     }
@@ -167,9 +169,10 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("reason");
         QTest::newRow("no decoder") << QStringList{"-"} << 2 << QByteArray("--decoder NAME");
         QTest::newRow("unknown decoder")
-            << QStringList{"--decoder", "x"} << 1 << QByteArray("x: no map fits");
+            << QStringList{"--decoder", "x"} << 1
+            << QByteArray("x: no map fits this decoder (see 'morsehost decoders')");
         QTest::newRow("unknown map") << QStringList{"--decoder", "Baudot", "--map", "Elvish"} << 1
-                                     << QByteArray("Elvish: no such map");
+                                     << QByteArray("Baudot: no map 'Elvish' is offered (see");
         QTest::newRow("missing file") << QStringList{"--decoder", "Baudot", "/no/such"} << 1
                                       << QByteArray("/no/such: No such file");
         QTest::newRow("directory")
@@ -178,7 +181,10 @@ private Q_SLOTS:
                                         << 1 << QByteArray("/no/such: no such folder");
         QTest::newRow("missing decoder modules")
             << QStringList{"--decoder", "Baudot", "--decoders", "/no/such"} << 1
-            << QByteArray("/no/such: is no decoder modules file");
+            << QByteArray("/no/such: No such file");
+        QTest::newRow("a folder for decoder modules")
+            << QStringList{"--decoder", "Baudot", "--decoders", "/"} << 1
+            << QByteArray("/: is no plain file");
     }
 
     void badInputIsSaidInOneLine()

@@ -147,7 +147,11 @@ private Q_SLOTS:
         QCOMPARE(run({"decode", "--channel", "2", path}).out.simplified(),
                  QByteArray("PARIS PARIS"));
         QCOMPARE(run({"decode", "--channel", "1", path}).out.simplified(), QByteArray());
-        verifyOneLine(run({"decode", "--channel", "4", path}), 1, "has 3 channels");
+        verifyOneLine(run({"decode", "--channel", "4", path}), 1,
+                      "has 3 channels; there is no channel 4");
+        writeSound(path, SF_FORMAT_WAV | SF_FORMAT_PCM_16, keyed("E"), RATE_HZ);
+        verifyOneLine(run({"decode", "--channel", "2", path}), 1,
+                      "has 1 channel; there is no channel 2");
     }
 
     void aFileMayHaveAnyName()
@@ -329,11 +333,32 @@ private Q_SLOTS:
         const auto row = [](const char* name, const QStringList& words, const char* part) {
             QTest::newRow(name) << words << QByteArray(part);
         };
-        row("unknown command", {"decipher"}, "no command 'decipher'");
+        row("unknown command", {"decipher"}, "no command 'decipher' (see 'morsehost --help')");
+        row("no command at all", {""}, "no command '' (see");
+        row("help for an unknown command", {"help", "decipher"}, "no command 'decipher' (see");
+        row("--help for an unknown command", {"--help", "decipher"}, "no command 'decipher' (see");
         row("no operand", {"decode"}, "FILE|- is missing");
         row("two operands", {"decode", "a", "b"}, "'b' is one argument too many");
-        row("unknown option", {"decode", "--loud", "x"}, "loud");
-        row("value missing", {"decode", "x", "--tone"}, "tone");
+        row("an empty operand", {"decode", ""}, "an empty word names no file");
+        row("unknown option", {"decode", "--loud", "x"}, "no option '--loud' (");
+        row("unknown option with a value", {"decode", "--loud=9", "x"}, "no option '--loud' (");
+        row("unknown letter", {"decode", "-x", "x"}, "no option '-x' (");
+        row("one dash too few", {"decode", "-tone", "700", "x"},
+            "no option '-tone'; --tone has two dashes (");
+        row("a tone after an unknown option", {"decode", "--tone", "700", "--loud", "x"},
+            "no option '--loud' (");
+        row("value missing", {"decode", "x", "--tone"}, "missing value after '--tone' (");
+        row("value of a switch", {"decode", "x", "--codes=1"},
+            "unexpected value after '--codes' (");
+        row("empty value", {"decode", "x", "--tone", ""}, "the HZ of --tone is empty (");
+        row("no alphabet's name", {"decode", "x", "--alphabet="},
+            "the NAME of --alphabet is empty");
+        row("no decoder modules file", {"maps", "--decoders", ""},
+            "the FILE of --decoders is empty");
+        row("one option twice", {"decode", "--tone", "700", "x", "--tone", "700"},
+            "--tone is given twice (");
+        row("one option three times", {"decode", "--wpm=9", "--wpm=9", "--wpm=9", "x"},
+            "--wpm is given 3 times (");
         row("tone is no number", {"decode", "--tone", "high", "x"}, "--tone takes");
         row("tone is not finite", {"decode", "--tone", "nan", "x"}, "--tone takes");
         row("speed out of range", {"decode", "--wpm", "1000", "x"}, "--wpm takes");
@@ -381,6 +406,33 @@ private Q_SLOTS:
                     .hasMatch());
     }
 
+    void helpIsGivenHoweverItIsAskedFor()
+    {
+        const QByteArray all = run({"--help"}).out;
+        const QByteArray decode = run({"decode", "--help"}).out;
+        QVERIFY(all.startsWith("Usage: morsehost COMMAND"));
+        QVERIFY(decode.startsWith("Usage: morsehost decode"));
+        for (const QStringList& words :
+             {QStringList{"help"}, QStringList{"-h"}, QStringList{"help", "help"},
+              QStringList{"help", "--help"}, QStringList{"--help", "--version"}})
+            QCOMPARE(run(words).out, all);
+        for (const QStringList& words :
+             {QStringList{"help", "decode"}, QStringList{"--help", "decode"},
+              QStringList{"-h", "decode"}, QStringList{"decode", "-h"},
+              QStringList{"help", "decode", "x"}, QStringList{"help", "decode", "--tone"},
+              QStringList{"decode", "--help", "--loud"}}) {
+            const Ended ended = run(words);
+            QCOMPARE(ended.out, decode);
+            QCOMPARE(ended.err, QByteArray());
+            QCOMPARE(ended.status, 0);
+        }
+    }
+
+    void aSwitchMayBeGivenTwice()
+    {
+        QCOMPARE(run({"symbols", "--codes", "--codes", "-"}, "0 3").out, QByteArray("0 3\n"));
+    }
+
     void anUnknownAlphabetIsSaid()
     {
         QTemporaryDir dir;
@@ -388,9 +440,54 @@ private Q_SLOTS:
                       "Elvish: no such alphabet in ");
     }
 
-    void aFolderThatCannotBeMadeIsSaid()
+    void aFolderThatCannotBeUsedIsSaidAtTheStart_data()
     {
-        verifyOneLine(run({"symbols", "--save", "/dev/null/x", "-"}), 1, "/dev/null/x: ");
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<QString>("folder");
+        QTest::addColumn<QByteArray>("part");
+        for (const char* command : {"decode", "symbols"}) {
+            const auto row = [command](const char* name, const char* folder, const char* part) {
+                QTest::addRow("%s, %s", command, name)
+                    << QString(command) << QString(folder) << QByteArray(part);
+            };
+            row("under a file", "/dev/null/x", "/dev/null/x: the folder cannot be made: ");
+            row("a file", "/dev/null", "/dev/null: is no folder");
+            row("a folder that takes no file", "/proc", "/proc: no file can be written there: ");
+            row("in a folder that takes none", "/proc/x", "/proc/x: the folder cannot be made: ");
+        }
+    }
+
+    void aFolderThatCannotBeUsedIsSaidAtTheStart()
+    {
+        QFETCH(QString, command);
+        QFETCH(QString, folder);
+        QFETCH(QByteArray, part);
+        QProcess process;
+        process.start(QStringLiteral(MORSEHOST_PATH), {command, "--save", folder, "-"});
+        QVERIFY(process.waitForFinished(60000)); // the input is still open
+        verifyOneLine(end(process), 1, part.constData());
+    }
+
+    void aFolderIsMadeWithThoseAboveIt()
+    {
+        QTemporaryDir dir;
+        const QString folder = dir.filePath("a/b/c");
+        QCOMPARE(run({"symbols", "--save", folder, "-"}, "0 3").status, 0);
+        QCOMPARE(QDir(folder).entryList({"*.xml"}).size(), 1);
+        QCOMPARE(QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                 QDir(folder).entryList({"*.txt", "*.xml"}));
+    }
+
+    void whatCannotBeginMakesNoFolder()
+    {
+        QTemporaryDir dir;
+        const QString folder = dir.filePath("a");
+        for (const QStringList& words :
+             {QStringList{"decode", "nothing.wav"}, QStringList{"symbols", "nothing.codes"},
+              QStringList{"symbols", "--alphabet", "Elvish", "-"}}) {
+            QCOMPARE(run(words + QStringList{"--save", folder}).status, 1);
+            QVERIFY(!QFile::exists(folder));
+        }
     }
 
     // symbols
@@ -425,7 +522,9 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("part");
         QTest::newRow("word") << QByteArray("0 1 3\n\n0 dash") << QByteArray("line 3: 'dash'");
         QTest::newRow("too large") << QByteArray("99999999999") << QByteArray("line 1: '9999");
-        QTest::newRow("binary") << QByteArray("\0\1\2\xFF", 4) << QByteArray("line 1: ");
+        QTest::newRow("binary") << QByteArray("\0\1\2\xFF", 4)
+                                << QByteArray("line 1: '\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD"
+                                              "\xEF\xBF\xBD'");
         QTest::newRow("long") << QByteArray(1000000, '1') << QByteArray("line 1: '1111");
     }
 
@@ -436,6 +535,18 @@ private Q_SLOTS:
         const Ended ended = run({"symbols", "-"}, input);
         verifyOneLine(ended, 1, part.constData());
         QVERIFY(ended.err.size() < 200);
+    }
+
+    void aMessageGivesTheTerminalNoOrders()
+    {
+        for (const Ended& ended :
+             {run({"symbols", "-"}, "\x1B[31mred"), run({"decode", "\x1B[31m\x7F.wav"}),
+              run({"\x1B]0;x\x07"}), run({"decode", "--\x1B[2J", "x"})}) {
+            QVERIFY(ended.status != 0);
+            for (const char c : ended.err.chopped(1))
+                QVERIFY2(static_cast<unsigned char>(c) >= ' ' && c != '\x7F',
+                         ended.err.constData());
+        }
     }
 
     void symbolFilesThatCannotBeReadAreSaid()
@@ -575,7 +686,7 @@ private Q_SLOTS:
         QProcess process;
         process.setStandardOutputFile(QStringLiteral("/dev/full"));
         process.start(QStringLiteral(MORSEHOST_PATH), {"alphabets"});
-        verifyOneLine(end(process), 1, "standard output: cannot be written");
+        verifyOneLine(end(process), 1, "standard output: ");
     }
 
     void aSignalEndsItWhileNobodyReadsItsOutput()
@@ -621,6 +732,36 @@ private Q_SLOTS:
                     {"-c", command.arg(QStringLiteral(MORSEHOST_PATH), dir.path())});
         const Ended ended = end(shell);
         verifyOneLine(ended, 1, "could not be saved");
+    }
+
+    void whatIsMovedAwayWhileItRunsWasSaved()
+    {
+        QTemporaryDir dir;
+        QVERIFY(QDir(dir.path()).mkdir("archive"));
+        const QDir saved(dir.filePath("saved"));
+        std::vector<float> samples = keyed("PARIS PARIS");
+        append(samples, std::vector<float>(static_cast<std::size_t>(30 * RATE_HZ)));
+        append(samples, keyed("DE DE DE"));
+        QProcess process;
+        process.start(QStringLiteral(MORSEHOST_PATH), {"decode", "--save", saved.path(), "-"});
+        process.write(raw(samples));
+        // The second transmission is heard, so the document of the first is done with.
+        QByteArray out;
+        while (!out.contains("DE DE") && process.waitForReadyRead(60000))
+            out += process.readAllStandardOutput();
+        const QStringList files = saved.entryList(QDir::Files);
+        QCOMPARE(files.size(), 3);
+        for (const QString& name : files)
+            QVERIFY(QFile::rename(saved.filePath(name), dir.filePath("archive/" + name)));
+        process.write(raw(keyed("N0CALL")));
+        process.closeWriteChannel();
+        const Ended ended = end(process);
+        QCOMPARE(ended.err, QByteArray());
+        QCOMPARE(ended.status, 0);
+        const QDir archive(dir.filePath("archive"));
+        QVERIFY(contentOf(archive.filePath(archive.entryList({"*__Default.txt"}).value(0)))
+                    .contains("N0CALL"));
+        QCOMPARE(saved.entryList({"*.xml"}).size(), 1);
     }
 
     void progressIsShownOnTerminalsOnly()

@@ -227,6 +227,35 @@ private Q_SLOTS:
         QCOMPARE(outcome.err.count(QLatin1Char('\n')), 1);
     }
 
+    void decodersAreListedWithTheirCharacterSets()
+    {
+        QTemporaryDir folder;
+        const QString flags = QStringLiteral(" R") + QStringLiteral(" 0").repeated(26);
+        const QString file = folder.filePath(QStringLiteral("modules.txt"));
+        writeFile(file, QStringLiteral("# a comment\n1 1%1 I Baudot\n"
+                                       "2 1%1 A ASCII  RTTY\n3 1%1 B \u00DCber\n"
+                                       "4 1%1 N Morse\n")
+                            .arg(flags)
+                            .toLatin1());
+        QString text;
+        QTextStream out(&text);
+        QString error;
+        QTextStream err(&error);
+        QCOMPARE(translate::listDecoders(file, out, err), 0);
+        QCOMPARE(error, QString());
+        QCOMPARE(text, QStringLiteral("ASCII  RTTY\tASCII\nBaudot\tITA2\n"
+                                      "Morse\tno character set\n\u00DCber\tITA2 and ASCII\n"));
+    }
+
+    void aFileThatNamesNoDecoderIsTold()
+    {
+        QString text;
+        QTextStream out(&text);
+        const QString readme = shippedMaps + QStringLiteral("/README.md");
+        QCOMPARE(translate::listDecoders(readme, out, out), 1);
+        QCOMPARE(text, QStringLiteral("morsehost: %1: names no decoder\n").arg(readme));
+    }
+
     void aMissingFolderIsTold()
     {
         for (const Outcome& outcome :
@@ -318,7 +347,7 @@ private Q_SLOTS:
         QByteArray output;
         const Outcome outcome = run(with(folder.path(), "Two"), "A", output);
         QCOMPARE(outcome.status, 1);
-        QVERIFY(outcome.err.contains(QStringLiteral("\"Two - ASCII\" or \"Two - ITA2\"")));
+        QVERIFY(outcome.err.contains(QStringLiteral("'Two - ASCII' or 'Two - ITA2'")));
         QCOMPARE(run(with(folder.path(), "Two", "Baudot"), "A", output).status, 0);
         QCOMPARE(output, QByteArray("i"));
         QCOMPARE(run(with(folder.path(), "Two", "ASCII RTTY"), "A", output).status, 0);
@@ -332,7 +361,8 @@ private Q_SLOTS:
         QCOMPARE(outcome.status, 1);
         QCOMPARE(output, QByteArray());
         QCOMPARE(outcome.err,
-                 QStringLiteral("morsehost: %1: no map \"Klingon\"\n").arg(shippedMaps));
+                 QStringLiteral("morsehost: %1: no map 'Klingon' (see 'morsehost maps')\n")
+                     .arg(shippedMaps));
     }
 
     void whatNoByteStandsForBecomesAQuestionMark()
@@ -436,7 +466,7 @@ private Q_SLOTS:
         QString errors;
         QTextStream err(&errors);
         QCOMPARE(translate::runTranslate(with(shippedMaps, "none"), -1, out.writer(), err), 1);
-        QVERIFY(errors.startsWith(QStringLiteral("morsehost: the input cannot be read: ")));
+        QVERIFY(errors.startsWith(QStringLiteral("morsehost: standard input: ")));
     }
 
     void anOutputThatCannotBeWrittenIsTold()
@@ -450,7 +480,7 @@ private Q_SLOTS:
         QTextStream err(&errors);
         QCOMPARE(translate::runTranslate(with(shippedMaps, "none"), in.reader(), full, err), 1);
         close(full);
-        QVERIFY(errors.startsWith(QStringLiteral("morsehost: the output cannot be written: ")));
+        QVERIFY(errors.startsWith(QStringLiteral("morsehost: standard output: ")));
     }
 
     void descriptorsThatDoNotBlockAreWaitedFor()

@@ -10,7 +10,9 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"
 mkdir "a folder"
-touch recording.flac
+touch recording.flac old.svg LOUD.SVG
+mkdir mine
+printf 'A\t.-\n\n' >mine/Own.mal
 
 # offered WORD...: what may stand in the place of the last word, a line each.
 offered() {
@@ -29,28 +31,41 @@ expect() { # WANTED|WANTED... WORD..., in any order
 }
 
 commands=$(morsehost --help | sed -n '/^Commands:/,/^$/s/^  \([a-z]*\) .*/\1/p')
-expect "$(echo "$commands" | tr '\n' '|')--help|--version" morsehost ""
+expect "$(echo "$commands" | tr '\n' '|')help|--help|--version" morsehost ""
 expect symbols morsehost sy
+expect "$(echo "$commands" | paste -sd '|')" morsehost help ""
+expect translate morsehost --help tr
+expect "" morsehost help decode ""
 expect "--version" morsehost --v
 for command in $commands; do
     options=$(morsehost "$command" --help | sed -n '/^Options:/,/^$/s/^  \(-[-a-z]*\) .*/\1/p')
     expect "$(echo "$options" | paste -sd '|')" morsehost "$command" -
 done
 expect "--alphabet|--alphabets" morsehost decode --al
-expect "a folder" morsehost decode --save ""
-expect "a folder" morsehost decode --save = ""
-expect "a folder|recording.flac" morsehost decode ""
+expect "a folder|mine" morsehost decode --save ""
+expect "a folder|mine" morsehost decode --save = ""
+expect "a folder|mine|recording.flac|old.svg|LOUD.SVG" morsehost decode ""
+expect "a folder|mine|old.svg|LOUD.SVG" morsehost inspect recording.flac -o ""
+expect "old.svg" morsehost inspect -o ol
 expect "recording.flac" morsehost lint rec
 expect "" morsehost alphabets ""
 expect "" morsehost decode --tone ""
 expect "" morsehost nonsense ""
 # Names come from the program itself, quoted for the shell.
 expect "Greek" morsehost symbols --alphabet Gr
+expect 'ASCII\ RTTY' morsehost map --decoder AS
+expect 'Baudot|Baudot\ F7B' morsehost maps --decoder = Bau
 expect 'Greek\ -\ ASCII|Greek-CCITT\ -\ ASCII' morsehost translate --map Greek
 expect 'Greek\ -\ ASCII' morsehost translate --map 'Greek\ -'
+# They come from the folder that is named before.
+expect "Own" morsehost decode --alphabets mine --alphabet ""
+expect "Own" morsehost decode --alphabets = mine --alphabet = O
+expect "" morsehost decode --alphabets "'a folder'" --alphabet ""
 # What was typed is never run.
 # shellcheck disable=SC2016 # that is the point
 offered morsehost translate --map '$(touch run)' >/dev/null
+# shellcheck disable=SC2016
+offered morsehost translate --maps '$(touch run)' --map "" >/dev/null
 [ ! -e run ] || { echo "a typed command was run"; status=1; }
 
 complete -p morsehost >/dev/null || status=1
