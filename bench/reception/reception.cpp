@@ -300,6 +300,8 @@ int noise(const Options& options)
                 "|---|---:|---:|---:|---:|\n");
     Cost cost;
     for (const reception::Silence& silence : reception::silences()) {
+        if (silence.title.find(options.only) == std::string::npos)
+            continue;
         std::size_t transmissions = 0;
         std::size_t characters = 0;
         std::size_t unknown = 0;
