@@ -80,7 +80,8 @@ check_format() {
 }
 
 check_scripts() {
-    sources '*.sh' .ci/run | xargs shellcheck --severity=warning --format=gcc
+    sources '*.sh' .ci/run | xargs shellcheck --format=gcc &&
+        sources '*.py' | xargs pyflakes3 2>&1
 }
 
 check_xml() {

@@ -48,14 +48,14 @@ sed -E "$plain" "$work/shown" >"$work/shown.lines"
 # The files are wrapped; the two time marks between transmissions stand on lines of their own.
 cat "$saved"/*__Default.txt |
     sed 's/^\[Stop Time:  [^]]*\]$/\x01/; s/^\[Start Time:  [^]]*\]$//' |
-    tr -d '\n' | tr '\1' '\n' | sed '$a\' | sed -E "$plain" >"$work/texts.lines"
+    tr -d '\n' | tr '\1' '\n' | awk 1 | sed -E "$plain" >"$work/texts.lines"
 for document in "$saved"/*.xml; do
     xmllint --xpath '//Frame' "$document" | tr -d '\n' |
         sed -E 's/<[^>]*>//g; s/&lt;/</g; s/&gt;/>/g; s/&quot;/"/g; s/&amp;/\&/g'
     echo
 done | sed -E "$plain" >"$work/documents.lines"
 # A code file knows no words and no lines.
-tr -d ' \n' <"$work/shown.lines" | sed '$a\' >"$work/shown.characters"
+tr -d ' \n' <"$work/shown.lines" | awk 1 >"$work/shown.characters"
 cat "$saved"/*_MO__.txt | tr -d '\n' |
     sed -E 's/\[[A-Z_]*\]//g; s/ /3\n/g; s/\./0 /g; s/-/1 /g' >"$work/codes"
 "$bin/morsehost" symbols "$work/codes" >"$work/codes.characters"

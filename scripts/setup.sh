@@ -15,7 +15,7 @@ packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-d
 )
 [ "${1:-test}" != all ] || packages+=(
     clang-format
-    clang-tidy clazy cppcheck codespell shellcheck python3
+    clang-tidy clazy cppcheck codespell shellcheck pyflakes3 python3
     doxygen
     lintian
     clang libclang-rt-14-dev llvm
