@@ -19,9 +19,11 @@ import tempfile
 import threading
 import time
 
-import mutants as mutation
-
 ROOT = pathlib.Path(__file__).resolve().parent.parent
+sys.path += [str(ROOT / "tests/mutation"), str(ROOT / "tests/support")]
+import mutants as mutation
+import reasons
+
 EQUIVALENT = ROOT / "tests/mutation/equivalent.txt"
 PARTS = {"library": ["charmap", "files", "morse", "session"], "host": ["host"]}
 MEMORY_LIMIT = 4 << 30
@@ -250,23 +252,6 @@ def chosen(mutants, count, seed):
                   key=lambda m: m.number)
 
 
-def known_equivalents():
-    """Lines with a mutant; the indented ones below say why no test can tell it from the code."""
-    known, keys = {}, []
-    for line in EQUIVALENT.read_text().splitlines():
-        if not line.strip():
-            keys = []
-        elif line.startswith("#"):
-            continue
-        elif line.startswith(" "):
-            for key in keys:
-                known[key] = (known[key] + " " + line.strip()).strip()
-        else:
-            keys = [k for k in keys if not known[k]] + [line.rstrip()]
-            known[line.rstrip()] = ""
-    return known
-
-
 def report(results, equivalent):
     rows = {}
     for mutant, test in results:
@@ -287,7 +272,7 @@ def main():
     arguments = options()
     os.environ["LC_ALL"] = "C.UTF-8"
     build = Build(arguments.build.resolve() / arguments.part, PARTS[arguments.part])
-    equivalent = known_equivalents()
+    equivalent = reasons.read(EQUIVALENT)
     for key in sorted(set(equivalent) - {m.name for m in build.mutants}):
         if key.split("/")[0] in PARTS[arguments.part]:
             print(f"no such mutant any more: {key}")
