@@ -370,6 +370,7 @@ private Q_SLOTS:
         handler.SetAlphabetsDir(dir.path());
         QCOMPARE(handler.AvailableAlphabets(), (QStringList{"None", "Greek - ITA2"}));
         QVERIFY(!handler.SetAlphabet("Greek - ITA2"));
+        QVERIFY(!handler.SetAlphabet("ITA2 - ITA2"));
         QCOMPARE(handler.Translate("A"), "A");
 
         writeFile(dir.filePath("ITA2.codec"), "first\n\nA;0x0410\nB;\nC;41\nD;0x0\n");

@@ -720,6 +720,27 @@ private Q_SLOTS:
         QCOMPARE(host.client.handedMode, -1);
     }
 
+    void aTextDirectionThatIsBeingDeletedIsNotTakenUp()
+    {
+        struct Attaching : IObserver
+        {
+            void Update(Observable* /*source*/, TChangeCode code) override
+            {
+                if (code == eCHANGE_DELETED)
+                    attached = directory->SetTextDirectionRTL_ValuePath("d/dying");
+            }
+            MappingDirectory* directory = nullptr;
+            bool attached = true;
+        };
+        Scene scene(maps());
+        auto* const dying = scene.tree.Add<FlagValue>("d/dying");
+        Attaching host;
+        host.directory = &scene.directory;
+        dying->AddObserver(&host);
+        delete dying;
+        QVERIFY(!host.attached);
+    }
+
     void aValueThatWasReplacedIsNoLongerRegarded()
     {
         Scene scene(maps(), "Packet", "Greek - ASCII");

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "files/regularfile.h"
 
+#include "support/fewdescriptors.h"
+
 #include <QDir>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -58,6 +60,16 @@ private Q_SLOTS:
         file.close();
         QVERIFY(!openRegularFile(file));
         QVERIFY(file.resize(MAX_FILE_BYTES));
+        QVERIFY(openRegularFile(file));
+    }
+
+    void withoutADescriptorLeftNoFileIsOpened()
+    {
+        QFile file(write("plain", "x"));
+        {
+            const FewDescriptors none(0);
+            QVERIFY(!openRegularFile(file));
+        }
         QVERIFY(openRegularFile(file));
     }
 

@@ -46,12 +46,15 @@ private Q_SLOTS:
                                            "List=\"a, b;c\"\n"
                                            "Name=Str\xc3\xb6me\n"
                                            "[Display]\n"
-                                           "Columns=80\n")));
+                                           "Columns=80\n"
+                                           "[Sound]\n"
+                                           "Columns=2\n")));
         QCOMPARE(read("", "DecoderModulesFile"), QStringLiteral("/srv/modules.txt"));
         QCOMPARE(read("", "Separated"), QStringLiteral("C:\\Tavik\\modules.txt"));
         QCOMPARE(read("", "List"), QStringLiteral("a, b;c"));
         QCOMPARE(read("", "Name"), QStringLiteral("Ströme"));
         QCOMPARE(read("Display", "Columns"), QStringLiteral("80"));
+        QCOMPARE(read("Sound", "Columns"), QStringLiteral("2"));
         QCOMPARE(read("Display", "DecoderModulesFile"), QString());
         QCOMPARE(read("", "Columns"), QString());
     }

@@ -4,6 +4,8 @@
 #include "host/standin/resultpolicy.h"
 #include "host/standin/resultreader.h"
 #include "host/standin/tracelog.h"
+#include "support/fewdescriptors.h"
+#include "support/fulldisk.h"
 #include "support/resultschema.h"
 
 #include <QDir>
@@ -13,13 +15,8 @@
 #include <QtTest>
 
 #include <atomic>
-#include <csignal>
 #include <memory>
 #include <thread>
-
-#include <fcntl.h>
-#include <sys/resource.h>
-#include <unistd.h>
 
 using namespace TavikResultDataXml;
 
@@ -85,50 +82,6 @@ void writeBytes(const QString& path, const QByteArray& bytes)
     QVERIFY(file.open(QIODevice::WriteOnly));
     QCOMPARE(file.write(bytes), static_cast<qint64>(bytes.size()));
 }
-
-/// While it lives no file can grow beyond a size, as if the disk were full.
-class FullDisk
-{
-public:
-    explicit FullDisk(rlim_t bytes)
-        : m_signalBefore(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        getrlimit(RLIMIT_FSIZE, &m_before);
-        rlimit limit = m_before;
-        limit.rlim_cur = bytes;
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_before);
-        std::signal(SIGXFSZ, m_signalBefore);
-    }
-
-private:
-    rlimit m_before{};
-    void (*m_signalBefore)(int);
-};
-
-/// While it lives this process can open one more file, and no second one beside it.
-class FewDescriptors
-{
-public:
-    FewDescriptors()
-    {
-        getrlimit(RLIMIT_NOFILE, &m_before);
-        rlimit limit = m_before;
-        const int next = open("/dev/null", O_RDONLY);
-        close(next);
-        limit.rlim_cur = static_cast<rlim_t>(next) + 1;
-        setrlimit(RLIMIT_NOFILE, &limit);
-    }
-    ~FewDescriptors() { setrlimit(RLIMIT_NOFILE, &m_before); }
-    FewDescriptors(const FewDescriptors&) = delete;
-    FewDescriptors& operator=(const FewDescriptors&) = delete;
-
-private:
-    rlimit m_before{};
-};
 
 } // namespace
 
@@ -239,6 +192,8 @@ private Q_SLOTS:
             << QString(QChar(0xdc00)) + QLatin1Char('x') << replaced + QLatin1Char('x');
         QTest::newRow("surrogates in the wrong order")
             << QString(QChar(0xdc00)) + QChar(0xd83d) << replaced + replaced;
+        same("first outside the basic plane", QString::fromUcs4(U"\U00010000"));
+        QTest::newRow("lowest surrogate alone") << QString(QChar(0xd800)) << replaced;
         QTest::newRow("no characters")
             << QString(QChar(0xfffe)) + QChar(0xffff) << replaced + replaced;
     }
@@ -439,9 +394,33 @@ private Q_SLOTS:
         const ResultDocument read = readFile(path("r.xml"));
         QCOMPARE(read.transmissions.size(), std::size_t(3));
         QCOMPARE(read.transmissions[2].blocks[0].frames.size(), std::size_t(2));
+        block->BeginFrame(); // without a text
+        block->SetTimeStamp(STAMP_us);
+        QVERIFY(document.SaveFile(path("r.xml")));
+        QCOMPARE(textsOf(path("r.xml")).size(), 4);
         QVERIFY(document.SaveFile(path("r2.xml"))); // another file has nothing yet
         QCOMPARE(textsOf(path("r2.xml")),
                  (QStringList{QStringLiteral("first"), QStringLiteral("second")}));
+    }
+
+    void everyChangeOfATransmissionIsSaved()
+    {
+        TavikResultData document;
+        auto* const transmission = new Transmission;
+        document.AddTransmission(transmission);
+        QVERIFY(document.SaveFile(path("r.xml")));
+        const auto saved = [&] {
+            document.SaveFile(path("r.xml"));
+            return readFile(path("r.xml")).transmissions;
+        };
+        QCOMPARE(saved().size(), std::size_t(1));
+        transmission->SetStartTime(START);
+        QCOMPARE(saved().back().startTime, START);
+        transmission->SetStopTime(STOP);
+        QCOMPARE(saved().back().stopTime, STOP);
+        transmission->AddDataBlock(new DataBlock(1, 0, 0));
+        QCOMPARE(saved().back().blocks.size(), std::size_t(1));
+        QCOMPARE(saved().size(), std::size_t(4));
     }
 
     void aBareNameCountsFromTheWorkDirectory()
@@ -538,6 +517,31 @@ private Q_SLOTS:
             bytesOf(path("x.xml")).startsWith(foreign.left(foreign.indexOf("</TavikResultData>"))));
         QCOMPARE(textsOf(path("x.xml")), QStringList{QStringLiteral("x")});
         QCOMPARE(files(), QStringList{QStringLiteral("x.xml")});
+    }
+
+    void anyAmountOfWhiteSpaceMayStandBeforeTheEndTag()
+    {
+        const QByteArray foreign = "<TavikResultData Version=\"1.0\">" + QByteArray(100, ' ');
+        writeBytes(path("x.xml"), foreign + "</TavikResultData>");
+        TavikResultData document;
+        addTransmission(document, QStringLiteral("x"));
+        QVERIFY(document.SaveFile(path("x.xml")));
+        QCOMPARE(textsOf(path("x.xml")), QStringList{QStringLiteral("x")});
+        QCOMPARE(files(), QStringList{QStringLiteral("x.xml")});
+    }
+
+    void aLittleWhiteSpaceMayStandBehindTheEndTag()
+    {
+        // The tag has to begin within the last 64 bytes.
+        const QByteArray whole = "<TavikResultData Version=\"1.0\"></TavikResultData>";
+        writeBytes(path("x.xml"), whole + QByteArray(46, '\n'));
+        writeBytes(path("y.xml"), whole + QByteArray(47, '\n'));
+        TavikResultData document;
+        addTransmission(document, QStringLiteral("x"));
+        QVERIFY(document.SaveFile(path("x.xml")));
+        QVERIFY(document.SaveFile(path("y.xml")));
+        QCOMPARE(files(), (QStringList{QStringLiteral("x.xml"), QStringLiteral("y.xml"),
+                                       QStringLiteral("y_2.xml")}));
     }
 
     // Faults
@@ -683,13 +687,15 @@ private Q_SLOTS:
         TraceRecorder traces;
         TavikResultData document;
         const QString text(15 << 20, QLatin1Char('e')); // 30 MiB in memory
-        for (int i = 1; i <= 3; ++i) {
-            addTransmission(document, text + QString::number(i));
+        for (int i = 0; i <= 3; ++i) {
+            addTransmission(document, i > 0 ? text + QString::number(i) : QString());
             QVERIFY(!document.SaveFile(path("missing") + QStringLiteral("/r%1.xml").arg(i)));
             document.Reset();
         }
-        QCOMPARE(traces.Messages().size(), 1);
-        QVERIFY(traces.Messages().first().contains(path("missing/r1.xml")));
+        // To give up the first, which is short, is not enough.
+        QCOMPARE(traces.Messages().size(), 2);
+        QVERIFY(traces.Messages()[0].contains(path("missing/r0.xml")));
+        QVERIFY(traces.Messages()[1].contains(path("missing/r1.xml")));
         QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("missing")));
         QVERIFY(document.SaveFile(QString()));
         QCOMPARE(QDir(path("missing")).entryList(QDir::Files),
@@ -847,6 +853,34 @@ private Q_SLOTS:
         QCOMPARE(textsOf(path("missing/r.xml")), QStringList{QStringLiteral("x")});
     }
 
+    void ofTwoNamesThatFailedTheLastOneCounts()
+    {
+        TavikResultData document;
+        addTransmission(document, QStringLiteral("x"));
+        QVERIFY(!document.SaveFile(path("missing/r1.xml")));
+        QVERIFY(!document.SaveFile(path("missing/r2.xml")));
+        document.Reset();
+        QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("missing")));
+        QVERIFY(document.SaveFile(QString()));
+        QCOMPARE(QDir(path("missing")).entryList(QDir::Files),
+                 QStringList{QStringLiteral("r2.xml")});
+    }
+
+    void framesWithoutTextCountAmongWhatWaits()
+    {
+        TraceRecorder traces;
+        TavikResultData document;
+        for (int i = 0; i < 2; ++i) {
+            DataBlock* const block = addTransmission(document, QString());
+            for (int frames = 0; frames < 2500000; ++frames)
+                block->BeginFrame();
+            QVERIFY(!document.SaveFile(path("missing/r.xml")));
+            document.Reset();
+        }
+        // Of 16 bytes each; more than 64 MiB in all.
+        QCOMPARE(traces.Messages().size(), 1);
+    }
+
     void transmissionsThatWaitForOneFileAreWrittenInTheirOrder()
     {
         TavikResultData document;
@@ -891,12 +925,58 @@ private Q_SLOTS:
         TavikResultData document;
         addTransmission(document, QStringLiteral("x"));
         {
-            const FewDescriptors onlyOne;
+            const FewDescriptors onlyOne(1);
             QVERIFY(!document.SaveFile(path("r.xml")));
         }
         QCOMPARE(files(), QStringList());
         QVERIFY(document.SaveFile(path("r.xml")));
         QCOMPARE(textsOf(path("r.xml")), QStringList{QStringLiteral("x")});
+    }
+
+    void aDocumentThatCannotBeOpenedForNowIsAddedToLater()
+    {
+        TavikResultData document;
+        addTransmission(document, QStringLiteral("first"));
+        QVERIFY(document.SaveFile(path("r.xml")));
+        document.Reset();
+        addTransmission(document, QStringLiteral("second"));
+        {
+            const FewDescriptors onlyOne(1);
+            QVERIFY(!document.SaveFile(path("r.xml")));
+        }
+        QVERIFY(document.SaveFile(path("r.xml")));
+        QCOMPARE(files(), QStringList{QStringLiteral("r.xml")});
+        QCOMPARE(textsOf(path("r.xml")),
+                 (QStringList{QStringLiteral("first"), QStringLiteral("second")}));
+    }
+
+    void howeverLittleTheDiskTakesADocumentIsWholeOrNotThere()
+    {
+        TavikResultData empty;
+        addTransmission(empty, QString());
+        QVERIFY(empty.SaveFile(path("r.xml")));
+        const int frame = bytesOf(path("r.xml")).size();
+        QVERIFY(QFile::remove(path("r.xml")));
+        // Qt hands the disk 16 KiB at a time. So of the first nothing is written before all is
+        // flushed, of the second the end tag finds no room, of the third the text.
+        for (const int length : {2000, (16 << 10) - frame + 10, 40000}) {
+            int saved = 0;
+            for (int part = 0; part <= 25; ++part) {
+                TavikResultData document;
+                addTransmission(document, QString(length, QLatin1Char('e')));
+                const QString target = path("r.xml");
+                {
+                    const FullDisk full(static_cast<rlim_t>(part * length / 20));
+                    const bool isSaved = document.SaveFile(target);
+                    QCOMPARE(QFile::exists(target), isSaved);
+                    saved += isSaved;
+                }
+                QVERIFY(document.SaveFile(target));
+                QCOMPARE(readFile(target).transmissions.size(), std::size_t(1));
+                QVERIFY(QFile::remove(target));
+            }
+            QVERIFY(saved > 0); // in the end it takes all
+        }
     }
 
     void aDocumentThatTheDiskCannotCopyStaysAsItIs()

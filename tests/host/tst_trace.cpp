@@ -155,6 +155,8 @@ private Q_SLOTS:
         QCOMPARE(last(), QStringLiteral("text then %y and %s"));
         _Q_TraceOld(QStringLiteral("%5.3l"));
         QCOMPARE(last(), QStringLiteral("%5.3l"));
+        _Q_TraceOld(QStringLiteral("%\u0564"), 1); // its low byte is that of "d"
+        QCOMPARE(last(), QStringLiteral("%\u0564"));
         _Q_TraceOld(QStringLiteral("[%s]"), static_cast<const char*>(nullptr));
         QCOMPARE(last(), QStringLiteral("[(null)]"));
         _Q_TraceOld(QStringLiteral("[%ls]"), static_cast<const wchar_t*>(nullptr));

@@ -254,7 +254,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("flag");
         QTest::addColumn<QString>("integer");
         QTest::addColumn<QString>("real");
-        // What is no such value leaves 1 in the flag, 7 in the integer and 0.5 in the real value.
+        // What is no such value leaves the flag as it was, 7 in the integer and 0.5 in the real
+        // value.
         const QString keep;
         QTest::newRow("zero") << "0"
                               << "0"
@@ -289,10 +290,12 @@ private Q_SLOTS:
         QFETCH(QString, flag);
         QFETCH(QString, integer);
         QFETCH(QString, real);
-        FlagValue flagValue;
-        flagValue.SetValue(true, nullptr);
-        flagValue.SetStringValue(written, nullptr);
-        QCOMPARE(flagValue.GetStringValue(), flag.isNull() ? QStringLiteral("1") : flag);
+        for (const QString& before : {QStringLiteral("0"), QStringLiteral("1")}) {
+            FlagValue flagValue;
+            flagValue.SetValue(before == QLatin1String("1"), nullptr);
+            flagValue.SetStringValue(written, nullptr);
+            QCOMPARE(flagValue.GetStringValue(), flag.isNull() ? before : flag);
+        }
         IntegerValue integerValue;
         integerValue.SetValue(7, nullptr);
         integerValue.SetStringValue(written, nullptr);
@@ -532,6 +535,29 @@ private Q_SLOTS:
         QCOMPARE(tree.Find(QStringLiteral("own")), value);
         delete value;
         QVERIFY(!tree.Find(QStringLiteral("own")));
+    }
+
+    void whoHasAnnouncedItsDeletionIsFoundNoMore()
+    {
+        struct LookingBack : OwnKind
+        {
+            ~LookingBack() override
+            {
+                AnnounceDeletion();
+                *found = tree->Find(QStringLiteral("own"));
+            }
+            HostTree* tree = nullptr;
+            ValueBase** found = nullptr;
+        };
+        HostTree tree;
+        auto* const value = new LookingBack;
+        ValueBase* found = value;
+        value->tree = &tree;
+        value->found = &found;
+        value->SetName(QStringLiteral("own"), nullptr);
+        QVERIFY(tree.Insert(QString(), value));
+        delete value;
+        QVERIFY(!found);
     }
 
     // Transactions
