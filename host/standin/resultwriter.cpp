@@ -232,13 +232,6 @@ QString nextFreeName(const QString& path)
 
 } // namespace
 
-bool writeDocument(QIODevice& device, const Transmissions& transmissions)
-{
-    ContentWriter writer(device);
-    writer.BeginDocument();
-    return writeRest(writer, transmissions);
-}
-
 bool addToFile(const QString& path, const Transmissions& transmissions)
 {
     // Somebody else may be adding to the document of the same second.
@@ -261,15 +254,13 @@ bool addToFile(const QString& path, const Transmissions& transmissions)
     QSaveFile file(target);
     if (!file.open(QIODevice::WriteOnly))
         return false;
-    bool isWritten = false;
-    if (end < 0) {
-        isWritten = writeDocument(file, transmissions);
-    } else if (copyBytes(existing, file, end)) {
-        ContentWriter writer(file);
-        isWritten = writeRest(writer, transmissions);
-    }
+    ContentWriter writer(file);
+    if (end < 0)
+        writer.BeginDocument();
+    else if (!copyBytes(existing, file, end))
+        return false;
     // Committing does not look at what flushing runs into.
-    return isWritten && file.flush() && file.error() == QFileDevice::NoError && file.commit();
+    return writeRest(writer, transmissions) && file.flush() && file.commit();
 }
 
 } // namespace TavikResultDataXml

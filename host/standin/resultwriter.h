@@ -6,12 +6,7 @@
 
 #include <QString>
 
-class QIODevice;
-
 namespace TavikResultDataXml {
-
-/// Writes a whole document; false when the device did not take it.
-bool writeDocument(QIODevice& device, const Transmissions& transmissions);
 
 /// Adds the transmissions to the document at `path`, creating it when there is none, or beside it
 /// under the next free name when the file there is no result document. All or nothing: false means
