@@ -48,9 +48,8 @@ QStringList sortedBehindNone(QStringList names)
 /// Nothing when there is no such file.
 std::optional<QByteArray> contentOf(const QDir& folder, const QString& name)
 {
-    const QString found = findIgnoringCase(folder, name);
-    QFile file(QDir(localPath(folder.path())).filePath(found));
-    if (found.isEmpty() || !openRegularFile(file))
+    QFile file(QDir(localPath(folder.path())).filePath(findIgnoringCase(folder, name)));
+    if (!openRegularFile(file))
         return std::nullopt;
     return file.readAll();
 }

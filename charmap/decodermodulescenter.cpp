@@ -131,21 +131,17 @@ int integerIn(QStringView column)
     return QString::fromRawData(column.data(), static_cast<int>(column.size())).toInt();
 }
 
-char firstLetter(QStringView column)
-{
-    return column.isEmpty() ? char(0) : column[0].toLatin1();
-}
-
+/// Of a line that holds a module, and so a word for each column.
 DecoderModule moduleOf(const QString& line)
 {
     QStringView rest = line;
     DecoderModule module;
     module.id = integerIn(takeColumn(rest));
     module.number = takeColumn(rest).toString().toDouble();
-    module.type = firstLetter(takeColumn(rest));
+    module.type = takeColumn(rest).front().toLatin1();
     for (int column = FIRST_FLAG_COLUMN; column <= LAST_FLAG_COLUMN; ++column)
         module.SetColumnFlag(column, integerIn(takeColumn(rest)) != 0);
-    module.charset = firstLetter(takeColumn(rest));
+    module.charset = takeColumn(rest).front().toLatin1();
     module.name = rest.trimmed().toString();
     return module;
 }

@@ -420,7 +420,7 @@ void MorseHandler::ProcessSymbolList()
 
 void MorseHandler::processOldestSymbol()
 {
-    if (m_symbolList.empty() || !m_bMorseAvailable || !m_bSessionActive)
+    if (!m_bMorseAvailable || !m_bSessionActive)
         return;
     const QString s = m_pTranslator->DecodeSymbol(m_symbolList.front() & SYMBOL_CODE_MASK);
     if (s == CHARACTER_GAP) {
