@@ -674,6 +674,15 @@ private Q_SLOTS:
         QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral("."));
     }
 
+    void aValueThatSaysItGoesIsLeft()
+    {
+        MorseFixture host;
+        host.symbol->SetState(eSTATE_DELETED, nullptr);
+        host.symbol->HasChanged(eCHANGE_DELETED, nullptr);
+        QVERIFY(host.symbol->AddObserver(&host.handler)); // is not registered any more
+        host.symbol->DeleteObserver(&host.handler);
+    }
+
     void aReplacedValueThatIsNotObservedIsFoundAgain()
     {
         MorseFixture host;

@@ -18,6 +18,8 @@
 
 #include <limits>
 #include <optional>
+#include <utility>
+#include <vector>
 
 using TavikResultDataXml::ResultDocument;
 using TavikResultDataXml::ResultTransmission;
@@ -169,6 +171,29 @@ private Q_SLOTS:
         QCOMPARE(transmission.blocks.front().format, 0);
         QCOMPARE(transmission.blocks.front().flags, 0);
         QVERIFY(transmission.blocks.front().frames.empty());
+    }
+
+    void aTransmissionBegunWhileAnotherWasAnnouncedHasOneBlock()
+    {
+        Documents host;
+        TextLog names(host.xmlFileName);
+        bool isFirst = true;
+        names.onText = [&](const QString&) {
+            if (!std::exchange(isFirst, false))
+                return;
+            host.save();
+            host.handler.SetTimestamp(TEN_FIFTEEN_us + SECOND_us);
+        };
+        host.handler.SetTimestamp(TEN_FIFTEEN_us);
+        host.save();
+        std::vector<std::size_t> blocks;
+        for (const QString& name : host.files()) {
+            const auto document = read(host.directory.filePath(name));
+            QVERIFY(document);
+            for (const auto& transmission : document->transmissions)
+                blocks.push_back(transmission.blocks.size());
+        }
+        QCOMPARE(blocks, (std::vector<std::size_t>{0, 1}));
     }
 
     void aRequestThatStandsIsAnnouncedAgain()
