@@ -231,8 +231,13 @@ private Q_SLOTS:
     void ofTwoMapsOfOneNameTheLastInOrderIsTaken()
     {
         QTemporaryDir dir;
-        for (const char* name : {"x.2.ita2.map", "x.1.ita2.map", "x.3.ita2.map"})
-            writeFile(dir.filePath(name), QByteArray("A\t") + name[2] + "\n\n");
+        QDateTime written = QDateTime::currentDateTime();
+        for (const char* name : {"x.2.ita2.map", "x.3.ita2.map", "x.1.ita2.map"}) {
+            QFile file(writeFile(dir.filePath(name), QByteArray("A\t") + name[2] + "\n\n"));
+            written = written.addSecs(60); // the order of their ages is another one
+            QVERIFY(file.open(QIODevice::ReadWrite));
+            QVERIFY(file.setFileTime(written, QFileDevice::FileModificationTime));
+        }
         Scene scene(dir.path(), "Teletype", "x - ITA2");
         QCOMPARE(scene.directory.translate("A"), "3");
     }
