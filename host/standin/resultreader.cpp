@@ -118,7 +118,8 @@ private:
         const QString fraction = match.captured(7);
         const QTime time(match.captured(4).toInt(), match.captured(5).toInt(),
                          match.captured(6).toInt(), digits == 3 ? fraction.toInt() : 0);
-        if (!match.hasMatch() || !date.isValid() || !time.isValid() || fraction.size() != digits) {
+        // Without a match the date is that of no numbers.
+        if (!date.isValid() || !time.isValid() || fraction.size() != digits) {
             m_xml.raiseError(QStringLiteral("bad %1").arg(QLatin1String(attribute)));
             return {};
         }

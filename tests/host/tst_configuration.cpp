@@ -44,6 +44,7 @@ private Q_SLOTS:
         QVERIFY(setConfigurationFile(write("DecoderModulesFile=/srv/modules.txt\n"
                                            "Separated=C:\\\\Tavik\\\\modules.txt\n"
                                            "List=\"a, b;c\"\n"
+                                           "Parts=a,b\n"
                                            "Name=Str\xc3\xb6me\n"
                                            "[Display]\n"
                                            "Columns=80\n"
@@ -52,6 +53,7 @@ private Q_SLOTS:
         QCOMPARE(read("", "DecoderModulesFile"), QStringLiteral("/srv/modules.txt"));
         QCOMPARE(read("", "Separated"), QStringLiteral("C:\\Tavik\\modules.txt"));
         QCOMPARE(read("", "List"), QStringLiteral("a, b;c"));
+        QCOMPARE(read("", "Parts"), QStringLiteral("a, b"));
         QCOMPARE(read("", "Name"), QStringLiteral("Ströme"));
         QCOMPARE(read("Display", "Columns"), QStringLiteral("80"));
         QCOMPARE(read("Sound", "Columns"), QStringLiteral("2"));

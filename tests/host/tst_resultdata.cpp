@@ -239,6 +239,18 @@ private Q_SLOTS:
         QCOMPARE(readFile(path("r.xml")).transmissions[0].blocks[0].frames[1].text, radio);
     }
 
+    void aPairOfSurrogatesInTwoFramesIsTwoHalves()
+    {
+        const QString radio = QString::fromUcs4(U"\U0001F4FB");
+        TavikResultData document;
+        DataBlock* const block = addTransmission(document, radio.left(1));
+        appendFrame(block, radio.mid(1));
+        QVERIFY(document.SaveFile(path("r.xml")));
+        const auto frames = readFile(path("r.xml")).transmissions[0].blocks[0].frames;
+        QCOMPARE(frames[0].text, QStringLiteral("\ufffd"));
+        QCOMPARE(frames[1].text, QStringLiteral("\ufffd"));
+    }
+
     void outsideAFrameTheSettersDoNothing()
     {
         TavikResultData document;
@@ -528,6 +540,8 @@ private Q_SLOTS:
         QVERIFY(document.SaveFile(path("x.xml")));
         QCOMPARE(textsOf(path("x.xml")), QStringList{QStringLiteral("x")});
         QCOMPARE(files(), QStringList{QStringLiteral("x.xml")});
+        // Of the last 64 bytes, the tag's 18 among them, none is kept.
+        QVERIFY(bytesOf(path("x.xml")).startsWith(foreign.chopped(64 - 18) + "\n  <Transmission"));
     }
 
     void aLittleWhiteSpaceMayStandBehindTheEndTag()
@@ -665,7 +679,7 @@ private Q_SLOTS:
     void aFileThatNeverCanBeWrittenDoesNotBlockTheOthers()
     {
         TavikResultData document;
-        for (int i = 0; i < 20; ++i) {
+        for (int i = 0; i < 22; ++i) {
             addTransmission(document, QStringLiteral("x"));
             QVERIFY(!document.SaveFile(path("never") + QStringLiteral("/r%1.xml").arg(i)));
             document.Reset();
@@ -674,12 +688,14 @@ private Q_SLOTS:
         QVERIFY(!document.SaveFile(path("later/r.xml")));
         document.Reset();
         QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("later")));
-        for (int i = 0; i < 3; ++i)
-            QVERIFY(!document.SaveFile(path("r.xml")));
+        // A save ends with its eighth failure, and the next one begins behind that.
+        QVERIFY(!document.SaveFile(path("r.xml")));
+        QVERIFY(!QFile::exists(path("later/r.xml")));
+        QVERIFY(!document.SaveFile(path("r.xml")));
         QCOMPARE(textsOf(path("later/r.xml")), QStringList{QStringLiteral("y")});
         QVERIFY(QDir(m_dir->path()).mkdir(QStringLiteral("never")));
         QVERIFY(document.SaveFile(path("r.xml")));
-        QCOMPARE(QDir(path("never")).entryList(QDir::Files).size(), 20);
+        QCOMPARE(QDir(path("never")).entryList(QDir::Files).size(), 22);
     }
 
     void ofTooMuchThatWaitsTheOldestGoesFirstWithATrace()
@@ -701,6 +717,13 @@ private Q_SLOTS:
         QCOMPARE(QDir(path("missing")).entryList(QDir::Files),
                  (QStringList{QStringLiteral("r2.xml"), QStringLiteral("r3.xml")}));
         QVERIFY(textsOf(path("missing/r3.xml")).first().endsWith(QLatin1Char('3')));
+        // What was written no longer counts.
+        for (int i = 0; i < 2; ++i) {
+            addTransmission(document, text);
+            QVERIFY(!document.SaveFile(path("gone/r.xml")));
+            document.Reset();
+        }
+        QCOMPARE(traces.Messages().size(), 2);
     }
 
     // Others at the same file

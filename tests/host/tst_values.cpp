@@ -273,6 +273,8 @@ private Q_SLOTS:
                               << "0" << keep << keep;
         QTest::newRow("word in capitals") << "TRUE"
                                           << "1" << keep << keep;
+        QTest::newRow("word in both") << "False"
+                                      << "0" << keep << keep;
         QTest::newRow("blanks around") << " 42 "
                                        << "1"
                                        << "42"
