@@ -387,6 +387,17 @@ private Q_SLOTS:
         QCOMPARE(handler.Translate("A"), "x");
     }
 
+    void theCodecFileThatCanBeLoadedMayRunFromRightToLeft()
+    {
+        QTemporaryDir dir;
+        writeFile(dir.filePath("ITA2.codec"), "\nRL\nA;0x0627\n");
+        CodecHandler handler;
+        handler.SetDecoder("Teletype");
+        handler.SetAlphabetsDir(dir.path());
+        QVERIFY(handler.SetAlphabet("ITA2 - ITA2"));
+        QVERIFY(handler.TextDirectionRTL());
+    }
+
     void anotherDecoderOrFolderKeepsTheTable()
     {
         CodecHandler handler = loaded("A\tx\n\n");

@@ -118,6 +118,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("symbols");
         QTest::addColumn<QString>("text");
+        QTest::newRow("after the last digit") << "----.c-c"
+                                              << "90";
         QTest::newRow("right after the digit") << ".----c-c"
                                                << "10";
         QTest::newRow("and again, since zero is a digit") << ".----c-c-c"
