@@ -20,11 +20,15 @@ constexpr std::int64_t LEAST_MARKS = 2; // one may be a click
 constexpr double WEAKEST_RATIO = 0.35;  // signal to noise of one step: -7.5 dB in 500 Hz
 constexpr double LEVEL_SPAN_us = 3.0e6; // marks not older than this tell the level
 constexpr double TONE_SPAN_us = 3.0e6;  // and the tone
-constexpr double LEVEL_MEMORY_us = 0.5e6;
-constexpr double WEAK_RATIO = 3.0; // signal to noise of one step below which that takes longer
-constexpr double BURST = 4.0;      // times the usual power
-constexpr double REST_MEMORY_PER_STEP = 0.002; // 2 s
-constexpr double FASTEST_FADE_dB_per_s = 20.0;
+constexpr double LEVEL_MEMORY_us = 0.2e6;
+constexpr double WEAK_RATIO = 7.5;      // signal to noise of one step below which that takes longer
+constexpr double LONGEST_MEMORY = 15.0; // so many times
+constexpr double BURST = 4.0;           // times the usual power
+constexpr double STEADY_us = 4.0e6;     // a tone without keying is remembered
+constexpr double MUTED = 0.01;          // of it: a squelch is no measure of what is usual
+constexpr double USUAL_REST_PER_STEP = 0.002; // 2 s
+constexpr double MEAN_REST_PER_STEP = 0.001;  // 4 s, as the noise near the tone is measured
+constexpr double FASTEST_FADE_dB_per_s = 80.0;
 constexpr double FOREIGN_TONE_Hz = 30.0;
 constexpr double OTHER_HAND = 0.2; // change of the logarithm of speed that a hand does not make
 constexpr double WEAK_DOT = 4.0;
@@ -33,7 +37,6 @@ constexpr double TONE_MEMORY_s = 2.0;
 constexpr double LEAST_TONE_ERROR_Hz = 0.3;
 constexpr double STEEPEST_TONE_Hz_per_s = 1.0;
 constexpr double LARGEST_PULL_Hz = 1.0; // of the tone, per review
-constexpr std::int64_t SEARCH_STEPS = 8 * REVIEW_STEPS;
 
 } // namespace
 
@@ -65,6 +68,12 @@ void Channel::setNoise(double noise)
     m_weakest = WEAKEST_RATIO * level.noise;
     level.signal = std::max(level.signal, m_weakest);
     m_likelihood.setLevel(level);
+}
+
+bool Channel::steady() const
+{
+    const auto since = static_cast<double>(m_likelihood.end() - m_carrierUntil);
+    return m_carrierUntil > 0 && since * m_stepDuration_us < STEADY_us;
 }
 
 ToneCandidate Channel::heard() const
@@ -100,11 +109,19 @@ void Channel::process(const SampleHistory& history)
 }
 
 // Noise of a crash of static or a click, 0 where there is none: power beside the tone that rises
-// far over what it usually is.
+// far over what it usually is. It is as much as that power would be if it were spread evenly; where
+// a receiver's filter leaves less of it than of what is near the tone, as many times more.
 double Channel::burst(double rest)
 {
-    m_usualRest += (std::min(rest, BURST * m_usualRest) - m_usualRest) * REST_MEMORY_PER_STEP;
-    return rest > BURST * m_usualRest ? rest : 0.0;
+    if (rest > MUTED * m_usualRest) {
+        const double first = 1.0 / ++m_restSteps;
+        m_usualRest += (std::min(rest, BURST * m_usualRest) - m_usualRest) *
+                       std::max(USUAL_REST_PER_STEP, first);
+        m_meanRest += (rest - m_meanRest) * std::max(MEAN_REST_PER_STEP, first);
+    }
+    if (rest <= BURST * m_usualRest)
+        return 0.0;
+    return rest * std::max(1.0, m_likelihood.level().noise / m_meanRest);
 }
 
 void Channel::finish()
@@ -144,6 +161,8 @@ void Channel::review(bool last)
         m_confirmed =
             path.complete && path.gain > CONFIRMING_GAIN && !carrier && m_marks >= LEAST_MARKS;
     }
+    if (carrier)
+        m_carrierUntil = m_likelihood.end();
     follow(path);
     if (m_confirmed && m_released)
         commit(path, last);
@@ -161,7 +180,8 @@ void Channel::followLevel(const Path& path)
     const std::int64_t now = m_likelihood.end();
     Level level = m_likelihood.level();
     // What is weak has to be averaged for longer.
-    const double weakness = std::clamp(WEAK_RATIO * level.noise / level.signal, 1.0, 6.0);
+    const double weakness =
+        std::clamp(WEAK_RATIO * level.noise / level.signal, 1.0, LONGEST_MEMORY);
     const double memory_us = LEVEL_MEMORY_us * weakness;
     double signal = 0.0;
     double weights = 0.0;
@@ -259,14 +279,7 @@ void Channel::followPhase(const Path& path)
         marks.push_back(mark);
     }
     const double now_s = static_cast<double>(now) * step_s;
-    PhaseEstimate estimate = trackPhase(marks, m_baseband.tone_Hz(), now_s);
-    if (!(estimate.concentration > 0.0) && now % SEARCH_STEPS == 0) {
-        // The tone may be too far off for its phase to be followed.
-        if (const auto tone_Hz = commonFrequency(marks, m_baseband.tone_Hz())) {
-            m_baseband.setTone(*tone_Hz);
-            estimate = trackPhase(marks, *tone_Hz, now_s);
-        }
-    }
+    const PhaseEstimate estimate = trackPhase(marks, m_baseband.tone_Hz(), now_s);
     if (estimate.concentration > 0.0 &&
         std::fabs(estimate.frequency_Hz - m_baseband.tone_Hz()) < LARGEST_PULL_Hz)
         m_baseband.setTone(estimate.frequency_Hz);

@@ -54,6 +54,8 @@ public:
     void release() { m_released = true; }
     /// The transmission it was made for has ended.
     bool ended() const { return m_ended; }
+    /// A tone without keying was heard in the last seconds.
+    bool steady() const;
 
 private:
     double burst(double rest);
@@ -90,7 +92,10 @@ private:
     double m_margin = 0.0;
     double m_unit_steps = 15.0;
     double m_givenUnit_steps = 15.0;
-    double m_weakest;         // level of the weakest signal to look for
+    double m_weakest; // level of the weakest signal to look for
+    std::int64_t m_carrierUntil = 0;
+    double m_restSteps = 0.0; // that were heard
+    double m_meanRest = 0.0;
     double m_usualRest = 0.0; // power beside the tone, as noise of a step
     bool m_confirmed = false;
     bool m_released = false;

@@ -148,13 +148,22 @@ private:
             m_candidate->process(m_history);
         if (m_finder.frames() % SEARCH_HOPS == 0) {
             if (m_active)
-                m_active->setNoise(m_finder.noiseNear(m_active->tone_Hz(), framesIn(NOISE_SPAN_s)));
+                m_active->setNoise(noiseFor(*m_active));
             search(CANDIDATE_LIFE_s);
         }
         if (m_active && m_finder.frames() % COMPARE_HOPS == 0)
             yieldToStronger();
         if (m_candidate && m_candidate->confirmed() && takesOver() && heardEnough())
             promote();
+    }
+
+    // What fills the gaps of keying is noise as well, a harmonic of hum say.
+    double noiseFor(const Channel& channel) const
+    {
+        const std::int64_t frames = framesIn(NOISE_SPAN_s);
+        const double beside = m_finder.noiseNear(channel.tone_Hz(), frames);
+        return channel.steady() ? beside
+                                : std::max(beside, m_finder.noiseInGaps(channel.tone_Hz(), frames));
     }
 
     bool heardEnough() const

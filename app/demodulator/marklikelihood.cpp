@@ -8,23 +8,31 @@ namespace demodulator {
 
 namespace {
 
+using AmplitudeWeights = std::array<double, MarkLikelihood::AMPLITUDE_COUNT>;
+
 // std::abs of a complex number guards against overflow, which takes most of the time of it.
 double magnitudeOf(std::complex<double> value)
 {
     return std::sqrt(std::norm(value));
 }
 
-// Amplitudes that a single mark may have, relative to the level followed.
-constexpr double AMPLITUDES[] = {0.62, 1.0, 1.5};
-// Log probability of each but the middle one. Of weak signals only the middle one is believed:
-// noise finds in every freedom a way to look like a mark.
-constexpr double FREEDOM = -1.4;
-constexpr double FREE_RATIO = 60.0;     // signal to noise of one dot that leaves that freedom
-constexpr double LOSS_OF_FREEDOM = 4.3; // for each e-fold below it
+// Amplitudes that a single mark may have, relative to the level followed, each with its log
+// probability. Of weak signals only the first is believed: noise finds in every freedom a way to
+// look like a mark.
+struct Amplitude
+{
+    double factor;
+    double freedom;
+    double freeRatio; // signal to noise of one dot that leaves that freedom
+};
+constexpr std::array<Amplitude, MarkLikelihood::AMPLITUDE_COUNT> AMPLITUDES = {{
+    {1.0, 0.0, 0.0}, {0.62, -1.4, 60.0}, {1.5, -1.4, 60.0}, {0.25, -2.5, 300.0}, // in a deep fade
+}};
+constexpr double LOSS_OF_FREEDOM = 4.3; // for each e-fold below that ratio
 
 // A strong signal is not trusted beyond this signal-to-noise ratio of one step: rising edges,
 // fading and clicks are no noise that the model knows, and lengths have to count beside levels.
-constexpr double LARGEST_RATIO = 8.0;
+constexpr double LARGEST_RATIO = 16.0;
 
 constexpr double STRONG_DOT = 60.0; // energy of a dot over noise density
 constexpr std::int64_t LEAST_CUT_LENGTH = 12;
@@ -37,24 +45,28 @@ double believedNoise(const Level& level)
     return std::max({level.noise, level.signal / LARGEST_RATIO, 1e-30});
 }
 
-void weighAmplitudes(const Level& level, double (&logProbabilities)[3])
+void weighAmplitudes(const Level& level, AmplitudeWeights& logProbabilities)
 {
-    const double ratio = level.dot_steps * level.signal / std::max(level.noise, 1e-30);
-    const double freedom =
-        FREEDOM + LOSS_OF_FREEDOM * std::min(0.0, std::log(std::max(ratio, 1e-3) / FREE_RATIO));
-    logProbabilities[0] = freedom;
-    logProbabilities[1] = std::log1p(-2.0 * std::exp(freedom));
-    logProbabilities[2] = freedom;
+    const double ratio =
+        std::max(level.dot_steps * level.signal / std::max(level.noise, 1e-30), 1e-3);
+    double others = 0.0;
+    for (std::size_t i = 1; i < AMPLITUDES.size(); ++i) {
+        logProbabilities[i] =
+            AMPLITUDES[i].freedom +
+            LOSS_OF_FREEDOM * std::min(0.0, std::log(ratio / AMPLITUDES[i].freeRatio));
+        others += std::exp(logProbabilities[i]);
+    }
+    logProbabilities[0] = std::log1p(-others);
 }
 
 // The most probable amplitude, as if its phase were known.
-std::size_t bestAmplitude(const double (&logProbabilities)[3], double magnitude, double energy)
+std::size_t bestAmplitude(const AmplitudeWeights& logProbabilities, double magnitude, double energy)
 {
-    std::size_t best = 1;
+    std::size_t best = 0;
     double bestFit = -1e9;
-    for (std::size_t i = 0; i < 3; ++i) {
-        const double fit =
-            logProbabilities[i] + AMPLITUDES[i] * (magnitude - AMPLITUDES[i] * energy);
+    for (std::size_t i = 0; i < AMPLITUDES.size(); ++i) {
+        const double factor = AMPLITUDES[i].factor;
+        const double fit = logProbabilities[i] + factor * (magnitude - factor * energy);
         if (fit > bestFit) {
             bestFit = fit;
             best = i;
@@ -67,7 +79,7 @@ std::size_t bestAmplitude(const double (&logProbabilities)[3], double magnitude,
 
 double evenMagnitude(const Level& level)
 {
-    double logProbabilities[3];
+    AmplitudeWeights logProbabilities;
     weighAmplitudes(level, logProbabilities);
     const double noise = believedNoise(level);
     const double energy = level.dot_steps * level.signal / noise;
@@ -77,8 +89,9 @@ double evenMagnitude(const Level& level)
         const double middle = 0.5 * (none + mark);
         const double magnitude = 2.0 * level.dot_steps * middle * std::sqrt(level.signal) / noise;
         const std::size_t best = bestAmplitude(logProbabilities, magnitude, energy);
-        const double ratio = logProbabilities[best] - AMPLITUDES[best] * AMPLITUDES[best] * energy +
-                             logBesselI0(AMPLITUDES[best] * magnitude);
+        const double factor = AMPLITUDES[best].factor;
+        const double ratio =
+            logProbabilities[best] - factor * factor * energy + logBesselI0(factor * magnitude);
         (ratio > 0.0 ? mark : none) = middle;
     }
     return mark;
@@ -165,7 +178,7 @@ float MarkLikelihood::ratio(std::int64_t length) const
     const double energy = end.energy - begin.energy;
     // Once an amplitude is chosen, the phase is averaged over.
     const std::size_t best = bestAmplitude(m_logProbabilities, magnitude, energy);
-    const double amplitude = AMPLITUDES[best];
+    const double amplitude = AMPLITUDES[best].factor;
     double evidence = logBesselI0(amplitude * magnitude);
     if (m_concentration > 0.0) {
         evidence = std::max(evidence + OTHER_PHASE,

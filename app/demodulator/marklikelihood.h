@@ -3,7 +3,9 @@
 // by noise, for every length at once.
 #pragma once
 
+#include <array>
 #include <complex>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -24,6 +26,8 @@ public:
 
     /// Steps are kept for this long.
     static constexpr std::int64_t KEPT_STEPS = 4096;
+    /// So many amplitudes a single mark may have.
+    static constexpr std::size_t AMPLITUDE_COUNT = 4;
 
     /// The level expected of the steps that follow.
     void setLevel(const Level& level);
@@ -67,8 +71,8 @@ private:
     std::vector<Sums> m_sums;                  // ring
     std::int64_t m_end = 0;
     Level m_level;
-    double m_logProbabilities[3] = {0.0, 0.0, 0.0}; // of the amplitudes of a mark
-    std::complex<double> m_turn = 1.0;              // takes the phase expected away
+    std::array<double, AMPLITUDE_COUNT> m_logProbabilities{}; // of each
+    std::complex<double> m_turn = 1.0;                        // takes the phase expected away
     double m_concentration = 0.0;
     double m_concentrationCost = 0.0; // log I0 of it
 };

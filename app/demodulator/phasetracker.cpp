@@ -23,11 +23,6 @@ double wrapped(double radians)
     return std::remainder(radians, TWO_PI);
 }
 
-constexpr double SEARCHED_Hz = 3.0;
-constexpr double SEARCH_STEP_Hz = 0.1;
-// Power of the sum of all marks over the sum of their powers: 1 on average when phases are random.
-constexpr double LEAST_GAIN = 7.0;
-
 } // namespace
 
 PhaseEstimate trackPhase(const std::vector<PhaseMark>& marks, double frequency_Hz, double time_s)
@@ -88,27 +83,6 @@ PhaseEstimate trackPhase(const std::vector<PhaseMark>& marks, double frequency_H
         estimate.concentration = std::min(LARGEST_CONCENTRATION, 1.0 / (pp + excess + 0.02));
     }
     return estimate;
-}
-
-std::optional<double> commonFrequency(const std::vector<PhaseMark>& marks, double frequency_Hz)
-{
-    double powers = 0.0;
-    for (const PhaseMark& mark : marks)
-        powers += std::norm(mark.sum);
-    double best = LEAST_GAIN * powers;
-    std::optional<double> found;
-    for (double offset_Hz = -SEARCHED_Hz; offset_Hz <= SEARCHED_Hz; offset_Hz += SEARCH_STEP_Hz) {
-        std::complex<double> sum = 0.0;
-        for (const PhaseMark& mark : marks) {
-            const double cycles = mark.cycles - (frequency_Hz + offset_Hz) * mark.time_s;
-            sum += mark.sum * std::polar(1.0, TWO_PI * std::remainder(cycles, 1.0));
-        }
-        if (std::norm(sum) > best) {
-            best = std::norm(sum);
-            found = frequency_Hz + offset_Hz;
-        }
-    }
-    return found;
 }
 
 } // namespace demodulator

@@ -5,7 +5,6 @@
 #pragma once
 
 #include <complex>
-#include <optional>
 #include <vector>
 
 namespace demodulator {
@@ -29,9 +28,5 @@ struct PhaseEstimate
 
 /// The phase at `time_s`, from marks in order of time, with a first guess of the frequency.
 PhaseEstimate trackPhase(const std::vector<PhaseMark>& marks, double frequency_Hz, double time_s);
-
-/// The frequency within 3 Hz of a first guess at which all marks have one phase, if there is one
-/// far beyond chance.
-std::optional<double> commonFrequency(const std::vector<PhaseMark>& marks, double frequency_Hz);
 
 } // namespace demodulator

@@ -101,7 +101,6 @@ double ToneFinder::power(double tone_Hz, std::int64_t age, std::int64_t count) c
     return end > age ? sum / static_cast<double>(end - age) : 0.0;
 }
 
-// Beside the tone, but what fills every gap of it is noise too, a harmonic of hum say.
 double ToneFinder::noiseNear(double tone_Hz, std::int64_t count) const
 {
     const std::size_t first = binOf(std::max(60.0, tone_Hz - NOISE_WIDTH_Hz));
@@ -114,10 +113,10 @@ double ToneFinder::noiseNear(double tone_Hz, std::int64_t count) const
         if (bin <= below || bin >= above)
             around.push_back(mean[bin - first]);
     }
-    return std::max<double>(median(around), quietest(tone_Hz, count)) / m_windowSquares;
+    return median(around) / m_windowSquares;
 }
 
-double ToneFinder::quietest(double tone_Hz, std::int64_t count) const
+double ToneFinder::noiseInGaps(double tone_Hz, std::int64_t count) const
 {
     const std::size_t bin = binOf(tone_Hz);
     std::vector<float> powers;
@@ -127,7 +126,7 @@ double ToneFinder::quietest(double tone_Hz, std::int64_t count) const
         return 0.0;
     const auto tenth = powers.begin() + static_cast<std::ptrdiff_t>(powers.size() / 10);
     std::nth_element(powers.begin(), tenth, powers.end());
-    return static_cast<double>(*tenth);
+    return static_cast<double>(*tenth) / m_windowSquares;
 }
 
 // The stronger of both sides: at the edge of a receiver's filter there is noise on one side only,

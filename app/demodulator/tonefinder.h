@@ -46,10 +46,11 @@ public:
     /// Noise power of one sample as ToneCandidate::noise, near any tone, over the newest frames.
     double noiseNear(double tone_Hz, std::int64_t count) const;
 
+    /// What stays at the place of the tone while its key is up, in the same measure.
+    double noiseInGaps(double tone_Hz, std::int64_t count) const;
+
 private:
     double noiseBeside(double tone_Hz, std::int64_t count) const;
-    /// The power that a tone keeps while its key is up.
-    double quietest(double tone_Hz, std::int64_t count) const;
     std::vector<float> meanPower(std::int64_t count, std::size_t first, std::size_t last) const;
     std::size_t binOf(double frequency_Hz) const;
     const float* frame(std::int64_t age) const;

@@ -54,16 +54,6 @@ private Q_SLOTS:
         QCOMPARE(trackPhase(marks(700.0, 0.0, 5), 700.0, 1.0).concentration, 0.0);
         QCOMPARE(trackPhase({}, 700.0, 1.0).concentration, 0.0);
     }
-    void aToneThatIsTooFarOffIsFoundByItsCommonPhase()
-    {
-        const auto found = commonFrequency(marks(701.7, 0.4, 15), 700.0);
-        QVERIFY(found && std::fabs(*found - 701.7) < 0.15);
-    }
-    void phasesAtRandomHaveNoCommonFrequency()
-    {
-        QVERIFY(!commonFrequency(marks(700.0, 100.0, 15), 700.0));
-        QVERIFY(!commonFrequency({}, 700.0));
-    }
     void theLongerAgoTheLessIsClaimed()
     {
         const auto heard = marks(700.1, 0.2, 15);

@@ -44,7 +44,7 @@ private Q_SLOTS:
         add("filter-snr3", "prose", 1);
         add("filter-snr0", "contact", 2);
         add("fading", "groups", 1);
-        add("scatter", "contact", 15);
+        add("scatter", "contact", 6);
         add("wander", "contact", 0);
         add("chirp", "prose", 0);
         add("neighbour", "groups", 0);
@@ -81,7 +81,7 @@ private Q_SLOTS:
             const QString title = QString::fromStdString(reception::silences()[i].title);
             // Crashes that a filter has left narrow are what still sounds like keying now and then.
             const bool narrowCrashes = title.startsWith(QLatin1String("static crashes through"));
-            QTest::newRow(qPrintable(title)) << int(i) << (narrowCrashes ? 14 : 0);
+            QTest::newRow(qPrintable(title)) << int(i) << (narrowCrashes ? 6 : 0);
         }
     }
     void whereNobodyKeysNothingIsHeard()
