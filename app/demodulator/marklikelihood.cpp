@@ -32,7 +32,7 @@ constexpr double LOSS_OF_FREEDOM = 4.3; // for each e-fold below that ratio
 
 // A strong signal is not trusted beyond this signal-to-noise ratio of one step: rising edges,
 // fading and clicks are no noise that the model knows, and lengths have to count beside levels.
-constexpr double LARGEST_RATIO = 16.0;
+constexpr double LARGEST_RATIO = 8.0;
 
 constexpr double STRONG_DOT = 60.0; // energy of a dot over noise density
 constexpr std::int64_t LEAST_CUT_LENGTH = 12;
