@@ -79,9 +79,11 @@ private Q_SLOTS:
         QTest::addColumn<int>("mostCharacters"); // in two minutes
         for (std::size_t i = 0; i < reception::silences().size(); ++i) {
             const QString title = QString::fromStdString(reception::silences()[i].title);
-            // Crashes that a filter has left narrow are what still sounds like keying now and then.
+            // Crashes that a filter has left narrow, and the nulls of a carrier, are what still
+            // sounds like keying now and then.
             const bool narrowCrashes = title.startsWith(QLatin1String("static crashes through"));
-            QTest::newRow(qPrintable(title)) << int(i) << (narrowCrashes ? 6 : 0);
+            const bool carrier = title.startsWith(QLatin1String("a carrier"));
+            QTest::newRow(qPrintable(title)) << int(i) << (narrowCrashes ? 6 : carrier ? 4 : 0);
         }
     }
     void whereNobodyKeysNothingIsHeard()
@@ -96,7 +98,11 @@ private Q_SLOTS:
             const std::vector<int> codes = list.codes();
             const bool timingMarks =
                 std::any_of(codes.begin(), codes.end(), [](int code) { return code >= 64; });
-            QVERIFY(mostCharacters > 0 || (!timingMarks && list.transmissions.empty()));
+            std::string given;
+            for (const int code : codes)
+                given += ' ' + std::to_string(code);
+            QVERIFY2(mostCharacters > 0 || (!timingMarks && list.transmissions.empty()),
+                     (seed + given).c_str());
             heard += textOfCodes(codes, '*');
         }
         const auto characters =
