@@ -85,6 +85,28 @@ private Q_SLOTS:
         const CodeList list = decodeAll(keyedText(speed_wpm, rate_Hz, 20.0), rate_Hz);
         QCOMPARE(read(list), TEXT_READ);
     }
+    void theLimitsOfToneAndSpeedAreHeard_data()
+    {
+        QTest::addColumn<double>("tone_Hz");
+        QTest::addColumn<double>("speed_wpm");
+        QTest::newRow("lowest tone") << 150.0 << 20.0;
+        QTest::newRow("highest tone") << 3500.0 << 20.0;
+        QTest::newRow("slowest hand") << 700.0 << 5.0;
+        QTest::newRow("fastest hand") << 700.0 << 60.0;
+    }
+    void theLimitsOfToneAndSpeedAreHeard()
+    {
+        QFETCH(double, tone_Hz);
+        QFETCH(double, speed_wpm);
+        Hand hand;
+        hand.speed_wpm = speed_wpm;
+        Path path;
+        path.tone_Hz = tone_Hz;
+        path.snr_dB = 20.0;
+        path.after_s = 4.0;
+        const CodeList list = decodeAll(sound("CQ DE AB1C", hand, path, 8000.0, "limits"), 8000.0);
+        QCOMPARE(read(list), QStringLiteral("CQ DE AB1C"));
+    }
     void theCutOfTheInputChangesNothing()
     {
         Hand hand;
