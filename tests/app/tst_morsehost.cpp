@@ -285,7 +285,8 @@ private Q_SLOTS:
         QTest::newRow("empty") << "empty" << QByteArray("is empty");
         QTest::newRow("text") << "text" << QByteArray("no recording that can be read");
         QTest::newRow("truncated header") << "header" << QByteArray("no recording");
-        QTest::newRow("impossible rate") << "rate" << QByteArray("samples a second");
+        QTest::newRow("rate too low")
+            << "rate" << QByteArray("has 3999 samples a second; 4000 to 768000 can be used");
     }
 
     void badInputIsSaidInOneLine()
@@ -298,7 +299,7 @@ private Q_SLOTS:
         if (kind == "directory") {
             QVERIFY(QDir().mkdir(path));
         } else if (kind == "rate") {
-            writeSound(path, SF_FORMAT_WAV | SF_FORMAT_PCM_16, keyed("E"), 100);
+            writeSound(path, SF_FORMAT_WAV | SF_FORMAT_PCM_16, keyed("E"), 3999);
         } else if (kind != "missing") {
             QVERIFY(file.open(QIODevice::WriteOnly));
             if (kind == "text")
