@@ -139,7 +139,7 @@ Command decodeCommand()
          "  morsehost decode --save received --frequency 7025000 \\\n"
          "      --start 2026-05-12T10:15:00Z recording.wav\n"
          "  arecord -t raw -f S16_LE -r 8000 | morsehost decode -\n"
-         "  rtl_fm -M usb -f 7.025M -s 12k | morsehost decode --rate 12000 -\n"},
+         "  rtl_fm -M usb -f 7.025M -E direct2 -s 12k | morsehost decode --rate 12000 -\n"},
         run};
 }
 
