@@ -71,7 +71,7 @@ private:
     std::vector<Sums> m_sums;                  // ring
     std::int64_t m_end = 0;
     Level m_level;
-    std::array<double, AMPLITUDE_COUNT> m_logProbabilities{}; // of each
+    std::array<double, AMPLITUDE_COUNT> m_logProbabilities{}; // of the amplitudes
     std::complex<double> m_turn = 1.0;                        // takes the phase expected away
     double m_concentration = 0.0;
     double m_concentrationCost = 0.0; // log I0 of it

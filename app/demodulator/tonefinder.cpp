@@ -20,13 +20,19 @@ constexpr double BESIDE_Hz = 140.0;       // still within narrower ones
 constexpr double LEAST_SWING = 2.6;
 constexpr double LEAST_EXCESS = 1.6; // mean power over that of the surroundings
 
-double median(std::vector<float>& values)
+// The value below which one in so many lies.
+double quantile(std::vector<float>& values, std::size_t oneIn)
 {
     if (values.empty())
         return 0.0;
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return static_cast<double>(*middle);
+    const auto wanted = values.begin() + static_cast<std::ptrdiff_t>(values.size() / oneIn);
+    std::nth_element(values.begin(), wanted, values.end());
+    return static_cast<double>(*wanted);
+}
+
+double median(std::vector<float>& values)
+{
+    return quantile(values, 2);
 }
 
 } // namespace
@@ -122,11 +128,7 @@ double ToneFinder::noiseInGaps(double tone_Hz, std::int64_t count) const
     std::vector<float> powers;
     for (std::int64_t age = 0; age < std::min({count, m_frames, KEPT_FRAMES}); ++age)
         powers.push_back(frame(age)[bin]);
-    if (powers.empty())
-        return 0.0;
-    const auto tenth = powers.begin() + static_cast<std::ptrdiff_t>(powers.size() / 10);
-    std::nth_element(powers.begin(), tenth, powers.end());
-    return static_cast<double>(*tenth) / m_windowSquares;
+    return quantile(powers, 10) / m_windowSquares;
 }
 
 // The stronger of both sides: at the edge of a receiver's filter there is noise on one side only,
