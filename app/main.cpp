@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 // morsehost: a small host around the library, for recordings and pipes.
 #include "app/commands/registry.h"
-#include "app/complain.h"
-#include "app/exitstatus.h"
-#include "app/interrupt.h"
+#include "app/console/complain.h"
+#include "app/console/exitstatus.h"
+#include "station/io/interrupt.h"
+#include "station/io/systemtext.h"
 
 #include <QCoreApplication>
 #include <QTextCodec>

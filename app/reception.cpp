@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "app/reception.h"
 
-#include "app/alphabetoptions.h"
-#include "app/complain.h"
-#include "app/exitstatus.h"
+#include "app/options/alphabetoptions.h"
+#include "app/console/complain.h"
+#include "app/console/exitstatus.h"
 #include "host/standin/tracelog.h"
 #include "host/trace.h"
+#include "station/io/systemtext.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -3,9 +3,9 @@
 // and the reporter that shows it.
 #pragma once
 
-#include "app/arguments.h"
-#include "app/morsestation.h"
-#include "app/output.h"
+#include "app/options/arguments.h"
+#include "station/morsestation.h"
+#include "station/io/output.h"
 #include "app/reporter.h"
 
 #include <memory>

@@ -2,7 +2,7 @@
 // What the person at the program sees of a reception.
 #pragma once
 
-#include "app/output.h"
+#include "station/io/output.h"
 
 #include <QString>
 

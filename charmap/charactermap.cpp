@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "charmap/charactermap.h"
 
-#include "charmap/codecfile.h"
-#include "charmap/mapfile.h"
-#include "files/regularfile.h"
+#include "tables/codecfile.h"
+#include "tables/mapfile.h"
+#include "tables/regularfile.h"
 
 CharacterMap readCharacterMap(const QString& path)
 {

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "charmap/codechandler.h"
 
-#include "charmap/charactertable.h"
-#include "charmap/codecfile.h"
+#include "tables/charactertable.h"
+#include "tables/codecfile.h"
 #include "charmap/decodercharsets.h"
-#include "charmap/mapfile.h"
-#include "files/hostpath.h"
-#include "files/regularfile.h"
+#include "tables/mapfile.h"
+#include "tables/hostpath.h"
+#include "tables/regularfile.h"
 
 #include <optional>
 

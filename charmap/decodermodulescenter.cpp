@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "charmap/decodermodulescenter.h"
 
-#include "files/hostpath.h"
-#include "files/regularfile.h"
+#include "tables/hostpath.h"
+#include "tables/regularfile.h"
 #include "host/cfgcenter.h"
 #include "host/trace.h"
 

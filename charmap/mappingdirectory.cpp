@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "charmap/mappingdirectory.h"
 
-#include "charmap/charactertable.h"
+#include "tables/charactertable.h"
 #include "charmap/decodercharsets.h"
-#include "charmap/displayname.h"
-#include "files/hostpath.h"
-#include "files/ipcidentifier.h"
+#include "tables/displayname.h"
+#include "tables/hostpath.h"
+#include "host/ipcidentifier.h"
 #include "host/datetime.h"
 #include "host/ivtclient.h"
 #include "host/trace.h"

@@ -11,7 +11,7 @@ function(morsehandler_add_fuzzer entry)
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
     target_compile_definitions(${name} PRIVATE PROJECT_DATA_DIR="${PROJECT_SOURCE_DIR}/data")
     target_link_libraries(${name} PRIVATE
-        ${arg_LIBRARIES} morsehandler hoststandin Qt5::Core morsehandler_options)
+        ${arg_LIBRARIES} tables morsehandler hoststandin Qt5::Core morsehandler_options)
     # Literals are fine here, as in the tests.
     target_compile_options(${name} PRIVATE -UQT_NO_CAST_FROM_ASCII)
 

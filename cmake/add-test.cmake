@@ -1,19 +1,15 @@
 # SPDX-License-Identifier: MIT
 # morsehandler_add_test(tst_stem [SOURCES file...] [LIBRARIES target...])
 # One Qt Test program from tst_stem.cpp in the current folder, registered under
-# <folder>/<stem> and labelled with the folder. SOURCES puts classes that the library hides into the
-# test, as the library has compiled them, so that they are built and counted once; LIBRARIES adds
-# targets to the library and the stand-in host.
+# <folder>/<stem> and labelled with the folder. SOURCES compiles classes that the library hides into
+# the test; LIBRARIES adds targets to the library, its tables and the stand-in host.
 function(morsehandler_add_test name)
     cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
     get_filename_component(folder ${CMAKE_CURRENT_SOURCE_DIR} NAME)
-    set(hidden ${arg_SOURCES})
-    list(TRANSFORM hidden REPLACE "^${PROJECT_SOURCE_DIR}/(.*)\\.cpp$"
-        "$<FILTER:$<TARGET_OBJECTS:morsehandler>,INCLUDE,/\\1[.]cpp[.]o$>")
-    add_executable(${name} ${name}.cpp ${hidden})
+    add_executable(${name} ${name}.cpp ${arg_SOURCES})
     set_target_properties(${name} PROPERTIES AUTOMOC ON)
     target_link_libraries(${name} PRIVATE
-        ${arg_LIBRARIES} testsupport morsehandler hoststandin Qt5::Test morsehandler_options)
+        ${arg_LIBRARIES} testsupport tables morsehandler hoststandin Qt5::Test morsehandler_options)
     if(MORSEHANDLER_SANITIZERS MATCHES thread)
         target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/threadsanitizer.cpp)
         target_link_libraries(${name} PRIVATE ${CMAKE_DL_LIBS})

@@ -60,7 +60,7 @@ install(DIRECTORY examples/ DESTINATION ${examples} COMPONENT development
 install(DIRECTORY host/standin DESTINATION ${examples}/host COMPONENT development
     FILES_MATCHING PATTERN *.cpp PATTERN printf.h PATTERN resultcontent.h PATTERN resultwriter.h
     PATTERN valuetransactions.h)
-install(FILES files/hostpath.cpp files/hostpath.h DESTINATION ${examples}/files
+install(FILES tables/hostpath.cpp tables/hostpath.h DESTINATION ${examples}/tables
     COMPONENT development)
 
 include(cmake/pages.cmake)

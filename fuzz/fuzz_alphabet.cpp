@@ -2,8 +2,8 @@
 // An alphabet file: the input is the file.
 #include "fuzz/fuzzing.h"
 
-#include "app/lint/lint.h"
-#include "morse/alphabetfile.h"
+#include "tables/lint/lint.h"
+#include "tables/alphabetfile.h"
 #include "morse/codeindex.h"
 #include "morse/morsetranslator.h"
 

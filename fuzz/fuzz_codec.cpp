@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A codec file: the input is the file.
-#include "charmap/codecfile.h"
+#include "tables/codecfile.h"
 #include "fuzz/fuzzing.h"
 #include "fuzz/tablechecks.h"
 

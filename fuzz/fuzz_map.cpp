@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A map file: the input is the file.
-#include "charmap/mapfile.h"
+#include "tables/mapfile.h"
 #include "fuzz/fuzzing.h"
 #include "fuzz/tablechecks.h"
 

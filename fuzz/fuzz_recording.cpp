@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A recording: the input is the file.
-#include "app/audio/samplesource.h"
+#include "station/audio/samplesource.h"
 #include "fuzz/fuzzing.h"
 
 #include <cmath>

@@ -4,8 +4,8 @@
 
 #include "fuzz/fuzzing.h"
 
-#include "app/lint/lint.h"
-#include "charmap/charactertable.h"
+#include "tables/lint/lint.h"
+#include "tables/charactertable.h"
 #include "charmap/codechandler.h"
 
 namespace fuzzing {

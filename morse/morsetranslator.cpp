@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "morse/morsetranslator.h"
 
-#include "files/hostpath.h"
-#include "files/regularfile.h"
+#include "tables/hostpath.h"
+#include "tables/regularfile.h"
 #include "host/trace.h"
-#include "morse/alphabetfile.h"
+#include "tables/alphabetfile.h"
 #include "morse/codeindex.h"
 #include "morse/cutzero.h"
 #include "morse/symbolcodes.h"

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "morse/simplemorsehandler.h"
 
-#include "files/hostpath.h"
-#include "files/regularfile.h"
-#include "morse/alphabetfile.h"
+#include "tables/hostpath.h"
+#include "tables/regularfile.h"
+#include "tables/alphabetfile.h"
 #include "morse/codeindex.h"
 #include "morse/cutzero.h"
 

@@ -24,15 +24,17 @@ check() {
 
 contract='host/[a-z]+\.h'
 check host "$contract"
-check host/standin "$contract|host/standin/.*|files/.*"
-check files 'files/.*'
-check morse "$contract|files/.*|morse/.*|morsehandler_export\.h|charmap/ialphabethandler\.h"
-check charmap "$contract|files/.*|charmap/.*|morsehandler_export\.h"
-check session "$contract|files/.*|morse/.*|session/.*|morsehandler_export\.h"
-check app/demodulator 'app/demodulator/.*'
-check app/inspect 'app/(demodulator|inspect)/.*'
+check host/standin "$contract|host/standin/.*|tables/[a-z]+\.h"
+check tables 'tables/[a-z]+\.h'
+check tables/lint 'tables/.*'
+check signal 'signal/.*|morse/symbolcodes\.h' 2
+check morse "$contract|tables/[a-z]+\.h|morse/.*|morsehandler_export\.h|charmap/ialphabethandler\.h"
+check charmap "$contract|tables/[a-z]+\.h|charmap/.*|morsehandler_export\.h"
+check session "$contract|tables/[a-z]+\.h|morse/.*|session/.*|morsehandler_export\.h"
+check station '(charmap|host|morse|session|signal|station|tables)/.*' 2
+check station/picture 'signal/.*|station/picture/.*'
 check examples '(charmap|host|host/standin|morse|session)/[a-z]+\.h'
-check app '(app|charmap|files|host|morse|session)/.*' 3
+check app '(app|charmap|host|morse|session|signal|station|tables)/.*' 3
 
 # The one interface that morse shares with charmap stands alone.
 if grep -nE '^#include "' charmap/ialphabethandler.h | grep -v morsehandler_export; then
@@ -40,15 +42,20 @@ if grep -nE '^#include "' charmap/ialphabethandler.h | grep -v morsehandler_expo
     status=1
 fi
 
+# So does the table of codes that the demodulator and the library share.
+if grep -nE '^#include' morse/symbolcodes.h; then
+    echo "morse/symbolcodes.h includes what it may not"
+    status=1
+fi
 # What the demodulator saw and how that is drawn is told in memory, not in files.
 if grep -nE '^#include <(Q[A-Za-z]*(File|Dir)[A-Za-z]*|QTextStream|fstream|filesystem|cstdio|fcntl\.h|unistd\.h)>' \
-    app/demodulator/*.{h,cpp} app/inspect/*.{h,cpp}; then
-    echo "app/demodulator and app/inspect know no files"
+    signal/*/*.{h,cpp} station/picture/*.{h,cpp}; then
+    echo "signal and station/picture know no files"
     status=1
 fi
 # Sound to symbol codes goes without Qt.
-if grep -nE '^#include <Q' app/demodulator/*.{h,cpp}; then
-    echo "app/demodulator knows no Qt"
+if grep -nE '^#include <Q' signal/*/*.{h,cpp}; then
+    echo "signal knows no Qt"
     status=1
 fi
 exit $status

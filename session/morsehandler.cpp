@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "session/morsehandler.h"
 
-#include "files/ipcidentifier.h"
+#include "host/ipcidentifier.h"
 #include "host/datetime.h"
 #include "host/trace.h"
 #include "host/valuelookup.h"

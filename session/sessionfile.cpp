@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "session/sessionfile.h"
 
-#include "files/hostpath.h"
+#include "tables/hostpath.h"
 #include "host/trace.h"
 
 #include <QDir>

@@ -2,7 +2,7 @@
 // What `morsehost` can do: one row a command, one file a command.
 #pragma once
 
-#include "app/arguments.h"
+#include "app/options/arguments.h"
 
 namespace morsehost {
 

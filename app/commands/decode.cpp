@@ -2,13 +2,13 @@
 // morsehost decode: sound to text.
 #include "app/commands/commands.h"
 
-#include "app/complain.h"
-#include "app/demodulator/demodulator.h"
-#include "app/exitstatus.h"
-#include "app/interrupt.h"
-#include "app/progress.h"
+#include "app/console/complain.h"
+#include "signal/morse/demodulator.h"
+#include "app/console/exitstatus.h"
+#include "station/io/interrupt.h"
+#include "app/console/progress.h"
 #include "app/reception.h"
-#include "app/soundoptions.h"
+#include "app/options/soundoptions.h"
 
 #include <QXmlStreamWriter>
 

@@ -2,16 +2,16 @@
 // morsehost inspect: what the demodulator saw in a stretch of a recording, as a picture.
 #include "app/commands/commands.h"
 
-#include "app/alphabetoptions.h"
-#include "app/complain.h"
-#include "app/demodulator/demodulator.h"
-#include "app/exitstatus.h"
-#include "app/inspect/notes.h"
-#include "app/inspect/picture.h"
-#include "app/interrupt.h"
-#include "app/morsestation.h"
-#include "app/progress.h"
-#include "app/soundoptions.h"
+#include "app/options/alphabetoptions.h"
+#include "app/console/complain.h"
+#include "signal/morse/demodulator.h"
+#include "app/console/exitstatus.h"
+#include "station/picture/notes.h"
+#include "station/picture/picture.h"
+#include "station/io/interrupt.h"
+#include "station/morsestation.h"
+#include "app/console/progress.h"
+#include "app/options/soundoptions.h"
 
 #include <QFileInfo>
 #include <QSaveFile>

@@ -2,14 +2,14 @@
 // morsehost map: a decoder's text, translated live through a mapping directory.
 #include "app/commands/commands.h"
 
-#include "app/complain.h"
-#include "app/descriptor.h"
-#include "app/exitstatus.h"
-#include "app/input.h"
-#include "app/interrupt.h"
-#include "app/mapstation.h"
-#include "app/output.h"
-#include "app/tableoptions.h"
+#include "app/console/complain.h"
+#include "station/io/descriptor.h"
+#include "app/console/exitstatus.h"
+#include "station/io/input.h"
+#include "station/io/interrupt.h"
+#include "station/mapstation.h"
+#include "station/io/output.h"
+#include "app/options/tableoptions.h"
 
 #include <QDir>
 #include <QFileInfo>

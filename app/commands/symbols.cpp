@@ -2,11 +2,11 @@
 // morsehost symbols: symbol codes as numbers, straight into the symbol value.
 #include "app/commands/commands.h"
 
-#include "app/complain.h"
-#include "app/descriptor.h"
-#include "app/exitstatus.h"
-#include "app/input.h"
-#include "app/interrupt.h"
+#include "app/console/complain.h"
+#include "station/io/descriptor.h"
+#include "app/console/exitstatus.h"
+#include "station/io/input.h"
+#include "station/io/interrupt.h"
 #include "app/reception.h"
 
 #include <QByteArray>

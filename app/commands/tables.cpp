@@ -3,9 +3,9 @@
 // through.
 #include "app/commands/commands.h"
 
-#include "app/exitstatus.h"
-#include "app/lint/lint.h"
-#include "app/tableoptions.h"
+#include "app/console/exitstatus.h"
+#include "tables/lint/lint.h"
+#include "app/options/tableoptions.h"
 #include "app/translate/filter.h"
 #include "app/translate/listing.h"
 

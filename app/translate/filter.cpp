@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "app/translate/filter.h"
 
-#include "app/complain.h"
-#include "app/input.h"
-#include "app/output.h"
+#include "app/console/complain.h"
+#include "station/io/input.h"
+#include "station/io/output.h"
 #include "app/translate/mapfiles.h"
 #include "charmap/codechandler.h"
+#include "station/io/systemtext.h"
 
 #include <csignal>
 

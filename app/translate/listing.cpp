@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "app/translate/listing.h"
 
-#include "app/lint/lint.h"
+#include "tables/lint/lint.h"
 #include "app/translate/mapfiles.h"
 #include "charmap/codechandler.h"
 #include "charmap/decodermodulescenter.h"
-#include "files/hostpath.h"
+#include "tables/hostpath.h"
 #include "morse/simplemorsehandler.h"
 
 namespace translate {

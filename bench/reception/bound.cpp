@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "reception/bound.h"
 
-#include "app/demodulator/baseband.h"
-#include "app/demodulator/classifier.h"
-#include "app/demodulator/keying.h"
-#include "app/demodulator/marklikelihood.h"
-#include "app/demodulator/trellis.h"
+#include "signal/morse/baseband.h"
+#include "signal/morse/classifier.h"
+#include "signal/morse/keying.h"
+#include "signal/morse/marklikelihood.h"
+#include "signal/morse/trellis.h"
 
 #include <algorithm>
 #include <cmath>

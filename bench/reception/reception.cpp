@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Makes the corpus and scores decoders on it; see README.md.
-#include "app/demodulator/demodulator.h"
+#include "signal/morse/demodulator.h"
 #include "reception/bound.h"
 #include "reception/corpus.h"
 #include "support/morsecode.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/cfgcenter.h"
 
-#include "files/hostpath.h"
+#include "tables/hostpath.h"
 #include "host/standin/configuration.h"
 
 #include <QFile>

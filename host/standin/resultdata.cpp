@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "host/resultdata.h"
 
-#include "files/hostpath.h"
+#include "tables/hostpath.h"
 #include "host/standin/resultpolicy.h"
 #include "host/standin/resultwriter.h"
 #include "host/trace.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What is shipped is true: every map equals the independent table that iconv has of it, every key
 // of an alphabet can be received, every file has its origin written down.
-#include "app/lint/lint.h"
+#include "tables/lint/lint.h"
 
 #include "app/translate/mapfiles.h"
 #include "charmap/codechandler.h"

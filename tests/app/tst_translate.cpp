@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "app/lint/lint.h"
+#include "tables/lint/lint.h"
 #include "app/translate/filter.h"
 #include "app/translate/listing.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "morse/alphabetfile.h"
+#include "tables/alphabetfile.h"
 #include "morse/simplemorsehandler.h"
 #include "support/privatemember.h"
 

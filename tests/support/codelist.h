@@ -2,7 +2,7 @@
 // Decodes a whole recording and keeps what came of it.
 #pragma once
 
-#include "app/demodulator/demodulator.h"
+#include "signal/morse/demodulator.h"
 #include "support/morsecode.h"
 
 #include <algorithm>

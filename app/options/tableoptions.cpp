@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#include "app/options/tableoptions.h"
+
+#include "app/console/complain.h"
+#include "app/datadirectory.h"
+#include "host/standin/configuration.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+namespace morsehost {
+
+QString directoryOption(const Arguments& arguments, const char* option, const char* shipped)
+{
+    return arguments.isSet(option) ? arguments.text(option) : dataDirectory(QLatin1String(shipped));
+}
+
+OptionRow decoderModulesOption()
+{
+    return {"decoders", "FILE", "the decoder modules file; the sample that ships without this"};
+}
+
+QString decoderModulesFile(const Arguments& arguments)
+{
+    return arguments.isSet("decoders")
+               ? arguments.text("decoders")
+               : dataDirectory(QStringLiteral("decoders/decodermodules.txt"));
+}
+
+bool configureDecoderModules(const Arguments& arguments)
+{
+    const QString file = decoderModulesFile(arguments);
+    if (QFileInfo::exists(file) && !QFileInfo(file).isFile()) {
+        complain(file, QStringLiteral("is no plain file, as a decoder modules file is"));
+        return false;
+    }
+    if (QFile opened(file); !opened.open(QIODevice::ReadOnly)) {
+        complain(file, opened.errorString());
+        return false;
+    }
+    setConfigurationValue(QString(), QStringLiteral("DecoderModulesFile"), file);
+    return true;
+}
+
+} // namespace morsehost

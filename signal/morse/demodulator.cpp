@@ -1,0 +1,319 @@
+// SPDX-License-Identifier: MIT
+// Joins the stages: looks for a tone, opens a channel on it that hears the last seconds again, and
+// lets the channel speak once it is sure of a signal.
+#include "signal/morse/demodulator.h"
+
+#include "signal/morse/channel.h"
+#include "signal/samples/samples.h"
+#include "signal/morse/tonefinder.h"
+#include "signal/morse/witness.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace demodulator {
+
+namespace {
+
+constexpr double LOWEST_RATE_Hz = 4000.0;
+constexpr double HIGHEST_RATE_Hz = 768000.0;
+constexpr double LOWEST_TONE_Hz = 150.0;
+constexpr double HIGHEST_TONE_Hz = 3500.0;
+constexpr double TOLD_TONE_TOLERANCE_Hz = 50.0;
+constexpr double HISTORY_s = 8.0;
+constexpr double HEARD_AGAIN_s = 6.0; // of what came before a signal was noticed
+// A signal is given once its speed is sure: dots and dashes have been heard, and any speed at which
+// they would be others is so much less probable (as a logarithm). Not in the first seconds of the
+// input, when a stronger signal may just be pausing.
+constexpr double SURE_MARGIN = 12.0;
+constexpr double SURE_AFTER_s = 1.0;
+constexpr std::int64_t SURE_AFTER_marks = 3;
+// Where that is not to be had, so much has to be heard.
+constexpr double HEARD_FIRST_s = 2.0;
+constexpr std::int64_t HEARD_FIRST_marks = 8;
+constexpr double HEARD_FIRST_AT_MOST_s = 4.5;
+constexpr double BEFORE_FIRST_s = 0.3;
+constexpr double AFTER_LAST_s = 0.05;
+constexpr double SEARCH_s = 3.0;         // span in which a tone is looked for
+constexpr int SEARCH_HOPS = 8;           // a search every 256 ms
+constexpr double CANDIDATE_LIFE_s = 6.0; // a candidate that is not confirmed by then is dropped
+// Another signal may take over after a silence of so long, longer than any gap between words.
+constexpr double RIVAL_SILENCE_s = 0.6;
+constexpr double RIVAL_SILENCE_units = 10.0;
+constexpr double OWN_TONE_Hz = 12.0; // so near, it is the signal itself that goes on
+constexpr double NEIGHBOUR_POWER = 0.3;
+constexpr double SAME_TONE_Hz = 25.0;
+constexpr double NOISE_SPAN_s = 4.0;
+// A signal that is followed gives way to another one that was so much stronger (in power, on
+// average) for some seconds of its transmission. Both ways together that is 6 dB, so that fading
+// does not go back and forth between two.
+constexpr double STRONGER_POWER = 2.0;
+constexpr double LEAST_COMPARED_s = 3.0;
+constexpr double MOST_COMPARED_s = 6.0;
+constexpr int COMPARE_HOPS = 48; // every 1.5 s
+constexpr double OTHER_TONE_Hz = 40.0;
+
+bool usable(double rate_Hz)
+{
+    return rate_Hz >= LOWEST_RATE_Hz && rate_Hz <= HIGHEST_RATE_Hz;
+}
+
+} // namespace
+
+class Demodulator::Private
+{
+public:
+    Private(const Settings& settings, SymbolSink& sink, Witness* witness)
+        : m_settings(settings)
+        , m_sink(sink)
+        , m_witness(witness)
+        , m_decimator(settings.sampleRate_Hz)
+        , m_rate_Hz(m_decimator.outputRate_Hz())
+        , m_history(static_cast<std::size_t>(HISTORY_s * m_rate_Hz))
+        , m_finder(m_rate_Hz)
+        , m_frame(m_finder.frameLength())
+    {
+        const auto told = [](std::optional<double>& value, double least, double most) {
+            if (value && !(*value >= least && *value <= most))
+                value.reset();
+        };
+        told(m_settings.tone_Hz, 50.0, HIGHEST_TONE_Hz);
+        told(m_settings.speed_wpm, 4.0, 80.0);
+    }
+
+    void push(const float* samples, std::size_t count)
+    {
+        // In pieces of at most a hop, so that a long push needs no more memory than a short one.
+        const std::size_t most = m_finder.hop() * static_cast<std::size_t>(m_decimator.factor());
+        while (count > 0) {
+            const std::size_t piece = std::min(count, most);
+            m_decimator.push(samples, piece, m_waiting);
+            consume();
+            samples += piece;
+            count -= piece;
+        }
+    }
+
+    void finish()
+    {
+        m_decimator.flush(m_waiting);
+        // Silence for the windows that reach beyond the end.
+        m_waiting.insert(m_waiting.end(), m_finder.frameLength(), 0.0F);
+        consume();
+        if (!m_active)
+            search(2.0 * HISTORY_s); // whatever the age of the candidate
+        if (m_candidate && m_candidate->confirmed() && takesOver())
+            promote();
+        if (m_active)
+            m_active->finish();
+    }
+
+private:
+    std::int64_t samplesIn(double duration_s) const
+    {
+        return static_cast<std::int64_t>(duration_s * m_rate_Hz);
+    }
+    std::int64_t framesIn(double duration_s) const
+    {
+        return samplesIn(duration_s) / static_cast<std::int64_t>(m_finder.hop());
+    }
+
+    // Everything happens at whole hops of the signal, however the input is cut.
+    void consume()
+    {
+        std::size_t used = 0;
+        for (; used + m_finder.hop() <= m_waiting.size(); used += m_finder.hop()) {
+            m_history.push(m_waiting.data() + used, m_finder.hop());
+            if (m_witness)
+                m_witness->sound(m_waiting.data() + used, m_finder.hop(), m_rate_Hz);
+            hop();
+        }
+        m_waiting.erase(m_waiting.begin(), m_waiting.begin() + static_cast<std::ptrdiff_t>(used));
+    }
+
+    void hop()
+    {
+        m_history.copy(m_history.end() - static_cast<std::int64_t>(m_frame.size()), m_frame.size(),
+                       m_frame.data());
+        m_finder.push(m_frame.data());
+        if (m_active) {
+            m_active->process(m_history);
+            if (m_active->ended()) {
+                m_heardUntil = m_active->lastGiven_sample() + samplesIn(AFTER_LAST_s);
+                m_active.reset();
+            }
+        }
+        if (m_candidate)
+            m_candidate->process(m_history);
+        if (m_finder.frames() % SEARCH_HOPS == 0) {
+            if (m_active)
+                m_active->setNoise(noiseFor(*m_active));
+            search(CANDIDATE_LIFE_s);
+        }
+        if (m_active && m_finder.frames() % COMPARE_HOPS == 0)
+            yieldToStronger();
+        if (m_candidate && m_candidate->confirmed() && takesOver() && heardEnough())
+            promote();
+    }
+
+    // What fills the gaps of keying is noise as well, a harmonic of hum say.
+    double noiseFor(const Channel& channel) const
+    {
+        const std::int64_t frames = framesIn(NOISE_SPAN_s);
+        const double beside = m_finder.noiseNear(channel.tone_Hz(), frames);
+        return channel.steady() ? beside
+                                : std::max(beside, m_finder.noiseInGaps(channel.tone_Hz(), frames));
+    }
+
+    bool heardEnough() const
+    {
+        const std::int64_t heard = m_history.end() - m_candidate->firstMark_sample();
+        const std::int64_t marks = m_candidate->marks();
+        const bool surveyed = m_finder.frames() > framesIn(SEARCH_s);
+        const bool sure = surveyed && heard > samplesIn(SURE_AFTER_s) &&
+                          marks >= SURE_AFTER_marks && m_candidate->margin() > SURE_MARGIN;
+        return sure || (heard > samplesIn(HEARD_FIRST_s) && marks >= HEARD_FIRST_marks) ||
+               heard > samplesIn(HEARD_FIRST_AT_MOST_s);
+    }
+
+    bool takesOver() const
+    {
+        return !m_active || m_candidate->firstMark_sample() > m_active->lastMark_sample();
+    }
+
+    // By now tone and level are known far better than when the candidate was noticed, so that its
+    // signal is heard a second time from its beginning.
+    void promote()
+    {
+        if (m_active) {
+            m_active->finish();
+            m_heardUntil = m_active->lastGiven_sample();
+        }
+        const std::int64_t begin =
+            std::max({m_candidateSince, m_heardUntil,
+                      m_candidate->firstMark_sample() - samplesIn(BEFORE_FIRST_s)});
+        m_active = std::make_unique<Channel>(m_candidate->heard(), m_rate_Hz, begin,
+                                             m_settings.speed_wpm, m_sink, m_witness);
+        m_candidate.reset();
+        m_active->process(m_history);
+        m_active->release();
+    }
+
+    // What was heard first may be the weaker of two. Who took over and fell silent at once is soon
+    // the weaker one as well.
+    void yieldToStronger()
+    {
+        const std::int64_t now = m_history.end();
+        const std::int64_t span =
+            std::min(now - m_active->firstMark_sample(), samplesIn(MOST_COMPARED_s));
+        if (span < samplesIn(LEAST_COMPARED_s))
+            return;
+        const std::int64_t frames = span / static_cast<std::int64_t>(m_finder.hop());
+        const auto found = findTone(frames);
+        if (!found || std::fabs(m_active->tone_Hz() - found->tone_Hz) < OTHER_TONE_Hz ||
+            m_finder.power(found->tone_Hz, 0, frames) <
+                STRONGER_POWER * m_finder.power(m_active->tone_Hz(), 0, frames))
+            return;
+        auto rival =
+            std::make_unique<Channel>(*found, m_rate_Hz, now - span, m_settings.speed_wpm, m_sink);
+        rival->process(m_history);
+        if (!rival->confirmed())
+            return;
+        m_candidate = std::move(rival);
+        m_candidateSince = now - span;
+        promote();
+    }
+
+    // The strongest keyed tone where one may be.
+    std::optional<ToneCandidate> findTone(std::int64_t frames) const
+    {
+        double lowest_Hz = LOWEST_TONE_Hz;
+        double highest_Hz = HIGHEST_TONE_Hz;
+        if (m_settings.tone_Hz) {
+            lowest_Hz = *m_settings.tone_Hz - TOLD_TONE_TOLERANCE_Hz;
+            highest_Hz = *m_settings.tone_Hz + TOLD_TONE_TOLERANCE_Hz;
+        }
+        return m_finder.find(frames, lowest_Hz, highest_Hz);
+    }
+
+    // Looks for a signal where there is none under way, or where that one is silent.
+    void search(double candidateLife_s)
+    {
+        const std::int64_t now = m_history.end();
+        std::int64_t since = std::max(m_heardUntil, now - samplesIn(HEARD_AGAIN_s));
+        std::int64_t frames = framesIn(SEARCH_s);
+        if (m_active) {
+            const std::int64_t silence = now - m_active->lastMark_sample();
+            if (silence <
+                samplesIn(std::max(RIVAL_SILENCE_s, RIVAL_SILENCE_units * m_active->unit_s()))) {
+                m_candidate.reset();
+                return;
+            }
+            since = std::max(since, m_active->lastMark_sample());
+            frames = std::min(frames, silence / static_cast<std::int64_t>(m_finder.hop()));
+        }
+        if (m_candidate && now - m_candidateBegin > samplesIn(candidateLife_s))
+            m_candidate.reset();
+        const auto found = findTone(frames);
+        if (!found || (m_active && std::fabs(m_active->tone_Hz() - found->tone_Hz) < OWN_TONE_Hz))
+            return;
+        // Who was there all the time is no answer.
+        if (m_active && m_finder.power(found->tone_Hz, frames, framesIn(SEARCH_s)) >
+                            NEIGHBOUR_POWER * m_finder.power(found->tone_Hz, 0, frames))
+            return;
+        // What was noticed at its very beginning looked weaker than it is: it is heard again.
+        const bool same =
+            m_candidate && std::fabs(m_candidate->tone_Hz() - found->tone_Hz) < SAME_TONE_Hz;
+        if (m_candidate &&
+            ((same && m_candidate->confirmed()) || found->level < 2.0 * m_candidateLevel))
+            return;
+        if (!same)
+            m_candidateBegin = now;
+        m_candidate =
+            std::make_unique<Channel>(*found, m_rate_Hz, since, m_settings.speed_wpm, m_sink);
+        m_candidateSince = since;
+        m_candidateLevel = found->level;
+        m_candidate->process(m_history);
+    }
+
+    Settings m_settings;
+    SymbolSink& m_sink;
+    Witness* m_witness;
+    Decimator m_decimator;
+    double m_rate_Hz;
+    SampleHistory m_history;
+    ToneFinder m_finder;
+    std::vector<float> m_frame;
+    std::vector<float> m_waiting;
+    std::unique_ptr<Channel> m_active;    // has a confirmed signal and speaks
+    std::unique_ptr<Channel> m_candidate; // listens to what may be one
+    std::int64_t m_heardUntil = 0;        // what came before was given
+    std::int64_t m_candidateBegin = 0;    // when it was noticed
+    std::int64_t m_candidateSince = 0;    // where it began to listen
+    double m_candidateLevel = 0.0;
+};
+
+Demodulator::Demodulator(const Settings& settings, SymbolSink& sink, Witness* witness)
+{
+    if (usable(settings.sampleRate_Hz))
+        m_d = std::make_unique<Private>(settings, sink, witness);
+}
+
+Demodulator::~Demodulator() = default;
+
+void Demodulator::push(const float* samples, std::size_t count)
+{
+    if (m_d)
+        m_d->push(samples, count);
+}
+
+void Demodulator::finish()
+{
+    if (!m_d)
+        return;
+    m_d->finish();
+    m_d.reset();
+}
+
+} // namespace demodulator

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+// Stage: find the keyed tone. A spectrum every 32 ms, of which the last seconds are kept; a keyed
+// tone is where the power swings far more than noise or a steady carrier does.
+#pragma once
+
+#include "signal/samples/samples.h"
+
+#include <complex>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+struct kiss_fftr_state;
+
+namespace demodulator {
+
+struct ToneCandidate
+{
+    double tone_Hz;
+    double level; ///< square of half the key-down amplitude
+    double noise; ///< noise power of one sample, if the noise near the tone were white
+    double swing; ///< how much more the power varies than that of noise (1)
+};
+
+class ToneFinder
+{
+public:
+    explicit ToneFinder(double rate_Hz);
+
+    /// Samples of one frame, and between the begins of two.
+    std::size_t frameLength() const { return m_window.size(); }
+    std::size_t hop() const { return m_hop; }
+
+    /// The spectrum of frameLength() samples becomes the newest frame.
+    void push(const float* samples);
+    std::int64_t frames() const { return m_frames; }
+
+    /// The strongest keyed tone over the newest `count` frames between two frequencies.
+    std::optional<ToneCandidate> find(std::int64_t count, double lowest_Hz,
+                                      double highest_Hz) const;
+
+    /// Mean power near a tone of `count` frames, leaving out the newest `age`.
+    double power(double tone_Hz, std::int64_t age, std::int64_t count) const;
+
+    /// Noise power of one sample as ToneCandidate::noise, near any tone, over the newest frames.
+    double noiseNear(double tone_Hz, std::int64_t count) const;
+
+    /// What stays at the place of the tone while its key is up, in the same measure.
+    double noiseInGaps(double tone_Hz, std::int64_t count) const;
+
+private:
+    double noiseBeside(double tone_Hz, std::int64_t count) const;
+    std::vector<float> meanPower(std::int64_t count, std::size_t first, std::size_t last) const;
+    std::size_t binOf(double frequency_Hz) const;
+    const float* frame(std::int64_t age) const;
+
+    double m_rate_Hz;
+    std::size_t m_hop;
+    std::size_t m_size; // of the transform: the frame, padded for a finer look
+    std::vector<float> m_window;
+    double m_windowSum = 0.0;
+    double m_windowSquares = 0.0;
+    std::unique_ptr<kiss_fftr_state, void (*)(void*)> m_transform;
+    std::vector<float> m_input;
+    std::vector<std::complex<float>> m_output;
+    std::size_t m_bins;
+    std::vector<float> m_powers; // ring of frames
+    std::int64_t m_frames = 0;
+};
+
+} // namespace demodulator

@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: MIT
+#include "station/mapstation.h"
+
+#include <QRegularExpression>
+
+#include <utility>
+
+namespace morsehost {
+
+namespace {
+
+QString path(const char* name)
+{
+    return QStringLiteral("Receiver/Decoder/") + QLatin1String(name);
+}
+
+} // namespace
+
+MapStation::MapStation(const QString& mapsDirectory, TextListener listener)
+    : m_listener(std::move(listener))
+    , m_decoder(m_tree.Add<ValueSelection>(path("Decoder")))
+    , m_maps(m_tree.Add<ValueSelection>(path("AvailableMaps")))
+    , m_input(m_tree.Add<TextValue>(path("Input")))
+    , m_output(m_tree.Add<TextValue>(path("Output")))
+    , m_rightToLeft(m_tree.Add<FlagValue>(path("RightToLeft")))
+    , m_directory(mapsDirectory)
+{
+    m_output->AddObserver(this);
+    m_directory.SetAvailableMaps_ValuePath(path("AvailableMaps"));
+    m_directory.SetTextDirectionRTL_ValuePath(path("RightToLeft"));
+    m_directory.SetDataInput_ValuePath(path("Input"), nullptr);
+    m_directory.SetDataOutput_ValuePath(path("Output"));
+    m_directory.SetMaxNumberOfChars_ValuePath(path("MaxNumberOfChars"));
+    m_directory.SetDecoder_ValuePath(path("Decoder"));
+    m_directory.Init(QString());
+}
+
+MapStation::~MapStation()
+{
+    m_output->DeleteObserver(this);
+}
+
+void MapStation::enable()
+{
+    m_directory.Enabled(true);
+    // What was selected while it was disabled takes effect when it is announced.
+    m_maps->HasChanged(eCHANGE_CONTENT, this);
+}
+
+void MapStation::disable()
+{
+    m_directory.Enabled(false);
+}
+
+void MapStation::selectDecoder(const QString& name)
+{
+    if (!m_decoder->GetItem(name))
+        m_decoder->AddItem(name, 0, m_decoder->GetItemCount(), nullptr);
+    m_decoder->Select(name, nullptr);
+}
+
+bool MapStation::selectMap(const QString& name)
+{
+    const QStringList meant = mapsMeant(name);
+    return meant.size() == 1 && m_maps->Select(meant.constFirst(), nullptr);
+}
+
+void MapStation::receive(const QString& text)
+{
+    // A value announces what is new to it; a text that repeats is new all the same.
+    if (m_input->GetValue() == text)
+        m_input->HasChanged(eCHANGE_CONTENT, nullptr);
+    else
+        m_input->SetValue(text, nullptr);
+}
+
+QStringList MapStation::maps()
+{
+    QStringList names;
+    for (long i = 0; i < m_maps->GetItemCount(); ++i)
+        names += m_maps->GetItem(i)->GetName();
+    return names;
+}
+
+QStringList MapStation::mapsMeant(const QString& name)
+{
+    const QStringList offered = maps();
+    if (offered.contains(name))
+        return {name};
+    return offered.filter(
+        QRegularExpression(QStringLiteral("^%1 - [^-]*$").arg(QRegularExpression::escape(name))));
+}
+
+QString MapStation::currentMap()
+{
+    return m_maps->GetStringValue();
+}
+
+bool MapStation::isTextRightToLeft()
+{
+    return m_rightToLeft->GetValue();
+}
+
+QString MapStation::history()
+{
+    return m_directory.TranslateHistory();
+}
+
+void MapStation::clearHistory()
+{
+    m_directory.ClearHistory();
+}
+
+void MapStation::Update(Observable* source, TChangeCode code)
+{
+    if (code == eCHANGE_CONTENT && source == m_output)
+        m_listener(m_output->GetValue());
+}
+
+} // namespace morsehost

@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: MIT
+#include "station/picture/notes.h"
+
+#include <algorithm>
+
+namespace inspect {
+
+namespace {
+
+constexpr double AROUND_s = 0.1; // sound kept on both sides, for windows that reach over the edge
+constexpr double CHARACTER_GAP_units = 3.0;
+constexpr double WORD_GAP_units = 7.0;
+
+enum Code {
+    DOT = 0,
+    DASH = 1,
+    END_OF_CHARACTER = 3,
+    END_OF_WORD = 4,
+    DOT_TOO_SHORT = 64,
+    DASH_TOO_LONG = 65,
+    PAUSE_TOO_SHORT = 66,
+};
+
+} // namespace
+
+Notes::Notes(const Stretch& stretch)
+{
+    m_seen.stretch = stretch;
+}
+
+void Notes::sound(const float* samples, std::size_t count, double rate_Hz)
+{
+    const auto index = [rate_Hz](std::int64_t time_us, double around_s) {
+        return static_cast<std::int64_t>((static_cast<double>(time_us) / 1e6 + around_s) * rate_Hz);
+    };
+    const std::int64_t first = std::max<std::int64_t>(0, index(m_seen.stretch.from_us, -AROUND_s));
+    const std::int64_t last = index(m_seen.stretch.to_us, AROUND_s);
+    const auto wanted = [&](std::int64_t sample) {
+        return std::clamp<std::int64_t>(sample - m_heardSamples, 0,
+                                        static_cast<std::int64_t>(count));
+    };
+    m_seen.rate_Hz = rate_Hz;
+    m_seen.firstSample = first;
+    m_seen.samples.insert(m_seen.samples.end(), samples + wanted(first),
+                          samples + std::max(wanted(first), wanted(last)));
+    m_heardSamples += static_cast<std::int64_t>(count);
+}
+
+void Notes::step(const demodulator::FollowedStep& step)
+{
+    if (!m_seen.stretch.touches(step.time_us, step.time_us + 1))
+        return;
+    while (!m_seen.steps.empty() && m_seen.steps.back().time_us >= step.time_us)
+        m_seen.steps.pop_back();
+    m_seen.steps.push_back(step);
+}
+
+void Notes::transmissionStarted(std::int64_t time_us)
+{
+    m_seen.transmissions.push_back({time_us, std::nullopt});
+}
+
+void Notes::mark(std::int64_t begin_us, std::int64_t end_us, double unit_us)
+{
+    flushMark();
+    flushGap(begin_us);
+    m_mark = Mark{begin_us, end_us, unit_us};
+    m_gap = Gap{end_us, end_us};
+}
+
+void Notes::symbol(int code, std::int64_t /*time_us*/)
+{
+    if (!m_mark)
+        return;
+    switch (code) {
+    case DOT:
+    case DASH:
+        m_mark->kind = code == DOT ? MarkKind::Dot : MarkKind::Dash;
+        if (!m_character)
+            m_character = Character{m_mark->begin_us, m_mark->end_us, {}, {}};
+        m_character->end_us = m_mark->end_us;
+        m_character->elements += QLatin1Char(code == DOT ? '.' : '-');
+        break;
+    case END_OF_CHARACTER:
+        m_gap->kind = GapKind::Character;
+        flushCharacter();
+        m_ended = m_character;
+        m_character.reset();
+        break;
+    case END_OF_WORD:
+        m_gap->kind = GapKind::Word;
+        flushCharacter();
+        break;
+    case DOT_TOO_SHORT:
+        m_mark->tooShort = true;
+        break;
+    case DASH_TOO_LONG:
+        m_mark->tooLong = true;
+        break;
+    case PAUSE_TOO_SHORT:
+        m_mark->tooSoon = true;
+        break;
+    default:
+        break;
+    }
+}
+
+void Notes::text(const QString& text)
+{
+    if (m_ended)
+        m_ended->text += text.trimmed();
+}
+
+void Notes::transmissionStopped(std::int64_t time_us)
+{
+    m_seen.transmissions.back().end_us = time_us;
+    if (m_mark && m_gap && m_gap->kind != GapKind::Inner) {
+        const bool isWord = m_gap->kind == GapKind::Word;
+        m_gap->open = true;
+        flushGap(m_gap->begin_us +
+                 static_cast<std::int64_t>((isWord ? WORD_GAP_units : CHARACTER_GAP_units) *
+                                           m_mark->unit_us));
+    }
+    m_gap.reset();
+    flushMark();
+    flushCharacter();
+    m_character.reset();
+    if (time_us <= m_seen.stretch.from_us)
+        m_seen.transmissions.pop_back();
+}
+
+void Notes::flushMark()
+{
+    if (m_mark && m_seen.stretch.touches(m_mark->begin_us, m_mark->end_us))
+        m_seen.marks.push_back(*m_mark);
+    m_mark.reset();
+}
+
+void Notes::flushGap(std::int64_t end_us)
+{
+    if (m_gap && m_seen.stretch.touches(m_gap->begin_us, end_us)) {
+        m_gap->end_us = end_us;
+        m_seen.gaps.push_back(*m_gap);
+    }
+    m_gap.reset();
+}
+
+void Notes::flushCharacter()
+{
+    if (m_ended && m_seen.stretch.touches(m_ended->begin_us, m_ended->end_us))
+        m_seen.characters.push_back(*m_ended);
+    m_ended.reset();
+}
+
+} // namespace inspect

@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: MIT
+// Takes notes of what a demodulator sees and decides in a stretch of a recording.
+#pragma once
+
+#include "signal/morse/demodulator.h"
+#include "signal/morse/witness.h"
+
+#include <QString>
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace inspect {
+
+/// Microseconds since the first sample.
+struct Stretch
+{
+    std::int64_t from_us = 0;
+    std::int64_t to_us = 0;
+
+    bool touches(std::int64_t begin_us, std::int64_t end_us) const
+    {
+        return begin_us < to_us && end_us > from_us;
+    }
+};
+
+enum class MarkKind : std::uint8_t { Dot, Dash, Carrier };
+enum class GapKind : std::uint8_t { Inner, Character, Word };
+
+struct Mark
+{
+    std::int64_t begin_us;
+    std::int64_t end_us;
+    double unit_us;
+    MarkKind kind = MarkKind::Carrier;
+    bool tooShort = false; ///< code 64
+    bool tooLong = false;  ///< code 65
+    bool tooSoon = false;  ///< code 66: after too short a pause
+};
+
+struct Gap
+{
+    std::int64_t begin_us;
+    std::int64_t end_us; ///< of an open gap as long as its kind usually is
+    GapKind kind = GapKind::Inner;
+    bool open = false; ///< the transmission ended in it
+};
+
+struct Character
+{
+    std::int64_t begin_us;
+    std::int64_t end_us;
+    QString elements; ///< '.' and '-'
+    QString text;     ///< empty where the elements have no meaning
+};
+
+struct Transmission
+{
+    std::int64_t begin_us;
+    std::optional<std::int64_t> end_us;
+};
+
+/// Everything that touches the stretch, in order of time.
+struct Seen
+{
+    Stretch stretch;
+    double rate_Hz = 0.0;         ///< of the samples, 0 when there are none
+    std::int64_t firstSample = 0; ///< index of the first sample that was kept, since the beginning
+    std::vector<float> samples;   ///< of the stretch, and a little around it
+    std::vector<demodulator::FollowedStep> steps;
+    std::vector<Mark> marks;
+    std::vector<Gap> gaps;
+    std::vector<Character> characters;
+    std::vector<Transmission> transmissions;
+};
+
+/// Sink and witness of a demodulator. Memory grows with the stretch, not with the recording.
+class Notes : public demodulator::SymbolSink, public demodulator::Witness
+{
+public:
+    explicit Notes(const Stretch& stretch);
+
+    const Seen& seen() const { return m_seen; }
+
+    void transmissionStarted(std::int64_t time_us) override;
+    void symbol(int code, std::int64_t time_us) override;
+    void transmissionStopped(std::int64_t time_us) override;
+    /// What the last code was decoded to; white space is none.
+    void text(const QString& text);
+
+    void sound(const float* samples, std::size_t count, double rate_Hz) override;
+    void step(const demodulator::FollowedStep& step) override;
+    void mark(std::int64_t begin_us, std::int64_t end_us, double unit_us) override;
+
+private:
+    void flushMark();
+    void flushGap(std::int64_t end_us);
+    void flushCharacter();
+
+    Seen m_seen;
+    std::int64_t m_heardSamples = 0;
+    std::optional<Mark> m_mark;           // its codes may still come
+    std::optional<Gap> m_gap;             // after the last mark
+    std::optional<Character> m_character; // its end has not come
+    std::optional<Character> m_ended;     // waits for its text
+};
+
+} // namespace inspect

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#include "station/transmission.h"
+
+#include <QDateTime>
+#include <QJsonArray>
+
+#include <cmath>
+
+namespace morsehost {
+
+namespace {
+
+QString isoTime(qint64 time_us)
+{
+    return QDateTime::fromMSecsSinceEpoch(time_us / 1000, Qt::UTC).toString(Qt::ISODateWithMs);
+}
+
+double rounded(double value, double step)
+{
+    return std::round(value / step) * step;
+}
+
+} // namespace
+
+QJsonObject toJson(const Transmission& transmission)
+{
+    QJsonObject object{{QStringLiteral("event"), QStringLiteral("transmission")},
+                       {QStringLiteral("number"), transmission.number},
+                       {QStringLiteral("start"), isoTime(transmission.start_us)},
+                       {QStringLiteral("stop"), isoTime(transmission.stop_us)},
+                       {QStringLiteral("text"), transmission.text}};
+    const auto addText = [&object](const char* name, const QString& text) {
+        if (!text.isEmpty())
+            object.insert(QLatin1String(name), text);
+    };
+    const auto addNumber = [&object](const char* name, const std::optional<double>& number,
+                                     double step) {
+        if (number)
+            object.insert(QLatin1String(name), rounded(*number, step));
+    };
+    addText("receiver", transmission.receiver);
+    addText("source", transmission.source);
+    addText("decoder", transmission.decoder);
+    addText("map", transmission.map);
+    addText("raw_text", transmission.rawText);
+    addNumber("tone_Hz", transmission.tone_Hz, 0.1);
+    addNumber("frequency_Hz", transmission.frequency_Hz, 0.1);
+    addNumber("speed_wpm", transmission.speed_wpm, 0.1);
+    addNumber("baud_rate", transmission.baudRate, 0.01);
+    addNumber("shift_Hz", transmission.shift_Hz, 0.1);
+    addNumber("snr_dB", transmission.snr_dB, 0.1);
+    if (transmission.isReversed)
+        object.insert(QStringLiteral("reversed"), *transmission.isReversed);
+    if (!transmission.unknownCodes.isEmpty())
+        object.insert(QStringLiteral("unknown_codes"),
+                      QJsonArray::fromStringList(transmission.unknownCodes));
+    return object;
+}
+
+} // namespace morsehost

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: MIT
+#include "signal/morse/classifier.h"
+
+#include "support/codelist.h"
+
+#include <QtTest>
+
+using namespace demodulator;
+
+namespace {
+
+constexpr double UNIT_us = 60000.0;
+
+} // namespace
+
+class TestClassifier : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void aWordEndsWithItsCharacterAndThenTheWord()
+    {
+        testsupport::CodeList list;
+        Classifier classifier(list);
+        classifier.mark(Kind::Dot, 0, 60000, UNIT_us);
+        classifier.gap(Kind::ElementGap);
+        classifier.mark(Kind::Dash, 120000, 300000, UNIT_us);
+        classifier.gap(Kind::WordGap);
+        QCOMPARE(list.transmissions.size(), std::size_t(1));
+        QCOMPARE(list.transmissions[0].start_us, std::int64_t(0));
+        QCOMPARE(list.transmissions[0].codes, (std::vector<int>{0, 1, 3, 4}));
+        QCOMPARE(list.transmissions[0].times_us,
+                 (std::vector<std::int64_t>{60000, 300000, 300000, 300000}));
+    }
+    void aGapThatGrowsIsReportedOnceForEachThreshold()
+    {
+        testsupport::CodeList list;
+        Classifier classifier(list);
+        classifier.mark(Kind::Dot, 0, 60000, UNIT_us);
+        for (const double length_us : {60e3, 150e3, 200e3, 290e3, 310e3, 400e3, 2.9e6})
+            classifier.gapSoFar(length_us, UNIT_us, 2.0, 5.0);
+        QCOMPARE(list.transmissions[0].codes, (std::vector<int>{0, 3, 4}));
+        QCOMPARE(list.transmissions[0].stop_us, std::int64_t(-1));
+        classifier.gapSoFar(3.1e6, UNIT_us, 2.0, 5.0);
+        QCOMPARE(list.transmissions[0].stop_us, std::int64_t(60000));
+        QVERIFY(!classifier.active());
+    }
+    void timingMarksFollowWhatTheyComplainOf()
+    {
+        testsupport::CodeList list;
+        Classifier classifier(list);
+        classifier.mark(Kind::Dot, 0, 25000, UNIT_us);
+        classifier.gap(Kind::ElementGap);
+        classifier.mark(Kind::Dash, 45000, 45000 + 330000, UNIT_us);
+        QCOMPARE(list.transmissions[0].codes, (std::vector<int>{0, 64, 66, 1, 65}));
+        QCOMPARE(list.transmissions[0].times_us,
+                 (std::vector<std::int64_t>{25000, 25000, 45000, 375000, 375000}));
+    }
+    void codesStayInOrderWhereAMarkReachesBackIntoTheOneBefore()
+    {
+        testsupport::CodeList list;
+        Classifier classifier(list);
+        classifier.mark(Kind::Dash, 0, 180000, UNIT_us);
+        classifier.gap(Kind::ElementGap);
+        classifier.mark(Kind::Dash, 150000, 400000, UNIT_us);
+        QCOMPARE(list.transmissions[0].codes, (std::vector<int>{1, 66, 1}));
+        QCOMPARE(list.transmissions[0].times_us,
+                 (std::vector<std::int64_t>{180000, 180000, 400000}));
+    }
+    void aSteadyToneIsTooLongForADash()
+    {
+        testsupport::CodeList list;
+        Classifier classifier(list);
+        classifier.mark(Kind::Carrier, 0, 2000000, UNIT_us);
+        classifier.stop();
+        QCOMPARE(list.transmissions[0].codes, (std::vector<int>{65}));
+    }
+    void stoppingEndsTheCharacterAndOnlyOnce()
+    {
+        testsupport::CodeList list;
+        Classifier classifier(list);
+        classifier.stop();
+        QVERIFY(list.transmissions.empty());
+        classifier.mark(Kind::Dash, 0, 180000, UNIT_us);
+        classifier.stop();
+        classifier.stop();
+        QCOMPARE(list.transmissions[0].codes, (std::vector<int>{1, 3}));
+        QCOMPARE(list.transmissions[0].stop_us, std::int64_t(180000));
+    }
+    void theEndingSilenceIs3SecondsOr45Units()
+    {
+        QCOMPARE(Classifier::endingSilence_us(60000.0), 3e6);
+        QCOMPARE(Classifier::endingSilence_us(100000.0), 4.5e6);
+    }
+};
+
+QTEST_APPLESS_MAIN(TestClassifier)
+#include "tst_classifier.moc"

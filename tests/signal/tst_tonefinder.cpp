@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: MIT
+#include "signal/morse/tonefinder.h"
+
+#include "support/keyer.h"
+
+#include <QtTest>
+#include <cmath>
+
+using namespace demodulator;
+
+namespace {
+
+ToneFinder heard(const std::vector<float>& samples)
+{
+    ToneFinder finder(8000.0);
+    for (std::size_t at = 0; at + finder.frameLength() <= samples.size(); at += finder.hop())
+        finder.push(samples.data() + at);
+    return finder;
+}
+
+std::vector<float> keyed(double tone_Hz, std::optional<double> snr_dB, const char* name)
+{
+    testsupport::Hand hand;
+    testsupport::Path path;
+    path.tone_Hz = tone_Hz;
+    path.snr_dB = snr_dB;
+    path.before_s = 0.0;
+    path.after_s = 0.0;
+    return testsupport::sound("PARIS", hand, path, 8000.0, name);
+}
+
+} // namespace
+
+class TestToneFinder : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void aKeyedToneIsFoundToAFewHertz_data()
+    {
+        QTest::addColumn<double>("tone_Hz");
+        QTest::addColumn<double>("snr_dB");
+        QTest::addColumn<double>("tolerance_Hz");
+        QTest::newRow("low and strong") << 250.0 << 20.0 << 2.0;
+        QTest::newRow("between two bins") << 703.3 << 20.0 << 2.0;
+        QTest::newRow("high") << 2900.0 << 20.0 << 2.0;
+        QTest::newRow("0 dB") << 612.0 << 0.0 << 5.0;
+    }
+    void aKeyedToneIsFoundToAFewHertz()
+    {
+        QFETCH(double, tone_Hz);
+        QFETCH(double, snr_dB);
+        QFETCH(double, tolerance_Hz);
+        const ToneFinder finder = heard(keyed(tone_Hz, snr_dB, "finder"));
+        const auto found = finder.find(94, 150.0, 3500.0);
+        QVERIFY(found.has_value());
+        QVERIFY(std::fabs(found->tone_Hz - tone_Hz) < tolerance_Hz);
+    }
+    void levelAndNoiseAreThoseOfTheSignal()
+    {
+        // At the end all is scaled to a peak of 0.9, so look at the ratio only.
+        const ToneFinder finder = heard(keyed(700.0, 10.0, "level"));
+        const auto found = finder.find(94, 150.0, 3500.0);
+        QVERIFY(found.has_value());
+        // A^2/2 over the noise in 500 Hz, with level = A^2/4 and noise = that of 4000 Hz.
+        const double ratio = 2.0 * found->level / (found->noise / 8.0);
+        QVERIFY2(ratio > 5.0 && ratio < 20.0, qPrintable(QString::number(ratio)));
+    }
+    void noiseHasNoTone()
+    {
+        int found = 0;
+        for (int i = 0; i < 20; ++i) {
+            const auto samples = testsupport::noise(3.0, 0.1, 8000.0, "finder" + std::to_string(i));
+            if (const auto candidate = heard(samples).find(94, 150.0, 3500.0))
+                found += candidate->swing > 4.0 ? 1 : 0;
+        }
+        QCOMPARE(found, 0);
+    }
+    void aSteadyCarrierIsNoKeyedTone()
+    {
+        std::vector<float> samples = testsupport::noise(3.0, 0.05, 8000.0, "carrier");
+        for (std::size_t n = 0; n < samples.size(); ++n)
+            samples[n] += static_cast<float>(0.5 * std::sin(6.283185307 * 800.0 * n / 8000.0));
+        const auto found = heard(samples).find(80, 150.0, 3500.0);
+        QVERIFY(!found || std::fabs(found->tone_Hz - 800.0) > 50.0);
+    }
+    void silenceAndOneFrameGiveNothing()
+    {
+        ToneFinder finder(8000.0);
+        QVERIFY(!finder.find(94, 150.0, 3500.0));
+        const std::vector<float> silence(finder.frameLength(), 0.0F);
+        for (int i = 0; i < 50; ++i)
+            finder.push(silence.data());
+        QVERIFY(!finder.find(94, 150.0, 3500.0));
+        QCOMPARE(finder.noiseNear(700.0, 50), 0.0);
+    }
+};
+
+QTEST_APPLESS_MAIN(TestToneFinder)
+#include "tst_tonefinder.moc"

@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: MIT
+#include "signal/morse/trellis.h"
+
+#include "support/random.h"
+
+#include <QtTest>
+#include <cmath>
+
+using namespace demodulator;
+
+namespace {
+
+struct Heard
+{
+    explicit Heard(std::optional<double> speed_wpm = {}, const std::string& seed = "trellis")
+        : random(seed)
+        , keying(0.004, speed_wpm)
+        , trellis(keying, likelihood)
+    {
+        likelihood.setLevel({1.0, 0.1});
+    }
+    void add(bool mark, int steps)
+    {
+        for (int n = 0; n < steps; ++n) {
+            const double level = mark ? 1.0 : 0.0;
+            likelihood.push({level + 0.22 * random.gauss(), 0.22 * random.gauss()});
+            trellis.advance();
+        }
+    }
+    std::string kinds() const
+    {
+        std::string result;
+        for (const Segment& segment : trellis.path(0).segments)
+            result += ".-+_cw "[static_cast<std::size_t>(segment.kind)];
+        return result;
+    }
+
+    testsupport::Random random;
+    Keying keying;
+    MarkLikelihood likelihood;
+    Trellis trellis;
+};
+
+} // namespace
+
+class TestTrellis : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void speedAndElementsAreFoundTogether_data()
+    {
+        QTest::addColumn<int>("unit_steps");
+        QTest::newRow("45 wpm") << 7;
+        QTest::newRow("20 wpm") << 15;
+        QTest::newRow("12 wpm") << 25;
+    }
+    void speedAndElementsAreFoundTogether()
+    {
+        QFETCH(int, unit_steps);
+        Heard heard;
+        heard.add(false, 100);
+        for (const char* p = ".-.c-."; *p != 0; ++p) {
+            if (*p == 'c') {
+                heard.add(false, 2 * unit_steps);
+                continue;
+            }
+            heard.add(true, *p == '.' ? unit_steps : 3 * unit_steps);
+            heard.add(false, unit_steps);
+        }
+        heard.add(false, 11 * unit_steps);
+        const Path path = heard.trellis.path(0);
+        QCOMPARE(heard.kinds(), std::string("._-_.c-_. "));
+        QVERIFY(path.complete);
+        QVERIFY(path.gain > 25.0);
+        QVERIFY(std::abs(path.segments.front().begin_step - 100) <= 2);
+        const double unit = path.segments[4].unit_steps;
+        QVERIFY(std::fabs(unit / unit_steps - 1.0) < 0.12);
+    }
+    void noiseIsNoSignal()
+    {
+        for (int seed = 0; seed < 8; ++seed) {
+            Heard heard({}, "noise" + std::to_string(seed));
+            heard.add(false, 3000);
+            const Path path = heard.trellis.path(0);
+            QVERIFY(path.segments.empty() || path.gain < 20.0);
+        }
+    }
+    void aSteadyToneIsNoKeying()
+    {
+        Heard heard;
+        heard.add(false, 50);
+        heard.add(true, 1000);
+        const Path path = heard.trellis.path(0);
+        QVERIFY(!path.segments.empty());
+        QVERIFY2(path.segments.back().kind == Kind::Carrier, heard.kinds().c_str());
+    }
+    void theLastSegmentGoesOn()
+    {
+        Heard heard(20.0);
+        heard.add(false, 50);
+        heard.add(true, 15);
+        heard.add(false, 15);
+        heard.add(true, 15);
+        heard.add(false, 60);
+        const Path path = heard.trellis.path(0);
+        QVERIFY(!path.segments.empty());
+        QVERIFY(!isMark(path.segments.back().kind));
+        QCOMPARE(path.segments.back().end_step, std::int64_t(155));
+        QVERIFY(std::abs(path.segments.back().begin_step - 95) <= 2);
+    }
+};
+
+QTEST_APPLESS_MAIN(TestTrellis)
+#include "tst_trellis.moc"
