@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "app/reception.h"
 
-#include "app/options/alphabetoptions.h"
 #include "app/console/complain.h"
 #include "app/console/exitstatus.h"
+#include "app/options/alphabetoptions.h"
 #include "host/standin/tracelog.h"
 #include "host/trace.h"
 #include "station/io/systemtext.h"

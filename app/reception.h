@@ -4,9 +4,9 @@
 #pragma once
 
 #include "app/options/arguments.h"
-#include "station/morsestation.h"
-#include "station/io/output.h"
 #include "app/reporter.h"
+#include "station/io/output.h"
+#include "station/morsestation.h"
 
 #include <memory>
 

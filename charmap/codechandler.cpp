@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "charmap/codechandler.h"
 
+#include "charmap/decodercharsets.h"
 #include "tables/charactertable.h"
 #include "tables/codecfile.h"
-#include "charmap/decodercharsets.h"
-#include "tables/mapfile.h"
 #include "tables/hostpath.h"
+#include "tables/mapfile.h"
 #include "tables/regularfile.h"
 
 #include <optional>

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "charmap/decodermodulescenter.h"
 
-#include "tables/hostpath.h"
-#include "tables/regularfile.h"
 #include "host/cfgcenter.h"
 #include "host/trace.h"
+#include "tables/hostpath.h"
+#include "tables/regularfile.h"
 
 #include <QFileInfo>
 #include <QMutex>

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "charmap/mappingdirectory.h"
 
-#include "tables/charactertable.h"
 #include "charmap/decodercharsets.h"
-#include "tables/displayname.h"
-#include "tables/hostpath.h"
-#include "host/ipcidentifier.h"
 #include "host/datetime.h"
+#include "host/ipcidentifier.h"
 #include "host/ivtclient.h"
 #include "host/trace.h"
 #include "host/valuelookup.h"
+#include "tables/charactertable.h"
+#include "tables/displayname.h"
+#include "tables/hostpath.h"
 
 #include <QDir>
 

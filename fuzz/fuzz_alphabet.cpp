@@ -2,10 +2,10 @@
 // An alphabet file: the input is the file.
 #include "fuzz/fuzzing.h"
 
-#include "tables/lint/lint.h"
-#include "tables/alphabetfile.h"
 #include "morse/codeindex.h"
 #include "morse/morsetranslator.h"
+#include "tables/alphabetfile.h"
+#include "tables/lint/lint.h"
 
 #include <QBuffer>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // A codec file: the input is the file.
-#include "tables/codecfile.h"
 #include "fuzz/fuzzing.h"
 #include "fuzz/tablechecks.h"
+#include "tables/codecfile.h"
 
 using fuzzing::require;
 

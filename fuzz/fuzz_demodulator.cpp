@@ -3,8 +3,8 @@
 // speed that the demodulator is told, and for the kind of the rest, which is samples of 8 bits,
 // samples as floating-point numbers, or keying: marks and spaces in turn, in steps of 10 ms. The
 // bit 4 of the kind asks for the same again in pieces.
-#include "signal/morse/demodulator.h"
 #include "fuzz/fuzzing.h"
+#include "signal/morse/demodulator.h"
 
 #include "support/codelist.h"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // A map file: the input is the file.
-#include "tables/mapfile.h"
 #include "fuzz/fuzzing.h"
 #include "fuzz/tablechecks.h"
+#include "tables/mapfile.h"
 
 using fuzzing::require;
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 // A mapping directory in a host that does what it likes. The input is a script of one character an
 // operation (see Scene::step); what an observer does in between is taken from the same script.
-#include "tables/charactertable.h"
 #include "charmap/mappingdirectory.h"
 #include "fuzz/fuzzing.h"
 #include "host/standin/configuration.h"
 #include "host/standin/hosttree.h"
+#include "tables/charactertable.h"
 
 #include <QScopeGuard>
 

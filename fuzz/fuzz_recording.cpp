@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // A recording: the input is the file.
-#include "station/audio/samplesource.h"
 #include "fuzz/fuzzing.h"
+#include "station/audio/samplesource.h"
 
 #include <cmath>
 #include <optional>

@@ -4,9 +4,9 @@
 
 #include "fuzz/fuzzing.h"
 
-#include "tables/lint/lint.h"
-#include "tables/charactertable.h"
 #include "charmap/codechandler.h"
+#include "tables/charactertable.h"
+#include "tables/lint/lint.h"
 
 namespace fuzzing {
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "morse/morsetranslator.h"
 
-#include "tables/hostpath.h"
-#include "tables/regularfile.h"
 #include "host/trace.h"
-#include "tables/alphabetfile.h"
 #include "morse/codeindex.h"
 #include "morse/cutzero.h"
 #include "morse/symbolcodes.h"
+#include "tables/alphabetfile.h"
+#include "tables/hostpath.h"
+#include "tables/regularfile.h"
 
 namespace {
 

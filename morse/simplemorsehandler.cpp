@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "morse/simplemorsehandler.h"
 
-#include "tables/hostpath.h"
-#include "tables/regularfile.h"
-#include "tables/alphabetfile.h"
 #include "morse/codeindex.h"
 #include "morse/cutzero.h"
+#include "tables/alphabetfile.h"
+#include "tables/hostpath.h"
+#include "tables/regularfile.h"
 
 namespace {
 

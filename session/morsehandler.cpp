@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "session/morsehandler.h"
 
-#include "host/ipcidentifier.h"
 #include "host/datetime.h"
+#include "host/ipcidentifier.h"
 #include "host/trace.h"
 #include "host/valuelookup.h"
 #include "morse/morsetranslator.h"

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "session/sessionfile.h"
 
-#include "tables/hostpath.h"
 #include "host/trace.h"
+#include "tables/hostpath.h"
 
 #include <QDir>
 #include <QFile>

@@ -3,11 +3,11 @@
 // hears.
 #pragma once
 
-#include "station/saveledger.h"
 #include "host/observable.h"
 #include "host/standin/hosttree.h"
 #include "host/values.h"
 #include "session/morsehandler.h"
+#include "station/saveledger.h"
 
 #include <QString>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tables/mapfile.h"
 
-#include "tables/tabletext.h"
 #include "tables/headerline.h"
+#include "tables/tabletext.h"
 
 namespace {
 

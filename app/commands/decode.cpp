@@ -3,12 +3,12 @@
 #include "app/commands/commands.h"
 
 #include "app/console/complain.h"
-#include "signal/morse/demodulator.h"
 #include "app/console/exitstatus.h"
-#include "station/io/interrupt.h"
 #include "app/console/progress.h"
-#include "app/reception.h"
 #include "app/options/soundoptions.h"
+#include "app/reception.h"
+#include "signal/morse/demodulator.h"
+#include "station/io/interrupt.h"
 
 #include <QXmlStreamWriter>
 

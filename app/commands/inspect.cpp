@@ -2,16 +2,16 @@
 // morsehost inspect: what the demodulator saw in a stretch of a recording, as a picture.
 #include "app/commands/commands.h"
 
-#include "app/options/alphabetoptions.h"
 #include "app/console/complain.h"
-#include "signal/morse/demodulator.h"
 #include "app/console/exitstatus.h"
-#include "station/picture/notes.h"
-#include "station/picture/picture.h"
+#include "app/console/progress.h"
+#include "app/options/alphabetoptions.h"
+#include "app/options/soundoptions.h"
+#include "signal/morse/demodulator.h"
 #include "station/io/interrupt.h"
 #include "station/morsestation.h"
-#include "app/console/progress.h"
-#include "app/options/soundoptions.h"
+#include "station/picture/notes.h"
+#include "station/picture/picture.h"
 
 #include <QFileInfo>
 #include <QSaveFile>

@@ -3,13 +3,13 @@
 #include "app/commands/commands.h"
 
 #include "app/console/complain.h"
-#include "station/io/descriptor.h"
 #include "app/console/exitstatus.h"
+#include "app/options/tableoptions.h"
+#include "station/io/descriptor.h"
 #include "station/io/input.h"
 #include "station/io/interrupt.h"
-#include "station/mapstation.h"
 #include "station/io/output.h"
-#include "app/options/tableoptions.h"
+#include "station/mapstation.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -3,11 +3,11 @@
 #include "app/commands/commands.h"
 
 #include "app/console/complain.h"
-#include "station/io/descriptor.h"
 #include "app/console/exitstatus.h"
+#include "app/reception.h"
+#include "station/io/descriptor.h"
 #include "station/io/input.h"
 #include "station/io/interrupt.h"
-#include "app/reception.h"
 
 #include <QByteArray>
 

@@ -4,10 +4,10 @@
 #include "app/commands/commands.h"
 
 #include "app/console/exitstatus.h"
-#include "tables/lint/lint.h"
 #include "app/options/tableoptions.h"
 #include "app/translate/filter.h"
 #include "app/translate/listing.h"
+#include "tables/lint/lint.h"
 
 #include <QTextStream>
 

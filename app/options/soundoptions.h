@@ -3,8 +3,8 @@
 #pragma once
 
 #include "app/options/arguments.h"
-#include "station/audio/samplesource.h"
 #include "signal/morse/demodulator.h"
+#include "station/audio/samplesource.h"
 
 #include <memory>
 

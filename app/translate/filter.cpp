@@ -2,10 +2,10 @@
 #include "app/translate/filter.h"
 
 #include "app/console/complain.h"
-#include "station/io/input.h"
-#include "station/io/output.h"
 #include "app/translate/mapfiles.h"
 #include "charmap/codechandler.h"
+#include "station/io/input.h"
+#include "station/io/output.h"
 #include "station/io/systemtext.h"
 
 #include <csignal>

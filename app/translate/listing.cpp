@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "app/translate/listing.h"
 
-#include "tables/lint/lint.h"
 #include "app/translate/mapfiles.h"
 #include "charmap/codechandler.h"
 #include "charmap/decodermodulescenter.h"
-#include "tables/hostpath.h"
 #include "morse/simplemorsehandler.h"
+#include "tables/hostpath.h"
+#include "tables/lint/lint.h"
 
 namespace translate {
 

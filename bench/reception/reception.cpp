@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Makes the corpus and scores decoders on it; see README.md.
-#include "signal/morse/demodulator.h"
 #include "reception/bound.h"
 #include "reception/corpus.h"
+#include "signal/morse/demodulator.h"
 #include "support/morsecode.h"
 
 #include <algorithm>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "host/cfgcenter.h"
 
-#include "tables/hostpath.h"
 #include "host/standin/configuration.h"
+#include "tables/hostpath.h"
 
 #include <QFile>
 #include <QMap>

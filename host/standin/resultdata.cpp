@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "host/resultdata.h"
 
-#include "tables/hostpath.h"
 #include "host/standin/resultpolicy.h"
 #include "host/standin/resultwriter.h"
 #include "host/trace.h"
+#include "tables/hostpath.h"
 
 #include <algorithm>
 #include <deque>

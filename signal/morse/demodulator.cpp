@@ -4,9 +4,9 @@
 #include "signal/morse/demodulator.h"
 
 #include "signal/morse/channel.h"
-#include "signal/samples/samples.h"
 #include "signal/morse/tonefinder.h"
 #include "signal/morse/witness.h"
+#include "signal/samples/samples.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "station/io/input.h"
 
-#include "station/io/systemtext.h"
 #include "station/io/interrupt.h"
+#include "station/io/systemtext.h"
 
 #include <cerrno>
 #include <poll.h>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "tables/lint/lint.h"
 #include "app/translate/filter.h"
 #include "app/translate/listing.h"
+#include "tables/lint/lint.h"
 
 #include "charmap/codechandler.h"
 #include "host/standin/configuration.h"

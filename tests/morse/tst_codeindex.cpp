@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "tables/alphabetfile.h"
 #include "morse/codeindex.h"
+#include "tables/alphabetfile.h"
 
 #include <QRandomGenerator>
 #include <QtTest>

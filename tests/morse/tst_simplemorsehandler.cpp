@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "tables/alphabetfile.h"
 #include "morse/simplemorsehandler.h"
 #include "support/privatemember.h"
+#include "tables/alphabetfile.h"
 
 #include <QDir>
 #include <QRandomGenerator>

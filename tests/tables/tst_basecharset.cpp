@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "tables/basecharset.h"
 #include "charmap/codechandler.h"
+#include "tables/basecharset.h"
 
 #include <QtTest>
 

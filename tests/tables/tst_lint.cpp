@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "tables/lint/lint.h"
 
+#include "tables/alphabetfile.h"
 #include "tables/codecfile.h"
 #include "tables/mapfile.h"
-#include "tables/alphabetfile.h"
 
 #include <QBuffer>
 #include <QDirIterator>
