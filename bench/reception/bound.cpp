@@ -3,8 +3,8 @@
 
 #include "signal/morse/baseband.h"
 #include "signal/morse/classifier.h"
-#include "signal/morse/keying.h"
 #include "signal/morse/marklikelihood.h"
+#include "signal/morse/timingmodel.h"
 #include "signal/morse/trellis.h"
 
 #include <algorithm>
@@ -70,17 +70,17 @@ std::vector<int> boundOf(const Recording& recording, const Recording& clean)
     level.signal = std::pow(0.5 * scale * KEY_DOWN, 2.0);
     level.noise = noisePower / baseband.stepSamples();
     level.dot_steps = unit_steps;
-    Keying keying(STEP_s, recording.speed_wpm);
+    TimingModel timing(STEP_s, recording.speed_wpm);
     for (int i = 0; i < 100; ++i) {
-        keying.learn(Kind::Dot, 1.0);
-        keying.learn(Kind::Dash, 3.0);
-        keying.learn(Kind::ElementGap, 1.0);
+        timing.learn(Kind::Dot, 1.0);
+        timing.learn(Kind::Dash, 3.0);
+        timing.learn(Kind::ElementGap, 1.0);
     }
-    keying.update();
+    timing.update();
     MarkLikelihood likelihood;
     likelihood.setLevel(level);
     likelihood.setPhase(std::arg(sum), CERTAIN);
-    Trellis trellis(keying, likelihood);
+    Trellis trellis(timing, likelihood);
     Codes codes;
     Classifier classifier(codes);
     std::int64_t given = 0;

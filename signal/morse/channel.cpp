@@ -43,8 +43,8 @@ constexpr double LARGEST_PULL_Hz = 1.0; // of the tone, per review
 Channel::Channel(const ToneCandidate& candidate, double rate_Hz, std::int64_t begin_sample,
                  std::optional<double> speed_wpm, SymbolSink& sink, Witness* witness)
     : m_baseband(rate_Hz, candidate.tone_Hz)
-    , m_keying(m_baseband.stepSamples() / rate_Hz, speed_wpm)
-    , m_trellis(m_keying, m_likelihood)
+    , m_timing(m_baseband.stepSamples() / rate_Hz, speed_wpm)
+    , m_trellis(m_timing, m_likelihood)
     , m_classifier(sink, witness)
     , m_witness(witness)
     , m_stepDuration_us(1e6 * m_baseband.stepSamples() / rate_Hz)
@@ -331,15 +331,15 @@ void Channel::commit(const Path& path, bool last)
             if (foreign(segment))
                 continue;
             if (std::fabs(std::log(segment.unit_steps / m_givenUnit_steps)) > OTHER_HAND)
-                m_keying.forget();
+                m_timing.forget();
             m_givenUnit_steps = segment.unit_steps;
             if (m_pendingGap) {
-                m_keying.learn(m_pendingGap->kind, m_pendingGap->units);
+                m_timing.learn(m_pendingGap->kind, m_pendingGap->units);
                 m_pendingGap.reset();
             }
             m_classifier.mark(segment.kind, time_us(segment.begin_step), time_us(segment.end_step),
                               unit_us);
-            m_keying.learn(segment.kind, length / segment.unit_steps);
+            m_timing.learn(segment.kind, length / segment.unit_steps);
             m_committed = segment.end_step;
             continue;
         }
@@ -347,7 +347,7 @@ void Channel::commit(const Path& path, bool last)
             break;
         if (open || length * m_stepDuration_us > Classifier::endingSilence_us(unit_us)) {
             m_classifier.gapSoFar(length * m_stepDuration_us, unit_us,
-                                  m_keying.characterThreshold(), m_keying.wordThreshold());
+                                  m_timing.characterThreshold(), m_timing.wordThreshold());
             break;
         }
         m_classifier.gap(segment.kind);
@@ -355,7 +355,7 @@ void Channel::commit(const Path& path, bool last)
     }
     const auto since = static_cast<std::int64_t>(0.5e6 / m_stepDuration_us);
     if (m_committed > m_learnt && now >= m_learnt + since) {
-        m_keying.update(m_givenUnit_steps);
+        m_timing.update(m_givenUnit_steps);
         m_learnt = now;
     }
     if (m_classifier.lastMarkEnd_us() > 0 && !m_classifier.active())

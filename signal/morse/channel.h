@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // One signal, from its tone to its symbol codes: joins the stages behind the tone finder and feeds
-// what is decided back to those that follow tone, level and habits.
+// what is decided back to those that follow tone, level and timing.
 #pragma once
 
 #include "signal/morse/baseband.h"
 #include "signal/morse/classifier.h"
-#include "signal/morse/keying.h"
 #include "signal/morse/marklikelihood.h"
+#include "signal/morse/timingmodel.h"
 #include "signal/morse/tonefinder.h"
 #include "signal/morse/trellis.h"
 
@@ -71,7 +71,7 @@ private:
 
     Baseband m_baseband;
     MarkLikelihood m_likelihood;
-    Keying m_keying;
+    TimingModel m_timing;
     Trellis m_trellis;
     Classifier m_classifier;
     Witness* m_witness;

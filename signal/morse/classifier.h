@@ -3,7 +3,7 @@
 #pragma once
 
 #include "signal/morse/demodulator.h"
-#include "signal/morse/keying.h"
+#include "signal/morse/timingmodel.h"
 #include "signal/morse/witness.h"
 
 #include <cstdint>

@@ -26,20 +26,20 @@ constexpr std::int64_t RENORMALISE_STEPS = 512;
 
 } // namespace
 
-Trellis::Trellis(const Keying& keying, const MarkLikelihood& likelihood)
-    : m_keying(keying)
+Trellis::Trellis(const TimingModel& timing, const MarkLikelihood& likelihood)
+    : m_timing(timing)
     , m_likelihood(likelihood)
-    , m_mark(keying.speeds() * KEPT_STEPS, IMPOSSIBLE)
-    , m_gap(keying.speeds() * KEPT_STEPS, IMPOSSIBLE)
-    , m_markBack(keying.speeds() * KEPT_STEPS)
-    , m_gapBack(keying.speeds() * KEPT_STEPS)
-    , m_lastMark(keying.speeds(), -KEPT_STEPS)
-    , m_lastGap(keying.speeds(), -KEPT_STEPS)
+    , m_mark(timing.speeds() * KEPT_STEPS, IMPOSSIBLE)
+    , m_gap(timing.speeds() * KEPT_STEPS, IMPOSSIBLE)
+    , m_markBack(timing.speeds() * KEPT_STEPS)
+    , m_gapBack(timing.speeds() * KEPT_STEPS)
+    , m_lastMark(timing.speeds(), -KEPT_STEPS)
+    , m_lastGap(timing.speeds(), -KEPT_STEPS)
     , m_idle(KEPT_STEPS)
     , m_bestGap(KEPT_STEPS)
     , m_carrier(KEPT_STEPS / CARRIER_BLOCK)
-    , m_entering(keying.speeds())
-    , m_enteringLength(keying.speeds())
+    , m_entering(timing.speeds())
+    , m_enteringLength(timing.speeds())
 {
     for (Carrier& carrier : m_carrier)
         carrier.score = IMPOSSIBLE;
@@ -52,8 +52,8 @@ void Trellis::computeRatios(std::int64_t now)
     // Only the lengths that some speed with a live path asks for.
     std::int64_t longest = 0;
     m_finest = 0;
-    for (std::size_t speed = 0; speed < m_keying.speeds(); ++speed) {
-        const DurationTable& table = m_keying.table(speed);
+    for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed) {
+        const DurationTable& table = m_timing.table(speed);
         const auto length = static_cast<std::int64_t>(table.mark.size()) * table.stride;
         if (now % table.stride != 0 || now - m_lastGap[speed] > length)
             continue;
@@ -79,7 +79,7 @@ void Trellis::advance()
 {
     const std::int64_t now = m_likelihood.end();
     m_now = now;
-    const std::size_t speeds = m_keying.speeds();
+    const std::size_t speeds = m_timing.speeds();
     computeRatios(now);
 
     Idle idle = m_idle[slot(now - 1)];
@@ -117,7 +117,7 @@ void Trellis::advance()
         (sinceBlock > 0 ? m_likelihood.ratio(sinceBlock) + CARRIER_ENDS_WITHIN : 0.0F);
 
     for (std::size_t speed = 0; speed < speeds; ++speed) {
-        const DurationTable& table = m_keying.table(speed);
+        const DurationTable& table = m_timing.table(speed);
         m_entering[speed] = IMPOSSIBLE;
         if (now % table.stride != 0)
             continue;
@@ -179,7 +179,7 @@ void Trellis::advance()
             bestEntering = {m_entering[speed], static_cast<std::int16_t>(speed)};
     }
     for (std::size_t speed = 0; speed < speeds; ++speed) {
-        const DurationTable& table = m_keying.table(speed);
+        const DurationTable& table = m_timing.table(speed);
         if (now % table.stride != 0)
             continue;
         if (m_mark[cell(speed, now)] < best - BEAM)
@@ -189,7 +189,7 @@ void Trellis::advance()
 
         float& gap = m_gap[cell(speed, now)];
         GapBack& back = m_gapBack[cell(speed, now)];
-        const float fresh = START + static_cast<float>(m_keying.prior(speed));
+        const float fresh = START + static_cast<float>(m_timing.prior(speed));
         gap = idle.score + fresh;
         back = {0, -1, Kind::Silence};
         if (idle.speed >= 0) {
@@ -206,7 +206,7 @@ void Trellis::advance()
             if (score <= gap)
                 return;
             gap = score;
-            const DurationTable& its = m_keying.table(other);
+            const DurationTable& its = m_timing.table(other);
             const auto length = m_enteringLength[other];
             back = {length, static_cast<std::int16_t>(other),
                     its.gapKind[static_cast<std::size_t>(length / its.stride)]};
@@ -217,7 +217,7 @@ void Trellis::advance()
             enter(other, SPEED_CHANGE[other > speed ? other - speed : speed - other]);
         if (bestEntering.score > IMPOSSIBLE) {
             enter(static_cast<std::size_t>(bestEntering.speed),
-                  SPEED_JUMP + static_cast<float>(m_keying.prior(speed)));
+                  SPEED_JUMP + static_cast<float>(m_timing.prior(speed)));
         }
         if (gap < best - BEAM)
             gap = IMPOSSIBLE;
@@ -235,7 +235,7 @@ void Trellis::renormalise()
 {
     const float reference = m_idle[slot(m_now)].score;
     float best = reference;
-    for (std::size_t speed = 0; speed < m_keying.speeds(); ++speed) {
+    for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed) {
         for (std::int64_t age = 0; age < 8; ++age)
             best =
                 std::max({best, m_mark[cell(speed, m_now - age)], m_gap[cell(speed, m_now - age)]});
@@ -262,9 +262,9 @@ Path Trellis::path(std::int64_t since_step) const
     State state = State::Outside;
     std::size_t speed = 0;
     std::int64_t at = m_now;
-    std::vector<float> bests(m_keying.speeds(), IMPOSSIBLE);
-    for (std::size_t candidate = 0; candidate < m_keying.speeds(); ++candidate) {
-        const DurationTable& table = m_keying.table(candidate);
+    std::vector<float> bests(m_timing.speeds(), IMPOSSIBLE);
+    for (std::size_t candidate = 0; candidate < m_timing.speeds(); ++candidate) {
+        const DurationTable& table = m_timing.table(candidate);
         const auto stride = static_cast<std::int64_t>(table.stride);
         const std::int64_t last = m_now - m_now % stride;
         const std::int64_t firstGap = (last - m_lastMark[candidate]) / stride;
@@ -306,7 +306,7 @@ Path Trellis::path(std::int64_t since_step) const
     const std::int64_t sinceBlock = m_now % CARRIER_BLOCK;
     const float steady = carrier.score + (sinceBlock > 0 ? m_likelihood.ratio(sinceBlock) : 0.0F);
     Path path;
-    const auto unit = [&](std::size_t index) { return m_keying.table(index).unit_steps; };
+    const auto unit = [&](std::size_t index) { return m_timing.table(index).unit_steps; };
     if (state != State::Outside) {
         float rival = idle.score;
         for (std::size_t other = 0; other < bests.size(); ++other) {

@@ -4,8 +4,8 @@
 // states are the speeds), against the rival explanation that there is nothing but noise.
 #pragma once
 
-#include "signal/morse/keying.h"
 #include "signal/morse/marklikelihood.h"
+#include "signal/morse/timingmodel.h"
 
 #include <cstdint>
 #include <vector>
@@ -33,7 +33,7 @@ class Trellis
 {
 public:
     /// Both must outlive the trellis.
-    Trellis(const Keying& keying, const MarkLikelihood& likelihood);
+    Trellis(const TimingModel& timing, const MarkLikelihood& likelihood);
 
     /// Takes the newest step of the likelihood into account.
     void advance();
@@ -87,7 +87,7 @@ private:
     float ratio(std::int64_t length) const;
     void renormalise();
 
-    const Keying& m_keying;
+    const TimingModel& m_timing;
     const MarkLikelihood& m_likelihood;
     std::int64_t m_now = 0;
     std::int64_t m_finest = 0;        // all lengths up to here are computed, then every second one

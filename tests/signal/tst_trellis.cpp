@@ -14,8 +14,8 @@ struct Heard
 {
     explicit Heard(std::optional<double> speed_wpm = {}, const std::string& seed = "trellis")
         : random(seed)
-        , keying(0.004, speed_wpm)
-        , trellis(keying, likelihood)
+        , timing(0.004, speed_wpm)
+        , trellis(timing, likelihood)
     {
         likelihood.setLevel({1.0, 0.1});
     }
@@ -36,7 +36,7 @@ struct Heard
     }
 
     testsupport::Random random;
-    Keying keying;
+    TimingModel timing;
     MarkLikelihood likelihood;
     Trellis trellis;
 };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "signal/morse/keying.h"
+#include "signal/morse/timingmodel.h"
 
 #include <algorithm>
 #include <cmath>
@@ -43,7 +43,7 @@ double logStudent(double x, double scale)
 
 } // namespace
 
-Keying::Keying(double step_s, std::optional<double> speed_wpm)
+TimingModel::TimingModel(double step_s, std::optional<double> speed_wpm)
 {
     forget();
     double fastest_wpm = FASTEST_wpm;
@@ -67,9 +67,9 @@ Keying::Keying(double step_s, std::optional<double> speed_wpm)
     update(0.0);
 }
 
-void Keying::forget()
+void TimingModel::forget()
 {
-    m_habits = {
+    m_models = {
         {1.0, 0.22, 0.55}, // dot
         {3.0, 0.40, 0.45}, // dash
         {1.0, 1.0, 0.0},   // carrier: handled apart
@@ -79,26 +79,26 @@ void Keying::forget()
     };
     m_memory.clear();
     m_longGaps.clear();
-    for (const Habit& habit : m_habits) {
+    for (const LengthModel& model : m_models) {
         constexpr double PRIOR_WEIGHT = 8.0;
-        const double variance = habit.deviation * habit.deviation;
-        m_memory.push_back({PRIOR_WEIGHT, PRIOR_WEIGHT * habit.mean,
-                            PRIOR_WEIGHT * (habit.mean * habit.mean + variance)});
+        const double variance = model.deviation * model.deviation;
+        m_memory.push_back({PRIOR_WEIGHT, PRIOR_WEIGHT * model.mean,
+                            PRIOR_WEIGHT * (model.mean * model.mean + variance)});
     }
 }
 
-double Keying::logDensity(Kind kind, double units, double resolution_units) const
+double TimingModel::logDensity(Kind kind, double units, double resolution_units) const
 {
-    const Habit& habit = m_habits[index(kind)];
+    const LengthModel& model = m_models[index(kind)];
     const double deviation =
-        std::sqrt(habit.deviation * habit.deviation + resolution_units * resolution_units);
-    double x = (units - habit.mean) / deviation;
+        std::sqrt(model.deviation * model.deviation + resolution_units * resolution_units);
+    double x = (units - model.mean) / deviation;
     if (x > 0.0)
-        x /= habit.rightTail;
-    return std::log(habit.share) + logStudent(x, deviation * 0.5 * (1.0 + habit.rightTail));
+        x /= model.rightTail;
+    return std::log(model.share) + logStudent(x, deviation * 0.5 * (1.0 + model.rightTail));
 }
 
-void Keying::buildTable(DurationTable& table) const
+void TimingModel::buildTable(DurationTable& table) const
 {
     const double perIndex_units = table.stride / table.unit_steps;
     const double perStep = std::log(1.0 / table.unit_steps); // density per step
@@ -127,7 +127,7 @@ void Keying::buildTable(DurationTable& table) const
             remaining += std::exp(static_cast<double>(logs[i])) * table.stride;
         }
     };
-    const double longestGap_units = std::min(m_habits[index(Kind::WordGap)].mean * 1.8,
+    const double longestGap_units = std::min(m_models[index(Kind::WordGap)].mean * 1.8,
                                              LARGEST_GAP_s / 0.004 / table.unit_steps);
     build(table.mark, table.markSurvival, table.markKind, LONGEST_DASH_units * 0.75,
           {Kind::Dot, Kind::Dash});
@@ -141,7 +141,7 @@ void Keying::buildTable(DurationTable& table) const
     table.firstGap = first(0.25, SHORTEST_GAP_steps);
 }
 
-void Keying::learn(Kind kind, double units)
+void TimingModel::learn(Kind kind, double units)
 {
     if (kind == Kind::CharacterGap || kind == Kind::WordGap) {
         m_longGaps.push_back(units);
@@ -151,9 +151,9 @@ void Keying::learn(Kind kind, double units)
     }
     if (kind != Kind::Dot && kind != Kind::Dash && kind != Kind::ElementGap)
         return;
-    const Habit& habit = m_habits[index(kind)];
+    const LengthModel& model = m_models[index(kind)];
     const double bounded =
-        std::clamp(units, habit.mean - 3.0 * habit.deviation, habit.mean + 3.0 * habit.deviation);
+        std::clamp(units, model.mean - 3.0 * model.deviation, model.mean + 3.0 * model.deviation);
     Memory& memory = m_memory[index(kind)];
     const double keep = 1.0 - 1.0 / MEMORY;
     memory.weight = memory.weight * keep + 1.0;
@@ -161,12 +161,12 @@ void Keying::learn(Kind kind, double units)
     memory.squares = memory.squares * keep + bounded * bounded;
 }
 
-void Keying::learnGapStyle(double unit)
+void TimingModel::learnGapStyle(double unit)
 {
     if (m_longGaps.size() < 2)
         return;
     // Gaps between characters and words are the most personal of all: their lengths are chosen
-    // from a few habits by how well those explain the last ones, the textbook's being likeliest.
+    // from a few styles by how well those explain the last ones, the textbook's being likeliest.
     constexpr double CHARACTER_units[] = {2.3, 2.6, 3.0, 3.5, 4.1, 4.8, 5.6, 6.5, 7.6, 9.0, 11.0};
     constexpr double WORD_RATIOS[] = {1.7, 2.0, 2.33, 2.8, 3.4};
     double best = -1e9;
@@ -192,38 +192,38 @@ void Keying::learnGapStyle(double unit)
             }
         }
     }
-    m_habits[index(Kind::CharacterGap)].mean = bestCharacter;
-    m_habits[index(Kind::CharacterGap)].deviation = 0.17 * bestCharacter;
-    m_habits[index(Kind::WordGap)].mean = bestWord;
-    m_habits[index(Kind::WordGap)].deviation = 0.17 * bestWord;
+    m_models[index(Kind::CharacterGap)].mean = bestCharacter;
+    m_models[index(Kind::CharacterGap)].deviation = 0.17 * bestCharacter;
+    m_models[index(Kind::WordGap)].mean = bestWord;
+    m_models[index(Kind::WordGap)].deviation = 0.17 * bestWord;
 }
 
-void Keying::update(double unit_steps)
+void TimingModel::update(double unit_steps)
 {
     constexpr double LEAST_DEVIATIONS[] = {0.06, 0.1, 1.0, 0.06};
     for (const Kind kind : {Kind::Dot, Kind::Dash, Kind::ElementGap}) {
-        Habit& habit = m_habits[index(kind)];
+        LengthModel& model = m_models[index(kind)];
         const Memory& memory = m_memory[index(kind)];
-        habit.mean = memory.sum / memory.weight;
-        const double variance = memory.squares / memory.weight - habit.mean * habit.mean;
-        habit.deviation = std::sqrt(std::max(variance, 0.0));
-        habit.deviation = std::max(habit.deviation, LEAST_DEVIATIONS[index(kind)]);
+        model.mean = memory.sum / memory.weight;
+        const double variance = memory.squares / memory.weight - model.mean * model.mean;
+        model.deviation = std::sqrt(std::max(variance, 0.0));
+        model.deviation = std::max(model.deviation, LEAST_DEVIATIONS[index(kind)]);
     }
     // The unit is half of a dot with its gap: where they say that it is longer than the speed that
     // they were heard at, the lengths of all the others are fewer units.
-    const double dot = m_habits[index(Kind::Dot)].mean;
-    const double gap = m_habits[index(Kind::ElementGap)].mean;
+    const double dot = m_models[index(Kind::Dot)].mean;
+    const double gap = m_models[index(Kind::ElementGap)].mean;
     const double unit = std::clamp(0.5 * (dot + gap), 0.7, 1.4);
     const double weight = std::clamp(0.5 * (dot - gap) / unit, -0.5, 0.5);
-    m_habits[index(Kind::Dot)].mean = 1.0 + weight;
-    m_habits[index(Kind::ElementGap)].mean = 1.0 - weight;
-    m_habits[index(Kind::Dash)].mean =
-        std::clamp(m_habits[index(Kind::Dash)].mean / unit, 2.2, 5.0);
+    m_models[index(Kind::Dot)].mean = 1.0 + weight;
+    m_models[index(Kind::ElementGap)].mean = 1.0 - weight;
+    m_models[index(Kind::Dash)].mean =
+        std::clamp(m_models[index(Kind::Dash)].mean / unit, 2.2, 5.0);
     learnGapStyle(unit);
 
     const auto crossing = [&](Kind shorter, Kind longer) {
-        double units = m_habits[index(shorter)].mean;
-        const double end = m_habits[index(longer)].mean;
+        double units = m_models[index(shorter)].mean;
+        const double end = m_models[index(longer)].mean;
         while (units < end && logDensity(shorter, units, 0.0) > logDensity(longer, units, 0.0))
             units += 0.05;
         return units;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Stage: the habits of who keys. How long marks and spaces are in units, how much they vary, learnt
-// from what was heard; and from that how probable a mark or space of some length is at each speed.
+// Stage: the timing model of who keys. How long marks and spaces are in units, how much they vary,
+// learnt from what was heard; and from that how probable a mark or space of some length is at each
+// speed.
 #pragma once
 
 #include <cstdint>
@@ -36,11 +37,11 @@ struct DurationTable
     std::vector<Kind> markKind, gapKind;          ///< the most probable kind of this length
 };
 
-class Keying
+class TimingModel
 {
 public:
     /// Speeds on a logarithmic scale; a told speed leaves those within 20 % of it.
-    Keying(double step_s, std::optional<double> speed_wpm);
+    TimingModel(double step_s, std::optional<double> speed_wpm);
 
     std::size_t speeds() const { return m_tables.size(); }
     const DurationTable& table(std::size_t speed) const { return m_tables[speed]; }
@@ -55,13 +56,13 @@ public:
     /// those of similar speeds.
     void update(double unit_steps = 0.0);
 
-    double mean(Kind kind) const { return m_habits[static_cast<std::size_t>(kind)].mean; }
+    double mean(Kind kind) const { return m_models[static_cast<std::size_t>(kind)].mean; }
     /// Length in units from which on a gap ends a character, a word.
     double characterThreshold() const { return m_characterThreshold; }
     double wordThreshold() const { return m_wordThreshold; }
 
 private:
-    struct Habit
+    struct LengthModel
     {
         double mean;
         double deviation;
@@ -75,7 +76,7 @@ private:
 
     std::vector<DurationTable> m_tables;
     std::vector<double> m_priors;
-    std::vector<Habit> m_habits; // by kind
+    std::vector<LengthModel> m_models; // by kind
     struct Memory
     {
         double weight;

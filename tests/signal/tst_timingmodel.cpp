@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: MIT
+#include "signal/morse/timingmodel.h"
+
+#include <QtTest>
+#include <cmath>
+
+using namespace demodulator;
+
+namespace {
+
+constexpr double STEP_s = 0.004;
+
+const DurationTable& tableAt(const TimingModel& timing, double unit_steps)
+{
+    std::size_t best = 0;
+    for (std::size_t speed = 0; speed < timing.speeds(); ++speed) {
+        if (std::fabs(timing.table(speed).unit_steps - unit_steps) <
+            std::fabs(timing.table(best).unit_steps - unit_steps))
+            best = speed;
+    }
+    return timing.table(best);
+}
+
+Kind gapKind(const TimingModel& timing, double units)
+{
+    const DurationTable& table = tableAt(timing, 15.0);
+    return table.gapKind[static_cast<std::size_t>(units * table.unit_steps / table.stride)];
+}
+
+Kind markKind(const TimingModel& timing, double units)
+{
+    const DurationTable& table = tableAt(timing, 15.0);
+    return table.markKind[static_cast<std::size_t>(units * table.unit_steps / table.stride)];
+}
+
+} // namespace
+
+class TestTimingModel : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void textbookLengthsAreWhatTheyAre()
+    {
+        const TimingModel timing(STEP_s, {});
+        QCOMPARE(int(markKind(timing, 1.0)), int(Kind::Dot));
+        QCOMPARE(int(markKind(timing, 3.0)), int(Kind::Dash));
+        QCOMPARE(int(gapKind(timing, 1.0)), int(Kind::ElementGap));
+        QCOMPARE(int(gapKind(timing, 3.0)), int(Kind::CharacterGap));
+        QCOMPARE(int(gapKind(timing, 7.0)), int(Kind::WordGap));
+    }
+    void speedsFrom5To60AreOffered()
+    {
+        const TimingModel timing(STEP_s, {});
+        QVERIFY(timing.table(0).unit_steps <= 1.2 / 60.0 / STEP_s);
+        QVERIFY(timing.table(timing.speeds() - 1).unit_steps >= 1.2 / 5.4 / STEP_s);
+    }
+    void aToldSpeedLeavesThoseAroundIt()
+    {
+        const TimingModel timing(STEP_s, 25.0);
+        for (std::size_t speed = 0; speed < timing.speeds(); ++speed) {
+            const double speed_wpm = 1.2 / STEP_s / timing.table(speed).unit_steps;
+            QVERIFY(speed_wpm > 25.0 / 1.21 && speed_wpm < 25.0 * 1.21);
+        }
+    }
+    void probabilitiesOfAllLengthsAddUpToAboutOne()
+    {
+        const TimingModel timing(STEP_s, {});
+        const DurationTable& table = tableAt(timing, 15.0);
+        double marks = 0.0;
+        for (std::size_t i = 1; i < table.mark.size(); ++i)
+            marks += table.stride * std::exp(static_cast<double>(table.mark[i]));
+        QVERIFY2(marks > 0.8 && marks < 1.1, qPrintable(QString::number(marks)));
+    }
+    void heavyKeyingIsLearnt()
+    {
+        TimingModel timing(STEP_s, {});
+        for (int i = 0; i < 60; ++i) {
+            timing.learn(Kind::Dot, 1.3);
+            timing.learn(Kind::ElementGap, 0.7);
+            timing.learn(Kind::Dash, 3.3);
+        }
+        timing.update();
+        QVERIFY(std::fabs(timing.mean(Kind::Dot) - 1.3) < 0.06);
+        QVERIFY(std::fabs(timing.mean(Kind::ElementGap) - 0.7) < 0.06);
+        QVERIFY(std::fabs(timing.mean(Kind::Dash) - 3.3) < 0.1);
+    }
+    void doubledGapsAreLearntFromAFew()
+    {
+        TimingModel timing(STEP_s, {});
+        for (int i = 0; i < 4; ++i)
+            timing.learn(Kind::WordGap, 6.0); // what they look like at first
+        timing.learn(Kind::WordGap, 14.0);
+        timing.learn(Kind::WordGap, 6.1);
+        timing.update();
+        QCOMPARE(int(gapKind(timing, 6.0)), int(Kind::CharacterGap));
+        QVERIFY(timing.wordThreshold() > 7.5 && timing.wordThreshold() < 13.0);
+    }
+    void whatWasLearntIsForgottenWithItsOwner()
+    {
+        TimingModel timing(STEP_s, {});
+        for (int i = 0; i < 60; ++i)
+            timing.learn(Kind::Dash, 4.2);
+        timing.update();
+        QVERIFY(timing.mean(Kind::Dash) > 3.8);
+        timing.forget();
+        timing.update();
+        QVERIFY(std::fabs(timing.mean(Kind::Dash) - 3.0) < 0.01);
+    }
+    void aSpeedThatIsSomewhatOffIsNotLearntAsLengths()
+    {
+        // All lengths 10 % longer than the speed that they were heard at.
+        TimingModel timing(STEP_s, {});
+        for (int i = 0; i < 60; ++i) {
+            timing.learn(Kind::Dot, 1.1);
+            timing.learn(Kind::ElementGap, 1.1);
+            timing.learn(Kind::Dash, 3.3);
+        }
+        timing.update();
+        QVERIFY(std::fabs(timing.mean(Kind::Dot) - 1.0) < 0.03);
+        QVERIFY(std::fabs(timing.mean(Kind::Dash) - 3.0) < 0.06);
+    }
+    void oneWildLengthChangesLittle()
+    {
+        TimingModel timing(STEP_s, {});
+        timing.learn(Kind::Dash, 1000.0);
+        timing.learn(Kind::Dot, -1000.0);
+        timing.update();
+        QVERIFY(std::fabs(timing.mean(Kind::Dash) - 3.0) < 0.3);
+        QVERIFY(std::fabs(timing.mean(Kind::Dot) - 1.0) < 0.3);
+    }
+};
+
+QTEST_APPLESS_MAIN(TestTimingModel)
+#include "tst_timingmodel.moc"
