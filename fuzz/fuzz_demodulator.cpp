@@ -4,6 +4,7 @@
 // samples as floating-point numbers, or keying: marks and spaces in turn, in steps of 10 ms. The
 // bit 4 of the kind asks for the same again in pieces.
 #include "fuzz/fuzzing.h"
+#include "morse/symbolcodes.h"
 #include "signal/morse/demodulator.h"
 
 #include "support/codelist.h"
@@ -99,16 +100,18 @@ void requireOrder(const testsupport::CodeList& list, double duration_s)
         int codeBefore = -1;
         for (std::size_t i = 0; i < transmission.codes.size(); ++i) {
             const int code = transmission.codes[i];
-            require(code == 0 || code == 1 || code == 3 || code == 4 || code == 64 || code == 65 ||
-                        code == 66,
+            require(code == eSYMBOL_DOT || code == eSYMBOL_DASH || code == eSYMBOL_NEW_CHAR ||
+                        code == eSYMBOL_NEW_WORD || code == eSYMBOL_DOT_TOO_SHORT ||
+                        code == eSYMBOL_DASH_TOO_LONG || code == eSYMBOL_PAUSE_TOO_SHORT,
                     "no other codes");
-            require(code != 4 || codeBefore == 3, "a word ends with its character");
+            require(code != eSYMBOL_NEW_WORD || codeBefore == eSYMBOL_NEW_CHAR,
+                    "a word ends with its character");
             require(transmission.times_us[i] >= before_us, "codes come in order of time");
             require(transmission.times_us[i] <= transmission.stop_us,
                     "no code is later than the last mark");
             before_us = transmission.times_us[i];
             // A steady tone may lie in between.
-            if (code != 65)
+            if (code != eSYMBOL_DASH_TOO_LONG)
                 codeBefore = code;
         }
         count += transmission.codes.size();

@@ -6,6 +6,7 @@
 #include "host/datetime.h"
 #include "host/standin/resultreader.h"
 #include "morse/morsetranslator.h"
+#include "morse/symbolcodes.h"
 #include "support/morsefixture.h"
 
 #include <list>
@@ -58,33 +59,33 @@ public:
         m_waiting.push_back(code);
         if (!isAvailable || !isActive)
             return;
-        const int oldest = m_waiting.front() & 127;
+        const int oldest = m_waiting.front() & MORSE_SYMBOL_MASK;
         m_waiting.pop_front();
         switch (oldest) {
-        case 0:
-        case 1:
-            symbols += oldest == 0 ? '.' : '-';
-            m_character += oldest == 0 ? '.' : '-';
+        case eSYMBOL_DOT:
+        case eSYMBOL_DASH:
+            symbols += oldest == eSYMBOL_DOT ? '.' : '-';
+            m_character += oldest == eSYMBOL_DOT ? '.' : '-';
             save(symbols.right(1), {});
             break;
-        case 3:
+        case eSYMBOL_NEW_CHAR:
             endCharacter();
             break;
-        case 4:
+        case eSYMBOL_NEW_WORD:
             endWord();
             break;
-        case 5:
+        case eSYMBOL_NEW_LINE:
             if (!m_character.isEmpty())
                 endCharacter();
             endLine();
             break;
-        case 64:
+        case eSYMBOL_DOT_TOO_SHORT:
             m_marks += "[DOT_TOO_SHORT]";
             break;
-        case 65:
+        case eSYMBOL_DASH_TOO_LONG:
             m_marks += "[DASH_TOO_LONG]";
             break;
-        case 66:
+        case eSYMBOL_PAUSE_TOO_SHORT:
             m_marks += "[PAUSE_TOO_SHORT]";
             break;
         default:

@@ -39,7 +39,7 @@ const QString SimpleMorseHandler::UNKNOWN = QStringLiteral("[UNKNOWN]");
 
 QString SimpleMorseHandler::ConvertSymbol(MorseSymbolCode symbol)
 {
-    switch (symbol & 0x7F) {
+    switch (symbol & MORSE_SYMBOL_MASK) {
     case eSYMBOL_DOT:
         return DOT;
     case eSYMBOL_DASH:

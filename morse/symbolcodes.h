@@ -5,6 +5,9 @@
 /// A code as it is stored. Every value that is not listed below is unknown.
 using MorseSymbolCode = short;
 
+/// Only these bits of a code count where a whole number comes in: 0x81 is a dash, too.
+constexpr int MORSE_SYMBOL_MASK = 0x7F;
+
 /// The codes that have a meaning.
 enum MORSE_SYMBOL : MorseSymbolCode {
     eSYMBOL_DOT = 0,

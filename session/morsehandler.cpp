@@ -6,6 +6,7 @@
 #include "host/trace.h"
 #include "host/valuelookup.h"
 #include "morse/morsetranslator.h"
+#include "morse/symbolcodes.h"
 #include "session/sessionfile.h"
 #include "session/tavikresultdatahandler.h"
 
@@ -25,7 +26,6 @@ constexpr unsigned long long NO_TIMESTAMP = std::numeric_limits<unsigned long lo
 constexpr int SYMBOL_BUFFER_LIMIT = 30000;
 
 // The demodulator may use the eighth bit for itself.
-constexpr int SYMBOL_CODE_MASK = 127;
 
 const QLatin1String CHARACTER_GAP("c");
 const QLatin1String WORD_GAP("w");
@@ -422,7 +422,7 @@ void MorseHandler::processOldestSymbol()
 {
     if (!m_bMorseAvailable || !m_bSessionActive)
         return;
-    const QString s = m_pTranslator->DecodeSymbol(m_symbolList.front() & SYMBOL_CODE_MASK);
+    const QString s = m_pTranslator->DecodeSymbol(m_symbolList.front() & MORSE_SYMBOL_MASK);
     if (s == CHARACTER_GAP) {
         ProcessNewChar(s);
     } else if (s == WORD_GAP) {

@@ -2,15 +2,13 @@
 #include "station/morsestation.h"
 
 #include "host/standin/resultpolicy.h"
+#include "morse/symbolcodes.h"
 
 #include <utility>
 
 namespace morsehost {
 
 namespace {
-
-constexpr int DOT = 0;
-constexpr int DASH = 1;
 
 QString path(const char* name)
 {
@@ -105,8 +103,8 @@ void MorseStation::receiveTime(unsigned long long time_us)
 
 void MorseStation::receiveSymbol(int code)
 {
-    const int symbol = code & 0x7F;
-    if (m_codeFileName && (symbol == DOT || symbol == DASH))
+    const int symbol = code & MORSE_SYMBOL_MASK;
+    if (m_codeFileName && (symbol == eSYMBOL_DOT || symbol == eSYMBOL_DASH))
         m_ledger.symbolReceived();
     // A value announces what is new to it; a code that repeats is new all the same.
     if (m_symbol->GetValue() == code)

@@ -7,6 +7,7 @@
 #include "app/console/progress.h"
 #include "app/options/soundoptions.h"
 #include "app/reception.h"
+#include "morse/symbolcodes.h"
 #include "signal/morse/demodulator.h"
 #include "station/io/interrupt.h"
 
@@ -15,9 +16,6 @@
 namespace morsehost {
 
 namespace {
-
-constexpr int END_OF_CHARACTER = 3;
-constexpr int END_OF_LINE = 5;
 
 // Text appears with every piece, so a piece is a small part of a character.
 constexpr std::size_t PIECE_SAMPLES = 512;
@@ -36,14 +34,14 @@ public:
         m_reception.beginTransmission(time_us);
         // The line that ends is closed here, where the time of the next one is known.
         if (m_hasEarlierOne)
-            m_reception.symbol(END_OF_LINE);
+            m_reception.symbol(eSYMBOL_NEW_LINE);
         m_hasEarlierOne = true;
     }
 
     void symbol(int code, std::int64_t time_us) override
     {
         // What is decoded now, or was keyed badly, carries the time of its own signal.
-        if (code >= END_OF_CHARACTER)
+        if (code >= eSYMBOL_NEW_CHAR)
             m_reception.time(time_us);
         m_reception.symbol(code);
     }

@@ -7,6 +7,7 @@
 #include "app/console/progress.h"
 #include "app/options/alphabetoptions.h"
 #include "app/options/soundoptions.h"
+#include "morse/symbolcodes.h"
 #include "signal/morse/demodulator.h"
 #include "station/io/interrupt.h"
 #include "station/morsestation.h"
@@ -23,8 +24,6 @@ namespace morsehost {
 
 namespace {
 
-constexpr int END_OF_CHARACTER = 3;
-constexpr int END_OF_LINE = 5;
 constexpr std::size_t PIECE_SAMPLES = 4096;
 constexpr double DEFAULT_LENGTH_S = 30;
 constexpr double SHORTEST_LENGTH_S = 0.1;
@@ -49,14 +48,14 @@ public:
         m_notes.transmissionStarted(time_us);
         m_station.receiveTime(static_cast<unsigned long long>(time_us));
         if (m_hasEarlierOne)
-            m_station.receiveSymbol(END_OF_LINE);
+            m_station.receiveSymbol(eSYMBOL_NEW_LINE);
         m_hasEarlierOne = true;
     }
 
     void symbol(int code, std::int64_t time_us) override
     {
         m_notes.symbol(code, time_us);
-        if (code >= END_OF_CHARACTER)
+        if (code >= eSYMBOL_NEW_CHAR)
             m_station.receiveTime(static_cast<unsigned long long>(time_us));
         m_station.receiveSymbol(code);
     }

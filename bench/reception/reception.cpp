@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Makes the corpus and scores decoders on it; see README.md.
+#include "morse/symbolcodes.h"
 #include "reception/bound.h"
 #include "reception/corpus.h"
 #include "signal/morse/demodulator.h"
@@ -29,7 +30,7 @@ public:
     void transmissionStarted(std::int64_t time_us) override
     {
         if (!codes.empty())
-            codes.push_back(4);
+            codes.push_back(eSYMBOL_NEW_WORD);
         ++transmissions;
         m_start_us = time_us;
         m_first = true;
@@ -37,8 +38,8 @@ public:
     void symbol(int code, std::int64_t time_us) override
     {
         codes.push_back(code);
-        errorMarks += code >= 64 ? 1 : 0;
-        if (code != 3)
+        errorMarks += code >= eSYMBOL_DOT_TOO_SHORT ? 1 : 0;
+        if (code != eSYMBOL_NEW_CHAR)
             return;
         const double delay_s = now_s - static_cast<double>(time_us) / 1e6;
         const bool begins = static_cast<double>(time_us - m_start_us) / 1e6 < 5.0;

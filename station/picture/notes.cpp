@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "station/picture/notes.h"
 
+#include "morse/symbolcodes.h"
+
 #include <algorithm>
 
 namespace inspect {
@@ -10,16 +12,6 @@ namespace {
 constexpr double AROUND_s = 0.1; // sound kept on both sides, for windows that reach over the edge
 constexpr double CHARACTER_GAP_units = 3.0;
 constexpr double WORD_GAP_units = 7.0;
-
-enum Code {
-    DOT = 0,
-    DASH = 1,
-    END_OF_CHARACTER = 3,
-    END_OF_WORD = 4,
-    DOT_TOO_SHORT = 64,
-    DASH_TOO_LONG = 65,
-    PAUSE_TOO_SHORT = 66,
-};
 
 } // namespace
 
@@ -73,31 +65,31 @@ void Notes::symbol(int code, std::int64_t /*time_us*/)
     if (!m_mark)
         return;
     switch (code) {
-    case DOT:
-    case DASH:
-        m_mark->kind = code == DOT ? MarkKind::Dot : MarkKind::Dash;
+    case eSYMBOL_DOT:
+    case eSYMBOL_DASH:
+        m_mark->kind = code == eSYMBOL_DOT ? MarkKind::Dot : MarkKind::Dash;
         if (!m_character)
             m_character = Character{m_mark->begin_us, m_mark->end_us, {}, {}};
         m_character->end_us = m_mark->end_us;
-        m_character->elements += QLatin1Char(code == DOT ? '.' : '-');
+        m_character->elements += QLatin1Char(code == eSYMBOL_DOT ? '.' : '-');
         break;
-    case END_OF_CHARACTER:
+    case eSYMBOL_NEW_CHAR:
         m_gap->kind = GapKind::Character;
         flushCharacter();
         m_ended = m_character;
         m_character.reset();
         break;
-    case END_OF_WORD:
+    case eSYMBOL_NEW_WORD:
         m_gap->kind = GapKind::Word;
         flushCharacter();
         break;
-    case DOT_TOO_SHORT:
+    case eSYMBOL_DOT_TOO_SHORT:
         m_mark->tooShort = true;
         break;
-    case DASH_TOO_LONG:
+    case eSYMBOL_DASH_TOO_LONG:
         m_mark->tooLong = true;
         break;
-    case PAUSE_TOO_SHORT:
+    case eSYMBOL_PAUSE_TOO_SHORT:
         m_mark->tooSoon = true;
         break;
     default:

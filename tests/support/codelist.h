@@ -2,6 +2,7 @@
 // Decodes a whole recording and keeps what came of it.
 #pragma once
 
+#include "morse/symbolcodes.h"
 #include "signal/morse/demodulator.h"
 #include "support/morsecode.h"
 
@@ -49,7 +50,7 @@ public:
         std::vector<int> all;
         for (const Transmission& transmission : transmissions) {
             if (!all.empty())
-                all.push_back(4);
+                all.push_back(eSYMBOL_NEW_WORD);
             all.insert(all.end(), transmission.codes.begin(), transmission.codes.end());
         }
         return all;

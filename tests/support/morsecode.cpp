@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "support/morsecode.h"
 
+#include "morse/symbolcodes.h"
+
 #include <algorithm>
 #include <cctype>
 #include <numeric>
@@ -72,17 +74,17 @@ std::string textOfCodes(const std::vector<int>& codes, char unknown)
         elements.clear();
     };
     for (const int code : codes) {
-        if (code == 0)
+        if (code == eSYMBOL_DOT)
             elements += '.';
-        else if (code == 1)
+        else if (code == eSYMBOL_DASH)
             elements += '-';
-        else if (code == 3)
+        else if (code == eSYMBOL_NEW_CHAR)
             endCharacter();
-        else if (code == 4 || code == 5) {
+        else if (code == eSYMBOL_NEW_WORD || code == eSYMBOL_NEW_LINE) {
             if (!elements.empty())
                 endCharacter();
             text += ' ';
-            if (code == 5)
+            if (code == eSYMBOL_NEW_LINE)
                 afterDigit = false;
         }
     }

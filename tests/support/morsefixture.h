@@ -4,6 +4,7 @@
 
 #include "host/standin/hosttree.h"
 #include "host/values.h"
+#include "morse/symbolcodes.h"
 #include "session/morsehandler.h"
 
 #include <QString>
@@ -104,21 +105,21 @@ struct MorseFixture : MorseValues
     {
         switch (symbol) {
         case '.':
-            return 0;
+            return eSYMBOL_DOT;
         case '-':
-            return 1;
+            return eSYMBOL_DASH;
         case 'c':
-            return 3;
+            return eSYMBOL_NEW_CHAR;
         case 'w':
-            return 4;
+            return eSYMBOL_NEW_WORD;
         case 'n':
-            return 5;
+            return eSYMBOL_NEW_LINE;
         case 'd':
-            return 64;
+            return eSYMBOL_DOT_TOO_SHORT;
         case 'l':
-            return 65;
+            return eSYMBOL_DASH_TOO_LONG;
         case 'p':
-            return 66;
+            return eSYMBOL_PAUSE_TOO_SHORT;
         default:
             return 2;
         }
