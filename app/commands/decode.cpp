@@ -46,7 +46,7 @@ public:
         m_reception.symbol(code);
     }
 
-    void transmissionStopped(std::int64_t time_us) override
+    void transmissionStopped(std::int64_t time_us, const demodulator::SignalReport&) override
     {
         m_reception.time(time_us);
         m_reception.endTransmission();

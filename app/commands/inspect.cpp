@@ -60,9 +60,9 @@ public:
         m_station.receiveSymbol(code);
     }
 
-    void transmissionStopped(std::int64_t time_us) override
+    void transmissionStopped(std::int64_t time_us, const demodulator::SignalReport& report) override
     {
-        m_notes.transmissionStopped(time_us);
+        m_notes.transmissionStopped(time_us, report);
         m_station.receiveTime(static_cast<unsigned long long>(time_us));
     }
 

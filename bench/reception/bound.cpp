@@ -25,7 +25,7 @@ class Codes : public SymbolSink
 public:
     void transmissionStarted(std::int64_t) override {}
     void symbol(int code, std::int64_t) override { codes.push_back(code); }
-    void transmissionStopped(std::int64_t) override {}
+    void transmissionStopped(std::int64_t, const SignalReport&) override {}
 
     std::vector<int> codes;
 };
@@ -62,10 +62,10 @@ std::vector<int> boundOf(const Recording& recording, const Recording& clean)
     const std::int64_t steps = history.end() / baseband.stepSamples() - 2;
     std::complex<double> sum = 0.0;
     for (std::int64_t step = 0; step < steps; ++step)
-        sum += cleanBaseband.step(cleanHistory, step);
+        sum += cleanBaseband.step(cleanHistory, step).value;
 
     constexpr double KEY_DOWN = 0.9; // amplitude that the clean recording was brought to
-    const double unit_steps = 1.2 / recording.speed_wpm / STEP_s;
+    const double unit_steps = unitOf_s(recording.speed_wpm) / STEP_s;
     Level level;
     level.signal = std::pow(0.5 * scale * KEY_DOWN, 2.0);
     level.noise = noisePower / baseband.stepSamples();
@@ -85,7 +85,7 @@ std::vector<int> boundOf(const Recording& recording, const Recording& clean)
     Classifier classifier(codes);
     std::int64_t given = 0;
     for (std::int64_t step = 0; step < steps; ++step) {
-        likelihood.push(baseband.step(history, step));
+        likelihood.push(baseband.step(history, step).value);
         trellis.advance();
         const bool last = step + 1 == steps;
         if ((step + 1) % REVIEW_steps != 0 && !last)
@@ -96,7 +96,7 @@ std::vector<int> boundOf(const Recording& recording, const Recording& clean)
             if (!last && segment.end_step > step - LATE_steps)
                 break;
             if (isMark(segment.kind))
-                classifier.mark(segment.kind, segment.begin_step, segment.end_step, 1.0);
+                classifier.mark({segment.kind, segment.begin_step, segment.end_step, 1.0});
             else
                 classifier.gap(segment.kind);
             given = segment.end_step;

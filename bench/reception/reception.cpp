@@ -46,7 +46,7 @@ public:
         (m_first ? firstDelays_s : begins ? earlyDelays_s : delays_s).push_back(delay_s);
         m_first = false;
     }
-    void transmissionStopped(std::int64_t) override {}
+    void transmissionStopped(std::int64_t, const demodulator::SignalReport&) override {}
 
     std::vector<int> codes;
     std::size_t transmissions = 0;

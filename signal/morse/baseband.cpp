@@ -16,7 +16,7 @@ constexpr int WINDOW_STEPS = 3; // Hann windows three steps long, one a step, ad
 Baseband::Baseband(double rate_Hz, double tone_Hz)
     : m_rate_Hz(rate_Hz)
     , m_tone_Hz(tone_Hz)
-    , m_stepSamples(std::max(1, static_cast<int>(std::lround(STEP_s * rate_Hz))))
+    , m_stepSamples(stepSamplesAt(rate_Hz))
 {
     const int length = WINDOW_STEPS * m_stepSamples;
     for (int n = 0; n < length; ++n) {
@@ -26,13 +26,18 @@ Baseband::Baseband(double rate_Hz, double tone_Hz)
     m_samples.resize(m_window.size());
 }
 
+int Baseband::stepSamplesAt(double rate_Hz)
+{
+    return std::max(1, static_cast<int>(std::lround(STEP_s * rate_Hz)));
+}
+
 std::int64_t Baseband::neededEnd(std::int64_t step) const
 {
     return step * m_stepSamples - static_cast<std::int64_t>(m_window.size() / 2) +
            static_cast<std::int64_t>(m_window.size());
 }
 
-std::complex<double> Baseband::step(const SampleHistory& history, std::int64_t step)
+Step Baseband::step(const SampleHistory& history, std::int64_t step)
 {
     const auto half = static_cast<std::int64_t>(m_window.size() / 2);
     history.copy(step * m_stepSamples - half, m_samples.size(), m_samples.data());
@@ -49,9 +54,8 @@ std::complex<double> Baseband::step(const SampleHistory& history, std::int64_t s
         carrier = {carrier.real() * turn.real() - carrier.imag() * turn.imag(),
                    carrier.real() * turn.imag() + carrier.imag() * turn.real()};
     }
-    m_rest = std::max(0.0, power - 2.0 * std::norm(sum));
     m_phase = std::fmod(m_phase + advance * m_stepSamples, 2.0 * PI);
-    return sum;
+    return {sum, std::max(0.0, power - 2.0 * std::norm(sum)) / m_stepSamples, m_tone_Hz};
 }
 
 } // namespace demodulator

@@ -3,9 +3,11 @@
 // lets the channel speak once it is sure of a signal.
 #include "signal/morse/demodulator.h"
 
-#include "signal/morse/channel.h"
+#include "signal/morse/baseband.h"
+#include "signal/morse/limits.h"
+#include "signal/morse/observer.h"
+#include "signal/morse/signalchain.h"
 #include "signal/morse/tonefinder.h"
-#include "signal/morse/witness.h"
 #include "signal/samples/samples.h"
 
 #include <algorithm>
@@ -16,11 +18,6 @@ namespace demodulator {
 
 namespace {
 
-constexpr double LOWEST_RATE_Hz = 4000.0;
-constexpr double HIGHEST_RATE_Hz = 768000.0;
-constexpr double LOWEST_TONE_Hz = 150.0;
-constexpr double HIGHEST_TONE_Hz = 3500.0;
-constexpr double TOLD_TONE_TOLERANCE_Hz = 50.0;
 constexpr double HISTORY_s = 8.0;
 constexpr double HEARD_AGAIN_s = 6.0; // of what came before a signal was noticed
 // A signal is given once its speed is sure: dots and dashes have been heard, and any speed at which
@@ -59,27 +56,62 @@ bool usable(double rate_Hz)
     return rate_Hz >= LOWEST_RATE_Hz && rate_Hz <= HIGHEST_RATE_Hz;
 }
 
+// A chain and the mixer that makes its steps from the sound.
+class Follower
+{
+public:
+    Follower(const SignalGuess& guess, double rate_Hz, std::int64_t begin_sample,
+             std::optional<double> speed_wpm, SymbolSink& sink, Observer* observer = nullptr)
+        : m_baseband(rate_Hz, guess.tone_Hz)
+        , m_chain(guess, m_baseband.stepSamples() / rate_Hz,
+                  begin_sample / m_baseband.stepSamples(), speed_wpm, sink, observer)
+    {
+    }
+
+    SignalChain& chain() { return m_chain; }
+    const SignalChain& chain() const { return m_chain; }
+
+    /// Goes on to the end of the history.
+    void process(const SampleHistory& history)
+    {
+        while (!m_chain.ended() && m_baseband.neededEnd(m_chain.end_step()) <= history.end()) {
+            m_baseband.setTone(m_chain.tone_Hz());
+            m_chain.push(m_baseband.step(history, m_chain.end_step()));
+        }
+    }
+
+    std::int64_t firstMark_sample() const { return sample(m_chain.firstMark_step()); }
+    std::int64_t lastMark_sample() const { return sample(m_chain.lastMark_step()); }
+    std::int64_t lastGiven_sample() const { return sample(m_chain.lastGiven_step()); }
+
+private:
+    std::int64_t sample(std::int64_t step) const { return step * m_baseband.stepSamples(); }
+
+    Baseband m_baseband;
+    SignalChain m_chain;
+};
+
 } // namespace
 
 class Demodulator::Private
 {
 public:
-    Private(const Settings& settings, SymbolSink& sink, Witness* witness)
+    Private(const Settings& settings, SymbolSink& sink, Observer* observer)
         : m_settings(settings)
         , m_sink(sink)
-        , m_witness(witness)
+        , m_observer(observer)
         , m_decimator(settings.sampleRate_Hz)
         , m_rate_Hz(m_decimator.outputRate_Hz())
         , m_history(static_cast<std::size_t>(HISTORY_s * m_rate_Hz))
         , m_finder(m_rate_Hz)
         , m_frame(m_finder.frameLength())
     {
-        const auto told = [](std::optional<double>& value, double least, double most) {
+        const auto limit = [](std::optional<double>& value, double least, double most) {
             if (value && !(*value >= least && *value <= most))
                 value.reset();
         };
-        told(m_settings.tone_Hz, 50.0, HIGHEST_TONE_Hz);
-        told(m_settings.speed_wpm, 4.0, 80.0);
+        limit(m_settings.tone_Hz, LOWEST_SET_TONE_Hz, HIGHEST_SET_TONE_Hz);
+        limit(m_settings.speed_wpm, LOWEST_SET_SPEED_wpm, HIGHEST_SET_SPEED_wpm);
     }
 
     void push(const float* samples, std::size_t count)
@@ -103,10 +135,10 @@ public:
         consume();
         if (!m_active)
             search(2.0 * HISTORY_s); // whatever the age of the candidate
-        if (m_candidate && m_candidate->confirmed() && takesOver())
+        if (m_candidate && m_candidate->chain().confirmed() && takesOver())
             promote();
         if (m_active)
-            m_active->finish();
+            m_active->chain().finish();
     }
 
 private:
@@ -119,14 +151,21 @@ private:
         return samplesIn(duration_s) / static_cast<std::int64_t>(m_finder.hop());
     }
 
+    // Noise of one sample to that of one step.
+    double ofStep(double noise) const { return noise / Baseband::stepSamplesAt(m_rate_Hz); }
+    SignalGuess guess(const ToneCandidate& found) const
+    {
+        return {found.tone_Hz, found.level, ofStep(found.noise)};
+    }
+
     // Everything happens at whole hops of the signal, however the input is cut.
     void consume()
     {
         std::size_t used = 0;
         for (; used + m_finder.hop() <= m_waiting.size(); used += m_finder.hop()) {
             m_history.push(m_waiting.data() + used, m_finder.hop());
-            if (m_witness)
-                m_witness->sound(m_waiting.data() + used, m_finder.hop(), m_rate_Hz);
+            if (m_observer)
+                m_observer->sound(m_waiting.data() + used, m_finder.hop(), m_rate_Hz);
             hop();
         }
         m_waiting.erase(m_waiting.begin(), m_waiting.begin() + static_cast<std::ptrdiff_t>(used));
@@ -139,7 +178,7 @@ private:
         m_finder.push(m_frame.data());
         if (m_active) {
             m_active->process(m_history);
-            if (m_active->ended()) {
+            if (m_active->chain().ended()) {
                 m_heardUntil = m_active->lastGiven_sample() + samplesIn(AFTER_LAST_s);
                 m_active.reset();
             }
@@ -148,31 +187,31 @@ private:
             m_candidate->process(m_history);
         if (m_finder.frames() % SEARCH_HOPS == 0) {
             if (m_active)
-                m_active->setNoise(noiseFor(*m_active));
+                m_active->chain().setNoise(ofStep(noiseFor(m_active->chain())));
             search(CANDIDATE_LIFE_s);
         }
         if (m_active && m_finder.frames() % COMPARE_HOPS == 0)
             yieldToStronger();
-        if (m_candidate && m_candidate->confirmed() && takesOver() && heardEnough())
+        if (m_candidate && m_candidate->chain().confirmed() && takesOver() && heardEnough())
             promote();
     }
 
     // What fills the gaps of keying is noise as well, a harmonic of hum say.
-    double noiseFor(const Channel& channel) const
+    double noiseFor(const SignalChain& chain) const
     {
         const std::int64_t frames = framesIn(NOISE_SPAN_s);
-        const double beside = m_finder.noiseNear(channel.tone_Hz(), frames);
-        return channel.steady() ? beside
-                                : std::max(beside, m_finder.noiseInGaps(channel.tone_Hz(), frames));
+        const double beside = m_finder.noiseNear(chain.tone_Hz(), frames);
+        return chain.steady() ? beside
+                              : std::max(beside, m_finder.noiseInGaps(chain.tone_Hz(), frames));
     }
 
     bool heardEnough() const
     {
         const std::int64_t heard = m_history.end() - m_candidate->firstMark_sample();
-        const std::int64_t marks = m_candidate->marks();
+        const std::int64_t marks = m_candidate->chain().marks();
         const bool surveyed = m_finder.frames() > framesIn(SEARCH_s);
         const bool sure = surveyed && heard > samplesIn(SURE_AFTER_s) &&
-                          marks >= SURE_AFTER_marks && m_candidate->margin() > SURE_MARGIN;
+                          marks >= SURE_AFTER_marks && m_candidate->chain().margin() > SURE_MARGIN;
         return sure || (heard > samplesIn(HEARD_FIRST_s) && marks >= HEARD_FIRST_marks) ||
                heard > samplesIn(HEARD_FIRST_AT_MOST_s);
     }
@@ -187,17 +226,17 @@ private:
     void promote()
     {
         if (m_active) {
-            m_active->finish();
+            m_active->chain().finish();
             m_heardUntil = m_active->lastGiven_sample();
         }
         const std::int64_t begin =
             std::max({m_candidateSince, m_heardUntil,
                       m_candidate->firstMark_sample() - samplesIn(BEFORE_FIRST_s)});
-        m_active = std::make_unique<Channel>(m_candidate->heard(), m_rate_Hz, begin,
-                                             m_settings.speed_wpm, m_sink, m_witness);
+        m_active = std::make_unique<Follower>(m_candidate->chain().heard(), m_rate_Hz, begin,
+                                              m_settings.speed_wpm, m_sink, m_observer);
         m_candidate.reset();
         m_active->process(m_history);
-        m_active->release();
+        m_active->chain().release();
     }
 
     // What was heard first may be the weaker of two. Who took over and fell silent at once is soon
@@ -211,14 +250,14 @@ private:
             return;
         const std::int64_t frames = span / static_cast<std::int64_t>(m_finder.hop());
         const auto found = findTone(frames);
-        if (!found || std::fabs(m_active->tone_Hz() - found->tone_Hz) < OTHER_TONE_Hz ||
+        if (!found || std::fabs(m_active->chain().tone_Hz() - found->tone_Hz) < OTHER_TONE_Hz ||
             m_finder.power(found->tone_Hz, 0, frames) <
-                STRONGER_POWER * m_finder.power(m_active->tone_Hz(), 0, frames))
+                STRONGER_POWER * m_finder.power(m_active->chain().tone_Hz(), 0, frames))
             return;
-        auto rival =
-            std::make_unique<Channel>(*found, m_rate_Hz, now - span, m_settings.speed_wpm, m_sink);
+        auto rival = std::make_unique<Follower>(guess(*found), m_rate_Hz, now - span,
+                                                m_settings.speed_wpm, m_sink);
         rival->process(m_history);
-        if (!rival->confirmed())
+        if (!rival->chain().confirmed())
             return;
         m_candidate = std::move(rival);
         m_candidateSince = now - span;
@@ -231,8 +270,8 @@ private:
         double lowest_Hz = LOWEST_TONE_Hz;
         double highest_Hz = HIGHEST_TONE_Hz;
         if (m_settings.tone_Hz) {
-            lowest_Hz = *m_settings.tone_Hz - TOLD_TONE_TOLERANCE_Hz;
-            highest_Hz = *m_settings.tone_Hz + TOLD_TONE_TOLERANCE_Hz;
+            lowest_Hz = *m_settings.tone_Hz - SET_TONE_TOLERANCE_Hz;
+            highest_Hz = *m_settings.tone_Hz + SET_TONE_TOLERANCE_Hz;
         }
         return m_finder.find(frames, lowest_Hz, highest_Hz);
     }
@@ -245,8 +284,8 @@ private:
         std::int64_t frames = framesIn(SEARCH_s);
         if (m_active) {
             const std::int64_t silence = now - m_active->lastMark_sample();
-            if (silence <
-                samplesIn(std::max(RIVAL_SILENCE_s, RIVAL_SILENCE_units * m_active->unit_s()))) {
+            if (silence < samplesIn(std::max(RIVAL_SILENCE_s,
+                                             RIVAL_SILENCE_units * m_active->chain().unit_s()))) {
                 m_candidate.reset();
                 return;
             }
@@ -256,22 +295,23 @@ private:
         if (m_candidate && now - m_candidateBegin > samplesIn(candidateLife_s))
             m_candidate.reset();
         const auto found = findTone(frames);
-        if (!found || (m_active && std::fabs(m_active->tone_Hz() - found->tone_Hz) < OWN_TONE_Hz))
+        if (!found ||
+            (m_active && std::fabs(m_active->chain().tone_Hz() - found->tone_Hz) < OWN_TONE_Hz))
             return;
         // Who was there all the time is no answer.
         if (m_active && m_finder.power(found->tone_Hz, frames, framesIn(SEARCH_s)) >
                             NEIGHBOUR_POWER * m_finder.power(found->tone_Hz, 0, frames))
             return;
         // What was noticed at its very beginning looked weaker than it is: it is heard again.
-        const bool same =
-            m_candidate && std::fabs(m_candidate->tone_Hz() - found->tone_Hz) < SAME_TONE_Hz;
+        const bool same = m_candidate &&
+                          std::fabs(m_candidate->chain().tone_Hz() - found->tone_Hz) < SAME_TONE_Hz;
         if (m_candidate &&
-            ((same && m_candidate->confirmed()) || found->level < 2.0 * m_candidateLevel))
+            ((same && m_candidate->chain().confirmed()) || found->level < 2.0 * m_candidateLevel))
             return;
         if (!same)
             m_candidateBegin = now;
-        m_candidate =
-            std::make_unique<Channel>(*found, m_rate_Hz, since, m_settings.speed_wpm, m_sink);
+        m_candidate = std::make_unique<Follower>(guess(*found), m_rate_Hz, since,
+                                                 m_settings.speed_wpm, m_sink);
         m_candidateSince = since;
         m_candidateLevel = found->level;
         m_candidate->process(m_history);
@@ -279,25 +319,25 @@ private:
 
     Settings m_settings;
     SymbolSink& m_sink;
-    Witness* m_witness;
+    Observer* m_observer;
     Decimator m_decimator;
     double m_rate_Hz;
     SampleHistory m_history;
     ToneFinder m_finder;
     std::vector<float> m_frame;
     std::vector<float> m_waiting;
-    std::unique_ptr<Channel> m_active;    // has a confirmed signal and speaks
-    std::unique_ptr<Channel> m_candidate; // listens to what may be one
-    std::int64_t m_heardUntil = 0;        // what came before was given
-    std::int64_t m_candidateBegin = 0;    // when it was noticed
-    std::int64_t m_candidateSince = 0;    // where it began to listen
+    std::unique_ptr<Follower> m_active;    // has a confirmed signal and speaks
+    std::unique_ptr<Follower> m_candidate; // listens to what may be one
+    std::int64_t m_heardUntil = 0;         // what came before was given
+    std::int64_t m_candidateBegin = 0;     // when it was noticed
+    std::int64_t m_candidateSince = 0;     // where it began to listen
     double m_candidateLevel = 0.0;
 };
 
-Demodulator::Demodulator(const Settings& settings, SymbolSink& sink, Witness* witness)
+Demodulator::Demodulator(const Settings& settings, SymbolSink& sink, Observer* observer)
 {
     if (usable(settings.sampleRate_Hz))
-        m_d = std::make_unique<Private>(settings, sink, witness);
+        m_d = std::make_unique<Private>(settings, sink, observer);
 }
 
 Demodulator::~Demodulator() = default;

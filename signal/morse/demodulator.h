@@ -2,46 +2,13 @@
 // Sound of keyed Morse to symbol codes with times.
 #pragma once
 
+#include "signal/morse/symbolsink.h"
+
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <optional>
 
 namespace demodulator {
-
-/// Receives what is heard, in order of time. Times are microseconds of signal since the first
-/// sample; the computer's clock plays no part.
-///
-/// Symbol codes as the host contract numbers them: 0 dot, 1 dash, 3 end of character, 4 end of
-/// word, 64 dot too short, 65 dash too long, 66 pause too short.
-/// - A timing mark follows the dot or dash it complains of (64: a dot under half a unit, 65: a dash
-///   over 5 units), or stands before the mark that came too soon (66: a pause under 0.4 units). The
-///   dot or dash is written all the same, so the text stays readable. A mark of over 8 units is no
-///   keying any more: it is a 65 without a dash.
-/// - The end of a word is code 3 and then code 4, so that the last character of a word is decoded
-///   as every other and the blank comes by itself.
-/// - 5, end of line, is written by the host at the next transmissionStarted(), not here.
-///
-/// Delay: a code is given at most 1 s after the mark that it reports on (a character gap: after the
-/// end of its character, a word gap: after the gap is one). Only a transmission's beginning can
-/// take longer: until it is surely keying, and its speed is sure or 2 s and 8 marks, or 4.5 s, have
-/// come.
-class SymbolSink
-{
-public:
-    virtual ~SymbolSink();
-
-    /// Begin of the first mark.
-    virtual void transmissionStarted(std::int64_t time_us) = 0;
-
-    /// End of the mark for 0, 1, 64 and 65; end of the pause for 66; for the gaps 3 and 4 the end
-    /// of the last mark before them.
-    virtual void symbol(int code, std::int64_t time_us) = 0;
-
-    /// End of its last mark; comes after the final gap codes, once there was silence for 3 s or 45
-    /// units, whichever is longer, or the input has ended, or another signal has taken over.
-    virtual void transmissionStopped(std::int64_t time_us) = 0;
-};
 
 struct Settings
 {
@@ -50,14 +17,15 @@ struct Settings
     std::optional<double> speed_wpm; ///< expect this speed, within 20 %
 };
 
-class Witness;
+class Observer;
 
-/// Precondition: 4 kHz <= sampleRate_Hz <= 768 kHz; a demodulator of any other rate hears nothing.
-/// Sink and witness must outlive the demodulator. Not for use from several threads at once.
+/// A demodulator of a rate outside limits.h hears nothing; a tone or speed outside counts as not
+/// set.
+/// Sink and observer must outlive the demodulator. Not for use from several threads at once.
 class Demodulator
 {
 public:
-    Demodulator(const Settings& settings, SymbolSink& sink, Witness* witness = nullptr);
+    Demodulator(const Settings& settings, SymbolSink& sink, Observer* observer = nullptr);
     ~Demodulator();
     Demodulator(const Demodulator&) = delete;
     Demodulator& operator=(const Demodulator&) = delete;

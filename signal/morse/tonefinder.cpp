@@ -10,8 +10,6 @@ namespace demodulator {
 namespace {
 
 constexpr double PI = 3.14159265358979323846;
-constexpr double FRAME_s = 0.064;
-constexpr double HOP_s = 0.032;
 constexpr std::int64_t KEPT_FRAMES = 256; // 8 s
 constexpr double NOISE_NEAREST_Hz = 40.0; // the tone itself ends here
 constexpr double NOISE_WIDTH_Hz = 200.0;  // narrow receiver filters end here

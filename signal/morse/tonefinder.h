@@ -4,6 +4,7 @@
 #pragma once
 
 #include "signal/samples/samples.h"
+#include "signal/timing.h"
 
 #include <complex>
 #include <cstdint>

@@ -103,7 +103,7 @@ void Notes::text(const QString& text)
         m_ended->text += text.trimmed();
 }
 
-void Notes::transmissionStopped(std::int64_t time_us)
+void Notes::transmissionStopped(std::int64_t time_us, const demodulator::SignalReport&)
 {
     m_seen.transmissions.back().end_us = time_us;
     if (m_mark && m_gap && m_gap->kind != GapKind::Inner) {

@@ -2,8 +2,8 @@
 // Takes notes of what a demodulator sees and decides in a stretch of a recording.
 #pragma once
 
-#include "signal/morse/demodulator.h"
-#include "signal/morse/witness.h"
+#include "signal/morse/observer.h"
+#include "signal/morse/symbolsink.h"
 
 #include <QString>
 
@@ -75,8 +75,8 @@ struct Seen
     std::vector<Transmission> transmissions;
 };
 
-/// Sink and witness of a demodulator. Memory grows with the stretch, not with the recording.
-class Notes : public demodulator::SymbolSink, public demodulator::Witness
+/// Sink and observer of a demodulator. Memory grows with the stretch, not with the recording.
+class Notes : public demodulator::SymbolSink, public demodulator::Observer
 {
 public:
     explicit Notes(const Stretch& stretch);
@@ -85,7 +85,8 @@ public:
 
     void transmissionStarted(std::int64_t time_us) override;
     void symbol(int code, std::int64_t time_us) override;
-    void transmissionStopped(std::int64_t time_us) override;
+    void transmissionStopped(std::int64_t time_us,
+                             const demodulator::SignalReport& report) override;
     /// What the last code was decoded to; white space is none.
     void text(const QString& text);
 

@@ -4,6 +4,7 @@
 #include "support/codelist.h"
 
 #include <QtTest>
+#include <cmath>
 
 using namespace demodulator;
 
@@ -21,9 +22,9 @@ private Q_SLOTS:
     {
         testsupport::CodeList list;
         Classifier classifier(list);
-        classifier.mark(Kind::Dot, 0, 60000, UNIT_us);
+        classifier.mark({Kind::Dot, 0, 60000, UNIT_us});
         classifier.gap(Kind::ElementGap);
-        classifier.mark(Kind::Dash, 120000, 300000, UNIT_us);
+        classifier.mark({Kind::Dash, 120000, 300000, UNIT_us});
         classifier.gap(Kind::WordGap);
         QCOMPARE(list.transmissions.size(), std::size_t(1));
         QCOMPARE(list.transmissions[0].start_us, std::int64_t(0));
@@ -35,7 +36,7 @@ private Q_SLOTS:
     {
         testsupport::CodeList list;
         Classifier classifier(list);
-        classifier.mark(Kind::Dot, 0, 60000, UNIT_us);
+        classifier.mark({Kind::Dot, 0, 60000, UNIT_us});
         for (const double length_us : {60e3, 150e3, 200e3, 290e3, 310e3, 400e3, 2.9e6})
             classifier.gapSoFar(length_us, UNIT_us, 2.0, 5.0);
         QCOMPARE(list.transmissions[0].codes, (std::vector<int>{0, 3, 4}));
@@ -48,9 +49,9 @@ private Q_SLOTS:
     {
         testsupport::CodeList list;
         Classifier classifier(list);
-        classifier.mark(Kind::Dot, 0, 25000, UNIT_us);
+        classifier.mark({Kind::Dot, 0, 25000, UNIT_us});
         classifier.gap(Kind::ElementGap);
-        classifier.mark(Kind::Dash, 45000, 45000 + 330000, UNIT_us);
+        classifier.mark({Kind::Dash, 45000, 45000 + 330000, UNIT_us});
         QCOMPARE(list.transmissions[0].codes, (std::vector<int>{0, 64, 66, 1, 65}));
         QCOMPARE(list.transmissions[0].times_us,
                  (std::vector<std::int64_t>{25000, 25000, 45000, 375000, 375000}));
@@ -59,9 +60,9 @@ private Q_SLOTS:
     {
         testsupport::CodeList list;
         Classifier classifier(list);
-        classifier.mark(Kind::Dash, 0, 180000, UNIT_us);
+        classifier.mark({Kind::Dash, 0, 180000, UNIT_us});
         classifier.gap(Kind::ElementGap);
-        classifier.mark(Kind::Dash, 150000, 400000, UNIT_us);
+        classifier.mark({Kind::Dash, 150000, 400000, UNIT_us});
         QCOMPARE(list.transmissions[0].codes, (std::vector<int>{1, 66, 1}));
         QCOMPARE(list.transmissions[0].times_us,
                  (std::vector<std::int64_t>{180000, 180000, 400000}));
@@ -70,7 +71,7 @@ private Q_SLOTS:
     {
         testsupport::CodeList list;
         Classifier classifier(list);
-        classifier.mark(Kind::Carrier, 0, 2000000, UNIT_us);
+        classifier.mark({Kind::Carrier, 0, 2000000, UNIT_us});
         classifier.stop();
         QCOMPARE(list.transmissions[0].codes, (std::vector<int>{65}));
     }
@@ -80,11 +81,29 @@ private Q_SLOTS:
         Classifier classifier(list);
         classifier.stop();
         QVERIFY(list.transmissions.empty());
-        classifier.mark(Kind::Dash, 0, 180000, UNIT_us);
+        classifier.mark({Kind::Dash, 0, 180000, UNIT_us});
         classifier.stop();
         classifier.stop();
         QCOMPARE(list.transmissions[0].codes, (std::vector<int>{1, 3}));
         QCOMPARE(list.transmissions[0].stop_us, std::int64_t(180000));
+    }
+    void theReportHoldsMeansOverTheMarksOfATransmission()
+    {
+        testsupport::CodeList list;
+        Classifier classifier(list);
+        classifier.mark({Kind::Dot, 0, 60000, UNIT_us, 700.0, 40.0});
+        classifier.mark({Kind::Dash, 120000, 300000, 0.8 * UNIT_us, 704.0, 120.0});
+        classifier.stop();
+        classifier.mark({Kind::Dot, 9000000, 9060000, 2.0 * UNIT_us, 650.0, 1e30});
+        classifier.stop();
+        const SignalReport& first = list.transmissions[0].report;
+        QCOMPARE(first.tone_Hz, 703.0); // a dash weighs as much as three dots
+        QVERIFY(std::fabs(first.speed_wpm - 20.0 / 0.85) < 1e-9);
+        QVERIFY(std::fabs(first.snr_dB - 20.0) < 1e-9);
+        const SignalReport& second = list.transmissions[1].report;
+        QCOMPARE(second.tone_Hz, 650.0);
+        QCOMPARE(second.speed_wpm, 10.0);
+        QCOMPARE(second.snr_dB, 99.0);
     }
     void theEndingSilenceIs3SecondsOr45Units()
     {

@@ -368,6 +368,30 @@ private Q_SLOTS:
         demodulator.finish();
         QVERIFY(list.transmissions == before);
     }
+    void theReportTellsToneSpeedAndStrength_data()
+    {
+        QTest::addColumn<double>("speed_wpm");
+        QTest::addColumn<double>("snr_dB");
+        for (const double speed_wpm : {12.0, 25.0}) {
+            for (const double snr_dB : {3.0, 10.0, 20.0})
+                QTest::addRow("%g wpm, %+g dB", speed_wpm, snr_dB) << speed_wpm << snr_dB;
+        }
+    }
+    void theReportTellsToneSpeedAndStrength()
+    {
+        QFETCH(double, speed_wpm);
+        QFETCH(double, snr_dB);
+        const CodeList list = decodeAll(keyedText(speed_wpm, 8000.0, snr_dB), 8000.0);
+        QCOMPARE(list.transmissions.size(), std::size_t(1));
+        const demodulator::SignalReport& report = list.transmissions.front().report;
+        QVERIFY2(std::fabs(report.tone_Hz - 700.0) < 1.0,
+                 QByteArray::number(report.tone_Hz).constData());
+        QVERIFY2(std::fabs(report.speed_wpm / speed_wpm - 1.0) < 0.05,
+                 QByteArray::number(report.speed_wpm).constData());
+        // The edges of a strong signal's keying count as noise beside it.
+        QVERIFY2(report.snr_dB < snr_dB + 1.0 && report.snr_dB > snr_dB - 2.5,
+                 QByteArray::number(report.snr_dB).constData());
+    }
     void aToldToneChoosesBetweenTwoSignals()
     {
         Hand hand;

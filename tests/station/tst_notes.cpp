@@ -39,10 +39,10 @@ public:
         list.symbol(code, time_us);
         m_notes.symbol(code, time_us);
     }
-    void transmissionStopped(std::int64_t time_us) override
+    void transmissionStopped(std::int64_t time_us, const demodulator::SignalReport& report) override
     {
-        list.transmissionStopped(time_us);
-        m_notes.transmissionStopped(time_us);
+        list.transmissionStopped(time_us, report);
+        m_notes.transmissionStopped(time_us, report);
     }
 
     testsupport::CodeList list;
@@ -72,7 +72,7 @@ class tst_Notes : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aWitnessChangesNothing()
+    void anObserverChangesNothing()
     {
         const std::vector<float> samples = sounds(TEXT, 0.0);
         Notes notes({0, duration_us(samples)});
@@ -155,7 +155,7 @@ private Q_SLOTS:
         notes.symbol(1, 1100);
         notes.symbol(3, 1100);
         notes.text("");
-        notes.transmissionStopped(1100);
+        notes.transmissionStopped(1100, {});
         QCOMPARE(notes.seen().characters.size(), std::size_t(2));
         QCOMPARE(notes.seen().characters[0].text, QStringLiteral("E"));
         QCOMPARE(notes.seen().characters[1].text, QString());
@@ -177,7 +177,7 @@ private Q_SLOTS:
         notes.symbol(65, 660);
         notes.mark(760, 2760, 100);
         notes.symbol(65, 2760);
-        notes.transmissionStopped(2760);
+        notes.transmissionStopped(2760, {});
         const std::vector<Mark>& marks = notes.seen().marks;
         QCOMPARE(marks.size(), std::size_t(3));
         QVERIFY(marks[0].tooShort && !marks[0].tooLong && !marks[0].tooSoon);
@@ -193,7 +193,7 @@ private Q_SLOTS:
             notes.symbol(code, 0);
         notes.text("X");
         notes.transmissionStarted(0);
-        notes.transmissionStopped(0);
+        notes.transmissionStopped(0, {});
         QVERIFY(notes.seen().marks.empty() && notes.seen().characters.empty());
     }
 

@@ -16,7 +16,8 @@ namespace testsupport {
 struct Transmission
 {
     std::int64_t start_us = 0;
-    std::int64_t stop_us = -1; ///< -1: not stopped
+    std::int64_t stop_us = -1;        ///< -1: not stopped
+    demodulator::SignalReport report; ///< once it has stopped
     std::vector<int> codes;
     std::vector<std::int64_t> times_us;
 
@@ -32,15 +33,16 @@ class CodeList : public demodulator::SymbolSink
 public:
     void transmissionStarted(std::int64_t time_us) override
     {
-        transmissions.push_back({time_us, -1, {}, {}});
+        transmissions.push_back({time_us, -1, {}, {}, {}});
     }
     void symbol(int code, std::int64_t time_us) override
     {
         transmissions.back().codes.push_back(code);
         transmissions.back().times_us.push_back(time_us);
     }
-    void transmissionStopped(std::int64_t time_us) override
+    void transmissionStopped(std::int64_t time_us, const demodulator::SignalReport& report) override
     {
+        transmissions.back().report = report;
         transmissions.back().stop_us = time_us;
     }
 

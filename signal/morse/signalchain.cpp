@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "signal/morse/channel.h"
+#include "signal/morse/signalchain.h"
 
 #include "signal/morse/phasetracker.h"
+#include "signal/timing.h"
 
 #include <algorithm>
 #include <cmath>
@@ -37,81 +38,89 @@ constexpr double TONE_MEMORY_s = 2.0;
 constexpr double LEAST_TONE_ERROR_Hz = 0.3;
 constexpr double STEEPEST_TONE_Hz_per_s = 1.0;
 constexpr double LARGEST_PULL_Hz = 1.0; // of the tone, per review
+// Signal over noise of one step to power of the tone over noise in 500 Hz: half the amplitude
+// squared is half the power, and the noise of a step is that of 1 / STEP_s on both sides of 0.
+constexpr double IN_500_Hz = 1.0 / (500.0 * STEP_s);
 
 } // namespace
 
-Channel::Channel(const ToneCandidate& candidate, double rate_Hz, std::int64_t begin_sample,
-                 std::optional<double> speed_wpm, SymbolSink& sink, Witness* witness)
-    : m_baseband(rate_Hz, candidate.tone_Hz)
-    , m_timing(m_baseband.stepSamples() / rate_Hz, speed_wpm)
+SignalChain::SignalChain(const SignalGuess& guess, double step_s, std::int64_t begin_step,
+                         std::optional<double> speed_wpm, SymbolSink& sink, Observer* observer)
+    : m_timing(step_s, speed_wpm)
     , m_trellis(m_timing, m_likelihood)
-    , m_classifier(sink, witness)
-    , m_witness(witness)
-    , m_stepDuration_us(1e6 * m_baseband.stepSamples() / rate_Hz)
-    , m_origin(begin_sample / m_baseband.stepSamples())
+    , m_classifier(sink, observer)
+    , m_observer(observer)
+    , m_tone_Hz(guess.tone_Hz)
+    , m_stepDuration_us(1e6 * step_s)
+    , m_origin(begin_step)
     , m_tones(MarkLikelihood::KEPT_STEPS)
     , m_cycles(MarkLikelihood::KEPT_STEPS)
 {
     Level level;
-    level.noise = candidate.noise / m_baseband.stepSamples();
+    level.noise = guess.noise;
     m_usualRest = level.noise;
     m_weakest = WEAKEST_RATIO * level.noise;
-    level.signal = std::max(candidate.level, m_weakest);
+    level.signal = std::max(guess.signal, m_weakest);
     level.dot_steps = m_unit_steps;
     m_likelihood.setLevel(level);
 }
 
-void Channel::setNoise(double noise)
+void SignalChain::setNoise(double noise)
 {
     Level level = m_likelihood.level();
-    level.noise = noise / m_baseband.stepSamples();
+    level.noise = noise;
     m_weakest = WEAKEST_RATIO * level.noise;
     level.signal = std::max(level.signal, m_weakest);
     m_likelihood.setLevel(level);
 }
 
-bool Channel::steady() const
+bool SignalChain::steady() const
 {
     const auto since = static_cast<double>(m_likelihood.end() - m_carrierUntil);
     return m_carrierUntil > 0 && since * m_stepDuration_us < STEADY_us;
 }
 
-ToneCandidate Channel::heard() const
+SignalGuess SignalChain::heard() const
 {
     const Level& level = m_likelihood.level();
-    return {m_baseband.tone_Hz(), level.signal, level.noise * m_baseband.stepSamples(), 0.0};
+    return {m_tone_Hz, level.signal, level.noise};
 }
 
-std::int64_t Channel::time_us(std::int64_t step) const
+std::int64_t SignalChain::time_us(std::int64_t step) const
 {
     // Boundaries lie halfway between the centres of two steps.
     return std::llround((static_cast<double>(m_origin + step) - 0.5) * m_stepDuration_us);
 }
 
-void Channel::process(const SampleHistory& history)
+void SignalChain::push(const Step& step)
 {
-    while (!m_ended && m_baseband.neededEnd(m_origin + m_likelihood.end()) <= history.end()) {
-        const auto slot = static_cast<std::size_t>(m_likelihood.end() % MarkLikelihood::KEPT_STEPS);
-        m_tones[slot] = static_cast<float>(m_baseband.tone_Hz());
-        m_cycles[slot] = m_nextCycles;
-        m_nextCycles += m_baseband.tone_Hz() * m_stepDuration_us / 1e6;
-        const std::complex<double> step = m_baseband.step(history, m_origin + m_likelihood.end());
-        if (m_witness) {
-            const std::int64_t middle = m_origin + m_likelihood.end();
-            m_witness->step({std::llround(static_cast<double>(middle) * m_stepDuration_us),
-                             m_baseband.tone_Hz(), step, m_likelihood.level()});
-        }
-        m_likelihood.push(step, burst(m_baseband.rest() / m_baseband.stepSamples()));
-        m_trellis.advance();
-        if (m_likelihood.end() % REVIEW_STEPS == 0)
-            review(false);
+    if (m_ended)
+        return;
+    const auto slot = static_cast<std::size_t>(m_likelihood.end() % MarkLikelihood::KEPT_STEPS);
+    const double step_s = m_stepDuration_us / 1e6;
+    m_tones[slot] = static_cast<float>(m_tone_Hz);
+    m_cycles[slot] = m_nextCycles;
+    m_nextCycles += m_tone_Hz * step_s;
+    std::complex<double> value = step.value;
+    if (m_mixedAside_cycles != 0.0)
+        value *= std::polar(1.0, 2.0 * PI * m_mixedAside_cycles);
+    m_mixedAside_cycles =
+        std::remainder(m_mixedAside_cycles + (step.tone_Hz - m_tone_Hz) * step_s, 1.0);
+    if (m_observer) {
+        const auto middle = static_cast<double>(m_origin + m_likelihood.end());
+        m_observer->step(
+            {std::llround(middle * m_stepDuration_us), m_tone_Hz, value, m_likelihood.level()});
     }
+    m_likelihood.push(value, burst(step.rest));
+    m_trellis.advance();
+    if (m_likelihood.end() % REVIEW_STEPS == 0)
+        review(false);
 }
 
 // Noise of a crash of static or a click, 0 where there is none: power beside the tone that rises
 // far over what it usually is. It is as much as that power would be if it were spread evenly; where
 // a receiver's filter leaves less of it than of what is near the tone, as many times more.
-double Channel::burst(double rest)
+double SignalChain::burst(double rest)
 {
     if (rest > MUTED * m_usualRest) {
         const double first = 1.0 / ++m_restSteps;
@@ -124,7 +133,7 @@ double Channel::burst(double rest)
     return rest * std::max(1.0, m_likelihood.level().noise / m_meanRest);
 }
 
-void Channel::finish()
+void SignalChain::finish()
 {
     if (!m_ended) {
         review(true);
@@ -133,7 +142,7 @@ void Channel::finish()
     }
 }
 
-void Channel::review(bool last)
+void SignalChain::review(bool last)
 {
     const std::int64_t now = m_likelihood.end();
     const auto followed = static_cast<std::int64_t>(TONE_SPAN_us / m_stepDuration_us);
@@ -168,14 +177,14 @@ void Channel::review(bool last)
         commit(path, last);
 }
 
-void Channel::follow(const Path& path)
+void SignalChain::follow(const Path& path)
 {
     followLevel(path);
     followTone(path);
     followPhase(path);
 }
 
-void Channel::followLevel(const Path& path)
+void SignalChain::followLevel(const Path& path)
 {
     const std::int64_t now = m_likelihood.end();
     Level level = m_likelihood.level();
@@ -207,7 +216,7 @@ void Channel::followLevel(const Path& path)
 
 // The tone now, from the tones of the last marks: a straight line through them, each weighted with
 // how well it is known, its slope held near zero.
-void Channel::followTone(const Path& path)
+void SignalChain::followTone(const Path& path)
 {
     const std::int64_t now = m_likelihood.end();
     const double step_s = m_stepDuration_us / 1e6;
@@ -231,7 +240,7 @@ void Channel::followTone(const Path& path)
         const double mixed_Hz =
             m_tones[static_cast<std::size_t>(middle % MarkLikelihood::KEPT_STEPS)];
         const double perHertz = 2.0 * PI * static_cast<double>(lag) * step_s;
-        const double offset_Hz = mixed_Hz + std::arg(turn) / perHertz - m_baseband.tone_Hz();
+        const double offset_Hz = mixed_Hz + std::arg(turn) / perHertz - m_tone_Hz;
         const double age_s = static_cast<double>(middle - now) * step_s;
         const double information = std::abs(turn) / noise * perHertz * perHertz;
         const double weight = std::exp(age_s / TONE_MEMORY_s) /
@@ -244,12 +253,11 @@ void Channel::followTone(const Path& path)
     }
     if (s0 > 0.0) {
         const double pull_Hz = (t0 * s2 - t1 * s1) / (s0 * s2 - s1 * s1);
-        m_baseband.setTone(m_baseband.tone_Hz() +
-                           std::clamp(0.5 * pull_Hz, -LARGEST_PULL_Hz, LARGEST_PULL_Hz));
+        m_tone_Hz += std::clamp(0.5 * pull_Hz, -LARGEST_PULL_Hz, LARGEST_PULL_Hz);
     }
 }
 
-void Channel::followPhase(const Path& path)
+void SignalChain::followPhase(const Path& path)
 {
     const std::int64_t now = m_likelihood.end();
     const double step_s = m_stepDuration_us / 1e6;
@@ -279,10 +287,10 @@ void Channel::followPhase(const Path& path)
         marks.push_back(mark);
     }
     const double now_s = static_cast<double>(now) * step_s;
-    const PhaseEstimate estimate = trackPhase(marks, m_baseband.tone_Hz(), now_s);
+    const PhaseEstimate estimate = trackPhase(marks, m_tone_Hz, now_s);
     if (estimate.concentration > 0.0 &&
-        std::fabs(estimate.frequency_Hz - m_baseband.tone_Hz()) < LARGEST_PULL_Hz)
-        m_baseband.setTone(estimate.frequency_Hz);
+        std::fabs(estimate.frequency_Hz - m_tone_Hz) < LARGEST_PULL_Hz)
+        m_tone_Hz = estimate.frequency_Hz;
     if (estimate.concentration > 0.0) {
         m_likelihood.setPhase(2.0 * PI * std::remainder(estimate.cycles - m_nextCycles, 1.0),
                               estimate.concentration);
@@ -292,7 +300,7 @@ void Channel::followPhase(const Path& path)
 }
 
 // Belongs to another signal, whose tone is far off.
-bool Channel::foreign(const Segment& segment) const
+bool SignalChain::foreign(const Segment& segment) const
 {
     const std::int64_t length = segment.end_step - segment.begin_step;
     if (length > MarkLikelihood::KEPT_STEPS / 2 ||
@@ -303,14 +311,26 @@ bool Channel::foreign(const Segment& segment) const
     return std::fabs(offset_Hz) > FOREIGN_TONE_Hz;
 }
 
-bool Channel::tooOld(const Segment& segment, double span_us) const
+bool SignalChain::tooOld(const Segment& segment, double span_us) const
 {
     const std::int64_t now = m_likelihood.end();
     return static_cast<double>(now - segment.end_step) * m_stepDuration_us > span_us ||
            now - segment.begin_step > MarkLikelihood::KEPT_STEPS / 2;
 }
 
-void Channel::commit(const Path& path, bool last)
+DecidedMark SignalChain::describe(const Segment& segment) const
+{
+    DecidedMark mark;
+    mark.kind = segment.kind;
+    mark.begin_us = time_us(segment.begin_step);
+    mark.end_us = time_us(segment.end_step);
+    mark.unit_us = segment.unit_steps * m_stepDuration_us;
+    mark.tone_Hz = m_tone_Hz;
+    mark.snr = IN_500_Hz * m_likelihood.level().signal / m_likelihood.level().noise;
+    return mark;
+}
+
+void SignalChain::commit(const Path& path, bool last)
 {
     const std::int64_t now = m_likelihood.end();
     std::int64_t decided = now - static_cast<std::int64_t>(DELAY_us / m_stepDuration_us);
@@ -337,8 +357,7 @@ void Channel::commit(const Path& path, bool last)
                 m_timing.learn(m_pendingGap->kind, m_pendingGap->units);
                 m_pendingGap.reset();
             }
-            m_classifier.mark(segment.kind, time_us(segment.begin_step), time_us(segment.end_step),
-                              unit_us);
+            m_classifier.mark(describe(segment));
             m_timing.learn(segment.kind, length / segment.unit_steps);
             m_committed = segment.end_step;
             continue;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // For whoever wants to look at a demodulator while it works, such as a picture of a doubtful
-// passage. Nothing is computed for a witness, and it changes nothing.
+// passage. Nothing is computed for an observer, and it changes nothing.
 #pragma once
 
 #include "signal/morse/marklikelihood.h"
@@ -21,10 +21,10 @@ struct FollowedStep
 };
 
 /// Times count from the first sample, as those of a SymbolSink.
-class Witness
+class Observer
 {
 public:
-    virtual ~Witness();
+    virtual ~Observer();
 
     /// The sound as all stages get it, piece by piece from its beginning.
     virtual void sound(const float* samples, std::size_t count, double rate_Hz) = 0;

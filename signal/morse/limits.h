@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+// What the demodulator accepts and looks for. Options, help texts and documents take the limits
+// from here.
+#pragma once
+
+namespace demodulator {
+
+/// Sample rates that are read.
+constexpr double LOWEST_RATE_Hz = 4000.0;
+constexpr double HIGHEST_RATE_Hz = 768000.0;
+
+/// Tones that are found when none is set.
+constexpr double LOWEST_TONE_Hz = 150.0;
+constexpr double HIGHEST_TONE_Hz = 3500.0;
+
+/// Tones that can be set, and how far from it the signal may be.
+constexpr double LOWEST_SET_TONE_Hz = 50.0;
+constexpr double HIGHEST_SET_TONE_Hz = HIGHEST_TONE_Hz;
+constexpr double SET_TONE_TOLERANCE_Hz = 50.0;
+
+/// Speeds that can be set, and by which factor the signal may be faster or slower.
+constexpr double LOWEST_SET_SPEED_wpm = 4.0;
+constexpr double HIGHEST_SET_SPEED_wpm = 80.0;
+constexpr double SET_SPEED_TOLERANCE = 1.2;
+
+} // namespace demodulator

@@ -1,8 +1,0 @@
-// SPDX-License-Identifier: MIT
-#include "signal/morse/witness.h"
-
-namespace demodulator {
-
-Witness::~Witness() = default;
-
-} // namespace demodulator
