@@ -5,6 +5,7 @@
 #include "host/ipcidentifier.h"
 #include "host/trace.h"
 #include "host/valuelookup.h"
+#include "host/valueroles.h"
 #include "morse/morsetranslator.h"
 #include "morse/symbolcodes.h"
 #include "session/sessionfile.h"
@@ -54,16 +55,63 @@ QString withTrailingBackslash(const QString& directory)
     return directory.endsWith(backslash) ? directory : directory + backslash;
 }
 
-// Host values are compared by the part that notifies.
-bool isSame(const Observable* source, const ValueBase* value)
+// The value of a role that is not observed, found again by its path; null when there is none.
+template <typename Kind>
+Kind* lookUpAgain(Kind*& role, const QString& path)
 {
-    if (!value)
-        return false;
-    const Observable& notifier = *value;
-    return &notifier == source;
+    role = path.isEmpty() ? nullptr : findValue<Kind>(path);
+    return role;
 }
 
 } // namespace
+
+struct MorseHandler::Own
+{
+    explicit Own(MorseHandler& handler);
+
+    // Paths of the values that are not observed.
+    QString alphabetPath;
+    QString textDirectionPath;
+    QString textFileNamePath;
+    QString codeFileNamePath;
+    QString xmlFileNamePath;
+    QString settingsRequestPath;
+
+    UnfinishedFiles unfinishedFiles;
+    SessionFile textFile;
+    SessionFile codeFile;
+
+    // Codes may arrive while one is processed.
+    bool isProcessing = false;
+    int arrivals = 0;
+};
+
+MorseHandler::Own::Own(MorseHandler& handler)
+    : textFile({handler.m_strTextFileName, handler.m_pTextFile, handler.m_pTextStream,
+                handler.m_nTextColumn},
+               "UTF-8", unfinishedFiles)
+    , codeFile({handler.m_strCodeFileName, handler.m_pCodeFile, handler.m_pCodeStream,
+                handler.m_nCodeColumn},
+               nullptr, unfinishedFiles)
+{
+}
+
+// A row for each role whose value is observed.
+auto MorseHandler::observedValues()
+{
+    return ValueRoles(this, [this](auto visit) {
+        visit(m_pSymbol);
+        visit(m_pMorseAvailable);
+        visit(m_pMorseText);
+        visit(m_pMorseSaveToFile);
+        visit(m_pMorseXmlSaveToFile);
+        visit(m_pXmlTunerDemodulatorSettings);
+        visit(m_pMorseAlphabetDirectory);
+        visit(m_pFrequency);
+        visit(m_pModtype);
+        visit(m_pDecResult);
+    });
+}
 
 MorseHandler::MorseHandler()
     : m_pTranslator(new MorseTranslator)
@@ -72,12 +120,15 @@ MorseHandler::MorseHandler()
     , m_nPreviousTimestamp(NO_TIMESTAMP)
     , m_nCurrentTimestamp(NO_TIMESTAMP)
     , m_pResultDataHandler(new TavikResultDataHandler(this, QStringLiteral("TAVIK")))
-    , m_unfinishedFiles(std::make_unique<UnfinishedFiles>())
+    , m_own(std::make_unique<Own>(*this))
 {
     m_pDateTime->setFormatString(QStringLiteral("hh:mm:ss.zzz"));
     m_pDateTime->setOffsetFromUTC(Vanth::DateTime::Local_TimeZone);
-    connect(m_pResultDataHandler, SIGNAL(SetFilename(const QString&)), this,
-            SLOT(SetXmlFileName(const QString&)));
+    // The texts of the connections are kept as they are, with a blank before the ampersand.
+    // clang-format off
+    connect(m_pResultDataHandler, SIGNAL(SetFilename(const QString &)),
+            this, SLOT(SetXmlFileName(const QString &)));
+    // clang-format on
     connect(m_pResultDataHandler, SIGNAL(GetXmlTunerDemodulatorSettings()), this,
             SLOT(GetXmlTunerDemodulatorSettings()));
 }
@@ -86,11 +137,8 @@ MorseHandler::~MorseHandler()
 {
     try {
         CloseAllFiles();
-        visitObservedValues([this](auto*& value) {
-            if (value)
-                value->DeleteObserver(this);
-            value = nullptr;
-        });
+        observedValues().LeaveAll();
+        m_own->unfinishedFiles.Finish();
     } catch (...) {
         // The message names another class; log filters know it as it is.
         traceMessage(QStringLiteral("Exception caught in MorseTranslator::~MorseHandler"),
@@ -103,35 +151,12 @@ MorseHandler::~MorseHandler()
 
 // Taking, leaving and finding values.
 
-template <typename Visitor>
-void MorseHandler::visitObservedValues(Visitor visit)
-{
-    visit(m_pSymbol);
-    visit(m_pMorseAvailable);
-    visit(m_pMorseText);
-    visit(m_pMorseSaveToFile);
-    visit(m_pMorseXmlSaveToFile);
-    visit(m_pXmlTunerDemodulatorSettings);
-    visit(m_pMorseAlphabetDirectory);
-    visit(m_pFrequency);
-    visit(m_pModtype);
-    visit(m_pDecResult);
-}
-
-bool MorseHandler::isObservedInAnyRole(const Observable* value)
-{
-    bool found = false;
-    visitObservedValues([&](auto*& held) { found = found || isSame(value, held); });
-    return found;
-}
-
 template <typename Kind>
 void MorseHandler::observe(Kind*& role, const QString& path)
 {
-    Kind* const previous = role;
-    role = nullptr;
+    Kind* const previous = std::exchange(role, nullptr);
     // A value may serve in two roles; it is left when the last one ends.
-    if (previous && !isObservedInAnyRole(previous))
+    if (previous && !observedValues().Hold(previous))
         previous->DeleteObserver(this);
     Kind* const value = findValue<Kind>(path);
     // A value that has announced its deletion will not announce it again.
@@ -148,13 +173,6 @@ void MorseHandler::observeTwice(Kind*& role, const QString& path)
     observe(role, path);
     if (role)
         role->AddObserver(this);
-}
-
-template <typename Kind>
-Kind* MorseHandler::lookUpAgain(Kind*& role, const QString& path)
-{
-    role = path.isEmpty() ? nullptr : findValue<Kind>(path);
-    return role;
 }
 
 void MorseHandler::SetSymbol_ValuePath(const QString& path)
@@ -175,8 +193,8 @@ void MorseHandler::SetMorseText_ValuePath(const QString& path)
 
 void MorseHandler::SetMorseAlphabet_ValuePath(const QString& path)
 {
-    m_alphabetPath = path;
-    lookUpAgain(m_pMorseAlphabet, m_alphabetPath);
+    m_own->alphabetPath = path;
+    lookUpAgain(m_pMorseAlphabet, m_own->alphabetPath);
 }
 
 void MorseHandler::SetMorseSaveToFile_ValuePath(const QString& path)
@@ -204,8 +222,8 @@ void MorseHandler::SetMorseAlphabet_DirectoryPath(const QString& path)
 
 void MorseHandler::SetTextDirectionRTL_ValuePath(const QString& path)
 {
-    m_textDirectionPath = path;
-    lookUpAgain(m_pTextDirectionRTL, m_textDirectionPath);
+    m_own->textDirectionPath = path;
+    lookUpAgain(m_pTextDirectionRTL, m_own->textDirectionPath);
 }
 
 void MorseHandler::SetFrequency_ValuePath(const QString& path)
@@ -225,8 +243,8 @@ void MorseHandler::SetDecResult_ValuePath(const QString& path)
 
 void MorseHandler::SetGenXmlTunerDemodulatorSettingsPath(const QString& path)
 {
-    m_settingsRequestPath = path;
-    lookUpAgain(m_pGenXmlTunerDemodulatorSettings, m_settingsRequestPath);
+    m_own->settingsRequestPath = path;
+    lookUpAgain(m_pGenXmlTunerDemodulatorSettings, m_own->settingsRequestPath);
 }
 
 void MorseHandler::SetXmlTunerDemodulatorSettings(const QString& path)
@@ -239,12 +257,12 @@ void MorseHandler::SetSaveDirectoryPath(const QString& directory, const QString&
                                         const QString& xmlFileNamePath)
 {
     m_strSaveDirectory = directory;
-    m_textFileNamePath = textFileNamePath;
-    m_codeFileNamePath = codeFileNamePath;
-    m_xmlFileNamePath = xmlFileNamePath;
-    lookUpAgain(m_pTextFileName, m_textFileNamePath);
-    lookUpAgain(m_pCodeFileName, m_codeFileNamePath);
-    lookUpAgain(m_pXmlFileName, m_xmlFileNamePath);
+    m_own->textFileNamePath = textFileNamePath;
+    m_own->codeFileNamePath = codeFileNamePath;
+    m_own->xmlFileNamePath = xmlFileNamePath;
+    lookUpAgain(m_pTextFileName, m_own->textFileNamePath);
+    lookUpAgain(m_pCodeFileName, m_own->codeFileNamePath);
+    lookUpAgain(m_pXmlFileName, m_own->xmlFileNamePath);
     m_pResultDataHandler->SetWorkDir(directory);
 }
 
@@ -259,7 +277,13 @@ void MorseHandler::Update(Observable* source, TChangeCode code)
 {
     switch (code) {
     case eCHANGE_DELETED:
-        forgetDeletedValue(source);
+        observedValues().Forget(source);
+        // Not observed, but a host may announce these to everybody.
+        ValueRoles(this, [this](auto visit) {
+            visit(m_pTextFileName);
+            visit(m_pXmlFileName);
+            visit(m_pCodeFileName);
+        }).Forget(source);
         break;
     case eCHANGE_CONTENT:
         contentChanged(source);
@@ -277,20 +301,6 @@ void MorseHandler::replay(ValueBase* value)
 {
     for (const TChangeCode code : {eCHANGE_DELETED, eCHANGE_STATE, eCHANGE_CONTENT})
         Update(value, code);
-}
-
-void MorseHandler::forgetDeletedValue(const Observable* source)
-{
-    const auto forget = [this, source](auto*& value) {
-        if (!isSame(source, value) || value->GetState() != eSTATE_DELETED)
-            return;
-        value->DeleteObserver(this);
-        value = nullptr;
-    };
-    visitObservedValues(forget);
-    forget(m_pTextFileName);
-    forget(m_pXmlFileName);
-    forget(m_pCodeFileName);
 }
 
 void MorseHandler::contentChanged(const Observable* source)
@@ -350,7 +360,7 @@ void MorseHandler::EndMorseSession()
 bool MorseHandler::ChangeAlphabet()
 {
     const bool ok = m_pTranslator->SetMorseAlphabet(BuildAlphabetPath());
-    if (FlagValue* const direction = lookUpAgain(m_pTextDirectionRTL, m_textDirectionPath))
+    if (FlagValue* const direction = lookUpAgain(m_pTextDirectionRTL, m_own->textDirectionPath))
         direction->SetValue(m_pTranslator->isTextDirectionRTL(), nullptr);
     return ok;
 }
@@ -367,7 +377,7 @@ QString MorseHandler::BuildAlphabetPath()
 
 ValueSelection* MorseHandler::GetMorseAlphabet()
 {
-    return lookUpAgain(m_pMorseAlphabet, m_alphabetPath);
+    return lookUpAgain(m_pMorseAlphabet, m_own->alphabetPath);
 }
 
 void MorseHandler::SetMorseAvailable(bool available)
@@ -405,23 +415,22 @@ void MorseHandler::AddSymbol(int code)
 // that an observer of the text may write symbols.
 void MorseHandler::ProcessSymbolList()
 {
-    ++m_arrivals;
-    if (m_processing)
+    ++m_own->arrivals;
+    if (std::exchange(m_own->isProcessing, true))
         return;
-    // An observer of the host that throws is not to stop the handler for good.
-    const auto done = qScopeGuard([this] {
-        m_processing = false;
-        m_arrivals = 0;
-    });
-    m_processing = true;
-    for (; m_arrivals > 0; --m_arrivals)
+    // An observer that throws does not stop the handler for good.
+    const auto done = qScopeGuard([this] { m_own->isProcessing = false; });
+    while (m_own->arrivals > 0) {
+        --m_own->arrivals;
         processOldestSymbol();
+    }
 }
 
 void MorseHandler::processOldestSymbol()
 {
-    if (!m_bMorseAvailable || !m_bSessionActive)
+    if (m_symbolList.empty() || !m_bMorseAvailable || !m_bSessionActive)
         return;
+    const auto done = qScopeGuard([this] { m_symbolList.pop_front(); });
     const QString s = m_pTranslator->DecodeSymbol(m_symbolList.front() & MORSE_SYMBOL_MASK);
     if (s == CHARACTER_GAP) {
         ProcessNewChar(s);
@@ -433,39 +442,38 @@ void MorseHandler::processOldestSymbol()
         if (!m_strCurrentSymbols.isEmpty())
             ProcessNewChar(CHARACTER_GAP);
         ProcessNewLine(s);
-        appendToResult(LINE_END);
+        m_pResultDataHandler->AppendText(LINE_END);
     } else {
         AddToSymbolBuffer(s);
         m_strCurrentSymbols += s;
         SaveCodeAndText(s, QString());
     }
-    m_symbolList.pop_front();
 }
 
 void MorseHandler::ProcessNewChar(const QString& s)
 {
     AddToSymbolBuffer(s);
-    QString text = m_pTranslator->DecodeMorse(m_strCurrentSymbols);
-    if (m_bDigitMode && m_strCurrentSymbols == DASH)
+    const QString symbols = std::exchange(m_strCurrentSymbols, QString());
+    QString text = m_pTranslator->DecodeMorse(symbols);
+    if (m_bDigitMode && symbols == DASH)
         text = CUT_ZERO;
     m_bDigitMode = isDigit(text);
     if (!text.isEmpty())
-        appendToResult(text);
+        m_pResultDataHandler->AppendText(text);
     publishText(text);
     const QString marks = std::exchange(m_strErrorMarks, QString());
     SaveCodeAndText(marks + QLatin1Char(' '), text + marks);
-    m_strCurrentSymbols.clear();
 }
 
 void MorseHandler::ProcessNewWord(const QString& s)
 {
     AddToSymbolBuffer(s);
-    const QString text = m_pTranslator->DecodeMorse(m_strCurrentSymbols) + QLatin1Char(' ');
-    appendToResult(text);
+    const QString symbols = std::exchange(m_strCurrentSymbols, QString());
+    const QString text = m_pTranslator->DecodeMorse(symbols) + QLatin1Char(' ');
+    m_pResultDataHandler->AppendText(text);
     publishText(text);
     const QString marks = std::exchange(m_strErrorMarks, QString());
     SaveCodeAndText(marks, text + marks);
-    m_strCurrentSymbols.clear();
 }
 
 void MorseHandler::ProcessNewLine(const QString& s)
@@ -473,6 +481,8 @@ void MorseHandler::ProcessNewLine(const QString& s)
     if (m_nPreviousTimestamp == NO_TIMESTAMP || m_nCurrentTimestamp == NO_TIMESTAMP)
         return;
     AddToSymbolBuffer(s);
+    m_strCurrentSymbols.clear();
+    m_bDigitMode = false;
     if (m_pMorseText)
         m_pMorseText->SetValue(s, nullptr);
     m_pDateTime->setTime_ts(m_nPreviousTimestamp);
@@ -484,8 +494,6 @@ void MorseHandler::ProcessNewLine(const QString& s)
     const QString block = LINE_END + stop + LINE_END + start + LINE_END;
     const QString marks = std::exchange(m_strErrorMarks, QString());
     SaveCodeAndText(marks, block);
-    m_strCurrentSymbols.clear();
-    m_bDigitMode = false;
 }
 
 void MorseHandler::publishText(const QString& text)
@@ -498,11 +506,6 @@ void MorseHandler::publishText(const QString& text)
     // deleted the value meanwhile.
     if (same && m_pMorseText)
         m_pMorseText->HasChanged(eCHANGE_CONTENT, this);
-}
-
-void MorseHandler::appendToResult(const QString& text)
-{
-    m_pResultDataHandler->AppendText(text);
 }
 
 void MorseHandler::AddToSymbolBuffer(const QString& s)
@@ -559,14 +562,14 @@ QString MorseHandler::GetPartOfSymbolString(bool fromEnd, int count)
 
 void MorseHandler::SetXmlFileName(const QString& strXmlFileName)
 {
-    if (TextValue* const name = lookUpAgain(m_pXmlFileName, m_xmlFileNamePath))
+    if (TextValue* const name = lookUpAgain(m_pXmlFileName, m_own->xmlFileNamePath))
         name->SetValue(strXmlFileName, nullptr);
 }
 
 void MorseHandler::GetXmlTunerDemodulatorSettings()
 {
     FlagValue* const request =
-        lookUpAgain(m_pGenXmlTunerDemodulatorSettings, m_settingsRequestPath);
+        lookUpAgain(m_pGenXmlTunerDemodulatorSettings, m_own->settingsRequestPath);
     if (!request)
         return;
     if (request->GetValue())
@@ -582,18 +585,6 @@ void MorseHandler::ProcessUpdateTunerDemodulatorSettings()
 
 // Session files.
 
-SessionFile MorseHandler::codeFile()
-{
-    return {m_strCodeFileName, m_pCodeFile,        m_pCodeStream, m_nCodeColumn,
-            m_codeBacklog,     *m_unfinishedFiles, nullptr};
-}
-
-SessionFile MorseHandler::textFile()
-{
-    return {m_strTextFileName, m_pTextFile,        m_pTextStream, m_nTextColumn,
-            m_textBacklog,     *m_unfinishedFiles, "UTF-8"};
-}
-
 // The text first. Whoever hears of the text or of a file name may switch saving off or end the
 // session, so each part asks again, and the arguments are none of the fields.
 void MorseHandler::SaveCodeAndText(const QString& code, const QString& text)
@@ -601,38 +592,36 @@ void MorseHandler::SaveCodeAndText(const QString& code, const QString& text)
     if (!text.isEmpty() && m_bSaveToFile && m_bSessionActive) {
         PrepareSavingMorseText();
         OpenMorseText();
-        if (m_pTextStream)
-            sessionfile::write(textFile(), text);
+        m_own->textFile.Write(text);
     }
     if (!code.isEmpty() && m_bSaveToFile && m_bSessionActive) {
         PrepareSavingMorseCode();
         OpenMorseCode();
-        if (m_pCodeStream)
-            sessionfile::write(codeFile(), code);
+        m_own->codeFile.Write(code);
     }
 }
 
 void MorseHandler::CloseAllFiles()
 {
-    sessionfile::close(textFile());
-    sessionfile::close(codeFile());
+    m_own->textFile.Close();
+    m_own->codeFile.Close();
 }
 
 void MorseHandler::PrepareSavingMorseCode()
 {
     if (CheckIfNewCodeFile())
-        sessionfile::begin(codeFile());
+        m_own->codeFile.Begin();
 }
 
 void MorseHandler::PrepareSavingMorseText()
 {
     if (CheckIfNewTextFile())
-        sessionfile::begin(textFile());
+        m_own->textFile.Begin();
 }
 
 bool MorseHandler::CheckIfNewCodeFile()
 {
-    if (!sessionfile::needsNewName(codeFile()))
+    if (!m_own->codeFile.NeedsNewName())
         return false;
     CreateCodeFilename();
     return true;
@@ -640,7 +629,7 @@ bool MorseHandler::CheckIfNewCodeFile()
 
 bool MorseHandler::CheckIfNewTextFile()
 {
-    if (!sessionfile::needsNewName(textFile()))
+    if (!m_own->textFile.NeedsNewName())
         return false;
     CreateTextFilename();
     return true;
@@ -655,8 +644,8 @@ void MorseHandler::CreateTextFilename()
 {
     ValueSelection* const alphabet = GetMorseAlphabet();
     const QString alphabetName = alphabet ? alphabet->GetStringValue() : QStringLiteral("Default");
-    m_strTextFileName =
-        newFileName(QStringLiteral("__") + alphabetName, "MorseHandler::CreateTextFilename");
+    m_strTextFileName = newFileName(QStringLiteral("__") + sessionfile::namePart(alphabetName),
+                                    "MorseHandler::CreateTextFilename");
 }
 
 QString MorseHandler::newFileName(const QString& nameEnd, const char* operation)
@@ -665,30 +654,26 @@ QString MorseHandler::newFileName(const QString& nameEnd, const char* operation)
                               .toString(QStringLiteral("yyyyMMdd_hhmmss"));
     const QString frequency =
         m_pFrequency ? sessionfile::frequencyText(m_pFrequency->GetValue()) : QString();
-    const sessionfile::Name name = sessionfile::freeName(
-        m_strSaveDirectory, stamp, QStringLiteral("_MO__") + frequency + nameEnd,
-        sessionfile::fileExists);
+    const sessionfile::Name name =
+        sessionfile::freeName(m_strSaveDirectory, stamp,
+                              QStringLiteral("_MO__") + frequency + nameEnd, sessionfile::isTaken);
     sessionfile::traceWrapped(name, operation);
     return name.path;
 }
 
 void MorseHandler::OpenMorseCode()
 {
-    if (m_pCodeFile)
+    if (m_pCodeFile || !m_own->codeFile.Open([this] { CreateCodeFilename(); }))
         return;
-    if (!sessionfile::open(codeFile(), [this] { CreateCodeFilename(); }))
-        return;
-    if (TextValue* const name = lookUpAgain(m_pCodeFileName, m_codeFileNamePath))
+    if (TextValue* const name = lookUpAgain(m_pCodeFileName, m_own->codeFileNamePath))
         name->SetValue(QString(m_strCodeFileName), nullptr);
 }
 
 void MorseHandler::OpenMorseText()
 {
-    if (m_pTextFile)
+    if (m_pTextFile || !m_own->textFile.Open([this] { CreateTextFilename(); }))
         return;
-    if (!sessionfile::open(textFile(), [this] { CreateTextFilename(); }))
-        return;
-    if (TextValue* const name = lookUpAgain(m_pTextFileName, m_textFileNamePath))
+    if (TextValue* const name = lookUpAgain(m_pTextFileName, m_own->textFileNamePath))
         name->SetValue(QString(m_strTextFileName), nullptr);
 }
 

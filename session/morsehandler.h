@@ -17,8 +17,6 @@ class MorseTranslator;
 class QFile;
 class QTextStream;
 class TavikResultDataHandler;
-class UnfinishedFiles;
-struct SessionFile;
 namespace Vanth {
 class DateTime;
 }
@@ -37,7 +35,11 @@ class DateTime;
 /// All work runs on the thread that changes the values or calls the operations; a handler is not
 /// safe for concurrent use, and all handlers of a process are used from one thread at a time since
 /// their translations share a result. A handler is not deleted from within a notification that it
-/// caused. No operation throws.
+/// caused.
+///
+/// No operation throws, unless memory runs out or an observer throws; the destructor never does.
+/// An observer that throws ends the work on the code that it heard of; the codes behind it are
+/// processed as ever.
 class MORSEHANDLER_EXPORT MorseHandler : public QObject, public IObserver
 {
     Q_OBJECT
@@ -116,8 +118,9 @@ public:
     /// two bound the line markers; the first one of a transmission opens it in the document.
     void SetTimestamp(const unsigned long long& timestamp);
 
-    /// Code 2 forgets a value, 3 and 19 are obeyed as each setter tells; other codes and values
-    /// that are not held mean nothing.
+protected:
+    /// Code 2 forgets a value, 3 and 19 do what each setter says. Other codes, and values that are
+    /// not held, are ignored.
     void Update(Observable* source, TChangeCode code) override;
 
 protected Q_SLOTS:
@@ -127,35 +130,15 @@ protected Q_SLOTS:
     void GetXmlTunerDemodulatorSettings();
 
 private:
-    // Values: taking, leaving and finding them again.
-    template <typename Kind>
-    MORSEHANDLER_NO_EXPORT void observe(Kind*& role, const QString& path);
-    template <typename Kind>
-    MORSEHANDLER_NO_EXPORT void observeTwice(Kind*& role, const QString& path);
-    template <typename Visitor>
-    MORSEHANDLER_NO_EXPORT void visitObservedValues(Visitor visit);
-    bool isObservedInAnyRole(const Observable* value);
-    template <typename Kind>
-    MORSEHANDLER_NO_EXPORT static Kind* lookUpAgain(Kind*& role, const QString& path);
-    void replay(ValueBase* value);
-    void forgetDeletedValue(const Observable* source);
-    void contentChanged(const Observable* source);
-    void evaluationForced(const Observable* source);
-
-    // Symbols.
     void AddToSymbolBuffer(const QString& s);
     void ProcessSymbolList();
-    void processOldestSymbol();
     void ProcessNewChar(const QString& s);
     void ProcessNewWord(const QString& s);
     void ProcessNewLine(const QString& s);
-    void publishText(const QString& text);
-    void appendToResult(const QString& text);
     QString GetPartOfSymbolString(bool fromEnd, int count);
     QString BuildAlphabetPath();
     void ProcessUpdateTunerDemodulatorSettings();
 
-    // Session files.
     void SaveCodeAndText(const QString& code, const QString& text);
     void CloseAllFiles();
     void PrepareSavingMorseCode();
@@ -167,11 +150,23 @@ private:
     void OpenMorseCode();
     void OpenMorseText();
     QString CreateTimeString();
-    void restartFilesIfSaving();
-    QString newFileName(const QString& nameEnd, const char* operation);
-    SessionFile codeFile();
-    SessionFile textFile();
 
+    // Not exported.
+    MORSEHANDLER_NO_EXPORT auto observedValues();
+    template <typename Kind>
+    MORSEHANDLER_NO_EXPORT void observe(Kind*& role, const QString& path);
+    template <typename Kind>
+    MORSEHANDLER_NO_EXPORT void observeTwice(Kind*& role, const QString& path);
+    MORSEHANDLER_NO_EXPORT void replay(ValueBase* value);
+    MORSEHANDLER_NO_EXPORT void contentChanged(const Observable* source);
+    MORSEHANDLER_NO_EXPORT void evaluationForced(const Observable* source);
+    MORSEHANDLER_NO_EXPORT void processOldestSymbol();
+    MORSEHANDLER_NO_EXPORT void publishText(const QString& text);
+    MORSEHANDLER_NO_EXPORT QString newFileName(const QString& nameEnd, const char* operation);
+    MORSEHANDLER_NO_EXPORT void restartFilesIfSaving();
+
+    // Up to the pointer at the end the order of the fields is binary interface. What is added goes
+    // behind that pointer.
     IntegerValue* m_pSymbol = nullptr;
     FlagValue* m_pMorseAvailable = nullptr;
     TextValue* m_pMorseText = nullptr;
@@ -216,18 +211,6 @@ private:
     FlagValue* m_pGenXmlTunerDemodulatorSettings = nullptr;
     TextValue* m_pXmlTunerDemodulatorSettings = nullptr;
 
-    // Paths of the values that are not observed, to find them again.
-    QString m_alphabetPath;
-    QString m_textDirectionPath;
-    QString m_textFileNamePath;
-    QString m_codeFileNamePath;
-    QString m_xmlFileNamePath;
-    QString m_settingsRequestPath;
-    // What a full disk kept back.
-    QString m_codeBacklog;
-    QString m_textBacklog;
-    std::unique_ptr<UnfinishedFiles> m_unfinishedFiles;
-    // Codes may arrive while one is processed.
-    bool m_processing = false;
-    int m_arrivals = 0;
+    struct MORSEHANDLER_NO_EXPORT Own;
+    std::unique_ptr<Own> m_own;
 };

@@ -62,14 +62,9 @@ struct UnfinishedFiles::Unfinished
 
 UnfinishedFiles::UnfinishedFiles() = default;
 
-UnfinishedFiles::~UnfinishedFiles()
-{
-    retry();
-    for (const Unfinished& lost : m_files)
-        traceLoss(*lost.file);
-}
+UnfinishedFiles::~UnfinishedFiles() = default;
 
-void UnfinishedFiles::keep(std::unique_ptr<QFile> file, std::unique_ptr<QTextStream> stream,
+void UnfinishedFiles::Keep(std::unique_ptr<QFile> file, std::unique_ptr<QTextStream> stream,
                            const QString& backlog)
 {
     m_files.push_back({std::move(file), std::move(stream), backlog});
@@ -79,32 +74,104 @@ void UnfinishedFiles::keep(std::unique_ptr<QFile> file, std::unique_ptr<QTextStr
     }
 }
 
-void UnfinishedFiles::retry()
+void UnfinishedFiles::Retry()
 {
     m_files.remove_if([](Unfinished& unfinished) {
         return isWhole(*unfinished.file, *unfinished.stream, unfinished.backlog);
     });
 }
 
-namespace sessionfile {
-
-namespace {
-
-// The stream goes before its file, which flushes and closes itself.
-void closeFile(SessionFile session)
+void UnfinishedFiles::Finish()
 {
-    std::unique_ptr<QFile> file(std::exchange(session.file, nullptr));
-    std::unique_ptr<QTextStream> stream(std::exchange(session.stream, nullptr));
-    session.unfinished.retry();
-    if (file && !isWhole(*file, *stream, session.backlog))
-        session.unfinished.keep(std::move(file), std::move(stream), session.backlog);
-    session.backlog.clear();
+    Retry();
+    for (const Unfinished& lost : m_files)
+        traceLoss(*lost.file);
+    m_files.clear();
 }
 
-} // namespace
+SessionFile::SessionFile(const Fields& fields, const char* codec, UnfinishedFiles& unfinished)
+    : m_fields(fields)
+    , m_codec(codec)
+    , m_unfinished(unfinished)
+{
+}
+
+SessionFile::~SessionFile()
+{
+    delete std::exchange(m_fields.stream, nullptr);
+    delete std::exchange(m_fields.file, nullptr);
+}
+
+bool SessionFile::NeedsNewName() const
+{
+    return m_fields.name.isEmpty() || QFileInfo(localPath(m_fields.name)).size() >= MAX_SIZE_BYTES;
+}
+
+void SessionFile::Begin()
+{
+    closeFile();
+    m_fields.column = 0;
+}
+
+bool SessionFile::Open(const std::function<void()>& makeName)
+{
+    bool wasRefused = false;
+    for (int attempt = 0; attempt < OPEN_ATTEMPTS; ++attempt) {
+        const QString path = localPath(m_fields.name);
+        auto file = std::make_unique<QFile>(path);
+        if (file->open(QIODevice::WriteOnly | QIODevice::Text | QIODevice::NewOnly)) {
+            auto stream = std::make_unique<QTextStream>(file.get());
+            if (m_codec)
+                stream->setCodec(m_codec);
+            m_fields.file = file.release();
+            m_fields.stream = stream.release();
+            return true;
+        }
+        // A name that is free and still cannot be created may be of a folder that is no longer the
+        // one to save in. Where the next name fails in the same way, its numbers will, too.
+        if (!sessionfile::isTaken(path) && std::exchange(wasRefused, true))
+            return false;
+        makeName();
+    }
+    return false;
+}
+
+void SessionFile::Write(const QString& piece)
+{
+    if (!m_fields.stream)
+        return;
+    if (m_backlog.size() < MAX_BACKLOG_CHARACTERS)
+        m_backlog += piece;
+    if (m_fields.column >= WRAP_COLUMN) {
+        m_backlog += QLatin1Char('\n');
+        m_fields.column = 0;
+    }
+    m_fields.column += static_cast<unsigned int>(piece.size());
+    m_unfinished.Retry();
+    writeBacklog(*m_fields.file, *m_fields.stream, m_backlog);
+}
+
+void SessionFile::Close()
+{
+    closeFile();
+    m_fields.name.clear();
+}
+
+// The stream goes before its file, which flushes and closes itself.
+void SessionFile::closeFile()
+{
+    std::unique_ptr<QFile> file(std::exchange(m_fields.file, nullptr));
+    std::unique_ptr<QTextStream> stream(std::exchange(m_fields.stream, nullptr));
+    m_unfinished.Retry();
+    if (file && !isWhole(*file, *stream, m_backlog))
+        m_unfinished.Keep(std::move(file), std::move(stream), m_backlog);
+    m_backlog.clear();
+}
+
+namespace sessionfile {
 
 Name freeName(const QString& directory, const QString& stamp, const QString& suffix,
-              const std::function<bool(const QString& path)>& exists, qint32 firstNumber)
+              const std::function<bool(const QString& path)>& isTaken, qint32 firstNumber)
 {
     const QDir folder(directory);
     const auto numbered = [&](qint32 number) {
@@ -113,7 +180,7 @@ Name freeName(const QString& directory, const QString& stamp, const QString& suf
     };
     QString path = numbered(1);
     qint32 number = firstNumber;
-    while (number >= 2 && exists(path)) {
+    while (number >= 2 && isTaken(path)) {
         path = numbered(number);
         number = static_cast<qint32>(static_cast<quint32>(number) + 1U);
     }
@@ -128,14 +195,15 @@ void traceWrapped(const Name& name, const char* operation)
                     name.path.toUtf8().constData());
 }
 
-bool fileExists(const QString& path)
+bool isTaken(const QString& path)
 {
-    return QFile::exists(localPath(path));
+    const QFileInfo there(localPath(path));
+    return there.exists() || there.isSymLink();
 }
 
 QString frequencyText(double frequency_Hz)
 {
-    // Through single precision on purpose: names have to agree with those of existing archives.
+    // Single precision at each step is part of the naming: it decides the last digit of some names.
     const auto frequency_kHz =
         static_cast<float>(static_cast<double>(static_cast<float>(frequency_Hz)) / 1000.0);
     QString text;
@@ -148,59 +216,9 @@ QString frequencyText(double frequency_Hz)
     return text.replace(QLatin1Char('.'), QLatin1Char('_'));
 }
 
-bool needsNewName(const SessionFile& session)
+QString namePart(QString name)
 {
-    if (session.name.isEmpty())
-        return true;
-    return QFileInfo(localPath(session.name)).size() >= MAX_SIZE_BYTES;
-}
-
-void begin(SessionFile session)
-{
-    closeFile(session);
-    session.column = 0;
-}
-
-bool open(SessionFile session, const std::function<void()>& makeName)
-{
-    if (session.file)
-        return true;
-    for (int attempt = 0; attempt < OPEN_ATTEMPTS; ++attempt) {
-        const QString path = localPath(session.name);
-        auto file = std::make_unique<QFile>(path);
-        if (file->open(QIODevice::WriteOnly | QIODevice::Text)) {
-            session.file = file.release();
-            session.stream = new QTextStream(session.file);
-            if (session.codec)
-                session.stream->setCodec(session.codec);
-            return true;
-        }
-        const bool nameIsTaken = QFile::exists(path);
-        makeName();
-        // Where a free name cannot be created, a name with another number cannot be either.
-        if (!nameIsTaken)
-            break;
-    }
-    return false;
-}
-
-void write(SessionFile session, const QString& piece)
-{
-    if (session.backlog.size() < MAX_BACKLOG_CHARACTERS)
-        session.backlog += piece;
-    if (session.column >= WRAP_COLUMN) {
-        session.backlog += QLatin1Char('\n');
-        session.column = 0;
-    }
-    session.column += static_cast<unsigned int>(piece.size());
-    session.unfinished.retry();
-    writeBacklog(*session.file, *session.stream, session.backlog);
-}
-
-void close(SessionFile session)
-{
-    closeFile(session);
-    session.name.clear();
+    return name.remove(QLatin1Char('/')).remove(QLatin1Char('\\'));
 }
 
 } // namespace sessionfile

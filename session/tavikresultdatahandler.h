@@ -41,7 +41,7 @@ public:
 
 protected:
     // Marked one by one: the keyword for a section would make them public.
-    Q_SIGNAL void SetFilename(const QString& sFilename);
+    Q_SIGNAL void SetFilename(QString sFilename);
     Q_SIGNAL void GetXmlTunerDemodulatorSettings();
 
 private:

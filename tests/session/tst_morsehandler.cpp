@@ -3,6 +3,7 @@
 #include "session/morsehandler.h"
 
 #include "host/standin/tracelog.h"
+#include "support/fulldisk.h"
 #include "support/morsefixture.h"
 #include "support/outofmemory.h"
 #include "support/privatemember.h"
@@ -15,7 +16,8 @@
 
 #include <limits>
 #include <memory>
-#include <optional>
+#include <stdexcept>
+#include <utility>
 
 struct TimeString
 {
@@ -23,6 +25,20 @@ struct TimeString
     friend Type memberOf(TimeString);
 };
 template struct PrivateMember<TimeString, &MorseHandler::CreateTimeString>;
+
+struct Identifier
+{
+    using Type = QString MorseHandler::*;
+    friend Type memberOf(Identifier);
+};
+template struct PrivateMember<Identifier, &MorseHandler::m_strIpcIdentifier>;
+
+struct AlphabetPath
+{
+    using Type = QString (MorseHandler::*)();
+    friend Type memberOf(AlphabetPath);
+};
+template struct PrivateMember<AlphabetPath, &MorseHandler::BuildAlphabetPath>;
 
 namespace {
 
@@ -33,6 +49,30 @@ void writeFile(const QString& path, const QByteArray& content)
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));
     QCOMPARE(file.write(content), qint64(content.size()));
+}
+
+// Notes who is named as the cause of each write.
+template <typename Kind, typename Content>
+struct Noting : Kind
+{
+    void SetValue(Content content, IObserver* cause) override
+    {
+        causes += cause;
+        Kind::SetValue(content, cause);
+    }
+    void HasChanged(TChangeCode code, IObserver* cause) override
+    {
+        announced += cause;
+        Kind::HasChanged(code, cause);
+    }
+    QVector<IObserver*> causes;
+    QVector<IObserver*> announced;
+};
+
+// The way in which values notify a handler.
+IObserver& observerPart(MorseHandler& handler)
+{
+    return handler;
 }
 
 } // namespace
@@ -67,6 +107,48 @@ private Q_SLOTS:
         TextLog log(host.text);
         host.send(".c.c.c");
         QCOMPARE(log.texts, QStringList({"E", "E", "E"}));
+    }
+
+    void whatTheHandlerWritesExcludesNobody()
+    {
+        using NotingText = Noting<TextValue, QString>;
+        using NotingFlag = Noting<FlagValue, bool>;
+        QTemporaryDir dir;
+        MorseFixture host;
+        host.wireFiles(dir.path());
+        host.saveToFile->SetValue(true, nullptr);
+        host.handler.StartNewMorseSession();
+        const auto insert = [&](auto* value, const char* name) {
+            value->SetName(QLatin1String(name), nullptr);
+            QVERIFY(host.tree.Insert(QStringLiteral("n/"), value));
+        };
+        auto* const text = new NotingText;
+        auto* const names = new NotingText;
+        auto* const direction = new NotingFlag;
+        auto* const trigger = new NotingFlag;
+        auto* const request = new NotingFlag;
+        insert(text, "text");
+        insert(names, "names");
+        insert(direction, "direction");
+        insert(trigger, "trigger");
+        insert(request, "request");
+        host.handler.SetMorseText_ValuePath(QStringLiteral("n/text"));
+        host.handler.SetTextDirectionRTL_ValuePath(QStringLiteral("n/direction"));
+        host.handler.SetMorseXmlSaveToFile_ValuePath(QStringLiteral("n/trigger"));
+        host.handler.SetGenXmlTunerDemodulatorSettingsPath(QStringLiteral("n/request"));
+        host.handler.SetSaveDirectoryPath(dir.path(), QStringLiteral("n/names"),
+                                          QStringLiteral("n/names"), QStringLiteral("n/names"));
+        host.handler.ChangeAlphabet();
+        host.handler.SetTimestamp(1);
+        trigger->HasChanged(eCHANGE_FORCED, nullptr);
+        host.handler.SetTimestamp(2); // asks again
+        host.send(".c-wn");
+        QCOMPARE(text->causes, QVector<IObserver*>(3, nullptr));
+        QCOMPARE(names->causes, QVector<IObserver*>(4, nullptr)); // two documents, two files
+        QCOMPARE(direction->causes, QVector<IObserver*>(1, nullptr));
+        QCOMPARE(trigger->causes, QVector<IObserver*>(1, nullptr));
+        QCOMPARE(request->causes, QVector<IObserver*>(1, nullptr));
+        QCOMPARE(request->announced.constLast(), nullptr);
     }
 
     void theAnnouncementOfARepeatNamesTheHandlerAsItsCause()
@@ -257,6 +339,46 @@ private Q_SLOTS:
         QCOMPARE(host.text->GetValue(), QStringLiteral("E"));
     }
 
+    void aLineEndIsASymbolToWhoeverCountsUnits()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        host.handler.SetTimestamp(1);
+        host.handler.SetTimestamp(2);
+        host.send(".cn-cw");
+        // Buffer ".c\n-cw": "w" is one unit, the "c" before it none, "\n" and "-" one at the "c"
+        // before.
+        QCOMPARE(host.handler.TranslateText(true, true, 2), QStringLiteral("\nT "));
+        host.handler.ClearSymbolBuffer();
+        host.send(".cncc");
+        // Buffer ".c\ncc": the line end alone counts as a character's symbols.
+        QCOMPARE(host.handler.TranslateText(true, true, 1), QStringLiteral("\n"));
+    }
+
+    void whatIsPublishedIsInTheBufferAlready()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        host.handler.SetTimestamp(1);
+        host.handler.SetTimestamp(2);
+        TextLog log(host.text);
+        QStringList buffers;
+        log.onText = [&](const QString&) { buffers += host.handler.GetCurrentMorseSymbolString(); };
+        host.send(".c-wn");
+        QCOMPARE(buffers, QStringList({".c", ".c-w", ".c-w\n"}));
+    }
+
+    void clearingTheBufferKeepsTheCharacterBeingReceived()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        host.send(".");
+        host.handler.ClearSymbolBuffer();
+        host.send("-c");
+        QCOMPARE(host.text->GetValue(), QStringLiteral("A"));
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral("-c"));
+    }
+
     // The queue
 
     void codesBeforeTheSessionAreWorkedOffOnePerArrival()
@@ -331,6 +453,27 @@ private Q_SLOTS:
         QCOMPARE(log.texts.size(), 100001);
     }
 
+    void anObserverThatThrowsCostsNoMoreThanItsOwnCode()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        TextLog log(host.text);
+        bool isFirst = true;
+        log.onText = [&](const QString&) {
+            if (!std::exchange(isFirst, false))
+                return;
+            host.handler.AddSymbol(1); // waits its turn
+            throw std::runtime_error("an observer");
+        };
+        host.send(".-");
+        QVERIFY_EXCEPTION_THROWN(host.send("c"), std::runtime_error);
+        host.send("c");
+        QCOMPARE(log.texts, QStringList({"A", "T"}));
+        host.send("..c");
+        QCOMPARE(log.texts, QStringList({"A", "T", "I"}));
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral(".-c-c..c"));
+    }
+
     void setMorseAvailableStartsAndStopsProcessing()
     {
         MorseFixture host;
@@ -342,6 +485,28 @@ private Q_SLOTS:
         host.handler.SetMorseAvailable(false);
         host.send(".");
         QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral(".c"));
+    }
+
+    void queuedCodesOutliveTheSession()
+    {
+        MorseFixture host;
+        host.send(".-");
+        host.handler.StartNewMorseSession();
+        host.handler.EndMorseSession();
+        host.handler.StartNewMorseSession();
+        host.send("c");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral("."));
+    }
+
+    void setMorseAvailableFalseEndsTheSession()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        host.handler.SetMorseAvailable(false);
+        host.available->SetValue(false, nullptr);
+        host.available->SetValue(true, nullptr); // available again, but no session
+        host.send(".");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QString());
     }
 
     // The session
@@ -413,6 +578,33 @@ private Q_SLOTS:
         QVERIFY(!host.handler.StartNewMorseSession());
         host.alphabetDirectory->SetValue(dir.path() + QLatin1Char('\\'), nullptr);
         QVERIFY(host.handler.StartNewMorseSession());
+    }
+
+    void theAlphabetDirectoryEndsInOneBackslash()
+    {
+        MorseFixture host;
+        host.alphabet->AddItems({"Greek"}, nullptr);
+        host.alphabet->Select(QStringLiteral("Greek"), nullptr);
+        host.handler.SetMorseAlphabet_ValuePath(MorseValues::path("Alphabet"));
+        host.handler.SetMorseAlphabet_DirectoryPath(MorseValues::path("AlphabetDirectory"));
+        const auto path = [&] { return (host.handler.*memberOf(AlphabetPath()))(); };
+        QCOMPARE(path(), QStringLiteral("\\Greek.mal"));
+        for (const char* directory : {"d", "d\\"}) {
+            host.alphabetDirectory->SetValue(QString::fromLatin1(directory), nullptr);
+            QCOMPARE(path(), QStringLiteral("d\\Greek.mal"));
+        }
+    }
+
+    void aDirectoryThatIsNotFoundLeavesTheOneBefore()
+    {
+        MorseFixture host;
+        host.alphabet->AddItems({"Greek"}, nullptr);
+        host.alphabet->Select(QStringLiteral("Greek"), nullptr);
+        host.handler.SetMorseAlphabet_ValuePath(MorseValues::path("Alphabet"));
+        host.alphabetDirectory->SetValue(QStringLiteral("d"), nullptr);
+        host.handler.SetMorseAlphabet_DirectoryPath(MorseValues::path("AlphabetDirectory"));
+        host.handler.SetMorseAlphabet_DirectoryPath(QStringLiteral("nowhere"));
+        QCOMPARE((host.handler.*memberOf(AlphabetPath()))(), QStringLiteral("d\\Greek.mal"));
     }
 
     void anAlphabetNameIsNoPath()
@@ -697,6 +889,22 @@ private Q_SLOTS:
         QVERIFY(!again->GetValue());
     }
 
+    void everyObservedValueThatSaysItGoesIsLeft()
+    {
+        MorseValues values;
+        MorseHandler handler;
+        handler.SetMorseXmlSaveToFile_ValuePath(MorseValues::path("SaveDocument"));
+        handler.SetXmlTunerDemodulatorSettings(MorseValues::path("Settings"));
+        handler.SetMorseAlphabet_DirectoryPath(MorseValues::path("AlphabetDirectory"));
+        for (ValueBase* value : std::initializer_list<ValueBase*>{
+                 values.saveDocument, values.settings, values.alphabetDirectory}) {
+            value->SetState(eSTATE_DELETED, nullptr);
+            value->HasChanged(eCHANGE_DELETED, nullptr);
+            QVERIFY2(value->AddObserver(&handler), qPrintable(value->GetName()));
+            value->DeleteObserver(&handler);
+        }
+    }
+
     void theDocumentTriggerIsSetToTrueWhenAttached()
     {
         MorseFixture host;
@@ -735,11 +943,11 @@ private Q_SLOTS:
         MorseFixture host;
         host.handler.StartNewMorseSession();
         IntegerValue stranger;
-        host.handler.Update(&stranger, eCHANGE_CONTENT);
-        host.handler.Update(nullptr, eCHANGE_CONTENT);
+        observerPart(host.handler).Update(&stranger, eCHANGE_CONTENT);
+        observerPart(host.handler).Update(nullptr, eCHANGE_CONTENT);
         for (int code = 0; code < 64; ++code) {
             if (code != eCHANGE_CONTENT)
-                host.handler.Update(host.symbol, static_cast<TChangeCode>(code));
+                observerPart(host.handler).Update(host.symbol, static_cast<TChangeCode>(code));
         }
         QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QString());
         host.send(".");
@@ -761,18 +969,27 @@ private Q_SLOTS:
         QCOMPARE(values.symbol->GetValue(), 1);
     }
 
-    void aDestroyedHandlerIsRegisteredNowhere()
+    void aDestroyedHandlerIsRegisteredWithNoValue()
     {
         MorseValues values;
-        std::optional<MorseHandler> handler(std::in_place);
-        IObserver* const former = &*handler;
+        auto handler = std::make_unique<MorseHandler>();
+        IObserver* const former = handler.get();
         handler->SetSymbol_ValuePath(MorseValues::path("Symbol"));
+        handler->SetMorseAvailable_ValuePath(MorseValues::path("Available"));
         handler->SetMorseText_ValuePath(MorseValues::path("Text"));
+        handler->SetMorseSaveToFile_ValuePath(MorseValues::path("SaveToFile"));
+        handler->SetMorseXmlSaveToFile_ValuePath(MorseValues::path("SaveDocument"));
+        handler->SetXmlTunerDemodulatorSettings(MorseValues::path("Settings"));
+        handler->SetMorseAlphabet_DirectoryPath(MorseValues::path("AlphabetDirectory"));
+        handler->SetFrequency_ValuePath(MorseValues::path("Frequency"));
         handler->SetModtype_ValuePath(MorseValues::path("Modulation"));
+        handler->SetDecResult_ValuePath(MorseValues::path("DecoderResult"));
         handler.reset();
-        for (ValueBase* value :
-             std::initializer_list<ValueBase*>{values.symbol, values.text, values.modulation}) {
-            QVERIFY(value->AddObserver(former));
+        for (ValueBase* value : std::initializer_list<ValueBase*>{
+                 values.symbol, values.available, values.text, values.saveToFile,
+                 values.saveDocument, values.settings, values.alphabetDirectory, values.frequency,
+                 values.modulation, values.decoderResult}) {
+            QVERIFY2(value->AddObserver(former), qPrintable(value->GetName()));
             value->DeleteObserver(former);
         }
     }
@@ -796,6 +1013,33 @@ private Q_SLOTS:
         values.symbol->SetValue(1, nullptr); // nobody is left to be told
     }
 
+    void anExceptionWhileALostFileIsTracedStaysInTheDestructor()
+    {
+        QTemporaryDir dir;
+        MorseFixture host;
+        TraceRecorder traces;
+        auto handler = std::make_unique<MorseHandler>();
+        handler->SetSaveDirectoryPath(dir.path(), QString(), QString(), QString());
+        handler->SetMorseSaveToFile_ValuePath(MorseValues::path("SaveToFile"));
+        handler->SetMorseAvailable_ValuePath(MorseValues::path("Available"));
+        host.saveToFile->SetValue(true, nullptr);
+        handler->StartNewMorseSession();
+        const FullDisk full(0);
+        handler->AddSymbol(0);
+        int thrown = 0;
+        const TraceSink recorder = setTraceSink({});
+        setTraceSink([&](const QString& message, const QString& sourceFile, int line) {
+            if (thrown++ == 0)
+                throw std::runtime_error("a trace");
+            recorder(message, sourceFile, line);
+        });
+        handler.reset();
+        setTraceSink(recorder);
+        QCOMPARE(thrown, 2);
+        QCOMPARE(traces.Messages(),
+                 QStringList{"Exception caught in MorseTranslator::~MorseHandler"});
+    }
+
     void aValueThatAnnouncesItsDeletionIsNotTaken()
     {
         struct Attacher : IObserver
@@ -817,6 +1061,15 @@ private Q_SLOTS:
         attacher.handler.SetSymbol_ValuePath(MorseValues::path("Symbol"));
         symbol->SetValue(0, nullptr);
         QCOMPARE(attacher.handler.GetCurrentMorseSymbolString(), QStringLiteral("."));
+    }
+
+    void anAvailabilityThatIsAttachedInASessionCountsAtOnce()
+    {
+        MorseFixture host;
+        host.handler.StartNewMorseSession();
+        host.handler.SetMorseAvailable_ValuePath(MorseValues::path("RightToLeft")); // false
+        host.send(".");
+        QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QString());
     }
 
     void aValueThatIsNotAvailableWhenItIsAttachedCounts()
@@ -855,7 +1108,7 @@ private Q_SLOTS:
         MorseFixture host;
         TraceRecorder traces;
         IntegerValue stranger;
-        host.handler.Update(&stranger, eCHANGE_FORCED);
+        observerPart(host.handler).Update(&stranger, eCHANGE_FORCED);
         QCOMPARE(traces.Messages(), QStringList());
     }
 
@@ -868,6 +1121,13 @@ private Q_SLOTS:
         const QString format = "yyyy-MM-dd__hh_mm_ss";
         QVERIFY(QDateTime::fromString(text, format).isValid());
         QVERIFY(before.toString(format) <= text && text <= after.toString(format));
+    }
+
+    void theIdentifierIsStored()
+    {
+        MorseHandler handler;
+        handler.SetIpcIdentifier(QStringLiteral("A05"));
+        QCOMPARE(handler.*memberOf(Identifier()), QStringLiteral("__SGA_IPC5"));
     }
 
     void hooksChangeNothingThatCanBeSeen()

@@ -73,6 +73,16 @@ struct Documents : MorseFixture
     QTemporaryDir directory;
 };
 
+struct Order : IObserver
+{
+    void Update(Observable* source, TChangeCode code) override
+    {
+        if (code == eCHANGE_CONTENT)
+            sources += source;
+    }
+    QVector<Observable*> sources;
+};
+
 } // namespace
 
 class tst_ResultDocument : public QObject
@@ -173,6 +183,32 @@ private Q_SLOTS:
         QVERIFY(transmission.blocks.front().frames.empty());
     }
 
+    void theNameIsPublishedBeforeTheSettingsAreAskedFor()
+    {
+        Documents host;
+        Order order;
+        host.xmlFileName->AddObserver(&order);
+        host.settingsRequest->AddObserver(&order);
+        host.handler.SetTimestamp(TEN_FIFTEEN_us);
+        QCOMPARE(order.sources, (QVector<Observable*>{host.xmlFileName, host.settingsRequest}));
+        host.xmlFileName->DeleteObserver(&order);
+        host.settingsRequest->DeleteObserver(&order);
+    }
+
+    void theStampOfADocumentIsLocalTime()
+    {
+        qputenv("TZ", "Asia/Kolkata");
+        Documents host;
+        const QDateTime before = QDateTime::currentDateTimeUtc();
+        host.handler.SetTimestamp(TEN_FIFTEEN_us);
+        const QString stamp = QFileInfo(host.name()).completeBaseName().mid(16);
+        qputenv("TZ", "UTC");
+        QDateTime time = QDateTime::fromString(stamp, QStringLiteral("yyyy_MM_dd__hh_mm_ss"));
+        time.setTimeSpec(Qt::UTC);
+        const qint64 ahead_s = before.secsTo(time);
+        QVERIFY2(ahead_s >= 5 * 3600 + 1799 && ahead_s <= 5 * 3600 + 1860, qPrintable(stamp));
+    }
+
     void aTransmissionBegunWhileAnotherWasAnnouncedHasOneBlock()
     {
         Documents host;
@@ -232,6 +268,20 @@ private Q_SLOTS:
         QCOMPARE(document->transmissions.size(), std::size_t(1));
         QCOMPARE(document->transmissions.front().startTime, utc("2017-05-12 10:15:00.123"));
         QCOMPARE(document->transmissions.front().stopTime, utc("2017-05-12 10:15:02.123"));
+    }
+
+    void laterTimeStampsMakeNoName()
+    {
+        Documents host;
+        host.handler.SetTimestamp(TEN_FIFTEEN_us);
+        const QString name = host.name();
+        // Within one second a second name would be equal, but for its folder.
+        host.handler.SetSaveDirectoryPath(host.directory.filePath("other"), QString(), QString(),
+                                          MorseValues::path("XmlFileName"));
+        host.handler.SetTimestamp(TEN_FIFTEEN_us + SECOND_us);
+        QCOMPARE(host.name(), name);
+        host.save();
+        QVERIFY(QFile::exists(name));
     }
 
     void timeStampsAreWholeSecondsInThirtyTwoBits_data()
@@ -318,6 +368,21 @@ private Q_SLOTS:
         QCOMPARE(all, QStringLiteral("TM"));
     }
 
+    void aWordIsInTheDocumentBeforeItIsPublished()
+    {
+        Documents host;
+        host.handler.SetTimestamp(TEN_FIFTEEN_us);
+        const QString name = host.name();
+        TextLog log(host.text);
+        log.onText = [&](const QString&) { host.save(); };
+        host.send(".w");
+        const auto document = read(name);
+        QVERIFY(document);
+        const auto& frames = document->transmissions.front().blocks.front().frames;
+        QCOMPARE(frames.size(), std::size_t(1));
+        QCOMPARE(frames.front().text, QStringLiteral("E "));
+    }
+
     // Saving
 
     void aSaveClosesTheTransmissionAndTheNextTimeStampOpensAnother()
@@ -367,6 +432,19 @@ private Q_SLOTS:
         QCOMPARE(host.files().size(), 1);
         host.save();
         QCOMPARE(host.files().size(), 1);
+    }
+
+    void aSaveWithoutATransmissionReachesTheDocument()
+    {
+        Documents host;
+        const QString folder = host.directory.filePath("later");
+        host.handler.SetSaveDirectoryPath(folder, QString(), QString(),
+                                          MorseValues::path("XmlFileName"));
+        host.handler.SetTimestamp(TEN_FIFTEEN_us);
+        host.save(); // cannot be written
+        QVERIFY(QDir().mkdir(folder));
+        host.save();
+        QVERIFY(QFile::exists(host.name()));
     }
 
     void onlyTheForcedNotificationSaves()

@@ -13,21 +13,25 @@
 #include <limits>
 #include <set>
 
+#include <sys/stat.h>
+
 namespace {
 
-// The state that a handler keeps for one file.
+// A file with the fields that a handler keeps for it.
 struct OneFile
 {
     QString name;
     QFile* file = nullptr;
     QTextStream* stream = nullptr;
     unsigned int column = 0;
-    QString backlog;
     UnfinishedFiles unfinished;
-    const char* codec = "UTF-8";
+    SessionFile session{{name, file, stream, column}, "UTF-8", unfinished};
 
-    ~OneFile() { sessionfile::close(view()); }
-    SessionFile view() { return {name, file, stream, column, backlog, unfinished, codec}; }
+    ~OneFile()
+    {
+        session.Close();
+        unfinished.Finish();
+    }
 };
 
 QByteArray contentOf(const QString& path)
@@ -65,13 +69,20 @@ private Q_SLOTS:
         QCOMPARE(sessionfile::frequencyText(frequency_Hz), text);
     }
 
+    void aNameInAFileNameIsNoPath()
+    {
+        QCOMPARE(sessionfile::namePart(QStringLiteral("../a/b\\c/")), QStringLiteral("..abc"));
+        QCOMPARE(sessionfile::namePart(QStringLiteral("Greek")), QStringLiteral("Greek"));
+        QCOMPARE(sessionfile::namePart(QString()), QString());
+    }
+
     void theFirstFreeNumberIsTaken()
     {
         std::set<QString> taken;
-        const auto exists = [&](const QString& path) { return taken.count(path) != 0; };
+        const auto isTaken = [&](const QString& path) { return taken.count(path) != 0; };
         for (int number = 1; number <= 12; ++number) {
             const auto name = sessionfile::freeName(QStringLiteral("/d"), QStringLiteral("stamp"),
-                                                    QStringLiteral("_MO__"), exists);
+                                                    QStringLiteral("_MO__"), isTaken);
             QCOMPARE(name.path, QStringLiteral("/d/stamp_%1_MO__.txt").arg(number));
             QVERIFY(!name.counterWrapped);
             taken.insert(name.path);
@@ -112,13 +123,13 @@ private Q_SLOTS:
         QFETCH(bool, needed);
         QTemporaryDir dir;
         OneFile one;
-        QVERIFY(sessionfile::needsNewName(one.view()));
+        QVERIFY(one.session.NeedsNewName());
         one.name = dir.filePath("x.txt");
         if (size >= 0) {
             QFile file(one.name);
             QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(size));
         }
-        QCOMPARE(sessionfile::needsNewName(one.view()), needed);
+        QCOMPARE(one.session.NeedsNewName(), needed);
     }
 
     void aLineBreaksBehindThePieceThatFollowsAHundredCharacters()
@@ -126,17 +137,17 @@ private Q_SLOTS:
         QTemporaryDir dir;
         OneFile one;
         one.name = dir.filePath("x.txt");
-        QVERIFY(sessionfile::open(one.view(), [] {}));
-        sessionfile::write(one.view(), QString(99, QLatin1Char('a')));
-        sessionfile::write(one.view(), QStringLiteral("b"));
+        QVERIFY(one.session.Open([] {}));
+        one.session.Write(QString(99, QLatin1Char('a')));
+        one.session.Write(QStringLiteral("b"));
         QCOMPARE(one.column, 100U);
         QCOMPARE(contentOf(one.name), QByteArray(99, 'a') + "b");
-        sessionfile::write(one.view(), QStringLiteral("cd"));
+        one.session.Write(QStringLiteral("cd"));
         QCOMPARE(contentOf(one.name), QByteArray(99, 'a') + "bcd\n");
         QCOMPARE(one.column, 2U);
         // A line end inside a piece counts as a character like any other.
-        sessionfile::write(one.view(), QString(98, QLatin1Char('\n')));
-        sessionfile::write(one.view(), QStringLiteral("e"));
+        one.session.Write(QString(98, QLatin1Char('\n')));
+        one.session.Write(QStringLiteral("e"));
         QVERIFY(contentOf(one.name).endsWith("\ne\n"));
     }
 
@@ -145,27 +156,50 @@ private Q_SLOTS:
         QTemporaryDir dir;
         OneFile one;
         one.name = dir.filePath("x.txt");
-        QVERIFY(sessionfile::open(one.view(), [] {}));
+        QVERIFY(one.session.Open([] {}));
         for (const QString& piece : {QStringLiteral("a"), QStringLiteral("\u05D0"),
                                      QString::fromUtf8("\xF0\x9D\x84\x9E")}) {
-            sessionfile::write(one.view(), piece);
+            one.session.Write(piece);
             QVERIFY(contentOf(one.name).endsWith(piece.toUtf8()));
         }
     }
 
-    void anExistingFileIsEmptiedAndAnOpenOneKept()
+    void whatStandsUnderANameIsNeverEmptied_data()
     {
+        QTest::addColumn<QString>("there");
+        QTest::newRow("a file that somebody began") << "file";
+        QTest::newRow("a folder") << "folder";
+        QTest::newRow("a link to a file") << "link";
+        QTest::newRow("a link that leads nowhere") << "nowhere";
+        QTest::newRow("a pipe that nobody reads") << "pipe";
+    }
+
+    void whatStandsUnderANameIsNeverEmptied()
+    {
+        QFETCH(QString, there);
         QTemporaryDir dir;
+        const QString path = dir.filePath("x.txt");
+        const QString other = dir.filePath("other");
+        if (there == "folder")
+            QVERIFY(QDir().mkdir(path));
+        else if (there == "pipe")
+            QCOMPARE(mkfifo(qPrintable(path), 0600), 0);
+        else if (there != "file")
+            QVERIFY(QFile::link(other, path));
+        if (there == "file" || there == "link") {
+            QFile before(there == "file" ? path : other);
+            QVERIFY(before.open(QIODevice::WriteOnly) && before.write("old") == 3);
+        }
+        QVERIFY(sessionfile::isTaken(path));
         OneFile one;
-        one.name = dir.filePath("x.txt");
-        QFile before(one.name);
-        QVERIFY(before.open(QIODevice::WriteOnly) && before.write("old") == 3);
-        before.close();
-        QVERIFY(sessionfile::open(one.view(), [] {}));
-        QCOMPARE(contentOf(one.name), QByteArray());
-        sessionfile::write(one.view(), QStringLiteral("new"));
-        QVERIFY(sessionfile::open(one.view(), [] {}));
+        one.name = path;
+        QVERIFY(one.session.Open([&] { one.name = dir.filePath("y.txt"); }));
+        one.session.Write(QStringLiteral("new"));
         QCOMPARE(contentOf(one.name), QByteArray("new"));
+        QVERIFY(one.name.endsWith("y.txt"));
+        if (there == "file" || there == "link")
+            QCOMPARE(contentOf(path), QByteArray("old"));
+        QCOMPARE(QFile::exists(other), there == "link");
     }
 
     void aTakenNameIsReplacedByTheNext()
@@ -175,7 +209,7 @@ private Q_SLOTS:
         one.name = dir.filePath("folder");
         QVERIFY(QDir().mkdir(one.name));
         int made = 0;
-        QVERIFY(sessionfile::open(one.view(), [&] {
+        QVERIFY(one.session.Open([&] {
             ++made;
             one.name = made < 5 ? dir.filePath("folder") : dir.filePath("x.txt");
         }));
@@ -189,7 +223,7 @@ private Q_SLOTS:
         OneFile one;
         one.name = dir.path();
         int made = 0;
-        QVERIFY(!sessionfile::open(one.view(), [&] { ++made; }));
+        QVERIFY(!one.session.Open([&] { ++made; }));
         QCOMPARE(made, 10000);
         QVERIFY(!one.file && !one.stream);
     }
@@ -199,8 +233,32 @@ private Q_SLOTS:
         OneFile one;
         one.name = QStringLiteral("/no/such/folder/x.txt");
         int made = 0;
-        QVERIFY(!sessionfile::open(one.view(), [&] { ++made; }));
+        QVERIFY(!one.session.Open([&] { ++made; }));
         QCOMPARE(made, 1);
+        one.session.Write(QStringLiteral("dropped"));
+        QVERIFY(!one.file && !one.stream);
+        QCOMPARE(one.column, 0U);
+    }
+
+    void aNameThatCannotBeCreatedIsReplacedByTheNext()
+    {
+        QTemporaryDir dir;
+        OneFile one;
+        one.name = QStringLiteral("/no/such/folder/x.txt");
+        QVERIFY(one.session.Open([&] { one.name = dir.filePath("x.txt"); }));
+        one.session.Write(QStringLiteral("kept"));
+        QCOMPARE(contentOf(dir.filePath("x.txt")), QByteArray("kept"));
+    }
+
+    void takenNamesBehindOneThatCannotBeCreatedAreSkipped()
+    {
+        QTemporaryDir dir;
+        OneFile one;
+        one.name = QStringLiteral("/no/such/folder/x.txt");
+        int made = 0;
+        QVERIFY(
+            one.session.Open([&] { one.name = ++made < 5 ? dir.path() : dir.filePath("x.txt"); }));
+        QCOMPARE(made, 5);
     }
 
     void beginningAndClosingSetTheStateBack()
@@ -208,15 +266,16 @@ private Q_SLOTS:
         QTemporaryDir dir;
         OneFile one;
         one.name = dir.filePath("x.txt");
-        QVERIFY(sessionfile::open(one.view(), [] {}));
-        sessionfile::write(one.view(), QStringLiteral("abc"));
-        sessionfile::begin(one.view());
+        QVERIFY(one.session.Open([] {}));
+        one.session.Write(QStringLiteral("abc"));
+        one.session.Begin();
         QVERIFY(!one.file && !one.stream);
         QCOMPARE(one.column, 0U);
         QVERIFY(!one.name.isEmpty());
-        QVERIFY(sessionfile::open(one.view(), [] {}));
-        sessionfile::write(one.view(), QStringLiteral("abc"));
-        sessionfile::close(one.view());
+        one.name = dir.filePath("y.txt");
+        QVERIFY(one.session.Open([] {}));
+        one.session.Write(QStringLiteral("abc"));
+        one.session.Close();
         QVERIFY(!one.file && !one.stream);
         QCOMPARE(one.column, 3U);
         QVERIFY(one.name.isEmpty());
@@ -236,11 +295,11 @@ private Q_SLOTS:
         OneFile one;
         const QString path = dir.filePath("x.txt");
         one.name = path;
-        QVERIFY(sessionfile::open(one.view(), [] {}));
+        QVERIFY(one.session.Open([] {}));
         QByteArray expected;
         unsigned int column = 0;
         const auto write = [&](const QString& piece) {
-            sessionfile::write(one.view(), piece);
+            one.session.Write(piece);
             expected += piece.toUtf8();
             if (column >= 100) {
                 expected += '\n';
@@ -258,7 +317,7 @@ private Q_SLOTS:
         }
         write(QStringLiteral("after"));
         QCOMPARE(contentOf(path), expected);
-        sessionfile::close(one.view());
+        one.session.Close();
         QCOMPARE(contentOf(path), expected);
     }
 
@@ -269,21 +328,20 @@ private Q_SLOTS:
         const QString first = dir.filePath("first.txt");
         const QString second = dir.filePath("second.txt");
         one.name = first;
-        QVERIFY(sessionfile::open(one.view(), [] {}));
+        QVERIFY(one.session.Open([] {}));
         {
             const FullDisk full(10);
             for (int i = 0; i < 30000; ++i)
-                sessionfile::write(one.view(), QStringLiteral("\n"));
-            sessionfile::close(one.view());
-            QVERIFY(one.backlog.isEmpty());
+                one.session.Write(QStringLiteral("\n"));
+            one.session.Close();
             one.name = second;
             one.column = 0;
-            QVERIFY(sessionfile::open(one.view(), [] {}));
-            sessionfile::write(one.view(), QStringLiteral("the second file"));
+            QVERIFY(one.session.Open([] {}));
+            one.session.Write(QStringLiteral("the second file"));
             QCOMPARE(contentOf(first).size(), 10);
             QCOMPARE(contentOf(second).size(), 10);
         }
-        sessionfile::write(one.view(), QStringLiteral(" goes on"));
+        one.session.Write(QStringLiteral(" goes on"));
         QCOMPARE(contentOf(first), QByteArray(30000 + 30000 / 100 - 1, '\n'));
         QCOMPARE(contentOf(second), QByteArray("the second file goes on"));
     }
@@ -299,9 +357,9 @@ private Q_SLOTS:
             for (int i = 0; i < 33; ++i) {
                 paths += dir.filePath(QStringLiteral("%1.txt").arg(i));
                 one.name = paths.last();
-                QVERIFY(sessionfile::open(one.view(), [] {}));
-                sessionfile::write(one.view(), QStringLiteral("x"));
-                sessionfile::close(one.view());
+                QVERIFY(one.session.Open([] {}));
+                one.session.Write(QStringLiteral("x"));
+                one.session.Close();
             }
             QCOMPARE(traces.Traces().size(), 1);
             QVERIFY(traces.Messages().first().endsWith(paths.first()));
@@ -319,10 +377,10 @@ private Q_SLOTS:
         {
             OneFile one;
             one.name = path;
-            QVERIFY(sessionfile::open(one.view(), [] {}));
+            QVERIFY(one.session.Open([] {}));
             const FullDisk full(0);
-            sessionfile::write(one.view(), QStringLiteral("few letters"));
-            sessionfile::close(one.view());
+            one.session.Write(QStringLiteral("few letters"));
+            one.session.Close();
             QCOMPARE(contentOf(path), QByteArray());
         }
         QCOMPARE(contentOf(path), QByteArray("few letters"));
@@ -335,14 +393,14 @@ private Q_SLOTS:
         OneFile one;
         const QString path = dir.filePath("x.txt");
         one.name = path;
-        QVERIFY(sessionfile::open(one.view(), [] {}));
+        QVERIFY(one.session.Open([] {}));
         {
             const FullDisk full(0);
             for (int i = 0; i < 30000; ++i)
-                sessionfile::write(one.view(), QStringLiteral("\n"));
+                one.session.Write(QStringLiteral("\n"));
             QCOMPARE(contentOf(path).size(), 0);
         }
-        sessionfile::close(one.view());
+        one.session.Close();
         QCOMPARE(contentOf(path).size(), 30000 + 30000 / 100 - 1);
     }
 
@@ -367,13 +425,13 @@ private Q_SLOTS:
         OneFile one;
         const QString path = dir.filePath("x.txt");
         one.name = path;
-        QVERIFY(sessionfile::open(one.view(), [] {}));
+        QVERIFY(one.session.Open([] {}));
         {
             const FullDisk full(0);
-            sessionfile::write(one.view(), QStringLiteral("few"));
+            one.session.Write(QStringLiteral("few"));
             QCOMPARE(contentOf(path), QByteArray());
         }
-        sessionfile::close(one.view());
+        one.session.Close();
         QCOMPARE(contentOf(path), QByteArray("few"));
     }
 
@@ -384,18 +442,16 @@ private Q_SLOTS:
         OneFile one;
         const QString path = dir.filePath("x.txt");
         one.name = path;
-        QVERIFY(sessionfile::open(one.view(), [] {}));
+        QVERIFY(one.session.Open([] {}));
         {
             const FullDisk full(0);
             // What the file's own buffer takes does not wait.
-            sessionfile::write(one.view(), QString(MOST + 100000, QLatin1Char('k')));
-            QVERIFY(one.backlog.size() >= MOST);
-            sessionfile::write(one.view(), QStringLiteral("too much"));
+            one.session.Write(QString(MOST + 100000, QLatin1Char('k')));
+            one.session.Write(QStringLiteral("too much"));
         }
-        sessionfile::write(one.view(), QStringLiteral("too late"));
-        QVERIFY(one.backlog.isEmpty());
-        sessionfile::write(one.view(), QStringLiteral("after"));
-        sessionfile::close(one.view());
+        one.session.Write(QStringLiteral("too late"));
+        one.session.Write(QStringLiteral("after"));
+        one.session.Close();
         const QByteArray content = contentOf(path);
         QCOMPARE(content.count('k'), MOST + 100000);
         QVERIFY(!content.contains("too "));

@@ -4,15 +4,43 @@
 
 #include "support/fulldisk.h"
 #include "support/morsefixture.h"
+#include "support/privatemember.h"
 
 #include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
+#include <QTextCodec>
 #include <QtTest>
 
+#include <algorithm>
 #include <limits>
+#include <vector>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+struct SaveDirectory
+{
+    using Type = QString MorseHandler::*;
+    friend Type memberOf(SaveDirectory);
+};
+template struct PrivateMember<SaveDirectory, &MorseHandler::m_strSaveDirectory>;
+
+struct CodeName
+{
+    using Type = QString MorseHandler::*;
+    friend Type memberOf(CodeName);
+};
+template struct PrivateMember<CodeName, &MorseHandler::m_strCodeFileName>;
+
+struct TextName
+{
+    using Type = QString MorseHandler::*;
+    friend Type memberOf(TextName);
+};
+template struct PrivateMember<TextName, &MorseHandler::m_strTextFileName>;
 
 namespace {
 
@@ -22,6 +50,16 @@ QByteArray contentOf(const QString& path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
+}
+
+// The contents of all files of a folder whose name fits, in order.
+QList<QByteArray> contentsOf(const QString& folder, const char* names)
+{
+    QList<QByteArray> contents;
+    for (const QString& name : QDir(folder).entryList({names}, QDir::Files))
+        contents += contentOf(folder + QLatin1Char('/') + name);
+    std::sort(contents.begin(), contents.end());
+    return contents;
 }
 
 // A handler that saves into a folder of its own.
@@ -161,6 +199,70 @@ private Q_SLOTS:
             QCOMPARE(contentOf(dir.filePath(name)), QByteArray(".- "));
     }
 
+    void twoHandlersOnOneFrequencyKeepTheirOwnFiles()
+    {
+        Recording host;
+        host.attachFrequency(500000);
+        MorseHandler second;
+        second.SetMorseAvailable_ValuePath(MorseValues::path("Available"));
+        second.SetMorseSaveToFile_ValuePath(MorseValues::path("SaveToFile"));
+        second.SetFrequency_ValuePath(MorseValues::path("Frequency"));
+        second.SetSaveDirectoryPath(host.directory, QString(), QString(), QString());
+        second.StartNewMorseSession();
+        // Both make their names in one notification; the second to write finds its own taken.
+        host.frequency->SetValue(501000, nullptr);
+        host.send(".-c");
+        for (const int code : {1, 0, 3})
+            second.AddSymbol(code);
+        QCOMPARE(contentOf(host.code()), QByteArray(".- "));
+        QCOMPARE(contentOf(host.text()), QByteArray("A"));
+        QCOMPARE(contentsOf(host.directory, "*KHz.txt"), (QList<QByteArray>{"-. ", ".- "}));
+        QCOMPARE(contentsOf(host.directory, "*__Default.txt"), (QList<QByteArray>{"A", "N"}));
+    }
+
+    void severalProcessesInOneFolderKeepTheirOwnFiles()
+    {
+        constexpr int PROCESSES = 4;
+        constexpr int SESSIONS = 40;
+        QTemporaryDir dir;
+        int start[2];
+        QCOMPARE(pipe(start), 0);
+        std::vector<pid_t> children;
+        for (int number = 0; number < PROCESSES; ++number) {
+            const pid_t child = fork();
+            QVERIFY(child >= 0);
+            if (child == 0) {
+                char go = 0;
+                close(start[1]);
+                static_cast<void>(read(start[0], &go, 1)); // until all are there
+                for (int i = 0; i < SESSIONS; ++i) {
+                    Recording host(dir.path());
+                    for (int dots = 0; dots <= number; ++dots)
+                        host.send(".");
+                    host.send("c");
+                }
+                _exit(0);
+            }
+            children.push_back(child);
+        }
+        close(start[0]);
+        close(start[1]);
+        for (const pid_t child : children) {
+            int status = 0;
+            QCOMPARE(waitpid(child, &status, 0), child);
+            QCOMPARE(status, 0);
+        }
+        QMap<QByteArray, int> found;
+        for (const char* names : {"*_MO__.txt", "*__Default.txt"}) {
+            for (const QByteArray& content : contentsOf(dir.path(), names))
+                ++found[content];
+        }
+        QMap<QByteArray, int> expected;
+        for (const char* content : {". ", ".. ", "... ", ".... ", "E", "I", "S", "H"})
+            expected[content] = SESSIONS;
+        QCOMPARE(found, expected);
+    }
+
     // Contents
 
     void symbolsAndTextAreWrittenAsTheyCome()
@@ -215,8 +317,10 @@ private Q_SLOTS:
         QCOMPARE(contentOf(host.text()), QByteArray("A"));
     }
 
-    void theTextFileIsUtf8()
+    void theTextFileIsUtf8WhateverTheLocale()
     {
+        QTextCodec* const codec = QTextCodec::codecForLocale();
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
         Recording host;
         QFile file(host.directory + QStringLiteral("/Hebrew.mal"));
         QVERIFY(file.open(QIODevice::WriteOnly));
@@ -227,9 +331,23 @@ private Q_SLOTS:
         host.alphabet->Select(QStringLiteral("Hebrew"), nullptr);
         host.handler.SetMorseAlphabet_DirectoryPath(MorseValues::path("AlphabetDirectory"));
         host.handler.SetMorseAlphabet_ValuePath(MorseValues::path("Alphabet"));
-        QVERIFY(host.handler.StartNewMorseSession());
+        host.handler.StartNewMorseSession();
         host.send(".-c");
+        QTextCodec::setCodecForLocale(codec);
         QCOMPARE(contentOf(host.text()), QByteArray("\xD7\x90"));
+    }
+
+    void errorMarksAreForgottenAtAWordGapAndAtTheEndOfASession()
+    {
+        Recording host;
+        host.send(".dw.c");
+        QCOMPARE(contentOf(host.code()), QByteArray(".[DOT_TOO_SHORT]. "));
+        QCOMPARE(contentOf(host.text()), QByteArray("E [DOT_TOO_SHORT]E"));
+        host.send("d");
+        host.handler.EndMorseSession();
+        host.handler.StartNewMorseSession();
+        host.send(".c");
+        QCOMPARE(contentOf(host.code()), QByteArray(". "));
     }
 
     void linesBreakBehindThePieceThatFollowsAHundredCharacters()
@@ -402,6 +520,18 @@ private Q_SLOTS:
         QCOMPARE(contentOf(host.code()), QByteArray(101, '-') + '\n');
     }
 
+    void theTextFileRollsOverAsTheCodeFile()
+    {
+        Recording host;
+        host.send(".-c");
+        const QString text = host.text();
+        QFile file(text);
+        QVERIFY(file.open(QIODevice::Append) && file.resize(256001));
+        host.send("-c");
+        QVERIFY(host.text() != text);
+        QCOMPARE(contentOf(host.text()), QByteArray("T"));
+    }
+
     void aLongReceptionLosesNothingAtTheLimit()
     {
         Recording host;
@@ -456,6 +586,18 @@ private Q_SLOTS:
         QVERIFY(host.code().contains(QLatin1String("\\sub/")));
     }
 
+    void aNameThatIsTakenMeanwhileIsReplacedByTheNextOfItsKind()
+    {
+        Recording host;
+        host.saveToFile->HasChanged(eCHANGE_FORCED, nullptr); // names are made, no file is open
+        QVERIFY(QDir().mkdir(host.handler.*memberOf(CodeName())));
+        QVERIFY(QDir().mkdir(host.handler.*memberOf(TextName())));
+        host.send(".c");
+        QVERIFY(host.code().endsWith(QLatin1String("_MO__.txt")));
+        QVERIFY(host.text().endsWith(QLatin1String("_MO____Default.txt")));
+        QCOMPARE(contentOf(host.text()), QByteArray("E"));
+    }
+
     // Faults
 
     void aMissingFolderDropsWritesUntilItIsThere()
@@ -472,6 +614,65 @@ private Q_SLOTS:
         QCOMPARE(contentOf(host.text()), QByteArray("T"));
     }
 
+    void theFirstWriteAfterOneThatFailedIsInTheNewFile()
+    {
+        QTemporaryDir good;
+        Recording host(QStringLiteral("/no/such/folder"));
+        host.handler.SetTimestamp(TEN_FIFTEEN_us);
+        host.handler.SetTimestamp(TEN_FIFTEEN_us);
+        host.send(".c"); // dropped: both files have a name in the missing folder now
+        QCOMPARE(host.code(), QString());
+        host.handler.SetSaveDirectoryPath(good.path(), MorseValues::path("TextFileName"),
+                                          MorseValues::path("CodeFileName"),
+                                          MorseValues::path("XmlFileName"));
+        host.send("-.-n");
+        QCOMPARE(contentOf(host.code()), QByteArray("-.- "));
+        QCOMPARE(contentOf(host.text()),
+                 QByteArray("K\n[Stop Time:  10:15:02.120]\n[Start Time:  10:15:02.120]\n"));
+        verifyName(host.text(), good.path(), "\\d{8}_\\d{6}_1_MO____Default\\.txt");
+    }
+
+    void aTimeBlockAfterAFailedOpenIsInTheNewFile()
+    {
+        QTemporaryDir good;
+        Recording host(QStringLiteral("/no/such/folder"));
+        host.handler.SetTimestamp(TEN_FIFTEEN_us);
+        host.handler.SetTimestamp(TEN_FIFTEEN_us);
+        host.send(".c");
+        host.handler.SetSaveDirectoryPath(good.path(), MorseValues::path("TextFileName"),
+                                          MorseValues::path("CodeFileName"),
+                                          MorseValues::path("XmlFileName"));
+        host.send("n");
+        QCOMPARE(contentOf(host.text()),
+                 QByteArray("\n[Stop Time:  10:15:02.120]\n[Start Time:  10:15:02.120]\n"));
+    }
+
+    void theFirstCharacterAfterAnAlphabetWithoutAPossibleNameIsSaved()
+    {
+        Recording host;
+        host.handler.SetMorseAlphabet_ValuePath(MorseValues::path("Alphabet"));
+        host.alphabet->AddItem(QString(300, QLatin1Char('x')), 0, 0, nullptr);
+        host.alphabet->AddItem(QStringLiteral("Greek"), 1, 1, nullptr);
+        host.alphabet->Select(0L, nullptr);
+        host.send(".c");
+        QCOMPARE(host.text(), QString());
+        host.alphabet->Select(1L, nullptr);
+        host.send("-c");
+        verifyName(host.text(), host.directory, ".*__Greek\\.txt");
+        QCOMPARE(contentOf(host.text()), QByteArray("T"));
+    }
+
+    void anAlphabetNameLosesItsSeparatorsInAFileName()
+    {
+        Recording host;
+        host.handler.SetMorseAlphabet_ValuePath(MorseValues::path("Alphabet"));
+        host.alphabet->AddItem(QStringLiteral("../Old\\Greek/2"), 0, 0, nullptr);
+        host.alphabet->Select(0L, nullptr);
+        host.send(".c");
+        verifyName(host.text(), host.directory, ".*_MO____\\.\\.OldGreek2\\.txt");
+        QCOMPARE(contentOf(host.text()), QByteArray("E"));
+    }
+
     void aFolderThatIsAFileDropsWrites()
     {
         QTemporaryDir dir;
@@ -486,6 +687,7 @@ private Q_SLOTS:
     void theDefaultFolderIsNoneOnThisPlatform()
     {
         MorseFixture host;
+        QCOMPARE(host.handler.*memberOf(SaveDirectory()), QStringLiteral("C:\\Temp"));
         host.saveToFile->SetValue(true, nullptr);
         host.handler.SetMorseSaveToFile_ValuePath(MorseValues::path("SaveToFile"));
         host.handler.StartNewMorseSession();
