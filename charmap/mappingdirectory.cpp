@@ -7,11 +7,13 @@
 #include "host/ivtclient.h"
 #include "host/trace.h"
 #include "host/valuelookup.h"
+#include "host/valueroles.h"
 #include "tables/charactertable.h"
 #include "tables/displayname.h"
 #include "tables/hostpath.h"
 
 #include <QDir>
+#include <QVector>
 
 #include <algorithm>
 #include <utility>
@@ -21,11 +23,6 @@ namespace {
 // Bounds of the history, in characters.
 constexpr int MIN_HISTORY = 100;
 constexpr int MAX_HISTORY = 10000;
-
-bool isSame(const Observable* source, const Observable* value)
-{
-    return value && source == value;
-}
 
 /// The text with question marks in place of all characters outside Latin-1.
 QString latin1Of(const QString& text)
@@ -40,8 +37,35 @@ QString latin1Of(const QString& text)
 
 } // namespace
 
+struct MappingDirectory::Own
+{
+    QString textDirectionPath;
+    QVector<ValueBase*> replaced; ///< no longer regarded, but still observed
+    int historyStart = 0;         ///< what slid out of the history may still be in front of it
+    int initCount = 0;
+};
+
+/// A row for each role whose value is observed.
+auto MappingDirectory::observedValues()
+{
+    return ValueRoles(this, [this](auto visit) {
+        visit(m_dataInput);
+        visit(m_dataOutput);
+        visit(m_availableMaps);
+        visit(m_decoder);
+        visit(m_saveToFile);
+        visit(m_translateAll);
+        visit(m_translatedFile);
+        visit(m_maxNumberOfChars);
+        visit(m_frequency);
+        visit(m_modulationType);
+        visit(m_channelIndex);
+    });
+}
+
 MappingDirectory::MappingDirectory(const QString& directory)
     : m_outputStream(&m_outputFile)
+    , m_own(std::make_unique<Own>())
 {
     struct Scan
     {
@@ -70,23 +94,8 @@ MappingDirectory::~MappingDirectory()
 {
     try {
         closeOutputFile();
-        const auto release = [this](auto*& role) {
-            if (role)
-                role->DeleteObserver(this);
-            role = nullptr;
-        };
-        release(m_dataInput);
-        release(m_dataOutput);
-        release(m_availableMaps);
-        release(m_decoder);
-        release(m_saveToFile);
-        release(m_translateAll);
-        release(m_translatedFile);
-        release(m_maxNumberOfChars);
-        release(m_frequency);
-        release(m_modulationType);
-        release(m_channelIndex);
-        for (ValueBase* value : qAsConst(m_replaced))
+        observedValues().LeaveAll();
+        for (ValueBase* value : qAsConst(m_own->replaced))
             value->DeleteObserver(this);
     } catch (...) {
         traceMessage(QStringLiteral("Exception catched in MorseTranslator::~MorseHandler"),
@@ -111,8 +120,8 @@ void MappingDirectory::Init(QString selection)
         return;
     // Whoever is told of a step may delete the value, or cause another filling that replaces this
     // one.
-    const int count = ++m_initCount;
-    const auto isGoingOn = [&] { return m_availableMaps && m_initCount == count; };
+    const int count = ++m_own->initCount;
+    const auto isGoingOn = [&] { return m_availableMaps && m_own->initCount == count; };
 
     m_availableMaps->DeleteItems(this);
     const QStringList names = availableMaps(GetDecoderCharset());
@@ -132,31 +141,18 @@ void MappingDirectory::Init(QString selection)
         m_availableMaps->Select(defaultMapName(), nullptr);
 }
 
-/// Every role whose value is observed, in the order in which a deleted value is looked for.
-template <typename Visit>
-void MappingDirectory::visitObservedValues(Visit visit)
-{
-    visit(m_availableMaps);
-    visit(m_decoder);
-    visit(m_dataInput);
-    visit(m_dataOutput);
-    visit(m_maxNumberOfChars);
-    visit(m_saveToFile);
-    visit(m_translateAll);
-    visit(m_translatedFile);
-    visit(m_frequency);
-    visit(m_modulationType);
-    visit(m_channelIndex);
-}
-
 template <typename Kind>
 void MappingDirectory::hold(Kind*& role, const QString& path)
 {
     Kind* const value = findOrCreateValue<Kind>(path, this);
-    if (role && role != value && !m_replaced.contains(role))
-        m_replaced.append(role);
+    Kind* const previous = std::exchange(role, nullptr);
+    if (previous && previous != value && !m_own->replaced.contains(previous))
+        m_own->replaced.append(previous);
     // A value that has announced its deletion will not announce it again.
-    role = value->GetState() == eSTATE_DELETED ? nullptr : value;
+    if (value->GetState() != eSTATE_DELETED)
+        role = value;
+    else if (!observedValues().Hold(value) && !m_own->replaced.contains(value))
+        value->DeleteObserver(this);
 }
 
 template <typename Kind>
@@ -230,7 +226,7 @@ bool MappingDirectory::SetSaveToFile_ValuePath(QString path)
 
 bool MappingDirectory::SetTextDirectionRTL_ValuePath(QString path)
 {
-    m_textDirectionPath = path;
+    m_own->textDirectionPath = path;
     FlagValue* const value = findOrCreateValue<FlagValue>(path);
     m_textDirectionRTL = value->GetState() == eSTATE_DELETED ? nullptr : value;
     return m_textDirectionRTL != nullptr;
@@ -275,23 +271,20 @@ void MappingDirectory::Update(Observable* source, TChangeCode code)
     }
 }
 
-void MappingDirectory::forgetDeleted(Observable* source)
+void MappingDirectory::forgetDeleted(const Observable* source)
 {
-    visitObservedValues([&](auto*& role) {
-        // One value may serve in several roles.
-        if (isSame(source, role) && role->GetState() == eSTATE_DELETED) {
-            role->DeleteObserver(this);
-            role = nullptr;
-        }
-    });
-    const auto isDeleted = [&](ValueBase* value) {
-        return isSame(source, value) && value->GetState() == eSTATE_DELETED;
+    observedValues().Forget(source);
+    const auto isLeft = [this, source](ValueBase* value) {
+        if (!isSame(source, value) || value->GetState() != eSTATE_DELETED)
+            return false;
+        value->DeleteObserver(this);
+        return true;
     };
-    m_replaced.erase(std::remove_if(m_replaced.begin(), m_replaced.end(), isDeleted),
-                     m_replaced.end());
+    QVector<ValueBase*>& replaced = m_own->replaced;
+    replaced.erase(std::remove_if(replaced.begin(), replaced.end(), isLeft), replaced.end());
 }
 
-void MappingDirectory::contentChanged(Observable* source)
+void MappingDirectory::contentChanged(const Observable* source)
 {
     if (isSame(source, m_availableMaps)) {
         switchTo(m_availableMaps->GetStringValue());
@@ -311,7 +304,7 @@ void MappingDirectory::contentChanged(Observable* source)
 }
 
 /// Obeyed while disabled as well.
-void MappingDirectory::evaluationForced(Observable* source)
+void MappingDirectory::evaluationForced(const Observable* source)
 {
     if (isSame(source, m_saveToFile)) {
         closeOutputFile();
@@ -332,8 +325,9 @@ void MappingDirectory::closeOutputFile()
 
 void MappingDirectory::writeTextDirection(bool rightToLeft)
 {
-    m_textDirectionRTL =
-        m_textDirectionPath.isEmpty() ? nullptr : findValue<FlagValue>(m_textDirectionPath);
+    m_textDirectionRTL = m_own->textDirectionPath.isEmpty()
+                             ? nullptr
+                             : findValue<FlagValue>(m_own->textDirectionPath);
     if (m_textDirectionRTL)
         m_textDirectionRTL->SetValue(rightToLeft, nullptr);
 }
@@ -413,7 +407,7 @@ QString MappingDirectory::translate(const QString& text)
 QString MappingDirectory::TranslateHistory()
 {
     m_retranslating = true;
-    QString translated = translate(m_history.mid(m_historyStart));
+    QString translated = translate(m_history.mid(m_own->historyStart));
     m_retranslating = false;
     return translated;
 }
@@ -421,7 +415,7 @@ QString MappingDirectory::TranslateHistory()
 void MappingDirectory::ClearHistory()
 {
     m_history.clear();
-    m_historyStart = 0;
+    m_own->historyStart = 0;
 }
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the interface has it by value
@@ -431,12 +425,12 @@ void MappingDirectory::SaveToHistory(QString text)
     if (!m_maxNumberOfChars)
         return;
     const int max = qMax(0, static_cast<int>(m_maxNumberOfChars->GetRealValue()));
-    m_historyStart = qMax(m_historyStart, m_history.size() - max);
+    m_own->historyStart = qMax(m_own->historyStart, m_history.size() - max);
     // What slid out is cut off by and by: to move the rest for every single character would take
     // longer than to translate it.
-    if (m_historyStart > max) {
-        m_history = m_history.mid(m_historyStart);
-        m_historyStart = 0;
+    if (m_own->historyStart > max) {
+        m_history = m_history.mid(m_own->historyStart);
+        m_own->historyStart = 0;
     }
 }
 

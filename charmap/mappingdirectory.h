@@ -13,7 +13,8 @@
 #include <QString>
 #include <QStringList>
 #include <QTextStream>
-#include <QVector>
+
+#include <memory>
 
 class IVtClient;
 
@@ -27,7 +28,10 @@ class IVtClient;
 ///
 /// The values belong to the host; one that announces its deletion is forgotten, and whatever needs
 /// it is left undone from then on. All work is done on the thread that notifies or calls. A
-/// directory is not deleted from within a notification that it caused.
+/// directory is not deleted from within a notification that it caused; in particular, whoever hears
+/// of change code 7 while `Init` fills the list must not delete it.
+///
+/// No operation throws, unless memory runs out or an observer throws; the destructor never does.
 class MORSEHANDLER_EXPORT MappingDirectory : public IObserver
 {
 public:
@@ -81,8 +85,8 @@ public:
     /// Derives and stores the identifier of the host's channel.
     void SetIpcIdentifier(QString id);
 
-    /// Code 2 forgets a value, 3 is obeyed while enabled, 19 always; other codes and values that
-    /// are not held mean nothing.
+    /// Code 2 forgets a value, 3 is obeyed while enabled, 19 always. Other codes, and values that
+    /// are not held, are ignored.
     void Update(Observable* source, TChangeCode code) override;
 
     /// The names that are offered for a base character set: the ITA2 maps, then the ASCII maps,
@@ -97,20 +101,6 @@ public:
     void ClearHistory();
 
 private:
-    template <typename Kind>
-    MORSEHANDLER_NO_EXPORT void hold(Kind*& role, const QString& path);
-    template <typename Kind>
-    MORSEHANDLER_NO_EXPORT bool observe(Kind* role);
-    template <typename Kind>
-    MORSEHANDLER_NO_EXPORT bool attach(Kind*& role, const QString& path);
-    template <typename Visit>
-    MORSEHANDLER_NO_EXPORT void visitObservedValues(Visit visit);
-    void forgetDeleted(Observable* source);
-    void contentChanged(Observable* source);
-    void evaluationForced(Observable* source);
-    void closeOutputFile();
-    void writeTextDirection(bool rightToLeft);
-
     eBASE_CHARSET baseCharset(const QString& display);
     QString charset(const QString& display);
     QString fullString(const QString& name, eBASE_CHARSET charset);
@@ -119,11 +109,27 @@ private:
     bool switchTo(const QString& display);
     void SaveToHistory(QString text);
     QString CreateTimeString();
-    // Kept without any work to do.
+    // Empty: nothing is written to the output file yet.
     void SaveToFile(QString text);
     void CreateFilename();
     void InitSaveToFile();
 
+    // Not exported.
+    MORSEHANDLER_NO_EXPORT auto observedValues();
+    template <typename Kind>
+    MORSEHANDLER_NO_EXPORT void hold(Kind*& role, const QString& path);
+    template <typename Kind>
+    MORSEHANDLER_NO_EXPORT bool observe(Kind* role);
+    template <typename Kind>
+    MORSEHANDLER_NO_EXPORT bool attach(Kind*& role, const QString& path);
+    MORSEHANDLER_NO_EXPORT void forgetDeleted(const Observable* source);
+    MORSEHANDLER_NO_EXPORT void contentChanged(const Observable* source);
+    MORSEHANDLER_NO_EXPORT void evaluationForced(const Observable* source);
+    MORSEHANDLER_NO_EXPORT void closeOutputFile();
+    MORSEHANDLER_NO_EXPORT void writeTextDirection(bool rightToLeft);
+
+    // Up to the pointer at the end the order of the fields is binary interface. What is added goes
+    // behind that pointer.
     QString m_currentMap; ///< without the suffix of its character set
     eBASE_CHARSET m_currentCharset = eCHARSET_NONE;
     bool m_enabled = false;
@@ -148,8 +154,6 @@ private:
     IntegerValue* m_channelIndex = nullptr;
     FlagValue* m_textDirectionRTL = nullptr;
 
-    QString m_textDirectionPath;
-    QVector<ValueBase*> m_replaced; ///< no longer regarded, but still observed
-    int m_historyStart = 0;
-    int m_initCount = 0;
+    struct MORSEHANDLER_NO_EXPORT Own;
+    std::unique_ptr<Own> m_own;
 };

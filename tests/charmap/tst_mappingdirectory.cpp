@@ -387,6 +387,23 @@ private Q_SLOTS:
                               QStringLiteral("output 3 'A\u0410?'")}));
     }
 
+    void defaultUnderACharacterSetReportsTheDirectionOfTheMapBeforeThere()
+    {
+        Scene scene(maps(), "Packet", "Hebrew - ASCII");
+        scene.maps_->AddItems({"Default - ASCII", "Default - ITA2"}, nullptr);
+        for (const bool isAscii : {false, true, true}) {
+            scene.maps_->Select(QStringLiteral("Hebrew - ASCII"), nullptr);
+            scene.direction->SetValue(!isAscii, nullptr);
+            scene.maps_->Select(QString(isAscii ? "Default - ASCII" : "Default - ITA2"), nullptr);
+            // "Hebrew" is a map of ASCII only.
+            QCOMPARE(scene.direction->GetValue(), isAscii);
+            QCOMPARE(scene.directory.translate("A"), "A");
+        }
+        // The map before is "Default" itself now, which has no direction.
+        scene.maps_->Select(QStringLiteral("Default - ITA2"), nullptr);
+        QVERIFY(!scene.direction->GetValue());
+    }
+
     void aMapThatDoesNotExistChangesNothing()
     {
         Scene scene(maps(), "Packet", "Hebrew - ASCII");
@@ -465,6 +482,19 @@ private Q_SLOTS:
         scene.input->SetValue("B", nullptr);
         QCOMPARE(scene.MapNames().size(), 3);
         QCOMPARE(scene.output->GetValue(), "");
+    }
+
+    void changesOfFrequencyModulationAndChannelAreIgnored()
+    {
+        Scene scene(maps(), "Packet", "Greek - ASCII");
+        scene.directory.SetFrequency_ValuePath("d/frequency");
+        scene.directory.SetModtype_ValuePath("d/modulation");
+        scene.directory.SetChannelIndex_ValuePath("d/channel");
+        scene.input->SetValue("A", nullptr);
+        scene.log.lines.clear();
+        for (const char* name : {"frequency", "modulation", "channel"})
+            scene.tree.Find("d/" + QString(name))->HasChanged(eCHANGE_CONTENT, nullptr);
+        QCOMPARE(scene.log.lines, (QStringList{"? 3 heard", "? 3 heard", "? 3 heard"}));
     }
 
     void otherCodesAndValuesAreIgnored()
@@ -573,6 +603,17 @@ private Q_SLOTS:
         QCOMPARE(scene.directory.TranslateHistory(), QString(99, 'd') + "e");
     }
 
+    void theBoundsOfTheHistoryAreSetAsTheDirectorysOwnChange()
+    {
+        Scene scene(maps());
+        auto* const max = scene.tree.Add<IntegerValue>("d/max");
+        max->SetValue(5, nullptr);
+        scene.log.Watch("max", max);
+        QVERIFY(scene.directory.SetMaxNumberOfChars_ValuePath("d/max"));
+        // The bounds are announced to others alone, the number to the directory as well.
+        QCOMPARE(scene.log.lines, (QStringList{"max 3 '100'", "max 3 '10000'", "max 3 heard"}));
+    }
+
     void theHistoryIsTheSameInPiecesOfAnySize()
     {
         Scene scene(maps(), "Packet", "Default");
@@ -657,14 +698,19 @@ private Q_SLOTS:
 
     void aValueOfAnotherKindIsTracedAndADetachedOneIsUsed()
     {
-        HostTree tree;
-        tree.Add<FlagValue>("d/maps");
-        MappingDirectory directory(maps());
+        Scene scene(maps(), "Packet", "Greek - ASCII");
+        scene.tree.Add<FlagValue>("d/flag");
         TraceRecorder traces;
         const IntendedLeak detached;
-        QVERIFY(directory.SetAvailableMaps_ValuePath("d/maps"));
+        Client client;
+        QVERIFY(scene.directory.SetDataInput_ValuePath("d/flag", &client));
         QCOMPARE(traces.Traces().size(), 1);
-        directory.Init("Default");
+        QVERIFY(traces.Messages().first().contains("'d/flag'"));
+        auto* const input = dynamic_cast<TextValue*>(client.handedOver);
+        QVERIFY(input && input != scene.tree.Find("d/flag"));
+        input->SetValue("B", nullptr);
+        QCOMPARE(scene.output->GetValue(), QStringLiteral("\u0392"));
+        input->DeleteObservers();
     }
 
     void withoutATreeTheValuesAreDetached()
@@ -764,18 +810,70 @@ private Q_SLOTS:
         HostTree tree;
         auto* const replaced = tree.Add<TextValue>("d/replaced");
         auto* const gone = tree.Add<TextValue>("d/gone");
-        auto* const input = tree.Add<TextValue>("d/input");
-        auto* const decoder = tree.Add<ValueSelection>("d/decoder");
         auto directory = std::make_unique<MappingDirectory>(maps());
+        IObserver* const former = directory.get();
         directory->SetDataInput_ValuePath("d/replaced", nullptr);
         directory->SetDataInput_ValuePath("d/gone", nullptr);
         directory->SetDataInput_ValuePath("d/input", nullptr);
+        directory->SetDataOutput_ValuePath("d/output");
+        directory->SetAvailableMaps_ValuePath("d/maps");
         directory->SetDecoder_ValuePath("d/decoder");
+        directory->SetSaveToFile_ValuePath("d/save");
+        directory->SetTranslateAll_ValuePath("d/all");
+        directory->SetTranslatedFile_ValuePath("d/file");
+        directory->SetMaxNumberOfChars_ValuePath("d/max");
+        directory->SetFrequency_ValuePath("d/frequency");
+        directory->SetModtype_ValuePath("d/modulation");
+        directory->SetChannelIndex_ValuePath("d/channel");
+        QVERIFY(!replaced->AddObserver(former)); // registered still
         delete gone;
         directory.reset();
-        replaced->HasChanged(eCHANGE_FORCED, nullptr);
-        input->HasChanged(eCHANGE_FORCED, nullptr);
-        decoder->HasChanged(eCHANGE_CONTENT, nullptr);
+        for (const char* name : {"replaced", "input", "output", "maps", "decoder", "save", "all",
+                                 "file", "max", "frequency", "modulation", "channel"}) {
+            ValueBase* const value = tree.Find("d/" + QString(name));
+            QVERIFY2(value->AddObserver(former), name);
+            value->DeleteObserver(former);
+        }
+    }
+
+    void aValueInStateOneIsNotHeldAndNothingStaysRegisteredWithIt_data()
+    {
+        QTest::addColumn<int>("before");
+        QTest::newRow("it was not held") << 0;
+        QTest::newRow("it was held in that role") << 1;
+        QTest::newRow("it was held, and left its role when it said so") << 2;
+        QTest::newRow("it had been replaced, and said so") << 3;
+    }
+
+    void aValueInStateOneIsNotHeldAndNothingStaysRegisteredWithIt()
+    {
+        QFETCH(int, before);
+        HostTree tree;
+        auto* const value = tree.Add<TextValue>("d/value");
+        auto directory = std::make_unique<MappingDirectory>(maps());
+        IObserver* const former = directory.get();
+        if (before > 0)
+            QVERIFY(directory->SetDataInput_ValuePath("d/value", nullptr));
+        if (before == 3)
+            QVERIFY(directory->SetDataInput_ValuePath("d/other", nullptr));
+        value->SetState(eSTATE_DELETED, nullptr);
+        if (before >= 2)
+            value->HasChanged(eCHANGE_DELETED, nullptr);
+        QVERIFY(!directory->SetDataInput_ValuePath("d/value", nullptr));
+        directory.reset();
+        value->SetState(eSTATE_VALID, nullptr);
+        QVERIFY(value->AddObserver(former));
+        value->DeleteObserver(former);
+    }
+
+    void aValueThatServesInAnotherRoleStaysRegistered()
+    {
+        Scene scene(maps(), "Packet", "Greek - ASCII");
+        scene.input->SetState(eSTATE_DELETED, nullptr);
+        QVERIFY(!scene.directory.SetTranslatedFile_ValuePath("d/input"));
+        scene.input->SetState(eSTATE_VALID, nullptr);
+        scene.input->SetValue("A", nullptr);
+        QCOMPARE(scene.output->GetValue(), QStringLiteral("\u0391"));
     }
 
     void aDirectoryThatMemoryFailsWhileItEndsTracesIt()
