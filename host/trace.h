@@ -28,10 +28,11 @@ protected:
 };
 
 /// Writes one trace line whatever the mask says; the caller has asked it.
-/// `sourceFile` is the path below the product directory, without extension.
+/// `sourceFile` names the source, with backslashes and without extension:
+/// "tools\morsehandler\morsehandler".
 HOST_API void _Q_Trace(const QString& message, const QString& sourceFile, unsigned short line);
 
-/// The older form: placeholders as in printf, "%s" taking a `const char*` in UTF-8.
+/// A trace with placeholders as in printf, "%s" taking a `const char*` in UTF-8; without a source.
 HOST_API void _Q_TraceOld(QString format, ...);
 
 /// Whether the plug-in's traces are wanted.

@@ -31,8 +31,8 @@ public:
     struct Trace
     {
         QString message;    ///< the text
-        QString sourceFile; ///< as given to `_Q_Trace`; empty in the older form
-        int line;           ///< likewise; 0 in the older form
+        QString sourceFile; ///< as given to `_Q_Trace`; empty from `_Q_TraceOld`
+        int line;           ///< likewise; 0 from `_Q_TraceOld`
     };
 
     TraceRecorder();
