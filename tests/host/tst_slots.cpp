@@ -12,8 +12,6 @@
 
 #include <cstring>
 
-#if defined(__GXX_ABI_VERSION)
-
 class tst_Slots : public QObject
 {
     Q_OBJECT
@@ -182,12 +180,3 @@ private Q_SLOTS:
 
 QTEST_APPLESS_MAIN(tst_Slots)
 #include "tst_slots.moc"
-
-#else
-
-int main()
-{
-    return 0; // slots cannot be read from pointers to members here
-}
-
-#endif
