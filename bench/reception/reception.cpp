@@ -71,6 +71,7 @@ struct Options
     std::string ours = "both";
     double hours = 1.0;
     bool show = false;
+    demodulator::Parameters parameters;
     std::vector<std::string> others; // directory, or NAME=COMMAND
 };
 
@@ -92,9 +93,11 @@ double processor_s(int who)
     return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
-CodeList decode(const reception::Recording& recording, bool told, Cost& cost)
+CodeList decode(const reception::Recording& recording, bool told,
+                const demodulator::Parameters& parameters, Cost& cost)
 {
     demodulator::Settings settings;
+    settings.parameters = parameters;
     settings.sampleRate_Hz = reception::RATE_Hz;
     if (told) {
         settings.tone_Hz = recording.tone_Hz;
@@ -207,7 +210,8 @@ int measure(const Options& options)
         Rates rates;
         Rates lenient; // codes of no character left out
         forAll(options, condition, [&](const reception::Recording& recording) {
-            const CodeList heard = decode(recording, options.ours == "told", cost);
+            const CodeList heard =
+                decode(recording, options.ours == "told", options.parameters, cost);
             const std::string received = testsupport::textOfCodes(heard.codes, UNKNOWN);
             rates.each.push_back(100.0 * testsupport::characterErrorRate(recording.sent, received));
             lenient.each.push_back(
@@ -277,7 +281,8 @@ int delay(const Options& options)
         reception::Condition later = condition;
         later.path.before_s = 5.0; // not at the very beginning of the input
         forAll(options, later, [&](const reception::Recording& recording) {
-            const CodeList heard = decode(recording, options.ours == "told", cost);
+            const CodeList heard =
+                decode(recording, options.ours == "told", options.parameters, cost);
             const auto add = [](std::vector<double>& to, const std::vector<double>& from) {
                 to.insert(to.end(), from.begin(), from.end());
             };
@@ -312,7 +317,7 @@ int noise(const Options& options)
             reception::Recording recording;
             recording.samples =
                 silence.make(PIECE_s, silence.title + "/" + options.set + std::to_string(piece));
-            const CodeList heard = decode(recording, false, cost);
+            const CodeList heard = decode(recording, false, options.parameters, cost);
             transmissions += heard.transmissions;
             errorMarks += heard.errorMarks;
             for (const char c : testsupport::textOfCodes(heard.codes, UNKNOWN)) {
@@ -372,8 +377,9 @@ int score(const Options& options)
     for (const bool told : {false, true}) {
         if (options.ours == (told ? "unaided" : "told") || options.ours == "none")
             continue;
-        const auto read = [told](const reception::Recording& recording, Cost& cost) {
-            return testsupport::textOfCodes(decode(recording, told, cost).codes, UNKNOWN);
+        const auto read = [told, &options](const reception::Recording& recording, Cost& cost) {
+            return testsupport::textOfCodes(decode(recording, told, options.parameters, cost).codes,
+                                            UNKNOWN);
         };
         columns.push_back({told ? "ours, told" : "ours", read, {}});
     }
@@ -443,6 +449,7 @@ int usage()
                          "       reception noise [--set NAME] [--hours HOURS] [--show]\n"
                          "options: --set NAME  --seeds COUNT  --only CONDITION,...  --kind KIND\n"
                          "         --length CHARACTERS  --ours unaided|told|both|none  --show\n"
+                         "         --with PART.PARAMETER=VALUE (parameters.h), as often as wanted\n"
                          "COMMAND writes text; {} is the recording, {tone} and {wpm} the truth\n");
     return 2;
 }
@@ -470,7 +477,16 @@ int main(int argc, char** argv)
             options.hours = std::atof(argv[++i]);
         else if (argument == "--ours" && more)
             options.ours = argv[++i];
-        else if (argument == "--show")
+        else if (argument == "--with" && more) {
+            const std::string setting = argv[++i];
+            const std::size_t equals = setting.find('=');
+            if (equals == std::string::npos ||
+                !demodulator::setParameter(options.parameters, setting.substr(0, equals),
+                                           std::atof(setting.c_str() + equals + 1))) {
+                std::fprintf(stderr, "reception: '%s' sets no parameter\n", setting.c_str());
+                return 2;
+            }
+        } else if (argument == "--show")
             options.show = true;
         else if (argument.compare(0, 2, "--") == 0)
             return usage();

@@ -19,37 +19,11 @@ namespace demodulator {
 namespace {
 
 constexpr double HISTORY_s = 8.0;
-constexpr double HEARD_AGAIN_s = 6.0; // of what came before a signal was noticed
-// A signal is given once its speed is sure: dots and dashes have been heard, and any speed at which
-// they would be others is so much less probable (as a logarithm). Not in the first seconds of the
-// input, when a stronger signal may just be pausing.
-constexpr double SURE_MARGIN = 12.0;
-constexpr double SURE_AFTER_s = 1.0;
-constexpr std::int64_t SURE_AFTER_marks = 3;
-// Where that is not to be had, so much has to be heard.
-constexpr double HEARD_FIRST_s = 2.0;
-constexpr std::int64_t HEARD_FIRST_marks = 8;
-constexpr double HEARD_FIRST_AT_MOST_s = 4.5;
-constexpr double BEFORE_FIRST_s = 0.3;
-constexpr double AFTER_LAST_s = 0.05;
-constexpr double SEARCH_s = 3.0;         // span in which a tone is looked for
-constexpr int SEARCH_HOPS = 8;           // a search every 256 ms
-constexpr double CANDIDATE_LIFE_s = 6.0; // a candidate that is not confirmed by then is dropped
-// Another signal may take over after a silence of so long, longer than any gap between words.
-constexpr double RIVAL_SILENCE_s = 0.6;
-constexpr double RIVAL_SILENCE_units = 10.0;
-constexpr double OWN_TONE_Hz = 12.0; // so near, it is the signal itself that goes on
-constexpr double NEIGHBOUR_POWER = 0.3;
-constexpr double SAME_TONE_Hz = 25.0;
-constexpr double NOISE_SPAN_s = 4.0;
-// A signal that is followed gives way to another one that was so much stronger (in power, on
-// average) for some seconds of its transmission. Both ways together that is 6 dB, so that fading
-// does not go back and forth between two.
-constexpr double STRONGER_POWER = 2.0;
-constexpr double LEAST_COMPARED_s = 3.0;
-constexpr double MOST_COMPARED_s = 6.0;
-constexpr int COMPARE_HOPS = 48; // every 1.5 s
-constexpr double OTHER_TONE_Hz = 40.0;
+
+std::int64_t hopsOf(double period_s)
+{
+    return std::max<std::int64_t>(1, std::llround(period_s / HOP_s));
+}
 
 bool usable(double rate_Hz)
 {
@@ -61,10 +35,11 @@ class Follower
 {
 public:
     Follower(const SignalGuess& guess, double rate_Hz, std::int64_t begin_sample,
-             std::optional<double> speed_wpm, SymbolSink& sink, Observer* observer = nullptr)
+             const Settings& settings, SymbolSink& sink, Observer* observer = nullptr)
         : m_baseband(rate_Hz, guess.tone_Hz)
         , m_chain(guess, m_baseband.stepSamples() / rate_Hz,
-                  begin_sample / m_baseband.stepSamples(), speed_wpm, sink, observer)
+                  begin_sample / m_baseband.stepSamples(), settings.speed_wpm, sink, observer,
+                  settings.parameters)
     {
     }
 
@@ -142,6 +117,7 @@ public:
     }
 
 private:
+    const AttentionParameters& attention() const { return m_settings.parameters.attention; }
     std::int64_t samplesIn(double duration_s) const
     {
         return static_cast<std::int64_t>(duration_s * m_rate_Hz);
@@ -179,18 +155,18 @@ private:
         if (m_active) {
             m_active->process(m_history);
             if (m_active->chain().ended()) {
-                m_heardUntil = m_active->lastGiven_sample() + samplesIn(AFTER_LAST_s);
+                m_heardUntil = m_active->lastGiven_sample() + samplesIn(attention().afterLast_s);
                 m_active.reset();
             }
         }
         if (m_candidate)
             m_candidate->process(m_history);
-        if (m_finder.frames() % SEARCH_HOPS == 0) {
+        if (m_finder.frames() % hopsOf(attention().searchEvery_s) == 0) {
             if (m_active)
                 m_active->chain().setNoise(ofStep(noiseFor(m_active->chain())));
-            search(CANDIDATE_LIFE_s);
+            search(attention().candidateLife_s);
         }
-        if (m_active && m_finder.frames() % COMPARE_HOPS == 0)
+        if (m_active && m_finder.frames() % hopsOf(attention().compareEvery_s) == 0)
             yieldToStronger();
         if (m_candidate && m_candidate->chain().confirmed() && takesOver() && heardEnough())
             promote();
@@ -199,7 +175,7 @@ private:
     // What fills the gaps of keying is noise as well, a harmonic of hum say.
     double noiseFor(const SignalChain& chain) const
     {
-        const std::int64_t frames = framesIn(NOISE_SPAN_s);
+        const std::int64_t frames = framesIn(attention().noiseSpan_s);
         const double beside = m_finder.noiseNear(chain.tone_Hz(), frames);
         return chain.steady() ? beside
                               : std::max(beside, m_finder.noiseInGaps(chain.tone_Hz(), frames));
@@ -209,11 +185,14 @@ private:
     {
         const std::int64_t heard = m_history.end() - m_candidate->firstMark_sample();
         const std::int64_t marks = m_candidate->chain().marks();
-        const bool surveyed = m_finder.frames() > framesIn(SEARCH_s);
-        const bool sure = surveyed && heard > samplesIn(SURE_AFTER_s) &&
-                          marks >= SURE_AFTER_marks && m_candidate->chain().margin() > SURE_MARGIN;
-        return sure || (heard > samplesIn(HEARD_FIRST_s) && marks >= HEARD_FIRST_marks) ||
-               heard > samplesIn(HEARD_FIRST_AT_MOST_s);
+        const bool surveyed = m_finder.frames() > framesIn(attention().search_s);
+        const bool sure = surveyed && heard > samplesIn(attention().sureAfter_s) &&
+                          marks >= attention().sureAfter_marks &&
+                          m_candidate->chain().margin() > attention().sureMargin;
+        return sure ||
+               (heard > samplesIn(attention().heardFirst_s) &&
+                marks >= attention().heardFirst_marks) ||
+               heard > samplesIn(attention().heardFirstAtMost_s);
     }
 
     bool takesOver() const
@@ -231,9 +210,9 @@ private:
         }
         const std::int64_t begin =
             std::max({m_candidateSince, m_heardUntil,
-                      m_candidate->firstMark_sample() - samplesIn(BEFORE_FIRST_s)});
+                      m_candidate->firstMark_sample() - samplesIn(attention().beforeFirst_s)});
         m_active = std::make_unique<Follower>(m_candidate->chain().heard(), m_rate_Hz, begin,
-                                              m_settings.speed_wpm, m_sink, m_observer);
+                                              m_settings, m_sink, m_observer);
         m_candidate.reset();
         m_active->process(m_history);
         m_active->chain().release();
@@ -245,17 +224,18 @@ private:
     {
         const std::int64_t now = m_history.end();
         const std::int64_t span =
-            std::min(now - m_active->firstMark_sample(), samplesIn(MOST_COMPARED_s));
-        if (span < samplesIn(LEAST_COMPARED_s))
+            std::min(now - m_active->firstMark_sample(), samplesIn(attention().mostCompared_s));
+        if (span < samplesIn(attention().leastCompared_s))
             return;
         const std::int64_t frames = span / static_cast<std::int64_t>(m_finder.hop());
         const auto found = findTone(frames);
-        if (!found || std::fabs(m_active->chain().tone_Hz() - found->tone_Hz) < OTHER_TONE_Hz ||
+        if (!found ||
+            std::fabs(m_active->chain().tone_Hz() - found->tone_Hz) < attention().otherTone_Hz ||
             m_finder.power(found->tone_Hz, 0, frames) <
-                STRONGER_POWER * m_finder.power(m_active->chain().tone_Hz(), 0, frames))
+                attention().strongerPower * m_finder.power(m_active->chain().tone_Hz(), 0, frames))
             return;
-        auto rival = std::make_unique<Follower>(guess(*found), m_rate_Hz, now - span,
-                                                m_settings.speed_wpm, m_sink);
+        auto rival =
+            std::make_unique<Follower>(guess(*found), m_rate_Hz, now - span, m_settings, m_sink);
         rival->process(m_history);
         if (!rival->chain().confirmed())
             return;
@@ -280,12 +260,13 @@ private:
     void search(double candidateLife_s)
     {
         const std::int64_t now = m_history.end();
-        std::int64_t since = std::max(m_heardUntil, now - samplesIn(HEARD_AGAIN_s));
-        std::int64_t frames = framesIn(SEARCH_s);
+        std::int64_t since = std::max(m_heardUntil, now - samplesIn(attention().heardAgain_s));
+        std::int64_t frames = framesIn(attention().search_s);
         if (m_active) {
             const std::int64_t silence = now - m_active->lastMark_sample();
-            if (silence < samplesIn(std::max(RIVAL_SILENCE_s,
-                                             RIVAL_SILENCE_units * m_active->chain().unit_s()))) {
+            if (silence <
+                samplesIn(std::max(attention().rivalSilence_s,
+                                   attention().rivalSilence_units * m_active->chain().unit_s()))) {
                 m_candidate.reset();
                 return;
             }
@@ -295,23 +276,23 @@ private:
         if (m_candidate && now - m_candidateBegin > samplesIn(candidateLife_s))
             m_candidate.reset();
         const auto found = findTone(frames);
-        if (!found ||
-            (m_active && std::fabs(m_active->chain().tone_Hz() - found->tone_Hz) < OWN_TONE_Hz))
+        if (!found || (m_active && std::fabs(m_active->chain().tone_Hz() - found->tone_Hz) <
+                                       attention().ownTone_Hz))
             return;
         // Who was there all the time is no answer.
-        if (m_active && m_finder.power(found->tone_Hz, frames, framesIn(SEARCH_s)) >
-                            NEIGHBOUR_POWER * m_finder.power(found->tone_Hz, 0, frames))
+        if (m_active && m_finder.power(found->tone_Hz, frames, framesIn(attention().search_s)) >
+                            attention().neighbourPower * m_finder.power(found->tone_Hz, 0, frames))
             return;
         // What was noticed at its very beginning looked weaker than it is: it is heard again.
-        const bool same = m_candidate &&
-                          std::fabs(m_candidate->chain().tone_Hz() - found->tone_Hz) < SAME_TONE_Hz;
-        if (m_candidate &&
-            ((same && m_candidate->chain().confirmed()) || found->level < 2.0 * m_candidateLevel))
+        const bool same = m_candidate && std::fabs(m_candidate->chain().tone_Hz() -
+                                                   found->tone_Hz) < attention().sameTone_Hz;
+        if (m_candidate && ((same && m_candidate->chain().confirmed()) ||
+                            found->level < attention().louderCandidate * m_candidateLevel))
             return;
         if (!same)
             m_candidateBegin = now;
-        m_candidate = std::make_unique<Follower>(guess(*found), m_rate_Hz, since,
-                                                 m_settings.speed_wpm, m_sink);
+        m_candidate =
+            std::make_unique<Follower>(guess(*found), m_rate_Hz, since, m_settings, m_sink);
         m_candidateSince = since;
         m_candidateLevel = found->level;
         m_candidate->process(m_history);

@@ -2,6 +2,7 @@
 // Sound of keyed Morse to symbol codes with times.
 #pragma once
 
+#include "signal/morse/parameters.h"
 #include "signal/morse/symbolsink.h"
 
 #include <cstddef>
@@ -15,6 +16,7 @@ struct Settings
     double sampleRate_Hz = 8000.0;
     std::optional<double> tone_Hz;   ///< look for the signal within 50 Hz of this
     std::optional<double> speed_wpm; ///< expect this speed, within 20 %
+    Parameters parameters = {};      ///< what the stages are tuned with
 };
 
 class Observer;

@@ -9,15 +9,6 @@ namespace demodulator {
 namespace {
 
 constexpr double TWO_PI = 6.283185307179586;
-constexpr std::size_t LEAST_MARKS = 6;
-constexpr double FIRST_FREQUENCY_ERROR_Hz = 0.6;
-constexpr double FREQUENCY_WALK_Hz = 0.25; // deviation of the frequency after a second
-constexpr double PHASE_WALK = 0.08;        // deviation of the phase after a second, radians
-constexpr double LEAST_ERROR = 0.1;        // of the phase of any mark, radians
-constexpr double MEMORY_MARKS = 8.0;       // over which the success of prediction is judged
-constexpr double LEAST_COHERENCE = 0.5;
-constexpr double LARGEST_CONCENTRATION = 10.0;
-
 double wrapped(double radians)
 {
     return std::remainder(radians, TWO_PI);
@@ -25,19 +16,27 @@ double wrapped(double radians)
 
 } // namespace
 
-PhaseEstimate trackPhase(const std::vector<PhaseMark>& marks, double frequency_Hz, double time_s)
+PhaseEstimate trackPhase(const std::vector<HeardMark>& marks, double frequency_Hz, double noise,
+                         const PhaseParameters& parameters)
 {
     PhaseEstimate estimate;
     estimate.frequency_Hz = frequency_Hz;
-    if (marks.size() < LEAST_MARKS)
+    if (marks.size() < parameters.leastMarks)
         return estimate;
+    const auto measuredOf = [](const HeardMark& mark) {
+        return TWO_PI * std::remainder(mark.cycles, 1.0) + std::arg(mark.sum);
+    };
+    const auto errorOf = [&](const HeardMark& mark) {
+        const double energy = std::norm(mark.sum) / noise / mark.length_steps;
+        return 0.5 / std::max(energy, 0.5) + parameters.leastError * parameters.leastError;
+    };
 
-    // A Kalman filter over phase (radians) and frequency (radians a second).
-    double time = marks.front().time_s;
-    double phase = TWO_PI * std::remainder(marks.front().cycles, 1.0) + std::arg(marks.front().sum);
+    // A Kalman filter over phase (radians) and frequency (radians a second); time is 0 now.
+    double time = -marks.front().middle_s;
+    double phase = measuredOf(marks.front());
     double speed = TWO_PI * frequency_Hz;
-    const double firstError = TWO_PI * FIRST_FREQUENCY_ERROR_Hz;
-    double pp = 0.5 / std::max(marks.front().energy, 0.5) + LEAST_ERROR * LEAST_ERROR;
+    const double firstError = TWO_PI * parameters.firstFrequencyError_Hz;
+    double pp = errorOf(marks.front());
     double ps = 0.0;
     double ss = firstError * firstError;
     double coherence = 0.0;
@@ -46,21 +45,20 @@ PhaseEstimate trackPhase(const std::vector<PhaseMark>& marks, double frequency_H
     const auto predict = [&](double to) {
         const double dt = to - time;
         phase += speed * dt;
-        const double walk = TWO_PI * FREQUENCY_WALK_Hz;
-        pp += 2.0 * dt * ps + dt * dt * ss + PHASE_WALK * PHASE_WALK * std::fabs(dt) +
+        const double walk = TWO_PI * parameters.frequencyWalk_Hz;
+        pp += 2.0 * dt * ps + dt * dt * ss +
+              parameters.phaseWalk * parameters.phaseWalk * std::fabs(dt) +
               walk * walk * std::fabs(dt * dt * dt) / 3.0;
         ps += dt * ss + 0.5 * walk * walk * dt * std::fabs(dt);
         ss += walk * walk * std::fabs(dt);
         time = to;
     };
     for (std::size_t i = 1; i < marks.size(); ++i) {
-        const PhaseMark& mark = marks[i];
-        predict(mark.time_s);
-        const double measured = TWO_PI * std::remainder(mark.cycles, 1.0) + std::arg(mark.sum);
-        const double surprise = wrapped(measured - phase);
-        const double error = 0.5 / std::max(mark.energy, 0.5) + LEAST_ERROR * LEAST_ERROR;
-        const double variance = pp + error;
-        const double keep = 1.0 - 1.0 / MEMORY_MARKS;
+        const HeardMark& mark = marks[i];
+        predict(-mark.middle_s);
+        const double surprise = wrapped(measuredOf(mark) - phase);
+        const double variance = pp + errorOf(mark);
+        const double keep = 1.0 - 1.0 / parameters.memory_marks;
         coherence = coherence * keep + std::cos(surprise);
         expected = expected * keep + std::exp(-0.5 * variance);
         weight = weight * keep + 1.0;
@@ -72,15 +70,16 @@ PhaseEstimate trackPhase(const std::vector<PhaseMark>& marks, double frequency_H
         ps -= gainPhase * ps;
         pp -= gainPhase * pp;
     }
-    predict(time_s);
+    predict(0.0);
     estimate.cycles = phase / TWO_PI;
     estimate.frequency_Hz = speed / TWO_PI;
     coherence /= weight;
     expected /= weight;
-    if (coherence > LEAST_COHERENCE) {
+    if (coherence > parameters.leastCoherence) {
         // Surprises greater than expected mean that the phase is less steady than assumed.
         const double excess = std::max(0.0, 2.0 * std::log(expected / std::min(coherence, 0.999)));
-        estimate.concentration = std::min(LARGEST_CONCENTRATION, 1.0 / (pp + excess + 0.02));
+        estimate.concentration =
+            std::min(parameters.largestConcentration, 1.0 / (pp + excess + 0.02));
     }
     return estimate;
 }

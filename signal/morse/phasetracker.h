@@ -4,29 +4,24 @@
 // the phase is not steady this is noticed, and nothing is claimed to be known.
 #pragma once
 
-#include <complex>
+#include "signal/morse/heardmark.h"
+#include "signal/morse/parameters.h"
+
 #include <vector>
 
 namespace demodulator {
 
-/// A mark as the phase tracker sees it.
-struct PhaseMark
-{
-    double time_s;            ///< of its middle
-    double cycles;            ///< phase of the mixing tone at that time
-    std::complex<double> sum; ///< matched filter output against the mixing tone
-    double energy;            ///< signal energy over noise density
-};
-
 struct PhaseEstimate
 {
-    double cycles = 0.0; ///< phase of the signal at the time asked for
+    double cycles = 0.0; ///< phase of the signal now
     double frequency_Hz = 0.0;
-    double concentration =
-        0.0; ///< how well the phase of a mark is known (von Mises), 0: not at all
+    /// How well the phase of a mark is known (von Mises), 0: not at all.
+    double concentration = 0.0;
 };
 
-/// The phase at `time_s`, from marks in order of time, with a first guess of the frequency.
-PhaseEstimate trackPhase(const std::vector<PhaseMark>& marks, double frequency_Hz, double time_s);
+/// The phase now, from marks in order of time, with a first guess of the frequency. `noise` is the
+/// variance that noise gives one step.
+PhaseEstimate trackPhase(const std::vector<HeardMark>& marks, double frequency_Hz, double noise,
+                         const PhaseParameters& parameters);
 
 } // namespace demodulator

@@ -3,9 +3,13 @@
 // is decided back to those that follow tone, level and timing.
 #pragma once
 
+#include "signal/morse/burstmeter.h"
 #include "signal/morse/classifier.h"
+#include "signal/morse/decider.h"
+#include "signal/morse/heardmark.h"
 #include "signal/morse/marklikelihood.h"
 #include "signal/morse/observer.h"
+#include "signal/morse/parameters.h"
 #include "signal/morse/step.h"
 #include "signal/morse/timingmodel.h"
 #include "signal/morse/trellis.h"
@@ -36,7 +40,8 @@ public:
     /// The first step pushed is step `begin_step` of the sound. Nothing reaches the sink before
     /// release().
     SignalChain(const SignalGuess& guess, double step_s, std::int64_t begin_step,
-                std::optional<double> speed_wpm, SymbolSink& sink, Observer* observer = nullptr);
+                std::optional<double> speed_wpm, SymbolSink& sink, Observer* observer = nullptr,
+                const Parameters& parameters = {});
 
     /// Where the next step is expected.
     double tone_Hz() const { return m_tone_Hz; }
@@ -50,7 +55,7 @@ public:
     void finish();
 
     /// Far more probable keying than noise, and no steady tone.
-    bool confirmed() const { return m_confirmed; }
+    bool confirmed() const { return m_state != State::Listening; }
     /// Marks of the path found so far; once confirmed, those of the last seconds.
     std::int64_t marks() const { return m_marks; }
     /// Log likelihood of its speed over all others.
@@ -59,9 +64,9 @@ public:
     std::int64_t firstMark_step() const { return m_firstMark; }
     std::int64_t lastMark_step() const { return m_lastMark; }
     /// End of the last mark that was given.
-    std::int64_t lastGiven_step() const { return m_origin + m_committed; }
+    std::int64_t lastGiven_step() const { return m_origin + m_decider.given_step(); }
     /// Length of a dot at the end of the path.
-    double unit_s() const { return m_unit_steps * m_stepDuration_us / 1e6; }
+    double unit_s() const { return m_unit_steps * m_step_s; }
 
     /// Tone, level and noise as they are known now.
     SignalGuess heard() const;
@@ -69,56 +74,52 @@ public:
     /// From now on the decisions go to the sink.
     void release() { m_released = true; }
     /// The transmission it was made for has ended.
-    bool ended() const { return m_ended; }
+    bool ended() const { return m_state == State::Ended; }
     /// A tone without keying was heard in the last seconds.
     bool steady() const;
 
 private:
-    double burst(double rest);
-    void review(bool last);
-    void follow(const Path& path);
-    void followLevel(const Path& path);
-    void followTone(const Path& path);
-    void followPhase(const Path& path);
-    bool foreign(const Segment& segment) const;
-    bool tooOld(const Segment& segment, double span_us) const;
-    DecidedMark describe(const Segment& segment) const;
-    void commit(const Path& path, bool last);
-    std::int64_t time_us(std::int64_t step) const;
+    /// What becomes of a signal. From Confirmed on it is heard to its end, and once released its
+    /// codes are given; a signal that is never confirmed gives nothing.
+    enum class State {
+        Listening, ///< maybe noise
+        Confirmed, ///< far more probable keying than noise
+        Ended,     ///< silent for so long that the transmission is over
+    };
 
+    std::int64_t steps(double duration_s) const;
+    std::size_t slot(std::int64_t step) const;
+    void setLevel(double signal, double noise);
+    void review(bool last);
+    void look(const Path& path, const std::vector<bool>& isForeign);
+    std::vector<HeardMark> heardMarks(const Path& path, const std::vector<bool>& isForeign) const;
+    void follow(std::vector<HeardMark> marks);
+    bool foreign(const Segment& mark) const;
+
+    Parameters m_parameters;
     MarkLikelihood m_likelihood;
     TimingModel m_timing;
     Trellis m_trellis;
+    BurstMeter m_bursts;
     Classifier m_classifier;
+    Decider m_decider;
     Observer* m_observer;
 
     double m_tone_Hz;
-    double m_stepDuration_us;
-    std::int64_t m_origin;        // step of the sound that is step 0 of the likelihood
-    std::int64_t m_committed = 0; // end of the last mark given
-    struct Gap
-    {
-        Kind kind;
-        double units;
-    };
-    std::optional<Gap> m_pendingGap; // the gap after it, as it looked last
+    double m_step_s;
+    std::int64_t m_origin; // step of the sound that is step 0 of the likelihood
+    State m_state = State::Listening;
+    bool m_released = false;
+    // Of the path found last.
     std::int64_t m_firstMark = 0;
     std::int64_t m_lastMark = 0;
-    std::int64_t m_learnt = 0;
-    std::int64_t m_marks = 0; // of the path
+    std::int64_t m_marks = 0;
     double m_margin = 0.0;
-    double m_unit_steps = 15.0;
-    double m_givenUnit_steps = 15.0;
-    double m_weakest; // level of the weakest signal to look for
+    double m_unit_steps = 15.0; // that of 20 words a minute until there is one
     std::int64_t m_carrierUntil = 0;
-    double m_restSteps = 0.0; // that were heard
-    double m_meanRest = 0.0;
-    double m_usualRest = 0.0; // power beside the tone, as noise of a step
-    bool m_confirmed = false;
-    bool m_released = false;
-    bool m_ended = false;
-    std::vector<float> m_tones;   // ring: tone mixed with, by step
-    std::vector<double> m_cycles; // ring: its phase
+    // Rings, by step: the tone expected, and its phase.
+    std::vector<float> m_tones;
+    std::vector<double> m_cycles;
     double m_nextCycles = 0.0;
     double m_mixedAside_cycles = 0.0; // by which the mixer's phase is ahead of what was expected
 };

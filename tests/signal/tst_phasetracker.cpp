@@ -12,22 +12,31 @@ namespace {
 
 constexpr double TWO_PI = 6.283185307179586;
 
-// Marks of a steady oscillator of `tone_Hz`, mixed with 700 Hz; `scatter` in radians.
-std::vector<PhaseMark> marks(double tone_Hz, double scatter, int count)
+constexpr double NOISE = 1.0;
+
+// Marks of a steady oscillator of `tone_Hz`, mixed with 700 Hz, one every 0.2 s, the last one 0.2 s
+// ago; `scatter` in radians.
+std::vector<HeardMark> marks(double tone_Hz, double scatter, int count)
 {
     testsupport::Random random("phases");
-    std::vector<PhaseMark> result;
+    std::vector<HeardMark> result;
     for (int i = 0; i < count; ++i) {
-        PhaseMark mark;
-        mark.time_s = 0.2 * i;
-        mark.cycles = 700.0 * mark.time_s;
+        const double time_s = 0.2 * i;
+        HeardMark mark;
+        mark.length_steps = 20.0;
+        mark.middle_s = 0.2 * (count - i);
+        mark.cycles = 700.0 * time_s;
         const double phase =
-            TWO_PI * (tone_Hz * mark.time_s - mark.cycles) + 1.0 + scatter * random.gauss();
-        mark.sum = std::polar(1.0, phase);
-        mark.energy = 20.0;
+            TWO_PI * (tone_Hz * time_s - mark.cycles) + 1.0 + scatter * random.gauss();
+        mark.sum = std::polar(20.0, phase); // energy 20 over the noise
         result.push_back(mark);
     }
     return result;
+}
+
+PhaseEstimate track(const std::vector<HeardMark>& marks)
+{
+    return trackPhase(marks, 700.0, NOISE, {});
 }
 
 } // namespace
@@ -38,7 +47,7 @@ class TestPhaseTracker : public QObject
 private Q_SLOTS:
     void aSteadyOscillatorIsPredicted()
     {
-        const PhaseEstimate estimate = trackPhase(marks(700.2, 0.1, 15), 700.0, 3.0);
+        const PhaseEstimate estimate = track(marks(700.2, 0.1, 15));
         QVERIFY(estimate.concentration > 2.0);
         QVERIFY(std::fabs(estimate.frequency_Hz - 700.2) < 0.1);
         const double expected = 700.2 * 3.0 + 1.0 / TWO_PI;
@@ -46,19 +55,21 @@ private Q_SLOTS:
     }
     void phasesAtRandomGiveNoClaim()
     {
-        const PhaseEstimate estimate = trackPhase(marks(700.0, 100.0, 15), 700.0, 3.0);
+        const PhaseEstimate estimate = track(marks(700.0, 100.0, 15));
         QCOMPARE(estimate.concentration, 0.0);
     }
     void aFewMarksGiveNoClaim()
     {
-        QCOMPARE(trackPhase(marks(700.0, 0.0, 5), 700.0, 1.0).concentration, 0.0);
-        QCOMPARE(trackPhase({}, 700.0, 1.0).concentration, 0.0);
+        QCOMPARE(track(marks(700.0, 0.0, 5)).concentration, 0.0);
+        QCOMPARE(track({}).concentration, 0.0);
     }
     void theLongerAgoTheLessIsClaimed()
     {
-        const auto heard = marks(700.1, 0.2, 15);
-        QVERIFY(trackPhase(heard, 700.0, 4.5).concentration <
-                trackPhase(heard, 700.0, 2.9).concentration);
+        const auto recent = marks(700.1, 0.2, 15);
+        auto old = recent;
+        for (HeardMark& mark : old)
+            mark.middle_s += 1.5;
+        QVERIFY(track(old).concentration < track(recent).concentration);
     }
 };
 

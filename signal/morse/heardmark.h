@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+// A mark of the last seconds, as the trackers of level, tone and phase see it.
+#pragma once
+
+#include <complex>
+
+namespace demodulator {
+
+struct HeardMark
+{
+    double length_steps = 0.0;
+    double end_s = 0.0;        ///< before now: its age
+    double middle_s = 0.0;     ///< the same of its middle
+    std::complex<double> sum;  ///< of its steps: the matched filter's output
+    std::complex<double> turn; ///< sum of each step times the conjugate of that `lag_s` before
+    double lag_s = 0.0;
+    double tone_Hz = 0.0;   ///< expected in its middle: what 0 Hz stands for in its steps
+    double cycles = 0.0;    ///< phase of that tone there
+    bool isForeign = false; ///< its tone is far off: somebody else's
+};
+
+} // namespace demodulator
