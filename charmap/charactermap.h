@@ -5,7 +5,7 @@
 #include <QMap>
 #include <QString>
 
-/// What a codec file or map file says.
+/// What a codec file or map file says. The order of the fields is binary interface.
 struct CharacterMap
 {
     QMap<signed char, QChar> table; ///< a byte's character; a byte that is not in it has none

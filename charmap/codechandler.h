@@ -64,6 +64,7 @@ private:
     bool readCodecFile(const QString& file);
     bool readMapFile(const QString& file);
 
+    // The order of the fields is binary interface.
     QMap<int, QStringList> m_charsetFiles; ///< file names by base character set
     QMap<QString, eBASE_CHARSET> m_decoderCharsets;
     QDir m_alphabetsDir;

@@ -148,7 +148,6 @@ void MappingDirectory::hold(Kind*& role, const QString& path)
     Kind* const previous = std::exchange(role, nullptr);
     if (previous && previous != value && !m_own->replaced.contains(previous))
         m_own->replaced.append(previous);
-    // A value that has announced its deletion will not announce it again.
     if (value->GetState() != eSTATE_DELETED)
         role = value;
     else if (!observedValues().Hold(value) && !m_own->replaced.contains(value))
@@ -327,7 +326,7 @@ void MappingDirectory::writeTextDirection(bool rightToLeft)
 {
     m_textDirectionRTL = m_own->textDirectionPath.isEmpty()
                              ? nullptr
-                             : findValue<FlagValue>(m_own->textDirectionPath);
+                             : findLivingValue<FlagValue>(m_own->textDirectionPath);
     if (m_textDirectionRTL)
         m_textDirectionRTL->SetValue(rightToLeft, nullptr);
 }

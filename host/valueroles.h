@@ -3,7 +3,16 @@
 // No API: used inside the library only.
 #pragma once
 
-#include "host/valuebase.h"
+#include "host/valuelookup.h"
+
+/// The value at `path` that can be held; null also for one that announces its deletion, since it
+/// will not announce it again.
+template <typename Kind>
+Kind* findLivingValue(const QString& path)
+{
+    Kind* const value = findValue<Kind>(path);
+    return value && value->GetState() != eSTATE_DELETED ? value : nullptr;
+}
 
 /// Whether `value` is the one that notifies.
 inline bool isSame(const Observable* source, const ValueBase* value)

@@ -51,6 +51,7 @@ private:
     void ReadAlphabetMapFromFile(QFile* file);
     void ReadDefaultAlphabetMap();
 
+    // The order of the fields is binary interface.
     QMap<QString, QString> m_alphabetMap; ///< text to code
     QString m_unknownSymbol;
     bool m_textDirectionRTL = false;

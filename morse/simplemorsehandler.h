@@ -75,6 +75,7 @@ private:
     bool readMalFile(const QString& fileName);
     void readDefaultAlphabet();
 
+    // The order of the fields is binary interface.
     QDir m_alphabetsDir;
     QString m_decoder; ///< reserved: nothing sets or reads it
     QString m_alphabet;

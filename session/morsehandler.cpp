@@ -4,7 +4,6 @@
 #include "host/datetime.h"
 #include "host/ipcidentifier.h"
 #include "host/trace.h"
-#include "host/valuelookup.h"
 #include "host/valueroles.h"
 #include "morse/morsetranslator.h"
 #include "morse/symbolcodes.h"
@@ -59,7 +58,7 @@ QString withTrailingBackslash(const QString& directory)
 template <typename Kind>
 Kind* lookUpAgain(Kind*& role, const QString& path)
 {
-    role = path.isEmpty() ? nullptr : findValue<Kind>(path);
+    role = path.isEmpty() ? nullptr : findLivingValue<Kind>(path);
     return role;
 }
 
@@ -158,12 +157,9 @@ void MorseHandler::observe(Kind*& role, const QString& path)
     // A value may serve in two roles; it is left when the last one ends.
     if (previous && !observedValues().Hold(previous))
         previous->DeleteObserver(this);
-    Kind* const value = findValue<Kind>(path);
-    // A value that has announced its deletion will not announce it again.
-    if (!value || value->GetState() == eSTATE_DELETED)
-        return;
-    role = value;
-    role->AddObserver(this);
+    role = findLivingValue<Kind>(path);
+    if (role)
+        role->AddObserver(this);
 }
 
 // These are registered once more, as hosts have always seen it; a change is told once all the same.

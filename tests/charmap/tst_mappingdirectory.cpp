@@ -946,6 +946,17 @@ private Q_SLOTS:
         scene.directory.Enabled(false);
     }
 
+    void aDirectionInStateOneIsLeftAlone()
+    {
+        Scene scene(maps(), "Packet", "Greek - ASCII");
+        scene.direction->SetState(eSTATE_DELETED, nullptr);
+        scene.maps_->Select(QStringLiteral("Hebrew - ASCII"), nullptr);
+        QVERIFY(!scene.direction->GetValue());
+        scene.direction->SetState(eSTATE_VALID, nullptr);
+        scene.maps_->HasChanged(eCHANGE_CONTENT, nullptr);
+        QVERIFY(scene.direction->GetValue());
+    }
+
     void aDirectionThatIsMadeAnewIsWrittenAgain()
     {
         Scene scene(maps(), "Packet", "Greek - ASCII");

@@ -877,6 +877,19 @@ private Q_SLOTS:
         host.symbol->DeleteObserver(&host.handler);
     }
 
+    void aValueThatIsNotObservedIsLeftAloneInStateOne()
+    {
+        MorseFixture host;
+        host.handler.SetTextDirectionRTL_ValuePath(MorseValues::path("RightToLeft"));
+        host.rightToLeft->SetValue(true, nullptr);
+        host.rightToLeft->SetState(eSTATE_DELETED, nullptr);
+        host.handler.ChangeAlphabet();
+        QVERIFY(host.rightToLeft->GetValue());
+        host.rightToLeft->SetState(eSTATE_VALID, nullptr);
+        host.handler.ChangeAlphabet();
+        QVERIFY(!host.rightToLeft->GetValue());
+    }
+
     void aReplacedValueThatIsNotObservedIsFoundAgain()
     {
         MorseFixture host;
