@@ -39,7 +39,7 @@ QString overview()
     for (const OptionRow& option : morsehost::programOptions())
         text += QStringLiteral("  --%1 %2\n")
                     .arg(QLatin1String(option.name), -8)
-                    .arg(QString::fromUtf8(option.help));
+                    .arg(QString::fromStdString(option.help));
     text += QStringLiteral("\nExamples:\n");
     for (const Command& command : commands())
         text += QString::fromUtf8(command.syntax.examples);

@@ -8,12 +8,10 @@
 #include "host/trace.h"
 #include "station/io/systemtext.h"
 
-#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 #include <QStringList>
 #include <QTemporaryFile>
-#include <QThread>
 
 #include <cerrno>
 #include <unistd.h>
@@ -23,21 +21,17 @@ namespace morsehost {
 
 namespace {
 
-// Zero is where a frequency is not known; above are the highest bands in use.
-constexpr double MIN_FREQUENCY_HZ = 1;
-constexpr double MAX_FREQUENCY_HZ = 3e12;
-
 // Hours of reception are not to be lost for a folder that could have been seen to be unusable. Only
 // a file that is written tells: the system may refuse for many reasons.
 bool canSaveInto(const QString& folder)
 {
     if (QFileInfo::exists(folder) && !QFileInfo(folder).isDir()) {
-        complain(folder, QStringLiteral("is no folder"));
+        complain(folder, QStringLiteral("is not a folder"));
         return false;
     }
     errno = 0;
     if (!QDir().mkpath(folder)) {
-        complain(folder, QStringLiteral("the folder cannot be made: ") + systemError(errno));
+        complain(folder, QStringLiteral("the folder cannot be created: ") + systemError(errno));
         return false;
     }
     QTemporaryFile file(folder + QStringLiteral("/.morsehost-XXXXXX"));
@@ -48,122 +42,105 @@ bool canSaveInto(const QString& folder)
     return true;
 }
 
+void complainOfLosses(const QString& folder, const SaveLosses& lost)
+{
+    struct Row
+    {
+        long long count;
+        const char* one;
+        const char* several;
+    };
+    const Row rows[] = {
+        {lost.symbols, "dot or dash", "dots and dashes"},
+        {lost.characters, "character", "characters"},
+        {lost.documents, "result document", "result documents"},
+    };
+    QStringList parts;
+    for (const Row& row : rows) {
+        if (row.count > 0)
+            parts += counted(row.count, row.one, row.several);
+    }
+    complain(folder, parts.join(QLatin1String(", ")) + QStringLiteral(" could not be saved"));
+}
+
 } // namespace
 
-std::vector<OptionRow> receptionOptionRows(std::vector<OptionRow> more)
-{
-    const std::vector<OptionRow> alphabet = alphabetOptionRows();
-    std::vector<OptionRow> rows = {
-        {"start", "TIME", "time of the first sample (ISO 8601); 1970-01-01 00:00 UTC without this"},
-        {"save", "DIR",
-         "write code file, text file and result document into DIR, which is made if need be"},
-        {"frequency", "HZ", "receive frequency, for the names of the files"},
-        {"codes", nullptr, "print the symbol codes instead of text"},
-        {"json", nullptr, "print a JSON object a line per event"},
-        {"trace", nullptr, "show the library's traces on standard error"},
-    };
-    rows.insert(rows.begin(), alphabet.begin(), alphabet.end());
-    rows.insert(rows.begin(), more.begin(), more.end());
-    return rows;
-}
-
-ReceptionOptions readReceptionOptions(Arguments& arguments)
-{
-    ReceptionOptions options;
-    StationSettings& station = options.station;
-    readAlphabetOptions(arguments, station);
-    if (arguments.isSet("save"))
-        station.saveDirectory =
-            QDir::cleanPath(QDir::current().absoluteFilePath(arguments.text("save")));
-    station.frequency_Hz = arguments.number("frequency", MIN_FREQUENCY_HZ, MAX_FREQUENCY_HZ);
-    if (arguments.isSet("codes") && arguments.isSet("json"))
-        arguments.fail(QStringLiteral("--codes and --json exclude each other"));
-    options.form = arguments.isSet("codes")  ? ReportForm::Codes
-                   : arguments.isSet("json") ? ReportForm::Json
-                                             : ReportForm::Text;
-    options.start_us = arguments.time("start").value_or(0);
-    options.trace = arguments.isSet("trace");
-    return options;
-}
-
-Reception::Reception(const ReceptionOptions& options, TextListener listener)
+Reception::Reception(const ReceptionOptions& options, LineListener listener)
     : m_options(options)
-    , m_listener(std::move(listener))
-    , m_output(STDOUT_FILENO)
-    , m_reporter(makeReporter(options.form, m_output))
-    , m_station(options.station, [this](const QString& text) {
-        if (m_listener && m_options.form == ReportForm::Text && !text.isEmpty())
-            m_listener(!text.endsWith(QLatin1Char('\n')));
-        m_reporter->text(text);
-    })
+    , m_output(STDOUT_FILENO, options.saveDirectory.isEmpty() ? WhenBusy::Wait : WhenBusy::Keep)
+    , m_reporter(makeReporter(options.form, m_output, std::move(listener)))
 {
     if (options.trace)
         setTraceMask(PLUGIN_TRACE_CLASS);
 }
 
-bool Reception::start()
+StationSettings Reception::settings() const
 {
-    const StationSettings& station = m_options.station;
-    return startWithAlphabet(m_station, station) &&
-           (station.saveDirectory.isEmpty() || canSaveInto(station.saveDirectory));
+    StationSettings settings;
+    settings.place = QStringLiteral("Receiver1");
+    settings.alphabetDirectory = m_options.alphabetDirectory;
+    settings.alphabet = m_options.alphabet;
+    settings.frequency_Hz = m_options.frequency_Hz;
+    return settings;
 }
 
-void Reception::beginTransmission(long long sinceStart_us)
+bool Reception::canBegin()
 {
-    // Documents are named by the second of the clock. A recording is read much faster than it was
-    // received, and each of its transmissions is to have a document of its own.
-    if (!m_options.station.saveDirectory.isEmpty()) {
-        qint64 now_ms = QDateTime::currentMSecsSinceEpoch();
-        if (now_ms / 1000 == m_lastDocument_s) {
-            QThread::msleep(static_cast<unsigned long>(1000 - now_ms % 1000));
-            now_ms = QDateTime::currentMSecsSinceEpoch();
-        }
-        m_lastDocument_s = now_ms / 1000;
-    }
-    time(sinceStart_us);
+    if (m_canBegin)
+        return *m_canBegin;
+    m_canBegin = MorseStation(m_tree, settings(), *m_reporter).start();
+    if (!*m_canBegin)
+        complainOfAlphabet(m_options.alphabet, m_options.alphabetDirectory);
+    else if (!m_options.saveDirectory.isEmpty())
+        m_canBegin = canSaveInto(m_options.saveDirectory);
+    return *m_canBegin;
 }
 
-void Reception::time(long long sinceStart_us)
+MorseStation& Reception::begin(const ReceivedSource& source, bool isOneOfSeveral)
 {
-    const unsigned long long time_us =
-        m_options.start_us + static_cast<unsigned long long>(sinceStart_us);
-    m_reporter->time(time_us);
-    m_station.receiveTime(time_us);
+    StationSettings settings = this->settings();
+    settings.source = source.name;
+    settings.saveDirectory = m_options.saveDirectory;
+    settings.start_us = source.start_us;
+    settings.demodulator = source.demodulator;
+    m_station.emplace(m_tree, settings, *m_reporter);
+    m_station->start();
+    if (isOneOfSeveral)
+        m_reporter->source(source.name);
+    return *m_station;
 }
 
-void Reception::symbol(int code)
+void Reception::end()
 {
-    m_reporter->symbol(code);
-    m_station.receiveSymbol(code);
+    if (!m_station)
+        return;
+    const SaveLosses lost = m_station->stop();
+    m_lost.symbols += lost.symbols;
+    m_lost.characters += lost.characters;
+    m_lost.documents += lost.documents;
+    m_station.reset();
+    m_reporter->end();
 }
 
-void Reception::endTransmission()
+bool Reception::isPointless() const
 {
-    m_station.saveDocument();
+    return m_output.hasFailed() && m_options.saveDirectory.isEmpty();
 }
 
 int Reception::finish()
 {
-    m_station.saveDocument();
-    m_station.stop();
-    if (m_listener)
-        m_listener(false);
-    m_reporter->end();
-    QStringList lost;
-    if (const long long symbols = m_station.lostSymbols(); symbols > 0)
-        lost += counted(symbols, "dot or dash", "dots and dashes");
-    if (const long long documents = m_station.lostDocuments(); documents > 0)
-        lost += counted(documents, "result document", "result documents");
-    if (!lost.isEmpty()) {
-        complain(m_options.station.saveDirectory,
-                 lost.join(QLatin1String(" and ")) + QStringLiteral(" could not be saved"));
-        return EXIT_BAD_INPUT;
+    end();
+    m_output.finish();
+    int status = EXIT_DONE;
+    if (m_lost.any()) {
+        complainOfLosses(m_options.saveDirectory, m_lost);
+        status = EXIT_BAD_INPUT;
     }
     if (!m_output.error().isEmpty()) {
         complain(QStringLiteral("standard output"), m_output.error());
-        return EXIT_BAD_INPUT;
+        status = EXIT_BAD_INPUT;
     }
-    return EXIT_DONE;
+    return status;
 }
 
 } // namespace morsehost

@@ -1,60 +1,53 @@
 // SPDX-License-Identifier: MIT
-// One reception from first to last code: the options that govern it, the station that decodes it
-// and the reporter that shows it.
+// What a command receives, from its first source to its last: the stations that decode it, and the
+// one screen on which all of it is shown.
 #pragma once
 
-#include "app/options/arguments.h"
+#include "app/options/receptionoptions.h"
 #include "app/reporter.h"
+#include "host/standin/hosttree.h"
 #include "station/io/output.h"
 #include "station/morsestation.h"
 
 #include <memory>
+#include <optional>
 
 namespace morsehost {
 
-struct ReceptionOptions
+/// One recording, pipe or list of codes.
+struct ReceivedSource
 {
-    StationSettings station;
-    ReportForm form = ReportForm::Text;
-    unsigned long long start_us = 0; ///< time of the first sample
-    bool trace = false;
+    QString name;
+    unsigned long long start_us = 0;
+    std::optional<demodulator::Settings> demodulator;
 };
-
-/// The rows of the options that `decode` and `symbols` share, followed by `more`.
-std::vector<OptionRow> receptionOptionRows(std::vector<OptionRow> more);
-/// Errors are left in `arguments`.
-ReceptionOptions readReceptionOptions(Arguments& arguments);
 
 class Reception
 {
 public:
-    /// Hears of text before it is written: whether it ends within a line.
-    using TextListener = std::function<void(bool lineStaysOpen)>;
+    explicit Reception(const ReceptionOptions& options, LineListener listener = {});
 
-    explicit Reception(const ReceptionOptions& options, TextListener listener = {});
-
-    /// False, and said on standard error, when it cannot begin.
-    bool start();
-
-    // Times count from the first sample.
-    void beginTransmission(long long sinceStart_us);
-    void time(long long sinceStart_us);
-    void symbol(int code);
-    /// The transmission is over: what was received of it is saved.
-    void endTransmission();
-    /// The input is over. Returns the exit status as far as the output decides it.
+    /// False, and said on standard error, when there is no such alphabet or nothing can be saved.
+    bool canBegin();
+    /// A station for the next source; it ends with `end`. Only where `canBegin`.
+    MorseStation& begin(const ReceivedSource& source, bool isOneOfSeveral = false);
+    void end();
+    /// All is over. Returns the exit status as far as output and files decide it.
     int finish();
 
-    /// The output takes no more, so there is no use in going on.
-    bool isOutputGone() const { return m_output.hasFailed(); }
+    /// The output takes no more and nothing is saved, so there is no use in going on.
+    bool isPointless() const;
 
 private:
+    StationSettings settings() const;
+
     ReceptionOptions m_options;
-    TextListener m_listener;
     Output m_output;
     std::unique_ptr<Reporter> m_reporter;
-    MorseStation m_station;
-    qint64 m_lastDocument_s = 0; ///< second of the clock that named the last document
+    HostTree m_tree;
+    std::optional<MorseStation> m_station; ///< goes before the tree
+    std::optional<bool> m_canBegin;        ///< once it was tried
+    SaveLosses m_lost;
 };
 
 } // namespace morsehost

@@ -1,37 +1,59 @@
 // SPDX-License-Identifier: MIT
 #include "app/reporter.h"
 
+#include "app/console/complain.h"
+#include "app/console/printable.h"
+#include "morse/symbolcodes.h"
+
 #include <QDateTime>
 #include <QJsonDocument>
 #include <QJsonObject>
+
+#include <utility>
 
 namespace morsehost {
 
 namespace {
 
-constexpr int END_OF_WORD = 4;
-constexpr int END_OF_LINE = 5;
-
 class TextReporter : public Reporter
 {
 public:
-    using Reporter::Reporter;
+    TextReporter(Output& output, LineListener listener)
+        : Reporter(output)
+        , m_listener(std::move(listener))
+    {
+    }
 
+    void source(const QString& name) override
+    {
+        write(QStringLiteral("==> %1 <==\n").arg(printableLine(name)));
+    }
+
+    // The line of a transmission ends with it, so a line feed that comes later is none.
     void text(const QString& text) override
     {
-        if (text.isEmpty())
-            return;
-        m_output.write(text.toUtf8());
-        m_lineIsOpen = !text.endsWith(QLatin1Char('\n'));
+        if (!text.isEmpty() && (m_lineIsOpen || text != QLatin1String("\n")))
+            write(printable(text));
     }
+
+    void transmission(const Transmission& /*transmission*/) override { end(); }
 
     void end() override
     {
         if (m_lineIsOpen)
-            m_output.write("\n");
+            write(QStringLiteral("\n"));
     }
 
 private:
+    void write(const QString& text)
+    {
+        m_lineIsOpen = !text.endsWith(QLatin1Char('\n'));
+        if (m_listener)
+            m_listener(m_lineIsOpen);
+        m_output.write(text.toUtf8());
+    }
+
+    LineListener m_listener;
     bool m_lineIsOpen = false;
 };
 
@@ -42,7 +64,7 @@ public:
 
     void symbol(int code) override
     {
-        const bool endsLine = code == END_OF_WORD || code == END_OF_LINE;
+        const bool endsLine = code == eSYMBOL_NEW_WORD || code == eSYMBOL_NEW_LINE;
         m_output.write((m_lineIsOpen ? " " : "") + QByteArray::number(code) +
                        (endsLine ? "\n" : ""));
         m_lineIsOpen = !endsLine;
@@ -52,6 +74,7 @@ public:
     {
         if (m_lineIsOpen)
             m_output.write("\n");
+        m_lineIsOpen = false;
     }
 
 private:
@@ -62,6 +85,8 @@ class JsonReporter : public Reporter
 {
 public:
     using Reporter::Reporter;
+
+    void source(const QString& name) override { event("source", {{QStringLiteral("name"), name}}); }
 
     void symbol(int code) override
     {
@@ -91,15 +116,27 @@ public:
             event("word", {});
     }
 
+    void unknownCode(const QString& elements) override
+    {
+        event("unknown", {{QStringLiteral("code"), elements}});
+    }
+
+    void transmission(const Transmission& transmission) override
+    {
+        event("transmission", toJson(transmission));
+    }
+
+    void end() override { m_time.reset(); }
+
 private:
     static const char* errorMark(int code)
     {
         switch (code) {
-        case 64:
+        case eSYMBOL_DOT_TOO_SHORT:
             return "dot too short";
-        case 65:
+        case eSYMBOL_DASH_TOO_LONG:
             return "dash too long";
-        case 66:
+        case eSYMBOL_PAUSE_TOO_SHORT:
             return "pause too short";
         default:
             return nullptr;
@@ -119,12 +156,15 @@ private:
 
 } // namespace
 
-void Reporter::symbol(int /*code*/) {}
-void Reporter::time(unsigned long long /*time_us*/) {}
-void Reporter::text(const QString& /*text*/) {}
+void Reporter::source(const QString& /*name*/) {}
 void Reporter::end() {}
 
-std::unique_ptr<Reporter> makeReporter(ReportForm form, Output& output)
+void Reporter::saving(const QString& message)
+{
+    complain(message);
+}
+
+std::unique_ptr<Reporter> makeReporter(ReportForm form, Output& output, LineListener listener)
 {
     switch (form) {
     case ReportForm::Codes:
@@ -134,7 +174,7 @@ std::unique_ptr<Reporter> makeReporter(ReportForm form, Output& output)
     case ReportForm::Text:
         break;
     }
-    return std::make_unique<TextReporter>(output);
+    return std::make_unique<TextReporter>(output, std::move(listener));
 }
 
 } // namespace morsehost

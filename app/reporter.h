@@ -3,35 +3,33 @@
 #pragma once
 
 #include "station/io/output.h"
+#include "station/stationlistener.h"
 
 #include <QString>
 
+#include <functional>
 #include <memory>
-#include <optional>
 
 namespace morsehost {
 
-/// Told of everything that passes between demodulator, host and library, in order.
-class Reporter
+/// Listens to one station after another.
+class Reporter : public StationListener
 {
 public:
     explicit Reporter(Output& output)
         : m_output(output)
     {
     }
-    virtual ~Reporter() = default;
-
-    /// A code that the demodulator writes; before its text.
-    virtual void symbol(int code);
-    /// A time stamp that the host sends.
-    virtual void time(unsigned long long time_us);
-    /// What the library writes into the text value.
-    virtual void text(const QString& text);
-    /// The input has ended.
-    virtual void end();
-
     Reporter(const Reporter&) = delete;
     Reporter& operator=(const Reporter&) = delete;
+
+    /// What follows comes from this recording. Only where there are several.
+    virtual void source(const QString& name);
+    /// The station is stopped.
+    virtual void end();
+
+    /// On standard error.
+    void saving(const QString& message) override;
 
 protected:
     Output& m_output;
@@ -43,6 +41,9 @@ enum class ReportForm {
     Json,  ///< an object a line per event
 };
 
-std::unique_ptr<Reporter> makeReporter(ReportForm form, Output& output);
+/// Called before text is written: whether it ends within a line.
+using LineListener = std::function<void(bool lineStaysOpen)>;
+
+std::unique_ptr<Reporter> makeReporter(ReportForm form, Output& output, LineListener listener);
 
 } // namespace morsehost

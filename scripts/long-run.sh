@@ -46,7 +46,7 @@ took=$(($(date +%s) - begin))
 plain='s/\[(DOT_TOO_SHORT|DASH_TOO_LONG|PAUSE_TOO_SHORT)\]//g; s/ *$//'
 sed -E "$plain" "$work/shown" >"$work/shown.lines"
 # The files are wrapped; the two time marks between transmissions stand on lines of their own.
-cat "$saved"/*__Default.txt |
+cat "$saved"/*__International.txt |
     sed 's/^\[Stop Time:  [^]]*\]$/\x01/; s/^\[Start Time:  [^]]*\]$//' |
     tr -d '\n' | tr '\1' '\n' | awk 1 | sed -E "$plain" >"$work/texts.lines"
 for document in "$saved"/*.xml; do

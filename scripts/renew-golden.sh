@@ -13,7 +13,7 @@ TZ=UTC build/dev/bin/morsehost decode --save "$saved" --frequency 7025000 \
 golden=tests/data/golden/three-overs
 mkdir -p "$golden"
 cp "$saved"/*_MO__7_025MHz.txt "$golden/code.txt"
-cp "$saved"/*__Default.txt "$golden/text.txt"
+cp "$saved"/*__International.txt "$golden/text.txt"
 number=0
 for document in "$saved"/*.xml; do
     number=$((number + 1))

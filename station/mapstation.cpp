@@ -7,31 +7,24 @@
 
 namespace morsehost {
 
-namespace {
-
-QString path(const char* name)
-{
-    return QStringLiteral("Receiver/Decoder/") + QLatin1String(name);
-}
-
-} // namespace
-
-MapStation::MapStation(const QString& mapsDirectory, TextListener listener)
+MapStation::MapStation(HostTree& tree, const QString& place, const QString& mapsDirectory,
+                       TextListener listener)
     : m_listener(std::move(listener))
-    , m_decoder(m_tree.Add<ValueSelection>(path("Decoder")))
-    , m_maps(m_tree.Add<ValueSelection>(path("AvailableMaps")))
-    , m_input(m_tree.Add<TextValue>(path("Input")))
-    , m_output(m_tree.Add<TextValue>(path("Output")))
-    , m_rightToLeft(m_tree.Add<FlagValue>(path("RightToLeft")))
+    , m_values(tree, place)
+    , m_decoder(m_values.add<ValueSelection>("Decoder"))
+    , m_maps(m_values.add<ValueSelection>("AvailableMaps"))
+    , m_input(m_values.add<TextValue>("Input"))
+    , m_output(m_values.add<TextValue>("Output"))
+    , m_rightToLeft(m_values.add<FlagValue>("RightToLeft"))
     , m_directory(mapsDirectory)
 {
     m_output->AddObserver(this);
-    m_directory.SetAvailableMaps_ValuePath(path("AvailableMaps"));
-    m_directory.SetTextDirectionRTL_ValuePath(path("RightToLeft"));
-    m_directory.SetDataInput_ValuePath(path("Input"), nullptr);
-    m_directory.SetDataOutput_ValuePath(path("Output"));
-    m_directory.SetMaxNumberOfChars_ValuePath(path("MaxNumberOfChars"));
-    m_directory.SetDecoder_ValuePath(path("Decoder"));
+    m_directory.SetAvailableMaps_ValuePath(m_values.path("AvailableMaps"));
+    m_directory.SetTextDirectionRTL_ValuePath(m_values.path("RightToLeft"));
+    m_directory.SetDataInput_ValuePath(m_values.path("Input"), nullptr);
+    m_directory.SetDataOutput_ValuePath(m_values.path("Output"));
+    m_directory.SetMaxNumberOfChars_ValuePath(m_values.path("MaxNumberOfChars"));
+    m_directory.SetDecoder_ValuePath(m_values.path("Decoder"));
     m_directory.Init(QString());
 }
 

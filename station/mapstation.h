@@ -4,8 +4,8 @@
 
 #include "charmap/mappingdirectory.h"
 #include "host/observable.h"
-#include "host/standin/hosttree.h"
 #include "host/values.h"
+#include "station/valuebranch.h"
 
 #include <QString>
 #include <QStringList>
@@ -15,15 +15,17 @@
 namespace morsehost {
 
 /// Uses the library as any host does: through paths of values, notifications and public
-/// operations. One station exists at a time, since the tree is one a process. The decoder modules
-/// file has been configured before the first one.
+/// operations. Stations share a tree, each at a place of its own. The decoder modules file has been
+/// configured before the first one.
 class MapStation : private IObserver
 {
 public:
     using TextListener = std::function<void(const QString& text)>;
 
-    /// Hears each text that the library writes into the output value.
-    MapStation(const QString& mapsDirectory, TextListener listener);
+    /// Hears each text that the library writes into the output value. The tree outlives the
+    /// station.
+    MapStation(HostTree& tree, const QString& place, const QString& mapsDirectory,
+               TextListener listener);
     ~MapStation() override;
 
     void enable();
@@ -46,13 +48,13 @@ private:
     void Update(Observable* source, TChangeCode code) override;
 
     TextListener m_listener;
-    HostTree m_tree;
+    ValueBranch m_values;
     ValueSelection* m_decoder;
     ValueSelection* m_maps;
     TextValue* m_input;
     TextValue* m_output;
     FlagValue* m_rightToLeft;
-    MappingDirectory m_directory; ///< goes before the tree
+    MappingDirectory m_directory; ///< goes before the values
 };
 
 } // namespace morsehost

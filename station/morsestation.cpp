@@ -3,6 +3,7 @@
 
 #include "host/standin/resultpolicy.h"
 #include "morse/symbolcodes.h"
+#include "station/receiversettings.h"
 
 #include <utility>
 
@@ -10,76 +11,110 @@ namespace morsehost {
 
 namespace {
 
-QString path(const char* name)
+// A transmission may last for months, and noise may key dots without a pause.
+constexpr int MAX_TEXT = 1 << 20;
+constexpr int MAX_UNKNOWN_CODES = 1 << 14;
+constexpr int MAX_ELEMENTS = 256;
+
+TavikResultDataXml::ResultPolicy documentPolicy(std::optional<SaveLedger>& ledger)
 {
-    return QStringLiteral("Receiver/Morse/") + QLatin1String(name);
+    if (!ledger)
+        return {false};
+    return {true, true, [&ledger](const TavikResultDataXml::ResultBalance& balance) {
+                ledger->documents(balance.waiting, balance.lost);
+            }};
 }
 
 } // namespace
 
-MorseStation::MorseStation(const StationSettings& settings, TextListener listener)
+MorseStation::MorseStation(HostTree& tree, const StationSettings& settings,
+                           StationListener& listener)
     : m_settings(settings)
-    , m_listener(std::move(listener))
-    , m_symbol(m_tree.Add<IntegerValue>(path("Symbol")))
-    , m_available(m_tree.Add<FlagValue>(path("Available")))
-    , m_text(m_tree.Add<TextValue>(path("Text")))
-    , m_alphabetDirectory(m_tree.Add<TextValue>(path("AlphabetDirectory")))
-    , m_saveToFile(m_tree.Add<FlagValue>(path("SaveToFile")))
-    , m_saveDocument(m_tree.Add<FlagValue>(path("SaveDocument")))
-    , m_rightToLeft(m_tree.Add<FlagValue>(path("RightToLeft")))
-    , m_settingsRequest(m_tree.Add<FlagValue>(path("SettingsRequest")))
-    , m_receiverSettings(m_tree.Add<TextValue>(path("ReceiverSettings")))
+    , m_listener(listener)
+    , m_values(tree, settings.place)
+    , m_symbol(m_values.add<IntegerValue>("Symbol"))
+    , m_available(m_values.add<FlagValue>("Available"))
+    , m_text(m_values.add<TextValue>("Text"))
+    , m_alphabetDirectory(m_values.add<TextValue>("AlphabetDirectory"))
+    , m_saveToFile(m_values.add<FlagValue>("SaveToFile"))
+    , m_saveDocument(m_values.add<FlagValue>("SaveDocument"))
+    , m_rightToLeft(m_values.add<FlagValue>("RightToLeft"))
+    , m_settingsRequest(m_values.add<FlagValue>("SettingsRequest"))
+    , m_receiverSettings(m_values.add<TextValue>("ReceiverSettings"))
 {
-    TavikResultDataXml::keepResultDocuments(!settings.saveDirectory.isEmpty());
+    m_transmission.receiver = settings.receiver;
+    m_transmission.source = settings.source;
+    m_transmission.decoder = QStringLiteral("Morse");
+    m_transmission.map = settings.alphabet;
+    m_transmission.frequency_Hz = settings.frequency_Hz;
     m_available->SetValue(true, nullptr);
-    m_alphabetDirectory->SetValue(settings.alphabetDirectory, nullptr);
     m_text->AddObserver(this);
     m_settingsRequest->AddObserver(this);
 
-    m_handler.SetSymbol_ValuePath(path("Symbol"));
-    m_handler.SetMorseAvailable_ValuePath(path("Available"));
-    m_handler.SetMorseText_ValuePath(path("Text"));
-    m_handler.SetMorseAlphabet_DirectoryPath(path("AlphabetDirectory"));
-    m_handler.SetTextDirectionRTL_ValuePath(path("RightToLeft"));
-    m_handler.SetGenXmlTunerDemodulatorSettingsPath(path("SettingsRequest"));
-    m_handler.SetXmlTunerDemodulatorSettings(path("ReceiverSettings"));
-    if (!settings.alphabet.isEmpty()) {
-        auto* const alphabet = m_tree.Add<ValueSelection>(path("Alphabet"));
-        alphabet->AddItem(settings.alphabet, 0, 0, nullptr);
-        alphabet->Select(settings.alphabet, nullptr);
-        m_handler.SetMorseAlphabet_ValuePath(path("Alphabet"));
+    if (!settings.saveDirectory.isEmpty())
+        m_ledger.emplace(settings.saveDirectory,
+                         [this](const QString& message) { m_listener.saving(message); });
+    {
+        const TavikResultDataXml::ResultPolicyScope scope(documentPolicy(m_ledger));
+        m_handler.emplace();
     }
-    if (settings.frequency_Hz) {
-        m_tree.Add<RealValue>(path("Frequency"))->SetValue(*settings.frequency_Hz, nullptr);
-        m_handler.SetFrequency_ValuePath(path("Frequency"));
+    m_handler->SetSymbol_ValuePath(m_values.path("Symbol"));
+    m_handler->SetMorseAvailable_ValuePath(m_values.path("Available"));
+    m_handler->SetMorseText_ValuePath(m_values.path("Text"));
+    m_handler->SetTextDirectionRTL_ValuePath(m_values.path("RightToLeft"));
+    m_handler->SetGenXmlTunerDemodulatorSettingsPath(m_values.path("SettingsRequest"));
+    m_handler->SetXmlTunerDemodulatorSettings(m_values.path("ReceiverSettings"));
+    wireAlphabet();
+    wireFiles();
+}
+
+void MorseStation::wireAlphabet()
+{
+    m_alphabetDirectory->SetValue(m_settings.alphabetDirectory, nullptr);
+    m_handler->SetMorseAlphabet_DirectoryPath(m_values.path("AlphabetDirectory"));
+    // Without a selection the handler takes its built-in alphabet.
+    if (m_settings.alphabet.isEmpty())
+        return;
+    auto* const alphabet = m_values.add<ValueSelection>("Alphabet");
+    alphabet->AddItem(m_settings.alphabet, 0, 0, nullptr);
+    alphabet->Select(m_settings.alphabet, nullptr);
+    m_handler->SetMorseAlphabet_ValuePath(m_values.path("Alphabet"));
+}
+
+void MorseStation::wireFiles()
+{
+    if (m_settings.frequency_Hz) {
+        m_values.add<RealValue>("Frequency")->SetValue(*m_settings.frequency_Hz, nullptr);
+        m_handler->SetFrequency_ValuePath(m_values.path("Frequency"));
     }
     // One receiver, one way of keying: these two never change here.
     for (const char* name : {"Modulation", "DecoderResult"}) {
-        auto* const selection = m_tree.Add<ValueSelection>(path(name));
+        auto* const selection = m_values.add<ValueSelection>(name);
         selection->AddItem(QStringLiteral("CW"), 0, 0, nullptr);
         selection->Select(QStringLiteral("CW"), nullptr);
     }
-    m_handler.SetModtype_ValuePath(path("Modulation"));
-    m_handler.SetDecResult_ValuePath(path("DecoderResult"));
-    m_handler.SetMorseSaveToFile_ValuePath(path("SaveToFile"));
-    m_handler.SetMorseXmlSaveToFile_ValuePath(path("SaveDocument"));
-    if (!settings.saveDirectory.isEmpty()) {
-        m_tree.Add<TextValue>(path("TextFileName"));
-        m_codeFileName = m_tree.Add<TextValue>(path("CodeFileName"));
-        m_documentName = m_tree.Add<TextValue>(path("DocumentName"));
-        m_codeFileName->AddObserver(this);
-        m_documentName->AddObserver(this);
-        m_handler.SetSaveDirectoryPath(settings.saveDirectory, path("TextFileName"),
-                                       path("CodeFileName"), path("DocumentName"));
-        m_saveToFile->SetValue(true, nullptr);
-    }
+    m_handler->SetModtype_ValuePath(m_values.path("Modulation"));
+    m_handler->SetDecResult_ValuePath(m_values.path("DecoderResult"));
+    m_handler->SetMorseSaveToFile_ValuePath(m_values.path("SaveToFile"));
+    m_handler->SetMorseXmlSaveToFile_ValuePath(m_values.path("SaveDocument"));
+    if (!m_ledger)
+        return;
+    m_textFileName = m_values.add<TextValue>("TextFileName");
+    m_codeFileName = m_values.add<TextValue>("CodeFileName");
+    m_values.add<TextValue>("DocumentName");
+    m_textFileName->AddObserver(this);
+    m_codeFileName->AddObserver(this);
+    m_handler->SetSaveDirectoryPath(m_settings.saveDirectory, m_values.path("TextFileName"),
+                                    m_values.path("CodeFileName"), m_values.path("DocumentName"));
+    m_saveToFile->SetValue(true, nullptr);
 }
 
 MorseStation::~MorseStation()
 {
+    m_handler.reset();
     for (ValueBase* const value :
          {static_cast<ValueBase*>(m_text), static_cast<ValueBase*>(m_settingsRequest),
-          static_cast<ValueBase*>(m_codeFileName), static_cast<ValueBase*>(m_documentName)}) {
+          static_cast<ValueBase*>(m_codeFileName), static_cast<ValueBase*>(m_textFileName)}) {
         if (value)
             value->DeleteObserver(this);
     }
@@ -87,25 +122,101 @@ MorseStation::~MorseStation()
 
 bool MorseStation::start()
 {
-    return m_handler.StartNewMorseSession();
+    return m_handler->StartNewMorseSession() || m_settings.alphabet.isEmpty();
 }
 
-void MorseStation::stop()
+void MorseStation::transmissionStarted(std::int64_t time_us)
 {
-    m_handler.EndMorseSession();
-    m_ledger.documentsSaved();
+    if (!m_handler)
+        return;
+    receiveTime(time_us);
+    // The line that ends is closed here, where the time of the next one is known.
+    if (m_transmission.number > 0)
+        receiveCode(eSYMBOL_NEW_LINE);
+    ++m_transmission.number;
+    m_transmission.start_us = static_cast<qint64>(m_settings.start_us) + time_us;
+    m_transmission.tone_Hz.reset();
+    m_transmission.speed_wpm.reset();
+    m_transmission.snr_dB.reset();
+    m_transmission.text.clear();
+    m_transmission.unknownCodes.clear();
+    m_isOpen = true;
 }
 
-void MorseStation::receiveTime(unsigned long long time_us)
+void MorseStation::symbol(int code, std::int64_t time_us)
 {
-    m_handler.SetTimestamp(time_us);
+    if (!m_handler)
+        return;
+    // What is decoded now, or was keyed badly, carries the time of its own signal.
+    if ((code & MORSE_SYMBOL_MASK) >= eSYMBOL_NEW_CHAR && m_time != time_us)
+        receiveTime(time_us);
+    receiveCode(code);
 }
 
-void MorseStation::receiveSymbol(int code)
+void MorseStation::transmissionStopped(std::int64_t time_us,
+                                       const demodulator::SignalReport& report)
+{
+    m_transmission.tone_Hz = report.tone_Hz;
+    m_transmission.speed_wpm = report.speed_wpm;
+    m_transmission.snr_dB = report.snr_dB;
+    endTransmission(time_us);
+}
+
+void MorseStation::endTransmission(std::int64_t time_us)
+{
+    if (!m_handler || !m_isOpen)
+        return;
+    m_isOpen = false;
+    receiveTime(time_us);
+    m_transmission.stop_us = static_cast<qint64>(m_settings.start_us) + time_us;
+    describeReceiver();
+    m_saveDocument->HasChanged(eCHANGE_FORCED, nullptr);
+    m_transmission.text = m_transmission.text.trimmed();
+    m_listener.transmission(m_transmission);
+}
+
+SaveLosses MorseStation::stop()
+{
+    if (!m_handler)
+        return {};
+    endTransmission(m_time.value_or(0));
+    m_handler->EndMorseSession();
+    m_handler.reset(); // tries the disk a last time
+    return m_ledger ? m_ledger->losses() : SaveLosses();
+}
+
+void MorseStation::receiveTime(std::int64_t time_us)
+{
+    m_time = time_us;
+    const unsigned long long stamp_us =
+        m_settings.start_us + static_cast<unsigned long long>(time_us);
+    m_listener.time(stamp_us);
+    m_handler->SetTimestamp(stamp_us);
+}
+
+void MorseStation::receiveCode(int code)
 {
     const int symbol = code & MORSE_SYMBOL_MASK;
-    if (m_codeFileName && (symbol == eSYMBOL_DOT || symbol == eSYMBOL_DASH))
-        m_ledger.symbolReceived();
+    const bool isElement = symbol == eSYMBOL_DOT || symbol == eSYMBOL_DASH;
+    if (isElement && m_elements.size() < MAX_ELEMENTS)
+        m_elements += QLatin1Char(symbol == eSYMBOL_DOT ? '.' : '-');
+    m_textOfCode.clear();
+    m_listener.symbol(code);
+    writeSymbol(code);
+    if (symbol >= eSYMBOL_NEW_CHAR && symbol <= eSYMBOL_NEW_LINE) {
+        const QString elements = std::exchange(m_elements, QString());
+        if (!elements.isEmpty() && m_textOfCode.trimmed().isEmpty()) {
+            if (m_transmission.unknownCodes.size() < MAX_UNKNOWN_CODES)
+                m_transmission.unknownCodes += elements;
+            m_listener.unknownCode(elements);
+        }
+    }
+    if (m_ledger)
+        watchFiles(isElement);
+}
+
+void MorseStation::writeSymbol(int code)
+{
     // A value announces what is new to it; a code that repeats is new all the same.
     if (m_symbol->GetValue() == code)
         m_symbol->HasChanged(eCHANGE_CONTENT, nullptr);
@@ -113,10 +224,37 @@ void MorseStation::receiveSymbol(int code)
         m_symbol->SetValue(code, nullptr);
 }
 
-void MorseStation::saveDocument()
+void MorseStation::heard(const QString& text)
 {
-    m_saveDocument->HasChanged(eCHANGE_FORCED, nullptr);
-    m_ledger.documentsSaved();
+    m_textOfCode += text;
+    if (m_isOpen && m_transmission.text.size() < MAX_TEXT)
+        m_transmission.text += text;
+    m_listener.text(text);
+}
+
+void MorseStation::describeReceiver()
+{
+    if (m_settings.demodulator)
+        m_receiverSettings->SetValue(receiverSettings(*m_settings.demodulator, m_transmission),
+                                     nullptr);
+}
+
+void MorseStation::watchFiles(bool isElement)
+{
+    bool areThere = true;
+    if (isElement)
+        areThere = m_ledger->isWritten(SessionFileKind::Codes, 1, 1);
+    if (!m_textOfCode.isEmpty())
+        areThere = m_ledger->isWritten(SessionFileKind::Text, m_textOfCode.toUtf8().size(),
+                                       m_textOfCode.size()) &&
+                   areThere;
+    if (areThere)
+        return;
+    // Into a file that somebody has deleted nothing more is to go. The new ones may get the names
+    // of the old ones, which are to be announced all the same.
+    m_codeFileName->SetValue(QString(), this);
+    m_textFileName->SetValue(QString(), this);
+    m_saveToFile->HasChanged(eCHANGE_FORCED, nullptr);
 }
 
 bool MorseStation::isTextRightToLeft()
@@ -129,14 +267,13 @@ void MorseStation::Update(Observable* source, TChangeCode code)
     if (code != eCHANGE_CONTENT)
         return;
     if (source == m_text) {
-        m_listener(m_text->GetValue());
+        heard(m_text->GetValue());
     } else if (source == m_codeFileName) {
-        m_ledger.codeFileBegun(m_codeFileName->GetValue());
-    } else if (source == m_documentName) {
-        m_ledger.documentBegun(m_documentName->GetValue());
+        m_ledger->begun(SessionFileKind::Codes, m_codeFileName->GetValue());
+    } else if (source == m_textFileName) {
+        m_ledger->begun(SessionFileKind::Text, m_textFileName->GetValue());
     } else if (source == m_settingsRequest && m_settingsRequest->GetValue()) {
-        m_receiverSettings->SetValue(
-            m_settings.describeReceiver ? m_settings.describeReceiver() : QString(), nullptr);
+        describeReceiver();
         m_settingsRequest->SetValue(false, nullptr);
     }
 }

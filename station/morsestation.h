@@ -1,63 +1,79 @@
 // SPDX-License-Identifier: MIT
-// A small host: builds a value tree, wires a Morse handler to it, and feeds it what a demodulator
-// hears.
+// A host for one Morse signal: builds the values, wires a Morse handler to them, feeds it what a
+// demodulator hears and puts the transmissions together.
 #pragma once
 
 #include "host/observable.h"
-#include "host/standin/hosttree.h"
 #include "host/values.h"
 #include "session/morsehandler.h"
+#include "signal/morse/demodulator.h"
+#include "signal/morse/symbolsink.h"
 #include "station/saveledger.h"
+#include "station/stationlistener.h"
+#include "station/valuebranch.h"
 
 #include <QString>
 
-#include <functional>
 #include <optional>
 
 namespace morsehost {
 
-/// What the operator chose.
+/// What the operator chose, and what is known of the receiver.
 struct StationSettings
 {
-    QString alphabetDirectory;
-    QString alphabet;      ///< empty for the built-in one
-    QString saveDirectory; ///< empty when nothing is saved
+    QString place;             ///< of its values in the tree, such as "Receiver1/Signal3"
+    QString receiver;          ///< its name in what is reported; may be empty
+    QString source;            ///< name of the recording or pipe; may be empty
+    QString alphabetDirectory; ///< without meaning for the built-in alphabet
+    QString alphabet;          ///< empty for the built-in one
+    QString saveDirectory;     ///< empty when nothing is saved
     std::optional<double> frequency_Hz;
-    /// Describes tuner and demodulator, asked for whenever a transmission begins.
-    std::function<QString()> describeReceiver;
+    unsigned long long start_us = 0; ///< time of the first sample, since 1970-01-01 00:00 UTC
+    std::optional<demodulator::Settings> demodulator; ///< for the result document; may be absent
 };
 
 /// Uses the library as any host does: through paths of values, notifications and the handler's
-/// public operations. One station exists at a time, since the tree is one a process.
-class MorseStation : private IObserver
+/// public operations. Stations share a tree, each at a place of its own, and a thread. The rule of
+/// times is kept here: a line's end (code 5) is written when the next transmission begins, and
+/// codes from 3 on carry the time of their own signal.
+class MorseStation : public demodulator::SymbolSink, private IObserver
 {
 public:
-    /// Hears each text that the handler writes into the text value.
-    using TextListener = std::function<void(const QString& text)>;
-
-    MorseStation(const StationSettings& settings, TextListener listener);
+    /// Tree and listener outlive the station.
+    MorseStation(HostTree& tree, const StationSettings& settings, StationListener& listener);
     ~MorseStation() override;
 
     /// False when the alphabet could not be loaded.
     bool start();
-    void receiveTime(unsigned long long time_us);
-    void receiveSymbol(int code);
-    /// Has the document of the transmission saved.
-    void saveDocument();
-    void stop();
 
-    /// After `stop`: what was received to be saved and could not be.
-    long long lostSymbols() { return m_ledger.lostSymbols(); }
-    long long lostDocuments() const { return m_ledger.lostDocuments(); }
+    // Times count from the first sample.
+    void transmissionStarted(std::int64_t time_us) override;
+    void symbol(int code, std::int64_t time_us) override;
+    void transmissionStopped(std::int64_t time_us,
+                             const demodulator::SignalReport& report) override;
+    /// The same where nothing is known of the signal. Does nothing when none is open.
+    void endTransmission(std::int64_t time_us);
+
+    /// The reception is over: a transmission that is still open ends, all files are closed, and
+    /// what the disk has not taken by then is lost. Nothing is received afterwards.
+    SaveLosses stop();
 
     bool isTextRightToLeft();
 
 private:
     void Update(Observable* source, TChangeCode code) override;
+    void wireAlphabet();
+    void wireFiles();
+    void receiveTime(std::int64_t time_us);
+    void receiveCode(int code);
+    void writeSymbol(int code);
+    void heard(const QString& text);
+    void describeReceiver();
+    void watchFiles(bool isElement);
 
     StationSettings m_settings;
-    TextListener m_listener;
-    HostTree m_tree;
+    StationListener& m_listener;
+    ValueBranch m_values;
     IntegerValue* m_symbol;
     FlagValue* m_available;
     TextValue* m_text;
@@ -68,9 +84,15 @@ private:
     FlagValue* m_settingsRequest;
     TextValue* m_receiverSettings;
     TextValue* m_codeFileName = nullptr;
-    TextValue* m_documentName = nullptr;
-    SaveLedger m_ledger;
-    MorseHandler m_handler; ///< goes before the tree
+    TextValue* m_textFileName = nullptr;
+    std::optional<SaveLedger> m_ledger; ///< while something is saved
+    std::optional<MorseHandler> m_handler;
+
+    Transmission m_transmission;
+    bool m_isOpen = false;              ///< a transmission has begun and not ended
+    std::optional<std::int64_t> m_time; ///< the last that was sent
+    QString m_elements;                 ///< dots and dashes of the character being received
+    QString m_textOfCode;               ///< what the last code gave
 };
 
 } // namespace morsehost

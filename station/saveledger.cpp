@@ -1,79 +1,143 @@
 // SPDX-License-Identifier: MIT
 #include "station/saveledger.h"
 
-#include <algorithm>
+#include <QFile>
+
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
 
 namespace morsehost {
 
 namespace {
 
-// A disk may stay full for long.
-constexpr std::size_t MAX_AWAITED_DOCUMENTS = 10000;
+// A disk may stay full for long, and each file holds a descriptor.
+constexpr std::size_t MAX_FILES = 32;
 
-bool isDeleted(const QFile& file)
+// False when there is no such file any more.
+bool look(int descriptor, const QString& path, struct stat& status)
 {
-    struct stat status = {};
-    return fstat(file.handle(), &status) != 0 || status.st_nlink == 0;
+    if (descriptor >= 0)
+        return fstat(descriptor, &status) == 0 && status.st_nlink > 0;
+    return ::stat(QFile::encodeName(path).constData(), &status) == 0;
 }
 
 } // namespace
 
-void SaveLedger::codeFileBegun(const QString& path)
+SaveLedger::SaveLedger(const QString& directory, Listener listener)
+    : m_directory(directory)
+    , m_listener(std::move(listener))
 {
-    if (!m_codeFiles.empty()) {
-        count(m_codeFiles.back());
-        m_codeFiles.back().file.reset();
-    }
-    auto file = std::make_unique<QFile>(path);
-    if (!file->open(QIODevice::ReadOnly))
-        file.reset();
-    m_codeFiles.push_back({path, std::move(file), 0});
 }
 
-void SaveLedger::documentBegun(const QString& path)
+SaveLedger::~SaveLedger()
 {
-    m_documents.push_back(path);
-    if (m_documents.size() > MAX_AWAITED_DOCUMENTS) {
-        m_documents.erase(m_documents.begin());
-        ++m_lostDocuments;
+    for (Row* const row : {&m_codes, &m_text}) {
+        for (Growing& file : row->files)
+            release(file);
     }
 }
 
-void SaveLedger::documentsSaved()
+SaveLedger::Row& SaveLedger::row(SessionFileKind kind)
 {
-    m_documents.erase(std::remove_if(m_documents.begin(), m_documents.end(),
-                                     [](const QString& path) { return QFile::exists(path); }),
-                      m_documents.end());
+    return kind == SessionFileKind::Codes ? m_codes : m_text;
 }
 
-long long SaveLedger::lostSymbols()
+void SaveLedger::begun(SessionFileKind kind, const QString& path)
 {
-    long long saved = 0;
-    for (CodeFile& code : m_codeFiles) {
-        count(code); // what a full disk kept back may have come
-        saved += code.symbols;
+    Row& row = this->row(kind);
+    // An earlier file stays only for what a full disk has not taken yet.
+    if (!row.files.empty() && settle(row.files.back())) {
+        release(row.files.back());
+        row.files.pop_back();
     }
-    return m_symbols - saved;
+    if (row.files.size() == MAX_FILES) {
+        row.lost_units += row.files.front().due_units;
+        release(row.files.front());
+        row.files.erase(row.files.begin());
+    }
+    const int descriptor = ::open(QFile::encodeName(path).constData(), O_PATH | O_CLOEXEC);
+    row.files.push_back({descriptor, path, 0, 0, 0});
 }
 
-long long SaveLedger::lostDocuments() const
+bool SaveLedger::isWritten(SessionFileKind kind, long long bytes, long long units)
 {
-    return m_lostDocuments + static_cast<long long>(m_documents.size());
+    Row& row = this->row(kind);
+    if (row.files.empty()) {
+        row.lost_units += units;
+        note(row, true, m_directory, QStringLiteral("cannot be created there"));
+        return true;
+    }
+    Growing& file = row.files.back();
+    file.due_bytes += bytes;
+    file.due_units += units;
+    struct stat status = {};
+    if (!look(file.descriptor, file.path, status)) {
+        row.lost_units += file.due_units;
+        note(row, true, file.path, QStringLiteral("was deleted while it was written"));
+        release(file);
+        row.files.pop_back();
+        return false;
+    }
+    const bool isIn = settle(file);
+    note(row, !isIn, file.path, QStringLiteral("takes nothing more; is the disk full?"));
+    return true;
 }
 
-void SaveLedger::count(CodeFile& code)
+void SaveLedger::documents(std::size_t waiting, std::size_t lost)
 {
-    QFile named(code.path);
-    QFile* const file = code.file ? code.file.get() : &named;
-    if (!file->isOpen() && !file->open(QIODevice::ReadOnly))
+    m_waitingDocuments = waiting;
+    m_lostDocuments = lost;
+    note(m_documents, waiting > 0, m_directory, QStringLiteral("cannot be written there"));
+}
+
+SaveLosses SaveLedger::losses()
+{
+    return {lostUnits(m_codes), lostUnits(m_text),
+            static_cast<long long>(m_waitingDocuments + m_lostDocuments)};
+}
+
+// True when all that was due is in the file.
+bool SaveLedger::settle(Growing& file)
+{
+    struct stat status = {};
+    if (file.due_bytes > 0 && look(file.descriptor, file.path, status) &&
+        status.st_size - file.size_bytes >= file.due_bytes) {
+        file.size_bytes = status.st_size;
+        file.due_bytes = 0;
+        file.due_units = 0;
+    }
+    return file.due_bytes == 0;
+}
+
+void SaveLedger::release(Growing& file)
+{
+    if (file.descriptor >= 0)
+        ::close(file.descriptor);
+    file.descriptor = -1;
+}
+
+// Said once when it begins, and once when it is over.
+void SaveLedger::note(Row& row, bool isFailing, const QString& subject, const QString& reason)
+{
+    if (isFailing == row.isFailing)
         return;
-    if (isDeleted(*file) || !file->seek(0))
-        return;
-    const QByteArray symbols = file->readAll();
-    const auto found = std::count(symbols.begin(), symbols.end(), '.') +
-                       std::count(symbols.begin(), symbols.end(), '-');
-    code.symbols = std::max<long long>(code.symbols, found);
+    row.isFailing = isFailing;
+    m_listener(
+        isFailing
+            ? QStringLiteral("%1: %2 %3").arg(subject, QLatin1String(row.name), reason)
+            : QStringLiteral("%1: %2 is written again").arg(subject, QLatin1String(row.name)));
+}
+
+long long SaveLedger::lostUnits(Row& row)
+{
+    long long lost = row.lost_units;
+    for (Growing& file : row.files) {
+        settle(file);
+        lost += file.due_units;
+    }
+    return lost;
 }
 
 } // namespace morsehost

@@ -1,48 +1,84 @@
 // SPDX-License-Identifier: MIT
-// Whether what was received to be saved has reached the disk.
+// Whether what is received to be saved reaches the disk.
 #pragma once
 
-#include <QFile>
 #include <QString>
 
-#include <memory>
+#include <cstddef>
+#include <functional>
 #include <vector>
 
 namespace morsehost {
 
-/// Grows with what could not be saved, not with what was. Files that are moved away or deleted
-/// after they were written were saved.
+/// The two files that grow while a station receives.
+enum class SessionFileKind { Codes, Text };
+
+struct SaveLosses
+{
+    long long symbols = 0;    ///< dots and dashes that are in no code file
+    long long characters = 0; ///< that are in no text file
+    long long documents = 0;  ///< transmissions that are in no result document
+
+    bool any() const { return symbols + characters + documents > 0; }
+};
+
+/// Watches files by what they are, not by their names: one that is moved away while it grows has
+/// been saved, one that is deleted has not. What it knows of a file is its size, which has to grow
+/// by what was due.
 class SaveLedger
 {
 public:
-    /// A dot or dash that a code file has to hold.
-    void symbolReceived() { ++m_symbols; }
-    /// The code file that is written from now on.
-    void codeFileBegun(const QString& path);
-    /// A document that the next save writes.
-    void documentBegun(const QString& path);
-    /// A save is done. It may have written earlier documents too.
-    void documentsSaved();
+    /// Hears, in one line, that something cannot be saved any more, or can be again.
+    using Listener = std::function<void(const QString& message)>;
 
-    /// Dots and dashes that no code file holds; once they are closed.
-    long long lostSymbols();
-    /// Documents that no save has written.
-    long long lostDocuments() const;
+    /// `directory` is where everything is saved.
+    SaveLedger(const QString& directory, Listener listener);
+    ~SaveLedger();
+    SaveLedger(const SaveLedger&) = delete;
+    SaveLedger& operator=(const SaveLedger&) = delete;
+
+    /// A new, empty file that takes what comes from now on.
+    void begun(SessionFileKind kind, const QString& path);
+    /// So many bytes at least, for so many dots, dashes or characters, have been handed over to be
+    /// written. False when the file was deleted while it grew: then a new one is needed.
+    bool isWritten(SessionFileKind kind, long long bytes, long long units);
+    /// How many transmissions a save has left unwritten, and how many were given up so far.
+    void documents(std::size_t waiting, std::size_t lost);
+
+    /// Everything is closed: what is not on disk by now is lost.
+    SaveLosses losses();
 
 private:
-    struct CodeFile
+    /// What was handed over for one file and has not been seen in it.
+    struct Growing
     {
+        int descriptor; ///< holds the file, not its content; -1 when there is none to be had
         QString path;
-        std::unique_ptr<QFile> file; // of the newest: it is found by this when it is renamed
-        long long symbols = 0;
+        long long size_bytes;
+        long long due_bytes;
+        long long due_units;
+    };
+    struct Row
+    {
+        const char* name;
+        std::vector<Growing> files = {}; ///< the last one grows, earlier ones wait for the disk
+        long long lost_units = 0; ///< of files that are watched no longer, or never came to be
+        bool isFailing = false;
     };
 
-    static void count(CodeFile& code);
+    Row& row(SessionFileKind kind);
+    static bool settle(Growing& file);
+    static void release(Growing& file);
+    void note(Row& row, bool isFailing, const QString& subject, const QString& reason);
+    static long long lostUnits(Row& row);
 
-    long long m_symbols = 0;
-    std::vector<CodeFile> m_codeFiles; // one for each 256 kB
-    std::vector<QString> m_documents;  // that are not on disk
-    long long m_lostDocuments = 0;     // that are waited for no longer
+    QString m_directory;
+    Listener m_listener;
+    Row m_codes{"the code file"};
+    Row m_text{"the text file"};
+    Row m_documents{"the result document"};
+    std::size_t m_waitingDocuments = 0;
+    std::size_t m_lostDocuments = 0;
 };
 
 } // namespace morsehost

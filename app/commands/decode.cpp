@@ -7,135 +7,190 @@
 #include "app/console/progress.h"
 #include "app/options/soundoptions.h"
 #include "app/reception.h"
-#include "morse/symbolcodes.h"
-#include "signal/morse/demodulator.h"
+#include "station/audio/recordedtime.h"
 #include "station/io/interrupt.h"
+#include "station/soundjob.h"
 
-#include <QXmlStreamWriter>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <chrono>
+#include <limits>
+#include <thread>
 
 namespace morsehost {
 
 namespace {
 
-// Text appears with every piece, so a piece is a small part of a character.
-constexpr std::size_t PIECE_SAMPLES = 512;
+constexpr int MAX_JOBS = 256;
 
-// Tells the host what the demodulator hears, and when.
-class Listener : public demodulator::SymbolSink
+// So many recordings may be heard before their turn.
+constexpr std::size_t MAX_AHEAD = 64;
+
+// How often the progress is looked at.
+constexpr std::chrono::milliseconds REFRESH(100);
+
+// Hears several sounds at once and decodes them one after the other, so that what is shown and
+// saved does not depend on how many are heard at once.
+class Decoding
 {
 public:
-    explicit Listener(Reception& reception)
-        : m_reception(reception)
+    Decoding(const ReceptionOptions& options, std::vector<SoundRequest> sounds, std::size_t atOnce)
+        : m_options(options)
+        , m_sounds(std::move(sounds))
+        , m_atOnce(atOnce)
+        , m_reception(options, [this](bool lineStaysOpen) { m_progress.makeRoom(lineStaysOpen); })
+        , m_jobs(m_sounds.size())
     {
     }
 
-    void transmissionStarted(std::int64_t time_us) override
+    int run()
     {
-        m_reception.beginTransmission(time_us);
-        // The line that ends is closed here, where the time of the next one is known.
-        if (m_hasEarlierOne)
-            m_reception.symbol(eSYMBOL_NEW_LINE);
-        m_hasEarlierOne = true;
-    }
-
-    void symbol(int code, std::int64_t time_us) override
-    {
-        // What is decoded now, or was keyed badly, carries the time of its own signal.
-        if (code >= eSYMBOL_NEW_CHAR)
-            m_reception.time(time_us);
-        m_reception.symbol(code);
-    }
-
-    void transmissionStopped(std::int64_t time_us, const demodulator::SignalReport&) override
-    {
-        m_reception.time(time_us);
-        m_reception.endTransmission();
+        bool isPossible = true;
+        for (m_current = 0; m_current < m_sounds.size() && isPossible; ++m_current) {
+            isPossible = decodeCurrent();
+            m_jobs[m_current].reset();
+        }
+        return std::max(m_reception.finish(), m_status);
     }
 
 private:
-    Reception& m_reception;
-    bool m_hasEarlierOne = false;
-};
+    // False when there is no use in going on.
+    bool decodeCurrent()
+    {
+        // A pipe may bring nothing for long; what is wrong is said before.
+        if (m_sounds[m_current].isPipe && !canBegin())
+            return false;
+        startJobs();
+        SoundJob& job = *m_jobs[m_current];
+        while (!job.facts())
+            wait(job);
+        const QString& name = m_sounds[m_current].name;
+        const SoundFacts& facts = *job.facts();
+        if (!facts.error.isEmpty())
+            return complainOf(name, facts.error);
+        const std::optional<unsigned long long> start_us = startTime(facts);
+        if (!start_us)
+            return complainOf(name,
+                              QStringLiteral("neither its name nor a bext chunk tells when it "
+                                             "begins; --start takes the time"));
+        if (!canBegin())
+            return false;
+        MorseStation& station =
+            m_reception.begin({name, *start_us, facts.demodulator}, m_sounds.size() > 1);
+        while (!job.isOver() && !m_reception.isPointless()) {
+            if (!job.deliver(station))
+                wait(job);
+        }
+        m_reception.end();
+        if (job.isOver() && !job.error().isEmpty())
+            complainOf(name, job.error());
+        return !m_reception.isPointless() && !isInterrupted();
+    }
 
-QString describeReceiver(const demodulator::Settings& demodulator,
-                         std::optional<double> frequency_Hz)
-{
-    QString description;
-    QXmlStreamWriter xml(&description);
-    const auto element = [&xml](const char* name, double value, const char* unit) {
-        xml.writeStartElement(QLatin1String(name));
-        xml.writeAttribute(QStringLiteral("unit"), QLatin1String(unit));
-        xml.writeCharacters(QString::number(value, 'g', 17));
-        xml.writeEndElement();
-    };
-    xml.writeStartElement(QStringLiteral("TunerDemodulatorSettings"));
-    if (frequency_Hz)
-        element("Frequency", *frequency_Hz, "Hz");
-    xml.writeStartElement(QStringLiteral("Demodulator"));
-    xml.writeAttribute(QStringLiteral("type"), QStringLiteral("Morse"));
-    element("SampleRate", demodulator.sampleRate_Hz, "Hz");
-    if (demodulator.tone_Hz)
-        element("Tone", *demodulator.tone_Hz, "Hz");
-    if (demodulator.speed_wpm)
-        element("Speed", *demodulator.speed_wpm, "words per minute");
-    xml.writeEndElement();
-    xml.writeEndElement();
-    return description;
-}
+    bool canBegin()
+    {
+        if (m_reception.canBegin())
+            return true;
+        m_status = EXIT_BAD_INPUT;
+        return false;
+    }
+
+    bool complainOf(const QString& name, const QString& reason)
+    {
+        m_progress.makeRoom(false);
+        complain(name, reason);
+        m_status = EXIT_BAD_INPUT;
+        return true;
+    }
+
+    // In their order, so that the one that is decoded next is always heard.
+    void startJobs()
+    {
+        std::size_t running = 0;
+        for (std::size_t i = m_current; i < m_started; ++i)
+            running += m_jobs[i]->isDone() ? 0 : 1;
+        while (m_started < m_sounds.size() && m_started < m_current + MAX_AHEAD &&
+               (m_started == m_current || running < m_atOnce)) {
+            m_jobs[m_started] = std::make_unique<SoundJob>(m_sounds[m_started], m_bell);
+            ++m_started;
+            ++running;
+        }
+    }
+
+    void wait(const SoundJob& job)
+    {
+        startJobs();
+        {
+            std::unique_lock<std::mutex> lock(m_bell.mutex);
+            m_bell.rung.wait_for(lock, REFRESH);
+        }
+        // Each of several recordings counts as much as the others.
+        if (const std::optional<double> part = job.progress())
+            m_progress.show((static_cast<double>(m_current) + *part) /
+                            static_cast<double>(m_sounds.size()));
+    }
+
+    std::optional<unsigned long long> startTime(const SoundFacts& facts) const
+    {
+        const SoundRequest& sound = m_sounds[m_current];
+        switch (m_options.startRule) {
+        case StartRule::Given:
+            return m_options.start_us;
+        case StartRule::Clock:
+            return facts.arrived_us;
+        case StartRule::Recording:
+            if (const auto named_us = timeInName(QFileInfo(sound.name).fileName()))
+                return named_us;
+            return facts.recorded_us;
+        case StartRule::Unsaid:
+            break;
+        }
+        return sound.isPipe ? facts.arrived_us : 0;
+    }
+
+    ReceptionOptions m_options;
+    std::vector<SoundRequest> m_sounds;
+    std::size_t m_atOnce;
+    Progress m_progress;
+    Reception m_reception;
+    SoundBell m_bell;
+    std::vector<std::unique_ptr<SoundJob>> m_jobs; ///< each from its start to its end
+    std::size_t m_current = 0;
+    std::size_t m_started = 0;
+    int m_status = EXIT_DONE;
+};
 
 int run(Arguments& arguments)
 {
-    ReceptionOptions options = readReceptionOptions(arguments);
-    SoundOptions sound = readSoundOptions(arguments);
+    const ReceptionOptions options = readReceptionOptions(arguments, StartWords::TimeNowAuto);
+    std::vector<SoundRequest> sounds = readSoundOptions(arguments);
+    const int processors = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+    const int atOnce = arguments.wholeNumber("jobs", 1, MAX_JOBS).value_or(processors);
+    if (options.startRule == StartRule::Given && sounds.size() > 1)
+        arguments.fail(QStringLiteral("--start TIME is for one recording; several take "
+                                      "--start auto"));
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
-    const std::unique_ptr<SampleSource> opened = openSound(sound);
-    if (!opened)
-        return EXIT_BAD_INPUT;
-    SampleSource& source = *opened;
-    const demodulator::Settings& settings = sound.demodulator;
-
-    options.station.describeReceiver = [settings, frequency = options.station.frequency_Hz] {
-        return describeReceiver(settings, frequency);
-    };
-    Progress progress;
-    Reception reception(options,
-                        [&progress](bool lineStaysOpen) { progress.makeRoom(lineStaysOpen); });
-    if (!reception.start())
-        return EXIT_BAD_INPUT;
-    Listener listener(reception);
-    demodulator::Demodulator demodulator(settings, listener);
-    std::vector<float> samples(PIECE_SAMPLES);
-    long long done = 0;
-    while (!reception.isOutputGone() && !isInterrupted()) {
-        const std::size_t count = source.read(samples.data(), samples.size());
-        if (count == 0)
-            break;
-        demodulator.push(samples.data(), count);
-        done += static_cast<long long>(count);
-        if (const auto all = source.frameCount())
-            progress.show(static_cast<double>(done) / static_cast<double>(*all));
-    }
-    demodulator.finish();
-    const int status = reception.finish();
-    if (source.error().isEmpty())
-        return status;
-    complain(sound.name, source.error());
-    return EXIT_BAD_INPUT;
+    return Decoding(options, std::move(sounds), static_cast<std::size_t>(atOnce)).run();
 }
 
 } // namespace
 
 Command decodeCommand()
 {
+    std::vector<OptionRow> rows = soundOptionRows();
+    rows.push_back({"jobs", "N",
+                    "hear N recordings at once (default: one per processor); the output does not "
+                    "depend on it"});
     return {
-        {"decode", "FILE|-", 1, 1,
-         "Decodes a recording (WAV, FLAC, Ogg, MP3), or raw samples from standard input (signed\n"
-         "16 bits, little-endian, mono). Each character is written as soon as it is decided.",
-         receptionOptionRows(soundOptionRows()),
+        {"decode", "FILE…|-", 1, std::numeric_limits<int>::max(),
+         "Decodes recordings (WAV, FLAC, Ogg, MP3), or standard input: raw samples (signed 16 "
+         "bits,\n"
+         "little-endian, mono) or a recording. Each character is written as soon as it is decided.",
+         receptionOptionRows(rows, StartWords::TimeNowAuto),
          "  morsehost decode recording.flac\n"
-         "  morsehost decode --save received --frequency 7025000 \\\n"
-         "      --start 2026-05-12T10:15:00Z recording.wav\n"
+         "  morsehost decode --save received --frequency 7025000 --start auto *.wav\n"
          "  arecord -t raw -f S16_LE -r 8000 | morsehost decode -\n"
          "  rtl_fm -M usb -f 7.025M -E direct2 -s 12k | morsehost decode --rate 12000 -\n"},
         run};

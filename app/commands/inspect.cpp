@@ -7,7 +7,6 @@
 #include "app/console/progress.h"
 #include "app/options/alphabetoptions.h"
 #include "app/options/soundoptions.h"
-#include "morse/symbolcodes.h"
 #include "signal/morse/demodulator.h"
 #include "station/io/interrupt.h"
 #include "station/morsestation.h"
@@ -34,42 +33,41 @@ constexpr double LATEST_S = 1e9; // microseconds of more would not fit
 constexpr double AFTERWARDS_S = 30;
 
 // Has every code decoded as `decode` would, and notes what came of it.
-class Listener : public demodulator::SymbolSink
+class Listener : public demodulator::SymbolSink, public StationListener
 {
 public:
-    Listener(inspect::Notes& notes, MorseStation& station)
+    explicit Listener(inspect::Notes& notes)
         : m_notes(notes)
-        , m_station(station)
     {
     }
+
+    void feed(MorseStation& station) { m_station = &station; }
 
     void transmissionStarted(std::int64_t time_us) override
     {
         m_notes.transmissionStarted(time_us);
-        m_station.receiveTime(static_cast<unsigned long long>(time_us));
-        if (m_hasEarlierOne)
-            m_station.receiveSymbol(eSYMBOL_NEW_LINE);
-        m_hasEarlierOne = true;
+        m_station->transmissionStarted(time_us);
     }
 
     void symbol(int code, std::int64_t time_us) override
     {
         m_notes.symbol(code, time_us);
-        if (code >= eSYMBOL_NEW_CHAR)
-            m_station.receiveTime(static_cast<unsigned long long>(time_us));
-        m_station.receiveSymbol(code);
+        m_station->symbol(code, time_us);
     }
 
     void transmissionStopped(std::int64_t time_us, const demodulator::SignalReport& report) override
     {
         m_notes.transmissionStopped(time_us, report);
-        m_station.receiveTime(static_cast<unsigned long long>(time_us));
+        m_station->transmissionStopped(time_us, report);
     }
 
+    void text(const QString& text) override { m_notes.text(text); }
+
 private:
+    using StationListener::symbol;
+
     inspect::Notes& m_notes;
-    MorseStation& m_station;
-    bool m_hasEarlierOne = false;
+    MorseStation* m_station = nullptr;
 };
 
 std::int64_t microseconds(double time_s)
@@ -92,9 +90,8 @@ QString whyNotReplaced(const QString& name, const QString& recording)
 
 int run(Arguments& arguments)
 {
-    StationSettings station;
-    readAlphabetOptions(arguments, station);
-    SoundOptions sound = readSoundOptions(arguments);
+    const AlphabetChoice alphabet = readAlphabetOptions(arguments);
+    const std::vector<SoundRequest> sounds = readSoundOptions(arguments);
     const double from_s = arguments.number("from", 0, LATEST_S).value_or(0);
     const double length_s =
         arguments.number("length", SHORTEST_LENGTH_S, inspect::LONGEST_STRETCH_s)
@@ -107,9 +104,13 @@ int run(Arguments& arguments)
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
 
-    const std::unique_ptr<SampleSource> source = openSound(sound);
-    if (!source)
+    SoundRequest sound = sounds.front();
+    const OpenedSource opened = openSound(sound);
+    if (!opened.source) {
+        complain(sound.name, opened.error);
         return EXIT_BAD_INPUT;
+    }
+    SampleSource* const source = opened.source.get();
     // Before the long work, so that a name that cannot be written is said at once.
     if (const QString reason = whyNotReplaced(name, sound.name); !reason.isEmpty()) {
         complain(name, reason);
@@ -122,10 +123,18 @@ int run(Arguments& arguments)
     }
 
     inspect::Notes notes({microseconds(from_s), microseconds(from_s + length_s)});
-    MorseStation decoder(station, [&notes](const QString& text) { notes.text(text); });
-    if (!startWithAlphabet(decoder, station))
+    Listener listener(notes);
+    HostTree tree;
+    StationSettings settings;
+    settings.place = QStringLiteral("Receiver1");
+    settings.alphabet = alphabet.name;
+    settings.alphabetDirectory = alphabet.directory;
+    MorseStation decoder(tree, settings, listener);
+    if (!decoder.start()) {
+        complainOfAlphabet(alphabet.name, alphabet.directory);
         return EXIT_BAD_INPUT;
-    Listener listener(notes, decoder);
+    }
+    listener.feed(decoder);
     demodulator::Demodulator demodulator(sound.demodulator, listener, &notes);
     std::vector<float> samples(PIECE_SAMPLES);
     Progress progress;

@@ -227,7 +227,9 @@ int run(Arguments& arguments)
     if (!configureDecoderModules(arguments))
         return EXIT_BAD_INPUT;
     Screen screen(arguments.isSet("json"));
-    MapStation station(mapsDirectory, [&screen](const QString& text) { screen.text(text); });
+    HostTree tree;
+    MapStation station(tree, QStringLiteral("Receiver1"), mapsDirectory,
+                       [&screen](const QString& text) { screen.text(text); });
     station.enable();
     station.selectDecoder(decoder);
     const bool isInteractive = arguments.isSet("interactive");
@@ -281,12 +283,12 @@ Command mapCommand()
          "way. With --interactive, lines that begin with ':' are commands: :map NAME,\n"
          ":decoder NAME, :maps, :history (all of it through the map in force), :clear, :enable,\n"
          ":disable.",
-         {{"maps", "DIR", "where the maps lie; those that ship without this"},
-          {"map", "NAME", "the map, as ':maps' lists it; \"Default\" (none) without this"},
-          {"decoder", "NAME", "the decoder that they come from, as 'morsehost decoders' lists it"},
+         {mapsOption(),
+          {"map", "NAME", "the map, as ':maps' lists it (default: \"Default\", none)"},
+          {"decoder", "NAME", "the decoder that wrote them, as 'morsehost decoders' lists it"},
           decoderModulesOption(),
           {"interactive", nullptr, "obey lines that begin with ':'"},
-          {"json", nullptr, "print a JSON object a line per event"}},
+          {"json", nullptr, "print one JSON object per line and event"}},
          "  morsehost map --decoder Baudot --map Russian received.txt\n"},
         run};
 }

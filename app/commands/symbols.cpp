@@ -5,6 +5,7 @@
 #include "app/console/complain.h"
 #include "app/console/exitstatus.h"
 #include "app/reception.h"
+#include "morse/symbolcodes.h"
 #include "station/io/descriptor.h"
 #include "station/io/input.h"
 #include "station/io/interrupt.h"
@@ -13,12 +14,11 @@
 
 #include <cctype>
 #include <memory>
+#include <utility>
 
 namespace morsehost {
 
 namespace {
-
-constexpr int END_OF_LINE = 5;
 
 // What is longer is no code, however it goes on.
 constexpr int MAX_WORD_BYTES = 64;
@@ -69,7 +69,7 @@ private:
 
 int run(Arguments& arguments)
 {
-    const ReceptionOptions options = readReceptionOptions(arguments);
+    const ReceptionOptions options = readReceptionOptions(arguments, StartWords::Time);
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
     const Descriptor descriptor(arguments.operands().constFirst());
@@ -79,25 +79,30 @@ int run(Arguments& arguments)
     }
 
     Reception reception(options);
-    if (!reception.start())
+    if (!reception.canBegin())
         return EXIT_BAD_INPUT;
-    // Codes carry no time of their own: it stands still at the start.
-    reception.time(0);
+    MorseStation& station = reception.begin({descriptor.name(), options.start_us, std::nullopt});
+    // Codes carry no time of their own: it stands still at the start. An end of line ends a
+    // transmission, and the next code begins another.
+    bool isOpen = false;
     auto words = std::make_unique<WordReader>(descriptor.number());
     QByteArray word;
     QString error;
-    while (error.isEmpty() && !reception.isOutputGone() && words->next(word)) {
+    while (error.isEmpty() && !reception.isPointless() && words->next(word)) {
         bool ok = false;
         const int code = word.toInt(&ok);
         if (!ok) {
             error = QStringLiteral("line %1: '%2' is no symbol code")
                         .arg(words->line())
                         .arg(QString::fromUtf8(word.constData(), word.size()));
-            break;
+        } else if ((code & MORSE_SYMBOL_MASK) == eSYMBOL_NEW_LINE) {
+            station.endTransmission(0);
+            isOpen = false;
+        } else {
+            if (!std::exchange(isOpen, true))
+                station.transmissionStarted(0);
+            station.symbol(code, 0);
         }
-        if (code == END_OF_LINE)
-            reception.time(0);
-        reception.symbol(code);
     }
     if (error.isEmpty())
         error = words->error();
@@ -117,7 +122,7 @@ Command symbolsCommand()
          "Decodes symbol codes: decimal numbers, one or more a line. 0 dot, 1 dash, 3 end of\n"
          "character, 4 end of word, 5 end of line, 64 dot too short, 65 dash too long, 66 pause\n"
          "too short.",
-         receptionOptionRows({}),
+         receptionOptionRows({}, StartWords::Time),
          "  echo 0 0 0 3 1 1 1 3 0 0 0 3 | morsehost symbols -\n"
          "  morsehost decode --codes recording.flac | morsehost symbols --alphabet Greek -\n"},
         run};

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "app/console/complain.h"
 
-#include <algorithm>
+#include "app/console/exitstatus.h"
+#include "app/console/printable.h"
+
 #include <cstdio>
 
 namespace morsehost {
@@ -13,12 +15,16 @@ void complain(const QString& subject, const QString& reason)
 
 void complain(const QString& reason)
 {
-    // One line, whatever a file name or a library's message holds, and no order to the terminal.
-    QString line = reason.simplified();
-    std::replace_if(
-        line.begin(), line.end(), [](QChar c) { return c.category() == QChar::Other_Control; },
-        QChar(QChar::ReplacementCharacter));
-    std::fprintf(stderr, "morsehost: %s\n", line.toUtf8().constData());
+    std::fprintf(stderr, "morsehost: %s\n",
+                 printableLine(reason.simplified()).toUtf8().constData());
+}
+
+int statusAfter(const QString& error)
+{
+    if (error.isEmpty())
+        return EXIT_DONE;
+    complain(error);
+    return EXIT_BAD_INPUT;
 }
 
 } // namespace morsehost

@@ -89,8 +89,8 @@ QString optionList(const std::vector<OptionRow>& options)
 {
     QString list;
     for (const OptionRow& option : options)
-        list +=
-            QStringLiteral(".TP\n%1\n%2.\n").arg(optionWords(option), roffParagraph(option.help));
+        list += QStringLiteral(".TP\n%1\n%2.\n")
+                    .arg(optionWords(option), roffParagraph(option.help.c_str()));
     return list;
 }
 

@@ -9,28 +9,29 @@ namespace morsehost {
 std::vector<OptionRow> alphabetOptionRows()
 {
     return {
-        {"alphabet", "NAME", "the Morse alphabet; the built-in one without this"},
-        {"alphabets", "DIR", "where the alphabet files lie; those that ship without this"},
+        {"alphabet", "NAME",
+         "the Morse alphabet, as 'morsehost alphabets' lists it (default: International)"},
+        {"alphabets", "DIR", "folder of the alphabet files (default: those installed)"},
     };
 }
 
-void readAlphabetOptions(Arguments& arguments, StationSettings& settings)
+AlphabetChoice readAlphabetOptions(Arguments& arguments)
 {
-    settings.alphabet = arguments.text("alphabet");
-    settings.alphabetDirectory = arguments.isSet("alphabets")
-                                     ? arguments.text("alphabets")
-                                     : dataDirectory(QStringLiteral("alphabets"));
     if (arguments.isSet("alphabets") && !arguments.isSet("alphabet"))
         arguments.fail(QStringLiteral("--alphabets needs --alphabet NAME"));
+    AlphabetChoice choice;
+    choice.directory = arguments.isSet("alphabets") ? arguments.text("alphabets")
+                                                    : dataDirectory(QStringLiteral("alphabets"));
+    choice.name = arguments.isSet("alphabet") ? arguments.text("alphabet")
+                                              : QString::fromLatin1(DEFAULT_ALPHABET);
+    if (choice.name.compare(QLatin1String(BUILT_IN_ALPHABET), Qt::CaseInsensitive) == 0)
+        choice.name.clear();
+    return choice;
 }
 
-bool startWithAlphabet(MorseStation& station, const StationSettings& settings)
+void complainOfAlphabet(const QString& name, const QString& directory)
 {
-    if (station.start() || settings.alphabet.isEmpty())
-        return true;
-    complain(settings.alphabet,
-             QStringLiteral("no such alphabet in %1").arg(settings.alphabetDirectory));
-    return false;
+    complain(name, QStringLiteral("no such alphabet in %1").arg(directory));
 }
 
 } // namespace morsehost

@@ -19,6 +19,29 @@ QString plain(double number)
     return QString::number(number, 'g', 15);
 }
 
+// Where the help of an option begins, and where its lines end.
+constexpr int HELP_COLUMN = 21;
+constexpr int HELP_WIDTH = 80;
+
+// Words in lines; those after the first are indented.
+QString wrapped(const QString& text, int indent)
+{
+    QString lines;
+    int column = indent;
+    for (const QString& word : text.split(QLatin1Char(' '))) {
+        if (column > indent && column + 1 + word.size() > HELP_WIDTH) {
+            lines += QLatin1Char('\n') + QString(indent, QLatin1Char(' '));
+            column = indent;
+        } else if (column > indent) {
+            lines += QLatin1Char(' ');
+            ++column;
+        }
+        lines += word;
+        column += word.size();
+    }
+    return lines + QLatin1Char('\n');
+}
+
 // The word that brought the unknown option, without its value.
 QString wordOf(const QString& option, const QStringList& words)
 {
@@ -44,7 +67,7 @@ Arguments::Arguments(const CommandSyntax& syntax, const QStringList& words)
     : m_syntax(syntax)
 {
     for (const OptionRow& row : syntax.options) {
-        QCommandLineOption option(QLatin1String(row.name), QString::fromUtf8(row.help));
+        QCommandLineOption option(QLatin1String(row.name), QString::fromStdString(row.help));
         if (row.valueName)
             option.setValueName(QLatin1String(row.valueName));
         m_parser.addOption(option);
@@ -176,7 +199,8 @@ QString Arguments::help() const
         const QString words =
             optionWord(option.name) +
             (option.valueName ? QLatin1Char(' ') + QLatin1String(option.valueName) : QString());
-        help += QStringLiteral("  %1 %2\n").arg(words, -18).arg(QString::fromUtf8(option.help));
+        help += QStringLiteral("  %1 ").arg(words, -HELP_COLUMN + 3) +
+                wrapped(QString::fromStdString(option.help), HELP_COLUMN);
     };
     for (const OptionRow& option : m_syntax.options)
         row(option);

@@ -7,6 +7,7 @@
 #include <QStringList>
 
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace morsehost {
@@ -17,7 +18,7 @@ struct OptionRow
 {
     const char* name;
     const char* valueName;
-    const char* help;
+    std::string help;
 };
 
 /// What a command accepts, for parsing and for its help.
@@ -36,7 +37,7 @@ struct CommandSyntax
 QString optionWord(const char* option);
 
 /// The option that every command has.
-constexpr OptionRow HELP_OPTION = {"help", nullptr, "show this help"};
+inline const OptionRow HELP_OPTION = {"help", nullptr, "show this help"};
 
 /// Parsed words. The first value that cannot be used is remembered; the command asks for
 /// `error()` once it has fetched everything.

@@ -1,68 +1,71 @@
 // SPDX-License-Identifier: MIT
 #include "app/options/soundoptions.h"
 
-#include "app/console/complain.h"
+#include "signal/morse/limits.h"
 
-#include <unistd.h>
+#include <cmath>
 
 namespace morsehost {
 
 namespace {
 
-constexpr int DEFAULT_RATE_HZ = 8000;
+// Of what libsndfile reads.
+constexpr int MAX_CHANNELS = 1024;
+
+std::string plain(double number)
+{
+    return QString::number(std::round(number)).toStdString();
+}
+
+std::string range(double lowest, double highest)
+{
+    return plain(lowest) + " to " + plain(highest);
+}
 
 } // namespace
 
 std::vector<OptionRow> soundOptionRows()
 {
+    using namespace demodulator;
     return {
-        {"channel", "N", "take channel N of the file, counted from 1, not the mean of all"},
-        {"rate", "HZ", "samples a second of standard input; 8000 without this"},
-        {"tone", "HZ", "look for the tone within 50 Hz of this"},
-        {"wpm", "N", "words a minute, within 20 percent, instead of any speed"},
+        {"channel", "N", "take channel N of the file, counted from 1 (default: the mean of all)"},
+        {"rate", "HZ",
+         "sample rate of raw samples on standard input, " + range(LOWEST_RATE_Hz, HIGHEST_RATE_Hz) +
+             " (default: 8000)"},
+        {"tone", "HZ",
+         "look for the tone within " + plain(SET_TONE_TOLERANCE_Hz) + " Hz of this, " +
+             range(LOWEST_SET_TONE_Hz, HIGHEST_SET_TONE_Hz) + " (default: any from " +
+             plain(LOWEST_TONE_Hz) + " to " + plain(HIGHEST_TONE_Hz) + ")"},
+        {"wpm", "N",
+         "expect this speed in words per minute, within " + plain(100 * (SET_SPEED_TOLERANCE - 1)) +
+             " percent, " + range(LOWEST_SET_SPEED_wpm, HIGHEST_SET_SPEED_wpm) + " (default: any)"},
     };
 }
 
-SoundOptions readSoundOptions(Arguments& arguments)
+std::vector<SoundRequest> readSoundOptions(Arguments& arguments)
 {
-    SoundOptions options;
-    options.name = arguments.operands().value(0);
-    options.isPipe = options.name == QLatin1String("-");
-    if (options.isPipe)
-        options.name = QStringLiteral("standard input");
-    options.channel = arguments.wholeNumber("channel", 1, 1024);
-    options.rate_Hz = arguments.wholeNumber("rate", 4000, 768000);
-    options.demodulator.tone_Hz = arguments.number("tone", 100, 20000);
-    options.demodulator.speed_wpm = arguments.number("wpm", 5, 100);
-    if (options.isPipe && options.channel)
-        arguments.fail(QStringLiteral("--channel is for files; a pipe carries one channel"));
-    if (!options.isPipe && options.rate_Hz)
-        arguments.fail(QStringLiteral("--rate is for pipes; a file knows its own"));
-    return options;
-}
-
-std::unique_ptr<SampleSource> openSound(SoundOptions& options)
-{
-    OpenedSource opened;
-    if (!options.isPipe)
-        opened = openRecording(options.name, options.channel);
-    else if (isatty(STDIN_FILENO) != 0)
-        opened.error = QStringLiteral("is a terminal; raw samples are expected from a pipe");
-    else
-        opened.source = openRawPipe(STDIN_FILENO, options.rate_Hz.value_or(DEFAULT_RATE_HZ));
-    if (!opened.source) {
-        complain(options.name, opened.error);
-        return nullptr;
+    SoundRequest common;
+    using namespace demodulator;
+    common.channel = arguments.wholeNumber("channel", 1, MAX_CHANNELS);
+    common.rate_Hz = arguments.wholeNumber("rate", static_cast<int>(LOWEST_RATE_Hz),
+                                           static_cast<int>(HIGHEST_RATE_Hz));
+    common.demodulator.tone_Hz = arguments.number("tone", LOWEST_SET_TONE_Hz, HIGHEST_SET_TONE_Hz);
+    common.demodulator.speed_wpm =
+        arguments.number("wpm", LOWEST_SET_SPEED_wpm, HIGHEST_SET_SPEED_wpm);
+    std::vector<SoundRequest> requests;
+    int pipes = 0;
+    for (const QString& name : arguments.operands()) {
+        SoundRequest request = common;
+        request.isPipe = name == QLatin1String("-");
+        request.name = request.isPipe ? QStringLiteral("standard input") : name;
+        pipes += request.isPipe ? 1 : 0;
+        requests.push_back(request);
     }
-    demodulator::Settings& settings = options.demodulator;
-    settings.sampleRate_Hz = opened.source->sampleRate_Hz();
-    if (settings.tone_Hz && *settings.tone_Hz >= settings.sampleRate_Hz / 2) {
-        complain(options.name, QStringLiteral("a tone of %1 Hz needs more than %2 samples a second")
-                                   .arg(*settings.tone_Hz)
-                                   .arg(settings.sampleRate_Hz));
-        return nullptr;
-    }
-    return std::move(opened.source);
+    if (pipes > 1)
+        arguments.fail(QStringLiteral("standard input is read once"));
+    if (pipes == 0 && common.rate_Hz)
+        arguments.fail(QStringLiteral("--rate is for standard input; a file knows its own"));
+    return requests;
 }
 
 } // namespace morsehost

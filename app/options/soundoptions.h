@@ -3,28 +3,15 @@
 #pragma once
 
 #include "app/options/arguments.h"
-#include "signal/morse/demodulator.h"
-#include "station/audio/samplesource.h"
+#include "station/audio/sound.h"
 
-#include <memory>
+#include <vector>
 
 namespace morsehost {
 
-struct SoundOptions
-{
-    QString name; ///< of the input, for messages
-    bool isPipe = false;
-    std::optional<int> channel;
-    std::optional<int> rate_Hz;
-    demodulator::Settings demodulator;
-};
-
 /// --channel, --rate, --tone, --wpm
 std::vector<OptionRow> soundOptionRows();
-/// The first operand names the sound, "-" is standard input. Errors are left in `arguments`.
-SoundOptions readSoundOptions(Arguments& arguments);
-/// Tells the demodulator's settings the rate. Null, and said on standard error, when the sound
-/// cannot be used.
-std::unique_ptr<SampleSource> openSound(SoundOptions& options);
+/// One for each operand; "-" is standard input. Errors are left in `arguments`.
+std::vector<SoundRequest> readSoundOptions(Arguments& arguments);
 
 } // namespace morsehost

@@ -15,9 +15,14 @@ QString directoryOption(const Arguments& arguments, const char* option, const ch
     return arguments.isSet(option) ? arguments.text(option) : dataDirectory(QLatin1String(shipped));
 }
 
+OptionRow mapsOption()
+{
+    return {"maps", "DIR", "folder of the codec and map files (default: those installed)"};
+}
+
 OptionRow decoderModulesOption()
 {
-    return {"decoders", "FILE", "the decoder modules file; the sample that ships without this"};
+    return {"decoders", "FILE", "the decoder modules file (default: the installed sample)"};
 }
 
 QString decoderModulesFile(const Arguments& arguments)
@@ -31,7 +36,7 @@ bool configureDecoderModules(const Arguments& arguments)
 {
     const QString file = decoderModulesFile(arguments);
     if (QFileInfo::exists(file) && !QFileInfo(file).isFile()) {
-        complain(file, QStringLiteral("is no plain file, as a decoder modules file is"));
+        complain(file, QStringLiteral("is not a regular file"));
         return false;
     }
     if (QFile opened(file); !opened.open(QIODevice::ReadOnly)) {

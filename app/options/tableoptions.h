@@ -9,6 +9,8 @@ namespace morsehost {
 /// The folder that the option names, else the shipped one.
 QString directoryOption(const Arguments& arguments, const char* option, const char* shipped);
 
+/// --maps DIR
+OptionRow mapsOption();
 /// --decoders FILE
 OptionRow decoderModulesOption();
 /// What the option names, else the shipped one.

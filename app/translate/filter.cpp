@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "app/translate/filter.h"
 
-#include "app/console/complain.h"
 #include "app/translate/mapfiles.h"
 #include "charmap/codechandler.h"
 #include "station/io/input.h"
 #include "station/io/output.h"
 #include "station/io/systemtext.h"
+
+#include <QDir>
 
 #include <csignal>
 
@@ -16,37 +17,39 @@ namespace {
 
 constexpr int piece_bytes = 64 * 1024;
 
-/// The full name of the map that is meant; empty, with a line to `err`, when there is none or more
-/// than one.
-QString fullName(const FilterOptions& options, CodecHandler& handler, QTextStream& err)
+struct MeantMap
+{
+    QString name;  ///< in full; empty when there is none or more than one
+    QString error; ///< then
+};
+
+MeantMap mapMeant(const FilterOptions& options, CodecHandler& handler)
 {
     if (options.map.compare(QLatin1String("None"), Qt::CaseInsensitive) == 0)
-        return options.map;
+        return {options.map, {}};
     const QVector<MapFile> files = mapFilesIn(QDir(options.mapsDirectory));
     const QStringList fitting = handler.AvailableAlphabets();
     QStringList names;
     for (const MapFile& file : files) {
         if (file.name.compare(options.map, Qt::CaseInsensitive) == 0)
-            return file.name;
+            return {file.name, {}};
         if (file.base.compare(options.map, Qt::CaseInsensitive) == 0 &&
             (options.decoder.isEmpty() || fitting.contains(file.name)))
             names += file.name;
     }
     names.removeDuplicates();
     if (names.size() == 1)
-        return names.first();
-    err << "morsehost: ";
-    if (names.isEmpty())
-        err << options.mapsDirectory << ": no map '" << options.map << '\''
-            << (options.decoder.isEmpty()
-                    ? QString()
-                    : QStringLiteral(" for the decoder '%1'").arg(options.decoder))
-            << " (see 'morsehost maps')";
-    else
-        err << "the map '" << options.map << "' may be '" << names.join(QLatin1String("' or '"))
-            << '\'';
-    err << '\n';
-    return {};
+        return {names.first(), {}};
+    if (!names.isEmpty())
+        return {{},
+                QStringLiteral("the map '%1' may be '%2'")
+                    .arg(options.map, names.join(QLatin1String("' or '")))};
+    const QString decoder = options.decoder.isEmpty()
+                                ? QString()
+                                : QStringLiteral(" for the decoder '%1'").arg(options.decoder);
+    return {{},
+            QStringLiteral("%1: no map '%2'%3 (see 'morsehost maps')")
+                .arg(options.mapsDirectory, options.map, decoder)};
 }
 
 } // namespace
@@ -106,32 +109,21 @@ void Filter::replace(uint codePoint, QByteArray& bytes)
     }
 }
 
-int runTranslate(const FilterOptions& options, int inputDescriptor, int outputDescriptor,
-                 QTextStream& err)
+QString runTranslate(const FilterOptions& options, int inputDescriptor, int outputDescriptor)
 {
     // A reader that has gone away is met as an error of write, not as the end of the process.
     std::signal(SIGPIPE, SIG_IGN);
-    err.setCodec("UTF-8");
-    const auto fail = [&err](const QString& reason) {
-        err << "morsehost: " << reason << '\n';
-        err.flush();
-        return 1;
-    };
 
     CodecHandler handler;
     handler.SetAlphabetsDir(options.mapsDirectory);
     handler.SetDecoder(options.decoder);
-    const QString name = fullName(options, handler, err);
-    if (name.isEmpty()) {
-        err.flush();
-        return 1;
-    }
-    if (!handler.SetAlphabet(name)) {
-        return fail(QStringLiteral("the map '%1' cannot be loaded: its name leads to no "
-                                   "file that can be read (of the codec files, only ITA2.codec "
-                                   "has a name that does)")
-                        .arg(name));
-    }
+    const MeantMap map = mapMeant(options, handler);
+    if (!map.error.isEmpty())
+        return map.error;
+    if (!handler.SetAlphabet(map.name))
+        return QStringLiteral("the map '%1' cannot be loaded: its name leads to no file that can "
+                              "be read (of the codec files, only ITA2.codec has a name that does)")
+            .arg(map.name);
 
     Filter filter(handler, options.back);
     morsehost::Input input(inputDescriptor);
@@ -144,19 +136,18 @@ int runTranslate(const FilterOptions& options, int inputDescriptor, int outputDe
                           : filter.finish());
     }
     if (!input.error().isEmpty())
-        return fail(QStringLiteral("standard input: %1").arg(input.error()));
+        return QStringLiteral("standard input: %1").arg(input.error());
     if (output.isClosed())
-        return 0;
+        return {};
     if (!output.error().isEmpty())
-        return fail(QStringLiteral("standard output: %1").arg(output.error()));
+        return QStringLiteral("standard output: %1").arg(output.error());
     if (filter.replaced() > 0) {
         const bool isOne = filter.replaced() == 1;
-        return fail(QStringLiteral("%1 cannot be written as a byte and became '?': %2")
-                        .arg(morsehost::counted(filter.replaced(), "character", "characters"),
-                             (isOne ? QString() : QStringLiteral("the first was ")) +
-                                 filter.firstReplaced()));
+        return QStringLiteral("%1 cannot be written as a byte and became '?': %2")
+            .arg(morsehost::counted(filter.replaced(), "character", "characters"),
+                 (isOne ? QString() : QStringLiteral("the first was ")) + filter.firstReplaced());
     }
-    return 0;
+    return {};
 }
 
 } // namespace translate

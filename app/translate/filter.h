@@ -6,8 +6,8 @@
 #include "charmap/ialphabethandler.h"
 
 #include <QByteArray>
+#include <QString>
 #include <QTextCodec>
-#include <QTextStream>
 
 #include <memory>
 
@@ -55,9 +55,8 @@ struct FilterOptions
 /// output any more. What has come in is written before more is waited for. SIGPIPE is ignored from
 /// then on, in the whole process.
 ///
-/// 0, or 1 with one line to `err`: no such map, an input that cannot be read, an output that cannot
-/// be written, or (with `back`) characters that had to be replaced by "?".
-int runTranslate(const FilterOptions& options, int inputDescriptor, int outputDescriptor,
-                 QTextStream& err);
+/// What went wrong; empty when nothing did: no such map, an input that cannot be read, an output
+/// that cannot be written, or (with `back`) characters that had to be replaced by "?".
+QString runTranslate(const FilterOptions& options, int inputDescriptor, int outputDescriptor);
 
 } // namespace translate

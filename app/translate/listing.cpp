@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "app/translate/listing.h"
 
+#include "app/console/printable.h"
+#include "app/options/alphabetoptions.h"
 #include "app/translate/mapfiles.h"
 #include "charmap/codechandler.h"
 #include "charmap/decodermodulescenter.h"
 #include "morse/simplemorsehandler.h"
+#include "tables/alphabetfile.h"
 #include "tables/hostpath.h"
 #include "tables/lint/lint.h"
 
@@ -12,22 +15,17 @@ namespace translate {
 
 namespace {
 
-/// Names are written as they are, whatever the locale.
-bool begin(const QDir& folder, QTextStream& out, QTextStream& err)
+using morsehost::printableLine;
+
+QString noSuchFolder(const QDir& folder)
 {
-    out.setCodec("UTF-8");
-    err.setCodec("UTF-8");
-    if (folder.exists())
-        return true;
-    err << "morsehost: " << folder.path() << ": no such folder\n";
-    err.flush();
-    return false;
+    return QStringLiteral("%1: no such folder").arg(folder.path());
 }
 
 /// One line; `isChosen` tells whether the name leads to this file.
 void writeLine(QTextStream& out, const QString& name, const QString& path, bool isChosen)
 {
-    out << name << '\t' << path << '\t';
+    out << printableLine(name) << '\t' << printableLine(path) << '\t';
     if (!isChosen) {
         out << "cannot be chosen\n";
         return;
@@ -74,11 +72,14 @@ QString setName(char charset)
 
 } // namespace
 
-int listAlphabets(const QString& directory, QTextStream& out, QTextStream& err)
+QString listAlphabets(const QString& directory, QTextStream& out)
 {
     const QDir folder(directory);
-    if (!begin(folder, out, err))
-        return 1;
+    if (!folder.exists())
+        return noSuchFolder(folder);
+    out.setCodec("UTF-8"); // whatever the locale
+    const QLatin1String builtIn(morsehost::BUILT_IN_ALPHABET);
+    out << builtIn << "\t(built in)\tleft to right\t" << defaultAlphabet().size() << " entries\n";
     SimpleMorseHandler handler;
     handler.SetAlphabetsDir(directory);
     const QStringList files = folder.entryList(QDir::Files, QDir::Name | QDir::IgnoreCase);
@@ -86,29 +87,28 @@ int listAlphabets(const QString& directory, QTextStream& out, QTextStream& err)
         if (lint::kindOf(file) != lint::Kind::Alphabet)
             continue;
         const QString name = file.section(QLatin1Char('.'), 0, 0);
-        const bool isChosen = !isNone(name) && handler.SetAlphabet(name) &&
+        const bool isReserved = isNone(name) || name.compare(builtIn, Qt::CaseInsensitive) == 0;
+        const bool isChosen = !isReserved && handler.SetAlphabet(name) &&
                               findIgnoringCase(folder, name + QLatin1String(".mal")) == file;
         writeLine(out, name, folder.filePath(file), isChosen);
     }
     out.flush();
-    return 0;
+    return {};
 }
 
-int listMaps(const QString& directory, const QString& decoder, QTextStream& out, QTextStream& err)
+QString listMaps(const QString& directory, const QString& decoder, QTextStream& out)
 {
     const QDir folder(directory);
-    if (!begin(folder, out, err))
-        return 1;
+    if (!folder.exists())
+        return noSuchFolder(folder);
+    out.setCodec("UTF-8");
     CodecHandler handler;
     handler.SetAlphabetsDir(directory);
     handler.SetDecoder(decoder);
-    if (!decoder.isEmpty() && handler.CharsetForDecoder(decoder) == eCHARSET_NONE) {
-        err << "morsehost: " << decoder
-            << ": the decoder modules file has no base character set for this decoder (see "
-               "'morsehost decoders')\n";
-        err.flush();
-        return 1;
-    }
+    if (!decoder.isEmpty() && handler.CharsetForDecoder(decoder) == eCHARSET_NONE)
+        return QStringLiteral("%1: the decoder modules file has no base character set for this "
+                              "decoder (see 'morsehost decoders')")
+            .arg(decoder);
     const QStringList fitting = handler.AvailableAlphabets();
     const QVector<MapFile> files = mapFilesIn(folder);
     for (const MapFile& file : files) {
@@ -119,24 +119,20 @@ int listMaps(const QString& directory, const QString& decoder, QTextStream& out,
         writeLine(out, file.name, file.path, isChosen);
     }
     out.flush();
-    return 0;
+    return {};
 }
 
-int listDecoders(const QString& modulesFile, QTextStream& out, QTextStream& err)
+QString listDecoders(const QString& modulesFile, QTextStream& out)
 {
     out.setCodec("UTF-8");
-    err.setCodec("UTF-8");
     std::vector<Quillon::DecoderModule> modules;
     Quillon::DecoderModulesCenter(modulesFile).GetModules(modules, false);
-    if (modules.empty()) {
-        err << "morsehost: " << modulesFile << ": names no decoder\n";
-        err.flush();
-        return 1;
-    }
+    if (modules.empty())
+        return QStringLiteral("%1: names no decoder").arg(modulesFile);
     for (const Quillon::DecoderModule& module : modules)
-        out << module.name << '\t' << setName(module.charset) << '\n';
+        out << printableLine(module.name) << '\t' << setName(module.charset) << '\n';
     out.flush();
-    return 0;
+    return {};
 }
 
 } // namespace translate

@@ -25,6 +25,7 @@ struct BlockContent
     std::vector<FrameContent> frames;
     std::u16string text;
     bool isFrameOpen = false;
+    bool isKept = true; ///< false: takes no frames in
     bool isOwned = false;
     unsigned long long revision = 0; ///< counts the changes
 };
@@ -34,6 +35,7 @@ struct TransmissionContent
     QDateTime startTime; ///< UTC; invalid: not known
     QDateTime stopTime;
     std::vector<std::shared_ptr<BlockContent>> blocks;
+    bool isKept = true; ///< that of its blocks
     bool isOwned = false;
     unsigned long long revision = 0; ///< counts the changes, those of the blocks apart
 };

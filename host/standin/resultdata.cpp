@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <deque>
 #include <limits>
+#include <utility>
 
 namespace TavikResultDataXml {
 
@@ -18,7 +19,7 @@ constexpr std::size_t MOST_KEPT_bytes = std::size_t(64) << 20;
 /// A save that cannot write much should not take long over finding that out.
 constexpr int MOST_FAILURES = 8;
 
-bool areDocumentsKept = true;
+ResultPolicy currentPolicy;
 
 unsigned long long revisionOf(const TransmissionContent& transmission)
 {
@@ -44,9 +45,14 @@ void trace(const QString& message, unsigned short line)
 
 } // namespace
 
-void keepResultDocuments(bool keep)
+ResultPolicyScope::ResultPolicyScope(ResultPolicy policy)
+    : m_before(std::exchange(currentPolicy, std::move(policy)))
 {
-    areDocumentsKept = keep;
+}
+
+ResultPolicyScope::~ResultPolicyScope()
+{
+    currentPolicy = std::move(m_before);
 }
 
 DataBlock::DataBlock(int channel, int format, int flags)
@@ -61,7 +67,7 @@ DataBlock::~DataBlock() = default;
 
 void DataBlock::BeginFrame()
 {
-    if (!areDocumentsKept)
+    if (!m_content->isKept)
         return;
     m_content->frames.push_back({0, m_content->text.size()});
     m_content->isFrameOpen = true;
@@ -116,6 +122,7 @@ void Transmission::AddDataBlock(DataBlock* block)
         return;
     m_blocks.emplace_back(block);
     block->m_content->isOwned = true;
+    block->m_content->isKept = m_content->isKept;
     m_content->blocks.push_back(block->m_content);
     ++m_content->revision;
 }
@@ -174,6 +181,12 @@ public:
         }
     }
 
+    bool Write(const QString& path, const Transmissions& transmissions) const
+    {
+        return addToFile(localPath(path), transmissions,
+                         policy.hasFilePerSave ? IfTaken::NextName : IfTaken::Add);
+    }
+
     void WriteHeld(const QString& path)
     {
         Transmissions owed;
@@ -183,7 +196,7 @@ public:
         }
         if (path.isEmpty() || owed.empty())
             return;
-        if (!addToFile(localPath(path), owed))
+        if (!Write(path, owed))
             return;
         for (Held& item : held) {
             if (!item.isOwed)
@@ -205,7 +218,7 @@ public:
             if (file.path.isEmpty())
                 continue;
             const Transmissions owed(file.transmissions.begin(), file.transmissions.end());
-            if (!addToFile(localPath(file.path), owed)) {
+            if (!Write(file.path, owed)) {
                 ++failures;
                 continue;
             }
@@ -224,7 +237,7 @@ public:
         for (Held& item : held) {
             if (!item.isOwed)
                 continue;
-            if (kept.empty() || kept.back().path != item.owedPath)
+            if (kept.empty() || policy.hasFilePerSave || kept.back().path != item.owedPath)
                 kept.push_back({item.owedPath, {}});
             kept_bytes += size_bytes(*item.content);
             kept.back().transmissions.push_back(std::move(item.content));
@@ -236,6 +249,7 @@ public:
             while (kept_bytes > MOST_KEPT_bytes && !file.transmissions.empty()) {
                 kept_bytes -= size_bytes(*file.transmissions.front());
                 file.transmissions.pop_front();
+                ++lost;
                 trace(QStringLiteral("Transmission dropped, too much waits for the disk: %1")
                           .arg(file.path),
                       __LINE__);
@@ -257,10 +271,24 @@ public:
                std::none_of(held.begin(), held.end(), [](const Held& item) { return item.isOwed; });
     }
 
+    void Report() const
+    {
+        if (!policy.observer)
+            return;
+        std::size_t waiting = 0;
+        for (const Held& item : held)
+            waiting += item.isOwed ? 1 : 0;
+        for (const Kept& file : kept)
+            waiting += file.transmissions.size();
+        policy.observer({waiting, lost});
+    }
+
+    ResultPolicy policy = currentPolicy;
     QString workDir;
     std::vector<Held> held;
     std::deque<Kept> kept; ///< the oldest first
     std::size_t kept_bytes = 0;
+    std::size_t lost = 0;     ///< transmissions that were given up
     std::size_t nextKept = 0; ///< where the next save begins to try
 };
 
@@ -273,9 +301,13 @@ TavikResultData::~TavikResultData()
 {
     m_impl->Release();
     m_impl->WriteKept(std::numeric_limits<int>::max());
-    for (const Impl::Kept& file : m_impl->kept)
+    for (const Impl::Kept& file : m_impl->kept) {
         trace(QStringLiteral("Transmissions lost, the file cannot be written: %1").arg(file.path),
               __LINE__);
+        m_impl->lost += file.transmissions.size();
+    }
+    m_impl->kept.clear();
+    m_impl->Report();
 }
 
 void TavikResultData::SetWorkDir(const QString& directory)
@@ -288,6 +320,9 @@ void TavikResultData::AddTransmission(Transmission* transmission)
     if (!transmission || transmission->m_content->isOwned)
         return;
     transmission->m_content->isOwned = true;
+    transmission->m_content->isKept = m_impl->policy.isKept;
+    for (const auto& block : transmission->m_content->blocks)
+        block->isKept = m_impl->policy.isKept;
     Impl::Held item;
     item.transmission.reset(transmission);
     item.content = transmission->m_content;
@@ -296,12 +331,13 @@ void TavikResultData::AddTransmission(Transmission* transmission)
 
 bool TavikResultData::SaveFile(const QString& fileName)
 {
-    if (!areDocumentsKept)
+    if (!m_impl->policy.isKept)
         return true;
     const QString path = m_impl->PathOf(fileName);
     m_impl->Demand(path);
     m_impl->WriteKept(MOST_FAILURES);
     m_impl->WriteHeld(path);
+    m_impl->Report();
     return m_impl->IsNothingOwed();
 }
 

@@ -232,7 +232,7 @@ QString nextFreeName(const QString& path)
 
 } // namespace
 
-bool addToFile(const QString& path, const Transmissions& transmissions)
+bool addToFile(const QString& path, const Transmissions& transmissions, IfTaken ifTaken)
 {
     // Somebody else may be adding to the document of the same second.
     QLockFile lock(path + QStringLiteral(".lock"));
@@ -243,7 +243,8 @@ bool addToFile(const QString& path, const Transmissions& transmissions)
     qint64 end = -1;
     QFile existing(path);
     if (isNameTaken(path)) {
-        if (QFileInfo(path).isFile() && existing.open(QIODevice::ReadOnly))
+        if (ifTaken == IfTaken::Add && QFileInfo(path).isFile() &&
+            existing.open(QIODevice::ReadOnly))
             end = positionToAddAt(existing);
         if (end < 0)
             target = nextFreeName(path);

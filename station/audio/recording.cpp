@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "station/audio/samplesource.h"
 
+#include "signal/morse/limits.h"
 #include "station/io/systemtext.h"
 
 #include <QFile>
@@ -14,10 +15,6 @@
 namespace morsehost {
 
 namespace {
-
-// What a radio channel needs at least, and what sound cards offer at most.
-constexpr int MIN_RATE_HZ = 4000;
-constexpr int MAX_RATE_HZ = 768000;
 
 struct CloseSound
 {
@@ -120,11 +117,12 @@ OpenedSource openRecording(const QString& path, std::optional<int> channel)
             reason.chop(1);
         return refused(QStringLiteral("is no recording that can be read: %1").arg(reason));
     }
-    if (info.samplerate < MIN_RATE_HZ || info.samplerate > MAX_RATE_HZ)
+    if (info.samplerate < demodulator::LOWEST_RATE_Hz ||
+        info.samplerate > demodulator::HIGHEST_RATE_Hz)
         return refused(QStringLiteral("has %1 samples a second; %2 to %3 can be used")
                            .arg(info.samplerate)
-                           .arg(MIN_RATE_HZ)
-                           .arg(MAX_RATE_HZ));
+                           .arg(demodulator::LOWEST_RATE_Hz)
+                           .arg(demodulator::HIGHEST_RATE_Hz));
     if (channel && *channel > info.channels)
         return refused(QStringLiteral("has %1; there is no channel %2")
                            .arg(counted(info.channels, "channel", "channels"))

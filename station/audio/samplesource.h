@@ -19,6 +19,9 @@ public:
     virtual double sampleRate_Hz() const = 0;
     /// Frames in all, where that is known.
     virtual std::optional<long long> frameCount() const = 0;
+    /// Time of the first sample as the recording itself says it, in microseconds since 1970-01-01
+    /// 00:00 UTC.
+    virtual std::optional<unsigned long long> recorded_us() const { return std::nullopt; }
     /// Fills up to `count` samples and returns how many; 0 at the end of input, after an error, or
     /// when interrupted. A pipe gives what it has as soon as it has any.
     virtual std::size_t read(float* samples, std::size_t count) = 0;

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-// SIGINT and SIGTERM end the input early, so that files and documents are completed first.
+// SIGHUP, SIGINT and SIGTERM end the input early, so that files and documents are completed first.
 #pragma once
 
 namespace morsehost {
 
-/// From now on the two signals are noted instead of ending the process, and a reader that has gone
+/// From now on these signals are noted instead of ending the process, and a reader that has gone
 /// away or a file that may not grow is an error of the write instead of a signal. Blocking reads
 /// return.
 void noteInterrupts();

@@ -12,31 +12,59 @@
 
 namespace morsehost {
 
+namespace {
+
+constexpr int MAX_KEPT_BYTES = 16 << 20;
+constexpr int PATIENCE_MS = 200;
+
+} // namespace
+
 void Output::write(const QByteArray& data)
 {
-    const char* next = data.constData();
-    auto left = static_cast<std::size_t>(data.size());
-    while (left > 0 && !hasFailed()) {
+    if (hasFailed())
+        return;
+    m_isCut = m_isCut || m_kept.size() - m_written > MAX_KEPT_BYTES - data.size();
+    if (m_isCut)
+        return;
+    m_kept += data;
+    writeKept(m_whenBusy == WhenBusy::Wait);
+}
+
+void Output::finish()
+{
+    writeKept(true);
+    if (m_isCut && !hasFailed())
+        m_error = QStringLiteral("the reader was too slow, the end was not shown");
+}
+
+void Output::writeKept(bool wait)
+{
+    while (m_written < m_kept.size() && !hasFailed()) {
         if (m_descriptor < 0) { // poll would wait for it
             m_error = systemError(EBADF);
             break;
         }
-        // A reader that stands still must not keep a program that is to end.
         pollfd waiting = {m_descriptor, POLLOUT, 0};
-        if (::poll(&waiting, 1, 200) <= 0) {
+        if (::poll(&waiting, 1, wait ? PATIENCE_MS : 0) <= 0) {
+            if (!wait)
+                break;
             m_closed = isInterrupted();
             continue;
         }
         // No more than a pipe that is ready takes without waiting.
-        const ssize_t written = ::write(m_descriptor, next, std::min(left, std::size_t(PIPE_BUF)));
-        if (written >= 0) {
-            next += written;
-            left -= static_cast<std::size_t>(written);
-        } else if (errno == EPIPE) {
+        const auto size = static_cast<std::size_t>(std::min(m_kept.size() - m_written, PIPE_BUF));
+        const ssize_t got = ::write(m_descriptor, m_kept.constData() + m_written, size);
+        if (got >= 0)
+            m_written += static_cast<int>(got);
+        else if (errno == EPIPE)
             m_closed = true;
-        } else if (errno != EINTR && errno != EAGAIN) {
+        else if (errno != EINTR && errno != EAGAIN)
             m_error = systemError(errno);
-        }
+    }
+    // Moving the rest costs time, so it is done seldom.
+    if (m_written == m_kept.size() || m_written > MAX_KEPT_BYTES / 2) {
+        m_kept.remove(0, m_written);
+        m_written = 0;
     }
 }
 

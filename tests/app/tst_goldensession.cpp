@@ -49,7 +49,7 @@ private Q_SLOTS:
         const QString document =
             QStringLiteral("TavikResultData_\\d{4}_\\d\\d_\\d\\d__\\d\\d_\\d\\d_\\d\\d\\.xml");
         QTest::newRow("codes") << stamp + "\\.txt" << 0 << "code.txt";
-        QTest::newRow("text") << stamp + "__Default\\.txt" << 0 << "text.txt";
+        QTest::newRow("text") << stamp + "__International\\.txt" << 0 << "text.txt";
         QTest::newRow("first document") << document << 0 << "document1.xml";
         QTest::newRow("second document") << document << 1 << "document2.xml";
         QTest::newRow("third document") << document << 2 << "document3.xml";

@@ -182,7 +182,8 @@ private Q_SLOTS:
         row("no length", {"a.wav", "-o", "x.svg", "--length", "0"}, "--length takes");
         row("no number", {"a.wav", "-o", "x.svg", "--from", "nan"}, "--from takes");
         row("tone", {"a.wav", "-o", "x.svg", "--tone", "5"}, "--tone takes");
-        row("rate of a file", {"a.wav", "-o", "x.svg", "--rate", "8000"}, "--rate is for pipes");
+        row("rate of a file", {"a.wav", "-o", "x.svg", "--rate", "8000"},
+            "--rate is for standard input");
     }
     void wrongUsageIsSaidInOneLine()
     {

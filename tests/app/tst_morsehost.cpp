@@ -259,7 +259,7 @@ private Q_SLOTS:
                 raw(samples));
         QCOMPARE(ended.status, 0);
         const QDir saved(dir.filePath("saved"));
-        const QStringList texts = saved.entryList({"*__Default.txt"});
+        const QStringList texts = saved.entryList({"*__International.txt"});
         QCOMPARE(texts.size(), 1);
         const QString text = QString::fromUtf8(contentOf(saved.filePath(texts.first())));
         const QRegularExpression markers(QStringLiteral(
@@ -338,8 +338,8 @@ private Q_SLOTS:
         row("no command at all", {""}, "no command '' (see");
         row("help for an unknown command", {"help", "decipher"}, "no command 'decipher' (see");
         row("--help for an unknown command", {"--help", "decipher"}, "no command 'decipher' (see");
-        row("no operand", {"decode"}, "FILE|- is missing");
-        row("two operands", {"decode", "a", "b"}, "'b' is one argument too many");
+        row("no operand", {"decode"}, "FILE…|- is missing");
+        row("two operands", {"inspect", "a", "b"}, "'b' is one argument too many");
         row("an empty operand", {"decode", ""}, "an empty word names no file");
         row("unknown option", {"decode", "--loud", "x"}, "no option '--loud' (");
         row("unknown option with a value", {"decode", "--loud=9", "x"}, "no option '--loud' (");
@@ -364,8 +364,7 @@ private Q_SLOTS:
         row("tone is not finite", {"decode", "--tone", "nan", "x"}, "--tone takes");
         row("speed out of range", {"decode", "--wpm", "1000", "x"}, "--wpm takes");
         row("channel zero", {"decode", "--channel", "0", "x"}, "--channel takes");
-        row("rate of a file", {"decode", "--rate", "8000", "x"}, "--rate is for pipes");
-        row("channel of a pipe", {"decode", "--channel", "1", "-"}, "--channel is for files");
+        row("rate of a file", {"decode", "--rate", "8000", "x"}, "--rate is for standard input");
         row("no time", {"decode", "--start", "yesterday", "x"}, "--start takes");
         row("too late a time", {"decode", "--start", "2200-01-01T00:00:00Z", "x"}, "--start takes");
         row("two forms", {"decode", "--codes", "--json", "x"}, "exclude each other");
@@ -451,10 +450,11 @@ private Q_SLOTS:
                 QTest::addRow("%s, %s", command, name)
                     << QString(command) << QString(folder) << QByteArray(part);
             };
-            row("under a file", "/dev/null/x", "/dev/null/x: the folder cannot be made: ");
-            row("a file", "/dev/null", "/dev/null: is no folder");
+            row("under a file", "/dev/null/x", "/dev/null/x: the folder cannot be created: ");
+            row("a file", "/dev/null", "/dev/null: is not a folder");
             row("a folder that takes no file", "/proc", "/proc: no file can be written there: ");
-            row("in a folder that takes none", "/proc/x", "/proc/x: the folder cannot be made: ");
+            row("in a folder that takes none", "/proc/x",
+                "/proc/x: the folder cannot be created: ");
         }
     }
 
@@ -632,7 +632,7 @@ private Q_SLOTS:
         QCOMPARE(ended.status, 0);
         out += ended.out;
         const QDir saved(dir.path());
-        const QString text = saved.filePath(saved.entryList({"*__Default.txt"}).value(0));
+        const QString text = saved.filePath(saved.entryList({"*__International.txt"}).value(0));
         QCOMPARE(contentOf(text).simplified(), out.simplified());
         const QStringList documents = saved.entryList({"*.xml"});
         QCOMPARE(documents.size(), 1);
@@ -732,7 +732,16 @@ private Q_SLOTS:
         shell.start(QStringLiteral("bash"),
                     {"-c", command.arg(QStringLiteral(MORSEHOST_PATH), dir.path())});
         const Ended ended = end(shell);
-        verifyOneLine(ended, 1, "could not be saved");
+        QCOMPARE(ended.status, 1);
+        const QList<QByteArray> lines = ended.err.trimmed().split('\n');
+        QVERIFY2(lines.last().contains("could not be saved"), ended.err.constData());
+        // Each kind of file is said once when it is lost.
+        for (const char* kind : {"code file", "text file"}) {
+            int said = 0;
+            for (const QByteArray& line : lines)
+                said += line.contains(kind) && !line.contains("again") ? 1 : 0;
+            QCOMPARE(said, 1);
+        }
     }
 
     void whatIsMovedAwayWhileItRunsWasSaved()
@@ -760,7 +769,7 @@ private Q_SLOTS:
         QCOMPARE(ended.err, QByteArray());
         QCOMPARE(ended.status, 0);
         const QDir archive(dir.filePath("archive"));
-        QVERIFY(contentOf(archive.filePath(archive.entryList({"*__Default.txt"}).value(0)))
+        QVERIFY(contentOf(archive.filePath(archive.entryList({"*__International.txt"}).value(0)))
                     .contains("N0CALL"));
         QCOMPARE(saved.entryList({"*.xml"}).size(), 1);
     }
@@ -778,7 +787,7 @@ private Q_SLOTS:
                                                       path + " >" + dir.filePath("out"),
                                                   "/dev/null"});
         const Ended ended = end(terminal);
-        QVERIFY2(ended.out.contains(" 50 %"), ended.out.constData());
+        QVERIFY2(ended.out.contains("\r100 %\r\033[K"), ended.out.constData());
         QCOMPARE(contentOf(dir.filePath("out")).simplified(), QByteArray("PARIS"));
     }
 };

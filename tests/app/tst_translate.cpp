@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/translate/filter.h"
 #include "app/translate/listing.h"
+#include "tables/alphabetfile.h"
 #include "tables/lint/lint.h"
 
 #include "charmap/codechandler.h"
@@ -22,9 +23,8 @@ const QString shippedAlphabets = QStringLiteral(PROJECT_DATA_DIR "/alphabets");
 
 struct Outcome
 {
-    int status = -1;
     QString out;
-    QString err;
+    QString error; ///< empty when all went well
 
     QStringList lines() const { return out.split(QLatin1Char('\n'), Qt::SkipEmptyParts); }
     QStringList names() const
@@ -40,8 +40,8 @@ Outcome alphabetsOf(const QString& folder)
 {
     Outcome outcome;
     QTextStream out(&outcome.out);
-    QTextStream err(&outcome.err);
-    outcome.status = translate::listAlphabets(folder, out, err);
+    outcome.error = translate::listAlphabets(folder, out);
+    out.flush();
     return outcome;
 }
 
@@ -49,8 +49,8 @@ Outcome mapsOf(const QString& folder, const QString& decoder = {})
 {
     Outcome outcome;
     QTextStream out(&outcome.out);
-    QTextStream err(&outcome.err);
-    outcome.status = translate::listMaps(folder, decoder, out, err);
+    outcome.error = translate::listMaps(folder, decoder, out);
+    out.flush();
     return outcome;
 }
 
@@ -104,8 +104,7 @@ Outcome run(const FilterOptions& options, const QByteArray& input, QByteArray& o
     in.write(input);
     in.closeWriter();
     Outcome outcome;
-    QTextStream err(&outcome.err);
-    outcome.status = translate::runTranslate(options, in.reader(), out.writer(), err);
+    outcome.error = translate::runTranslate(options, in.reader(), out.writer());
     out.closeWriter();
     output = out.readSome();
     return outcome;
@@ -148,9 +147,11 @@ private Q_SLOTS:
     void alphabetsAreListedWithFileDirectionAndSize()
     {
         const Outcome outcome = alphabetsOf(shippedAlphabets);
-        QCOMPARE(outcome.status, 0);
-        QCOMPARE(outcome.err, QString());
+        QCOMPARE(outcome.error, QString());
         QVERIFY(outcome.names().contains(QStringLiteral("Greek")));
+        QCOMPARE(outcome.lines().first(),
+                 QStringLiteral("Default\t(built in)\tleft to right\t%1 entries")
+                     .arg(defaultAlphabet().size()));
         const QString path = shippedAlphabets + QStringLiteral("/Hebrew.mal");
         QVERIFY(outcome.lines().contains(QStringLiteral("Hebrew\t%1\tright to left\t%2 entries")
                                              .arg(path)
@@ -166,15 +167,33 @@ private Q_SLOTS:
         QTemporaryDir folder;
         writeFile(folder.filePath(QStringLiteral("Cyrillic.old.mal")), "А\t.-\n\n");
         const Outcome outcome = alphabetsOf(folder.path());
-        QCOMPARE(outcome.status, 0);
-        QCOMPARE(outcome.lines().size(), 1);
+        QCOMPARE(outcome.error, QString());
+        QCOMPARE(outcome.lines().size(), 2); // the built-in one is first
         QVERIFY(outcome.out.contains(QStringLiteral("cannot be chosen")));
+    }
+
+    void aFileOfTheBuiltInAlphabetsNameCannotBeChosen()
+    {
+        QTemporaryDir folder;
+        writeFile(folder.filePath(QStringLiteral("default.mal")), "A\t.-\n\n");
+        const Outcome outcome = alphabetsOf(folder.path());
+        QCOMPARE(outcome.lines().size(), 2);
+        QVERIFY(outcome.lines().last().endsWith(QStringLiteral("\tcannot be chosen")));
+    }
+
+    void aNameGivesTheTerminalNoOrders()
+    {
+        QTemporaryDir folder;
+        writeFile(folder.filePath(QStringLiteral("x\x1B[31m\ny.mal")), "A\t.-\n\n");
+        const Outcome outcome = alphabetsOf(folder.path());
+        QCOMPARE(outcome.lines().size(), 2);
+        QVERIFY(!outcome.out.contains(QLatin1Char('\x1B')));
     }
 
     void allMapsAreListedUnderTheirFullNames()
     {
         const Outcome outcome = mapsOf(shippedMaps);
-        QCOMPARE(outcome.status, 0);
+        QCOMPARE(outcome.error, QString());
         QVERIFY(outcome.names().contains(QStringLiteral("Greek - ASCII")));
         QVERIFY(outcome.names().contains(QStringLiteral("Russian - ITA2")));
         QVERIFY(outcome.names().contains(QStringLiteral("ITA2 - ITA2")));
@@ -205,7 +224,7 @@ private Q_SLOTS:
         QFETCH(bool, ita2);
         QFETCH(bool, ascii);
         const Outcome outcome = mapsOf(shippedMaps, decoder);
-        QCOMPARE(outcome.status, 0);
+        QCOMPARE(outcome.error, QString());
         QCOMPARE(outcome.names().contains(QStringLiteral("Russian - ITA2")), ita2);
         QCOMPARE(outcome.names().contains(QStringLiteral("Greek - ASCII")), ascii);
     }
@@ -221,10 +240,10 @@ private Q_SLOTS:
     {
         QFETCH(QString, decoder);
         const Outcome outcome = mapsOf(shippedMaps, decoder);
-        QCOMPARE(outcome.status, 1);
+        QVERIFY(!outcome.error.isEmpty());
         QCOMPARE(outcome.out, QString());
-        QVERIFY(outcome.err.contains(decoder));
-        QCOMPARE(outcome.err.count(QLatin1Char('\n')), 1);
+        QVERIFY(outcome.error.contains(decoder));
+        QCOMPARE(outcome.error.count(QLatin1Char('\n')), 0);
     }
 
     void decodersAreListedWithTheirCharacterSets()
@@ -239,10 +258,7 @@ private Q_SLOTS:
                             .toLatin1());
         QString text;
         QTextStream out(&text);
-        QString error;
-        QTextStream err(&error);
-        QCOMPARE(translate::listDecoders(file, out, err), 0);
-        QCOMPARE(error, QString());
+        QCOMPARE(translate::listDecoders(file, out), QString());
         QCOMPARE(text, QStringLiteral("ASCII  RTTY\tASCII\nBaudot\tITA2\n"
                                       "Morse\tno character set\n\u00DCber\tITA2 and ASCII\n"));
     }
@@ -252,16 +268,17 @@ private Q_SLOTS:
         QString text;
         QTextStream out(&text);
         const QString readme = shippedMaps + QStringLiteral("/README.md");
-        QCOMPARE(translate::listDecoders(readme, out, out), 1);
-        QCOMPARE(text, QStringLiteral("morsehost: %1: names no decoder\n").arg(readme));
+        QCOMPARE(translate::listDecoders(readme, out),
+                 QStringLiteral("%1: names no decoder").arg(readme));
+        QCOMPARE(text, QString());
     }
 
     void aMissingFolderIsTold()
     {
         for (const Outcome& outcome :
              {alphabetsOf(QStringLiteral("/no/such")), mapsOf(QStringLiteral("/no/such"))}) {
-            QCOMPARE(outcome.status, 1);
-            QVERIFY(outcome.err.contains(QStringLiteral("/no/such")));
+            QVERIFY(!outcome.error.isEmpty());
+            QVERIFY(outcome.error.contains(QStringLiteral("/no/such")));
         }
     }
 
@@ -298,17 +315,16 @@ private Q_SLOTS:
         QVERIFY(mapsOf(folder.path()).out.contains(QStringLiteral("cannot be chosen")));
         QByteArray output;
         const Outcome outcome = run(with(folder.path(), "Greek - ITA2"), "A", output);
-        QCOMPARE(outcome.status, 1);
+        QVERIFY(!outcome.error.isEmpty());
         QCOMPARE(output, QByteArray());
-        QVERIFY(outcome.err.contains(QStringLiteral("ITA2.codec")));
+        QVERIFY(outcome.error.contains(QStringLiteral("ITA2.codec")));
     }
 
     void eightBitBecomesUtf8()
     {
         QByteArray output;
         const Outcome outcome = run(with(shippedMaps, "Russian - ITA2"), "PRIWET MIR\r\n", output);
-        QCOMPARE(outcome.err, QString());
-        QCOMPARE(outcome.status, 0);
+        QCOMPARE(outcome.error, QString());
         QCOMPARE(QString::fromUtf8(output), QStringLiteral("ПРИВЕТ МИР\r\n"));
     }
 
@@ -317,25 +333,25 @@ private Q_SLOTS:
         QByteArray output;
         const Outcome outcome =
             run(with(shippedMaps, "Russian - ITA2", "", true), "ПРИВЕТ МИР\r\n", output);
-        QCOMPARE(outcome.status, 0);
+        QCOMPARE(outcome.error, QString());
         QCOMPARE(output, QByteArray("PRIWET MIR\r\n"));
     }
 
     void withoutAMapLatin1Passes()
     {
         QByteArray output;
-        QCOMPARE(run(with(shippedMaps, "none"), allBytes(), output).status, 0);
+        QCOMPARE(run(with(shippedMaps, "none"), allBytes(), output).error, QString());
         const QByteArray bytes = allBytes();
         QCOMPARE(output, QString::fromLatin1(bytes.constData(), bytes.size()).toUtf8());
         QByteArray back;
-        QCOMPARE(run(with(shippedMaps, "none", "", true), output, back).status, 0);
+        QCOMPARE(run(with(shippedMaps, "none", "", true), output, back).error, QString());
         QCOMPARE(back, bytes);
     }
 
     void aShortNameIsEnoughWhereItIsOneFile()
     {
         QByteArray output;
-        QCOMPARE(run(with(shippedMaps, "german"), "[", output).status, 0);
+        QCOMPARE(run(with(shippedMaps, "german"), "[", output).error, QString());
         QCOMPARE(output, QByteArray("Ä"));
     }
 
@@ -346,11 +362,11 @@ private Q_SLOTS:
         writeFile(folder.filePath(QStringLiteral("Two.ascii.map")), "A\ta\n\n");
         QByteArray output;
         const Outcome outcome = run(with(folder.path(), "Two"), "A", output);
-        QCOMPARE(outcome.status, 1);
-        QVERIFY(outcome.err.contains(QStringLiteral("'Two - ASCII' or 'Two - ITA2'")));
-        QCOMPARE(run(with(folder.path(), "Two", "Baudot"), "A", output).status, 0);
+        QVERIFY(!outcome.error.isEmpty());
+        QVERIFY(outcome.error.contains(QStringLiteral("'Two - ASCII' or 'Two - ITA2'")));
+        QCOMPARE(run(with(folder.path(), "Two", "Baudot"), "A", output).error, QString());
         QCOMPARE(output, QByteArray("i"));
-        QCOMPARE(run(with(folder.path(), "Two", "ASCII RTTY"), "A", output).status, 0);
+        QCOMPARE(run(with(folder.path(), "Two", "ASCII RTTY"), "A", output).error, QString());
         QCOMPARE(output, QByteArray("a"));
     }
 
@@ -358,11 +374,10 @@ private Q_SLOTS:
     {
         QByteArray output;
         const Outcome outcome = run(with(shippedMaps, "Klingon"), "A", output);
-        QCOMPARE(outcome.status, 1);
+        QVERIFY(!outcome.error.isEmpty());
         QCOMPARE(output, QByteArray());
-        QCOMPARE(outcome.err,
-                 QStringLiteral("morsehost: %1: no map 'Klingon' (see 'morsehost maps')\n")
-                     .arg(shippedMaps));
+        QCOMPARE(outcome.error,
+                 QStringLiteral("%1: no map 'Klingon' (see 'morsehost maps')").arg(shippedMaps));
     }
 
     void whatNoByteStandsForBecomesAQuestionMark()
@@ -371,9 +386,9 @@ private Q_SLOTS:
         const Outcome outcome =
             run(with(shippedMaps, "Russian - ITA2", "", true), "МИР Ω 🆘!", output);
         QCOMPARE(output, QByteArray("MIR ? ?!"));
-        QCOMPARE(outcome.status, 1);
-        QVERIFY(outcome.err.startsWith(QStringLiteral("morsehost: 2 characters")));
-        QVERIFY(outcome.err.contains(QStringLiteral("U+03A9")));
+        QVERIFY(!outcome.error.isEmpty());
+        QVERIFY(outcome.error.startsWith(QStringLiteral("2 characters")));
+        QVERIFY(outcome.error.contains(QStringLiteral("U+03A9")));
     }
 
     void aByteThatIsNoUtf8BecomesAQuestionMark_data()
@@ -389,7 +404,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, input);
         QFETCH(QByteArray, expected);
         QByteArray output;
-        QCOMPARE(run(with(shippedMaps, "none", "", true), input, output).status, 1);
+        QVERIFY(!run(with(shippedMaps, "none", "", true), input, output).error.isEmpty());
         QCOMPARE(output, expected);
     }
 
@@ -430,12 +445,10 @@ private Q_SLOTS:
     {
         Pipe in;
         Pipe out;
-        QString errors;
-        QTextStream err(&errors);
         const FilterOptions options = with(shippedMaps, "Greek - ASCII");
-        int status = -1;
+        QString error = QStringLiteral("(not ended)");
         QScopedPointer<QThread> thread(QThread::create(
-            [&] { status = translate::runTranslate(options, in.reader(), out.writer(), err); }));
+            [&] { error = translate::runTranslate(options, in.reader(), out.writer()); }));
         thread->start();
         in.write("A");
         QCOMPARE(QString::fromUtf8(out.readSome()), QStringLiteral("Α"));
@@ -443,7 +456,7 @@ private Q_SLOTS:
         QCOMPARE(QString::fromUtf8(out.readSome()), QStringLiteral("Β"));
         in.closeWriter();
         QVERIFY(thread->wait(10000));
-        QCOMPARE(status, 0);
+        QCOMPARE(error, QString());
     }
 
     void aReaderThatGoesAwayEndsTheFilterQuietly()
@@ -453,20 +466,15 @@ private Q_SLOTS:
         in.write("A");
         in.closeWriter();
         out.closeReader();
-        QString errors;
-        QTextStream err(&errors);
-        QCOMPARE(translate::runTranslate(with(shippedMaps, "none"), in.reader(), out.writer(), err),
-                 0);
-        QCOMPARE(errors, QString());
+        QCOMPARE(translate::runTranslate(with(shippedMaps, "none"), in.reader(), out.writer()),
+                 QString());
     }
 
     void anInputThatCannotBeReadIsTold()
     {
         Pipe out;
-        QString errors;
-        QTextStream err(&errors);
-        QCOMPARE(translate::runTranslate(with(shippedMaps, "none"), -1, out.writer(), err), 1);
-        QVERIFY(errors.startsWith(QStringLiteral("morsehost: standard input: ")));
+        QVERIFY(translate::runTranslate(with(shippedMaps, "none"), -1, out.writer())
+                    .startsWith(QStringLiteral("standard input: ")));
     }
 
     void anOutputThatCannotBeWrittenIsTold()
@@ -476,11 +484,9 @@ private Q_SLOTS:
         Pipe in;
         in.write("A");
         in.closeWriter();
-        QString errors;
-        QTextStream err(&errors);
-        QCOMPARE(translate::runTranslate(with(shippedMaps, "none"), in.reader(), full, err), 1);
+        const QString error = translate::runTranslate(with(shippedMaps, "none"), in.reader(), full);
         close(full);
-        QVERIFY(errors.startsWith(QStringLiteral("morsehost: standard output: ")));
+        QVERIFY(error.startsWith(QStringLiteral("standard output: ")));
     }
 
     void descriptorsThatDoNotBlockAreWaitedFor()
@@ -501,11 +507,9 @@ private Q_SLOTS:
         }));
         feeder->start();
         taker->start();
-        QString errors;
-        QTextStream err(&errors);
-        QCOMPARE(translate::runTranslate(with(shippedMaps, "Greek - ASCII"), in.reader(),
-                                         out.writer(), err),
-                 0);
+        QCOMPARE(
+            translate::runTranslate(with(shippedMaps, "Greek - ASCII"), in.reader(), out.writer()),
+            QString());
         out.closeWriter();
         QVERIFY(feeder->wait(10000));
         QVERIFY(taker->wait(10000));

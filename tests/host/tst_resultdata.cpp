@@ -808,21 +808,68 @@ private Q_SLOTS:
         }
     }
 
-    void aHostThatKeepsNoDocumentsWritesNone()
+    void aDocumentThatIsNotKeptWritesNothing()
     {
         QTemporaryDir dir;
-        TavikResultData document;
-        keepResultDocuments(false);
-        DataBlock* const block = addTransmission(document, QStringLiteral("dropped"));
-        QVERIFY(document.SaveFile(dir.filePath("x.xml")));
-        keepResultDocuments(true);
-        QVERIFY(!QFile::exists(dir.filePath("x.xml")));
-        appendFrame(block, QStringLiteral("kept"));
-        QVERIFY(document.SaveFile(dir.filePath("x.xml")));
-        const ResultDocument saved = readFile(dir.filePath("x.xml"));
-        QCOMPARE(saved.transmissions.size(), std::size_t(1));
-        QCOMPARE(saved.transmissions[0].blocks[0].frames.size(), std::size_t(1));
-        QCOMPARE(saved.transmissions[0].blocks[0].frames[0].text, QStringLiteral("kept"));
+        const auto save = [&dir](TavikResultData& document, const char* name) {
+            addTransmission(document, QString::fromLatin1(name));
+            return document.SaveFile(dir.filePath(name));
+        };
+        TavikResultData before;
+        {
+            const ResultPolicyScope scope({false, false, {}});
+            TavikResultData dropped;
+            QVERIFY(save(dropped, "dropped.xml"));
+            QVERIFY(save(before, "before.xml"));
+        }
+        TavikResultData after;
+        QVERIFY(save(after, "after.xml"));
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files), QStringList({"after.xml", "before.xml"}));
+    }
+
+    void everySaveMakesAFileOfItsOwnWhereThatIsWanted()
+    {
+        QTemporaryDir dir;
+        const ResultPolicyScope scope({true, true, {}});
+        for (const char* text : {"first", "second", "third"}) {
+            TavikResultData document;
+            addTransmission(document, QString::fromLatin1(text));
+            QVERIFY(document.SaveFile(dir.filePath("x.xml")));
+        }
+        const auto textIn = [&dir](const char* name) {
+            const ResultDocument read = readFile(dir.filePath(name));
+            return read.transmissions.size() == 1 ? read.transmissions[0].blocks[0].frames[0].text
+                                                  : QString();
+        };
+        QCOMPARE(textIn("x.xml"), QStringLiteral("first"));
+        QCOMPARE(textIn("x_2.xml"), QStringLiteral("second"));
+        QCOMPARE(textIn("x_3.xml"), QStringLiteral("third"));
+        QCOMPARE(QDir(dir.path()).entryList(QDir::Files).size(), 3);
+    }
+
+    void whatWaitsForTheDiskAndWhatIsLostIsReported()
+    {
+        QTemporaryDir dir;
+        std::vector<std::pair<std::size_t, std::size_t>> balances;
+        {
+            const ResultPolicyScope scope({true, true, [&balances](const ResultBalance& balance) {
+                                               balances.emplace_back(balance.waiting, balance.lost);
+                                           }});
+            TavikResultData document;
+            for (int i = 0; i < 2; ++i) {
+                addTransmission(document, QStringLiteral("waits"));
+                QVERIFY(!document.SaveFile(dir.filePath("none/x.xml")));
+                document.Reset();
+            }
+            QVERIFY(QDir(dir.path()).mkdir("none"));
+            QVERIFY(document.SaveFile(dir.filePath("none/y.xml")));
+            addTransmission(document, QStringLiteral("lost"));
+            QVERIFY(!document.SaveFile(dir.filePath("never/x.xml")));
+        }
+        const std::vector<std::pair<std::size_t, std::size_t>> expected = {
+            {1, 0}, {2, 0}, {0, 0}, {1, 0}, {0, 1}};
+        QCOMPARE(balances, expected);
+        QCOMPARE(QDir(dir.filePath("none")).entryList(QDir::Files).size(), 2);
     }
 
     void onlyABareNameCountsFromTheWorkDirectory()

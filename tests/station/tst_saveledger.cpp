@@ -1,95 +1,209 @@
 // SPDX-License-Identifier: MIT
-// What counts as saved, and what as lost.
+// What counts as saved, what as lost, and what is said about it.
 #include "station/saveledger.h"
+#include "support/fewdescriptors.h"
 #include "support/writefile.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <optional>
+
 using morsehost::SaveLedger;
+using morsehost::SaveLosses;
+using morsehost::SessionFileKind;
+
+namespace {
+
+constexpr SessionFileKind CODES = SessionFileKind::Codes;
+constexpr SessionFileKind TEXT = SessionFileKind::Text;
+
+// A file as the library has it open: it grows, whatever becomes of its name.
+class GrowingFile
+{
+public:
+    GrowingFile(SaveLedger& ledger, SessionFileKind kind, const QString& path)
+        : m_file(path)
+    {
+        if (!m_file.open(QIODevice::WriteOnly))
+            qFatal("%s", qPrintable(m_file.errorString()));
+        ledger.begun(kind, path);
+    }
+
+    void grow(const QByteArray& bytes)
+    {
+        QVERIFY(m_file.write(bytes) == bytes.size() && m_file.flush());
+    }
+
+private:
+    QFile m_file;
+};
+
+} // namespace
 
 class tst_SaveLedger : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void aDocumentThatIsGoneAfterItsSaveWasSaved()
+    void init()
     {
-        SaveLedger ledger;
-        const QString path = m_dir.filePath("a.xml");
-        ledger.documentBegun(path);
-        QCOMPARE(ledger.lostDocuments(), 1LL);
-        writeFile(path, "<x/>");
-        ledger.documentsSaved();
-        QCOMPARE(ledger.lostDocuments(), 0LL);
-        QVERIFY(QFile::remove(path));
-        ledger.documentsSaved();
-        QCOMPARE(ledger.lostDocuments(), 0LL);
+        m_said.clear();
+        m_ledger.emplace(m_dir.path(), [this](const QString& message) { m_said += message; });
     }
 
-    void aDocumentMayBeWrittenByALaterSave()
+    void whatIsInTheFilesIsSaved()
     {
-        SaveLedger ledger;
-        ledger.documentBegun(m_dir.filePath("late.xml"));
-        ledger.documentsSaved();
-        ledger.documentBegun(m_dir.filePath("never.xml"));
-        QCOMPARE(ledger.lostDocuments(), 2LL);
-        writeFile(m_dir.filePath("late.xml"), "<x/>");
-        ledger.documentsSaved();
-        QCOMPARE(ledger.lostDocuments(), 1LL);
+        GrowingFile codes(*m_ledger, CODES, path("codes"));
+        GrowingFile text(*m_ledger, TEXT, path("text"));
+        for (int i = 0; i < 3; ++i) {
+            codes.grow("- "); // more than is due: a blank, a line break, an error mark
+            QVERIFY(m_ledger->isWritten(CODES, 1, 1));
+        }
+        text.grow("\xC3\x96");
+        QVERIFY(m_ledger->isWritten(TEXT, 2, 1));
+        QVERIFY(!m_ledger->losses().any());
+        QCOMPARE(m_said, QStringList());
     }
 
-    void documentsAreCountedHoweverManyAreLost()
+    void whatTheDiskTakesLaterIsSaved()
     {
-        SaveLedger ledger;
-        for (int i = 0; i < 12000; ++i)
-            ledger.documentBegun(m_dir.filePath(QStringLiteral("lost%1").arg(i)));
-        ledger.documentsSaved();
-        QCOMPARE(ledger.lostDocuments(), 12000LL);
-    }
-
-    void aCodeFileIsFoundUnderItsNewName()
-    {
-        SaveLedger ledger;
-        const QString path = m_dir.filePath("code.txt");
-        QFile code(path);
-        QVERIFY(code.open(QIODevice::WriteOnly));
-        ledger.codeFileBegun(path);
-        QVERIFY(QFile::rename(path, m_dir.filePath("moved.txt")));
+        GrowingFile codes(*m_ledger, CODES, path("full"));
         for (int i = 0; i < 3; ++i)
-            ledger.symbolReceived();
-        QVERIFY(code.write("-. ") > 0 && code.flush());
-        QCOMPARE(ledger.lostSymbols(), 1LL);
-        QVERIFY(code.write(".") > 0 && code.flush());
-        QCOMPARE(ledger.lostSymbols(), 0LL);
+            QVERIFY(m_ledger->isWritten(CODES, 1, 1));
+        QCOMPARE(m_said.size(), 1);
+        QVERIFY2(m_said.last().contains("full: the code file takes nothing more"),
+                 qPrintable(m_said.last()));
+        QCOMPARE(m_ledger->losses().symbols, 3LL);
+        codes.grow("-.-.");
+        QVERIFY(m_ledger->isWritten(CODES, 1, 1));
+        QCOMPARE(m_said.size(), 2);
+        QVERIFY2(m_said.last().contains("is written again"), qPrintable(m_said.last()));
+        QVERIFY(!m_ledger->losses().any());
     }
 
-    void aCodeFileMayGoOnceTheNextHasBegun()
+    void whatTheDiskTakesAfterTheNextFileHasBegunIsSaved()
     {
-        SaveLedger ledger;
-        writeFile(m_dir.filePath("1.txt"), "... ---");
-        writeFile(m_dir.filePath("2.txt"), ".");
-        ledger.codeFileBegun(m_dir.filePath("1.txt"));
-        for (int i = 0; i < 7; ++i)
-            ledger.symbolReceived();
-        ledger.codeFileBegun(m_dir.filePath("2.txt"));
-        QVERIFY(QFile::remove(m_dir.filePath("1.txt")));
-        QCOMPARE(ledger.lostSymbols(), 0LL);
+        GrowingFile first(*m_ledger, CODES, path("first"));
+        QVERIFY(m_ledger->isWritten(CODES, 1, 1));
+        GrowingFile second(*m_ledger, CODES, path("second"));
+        second.grow(".");
+        QVERIFY(m_ledger->isWritten(CODES, 1, 1));
+        QCOMPARE(m_ledger->losses().symbols, 1LL);
+        first.grow("-");
+        QVERIFY(!m_ledger->losses().any());
     }
 
-    void whatIsWrittenToADeletedFileIsLost()
+    void aPartOfWhatIsDueIsNotAllOfIt()
     {
-        SaveLedger ledger;
-        const QString path = m_dir.filePath("deleted.txt");
-        writeFile(path, ".");
-        ledger.codeFileBegun(path);
-        ledger.symbolReceived();
-        QVERIFY(QFile::remove(path));
-        QCOMPARE(ledger.lostSymbols(), 1LL);
+        GrowingFile text(*m_ledger, TEXT, path("part"));
+        text.grow("a");
+        QVERIFY(m_ledger->isWritten(TEXT, 5, 5));
+        QCOMPARE(m_ledger->losses().characters, 5LL);
+    }
+
+    void aFileIsFoundUnderItsNewName()
+    {
+        GrowingFile codes(*m_ledger, CODES, path("before"));
+        QVERIFY(QFile::rename(path("before"), path("after")));
+        codes.grow("-");
+        QVERIFY(m_ledger->isWritten(CODES, 1, 1));
+        QVERIFY(!m_ledger->losses().any());
+    }
+
+    void aFileMayGoOnceTheNextHasBegun()
+    {
+        GrowingFile first(*m_ledger, CODES, path("1"));
+        first.grow("-");
+        QVERIFY(m_ledger->isWritten(CODES, 1, 1));
+        GrowingFile second(*m_ledger, CODES, path("2"));
+        QVERIFY(QFile::remove(path("1")));
+        second.grow("-");
+        QVERIFY(m_ledger->isWritten(CODES, 1, 1));
+        QVERIFY(!m_ledger->losses().any());
+    }
+
+    void whatGoesIntoADeletedFileIsLost_data()
+    {
+        QTest::addColumn<int>("kind");
+        QTest::newRow("code file") << static_cast<int>(CODES);
+        QTest::newRow("text file") << static_cast<int>(TEXT);
+    }
+
+    void whatGoesIntoADeletedFileIsLost()
+    {
+        QFETCH(int, kind);
+        const auto of = static_cast<SessionFileKind>(kind);
+        GrowingFile file(*m_ledger, of, path("deleted"));
+        file.grow("-");
+        QVERIFY(m_ledger->isWritten(of, 1, 1));
+        QVERIFY(QFile::remove(path("deleted")));
+        file.grow("-");
+        QVERIFY(!m_ledger->isWritten(of, 1, 1));
+        QVERIFY(m_said.value(0).contains("was deleted while it was written"));
+        GrowingFile next(*m_ledger, of, path("next"));
+        next.grow("-");
+        QVERIFY(m_ledger->isWritten(of, 1, 1));
+        QCOMPARE(m_said.size(), 2);
+        const SaveLosses lost = m_ledger->losses();
+        QCOMPARE(of == CODES ? lost.symbols : lost.characters, 1LL);
+    }
+
+    void whatNoFileTakesIsLost()
+    {
+        QVERIFY(m_ledger->isWritten(TEXT, 1, 1));
+        QVERIFY(m_ledger->isWritten(TEXT, 1, 1));
+        QCOMPARE(m_said.size(), 1);
+        QVERIFY2(m_said.last().contains("the text file cannot be created"),
+                 qPrintable(m_said.last()));
+        QCOMPARE(m_ledger->losses().characters, 2LL);
+    }
+
+    void filesAreWatchedWithoutADescriptor()
+    {
+        QFile file(path("few"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        {
+            const FewDescriptors limit(0);
+            m_ledger->begun(CODES, path("few"));
+        }
+        QVERIFY(file.write("-") == 1 && file.flush());
+        QVERIFY(m_ledger->isWritten(CODES, 1, 1));
+        QVERIFY(!m_ledger->losses().any());
+        QVERIFY(file.remove());
+        QVERIFY(!m_ledger->isWritten(CODES, 1, 1));
+        QCOMPARE(m_ledger->losses().symbols, 1LL);
+    }
+
+    void aDiskThatStaysFullIsCountedOverManyFiles()
+    {
+        for (int i = 0; i < 100; ++i) {
+            GrowingFile file(*m_ledger, CODES, path("many"));
+            QVERIFY(m_ledger->isWritten(CODES, 1, 1));
+        }
+        QCOMPARE(m_ledger->losses().symbols, 100LL);
+        QCOMPARE(m_said.size(), 1);
+    }
+
+    void documentsThatWaitAreSaidOnceAndOnceMoreWhenTheyAreWritten()
+    {
+        m_ledger->documents(1, 0);
+        m_ledger->documents(2, 0);
+        QCOMPARE(m_ledger->losses().documents, 2LL);
+        QCOMPARE(m_said.size(), 1);
+        m_ledger->documents(0, 0);
+        QCOMPARE(m_said.size(), 2);
+        QVERIFY(!m_ledger->losses().any());
+        m_ledger->documents(0, 3);
+        QCOMPARE(m_ledger->losses().documents, 3LL);
     }
 
 private:
+    QString path(const char* name) const { return m_dir.filePath(QString::fromLatin1(name)); }
+
     QTemporaryDir m_dir;
+    QStringList m_said;
+    std::optional<SaveLedger> m_ledger;
 };
 
 QTEST_GUILESS_MAIN(tst_SaveLedger)

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+// Tuner and demodulator as the result document's settings describe them.
+#pragma once
+
+#include "signal/morse/demodulator.h"
+#include "station/transmission.h"
+
+#include <QString>
+
+namespace morsehost {
+
+/// XML: the frequency, the rate, and tone and speed that were asked for; tone, speed and signal to
+/// noise ratio as found where the transmission has them.
+QString receiverSettings(const demodulator::Settings& demodulator,
+                         const Transmission& transmission);
+
+} // namespace morsehost

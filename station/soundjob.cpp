@@ -1,0 +1,174 @@
+// SPDX-License-Identifier: MIT
+#include "station/soundjob.h"
+
+#include "station/io/interrupt.h"
+
+#include <QDateTime>
+
+#include <utility>
+#include <vector>
+
+namespace morsehost {
+
+namespace {
+
+// Text appears with every piece, so a piece is a small part of a character.
+constexpr std::size_t PIECE_SAMPLES = 512;
+
+// Some hours of keying.
+constexpr std::size_t MAX_EVENTS = std::size_t(1) << 18;
+
+} // namespace
+
+class SoundJob::Collector : public demodulator::SymbolSink
+{
+public:
+    explicit Collector(SoundJob& job)
+        : m_job(job)
+    {
+    }
+
+    void transmissionStarted(std::int64_t time_us) override
+    {
+        m_job.add({Kind::Started, 0, time_us, {}});
+    }
+    void symbol(int code, std::int64_t time_us) override
+    {
+        m_job.add({Kind::Symbol, code, time_us, {}});
+    }
+    void transmissionStopped(std::int64_t time_us, const demodulator::SignalReport& report) override
+    {
+        m_job.add({Kind::Stopped, 0, time_us, report});
+    }
+
+private:
+    SoundJob& m_job;
+};
+
+SoundJob::SoundJob(SoundRequest request, SoundBell& bell)
+    : m_request(std::move(request))
+    , m_bell(bell)
+    , m_thread([this] { run(); })
+{
+}
+
+SoundJob::~SoundJob()
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_bell.mutex);
+        m_isStopped = true;
+    }
+    m_bell.rung.notify_all();
+    m_thread.join();
+}
+
+void SoundJob::run()
+{
+    const OpenedSource opened = openSound(m_request);
+    if (opened.source)
+        hear(*opened.source);
+    else
+        publish({opened.error, m_request.demodulator, {}, 0});
+    {
+        const std::lock_guard<std::mutex> lock(m_bell.mutex);
+        m_isDone = true;
+        m_error = opened.source ? opened.source->error() : opened.error;
+    }
+    m_bell.rung.notify_all();
+}
+
+void SoundJob::hear(SampleSource& source)
+{
+    Collector collector(*this);
+    demodulator::Demodulator demodulator(m_request.demodulator, collector);
+    std::vector<float> samples(PIECE_SAMPLES);
+    const std::optional<long long> all = source.frameCount();
+    long long done = 0;
+    bool isFirst = true;
+    while (!m_isStopped && !isInterrupted()) {
+        const std::size_t count = source.read(samples.data(), samples.size());
+        if (std::exchange(isFirst, false))
+            publish({{},
+                     m_request.demodulator,
+                     source.recorded_us(),
+                     static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) * 1000});
+        if (count == 0)
+            break;
+        demodulator.push(samples.data(), count);
+        done += static_cast<long long>(count);
+        if (all)
+            m_progress = static_cast<double>(done) / static_cast<double>(*all);
+    }
+    if (isFirst)
+        publish({{}, m_request.demodulator, source.recorded_us(), 0});
+    demodulator.finish();
+}
+
+void SoundJob::publish(const SoundFacts& facts)
+{
+    {
+        const std::lock_guard<std::mutex> lock(m_bell.mutex);
+        m_facts = facts;
+    }
+    m_bell.rung.notify_all();
+}
+
+void SoundJob::add(const Event& event)
+{
+    {
+        std::unique_lock<std::mutex> lock(m_bell.mutex);
+        m_bell.rung.wait(lock, [this] { return m_events.size() < MAX_EVENTS || m_isStopped; });
+        m_events.push_back(event);
+    }
+    m_bell.rung.notify_all();
+}
+
+const SoundFacts* SoundJob::facts() const
+{
+    const std::lock_guard<std::mutex> lock(m_bell.mutex);
+    return m_facts ? &*m_facts : nullptr;
+}
+
+bool SoundJob::deliver(demodulator::SymbolSink& sink)
+{
+    std::deque<Event> events;
+    {
+        const std::lock_guard<std::mutex> lock(m_bell.mutex);
+        events.swap(m_events);
+    }
+    m_bell.rung.notify_all();
+    for (const Event& event : events) {
+        switch (event.kind) {
+        case Kind::Started:
+            sink.transmissionStarted(event.time_us);
+            break;
+        case Kind::Symbol:
+            sink.symbol(event.code, event.time_us);
+            break;
+        case Kind::Stopped:
+            sink.transmissionStopped(event.time_us, event.report);
+            break;
+        }
+    }
+    return !events.empty();
+}
+
+bool SoundJob::isDone() const
+{
+    const std::lock_guard<std::mutex> lock(m_bell.mutex);
+    return m_isDone;
+}
+
+bool SoundJob::isOver() const
+{
+    const std::lock_guard<std::mutex> lock(m_bell.mutex);
+    return m_isDone && m_events.empty();
+}
+
+std::optional<double> SoundJob::progress() const
+{
+    const double progress = m_progress;
+    return progress < 0 ? std::nullopt : std::optional<double>(progress);
+}
+
+} // namespace morsehost

@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: MIT
+// Demodulates a sound on a thread of its own, so that several are heard at once while one after the
+// other is decoded.
+#pragma once
+
+#include "signal/morse/symbolsink.h"
+#include "station/audio/sound.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+namespace morsehost {
+
+/// Wakes whoever waits for any of several jobs.
+struct SoundBell
+{
+    std::mutex mutex;
+    std::condition_variable rung;
+};
+
+/// What is known once the first samples are there.
+struct SoundFacts
+{
+    QString error; ///< why there is no sound; empty when there is
+    demodulator::Settings demodulator;
+    std::optional<unsigned long long> recorded_us; ///< as the recording says; UTC
+    unsigned long long arrived_us = 0; ///< the clock when the first sample was there; UTC
+};
+
+class SoundJob
+{
+public:
+    /// Begins at once. The bell outlives the job.
+    SoundJob(SoundRequest request, SoundBell& bell);
+    /// Stops it where it is.
+    ~SoundJob();
+    SoundJob(const SoundJob&) = delete;
+    SoundJob& operator=(const SoundJob&) = delete;
+
+    /// Null until the first samples are there, or are known not to come.
+    const SoundFacts* facts() const;
+    /// Hands on what has been heard since the last call; to be called from one thread, again and
+    /// again, since a job waits when much has not been fetched. False when there was nothing.
+    bool deliver(demodulator::SymbolSink& sink);
+    /// All has been heard; there may still be something to deliver.
+    bool isDone() const;
+    /// Done, and all is delivered.
+    bool isOver() const;
+    /// Over: what ended the sound before its end; empty when nothing did.
+    const QString& error() const { return m_error; }
+    /// From 0 to 1; none for a pipe.
+    std::optional<double> progress() const;
+
+private:
+    enum class Kind : std::uint8_t { Started, Symbol, Stopped };
+    struct Event
+    {
+        Kind kind;
+        int code;
+        std::int64_t time_us;
+        demodulator::SignalReport report; ///< of what has stopped
+    };
+    class Collector;
+
+    void run();
+    void hear(SampleSource& source);
+    void publish(const SoundFacts& facts);
+    void add(const Event& event);
+
+    SoundRequest m_request;
+    SoundBell& m_bell;
+    std::atomic<bool> m_isStopped{false};
+    std::atomic<double> m_progress{-1.0};
+    // Behind the bell's mutex.
+    std::optional<SoundFacts> m_facts;
+    std::deque<Event> m_events;
+    bool m_isDone = false;
+    QString m_error;
+    std::thread m_thread; ///< last: it uses all of the above
+};
+
+} // namespace morsehost
