@@ -4,11 +4,12 @@
 #include "tables/codecfile.h"
 #include "tables/mapfile.h"
 #include "tables/regularfile.h"
+#include "tables/tableformat.h"
 
 CharacterMap readCharacterMap(const QString& path)
 {
-    const bool isMapFile = path.endsWith(QLatin1String(".map"));
-    const bool isCodecFile = path.endsWith(QLatin1String(".codec"));
+    const bool isMapFile = isReadAs(path, TableKind::Map);
+    const bool isCodecFile = isReadAs(path, TableKind::Codec);
     QFile file(path);
     if (!(isMapFile || isCodecFile) || !openRegularFile(file))
         return {};

@@ -4,38 +4,18 @@
 #include "charmap/decodercharsets.h"
 #include "tables/charactertable.h"
 #include "tables/codecfile.h"
+#include "tables/displayname.h"
 #include "tables/hostpath.h"
 #include "tables/mapfile.h"
 #include "tables/regularfile.h"
+#include "tables/tableformat.h"
 
+#include <algorithm>
 #include <optional>
 
 namespace {
 
-const QString NAME_SEPARATOR = QStringLiteral(" - ");
-const QString CODEC_SUFFIX = QStringLiteral(".codec");
-const QString MAP_SUFFIX = QStringLiteral(".map");
-const QString ITA2_MAP_SUFFIX = QStringLiteral(".ita2.map");
-const QString ASCII_MAP_SUFFIX = QStringLiteral(".ascii.map");
 const QString EVERY_DECODER = QStringLiteral("All");
-
-/// None for a file that is neither a codec file nor a map file.
-eBASE_CHARSET charsetOfFile(const QString& file)
-{
-    const auto endsWith = [&](const QString& suffix) {
-        return file.endsWith(suffix, Qt::CaseInsensitive);
-    };
-    if (endsWith(CODEC_SUFFIX) || endsWith(ITA2_MAP_SUFFIX))
-        return eCHARSET_ITA2;
-    if (endsWith(ASCII_MAP_SUFFIX))
-        return eCHARSET_ASCII;
-    return eCHARSET_NONE;
-}
-
-QString fullName(const QString& base, eBASE_CHARSET charset)
-{
-    return base + NAME_SEPARATOR + baseCharsetName(charset);
-}
 
 QStringList sortedBehindNone(QStringList names)
 {
@@ -46,12 +26,13 @@ QStringList sortedBehindNone(QStringList names)
 }
 
 /// Nothing when there is no such file.
-std::optional<QByteArray> contentOf(const QDir& folder, const QString& name)
+std::optional<CharacterTable> load(const QDir& folder, const QString& name,
+                                   CharacterTable (*read)(const QByteArray&))
 {
-    QFile file(QDir(localPath(folder.path())).filePath(findIgnoringCase(folder, name)));
+    QFile file(localFolder(folder).filePath(findIgnoringCase(folder, name)));
     if (!openRegularFile(file))
         return std::nullopt;
-    return file.readAll();
+    return read(file.readAll());
 }
 
 } // namespace
@@ -73,12 +54,11 @@ void CodecHandler::SetAlphabetsDir(const QString& dir)
 {
     m_charsetFiles.clear();
     m_alphabetsDir.setPath(dir);
-    const QDir folder(localPath(dir));
-    const QStringList files = folder.entryList(QDir::Files, QDir::Name);
+    const QStringList files = filesIn(m_alphabetsDir);
     for (const QString& file : files) {
-        const eBASE_CHARSET charset = charsetOfFile(file);
-        if (charset != eCHARSET_NONE)
-            m_charsetFiles[charset] += file;
+        const TableFormat* const format = formatOfFile(file);
+        if (format && format->charset != eCHARSET_NONE)
+            m_charsetFiles[format->charset] += file;
     }
 }
 
@@ -87,12 +67,11 @@ bool CodecHandler::SetAlphabet(const QString& name)
     m_alphabet = name;
     m_textDirectionRTL = false;
     m_charMap.clear();
-    const QString& none = baseCharsetName(eCHARSET_NONE);
-    if (m_alphabet.compare(none, Qt::CaseInsensitive) == 0) {
-        m_alphabet = none;
+    if (isNoAlphabet(m_alphabet)) {
+        m_alphabet = baseCharsetName(eCHARSET_NONE);
         return true;
     }
-    if (!m_alphabet.contains(NAME_SEPARATOR)) {
+    if (!m_alphabet.contains(nameSeparator())) {
         const eBASE_CHARSET charset = m_decoderCharsets.value(m_decoder, eCHARSET_NONE);
         if (charset == eCHARSET_BOTH)
             m_alphabet = fullName(m_alphabet, eCHARSET_ASCII);
@@ -100,11 +79,9 @@ bool CodecHandler::SetAlphabet(const QString& name)
             m_alphabet = fullName(m_alphabet, charset);
     }
     const QString file = codecNameToFile(m_alphabet);
-    if (file.endsWith(MAP_SUFFIX))
+    if (isReadAs(file, TableKind::Map))
         return readMapFile(file);
-    if (file.endsWith(CODEC_SUFFIX))
-        return readCodecFile(file);
-    return false;
+    return isReadAs(file, TableKind::Codec) && readCodecFile(file);
 }
 
 void CodecHandler::SetDecoder(const QString& decoder)
@@ -151,7 +128,7 @@ QStringList CodecHandler::allCodecs()
     QStringList names;
     for (const QStringList& files : qAsConst(m_charsetFiles)) {
         for (const QString& file : files)
-            names += fileToCodecName(file).section(NAME_SEPARATOR, 0, 0);
+            names += fileToCodecName(file).section(nameSeparator(), 0, 0);
     }
     return sortedBehindNone(names);
 }
@@ -172,47 +149,37 @@ QStringList CodecHandler::possibleCodecsForDecoder(const QString& decoder)
 
 QString CodecHandler::codecNameToFile(const QString& name)
 {
-    if (!name.contains(NAME_SEPARATOR))
-        return {};
-    const QString base = name.section(NAME_SEPARATOR, 0, 0);
-    const QString charset = name.section(NAME_SEPARATOR, 1, 1);
-    QString mapFile = base + QLatin1Char('.') + charset + MAP_SUFFIX;
-    if (!findIgnoringCase(m_alphabetsDir, mapFile).isEmpty())
-        return mapFile;
-    // Of the codec files only this one can be loaded by its name.
-    QString codecFile = base + CODEC_SUFFIX;
-    if (base == baseCharsetName(eCHARSET_ITA2) &&
-        !findIgnoringCase(m_alphabetsDir, codecFile).isEmpty())
-        return codecFile;
-    return {};
+    const QStringList files = filesOfFullName(name);
+    const auto found = std::find_if(files.begin(), files.end(), [this](const QString& file) {
+        return !findIgnoringCase(m_alphabetsDir, file).isEmpty();
+    });
+    return found == files.end() ? QString() : *found;
 }
 
 QString CodecHandler::fileToCodecName(const QString& file)
 {
-    const eBASE_CHARSET charset = charsetOfFile(file);
-    if (charset == eCHARSET_NONE)
+    const TableFormat* const format = formatOfFile(file);
+    if (!format || format->charset == eCHARSET_NONE)
         return {};
-    return fullName(file.section(QLatin1Char('.'), 0, 0), charset);
+    return fullName(baseNameOf(file), format->charset);
 }
 
 bool CodecHandler::readCodecFile(const QString& file)
 {
-    const std::optional<QByteArray> content = contentOf(m_alphabetsDir, file);
-    if (!content)
+    const std::optional<CharacterTable> table = load(m_alphabetsDir, file, ::readCodecFile);
+    if (!table)
         return false;
-    const CharacterTable table = ::readCodecFile(*content);
-    m_charMap = table.characters;
-    m_textDirectionRTL = table.rightToLeft;
+    m_charMap = table->characters;
+    m_textDirectionRTL = table->rightToLeft;
     return true;
 }
 
 bool CodecHandler::readMapFile(const QString& file)
 {
-    const std::optional<QByteArray> content = contentOf(m_alphabetsDir, file);
-    if (!content)
+    const std::optional<CharacterTable> table = load(m_alphabetsDir, file, ::readMapFile);
+    if (!table)
         return false;
-    const CharacterTable table = ::readMapFile(*content);
-    m_charMap = table.characters;
-    m_textDirectionRTL = table.rightToLeft;
+    m_charMap = table->characters;
+    m_textDirectionRTL = table->rightToLeft;
     return true;
 }

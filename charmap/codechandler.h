@@ -19,8 +19,14 @@
 class MORSEHANDLER_EXPORT CodecHandler : public IAlphabetHandler
 {
 public:
-    /// The same type under the name that it also has here.
+    ///@{
+    /// The global type and its values, under the names that they also have as members.
     using eBASE_CHARSET = ::eBASE_CHARSET;
+    static constexpr eBASE_CHARSET eCHARSET_NONE = ::eCHARSET_NONE;
+    static constexpr eBASE_CHARSET eCHARSET_ITA2 = ::eCHARSET_ITA2;
+    static constexpr eBASE_CHARSET eCHARSET_ASCII = ::eCHARSET_ASCII;
+    static constexpr eBASE_CHARSET eCHARSET_BOTH = ::eCHARSET_BOTH;
+    ///@}
 
     /// No folder, the alphabet "None". Reads the decoder modules file; without one every decoder
     /// has no base character set.
@@ -31,7 +37,8 @@ public:
     CodecHandler& operator=(const CodecHandler& other);
     ~CodecHandler() override;
 
-    /// Lists the files of the folder; the current table stays.
+    /// Lists the files of the folder, hidden ones left out; the current table stays. The empty path
+    /// lists nothing.
     void SetAlphabetsDir(const QString& dir) override;
     /// Loads the alphabet of that name; a short name is completed with the base character set of
     /// the decoder, with ASCII where it has both. "None", in any letter case, is no alphabet.

@@ -3,35 +3,15 @@
 // No API: used inside the library only.
 #pragma once
 
+#include "tables/decodermodulesfile.h"
+
 #include <QString>
 
-#include <array>
 #include <vector>
 
 namespace Quillon {
 
-/// One line of the file.
-struct DecoderModule
-{
-    qint32 id = 0;
-    double number = 0;
-    char type = 0;
-    /// In an order of their own; ask for them by column.
-    std::array<bool, 26> flags{};
-    /// Base character set: "I" ITA2, "A" ASCII, "B" both, anything else none.
-    char charset = 'N';
-    QString name;
-
-    /// The flag of a column of the file, 4 to 29.
-    bool ColumnFlag(int column) const;
-    void SetColumnFlag(int column, bool flag);
-};
-
 /// The decoder modules of the process, sorted by name whatever its letter case.
-///
-/// The file is Latin-1, one module a line, its columns separated by white space: an id, a number
-/// and a letter, 26 flags, the letter of the base character set, and the name up to the end of the
-/// line. Lines that hold no such sequence anywhere are skipped.
 ///
 /// All operations may be called from any thread, but for the flag 0.
 class DecoderModulesCenter
@@ -68,8 +48,8 @@ public:
     void GetNumbers(const QString& family, const QString& mode, std::vector<double>& numbers,
                     bool reread);
 
-    // The same by the name of a mode alone. Of those only PSK31 has a column that is known here;
-    // every other name finds nothing.
+    // The same by the name of a mode alone. Only PSK31 is known by its name; every other one finds
+    // nothing.
     void GetNames(const QString& mode, QString& names, bool reread);
     void GetModules(const QString& mode, std::vector<DecoderModule>& modules, bool reread);
     void GetNumbers(const QString& mode, std::vector<double>& numbers, bool reread);
@@ -77,7 +57,7 @@ public:
     /// The family of a mode: "ASCII", "PSK31_BPSK" or "NONE".
     void GetFamily(const QString& mode, QString& family, bool reread);
 
-    // A switch that means nothing here.
+    // A switch without effect.
     void SetFlag0(bool flag);
     bool GetFlag0() const;
 
@@ -90,9 +70,5 @@ private:
     std::vector<DecoderModule> m_modules;
     bool m_flag0 = false;
 };
-
-/// Whether a line of the file holds a module somewhere, as QRegExp finds
-/// "\d+\s+\d+\s+\w(\s+\d){26}\s+\w\s+\w+", but in a single pass whatever the line holds.
-bool holdsDecoderModule(const QString& line);
 
 } // namespace Quillon

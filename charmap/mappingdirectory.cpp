@@ -11,6 +11,7 @@
 #include "tables/charactertable.h"
 #include "tables/displayname.h"
 #include "tables/hostpath.h"
+#include "tables/tableformat.h"
 
 #include <QDir>
 #include <QVector>
@@ -67,24 +68,16 @@ MappingDirectory::MappingDirectory(const QString& directory)
     : m_outputStream(&m_outputFile)
     , m_own(std::make_unique<Own>())
 {
-    struct Scan
-    {
-        QString pattern;
-        eBASE_CHARSET charset;
-    };
-    // A later map replaces an earlier one of its name.
-    const Scan scans[] = {
-        {QStringLiteral("*.codec"), eCHARSET_ITA2},
-        {QStringLiteral("*.ita2.map"), eCHARSET_ITA2},
-        {QStringLiteral("*.ascii.map"), eCHARSET_ASCII},
-    };
     const QDir folder(localPath(directory));
-    for (const Scan& scan : scans) {
-        const QStringList entries = folder.entryList({scan.pattern}, QDir::Files, QDir::Name);
+    for (const TableFormat& format : TABLE_FORMATS) {
+        if (format.charset == eCHARSET_NONE)
+            continue;
+        const QStringList entries =
+            folder.entryList({QLatin1Char('*') + format.suffix}, QDir::Files, QDir::Name);
         for (const QString& entry : entries) {
             const CharacterMap map = readCharacterMap(folder.absoluteFilePath(entry));
             if (map.loaded)
-                m_maps[scan.charset].insert(entry.section(QLatin1Char('.'), 0, 0), map);
+                m_maps[format.charset].insert(baseNameOf(entry), map);
         }
     }
     initBaseCharsetMap();

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // A decoder modules file: the input is the file.
-#include "charmap/decodermodulescenter.h"
-#include "fuzz/fuzzing.h"
+#include "fuzz/tablechecks.h"
+#include "tables/decodermodulesfile.h"
 
 #include <QRegExp>
 
@@ -10,16 +10,8 @@
 
 using fuzzing::require;
 using Quillon::DecoderModule;
-using Quillon::DecoderModulesCenter;
 
 namespace {
-
-std::vector<DecoderModule> modulesOf(DecoderModulesCenter& center)
-{
-    std::vector<DecoderModule> modules;
-    center.GetModules(modules, false);
-    return modules;
-}
 
 bool isSame(const DecoderModule& a, const DecoderModule& b)
 {
@@ -62,43 +54,28 @@ bool canBeWritten(const DecoderModule& module)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    static const fuzzing::Folder folder;
     const QByteArray bytes = fuzzing::bytesOf(data, size);
-
-    DecoderModulesCenter center(folder.write("input", bytes));
-    const std::vector<DecoderModule> modules = modulesOf(center);
-    require(modules.size() == countModules(bytes), "every line that holds a module is one");
+    const std::vector<DecoderModule> modules = Quillon::readDecoderModulesFile(bytes);
     for (std::size_t i = 1; i < modules.size(); ++i)
         require(modules[i - 1].name.compare(modules[i].name, Qt::CaseInsensitive) <= 0,
                 "modules are sorted by name");
+    if (!fuzzing::isChecked(data, size))
+        return 0;
+
+    require(modules.size() == countModules(bytes), "every line that holds a module is one");
     bool isPlain = true;
     for (const DecoderModule& module : modules) {
         require(module.name == module.name.trimmed(), "names have no blanks around them");
         isPlain = isPlain && canBeWritten(module);
     }
-
-    require(center.WriteModulesFile(folder.filePath("written")), "a file can be written");
-    DecoderModulesCenter written(folder.filePath("written"));
-    const std::vector<DecoderModule> again = modulesOf(written);
+    const std::vector<DecoderModule> again =
+        Quillon::readDecoderModulesFile(Quillon::decoderModulesFileOf(modules));
     require(again.size() <= modules.size(), "one line is written for each");
     if (isPlain)
         require(std::equal(modules.begin(), modules.end(), again.begin(), again.end(), isSame),
                 "what is written reads back the same");
-
-    QString names;
-    std::vector<double> numbers;
-    std::vector<DecoderModule> found;
-    for (const char* mode : {"FSK2", "MSK", "PSK8", "McPSK2", "any"}) {
-        for (const char* family : {"FSK", "PSK", "McPSK", "PSK31"}) {
-            names.clear();
-            numbers.clear();
-            found.clear();
-            center.GetNames(family, mode, names, false);
-            center.GetNumbers(family, mode, numbers, false);
-            center.GetModules(family, mode, found, false);
-            require(numbers.size() == found.size() && found.size() <= modules.size(),
-                    "all queries find the same modules");
-        }
-    }
+    const lint::Report report = fuzzing::requireReport(TableKind::DecoderModules, bytes);
+    require(report.entryCount == static_cast<int>(modules.size()),
+            "the check reads what a reader reads that nobody asks for faults");
     return 0;
 }

@@ -134,7 +134,7 @@ bool MorseTranslator::isTextDirectionRTL() const
 
 void MorseTranslator::ReadAlphabetMapFromFile(QFile* file)
 {
-    const MorseAlphabet alphabet = readAlphabetFile(*file);
+    const MorseAlphabet alphabet = readAlphabetFile(file->readAll());
     m_alphabetMap = alphabet.codes;
     m_textDirectionRTL = alphabet.rightToLeft;
 }

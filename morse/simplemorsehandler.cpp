@@ -4,8 +4,11 @@
 #include "morse/codeindex.h"
 #include "morse/cutzero.h"
 #include "tables/alphabetfile.h"
+#include "tables/basecharset.h"
+#include "tables/displayname.h"
 #include "tables/hostpath.h"
 #include "tables/regularfile.h"
+#include "tables/tableformat.h"
 
 namespace {
 
@@ -16,13 +19,16 @@ constexpr QLatin1Char NEW_CHAR_CHARACTER(' ');
 constexpr QLatin1Char NEW_WORD_CHARACTER('\t');
 constexpr QLatin1Char NEW_LINE_CHARACTER('\n');
 
-const QString NO_ALPHABET = QStringLiteral("None");
-const QString ALPHABET_SUFFIX = QStringLiteral(".mal");
-
 bool isGap(QChar symbol)
 {
     return symbol == NEW_CHAR_CHARACTER || symbol == NEW_WORD_CHARACTER ||
            symbol == NEW_LINE_CHARACTER;
+}
+
+bool isAlphabetFile(const QString& fileName)
+{
+    const TableFormat* const format = formatOfFile(fileName);
+    return format && format->kind == TableKind::Alphabet;
 }
 
 } // namespace
@@ -72,7 +78,7 @@ QString SimpleMorseHandler::ConvertSymbols(QVector<MorseSymbolCode> symbols)
 
 SimpleMorseHandler::SimpleMorseHandler()
     : m_alphabetsDir(QString())
-    , m_alphabet(NO_ALPHABET)
+    , m_alphabet(baseCharsetName(eCHARSET_NONE))
 {
 }
 
@@ -93,8 +99,8 @@ bool SimpleMorseHandler::SetAlphabet(const QString& name)
     m_textDirectionRTL = false;
     m_morseMap.clear();
     ResetInternalState();
-    if (m_alphabet.compare(NO_ALPHABET, Qt::CaseInsensitive) == 0) {
-        m_alphabet = NO_ALPHABET;
+    if (isNoAlphabet(m_alphabet)) {
+        m_alphabet = baseCharsetName(eCHARSET_NONE);
         return true;
     }
     return readMalFile(codecNameToFile(m_alphabet));
@@ -109,11 +115,11 @@ QString SimpleMorseHandler::Alphabet()
 
 QStringList SimpleMorseHandler::AvailableAlphabets()
 {
-    QStringList names{NO_ALPHABET};
-    const QDir folder(localPath(m_alphabetsDir.path()));
-    const QStringList files = folder.entryList(QDir::Files, QDir::Name | QDir::IgnoreCase);
-    for (const QString& file : files) {
-        if (file.endsWith(ALPHABET_SUFFIX, Qt::CaseInsensitive))
+    QStringList names{baseCharsetName(eCHARSET_NONE)};
+    QStringList files = filesIn(m_alphabetsDir);
+    sortIgnoringCase(files);
+    for (const QString& file : qAsConst(files)) {
+        if (isAlphabetFile(file))
             names += fileToCodecName(file);
     }
     return names;
@@ -200,24 +206,22 @@ QString SimpleMorseHandler::ConvertOneChar(const QString& code)
 
 QString SimpleMorseHandler::codecNameToFile(const QString& name)
 {
-    const QString file = name + ALPHABET_SUFFIX;
-    return findIgnoringCase(m_alphabetsDir, file).isEmpty() ? NO_ALPHABET : file;
+    const QString file = name + ALPHABET_ENDING;
+    return findIgnoringCase(m_alphabetsDir, file).isEmpty() ? baseCharsetName(eCHARSET_NONE) : file;
 }
 
 QString SimpleMorseHandler::fileToCodecName(const QString& fileName)
 {
-    if (!fileName.endsWith(ALPHABET_SUFFIX, Qt::CaseInsensitive))
-        return NO_ALPHABET;
-    return fileName.section(QLatin1Char('.'), 0, 0);
+    return isAlphabetFile(fileName) ? baseNameOf(fileName) : baseCharsetName(eCHARSET_NONE);
 }
 
 bool SimpleMorseHandler::readMalFile(const QString& fileName)
 {
     const QString found = findIgnoringCase(m_alphabetsDir, fileName);
-    QFile file(QDir(localPath(m_alphabetsDir.path())).filePath(found));
+    QFile file(localFolder(m_alphabetsDir).filePath(found));
     if (found.isEmpty() || !openRegularFile(file))
         return false;
-    const MorseAlphabet alphabet = readAlphabetFile(file);
+    const MorseAlphabet alphabet = readAlphabetFile(file.readAll());
     m_morseMap = alphabet.codes;
     m_textDirectionRTL = alphabet.rightToLeft;
     return true;

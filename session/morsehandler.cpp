@@ -9,6 +9,7 @@
 #include "morse/symbolcodes.h"
 #include "session/sessionfile.h"
 #include "session/tavikresultdatahandler.h"
+#include "tables/tableformat.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -368,7 +369,7 @@ QString MorseHandler::BuildAlphabetPath()
     // A name is no path: it does not lead out of the directory.
     if (!alphabet || name.contains(QLatin1Char('/')) || name.contains(QLatin1Char('\\')))
         return {};
-    return m_strAlphabetDirectory + name + QStringLiteral(".mal");
+    return m_strAlphabetDirectory + name + ALPHABET_ENDING;
 }
 
 ValueSelection* MorseHandler::GetMorseAlphabet()

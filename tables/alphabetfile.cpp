@@ -2,8 +2,7 @@
 #include "tables/alphabetfile.h"
 
 #include "tables/headerline.h"
-
-#include <QTextStream>
+#include "tables/tabletext.h"
 
 namespace {
 
@@ -27,39 +26,60 @@ constexpr Entry DEFAULT_ALPHABET[] = {
     {"$", "...-..-"}, {"WARNING", ".-..-"}, {"ERROR", "........"},
 };
 
-void storeEntry(const QString& line, QMap<QString, QString>& codes)
+/// The line that `text` stands at.
+void storeEntry(const TableText& text, MorseAlphabet& alphabet, Faults& faults)
 {
-    const int keyEnd = line.indexOf(QLatin1Char('\t'));
-    if (keyEnd == 0 || line.isEmpty())
+    const QStringView line = text.Line();
+    if (line.isEmpty())
         return;
-    if (keyEnd < 0) {
-        codes.insert(line, QString());
+    const int number = text.Number();
+    const qsizetype keyEnd = line.indexOf(QLatin1Char('\t'));
+    if (keyEnd == 0) {
+        faults.Error(number, "no key before the tab: the line is skipped");
         return;
     }
-    const int codeEnd = line.indexOf(QLatin1Char('\t'), keyEnd + 1);
-    const int codeLength = codeEnd < 0 ? -1 : codeEnd - keyEnd - 1;
-    codes.insert(line.left(keyEnd), line.mid(keyEnd + 1, codeLength));
+    if (matchHeaderLine(line))
+        faults.Error(number, LATE_HEADER);
+    const bool hasCode = keyEnd > 0;
+    const QString key = (hasCode ? line.left(keyEnd) : line).toString();
+    QStringView code = hasCode ? line.mid(keyEnd + 1) : QStringView();
+    if (const qsizetype codeEnd = code.indexOf(QLatin1Char('\t')); codeEnd >= 0)
+        code = code.left(codeEnd);
+    if (hasCode && code.isEmpty())
+        faults.Error(number, "the code of %1 is empty", key);
+    else if (!hasCode && key.startsWith(QLatin1Char('#')))
+        faults.Error(number,
+                     "there are no comments: the whole line becomes a key with an empty code");
+    else if (!hasCode)
+        faults.Error(number, "no tab: the whole line becomes a key with an empty code");
+    if (const int earlier = alphabet.lines.value(key); earlier > 0) {
+        faults.Error(number, "the key %1 was given in line %2 already, which this line replaces",
+                     key, earlier);
+    }
+    alphabet.codes.insert(key, code.toString());
+    alphabet.lines.insert(key, number);
 }
 
 } // namespace
 
-MorseAlphabet readAlphabetFile(QIODevice& device)
+MorseAlphabet readAlphabetFile(const QByteArray& bytes, Faults& faults)
 {
     MorseAlphabet alphabet;
-    QTextStream stream(&device);
-    stream.setCodec("UTF-8");
-
-    QString line = stream.readLine();
-    while (const auto header = matchHeaderLine(line)) {
-        alphabet.rightToLeft = header->declaresRightToLeft();
-        line = stream.readLine();
-    }
-    // The line in hand is dropped once the file is exhausted: the spare line at its end.
-    while (!stream.atEnd()) {
-        storeEntry(line, alphabet.codes);
-        line = stream.readLine();
-    }
+    TableText text(bytes, TableEncoding::Utf8OrMarked, faults);
+    alphabet.rightToLeft = readHeader(text, faults);
+    for (; !text.AtEnd(); text.Next())
+        storeEntry(text, alphabet, faults);
+    if (!text.Line().isEmpty())
+        faults.Error(text.Number(), LAST_LINE_LOST);
+    if (alphabet.codes.isEmpty())
+        faults.Error(0, NO_ENTRY);
     return alphabet;
+}
+
+MorseAlphabet readAlphabetFile(const QByteArray& bytes)
+{
+    Faults ignored(0);
+    return readAlphabetFile(bytes, ignored);
 }
 
 QMap<QString, QString> defaultAlphabet()

@@ -3,10 +3,12 @@
 // header lines. No API: used inside the library only.
 #pragma once
 
+#include "tables/fault.h"
+
+#include <QByteArray>
+#include <QHash>
 #include <QMap>
 #include <QString>
-
-class QIODevice;
 
 /// What a Morse alphabet is made of.
 struct MorseAlphabet
@@ -14,17 +16,18 @@ struct MorseAlphabet
     /// The character or word to be written, and its code in dots and dashes.
     QMap<QString, QString> codes;
     bool rightToLeft = false;
+    /// The line of the file that each of `codes` comes from.
+    QHash<QString, int> lines;
 };
 
-/// Reads `device`, which is open for reading, from its position to its end.
-///
 /// - Lines end at LF or CR LF. A byte order mark is skipped; one of UTF-16 or UTF-32 is obeyed.
 /// - Header lines come first; the last of them alone decides about the direction.
 /// - Every further line is an entry: the key up to the first tab, the code up to the second. There
 ///   are no comments. Lines without a key are skipped; a later line replaces an earlier one of the
 ///   same key.
 /// - The last line of the file is never stored, which is why such files end with a spare line.
-MorseAlphabet readAlphabetFile(QIODevice& device);
+MorseAlphabet readAlphabetFile(const QByteArray& bytes, Faults& faults);
+MorseAlphabet readAlphabetFile(const QByteArray& bytes);
 
 /// The table that is in force where no file was read: 53 entries of upper-case letters, digits,
 /// punctuation, and the words WARNING and ERROR.

@@ -9,8 +9,10 @@ namespace {
 
 constexpr int BYTES = 256;
 
-/// To build a direction pays in a single call once it is used about as often as it has entries.
-constexpr int WORTH_A_TABLE = BYTES / 4;
+// From so many characters of a text on, a table of all answers costs less than to look each of them
+// up. Backwards, a look-up walks through the entries.
+constexpr int WORTH_A_TABLE = 64;
+constexpr int WORTH_A_SEARCHED_TABLE = 16;
 
 ushort asByte(signed char key)
 {
@@ -100,53 +102,46 @@ Stretch backStretch(const CharacterMapping& characters)
     return back;
 }
 
-/// The table that a thread used last, and each of its directions once it was built. Text often
-/// comes in single characters, none of which would pay for that by itself.
-///
-/// The entries are shared with those of whoever loaded them, who cannot change them but by making
-/// new ones of his own. So the same entries are the same table.
-struct LatestTable
-{
-    CharacterMapping characters;
-    Stretch forward;
-    Stretch back;
-};
+} // namespace
 
-thread_local LatestTable t_latest;
-
-/// Null where a few characters come for another table than the last: two handlers that take turns
-/// shall not build one direction after the other.
-LatestTable* latestTable(const CharacterMapping& characters, const QString& text)
+void CharacterTable::Store(int line, signed char key, QChar character, Faults& faults)
 {
-    LatestTable& latest = t_latest;
-    if (latest.characters.isSharedWith(characters))
-        return &latest;
-    latest = {characters, {}, {}};
-    return text.size() < WORTH_A_TABLE ? nullptr : &latest;
+    const int earlier = lines.value(key);
+    if (earlier > 0) {
+        faults.Error(line, "the byte %1 was given in line %2 already, which this line replaces",
+                     static_cast<uchar>(key), earlier);
+    } else if (character.unicode() == asByte(key) && key != ' ') {
+        // A blank for a blank is how a table says that it means the blank.
+        faults.Warning(line, "the byte %1 shows as itself without this line, too",
+                       static_cast<uchar>(key));
+    }
+    characters.insert(key, character);
+    lines.insert(key, line);
 }
 
-} // namespace
+QChar characterOfNumber(int line, int number, Faults& faults)
+{
+    const QChar character(static_cast<ushort>(number));
+    if (number < 0 || number > 0xFFFF)
+        faults.Error(line, "the character code does not fit in 16 bits: it is cut to %1",
+                     character);
+    else if (character.isSurrogate())
+        faults.Error(line, "the character code %1 is half of a pair, not a character", character);
+    return character;
+}
 
 QString translateForward(const CharacterMapping& characters, const QString& text)
 {
-    if (characters.isEmpty())
-        return text;
-    LatestTable* const latest = latestTable(characters, text);
-    if (!latest)
+    if (text.size() < WORTH_A_TABLE)
         return eachCharacter(text, [&](ushort c) { return forwardOf(characters, c); });
-    if (latest->forward.written.empty())
-        latest->forward = forwardStretch(characters);
-    return latest->forward.Translate(text);
+    return forwardStretch(characters).Translate(text);
 }
 
 QString translateBack(const CharacterMapping& characters, const QString& text)
 {
     if (characters.isEmpty())
         return text;
-    LatestTable* const latest = latestTable(characters, text);
-    if (!latest)
+    if (text.size() < WORTH_A_SEARCHED_TABLE)
         return eachCharacter(text, [&](ushort c) { return backOf(characters, c); });
-    if (latest->back.written.empty())
-        latest->back = backStretch(characters);
-    return latest->back.Translate(text);
+    return backStretch(characters).Translate(text);
 }

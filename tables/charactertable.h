@@ -3,6 +3,8 @@
 // No API: used inside the library only.
 #pragma once
 
+#include "tables/fault.h"
+
 #include <QMap>
 #include <QString>
 
@@ -15,7 +17,15 @@ struct CharacterTable
 {
     CharacterMapping characters;
     bool rightToLeft = false;
+    /// The line of the file that each of `characters` comes from.
+    QMap<signed char, int> lines;
+
+    /// Takes the entry of a line; it replaces an earlier one of its key.
+    void Store(int line, signed char key, QChar character, Faults& faults);
 };
+
+/// The low 16 bits of a number that a file gives for a character.
+QChar characterOfNumber(int line, int number, Faults& faults);
 
 /// One character for each of `text`: what the table has for it, a blank where it has the code 0,
 /// and itself where it has nothing or the character is above U+00FF.

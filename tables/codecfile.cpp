@@ -11,31 +11,88 @@ bool isEntry(QStringView line)
     return line.size() >= 2 && line[1] == QLatin1Char(';');
 }
 
-std::optional<QChar> displayCharacter(QStringView value)
+/// Nothing for a line that is skipped.
+std::optional<QChar> displayCharacter(int line, QStringView value, Faults& faults)
 {
     if (value.isEmpty())
         return QChar(QLatin1Char(' '));
     const std::optional<int> number = numberIn(value, 16);
-    if (!number || !value.startsWith(QLatin1String("0x")))
+    if (!number) {
+        faults.Error(line, "the line is skipped: %1 is no number", value);
         return std::nullopt;
-    return QChar(static_cast<ushort>(*number));
+    }
+    if (!value.startsWith(QLatin1String("0x"))) {
+        faults.Error(line,
+                     "the line is skipped: a value is written with a leading \"0x\", in small "
+                     "letters");
+        return std::nullopt;
+    }
+    const QChar character = characterOfNumber(line, *number, faults);
+    if (character.isNull()) {
+        faults.Error(line, "the value is 0: the line is skipped and the character stays as it is");
+        return std::nullopt;
+    }
+    return character;
+}
+
+bool readDirection(const TableText& text, Faults& faults)
+{
+    const QStringView line = text.Line();
+    if (line.startsWith(QLatin1String("RL")))
+        return true;
+    if (isEntry(line)) {
+        faults.Error(text.Number(),
+                     "the second line says the text direction and is never read as an entry");
+    } else if (line.contains(QLatin1String("RL"), Qt::CaseInsensitive) ||
+               line.contains(QLatin1String("RTL"), Qt::CaseInsensitive)) {
+        faults.Warning(text.Number(),
+                       "this is not right-to-left: the second line has to begin with \"RL\", in "
+                       "capitals");
+    }
+    return false;
+}
+
+void readEntry(const TableText& text, CharacterTable& table, Faults& faults)
+{
+    const QStringView line = text.Line();
+    if (!isEntry(line)) {
+        if (!line.isEmpty() && !line.startsWith(QLatin1Char('#'))) {
+            faults.Error(text.Number(),
+                         "the line is skipped: an entry is one character, \";\" and a value");
+        }
+        return;
+    }
+    const std::optional<QChar> character = displayCharacter(text.Number(), line.mid(2), faults);
+    if (!character)
+        return;
+    if (line[0].unicode() > 0xFF) {
+        faults.Error(text.Number(), "the key %1 is no 8-bit character: the entry goes to byte 0x00",
+                     line[0]);
+    }
+    table.Store(text.Number(), byteOf(line[0]), *character, faults);
 }
 
 } // namespace
 
-CharacterTable readCodecFile(const QByteArray& bytes)
+CharacterTable readCodecFile(const QByteArray& bytes, Faults& faults)
 {
     CharacterTable table;
-    TableText text(bytes);
-    text.ReadLine();
-    table.rightToLeft = text.ReadLine().startsWith(QLatin1String("RL"));
+    TableText text(bytes, TableEncoding::Utf8OrLatin1, faults);
+    if (isEntry(text.Line()))
+        faults.Error(text.Number(), "the first line is a title and never read as an entry");
+    text.Next();
+    table.rightToLeft = readDirection(text, faults);
     while (!text.AtEnd()) {
-        const QStringView line = text.ReadLine();
-        if (!isEntry(line))
-            continue;
-        const std::optional<QChar> character = displayCharacter(line.mid(2));
-        if (character && !character->isNull())
-            table.characters.insert(byteOf(line[0]), *character);
+        text.Next();
+        readEntry(text, table, faults);
     }
+    if (table.characters.isEmpty())
+        faults.Error(0, NO_ENTRY);
     return table;
+}
+
+CharacterTable readCodecFile(const QByteArray& bytes)
+{
+    Faults ignored(0);
+    return readCodecFile(bytes, ignored);
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "tables/charactertable.h"
+#include "tables/fault.h"
 
 #include <QByteArray>
 
@@ -12,4 +13,5 @@
 ///   the decoder character, then the display character as a hexadecimal number with "0x", of which
 ///   the low 16 bits count. No value at all is a blank. Other lines are skipped.
 /// - The value 0 is not stored. A later line replaces an earlier one of the same character.
+CharacterTable readCodecFile(const QByteArray& bytes, Faults& faults);
 CharacterTable readCodecFile(const QByteArray& bytes);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tables/displayname.h"
 
+#include "tables/tableformat.h"
+
 #include <QObject>
 
 namespace {
@@ -8,6 +10,34 @@ namespace {
 const QString SEPARATOR = QStringLiteral(" - ");
 
 } // namespace
+
+const QString& nameSeparator()
+{
+    return SEPARATOR;
+}
+
+QString fullName(const QString& base, eBASE_CHARSET charset)
+{
+    return base + SEPARATOR + baseCharsetName(charset);
+}
+
+bool isNoAlphabet(const QString& name)
+{
+    return name.compare(baseCharsetName(eCHARSET_NONE), Qt::CaseInsensitive) == 0;
+}
+
+QStringList filesOfFullName(const QString& name)
+{
+    if (!name.contains(SEPARATOR))
+        return {};
+    const QString base = name.section(SEPARATOR, 0, 0);
+    const QString charset = name.section(SEPARATOR, 1, 1);
+    QStringList files{base + QLatin1Char('.') + charset + MAP_ENDING};
+    // Of the codec files only this one can be loaded by its name.
+    if (base == baseCharsetName(eCHARSET_ITA2))
+        files += base + CODEC_ENDING;
+    return files;
+}
 
 bool isDefaultMap(const QString& name)
 {

@@ -3,7 +3,13 @@
 
 #include <QString>
 
+#include <utility>
+
 namespace {
+
+constexpr QLatin1String DIRECTION("TextDirection");
+constexpr QLatin1String RIGHT_TO_LEFT("RL");
+constexpr QLatin1String LEFT_TO_RIGHT("LR");
 
 bool isWordCharacter(QChar c)
 {
@@ -31,7 +37,12 @@ QStringView takeWhile(QStringView& text, Is is)
 
 bool HeaderLine::declaresRightToLeft() const
 {
-    return name == QLatin1String("TextDirection") && value == QLatin1String("RL");
+    return name == DIRECTION && value == RIGHT_TO_LEFT;
+}
+
+bool HeaderLine::concernsDirection() const
+{
+    return name.compare(DIRECTION, Qt::CaseInsensitive) == 0;
 }
 
 std::optional<HeaderLine> matchHeaderLine(QStringView line)
@@ -47,4 +58,30 @@ std::optional<HeaderLine> matchHeaderLine(QStringView line)
     if (name.isEmpty() || gap.isEmpty() || value.isEmpty())
         return std::nullopt;
     return HeaderLine{name, value};
+}
+
+bool readHeader(TableText& text, Faults& faults)
+{
+    bool isRightToLeft = false;
+    int declaredIn = 0; // the line that did
+    for (; const auto header = matchHeaderLine(text.Line()); text.Next()) {
+        const bool wasRightToLeft = std::exchange(isRightToLeft, header->declaresRightToLeft());
+        if (isRightToLeft) {
+            declaredIn = text.Number();
+            continue;
+        }
+        if (wasRightToLeft) {
+            faults.Error(declaredIn,
+                         "right-to-left is switched off again by the header line %1: only the "
+                         "last header line counts",
+                         text.Number());
+        }
+        if (header->concernsDirection() &&
+            (header->name != DIRECTION || header->value != LEFT_TO_RIGHT)) {
+            faults.Error(text.Number(),
+                         "this is no right-to-left header: it is written \"@ TextDirection RL\", "
+                         "in these letter cases");
+        }
+    }
+    return isRightToLeft;
 }

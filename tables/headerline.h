@@ -3,6 +3,8 @@
 // No API: used inside the library only.
 #pragma once
 
+#include "tables/tabletext.h"
+
 #include <QStringView>
 
 #include <optional>
@@ -16,8 +18,14 @@ struct HeaderLine
     /// Whether the line says that the text runs right to left. Every other header line says that
     /// it does not, so the last header line of a file decides.
     bool declaresRightToLeft() const;
+    /// Whether the author means the direction, in whatever spelling.
+    bool concernsDirection() const;
 };
 
 /// Matches a whole line, without its line end, as QRegExp matches "@\s*(\w+)\s+(\w+).*", but in a
 /// single pass whatever the line holds.
 std::optional<HeaderLine> matchHeaderLine(QStringView line);
+
+/// Reads the header lines at the top of a file, up to the first other line, which `text` stands at
+/// then. Returns whether the text of the table runs from right to left.
+bool readHeader(TableText& text, Faults& faults);

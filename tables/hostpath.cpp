@@ -1,7 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include "tables/hostpath.h"
 
+#include "tables/tableformat.h"
+
 #include <QFileInfo>
+
+#include <algorithm>
+
+namespace {
+
+/// Names are none.
+bool isPath(const QString& name)
+{
+    return name.contains(QLatin1Char('/')) || name.contains(QLatin1Char('\\'));
+}
+
+} // namespace
 
 QString localPath(const QString& path)
 {
@@ -14,26 +28,55 @@ QString localPath(const QString& path)
     return QFileInfo::exists(separated) || !asWritten.dir().exists() ? separated : path;
 }
 
+QDir localFolder(const QDir& directory)
+{
+    QDir folder(directory);
+    folder.setPath(localPath(directory.path()));
+    return folder;
+}
+
+QStringList filesIn(const QDir& directory)
+{
+    return localFolder(directory).entryList(QDir::Files, QDir::Name);
+}
+
+void sortIgnoringCase(QStringList& names)
+{
+    std::sort(names.begin(), names.end(), [](const QString& a, const QString& b) {
+        const int order = a.compare(b, Qt::CaseInsensitive);
+        return order != 0 ? order < 0 : a < b;
+    });
+}
+
+FolderNames::FolderNames(const QDir& directory)
+    : m_names(
+          localFolder(directory).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot))
+{
+    sortIgnoringCase(m_names);
+}
+
+QString FolderNames::Find(const QString& name) const
+{
+    if (isPath(name))
+        return {};
+    const auto [first, last] = std::equal_range(
+        m_names.begin(), m_names.end(), name,
+        [](const QString& a, const QString& b) { return a.compare(b, Qt::CaseInsensitive) < 0; });
+    if (first == last || std::find(first, last, name) != last)
+        return first == last ? QString() : name;
+    const QString base = baseNameOf(name);
+    const auto sameBase =
+        std::find_if(first, last, [&](const QString& entry) { return baseNameOf(entry) == base; });
+    return sameBase == last ? *first : *sameBase;
+}
+
 QString findIgnoringCase(const QDir& directory, const QString& name)
 {
-    if (name.isEmpty() || name.contains(QLatin1Char('/')) || name.contains(QLatin1Char('\\')))
+    if (name.isEmpty() || isPath(name))
         return {};
-    const QDir folder(localPath(directory.path()));
-    if (QFileInfo::exists(folder.filePath(name)))
+    if (QFileInfo::exists(localFolder(directory).filePath(name)))
         return name;
-    const QStringList entries =
-        folder.entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name);
-    const auto base = [](const QString& entry) { return entry.section(QLatin1Char('.'), 0, 0); };
-    QString first;
-    for (const QString& entry : entries) {
-        if (entry.compare(name, Qt::CaseInsensitive) != 0)
-            continue;
-        if (base(entry) == base(name))
-            return entry;
-        if (first.isEmpty())
-            first = entry;
-    }
-    return first;
+    return FolderNames(directory).Find(name);
 }
 
 QString findFile(const QString& path)

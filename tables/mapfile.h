@@ -4,6 +4,7 @@
 #pragma once
 
 #include "tables/charactertable.h"
+#include "tables/fault.h"
 
 #include <QByteArray>
 
@@ -15,4 +16,5 @@
 ///   character, or a blank when there is none.
 /// - A later line replaces an earlier one of the same key. The last line of the file is never
 ///   stored, which is why such files end with a spare line.
+CharacterTable readMapFile(const QByteArray& bytes, Faults& faults);
 CharacterTable readMapFile(const QByteArray& bytes);

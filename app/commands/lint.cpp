@@ -2,7 +2,9 @@
 // morsehost lint: what is wrong with a table.
 #include "app/commands/commands.h"
 
-#include "tables/lint/lint.h"
+#include "app/console/complain.h"
+#include "app/console/exitstatus.h"
+#include "app/translate/lintfiles.h"
 
 #include <QTextStream>
 
@@ -16,8 +18,10 @@ namespace {
 int run(Arguments& arguments)
 {
     QTextStream out(stdout);
-    QTextStream err(stderr);
-    return lint::runLint(arguments.operands(), out, err);
+    const translate::LintOutcome outcome = translate::lintFiles(arguments.operands(), out);
+    for (const QString& failure : outcome.failures)
+        complain(failure);
+    return outcome.isClean ? EXIT_DONE : EXIT_BAD_INPUT;
 }
 
 } // namespace
@@ -28,9 +32,11 @@ Command lintCommand()
              "FILE…",
              1,
              std::numeric_limits<int>::max(),
-             "Checks alphabet, codec and map files for what the library would ignore silently.",
+             "Checks alphabets, codecs, maps and decoder modules files for what the library would "
+             "ignore\n"
+             "silently.",
              {},
-             "  morsehost lint data/alphabets/*.mal\n"},
+             "  morsehost lint data/alphabets/* data/maps/*\n"},
             run};
 }
 

@@ -1,38 +1,24 @@
 // SPDX-License-Identifier: MIT
 #include "app/translate/mapfiles.h"
 
+#include "tables/displayname.h"
+#include "tables/hostpath.h"
+#include "tables/tableformat.h"
+
 #include <algorithm>
 
 namespace translate {
 
-namespace {
-
-struct Ending
-{
-    const char* text;
-    const char* charset;
-};
-
-constexpr Ending endings[] = {
-    {".codec", "ITA2"},
-    {".ita2.map", "ITA2"},
-    {".ascii.map", "ASCII"},
-};
-
-} // namespace
-
 QVector<MapFile> mapFilesIn(const QDir& folder)
 {
     QVector<MapFile> files;
-    const QStringList names = folder.entryList(QDir::Files, QDir::Name);
+    const QStringList names = filesIn(folder);
     for (const QString& name : names) {
-        for (const Ending& ending : endings) {
-            if (!name.endsWith(QLatin1String(ending.text), Qt::CaseInsensitive))
-                continue;
-            const QString base = name.section(QLatin1Char('.'), 0, 0);
-            files.append({base + QLatin1String(" - ") + QLatin1String(ending.charset), base,
-                          folder.filePath(name)});
-        }
+        const TableFormat* const format = formatOfFile(name);
+        if (!format || format->charset == eCHARSET_NONE)
+            continue;
+        const QString base = baseNameOf(name);
+        files.append({fullName(base, format->charset), base, name, format->kind, format->charset});
     }
     std::stable_sort(files.begin(), files.end(),
                      [](const MapFile& a, const MapFile& b) { return a.name < b.name; });

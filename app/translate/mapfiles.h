@@ -2,6 +2,8 @@
 // The codec and map files of a folder under the names by which they are chosen.
 #pragma once
 
+#include "tables/tableformat.h"
+
 #include <QDir>
 #include <QString>
 #include <QVector>
@@ -12,7 +14,9 @@ struct MapFile
 {
     QString name; ///< as it is chosen: "Greek - ASCII"
     QString base; ///< its short form: "Greek"
-    QString path;
+    QString file; ///< within its folder
+    TableKind kind = TableKind::Map;
+    eBASE_CHARSET charset = eCHARSET_NONE;
 };
 
 /// All of them, by name.

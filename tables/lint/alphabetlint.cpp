@@ -1,25 +1,19 @@
 // SPDX-License-Identifier: MIT
-// Alphabet files: a header, then one key and its code a line. When text is written, the keys are
-// walked in UTF-16 order and the first one with the code wins, so most traps are keys that hide
-// each other.
+// Alphabets: letters that look alike or stand in another form, and codes that are never received.
+// When text is written, the keys are walked in UTF-16 order and the first one with the code wins,
+// so keys can hide each other.
 #include "tables/lint/rules.h"
 
-#include "tables/headerline.h"
-
 #include <QHash>
+
+#include <algorithm>
 
 namespace lint {
 
 namespace {
 
-struct Entry
-{
-    int line = 0;
-    QString code;
-};
-
 /// The letters that look alike in the scripts that share a telegraph: groups of the same shape.
-constexpr char16_t lookAlikes[][3] = {
+constexpr char16_t LOOK_ALIKES[][3] = {
     // Latin, Greek, Cyrillic
     {u'A', u'\u0391', u'\u0410'}, {u'B', u'\u0392', u'\u0412'}, {u'C', 0, u'\u0421'},
     {u'E', u'\u0395', u'\u0415'}, {u'H', u'\u0397', u'\u041D'}, {u'I', u'\u0399', u'\u0406'},
@@ -33,30 +27,27 @@ constexpr char16_t lookAlikes[][3] = {
     {u'y', u'\u03B3', u'\u0443'},
 };
 
-QString scriptName(QChar::Script script)
+struct Script
 {
-    switch (script) {
-    case QChar::Script_Latin:
-        return QStringLiteral("Latin");
-    case QChar::Script_Greek:
-        return QStringLiteral("Greek");
-    case QChar::Script_Cyrillic:
-        return QStringLiteral("Cyrillic");
-    case QChar::Script_Hebrew:
-        return QStringLiteral("Hebrew");
-    case QChar::Script_Arabic:
-        return QStringLiteral("Arabic");
-    case QChar::Script_Hiragana:
-        return QStringLiteral("Hiragana");
-    case QChar::Script_Katakana:
-        return QStringLiteral("Katakana");
-    case QChar::Script_Hangul:
-        return QStringLiteral("Hangul");
-    case QChar::Script_Han:
-        return QStringLiteral("Han");
-    default:
-        return QStringLiteral("of another script");
+    QChar::Script script;
+    const char* name;
+};
+
+constexpr Script SCRIPTS[] = {
+    {QChar::Script_Latin, "Latin"},       {QChar::Script_Greek, "Greek"},
+    {QChar::Script_Cyrillic, "Cyrillic"}, {QChar::Script_Hebrew, "Hebrew"},
+    {QChar::Script_Arabic, "Arabic"},     {QChar::Script_Hiragana, "Hiragana"},
+    {QChar::Script_Katakana, "Katakana"}, {QChar::Script_Hangul, "Hangul"},
+    {QChar::Script_Han, "Han"},
+};
+
+QLatin1String scriptName(QChar::Script script)
+{
+    for (const Script& row : SCRIPTS) {
+        if (row.script == script)
+            return QLatin1String(row.name);
     }
+    return QLatin1String("of another script");
 }
 
 bool hasOwnScript(QChar character)
@@ -78,7 +69,7 @@ bool isPlainWord(const QString& key)
 
 QChar twinIn(QChar character, QChar::Script script)
 {
-    for (const auto& group : lookAlikes) {
+    for (const auto& group : LOOK_ALIKES) {
         bool found = false;
         QChar twin;
         for (const char16_t letter : group) {
@@ -92,209 +83,103 @@ QChar twinIn(QChar character, QChar::Script script)
     return {};
 }
 
-class AlphabetLint
+void checkKey(int line, const QString& key, Faults& faults)
 {
-public:
-    AlphabetLint(Report& report, Notes& notes)
-        : m_report(report)
-        , m_notes(notes)
-    {
-    }
-
-    void run(const QVector<Line>& lines)
-    {
-        const int first = readHeader(lines, m_report.rightToLeft, m_notes);
-        for (int i = first; i + 1 < lines.size(); ++i)
-            entry(lines.at(i));
-        if (first < lines.size() && !lines.last().text.isEmpty())
-            lostLine(lines.last());
-        checkScripts();
-        checkSharedCodes();
-        for (auto it = m_entries.cbegin(); it != m_entries.cend(); ++it)
-            m_report.alphabet.insert(it.key(), it->code);
-        if (m_entries.isEmpty()) {
-            m_notes.add(0, Severity::Error,
-                        QStringLiteral("no entry is stored: every code would give an empty text"));
+    if (key != key.trimmed())
+        faults.Warning(line, "the key %1 has blanks around it, which are written too", key);
+    const auto invisible = std::find_if(key.begin(), key.end(), [](QChar character) {
+        return character.category() == QChar::Other_Control ||
+               character.category() == QChar::Other_Format;
+    });
+    if (invisible != key.end())
+        faults.Warning(line, "the key holds the invisible character %1", *invisible);
+    if (key.normalized(QString::NormalizationForm_C) != key) {
+        faults.Warning(
+            line,
+            "the key %1 is not in composed form (NFC): searches for it in the text would "
+            "miss it",
+            key);
+    } else if (key.size() == 1) {
+        const QChar::Decomposition form = key[0].decompositionTag();
+        if (form == QChar::Initial || form == QChar::Medial || form == QChar::Final ||
+            form == QChar::Isolated) {
+            faults.Warning(line,
+                           "the key %1 is the shape of a letter in one place of a word; the letter "
+                           "itself is %2",
+                           key, key.normalized(QString::NormalizationForm_KC));
         }
     }
+}
 
-private:
-    void lostLine(const Line& line)
-    {
-        m_notes.add(
-            line.number, Severity::Error,
-            QStringLiteral("the last line of the file is never stored: end the file with an "
-                           "empty line"));
+void checkCode(int line, const QString& key, const QString& code, Faults& faults)
+{
+    const auto odd = std::find_if(code.begin(), code.end(), [](QChar symbol) {
+        return symbol != QLatin1Char('.') && symbol != QLatin1Char('-');
+    });
+    if (odd != code.end()) {
+        faults.Error(line,
+                     "the code of %1 holds %2: a code is made of \".\" and \"-\" only, so this one "
+                     "is never received",
+                     key, *odd);
     }
+}
 
-    void entry(const Line& line)
-    {
-        const int tab = line.text.indexOf(QLatin1Char('\t'));
-        const QString key = line.text.left(tab < 0 ? line.text.size() : tab);
-        QString code;
-        if (tab >= 0) {
-            const int end = line.text.indexOf(QLatin1Char('\t'), tab + 1);
-            code = line.text.mid(tab + 1, end < 0 ? -1 : end - tab - 1);
-        }
-        if (key.isEmpty()) {
-            if (!line.text.isEmpty())
-                m_notes.add(line.number, Severity::Error,
-                            QStringLiteral("no key before the tab: the line is skipped"));
-            return;
-        }
-        checkKey(line.number, key, tab >= 0);
-        checkCode(line, key, code, tab >= 0);
-        const auto earlier = m_entries.constFind(key);
-        if (earlier != m_entries.constEnd()) {
-            m_notes.add(
-                line.number, Severity::Error,
-                QStringLiteral("the key %1 was given in line %2 already, which this line replaces")
-                    .arg(shown(key))
-                    .arg(earlier->line));
-        }
-        m_entries.insert(key, {line.number, code});
+/// One script is the alphabet's: that of most keys of a single letter.
+QChar::Script mainScript(const MorseAlphabet& alphabet)
+{
+    QMap<QChar::Script, int> counts;
+    for (auto entry = alphabet.codes.cbegin(); entry != alphabet.codes.cend(); ++entry) {
+        if (entry.key().size() == 1 && hasOwnScript(entry.key()[0]))
+            ++counts[entry.key()[0].script()];
     }
+    const auto most = std::max_element(counts.cbegin(), counts.cend());
+    return most == counts.cend() ? QChar::Script_Unknown : most.key();
+}
 
-    void checkKey(int number, const QString& key, bool hasCode)
-    {
-        if (!hasCode)
-            return;
-        if (key != key.trimmed()) {
-            m_notes.add(number, Severity::Warning,
-                        QStringLiteral("the key %1 has blanks around it, which are written too")
-                            .arg(shown(key)));
-        }
-        for (const QChar character : key) {
-            if (character.category() == QChar::Other_Control ||
-                character.category() == QChar::Other_Format) {
-                m_notes.add(number, Severity::Warning,
-                            QStringLiteral("the key holds the invisible character %1")
-                                .arg(shown(character)));
-                break;
-            }
-        }
-        if (key.normalized(QString::NormalizationForm_C) != key) {
-            m_notes.add(
-                number, Severity::Warning,
-                QStringLiteral("the key %1 is not in composed form (NFC): searches for it in the "
-                               "text would miss it")
-                    .arg(shown(key)));
-        } else if (key.size() == 1) {
-            const QChar::Decomposition form = key.at(0).decompositionTag();
-            if (form == QChar::Initial || form == QChar::Medial || form == QChar::Final ||
-                form == QChar::Isolated) {
-                m_notes.add(
-                    number, Severity::Warning,
-                    QStringLiteral("the key %1 is the shape of a letter in one place of a word; "
-                                   "the letter itself is %2")
-                        .arg(shown(key), shown(key.normalized(QString::NormalizationForm_KC))));
-            }
-        }
+void checkScript(int line, const QString& key, QChar::Script main, Faults& faults)
+{
+    if (main == QChar::Script_Unknown || isPlainWord(key))
+        return;
+    const auto odd = std::find_if(key.begin(), key.end(), [main](QChar character) {
+        return hasOwnScript(character) && character.script() != main;
+    });
+    if (odd == key.end())
+        return;
+    const QLatin1String script = scriptName(odd->script());
+    const QChar twin = twinIn(*odd, main);
+    if (twin.isNull()) {
+        faults.Warning(line, "the key %1 is %2 in an alphabet that is %3", *odd, script,
+                       scriptName(main));
+    } else {
+        faults.Warning(line, "the key %1 is %2 in an alphabet that is %3; it looks like %4", *odd,
+                       script, scriptName(main), twin);
     }
-
-    void checkCode(const Line& line, const QString& key, const QString& code, bool hasTab)
-    {
-        if (!hasTab) {
-            QString why = QStringLiteral("no tab");
-            if (matchHeaderLine(line.text))
-                why = QStringLiteral("a header line after the first entry is an entry");
-            else if (key.startsWith(QLatin1Char('#')))
-                why = QStringLiteral("there are no comment lines");
-            m_notes.add(
-                line.number, Severity::Error,
-                QStringLiteral("%1: the whole line becomes a key with an empty code").arg(why));
-            return;
-        }
-        if (matchHeaderLine(line.text)) {
-            m_notes.add(line.number, Severity::Error,
-                        QStringLiteral("a header line after the first entry is an entry"));
-        }
-        if (code.isEmpty()) {
-            m_notes.add(line.number, Severity::Error,
-                        QStringLiteral("the code of %1 is empty").arg(shown(key)));
-            return;
-        }
-        for (const QChar symbol : code) {
-            if (symbol != QLatin1Char('.') && symbol != QLatin1Char('-')) {
-                m_notes.add(
-                    line.number, Severity::Error,
-                    QStringLiteral("the code of %1 holds %2: a code is made of \".\" and \"-\" "
-                                   "only, so this one is never received")
-                        .arg(shown(key), shown(symbol)));
-                return;
-            }
-        }
-    }
-
-    /// One script is the alphabet's: the one of most single-letter keys.
-    void checkScripts()
-    {
-        QMap<QChar::Script, int> counts;
-        for (auto it = m_entries.cbegin(); it != m_entries.cend(); ++it) {
-            if (it.key().size() == 1 && hasOwnScript(it.key().at(0)))
-                ++counts[it.key().at(0).script()];
-        }
-        QChar::Script main = QChar::Script_Unknown;
-        for (auto it = counts.cbegin(); it != counts.cend(); ++it) {
-            if (main == QChar::Script_Unknown || it.value() > counts.value(main))
-                main = it.key();
-        }
-        if (main == QChar::Script_Unknown)
-            return;
-        for (auto it = m_entries.cbegin(); it != m_entries.cend(); ++it) {
-            if (!isPlainWord(it.key()))
-                checkScript(it.key(), it->line, main);
-        }
-    }
-
-    void checkScript(const QString& key, int line, QChar::Script main)
-    {
-        for (const QChar character : key) {
-            if (!hasOwnScript(character) || character.script() == main)
-                continue;
-            const QChar twin = twinIn(character, main);
-            QString message =
-                QStringLiteral("the key %1 is %2 in an alphabet that is %3")
-                    .arg(shown(character), scriptName(character.script()), scriptName(main));
-            if (!twin.isNull())
-                message += QStringLiteral("; it looks like %1").arg(shown(twin));
-            m_notes.add(line, Severity::Warning, message);
-            return;
-        }
-    }
-
-    void checkSharedCodes()
-    {
-        QHash<QString, QString> winners;
-        // Ascending keys: the first one with a code is the one that is written.
-        for (auto it = m_entries.cbegin(); it != m_entries.cend(); ++it) {
-            if (it->code.isEmpty())
-                continue;
-            const auto winner = winners.constFind(it->code);
-            if (winner == winners.constEnd()) {
-                winners.insert(it->code, it.key());
-                continue;
-            }
-            m_notes.add(
-                it->line, Severity::Error,
-                QStringLiteral("%1 is never written: %2 in line %3 has the same code and sorts "
-                               "before it")
-                    .arg(shown(it.key()), shown(*winner))
-                    .arg(m_entries.value(*winner).line));
-        }
-    }
-
-    Report& m_report;
-    Notes& m_notes;
-    QMap<QString, Entry> m_entries; ///< in the order of the library's own table
-};
+}
 
 } // namespace
 
-void lintAlphabet(const QByteArray& bytes, Report& report, Notes& notes)
+void checkAlphabet(const MorseAlphabet& alphabet, Faults& faults)
 {
-    const QVector<Line> lines = splitLines(bytes, Damage::Replaced, notes);
-    AlphabetLint(report, notes).run(lines);
+    const QChar::Script main = mainScript(alphabet);
+    QHash<QString, QString> winners;
+    // Ascending keys: the first one with a code is the one that is written.
+    for (auto entry = alphabet.codes.cbegin(); entry != alphabet.codes.cend(); ++entry) {
+        const QString& key = entry.key();
+        const int line = alphabet.lines.value(key);
+        checkKey(line, key, faults);
+        checkCode(line, key, *entry, faults);
+        checkScript(line, key, main, faults);
+        const auto winner = winners.constFind(*entry);
+        if (winner == winners.constEnd()) {
+            // A key without a code is a fault by itself already.
+            if (!entry->isEmpty())
+                winners.insert(*entry, key);
+            continue;
+        }
+        faults.Error(line,
+                     "%1 is never written: %2 in line %3 has the same code and sorts before it",
+                     key, *winner, alphabet.lines.value(*winner));
+    }
 }
 
 } // namespace lint

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-// The passes over each kind of file; they fill the tables of `report`, and tell `notes` in any
-// order.
+// What no reader needs to know of a table: one pass for each kind.
 #pragma once
 
-#include "tables/lint/lines.h"
+#include "tables/alphabetfile.h"
+#include "tables/charactertable.h"
+#include "tables/fault.h"
 
 namespace lint {
 
-void lintAlphabet(const QByteArray& bytes, Report& report, Notes& notes);
-void lintCodec(const QByteArray& bytes, Report& report, Notes& notes);
-void lintMap(const QByteArray& bytes, Report& report, Notes& notes);
+void checkAlphabet(const MorseAlphabet& alphabet, Faults& faults);
+void checkCharacters(const CharacterTable& table, Faults& faults);
 
 } // namespace lint

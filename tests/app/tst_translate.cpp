@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "app/translate/filter.h"
+#include "app/translate/lintfiles.h"
 #include "app/translate/listing.h"
+#include "support/decodermodules.h"
 #include "tables/alphabetfile.h"
-#include "tables/lint/lint.h"
 
 #include "charmap/codechandler.h"
 #include "host/standin/configuration.h"
@@ -43,6 +44,23 @@ Outcome alphabetsOf(const QString& folder)
     outcome.error = translate::listAlphabets(folder, out);
     out.flush();
     return outcome;
+}
+
+Outcome lintOf(const QStringList& files)
+{
+    Outcome outcome;
+    QTextStream out(&outcome.out);
+    const translate::LintOutcome lint = translate::lintFiles(files, out);
+    outcome.error = lint.failures.join(QLatin1Char('\n'));
+    if (outcome.out.isEmpty() && outcome.error.isEmpty() && !lint.isClean)
+        outcome.error = QStringLiteral("not clean");
+    return outcome;
+}
+
+QByteArray contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 Outcome mapsOf(const QString& folder, const QString& decoder = {})
@@ -155,7 +173,7 @@ private Q_SLOTS:
         const QString path = shippedAlphabets + QStringLiteral("/Hebrew.mal");
         QVERIFY(outcome.lines().contains(QStringLiteral("Hebrew\t%1\tright to left\t%2 entries")
                                              .arg(path)
-                                             .arg(lint::lintFile(path).alphabet.size())));
+                                             .arg(readAlphabetFile(contentOf(path)).codes.size())));
         QVERIFY(outcome.lines()
                     .filter(QStringLiteral("Greek\t"))
                     .first()
@@ -318,6 +336,73 @@ private Q_SLOTS:
         QVERIFY(!outcome.error.isEmpty());
         QCOMPARE(output, QByteArray());
         QVERIFY(outcome.error.contains(QStringLiteral("ITA2.codec")));
+    }
+
+    void aThousandMapsAreListedInOneGo()
+    {
+        QTemporaryDir folder;
+        for (int i = 0; i < 1000; ++i)
+            writeFile(folder.filePath(QStringLiteral("m%1.ITA2.MAP").arg(i)), "A\ta\n\n");
+        const Outcome outcome = mapsOf(folder.path());
+        QCOMPARE(outcome.lines().size(), 1000);
+        QCOMPARE(outcome.lines().filter(QStringLiteral("\tleft to right\t1 entry")).size(), 1000);
+    }
+
+    void filesThatCannotBeCheckedAreToldInOneLine()
+    {
+        const Outcome outcome = lintOf({QStringLiteral("/no/such.mal")});
+        QCOMPARE(outcome.out, QString());
+        QCOMPARE(outcome.error, QStringLiteral("/no/such.mal: No such file or directory"));
+    }
+
+    void otherFilesArePassedOverBesideTables()
+    {
+        const QString greek = shippedAlphabets + QStringLiteral("/Greek.mal");
+        const QString readme = shippedAlphabets + QStringLiteral("/README.md");
+        const Outcome both = lintOf({readme, greek});
+        QCOMPARE(both.out + both.error, QString());
+        const Outcome alone = lintOf({readme});
+        QVERIFY(alone.error.startsWith(QStringLiteral("no file to check")));
+    }
+
+    void findingsAreWrittenInTheStyleOfCompilers()
+    {
+        QTemporaryDir folder;
+        const QString path = folder.filePath(QStringLiteral("a.b.mal"));
+        writeFile(path, "A\t.-\n B\t-...\nC\t-.-.");
+        const Outcome outcome = lintOf({path});
+        QCOMPARE(outcome.error, QString());
+        const QStringList lines = outcome.lines();
+        QCOMPARE(lines.size(), 3);
+        QVERIFY(lines[0].startsWith(path + QStringLiteral(": the name")));
+        QVERIFY(lines[1].startsWith(path + QStringLiteral(":2: warning: the key")));
+        QVERIFY(lines[2].startsWith(path + QStringLiteral(":3: the last line")));
+    }
+
+    void whatLintFindsGivesTheTerminalNoOrders()
+    {
+        QTemporaryDir folder;
+        const QString path = folder.filePath(QStringLiteral("a\u001b[31m\nb"));
+        writeFile(path + QStringLiteral(".mal"), "\x1b[2J\t\x1b\nA\t\x1b[2J.\n\n");
+        writeFile(path + QStringLiteral(".txt"), " \x1bz\n" + moduleLine("x\x1b[2Jy", '\x1b'));
+        const Outcome outcome =
+            lintOf({path + QStringLiteral(".mal"), path + QStringLiteral(".txt")});
+        QVERIFY(outcome.lines().size() > 5);
+        QVERIFY(!outcome.out.contains(QChar(0x1b)));
+        for (const QString& line : outcome.lines())
+            QVERIFY2(line.contains(QStringLiteral("/a\ufffd[31m\ufffdb.")), qPrintable(line));
+    }
+
+    void keysAreWrittenInUtf8WhateverTheLocale()
+    {
+        QTemporaryDir folder;
+        const QString path = folder.filePath(QStringLiteral("a.mal"));
+        writeFile(path, "Ж\t\n\n");
+        QByteArray bytes;
+        QTextStream out(&bytes);
+        out.setCodec("US-ASCII");
+        QVERIFY(!translate::lintFiles({path}, out).isClean);
+        QVERIFY(bytes.contains("\"Ж\""));
     }
 
     void eightBitBecomesUtf8()

@@ -49,7 +49,7 @@ private Q_SLOTS:
         compareBack({}, QStringLiteral("A\u0410\0"), QStringLiteral("A\u0410\0"));
     }
 
-    void longTextsAreTranslatedLikeSingleCharacters()
+    void textsOfEveryLengthAreTranslatedAsTheEntriesSay()
     {
         QRandomGenerator random(17);
         for (int round = 0; round < 300; ++round) {
@@ -61,42 +61,54 @@ private Q_SLOTS:
             QString text;
             for (int i = 0; i < 300; ++i)
                 text += random.bounded(2) ? character() : QChar(random.bounded(0x10000));
+            // What the entries say, character by character.
             QString forward;
             QString back;
             for (const QChar c : qAsConst(text)) {
-                forward += translateForward(table, QString(c));
-                back += translateBack(table, QString(c));
+                const auto key = static_cast<signed char>(c.unicode());
+                const bool hasEntry = c.unicode() < 256 && table.contains(key);
+                const QChar shown = table.value(key);
+                forward += !hasEntry ? c : shown.isNull() ? QChar(' ') : shown;
+                const signed char first = table.key(c, 0);
+                back += first == 0 ? c : QChar(static_cast<uchar>(first));
             }
-            QCOMPARE(translateForward(table, text), forward);
-            QCOMPARE(translateBack(table, text), back);
+            for (const int length : {1, 10, 15, 16, 17, 63, 64, 65, 300}) {
+                QCOMPARE(translateForward(table, text.left(length)), forward.left(length));
+                QCOMPARE(translateBack(table, text.left(length)), back.left(length));
+            }
         }
     }
 
-    void aTableThatIsChangedIsAnotherTable()
+    void everyByteHasItsOwnEntry()
     {
-        CharacterMapping table{{'A', 'x'}};
-        compareForward(table, "AB", "xB");
-        compareBack(table, "xy", "Ay");
-        const CharacterMapping copy = table;
-        table.insert('B', 'y');
-        compareForward(table, "AB", "xy");
-        compareBack(table, "xy", "AB");
-        compareForward(copy, "AB", "xB");
-        table.remove('A');
-        compareBack(table, "xy", "xB");
+        // The ends of the stretches that are looked up: 0, 127, 128, 255, and what lies behind.
+        for (const int byte : {0, 1, 77, 127, 128, 255}) {
+            const CharacterMapping table{{static_cast<signed char>(byte), QChar(0x3b1)}};
+            const QString text = QString(QChar(byte)) + QChar(byte ^ 1) + QChar(256 + byte);
+            compareForward(table, text, QStringLiteral("\u03b1") + text.mid(1));
+            const QString back = byte == 0 ? QStringLiteral("\u03b1") : QString(QChar(byte));
+            compareBack(table, QStringLiteral("\u03b0\u03b1\u03b2"),
+                        QStringLiteral("\u03b0") + back + QStringLiteral("\u03b2"));
+        }
     }
 
-    void tablesThatTakeTurnsAreKeptApart()
+    void aBlankForTheCode0IsNotTranslatedBack()
     {
-        const CharacterMapping one{{'A', 'x'}};
-        const CharacterMapping other{{'A', 'y'}};
-        for (int i = 0; i < 3; ++i) {
-            QCOMPARE(translateForward(one, "A"), "x");
-            QCOMPARE(translateForward(other, "A"), "y");
-            QCOMPARE(translateBack(one, "xy"), "Ay");
-            QCOMPARE(translateBack(other, "xy"), "xA");
-            compareForward(i % 2 ? one : other, "A", i % 2 ? "x" : "y");
-        }
+        const CharacterMapping table{{'A', QChar(0)}};
+        compareForward(table, "A", " ");
+        compareBack(table, " ", " ");
+        compareBack(table, QString(QChar(0)), "A");
+    }
+
+    void aLaterEntryReplacesAnEarlierOne()
+    {
+        Faults faults;
+        CharacterTable table;
+        table.Store(3, 'A', 'x', faults);
+        table.Store(5, 'A', 'y', faults);
+        QCOMPARE(table.characters, (CharacterMapping{{'A', 'y'}}));
+        QCOMPARE(table.lines, (QMap<signed char, int>{{'A', 5}}));
+        QCOMPARE(faults.Take().size(), 1);
     }
 
 private:

@@ -3,7 +3,23 @@
 
 #include <QRandomGenerator>
 #include <QRegExp>
+#include <QTranslator>
 #include <QtTest>
+
+namespace {
+
+/// Shows what is translated, and as what.
+class Marks : public QTranslator
+{
+public:
+    QString translate(const char* context, const char* text, const char*, int) const override
+    {
+        return QStringLiteral("[%1:%2]").arg(context, text);
+    }
+    bool isEmpty() const override { return false; }
+};
+
+} // namespace
 
 class tst_DisplayName : public QObject
 {
@@ -16,6 +32,46 @@ private Q_SLOTS:
         QCOMPARE(displayName("x", eCHARSET_ASCII), "x - ASCII");
         QCOMPARE(displayName("x", eCHARSET_NONE), "x - UNKNOWN");
         QCOMPARE(displayName("x", eCHARSET_BOTH), "x - UNKNOWN");
+    }
+
+    void suffixesAreTranslated()
+    {
+        Marks marks;
+        QVERIFY(QCoreApplication::installTranslator(&marks));
+        const QStringList names{displayName("x", eCHARSET_ITA2), displayName("x", eCHARSET_ASCII),
+                                displayName("x", eCHARSET_NONE)};
+        const QString full = fullName("x", eCHARSET_ITA2);
+        QCoreApplication::removeTranslator(&marks);
+        QCOMPARE(names, (QStringList{"x[QObject: - ITA2]", "x[QObject: - ASCII]",
+                                     "x[QObject: - UNKNOWN]"}));
+        QCOMPARE(full, "x - ITA2");
+    }
+
+    void aFullNameLeadsToItsFiles_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QStringList>("files");
+        QTest::newRow("a map") << "Greek - ASCII" << QStringList{"Greek.ASCII.map"};
+        QTest::newRow("any letter case") << "Greek - ita2" << QStringList{"Greek.ita2.map"};
+        QTest::newRow("the codec file")
+            << "ITA2 - ITA2" << QStringList{"ITA2.ITA2.map", "ITA2.codec"};
+        QTest::newRow("it has one name") << "ita2 - ITA2" << QStringList{"ita2.ITA2.map"};
+        QTest::newRow("a separator in the name") << "a - b - ITA2" << QStringList{"a.b.map"};
+        QTest::newRow("nothing behind the separator") << "a - " << QStringList{"a..map"};
+        QTest::newRow("a short name") << "Greek" << QStringList{};
+        QTest::newRow("nothing") << "" << QStringList{};
+    }
+
+    void aFullNameLeadsToItsFiles()
+    {
+        QFETCH(QString, name);
+        QTEST(filesOfFullName(name), "files");
+    }
+
+    void noneIsTheEmptyAlphabetInAnyLetterCase()
+    {
+        QVERIFY(isNoAlphabet("None") && isNoAlphabet("nONE"));
+        QVERIFY(!isNoAlphabet("") && !isNoAlphabet("None ") && !isNoAlphabet("None - ITA2"));
     }
 
     void namesAreTakenApart_data()
@@ -85,5 +141,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_DisplayName)
+QTEST_GUILESS_MAIN(tst_DisplayName)
 #include "tst_displayname.moc"

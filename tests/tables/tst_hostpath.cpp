@@ -91,6 +91,58 @@ private Q_SLOTS:
         QCOMPARE(findIgnoringCase(dir, QStringLiteral("sub\\x")), QString());
     }
 
+    void hiddenFilesAreFoundInAnyLetterCaseAndNotListed()
+    {
+        QTemporaryDir folder;
+        touch(folder.filePath(QStringLiteral(".Secret.mal")));
+        touch(folder.filePath(QStringLiteral("Open.mal")));
+        const QDir dir(folder.path());
+        QCOMPARE(findIgnoringCase(dir, QStringLiteral(".Secret.mal")),
+                 QStringLiteral(".Secret.mal"));
+        QCOMPARE(findIgnoringCase(dir, QStringLiteral(".secret.MAL")),
+                 QStringLiteral(".Secret.mal"));
+        QCOMPARE(findFile(folder.filePath(QStringLiteral(".SECRET.mal"))),
+                 folder.filePath(QStringLiteral(".Secret.mal")));
+        QCOMPARE(filesIn(dir), QStringList{QStringLiteral("Open.mal")});
+    }
+
+    void theEmptyPathHoldsNoFiles()
+    {
+        const QString before = QDir::currentPath();
+        touch(m_dir.filePath(QStringLiteral("present")));
+        QVERIFY(QDir::setCurrent(m_dir.path()));
+        QDir dir;
+        dir.setPath(QString());
+        const QStringList files = filesIn(dir);
+        const QString found = FolderNames(dir).Find(QStringLiteral("PRESENT"));
+        QDir::setCurrent(before);
+        QCOMPARE(files, QStringList());
+        QCOMPARE(found, QString());
+    }
+
+    void namesThatDifferInLetterCaseOnlyAreSorted()
+    {
+        QStringList names{"b", "aB", "Ab", "AB", "c", "a", "ab"};
+        sortIgnoringCase(names);
+        QCOMPARE(names, (QStringList{"a", "AB", "Ab", "aB", "ab", "b", "c"}));
+    }
+
+    void manyNamesAreFoundInOneListing()
+    {
+        QTemporaryDir folder;
+        for (const char* name : {"CYR.ita2.map", "cyr.ita2.map", "Greek.ascii.map", ".h"})
+            touch(folder.filePath(QLatin1String(name)));
+        const FolderNames names{QDir(folder.path())};
+        for (const char* name : {"CYR.ITA2.map", "cyr.ITA2.map", "Cyr.ITA2.map", "GREEK.ascii.MAP",
+                                 ".H", "Roman.map", "", "a/b", "a\\b"}) {
+            QCOMPARE(names.Find(QLatin1String(name)),
+                     findIgnoringCase(QDir(folder.path()), QLatin1String(name)));
+        }
+        QCOMPARE(names.Find(QStringLiteral("Cyr.ITA2.map")), QStringLiteral("CYR.ita2.map"));
+        QCOMPARE(names.Find(QStringLiteral("cyr.ITA2.map")), QStringLiteral("cyr.ita2.map"));
+        QCOMPARE(names.Find(QString()), QString());
+    }
+
     void aFolderSpelledWithBackslashesIsSearched()
     {
         QDir(m_dir.path()).mkdir(QStringLiteral("sub"));

@@ -51,12 +51,49 @@ private Q_SLOTS:
     void linesAreReadOneByOne()
     {
         QFETCH(QByteArray, bytes);
-        TableText text(bytes);
-        QStringList lines;
-        while (!text.AtEnd())
-            lines += text.ReadLine().toString();
-        QTEST(lines, "lines");
-        QVERIFY(text.ReadLine().isEmpty());
+        QFETCH(QStringList, lines);
+        QCOMPARE(linesOf(bytes, TableEncoding::Utf8OrLatin1), lines);
+    }
+
+    void linesAreCountedFromOne()
+    {
+        Faults faults;
+        TableText text("a\nb\r\n\nc", TableEncoding::Utf8OrLatin1, faults);
+        for (const char* line : {"1a", "2b", "3", "4c"}) {
+            QCOMPARE(QString::number(text.Number()) + text.Line().toString(), QLatin1String(line));
+            QCOMPARE(text.AtEnd(), line[0] == '4');
+            text.Next();
+        }
+        QVERIFY(text.Line().isEmpty());
+    }
+
+    void markedFilesAreReadByTheirMarkAndBadBytesReplaced_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QStringList>("lines");
+        const auto row = [](const char* name, const QByteArray& bytes, const QStringList& lines) {
+            QTest::newRow(name) << bytes << lines;
+        };
+        row("UTF-8", "\xd0\x91\n", {QStringLiteral("\u0411")});
+        row("UTF-8 with a mark",
+            "\xef\xbb\xbf"
+            "a\n",
+            {"a"});
+        row("UTF-16",
+            QByteArray("\xff\xfe"
+                       "a\0\n\0b\0",
+                       8),
+            {"a", "b"});
+        row("UTF-16, the other byte first", QByteArray("\xfe\xff\0a", 4), {"a"});
+        row("no UTF-8", "\xe4\na", {QStringLiteral("\ufffd"), "a"});
+        row("a character cut off at the end is left out", "a\n\xd0", {"a"});
+    }
+
+    void markedFilesAreReadByTheirMarkAndBadBytesReplaced()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QStringList, lines);
+        QCOMPARE(linesOf(bytes, TableEncoding::Utf8OrMarked), lines);
     }
 
     void numbersAreReadWhole_data()
@@ -113,6 +150,21 @@ private Q_SLOTS:
             QCOMPARE(byte, unit < 256 ? unit : 0);
         }
         QVERIFY(byteOf(QChar(0x80)) < 0);
+    }
+
+private:
+    static QStringList linesOf(const QByteArray& bytes, TableEncoding encoding)
+    {
+        Faults ignored(0);
+        TableText text(bytes, encoding, ignored);
+        QStringList lines;
+        if (!text.AtEnd() || !text.Line().isEmpty())
+            lines += text.Line().toString();
+        while (!text.AtEnd()) {
+            text.Next();
+            lines += text.Line().toString();
+        }
+        return lines;
     }
 };
 
