@@ -24,11 +24,12 @@ struct Files
 {
     QStringList contents;
     bool isOpen = false;
+    bool isNamed = false; ///< a name is prepared in a folder that is there
     int column = 0;
 
-    void write(const QString& piece)
+    void write(const QString& piece, bool hasFolder)
     {
-        if (piece.isEmpty())
+        if (piece.isEmpty() || (!isOpen && !isNamed && !hasFolder))
             return;
         if (!isOpen) {
             contents += QString();
@@ -96,20 +97,31 @@ public:
     void setTime(unsigned long long time_us)
     {
         m_previous_us = std::exchange(m_current_us, time_us);
+        // A document lies in the folder of the time stamp that opens it.
+        if (!isTransmitting)
+            m_isDocumentLost = !hasFolder;
         isTransmitting = true;
         m_frameTime_us = time_us;
     }
 
     void saveDocument()
     {
-        saved += std::exchange(m_unsaved, {});
+        const QVector<Frame> frames = std::exchange(m_unsaved, {});
+        if (!m_isDocumentLost)
+            saved += frames;
         isTransmitting = false;
     }
 
     void closeFiles()
     {
-        textFiles.isOpen = false;
-        codeFiles.isOpen = false;
+        for (Files* const files : {&textFiles, &codeFiles})
+            files->isOpen = files->isNamed = false;
+    }
+
+    void restartFiles()
+    {
+        closeFiles();
+        textFiles.isNamed = codeFiles.isNamed = hasFolder;
     }
 
     void end()
@@ -127,6 +139,7 @@ public:
     bool isAvailable = true;
     bool isActive = false;
     bool isSaving = false;
+    bool hasFolder = true;
     bool isTransmitting = false;
     QString symbols;
     QStringList published;
@@ -190,8 +203,8 @@ private:
     {
         if (!isSaving)
             return;
-        textFiles.write(text);
-        codeFiles.write(code);
+        textFiles.write(text, hasFolder);
+        codeFiles.write(code, hasFolder);
     }
 
     void addFrame(const QString& text)
@@ -204,6 +217,7 @@ private:
     QString m_character;
     QString m_marks;
     bool m_isBehindDigit = false;
+    bool m_isDocumentLost = false;
     unsigned long long m_previous_us = NO_TIME;
     unsigned long long m_current_us = NO_TIME;
     unsigned long long m_frameTime_us = 0;
@@ -288,6 +302,13 @@ public:
             break;
         case 'F': // saving
             setSaving(bytes.byte() % 2 != 0);
+            break;
+        case 'D': // a folder, which may be missing
+            m_model.hasFolder = bytes.byte() % 2 != 0;
+            handler.SetSaveDirectoryPath(
+                m_model.hasFolder ? m_folder.path() : QStringLiteral("/no/such/folder"),
+                MorseValues::path("TextFileName"), MorseValues::path("CodeFileName"),
+                MorseValues::path("XmlFileName"));
             break;
         case 'X':
             m_model.saveDocument();
@@ -387,7 +408,7 @@ private:
     void setFrequency(double frequency_Hz)
     {
         if (m_host->frequency->GetValue() != frequency_Hz && m_model.isSaving)
-            m_model.closeFiles();
+            m_model.restartFiles();
         m_host->frequency->SetValue(frequency_Hz, nullptr);
     }
 
