@@ -17,6 +17,13 @@ struct ConvertOneChar
 };
 template struct PrivateMember<ConvertOneChar, &SimpleMorseHandler::ConvertOneChar>;
 
+struct Decoder
+{
+    using Type = QString SimpleMorseHandler::*;
+    friend Type memberOf(Decoder);
+};
+template struct PrivateMember<Decoder, &SimpleMorseHandler::m_decoder>;
+
 struct ReadDefaultAlphabet
 {
     using Type = void (SimpleMorseHandler::*)();
@@ -437,18 +444,28 @@ private Q_SLOTS:
 
     void aCopyGoesOnByItself()
     {
+        QTemporaryDir dir;
+        QFile file(dir.filePath("Copy.mal"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("@ TextDirection RL\n1\t.----\nT\t-\n\n");
+        file.close();
         SimpleMorseHandler handler;
-        load(handler, "International");
+        handler.SetAlphabetsDir(dir.path());
+        QVERIFY(handler.SetAlphabet("Copy"));
+        handler.*memberOf(Decoder()) = "reserved";
         handler.Translate(".---- -");
         SimpleMorseHandler copy(handler);
         SimpleMorseHandler assigned;
         assigned = handler;
         handler.ResetInternalState();
         QCOMPARE(handler.Translate("- "), "T");
-        QCOMPARE(copy.Translate(" "), "0");
-        QCOMPARE(assigned.Translate(" "), "0");
-        QCOMPARE(assigned.Alphabet(), "International");
-        QVERIFY(assigned.AvailableAlphabets().contains("International"));
+        for (SimpleMorseHandler* const other : {&copy, &assigned}) {
+            QCOMPARE(other->Alphabet(), "Copy");
+            QCOMPARE(other->AvailableAlphabets(), (QStringList{"None", "Copy"}));
+            QVERIFY(other->TextDirectionRTL());
+            QCOMPARE(other->*memberOf(Decoder()), "reserved");
+            QCOMPARE(other->Translate(" "), "0"); // a dash was pending behind a digit
+        }
     }
 
     void aSubclassHearsThatItsStateIsReset()
