@@ -111,8 +111,8 @@ void MappingDirectory::Init(QString selection)
 {
     if (!m_availableMaps)
         return;
-    // Whoever is told of a step may delete the value, or cause another filling that replaces this
-    // one.
+    // Whoever is notified of a step may delete the value, or cause another filling that replaces
+    // this one.
     const int count = ++m_own->initCount;
     const auto isGoingOn = [&] { return m_availableMaps && m_own->initCount == count; };
 

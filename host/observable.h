@@ -8,7 +8,7 @@
 
 class Observable;
 
-/// Why an observer is told. A host may send any other number; observers ignore what they do not
+/// Why an observer is notified. A host may send any other number; observers ignore what they do not
 /// know.
 enum TChangeCode : int {
     eCHANGE_DELETED = 2, ///< the value is being deleted and reports state `eSTATE_DELETED`
@@ -38,8 +38,8 @@ protected:
 ///
 /// Not safe for concurrent use. During a notification an observer may add or remove observers
 /// (itself included), change the same or other values, or delete the value: an observer that was
-/// removed is not told any more, one that was added hears of the next change only, and nobody is
-/// told twice of one change.
+/// removed is not notified any more, one that was added hears of the next change only, and nobody
+/// is notified twice of one change.
 class HOST_API Observable
 {
 public:

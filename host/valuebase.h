@@ -36,7 +36,7 @@ enum ValueType : int {
 ///
 /// The virtual operations stand in the order in which the host's libraries call them; that order
 /// is binary interface and never changes. Every writing operation takes the observer that causes
-/// the change, which is not told; null means that everybody is told.
+/// the change, which is not notified; null means that everybody is.
 class HOST_API ValueBase : public Observable
 {
 public:

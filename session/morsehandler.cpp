@@ -163,7 +163,7 @@ void MorseHandler::observe(Kind*& role, const QString& path)
         role->AddObserver(this);
 }
 
-// These are registered once more, as hosts have always seen it; a change is told once all the same.
+// These are registered once more, as hosts expect; a change is notified once all the same.
 template <typename Kind>
 void MorseHandler::observeTwice(Kind*& role, const QString& path)
 {
@@ -293,7 +293,7 @@ void MorseHandler::Update(Observable* source, TChangeCode code)
     }
 }
 
-// What a freshly attached value would have told, had it been observed all along.
+// The notifications of a value that has just been attached, to this handler alone.
 void MorseHandler::replay(ValueBase* value)
 {
     for (const TChangeCode code : {eCHANGE_DELETED, eCHANGE_STATE, eCHANGE_CONTENT})
@@ -499,7 +499,7 @@ void MorseHandler::publishText(const QString& text)
         return;
     const bool same = text == m_pMorseText->GetValue();
     m_pMorseText->SetValue(text, nullptr);
-    // Writing an equal value tells nobody, yet a repeated character is news. An observer may have
+    // Writing an equal value notifies nobody, yet a repeated character is new. An observer may have
     // deleted the value meanwhile.
     if (same && m_pMorseText)
         m_pMorseText->HasChanged(eCHANGE_CONTENT, this);

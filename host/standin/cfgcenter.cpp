@@ -33,7 +33,7 @@ public:
         const QString local = localPath(path);
         if (local.isEmpty())
             return false;
-        QFile readable(local); // settings do not tell a missing file from an empty one
+        QFile readable(local); // settings look the same for a missing file and an empty one
         if (!readable.open(QIODevice::ReadOnly))
             return false;
         QSettings file(local, QSettings::IniFormat);

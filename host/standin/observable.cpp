@@ -3,8 +3,8 @@
 //
 // A notification walks over a snapshot of the order of observers. Nothing ever changes a snapshot
 // but the removal of an observer, which empties its entry wherever the entry is referred to; so an
-// observer that is added in between is in no running walk, one that is moved is told once, and a
-// value that is deleted ends every walk by emptying all entries. Adding and removing costs the
+// observer that is added in between is in no running walk, one that is moved is notified once, and
+// a value that is deleted ends every walk by emptying all entries. Adding and removing costs the
 // same whatever the number of observers, apart from one copy of the order per notification that
 // it happens in.
 #include "host/observable.h"

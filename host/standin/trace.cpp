@@ -111,7 +111,7 @@ TraceRecorder::TraceRecorder()
     , m_maskBefore(traceMask())
 {
     const auto store = m_store;
-    // cppcheck-suppress useInitializationList; the new sink is told of its store first
+    // cppcheck-suppress useInitializationList; the new sink needs its store first
     m_sinkBefore =
         setTraceSink([store](const QString& message, const QString& sourceFile, int line) {
             const std::lock_guard<std::mutex> lock(store->mutex);
