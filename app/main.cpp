@@ -3,11 +3,11 @@
 #include "app/commands/registry.h"
 #include "app/console/complain.h"
 #include "app/console/exitstatus.h"
+#include "station/io/filenamecodec.h"
 #include "station/io/interrupt.h"
 #include "station/io/systemtext.h"
 
 #include <QCoreApplication>
-#include <QTextCodec>
 
 #include <cerrno>
 #include <cstdio>
@@ -115,8 +115,7 @@ int showHelp(const QStringList& words)
 int main(int argc, char* argv[])
 {
     openMissingDescriptors();
-    // Names and texts are UTF-8 whatever the locale says.
-    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    morsehost::useFileNameCodec();
     QCoreApplication application(argc, argv);
     morsehost::noteInterrupts();
 

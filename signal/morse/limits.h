@@ -13,6 +13,9 @@ constexpr double HIGHEST_RATE_Hz = 768000.0;
 constexpr double LOWEST_TONE_Hz = 150.0;
 constexpr double HIGHEST_TONE_Hz = 3500.0;
 
+/// Share of the sample rate up to which a tone is found.
+constexpr double HIGHEST_TONE_SHARE = 0.47;
+
 /// Tones that can be set, and how far from it the signal may be.
 constexpr double LOWEST_SET_TONE_Hz = 50.0;
 constexpr double HIGHEST_SET_TONE_Hz = HIGHEST_TONE_Hz;

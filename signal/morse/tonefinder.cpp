@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "signal/morse/tonefinder.h"
 
+#include "signal/morse/limits.h"
+
 #include <algorithm>
 #include <cmath>
 #include <kiss_fftr.h>
@@ -148,7 +150,7 @@ std::optional<ToneCandidate> ToneFinder::find(std::int64_t count, double lowest_
     if (count < 4)
         return {};
     const std::size_t first = binOf(lowest_Hz);
-    const std::size_t last = binOf(std::min(highest_Hz, 0.47 * m_rate_Hz));
+    const std::size_t last = binOf(std::min(highest_Hz, HIGHEST_TONE_SHARE * m_rate_Hz));
     if (last <= first)
         return {};
     const std::vector<float> mean = meanPower(count, first, last);

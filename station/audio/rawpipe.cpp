@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "station/audio/samplesource.h"
+#include "station/audio/rawpipe.h"
 
 #include "station/io/input.h"
 
@@ -14,8 +14,9 @@ namespace {
 class RawPipe : public SampleSource
 {
 public:
-    RawPipe(int descriptor, double sampleRate_Hz)
+    RawPipe(int descriptor, const QByteArray& begin, double sampleRate_Hz)
         : m_input(descriptor)
+        , m_begin(begin)
         , m_sampleRate_Hz(sampleRate_Hz)
     {
     }
@@ -31,7 +32,7 @@ public:
             m_bytes[filled++] = m_half;
         // A pipe may cut a sample in two.
         do {
-            const std::size_t got = m_input.read(&m_bytes[filled], m_bytes.size() - filled);
+            const std::size_t got = readBytes(&m_bytes[filled], m_bytes.size() - filled);
             if (got == 0) {
                 m_endsInHalf = filled != 0;
                 return 0;
@@ -58,7 +59,18 @@ public:
     }
 
 private:
+    std::size_t readBytes(char* data, std::size_t size)
+    {
+        if (m_begin.isEmpty())
+            return m_input.read(data, size);
+        const std::size_t count = std::min(size, static_cast<std::size_t>(m_begin.size()));
+        std::copy_n(m_begin.constData(), count, data);
+        m_begin.remove(0, static_cast<int>(count));
+        return count;
+    }
+
     Input m_input;
+    QByteArray m_begin; ///< of what was read before
     double m_sampleRate_Hz;
     std::vector<char> m_bytes;
     bool m_hasHalf = false;
@@ -68,9 +80,10 @@ private:
 
 } // namespace
 
-std::unique_ptr<SampleSource> openRawPipe(int descriptor, double sampleRate_Hz)
+std::unique_ptr<SampleSource> openRawSamples(int descriptor, const QByteArray& begin,
+                                             double sampleRate_Hz)
 {
-    return std::make_unique<RawPipe>(descriptor, sampleRate_Hz);
+    return std::make_unique<RawPipe>(descriptor, begin, sampleRate_Hz);
 }
 
 } // namespace morsehost

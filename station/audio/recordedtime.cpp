@@ -16,10 +16,10 @@ std::optional<unsigned long long> timeIn(const QString& text, const QRegularExpr
         const auto number = [&match](const char* name) {
             return match.captured(QLatin1String(name)).toInt();
         };
-        const QDateTime time(QDate(number("year"), number("month"), number("day")),
-                             QTime(number("hour"), number("minute"), number("second")), Qt::UTC);
-        const qint64 milliseconds = time.isValid() ? time.toMSecsSinceEpoch() : -1;
-        if (milliseconds >= 0)
+        const QDate day(number("year"), number("month"), number("day"));
+        const QTime time(number("hour"), number("minute"), number("second"));
+        const qint64 milliseconds = QDateTime(day, time, Qt::UTC).toMSecsSinceEpoch();
+        if (day.isValid() && time.isValid() && milliseconds >= 0)
             return static_cast<unsigned long long>(milliseconds) * 1000;
     }
     return std::nullopt;
@@ -33,7 +33,8 @@ std::optional<unsigned long long> timeInName(const QString& fileName)
     static const QRegularExpression pattern(QStringLiteral(
         "(?<!\\d)(?<year>\\d{4})([-_.]?)(?<month>\\d\\d)\\2(?<day>\\d\\d)"
         "[T_\\- ]{1,2}(?<hour>\\d\\d)([-_:.]?)(?<minute>\\d\\d)\\6(?<second>\\d\\d)(?!\\d)"));
-    return timeIn(fileName, pattern);
+    // Lone surrogates would match nothing.
+    return timeIn(QString::fromUtf8(fileName.toUtf8()), pattern);
 }
 
 std::optional<unsigned long long> timeInBroadcastChunk(const QString& date, const QString& time)

@@ -1,20 +1,38 @@
 // SPDX-License-Identifier: MIT
-#include "station/audio/samplesource.h"
-
 #include "signal/morse/limits.h"
+#include "station/audio/container.h"
+#include "station/audio/rawpipe.h"
+#include "station/audio/recordedtime.h"
+#include "station/audio/samplesource.h"
+#include "station/io/input.h"
 #include "station/io/systemtext.h"
 
 #include <QFile>
 #include <QFileInfo>
+#include <QTemporaryFile>
 
 #include <sndfile.h>
 
 #include <cerrno>
+#include <fcntl.h>
+#include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace morsehost {
 
 namespace {
+
+constexpr int DEFAULT_RATE_HZ = 8000;
+constexpr std::size_t PIECE_BYTES = 65536;
+
+// A header and what may stand around it; what has more bytes has sound.
+constexpr qint64 HEADER_BYTES = 4096;
+
+// Where the mean of all channels is 40 dB below each of them, they cancel each other out.
+constexpr double CANCELLED_SHARE = 1e-4;
+
+const QLatin1String NO_SOUND("its header says that it holds no sound");
 
 struct CloseSound
 {
@@ -22,15 +40,32 @@ struct CloseSound
 };
 using SoundFile = std::unique_ptr<SNDFILE, CloseSound>;
 
+/// What a recording is read from has to last as long as the recording.
+class Origin
+{
+public:
+    Origin() = default;
+    virtual ~Origin() = default;
+    Origin(const Origin&) = delete;
+    Origin& operator=(const Origin&) = delete;
+};
+
 class Recording : public SampleSource
 {
 public:
-    Recording(SoundFile file, const SF_INFO& info, std::optional<int> channel)
-        : m_file(std::move(file))
+    Recording(std::unique_ptr<Origin> origin, SoundFile file, const SF_INFO& info,
+              std::optional<int> channel)
+        : m_origin(std::move(origin))
+        , m_file(std::move(file))
         , m_info(info)
         , m_channel(channel)
     {
     }
+
+    /// By its header, which a writer fills in when it is done.
+    bool isEmpty() const { return m_info.frames == 0; }
+    void setError(const QString& error) { m_error = error; }
+    void forgetLength() { m_info.frames = 0; }
 
     double sampleRate_Hz() const override { return m_info.samplerate; }
 
@@ -40,6 +75,16 @@ public:
         if (m_info.frames <= 0 || m_info.frames == SF_COUNT_MAX)
             return std::nullopt;
         return m_info.frames;
+    }
+
+    std::optional<unsigned long long> recorded_us() const override
+    {
+        SF_BROADCAST_INFO info = {};
+        if (sf_command(m_file.get(), SFC_GET_BROADCAST_INFO, &info, sizeof info) != SF_TRUE)
+            return std::nullopt;
+        return timeInBroadcastChunk(
+            QString::fromLatin1(info.origination_date, sizeof info.origination_date),
+            QString::fromLatin1(info.origination_time, sizeof info.origination_time));
     }
 
     std::size_t read(float* samples, std::size_t count) override
@@ -61,32 +106,43 @@ public:
     QString error() const override { return m_error; }
 
 private:
-    float mono(const float* frame) const
+    float mono(const float* frame)
     {
         if (m_channel)
             return frame[*m_channel - 1];
         float sum = 0;
-        for (int i = 0; i < m_info.channels; ++i)
+        for (int i = 0; i < m_info.channels; ++i) {
             sum += frame[i];
-        return sum / static_cast<float>(m_info.channels);
+            m_channelPower += static_cast<double>(frame[i] * frame[i]) / m_info.channels;
+        }
+        const float mean = sum / static_cast<float>(m_info.channels);
+        m_meanPower += static_cast<double>(mean * mean);
+        return mean;
     }
 
     void noteEnd()
     {
-        if (sf_error(m_file.get()) != SF_ERR_NO_ERROR) {
+        if (!m_error.isEmpty())
+            return;
+        if (sf_error(m_file.get()) != SF_ERR_NO_ERROR)
             m_error = QString::fromLocal8Bit(sf_strerror(m_file.get()));
-        } else if (frameCount() && m_read < *frameCount()) {
+        else if (frameCount() && m_read < *frameCount())
             m_error = QStringLiteral("ends after %1 of %2 seconds")
                           .arg(m_read / sampleRate_Hz(), 0, 'f', 1)
                           .arg(*frameCount() / sampleRate_Hz(), 0, 'f', 1);
-        }
+        else if (m_channelPower > 0 && m_meanPower < CANCELLED_SHARE * m_channelPower)
+            m_error = QStringLiteral("its channels cancel each other out; take one of them with "
+                                     "--channel 1");
     }
 
+    std::unique_ptr<Origin> m_origin; ///< goes after the file
     SoundFile m_file;
     SF_INFO m_info;
     std::optional<int> m_channel;
     std::vector<float> m_frames;
     sf_count_t m_read = 0;
+    double m_channelPower = 0.0; ///< sums over all frames
+    double m_meanPower = 0.0;
     QString m_error;
 };
 
@@ -95,39 +151,184 @@ OpenedSource refused(const QString& reason)
     return {nullptr, reason};
 }
 
-} // namespace
-
-OpenedSource openRecording(const QString& path, std::optional<int> channel)
+struct OpenedRecording
 {
-    const QFileInfo file(path);
-    if (!file.exists())
-        return refused(QStringLiteral("no such file"));
-    if (file.isDir())
-        return refused(QStringLiteral("is a directory"));
-    if (file.isFile() && file.size() == 0)
-        return refused(QStringLiteral("is empty"));
-    if (!file.isReadable())
-        return refused(systemError(EACCES));
+    std::unique_ptr<Recording> recording;
+    QString error;
+};
 
+// The descriptor is closed with the recording, whatever becomes of it.
+OpenedRecording openDescriptor(int descriptor, std::optional<int> channel,
+                               std::unique_ptr<Origin> origin = nullptr)
+{
     SF_INFO info = {};
-    SoundFile sound(sf_open(QFile::encodeName(path).constData(), SFM_READ, &info));
+    SoundFile sound(sf_open_fd(descriptor, SFM_READ, &info, SF_TRUE));
     if (!sound) {
         QString reason = QString::fromLocal8Bit(sf_strerror(nullptr)).trimmed();
         if (reason.endsWith(QLatin1Char('.')))
             reason.chop(1);
-        return refused(QStringLiteral("is no recording that can be read: %1").arg(reason));
+        return {nullptr, QStringLiteral("is no recording that can be read: %1").arg(reason)};
     }
     if (info.samplerate < demodulator::LOWEST_RATE_Hz ||
         info.samplerate > demodulator::HIGHEST_RATE_Hz)
-        return refused(QStringLiteral("has %1 samples a second; %2 to %3 can be used")
-                           .arg(info.samplerate)
-                           .arg(demodulator::LOWEST_RATE_Hz)
-                           .arg(demodulator::HIGHEST_RATE_Hz));
+        return {nullptr, QStringLiteral("has %1 samples a second; %2 to %3 can be used")
+                             .arg(info.samplerate)
+                             .arg(demodulator::LOWEST_RATE_Hz)
+                             .arg(demodulator::HIGHEST_RATE_Hz)};
     if (channel && *channel > info.channels)
-        return refused(QStringLiteral("has %1; there is no channel %2")
-                           .arg(counted(info.channels, "channel", "channels"))
-                           .arg(*channel));
-    return {std::make_unique<Recording>(std::move(sound), info, channel), {}};
+        return {nullptr, QStringLiteral("has %1; there is no channel %2")
+                             .arg(counted(info.channels, "channel", "channels"))
+                             .arg(*channel)};
+    return {std::make_unique<Recording>(std::move(origin), std::move(sound), info, channel), {}};
+}
+
+OpenedSource openFile(const QString& path, std::optional<int> channel)
+{
+    QString cut;
+    if (QFile file(path); QFileInfo(path).isFile() && file.open(QIODevice::ReadOnly))
+        cut = whyCut(file);
+    const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0)
+        return refused(systemError(errno));
+    OpenedRecording opened = openDescriptor(descriptor, channel);
+    if (!opened.recording)
+        return refused(opened.error);
+    const qint64 size = QFileInfo(path).size();
+    if (opened.recording->isEmpty() && size > HEADER_BYTES)
+        return refused(NO_SOUND + QStringLiteral(", yet it has %1 bytes; 'sox --ignore-length' "
+                                                 "repairs it")
+                                      .arg(size));
+    opened.recording->setError(cut);
+    return {std::move(opened.recording), {}};
+}
+
+// Bytes on their way from one descriptor into a pipe, which is what a recording that arrives slowly
+// is read from: its reader knows no other way to wait.
+class Pump : public Origin
+{
+public:
+    Pump(int descriptor, QByteArray begin, int to)
+        : m_input(descriptor)
+        , m_begin(std::move(begin))
+        , m_to(to)
+        , m_thread([this] { run(); })
+    {
+    }
+    ~Pump() override
+    {
+        m_input.stop();
+        m_thread.join();
+    }
+
+private:
+    void run()
+    {
+        std::vector<char> piece(PIECE_BYTES);
+        bool isTaken = write(m_begin.constData(), static_cast<std::size_t>(m_begin.size()));
+        while (isTaken) {
+            const std::size_t count = m_input.read(piece.data(), piece.size());
+            isTaken = count > 0 && write(piece.data(), count);
+        }
+        ::close(m_to);
+    }
+
+    // False when nobody reads any more; SIGPIPE is ignored in this program.
+    bool write(const char* data, std::size_t size) const
+    {
+        while (size > 0) {
+            const ssize_t written = ::write(m_to, data, size);
+            if (written < 0 && errno != EINTR)
+                return false;
+            if (written > 0) {
+                data += written;
+                size -= static_cast<std::size_t>(written);
+            }
+        }
+        return true;
+    }
+
+    Input m_input;
+    QByteArray m_begin;
+    int m_to;
+    std::thread m_thread;
+};
+
+OpenedSource openStreamed(int descriptor, const QByteArray& begin, std::optional<int> channel)
+{
+    int ends[2] = {-1, -1};
+    if (::pipe2(ends, O_CLOEXEC) != 0)
+        return refused(systemError(errno));
+    OpenedRecording opened =
+        openDescriptor(ends[0], channel, std::make_unique<Pump>(descriptor, begin, ends[1]));
+    if (!opened.recording)
+        return refused(opened.error);
+    if (opened.recording->isEmpty())
+        return refused(NO_SOUND);
+    if (declaredSize(begin) < 0)
+        opened.recording->forgetLength();
+    return {std::move(opened.recording), {}};
+}
+
+OpenedSource openWhole(int descriptor, const QByteArray& begin, std::optional<int> channel)
+{
+    QTemporaryFile spool;
+    if (!spool.open())
+        return refused(spool.errorString());
+    Input input(descriptor);
+    std::vector<char> piece(PIECE_BYTES);
+    bool isKept = spool.write(begin) == begin.size();
+    while (isKept) {
+        const std::size_t count = input.read(piece.data(), piece.size());
+        if (count == 0)
+            break;
+        isKept =
+            spool.write(piece.data(), static_cast<qint64>(count)) == static_cast<qint64>(count);
+    }
+    if (!isKept || !spool.flush())
+        return refused(QStringLiteral("cannot be kept until its end: %1").arg(spool.errorString()));
+    if (!input.error().isEmpty())
+        return refused(input.error());
+    return openFile(spool.fileName(), channel);
+}
+
+} // namespace
+
+OpenedSource openRecording(const QString& path, std::optional<int> channel)
+{
+    const QFileInfo info(path);
+    if (!info.exists())
+        return refused(QStringLiteral("no such file"));
+    if (info.isDir())
+        return refused(QStringLiteral("is a directory"));
+    if (info.isFile() && info.size() == 0)
+        return refused(QStringLiteral("is empty"));
+    return openFile(path, channel);
+}
+
+OpenedSource openPipe(int descriptor, std::optional<int> rate_Hz, std::optional<int> channel)
+{
+    Input input(descriptor);
+    QByteArray begin(CONTAINER_MARK_BYTES, '\0');
+    int filled = 0;
+    for (std::size_t count = 1; count > 0 && filled < begin.size();
+         filled += static_cast<int>(count))
+        count = input.read(begin.data() + filled, static_cast<std::size_t>(begin.size() - filled));
+    begin.truncate(filled);
+    if (!input.error().isEmpty())
+        return refused(input.error());
+
+    const Container container = containerOf(begin);
+    if (container == Container::None) {
+        if (channel.value_or(1) != 1)
+            return refused(QStringLiteral("raw samples have one channel"));
+        return {openRawSamples(descriptor, begin, rate_Hz.value_or(DEFAULT_RATE_HZ)), {}};
+    }
+    if (rate_Hz)
+        return refused(
+            QStringLiteral("is a recording, which knows its own rate; leave --rate away"));
+    if (container == Container::Streamed)
+        return openStreamed(descriptor, begin, channel);
+    return openWhole(descriptor, begin, channel);
 }
 
 } // namespace morsehost

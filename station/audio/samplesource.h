@@ -38,7 +38,11 @@ struct OpenedSource
 /// Any file that libsndfile reads. `channel` counts from 1; without it the mean of all is taken.
 OpenedSource openRecording(const QString& path, std::optional<int> channel);
 
-/// Signed 16-bit little-endian mono from a file descriptor, which stays the caller's.
-std::unique_ptr<SampleSource> openRawPipe(int descriptor, double sampleRate_Hz);
+/// What comes from a file descriptor, which stays the caller's: a recording where it begins like
+/// one (RIFF, RF64, FORM, fLaC, OggS, ID3), otherwise raw samples, signed, 16 bits, little-endian,
+/// mono, `rate_Hz` a second (default: 8000). A recording needs no rate, raw samples no channel: the
+/// other is an error. Waits for the first bytes. WAV, AIFF and Ogg are heard while they arrive,
+/// FLAC and MP3 when they have come to their end.
+OpenedSource openPipe(int descriptor, std::optional<int> rate_Hz, std::optional<int> channel);
 
 } // namespace morsehost

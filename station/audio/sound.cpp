@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "station/audio/sound.h"
 
+#include "signal/morse/limits.h"
+
+#include <cmath>
 #include <unistd.h>
 
 namespace morsehost {
 
 namespace {
-
-constexpr int DEFAULT_RATE_HZ = 8000;
 
 OpenedSource openByKind(const SoundRequest& request)
 {
@@ -15,9 +16,7 @@ OpenedSource openByKind(const SoundRequest& request)
         return openRecording(request.name, request.channel);
     if (isatty(STDIN_FILENO) != 0)
         return {nullptr, QStringLiteral("is a terminal; sound is expected from a pipe")};
-    if (request.channel.value_or(1) != 1)
-        return {nullptr, QStringLiteral("raw samples have one channel")};
-    return {openRawPipe(STDIN_FILENO, request.rate_Hz.value_or(DEFAULT_RATE_HZ)), {}};
+    return openPipe(STDIN_FILENO, request.rate_Hz, request.channel);
 }
 
 } // namespace
@@ -29,10 +28,13 @@ OpenedSource openSound(SoundRequest& request)
         return opened;
     demodulator::Settings& settings = request.demodulator;
     settings.sampleRate_Hz = opened.source->sampleRate_Hz();
-    if (settings.tone_Hz && *settings.tone_Hz >= settings.sampleRate_Hz / 2)
-        return {nullptr, QStringLiteral("a tone of %1 Hz needs more than %2 samples a second")
+    const double highest_Hz = demodulator::HIGHEST_TONE_SHARE * settings.sampleRate_Hz;
+    if (settings.tone_Hz && *settings.tone_Hz > highest_Hz)
+        return {nullptr, QStringLiteral("a tone of %1 Hz cannot be heard at %2 samples a second, "
+                                        "where the highest is %3 Hz")
                              .arg(*settings.tone_Hz)
-                             .arg(settings.sampleRate_Hz)};
+                             .arg(settings.sampleRate_Hz)
+                             .arg(std::floor(highest_Hz))};
     return opened;
 }
 

@@ -12,7 +12,7 @@ namespace morsehost {
 
 std::size_t Input::read(char* data, std::size_t size)
 {
-    while (!isInterrupted() && m_error.isEmpty()) {
+    while (!isInterrupted() && !m_isStopped && m_error.isEmpty()) {
         if (m_descriptor < 0) { // poll would wait for it
             m_error = systemError(EBADF);
             break;

@@ -4,6 +4,7 @@
 
 #include <QString>
 
+#include <atomic>
 #include <cstddef>
 
 namespace morsehost {
@@ -20,12 +21,16 @@ public:
     /// input, after an error, or when the program was interrupted.
     std::size_t read(char* data, std::size_t size);
 
+    /// From any thread: whoever waits for bytes gets none, now and later.
+    void stop() { m_isStopped = true; }
+
     /// Empty when the input ended as it should.
     const QString& error() const { return m_error; }
 
 private:
     int m_descriptor;
     QString m_error;
+    std::atomic<bool> m_isStopped{false};
 };
 
 } // namespace morsehost

@@ -179,6 +179,181 @@ private Q_SLOTS:
         QCOMPARE(run({"decode", "-"}).out, QByteArray());
     }
 
+    void aRecordingMayComeFromAPipe_data()
+    {
+        QTest::addColumn<int>("format");
+        QTest::newRow("wav") << (SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+        QTest::newRow("rf64") << (SF_FORMAT_RF64 | SF_FORMAT_PCM_16);
+        QTest::newRow("aiff") << (SF_FORMAT_AIFF | SF_FORMAT_PCM_16);
+        QTest::newRow("flac") << (SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
+        QTest::newRow("ogg") << (SF_FORMAT_OGG | SF_FORMAT_VORBIS);
+    }
+
+    void aRecordingMayComeFromAPipe()
+    {
+        QFETCH(int, format);
+        QTemporaryDir dir;
+        const QString path = dir.filePath("x");
+        writeSound(path, format, keyed("PARIS DE N0CALL", 48000), 48000);
+        const Ended ended = run({"decode", "-"}, contentOf(path));
+        QCOMPARE(ended.out.simplified(), QByteArray("PARIS DE N0CALL"));
+        QCOMPARE(ended.err, QByteArray());
+        QCOMPARE(ended.status, 0);
+        verifyOneLine(run({"decode", "--rate", "48000", "-"}, contentOf(path)), 1,
+                      "standard input: is a recording, which knows its own rate");
+    }
+
+    // As arecord writes it, which never knows how long it will go on.
+    void aWavFileIsHeardWhileItArrives()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("x.wav");
+        writeSound(path, SF_FORMAT_WAV | SF_FORMAT_PCM_16, keyed("PARIS PARIS PARIS"), RATE_HZ);
+        QByteArray bytes = contentOf(path);
+        bytes.replace(4, 4, QByteArray(4, '\xFF'));
+        bytes.replace(bytes.indexOf("data") + 4, 4, QByteArray(4, '\xFF'));
+        QProcess process;
+        process.start(QStringLiteral(MORSEHOST_PATH), {"decode", "-"});
+        process.write(bytes);
+        QByteArray out;
+        while (!out.contains("PARIS PARIS") && process.waitForReadyRead(60000))
+            out += process.readAllStandardOutput();
+        QVERIFY2(out.contains("PARIS PARIS"), out.constData());
+        process.closeWriteChannel();
+        const Ended ended = end(process);
+        QCOMPARE(ended.err, QByteArray());
+        QCOMPARE(ended.status, 0);
+    }
+
+    void aPipeWithoutAStartIsDatedByTheClock()
+    {
+        const QDateTime before = QDateTime::currentDateTimeUtc();
+        const QByteArray out = run({"decode", "--json", "-"}, raw(keyed("E E"))).out;
+        const QByteArray line = out.trimmed().split('\n').last();
+        const QJsonObject object = QJsonDocument::fromJson(line).object();
+        QCOMPARE(object.value("event").toString(), QStringLiteral("transmission"));
+        const QDateTime start =
+            QDateTime::fromString(object.value("start").toString(), Qt::ISODateWithMs);
+        QVERIFY2(start >= before.addSecs(-1), line.constData());
+    }
+
+    void theStartIsInTheNameOrInTheFile()
+    {
+        QTemporaryDir dir;
+        const QString named = dir.filePath("x_20260512_101500Z.wav");
+        writeSound(named, SF_FORMAT_WAV | SF_FORMAT_PCM_16, keyed("PARIS"), RATE_HZ);
+        QVERIFY(run({"decode", "--json", "--start", "auto", named})
+                    .out.contains("\"start\":\"2026-05-12T10:15:01."));
+        const QString plain = dir.filePath("x.wav");
+        QVERIFY(QFile::copy(named, plain));
+        verifyOneLine(run({"decode", "--start", "auto", plain}), 1, "neither its name nor a bext");
+        QVERIFY(run({"decode", "--json", plain}).out.contains("\"start\":\"1970-01-01T00:00:01."));
+    }
+
+    void whatWouldBeSilenceIsSaid()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("x.wav");
+        writeSound(path, SF_FORMAT_WAV | SF_FORMAT_PCM_16, keyed("PARIS"), RATE_HZ);
+        QByteArray bytes = contentOf(path);
+        const int data = bytes.indexOf("data");
+        QFile unfinished(dir.filePath("unfinished.wav"));
+        QVERIFY(unfinished.open(QIODevice::WriteOnly));
+        bytes.replace(data + 4, 4, QByteArray(4, '\0'));
+        QCOMPARE(unfinished.write(bytes), bytes.size());
+        unfinished.close();
+        verifyOneLine(run({"decode", unfinished.fileName()}), 1,
+                      "its header says that it holds no");
+        verifyOneLine(run({"decode", "-"}, bytes), 1, "its header says that it holds no sound");
+
+        const std::vector<float> samples = keyed("PARIS");
+        SF_INFO info = {};
+        info.samplerate = 8000;
+        info.channels = 2;
+        info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+        const QString opposite = dir.filePath("opposite.wav");
+        SNDFILE* const file = sf_open(opposite.toUtf8().constData(), SFM_WRITE, &info);
+        QVERIFY(file);
+        for (const float sample : samples) {
+            const float frame[] = {sample, -sample};
+            sf_writef_float(file, frame, 1);
+        }
+        sf_close(file);
+        verifyOneLine(run({"decode", opposite}), 1, "its channels cancel each other out");
+        QCOMPARE(run({"decode", "--channel", "2", opposite}).out.simplified(), QByteArray("PARIS"));
+
+        verifyOneLine(run({"decode", "--tone", "1900", "--rate", "4000", "-"}, "0123"), 1,
+                      "a tone of 1900 Hz cannot be heard at 4000 samples a second");
+    }
+
+    void severalRecordingsAreDecodedInTheirOrder()
+    {
+        QTemporaryDir dir;
+        const QStringList texts = {"PARIS PARIS PARIS", "DE", "CQ CQ", "TEST"};
+        QStringList paths;
+        for (const QString& text : texts) {
+            paths += dir.filePath(QString::number(paths.size()) + ".wav");
+            writeSound(paths.last(), SF_FORMAT_WAV | SF_FORMAT_PCM_16,
+                       keyed(text.toUtf8().constData()), RATE_HZ);
+        }
+        paths.insert(2, dir.filePath("missing.wav"));
+        const Ended one = run(QStringList{"decode", "--jobs", "1"} + paths);
+        QCOMPARE(one.status, 1);
+        QCOMPARE(one.err, "morsehost: " + paths.at(2).toUtf8() + ": no such file\n");
+        QByteArray expected;
+        for (const int i : {0, 1, 3, 4})
+            expected += "==> " + paths.at(i).toUtf8() + " <==\n" +
+                        texts.at(i < 2 ? i : i - 1).toUtf8() + " \n";
+        QCOMPARE(one.out, expected);
+        for (const char* jobs : {"2", "8"}) {
+            const Ended several = run(QStringList{"decode", "--jobs", jobs} + paths);
+            QCOMPARE(several.out, one.out);
+            QCOMPARE(several.err, one.err);
+            QCOMPARE(several.status, one.status);
+        }
+        const Ended json = run(QStringList{"decode", "--json"} + paths);
+        QCOMPARE(json.out.count("\"event\":\"source\""), 4);
+    }
+
+    void aNameNeedNotBeUtf8()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("x.wav");
+        writeSound(path, SF_FORMAT_WAV | SF_FORMAT_PCM_16, keyed("PARIS"), RATE_HZ);
+        QProcess shell;
+        shell.start(
+            QStringLiteral("bash"),
+            {"-c", QStringLiteral("cd %2; mv x.wav $'\\xFF.wav'; mkdir $'\\xFE';"
+                                  "%1 decode --save $'\\xFE' $'\\xFF.wav'; ls $'\\xFE' | wc -l")
+                       .arg(QStringLiteral(MORSEHOST_PATH), dir.path())});
+        const Ended ended = end(shell);
+        QCOMPARE(ended.err, QByteArray());
+        QCOMPARE(ended.out.simplified(), QByteArray("PARIS 3"));
+    }
+
+    // Codes that the alphabet does not have.
+    void unknownCodesAreEvents()
+    {
+        const Ended ended = run({"symbols", "--json", "-"}, "0 1 0 1 0 1 0 3 0 3");
+        QVERIFY2(ended.out.contains("\"code\":\".-.-.-.\""), ended.out.constData());
+        QVERIFY(ended.out.contains("\"unknown_codes\":[\".-.-.-.\"]"));
+    }
+
+    void aLineEndsWithItsTransmission()
+    {
+        QProcess process;
+        process.start(QStringLiteral(MORSEHOST_PATH), {"decode", "-"});
+        std::vector<float> samples = keyed("PARIS");
+        append(samples, std::vector<float>(static_cast<std::size_t>(10 * RATE_HZ)));
+        process.write(raw(samples));
+        QByteArray out;
+        while (!out.endsWith('\n') && process.waitForReadyRead(60000))
+            out += process.readAllStandardOutput();
+        QCOMPARE(out, QByteArray("PARIS \n"));
+        process.closeWriteChannel();
+        QCOMPARE(end(process).out, QByteArray());
+    }
+
     void textAppearsWhileThePipeIsOpen()
     {
         QProcess process;
@@ -314,17 +489,26 @@ private Q_SLOTS:
         QCOMPARE(ended.out, QByteArray());
     }
 
+    void aTruncatedRecordingIsDecodedAsFarAsItGoes_data()
+    {
+        QTest::addColumn<int>("format");
+        QTest::newRow("flac") << (SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
+        QTest::newRow("wav") << (SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+        QTest::newRow("aiff") << (SF_FORMAT_AIFF | SF_FORMAT_PCM_16);
+        QTest::newRow("ogg") << (SF_FORMAT_OGG | SF_FORMAT_VORBIS);
+    }
+
     void aTruncatedRecordingIsDecodedAsFarAsItGoes()
     {
+        QFETCH(int, format);
         QTemporaryDir dir;
-        const QString path = dir.filePath("x.flac");
-        writeSound(path, SF_FORMAT_FLAC | SF_FORMAT_PCM_16, keyed("PARIS PARIS PARIS PARIS"),
-                   RATE_HZ);
+        const QString path = dir.filePath("x");
+        writeSound(path, format, keyed("PARIS PARIS PARIS PARIS"), RATE_HZ);
         QFile file(path);
-        QVERIFY(file.resize(file.size() * 6 / 10));
+        QVERIFY(file.resize(file.size() * 8 / 10));
         const Ended ended = run({"decode", path});
-        QVERIFY2(ended.out.startsWith("PARIS PARIS"), ended.out.constData());
-        verifyOneLine(ended, 1, "x.flac: ");
+        QVERIFY2(ended.out.startsWith("PARIS PAR"), ended.out.constData());
+        verifyOneLine(ended, 1, "/x: ");
     }
 
     void wrongUsageIsSaidInOneLine_data()
@@ -618,6 +802,7 @@ private Q_SLOTS:
         QTest::addColumn<int>("number");
         QTest::newRow("SIGTERM") << SIGTERM;
         QTest::newRow("SIGINT") << SIGINT;
+        QTest::newRow("SIGHUP") << SIGHUP;
     }
 
     void aSignalLeavesCompleteFilesAndASavedDocument()
@@ -709,6 +894,37 @@ private Q_SLOTS:
         QVERIFY(shell.waitForFinished(40000));
         QCOMPARE(shell.readAllStandardOutput(), QByteArray("0\n"));
         QCOMPARE(QDir(dir.filePath("saved")).entryList({"*.xml"}).size(), 1);
+    }
+
+    void savingGoesOnWhenTheScreenStops_data()
+    {
+        QTest::addColumn<QString>("screen");
+        QTest::addColumn<QByteArray>("status");
+        QTest::newRow("a reader that leaves") << "| head -c 1 >%1/shown" << QByteArray("0");
+        QTest::newRow("a full disk") << ">/dev/full" << QByteArray("1");
+    }
+
+    void savingGoesOnWhenTheScreenStops()
+    {
+        QFETCH(QString, screen);
+        QFETCH(QByteArray, status);
+        QTemporaryDir dir;
+        QFile codes(dir.filePath("codes"));
+        QVERIFY(codes.open(QIODevice::WriteOnly));
+        for (int i = 0; i < 5000; ++i)
+            codes.write("0 3 1 3\n");
+        codes.close();
+        QProcess shell;
+        shell.start(
+            QStringLiteral("bash"),
+            {"-c",
+             QStringLiteral(MORSEHOST_PATH " symbols --save %1/saved %1/codes ").arg(dir.path()) +
+                 screen.replace("%1", dir.path()) + "; echo ${PIPESTATUS[0]}"});
+        QCOMPARE(end(shell).out.simplified(), status);
+        const QDir saved(dir.filePath("saved"));
+        QCOMPARE(contentOf(saved.filePath(saved.entryList({"*__International.txt"}).value(0)))
+                     .count('T'),
+                 5000);
     }
 
     void whatCannotBeSavedIsSaid_data()

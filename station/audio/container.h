@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+// What the bytes of a recording's file say that its reader does not: which kind it is, and whether
+// its end is missing.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+class QFile;
+
+namespace morsehost {
+
+/// So many bytes tell the kind.
+constexpr int CONTAINER_MARK_BYTES = 12;
+
+enum class Container {
+    None,     ///< raw samples
+    Streamed, ///< can be read as it arrives: WAV, AIFF, Ogg
+    Whole,    ///< has to be there as a file: FLAC, MP3
+};
+
+Container containerOf(const QByteArray& begin);
+
+/// The size in the header of a WAV or AIFF file that begins so; -1 for another kind, and where the
+/// writer did not know it, as it writes into a pipe.
+qint64 declaredSize(const QByteArray& begin);
+
+/// Why an open file is not all of what was recorded; empty when nothing shows that. Leaves the file
+/// anywhere.
+QString whyCut(QFile& file);
+
+} // namespace morsehost
