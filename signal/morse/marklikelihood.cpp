@@ -8,184 +8,165 @@ namespace demodulator {
 
 namespace {
 
-using AmplitudeWeights = std::array<double, MarkLikelihood::AMPLITUDE_COUNT>;
+constexpr std::int64_t LOWER_SUMS_STEPS = 256;
+// Sums reach back to before the first step of the longest mark, in whole groups.
+constexpr std::size_t KEPT_SUMS = wholeLanes(MarkLikelihood::LONGEST_STEPS + 1);
 
-// std::abs of a complex number guards against overflow, which takes most of the time of it.
-double magnitudeOf(std::complex<double> value)
+double believedNoise(const Level& level, const LikelihoodParameters& parameters)
 {
-    return std::sqrt(std::norm(value));
+    return std::max({level.noise, level.signal / parameters.largestRatio, 1e-30});
 }
 
-// Amplitudes that a single mark may have, relative to the level followed, each with its log
-// probability. Of weak signals only the first is believed: noise finds in every freedom a way to
-// look like a mark.
-struct Amplitude
+// Energy of a dot over noise density.
+double dotRatio(const Level& level)
 {
-    double factor;
-    double freedom;
-    double freeRatio; // signal to noise of one dot that leaves that freedom
-};
-constexpr std::array<Amplitude, MarkLikelihood::AMPLITUDE_COUNT> AMPLITUDES = {{
-    {1.0, 0.0, 0.0}, {0.62, -1.4, 60.0}, {1.5, -1.4, 60.0}, {0.25, -2.5, 300.0}, // in a deep fade
-}};
-constexpr double LOSS_OF_FREEDOM = 4.3; // for each e-fold below that ratio
-
-// A strong signal is not trusted beyond this signal-to-noise ratio of one step: rising edges,
-// fading and clicks are no noise that the model knows, and lengths have to count beside levels.
-constexpr double LARGEST_RATIO = 8.0;
-
-constexpr double STRONG_DOT = 60.0; // energy of a dot over noise density
-constexpr std::int64_t LEAST_CUT_LENGTH = 12;
-constexpr std::int64_t LONG_LENGTH = 48;
-constexpr double OTHER_PHASE = -4.0; // log probability that the phase is not the one expected
-constexpr double PHASE_DRIFT = 3.0;  // logarithm of how improbable a drift from part to part is
-
-double believedNoise(const Level& level)
-{
-    return std::max({level.noise, level.signal / LARGEST_RATIO, 1e-30});
+    return level.dot_steps * level.signal / std::max(level.noise, 1e-30);
 }
 
-void weighAmplitudes(const Level& level, AmplitudeWeights& logProbabilities)
+void weighAmplitudes(const Level& level, const LikelihoodParameters& parameters,
+                     MarkWeighing& weighing)
 {
-    const double ratio =
-        std::max(level.dot_steps * level.signal / std::max(level.noise, 1e-30), 1e-3);
-    double others = 0.0;
-    for (std::size_t i = 1; i < AMPLITUDES.size(); ++i) {
-        logProbabilities[i] =
-            AMPLITUDES[i].freedom +
-            LOSS_OF_FREEDOM * std::min(0.0, std::log(ratio / AMPLITUDES[i].freeRatio));
-        others += std::exp(logProbabilities[i]);
+    const struct
+    {
+        double factor, price, freedom;
+    } others[] = {
+        {parameters.weaker, parameters.nearPrice, parameters.nearFreedom},
+        {parameters.stronger, parameters.nearPrice, parameters.nearFreedom},
+        {parameters.faded, parameters.fadedPrice, parameters.fadedFreedom},
+    };
+    const double ratio = std::max(dotRatio(level), 1e-3);
+    AmplitudeChoice* choice = weighing.choices;
+    double otherwise = 0.0;
+    for (const auto& other : others) {
+        const double logProbability =
+            other.price + parameters.lossOfFreedom * std::min(0.0, std::log(ratio / other.freedom));
+        otherwise += std::exp(logProbability);
+        *++choice = {static_cast<float>(other.factor), static_cast<float>(logProbability)};
     }
-    logProbabilities[0] = std::log1p(-others);
-}
-
-// The most probable amplitude, as if its phase were known.
-std::size_t bestAmplitude(const AmplitudeWeights& logProbabilities, double magnitude, double energy)
-{
-    std::size_t best = 0;
-    double bestFit = -1e9;
-    for (std::size_t i = 0; i < AMPLITUDES.size(); ++i) {
-        const double factor = AMPLITUDES[i].factor;
-        const double fit = logProbabilities[i] + factor * (magnitude - factor * energy);
-        if (fit > bestFit) {
-            bestFit = fit;
-            best = i;
-        }
-    }
-    return best;
+    weighing.choices[0] = {1.0F, static_cast<float>(std::log1p(-otherwise))};
 }
 
 } // namespace
 
-double evenMagnitude(const Level& level)
+double evenMagnitude(const Level& level, const LikelihoodParameters& parameters)
 {
-    AmplitudeWeights logProbabilities;
-    weighAmplitudes(level, logProbabilities);
-    const double noise = believedNoise(level);
-    const double energy = level.dot_steps * level.signal / noise;
+    // A likelihood that hears one step as long as a dot.
+    MarkWeighing weighing = {};
+    weighAmplitudes(level, parameters, weighing);
+    const double noise = believedNoise(level, parameters);
+    const float none_sums[] = {0.0F, 0.0F};
+    const float energy[] = {static_cast<float>(level.dot_steps * level.signal / noise), 0.0F};
     double none = 0.0;
     double mark = std::sqrt(level.signal) + std::sqrt(noise);
     for (int i = 0; i < 30; ++i) {
         const double middle = 0.5 * (none + mark);
-        const double magnitude = 2.0 * level.dot_steps * middle * std::sqrt(level.signal) / noise;
-        const std::size_t best = bestAmplitude(logProbabilities, magnitude, energy);
-        const double factor = AMPLITUDES[best].factor;
-        const double ratio =
-            logProbabilities[best] - factor * factor * energy + logBesselI0(factor * magnitude);
-        (ratio > 0.0 ? mark : none) = middle;
+        const float sum[] = {
+            static_cast<float>(level.dot_steps * middle * std::sqrt(level.signal) / noise), 0.0F};
+        std::int32_t score = 0;
+        weighMarks(weighing, {sum, none_sums, sum, none_sums, energy}, 1, 1, &score);
+        (score > 0 ? mark : none) = middle;
     }
     return mark;
 }
 
-double logBesselI0(double x)
+MarkLikelihood::MarkLikelihood(const LikelihoodParameters& parameters)
+    : m_parameters(parameters)
+    , m_stepRe(KEPT_STEPS, 0.0F)
+    , m_stepIm(KEPT_STEPS, 0.0F)
+    , m_re(KEPT_SUMS, 0.0F)
+    , m_im(KEPT_SUMS, 0.0F)
+    , m_turnedRe(KEPT_SUMS, 0.0F)
+    , m_turnedIm(KEPT_SUMS, 0.0F)
+    , m_energy(KEPT_SUMS, 0.0F)
 {
-    if (x < 3.0) {
-        const double q = x * x / 4.0;
-        return std::log1p(q * (1.0 + q * (0.25 + q * (1.0 / 36 + q * (1.0 / 576 + q / 14400)))));
-    }
-    // Asymptotic series, better than 1 % of its value here and exact for large x.
-    return x - 0.5 * std::log(6.283185307179586 * x) + 0.125 / x + 0.0703 / (x * x);
-}
-
-MarkLikelihood::MarkLikelihood()
-    : m_steps(KEPT_STEPS)
-    , m_sums(KEPT_STEPS + 1)
-{
+    m_weighing.otherPhase = static_cast<float>(parameters.otherPhase);
+    m_weighing.driftCost = static_cast<float>(parameters.driftPrice);
+    setLevel({});
 }
 
 void MarkLikelihood::setLevel(const Level& level)
 {
     m_level = level;
-    weighAmplitudes(level, m_logProbabilities);
+    weighAmplitudes(level, m_parameters, m_weighing);
+    m_weighing.mayDrift = dotRatio(level) > m_parameters.driftingDot;
+    m_weighing.part_steps = static_cast<std::size_t>(
+        std::max(m_parameters.shortestPart_steps, m_parameters.part_units * level.dot_steps));
 }
 
 void MarkLikelihood::setPhase(double phase, double concentration)
 {
     m_turn = std::polar(1.0, -phase);
-    m_concentration = concentration;
-    m_concentrationCost = logBesselI0(concentration);
+    m_weighing.concentration = static_cast<float>(concentration);
+    m_weighing.concentrationCost = logBesselI0(m_weighing.concentration);
 }
 
 void MarkLikelihood::push(std::complex<double> step, double noiseNow)
 {
-    m_steps[static_cast<std::size_t>(m_end % KEPT_STEPS)] = step;
-    const double noise = std::max(believedNoise(m_level), noiseNow);
-    Sums next = sums(m_end);
-    next.plain += step;
-    next.weighted += m_turn * step * (std::sqrt(m_level.signal) / noise);
-    next.energy += m_level.signal / noise;
-    ++m_end;
-    m_sums[static_cast<std::size_t>(m_end % (KEPT_STEPS + 1))] = next;
+    m_stepRe.push(static_cast<float>(step.real()));
+    m_stepIm.push(static_cast<float>(step.imag()));
+    const double noise = std::max(believedNoise(m_level, m_parameters), noiseNow);
+    const std::complex<double> weighted = step * (std::sqrt(m_level.signal) / noise);
+    const std::complex<double> turned = m_turn * weighted;
+    const auto add = [](Recent<float>& sums, double value) {
+        sums.push(sums[0] + static_cast<float>(value));
+    };
+    add(m_re, weighted.real());
+    add(m_im, weighted.imag());
+    add(m_turnedRe, turned.real());
+    add(m_turnedIm, turned.imag());
+    add(m_energy, m_level.signal / noise);
+    if (++m_end % LOWER_SUMS_STEPS == 0)
+        lowerSums();
+}
+
+// Only differences of sums are asked for: kept small, they are exact enough as floats.
+void MarkLikelihood::lowerSums()
+{
+    for (Recent<float>* sums : {&m_re, &m_im, &m_turnedRe, &m_turnedIm, &m_energy}) {
+        const float newest = (*sums)[0];
+        std::for_each(sums->data(), sums->data() + KEPT_SUMS,
+                      [newest](float& sum) { sum -= newest; });
+    }
 }
 
 std::complex<double> MarkLikelihood::sum(std::int64_t begin, std::int64_t end) const
 {
-    return sums(end).plain - sums(begin).plain;
+    double re = 0.0;
+    double im = 0.0;
+    for (std::size_t i = age(end - 1); i <= age(begin); ++i) {
+        re += static_cast<double>(m_stepRe[i]);
+        im += static_cast<double>(m_stepIm[i]);
+    }
+    return {re, im};
 }
 
 std::complex<double> MarkLikelihood::advance(std::int64_t begin, std::int64_t end,
                                              std::int64_t lag) const
 {
-    std::complex<double> result = 0.0;
-    for (std::int64_t n = begin + lag; n < end; ++n) {
-        result += m_steps[static_cast<std::size_t>(n % KEPT_STEPS)] *
-                  std::conj(m_steps[static_cast<std::size_t>((n - lag) % KEPT_STEPS)]);
-    }
-    return result;
+    if (end - begin <= lag)
+        return 0.0;
+    const std::size_t newest = age(end - 1);
+    const auto before = newest + static_cast<std::size_t>(lag);
+    const ComplexSum sum =
+        correlate(m_stepRe.data() + newest, m_stepIm.data() + newest, m_stepRe.data() + before,
+                  m_stepIm.data() + before, static_cast<std::size_t>(end - begin - lag));
+    return {static_cast<double>(sum.re), static_cast<double>(sum.im)};
 }
 
 float MarkLikelihood::ratio(std::int64_t length) const
 {
-    if (length > m_end)
+    if (length > std::min(m_end, LONGEST_STEPS))
         return -1e9F;
-    const Sums& begin = sums(m_end - length);
-    const Sums& end = sums(m_end);
-    const std::complex<double> sum = 2.0 * (end.weighted - begin.weighted);
-    double magnitude = magnitudeOf(sum);
-    if (m_level.signal * m_level.dot_steps > STRONG_DOT * m_level.noise &&
-        length >= LEAST_CUT_LENGTH) {
-        // Of a strong signal the phase may drift: chirp and a tone that is not quite hit are no
-        // reason to doubt a mark.
-        const std::int64_t parts = length < LONG_LENGTH ? 2 : 4;
-        double drifting = 0.0;
-        for (std::int64_t part = 0; part < parts; ++part) {
-            drifting += magnitudeOf(sums(m_end - length * part / parts).weighted -
-                                    sums(m_end - length * (part + 1) / parts).weighted);
-        }
-        magnitude =
-            std::max(magnitude, 2.0 * drifting - PHASE_DRIFT * static_cast<double>(parts - 1));
-    }
-    const double energy = end.energy - begin.energy;
-    // Once an amplitude is chosen, the phase is averaged over.
-    const std::size_t best = bestAmplitude(m_logProbabilities, magnitude, energy);
-    const double amplitude = AMPLITUDES[best].factor;
-    double evidence = logBesselI0(amplitude * magnitude);
-    if (m_concentration > 0.0) {
-        evidence = std::max(evidence + OTHER_PHASE,
-                            logBesselI0(magnitudeOf(amplitude * sum + m_concentration)) -
-                                m_concentrationCost);
-    }
-    return static_cast<float>(m_logProbabilities[best] - amplitude * amplitude * energy + evidence);
+    std::int32_t score = 0;
+    ratios(length, 1, &score);
+    return static_cast<float>(score) / SCORES_PER_NAT;
+}
+
+void MarkLikelihood::ratios(std::int64_t first, std::int64_t count, std::int32_t* scores) const
+{
+    weighMarks(m_weighing,
+               {m_re.data(), m_im.data(), m_turnedRe.data(), m_turnedIm.data(), m_energy.data()},
+               static_cast<std::size_t>(first), static_cast<std::size_t>(count), scores);
 }
 
 } // namespace demodulator

@@ -67,6 +67,153 @@ struct BurstParameters
     double mean_s = 4.0; ///< as the noise near the tone is measured
 };
 
+/// How well a mark explains some steps (marklikelihood.h).
+struct LikelihoodParameters
+{
+    // Amplitudes that a single mark may have beside the one followed, relative to it: weaker and
+    // stronger by about 4 dB, and in a deep fade. Their prices are log probabilities (rows:
+    // scatter, fading). Of weak signals only the amplitude followed is believed, since noise finds
+    // in every freedom a way to look like a mark (rows: snr-3, snr-6): below these signal-to-noise
+    // ratios (energy of a dot over noise density) they become more improbable by `lossOfFreedom`
+    // for each factor of e.
+    double weaker = 0.62;
+    double stronger = 1.5;
+    double nearPrice = -1.4;
+    double nearFreedom = 60.0;
+    double faded = 0.25;
+    double fadedPrice = -2.5;
+    double fadedFreedom = 300.0;
+    double lossOfFreedom = 4.3;
+
+    // A strong signal is not trusted beyond this signal-to-noise ratio of one step: rising edges,
+    // fading and clicks are no noise that the model knows, and lengths have to count beside levels
+    // (rows: hardkeying, fading, fist).
+    double largestRatio = 8.0;
+
+    // The phase of a strong signal, one whose dots have this energy over noise density, may drift
+    // from part to part of a mark, of so many units each but at least so many steps; chirp and a
+    // tone that is not quite hit are no reason to doubt a mark. The price is a logarithm of how
+    // improbable that is (rows: chirp, wander).
+    double driftingDot = 60.0;
+    double part_units = 0.75;
+    double shortestPart_steps = 4.0;
+    double driftPrice = 3.0;
+
+    // Log probability that a mark does not have the phase expected (rows: snr0, snr-3).
+    double otherPhase = -4.0;
+};
+
+/// How long marks and gaps are (timingmodel.h). Lengths are units: of a dot at textbook timing.
+struct TimingParameters
+{
+    // Speeds are tried on a logarithmic scale; told a speed, only those within a tolerance. The
+    // prior is that of amateur traffic: a deviation of the logarithm (rows: clean, wpm8, wpm45).
+    double fastest_wpm = 64.0;
+    double slowest_wpm = 5.0;
+    double speedRatio = 1.05;
+    double usual_wpm = 20.0;
+    double usualDeviation = 0.5;
+    double toldTolerance = 1.2;
+
+    // Of slow keying, lengths and moments are looked at every second step from a unit of so many
+    // steps on, which is still 26 places in a dot.
+    double coarseUnit_steps = 26.0;
+
+    // Longer gaps are silence: this is where tables end, by time and by the mean of a word gap.
+    double longestGap_s = 2.6;
+    double longestGap_wordGaps = 1.8;
+    double longestMark_units = 6.0;
+    // Shorter ones are clicks, or the edge of a strong signal beside ours (rows: clicks, crowd).
+    double shortestMark_units = 0.3;
+    double shortestMark_steps = 3.0;
+    double shortestGap_units = 0.25;
+    double shortestGap_steps = 2.0;
+    // Deviation of a length from the grid of steps, in steps: edges fall between them.
+    double resolution_steps = 0.7;
+    // Probability that is left for marks and gaps beyond the end of a table.
+    double beyondTable = 0.02;
+
+    // Before anything is learnt: mean and deviation, and share of all marks or gaps. The shares are
+    // those of plain text: more dots than dashes, a word of five letters. Word gaps reach further
+    // to longer lengths than to shorter ones (rows: jitter20, fist, widegaps).
+    struct Length
+    {
+        double mean_units;
+        double deviation_units;
+        double share;
+        double rightTail = 1.0; ///< how much further it reaches to longer lengths
+    };
+    Length dot = {1.0, 0.22, 0.55};
+    Length dash = {3.0, 0.40, 0.45};
+    Length elementGap = {1.0, 0.22, 0.60};
+    Length characterGap = {3.0, 0.50, 0.32};
+    Length wordGap = {7.0, 1.2, 0.08, 3.0};
+
+    // Learning: that first knowledge weighs as much as so many marks, later ones are forgotten
+    // after so many; a length counts as at most so many deviations off (rows: heavy, longdash).
+    double priorWeight = 8.0;
+    double memory = 40.0;
+    double farthest_deviations = 3.0;
+    // What is learnt stays within these: nobody keys more evenly than 6 % of a unit, as far as
+    // steps can tell; weights beyond half a unit and dashes beyond these are another speed.
+    double leastDeviation_units = 0.06;
+    double leastDashDeviation_units = 0.1;
+    double leastUnit = 0.7;
+    double mostUnit = 1.4;
+    double mostWeight_units = 0.5;
+    double shortestDash_units = 2.2;
+    double longestDash_units = 5.0;
+
+    // Gaps between characters and words are the most personal of all: their lengths are chosen from
+    // a few styles by how well those explain the last ones, the textbook's being likeliest. Widths
+    // are shares of the length; prior deviations are of its logarithm (rows: widegaps, farnsworth).
+    unsigned keptGaps = 24;
+    unsigned leastGaps = 2;
+    double characterGapDeviation = 0.25;
+    double wordRatioDeviation = 0.2;
+    double characterGapWidth = 0.15;
+    double wordGapWidth = 0.18;
+    double wordGapShare = 0.2;
+    double strayGap = 1e-4; // density of gaps that are neither
+    double learntGapDeviation = 0.17;
+
+    // Tables of speeds farther than this from the one heard (difference of logarithms) are renewed
+    // in one of so many updates: they are least likely to be used.
+    double nearSpeed = 0.25;
+    unsigned updatesOfAll = 16;
+};
+
+/// The search for the most probable marks, gaps and speeds (trellis.h). All are natural logarithms
+/// of probabilities unless a unit is named.
+struct TrellisParameters
+{
+    // Paths so far behind the best are given up (row: snr-6, and speed).
+    double beam = 40.0;
+    // That a signal begins at some step; that it goes on after a silence, less so much for each
+    // step on the scale of speeds in between (rows: snr-6, stations).
+    double start = -8.0;
+    double resume = -6.0;
+    double resumeAtOther = -2.0;
+    // That the speed changes at a gap: by one or two steps on the scale, or to any other speed,
+    // beside that speed's own prior (rows: speedup, stations).
+    double nextSpeed = -3.0;
+    double secondSpeed = -6.0;
+    double speedJump = -30.0;
+    // Change of the logarithm of speed that makes other elements of the same lengths.
+    double otherSpeed = 0.45;
+
+    // A steady tone, looked at in blocks: that a mark becomes one, of a length in units from which
+    // it may be one; that it ends at some step within a block. It is worth more from block to
+    // block, since its phase and amplitude are known from the last, but of signals whose dots have
+    // less than this energy over noise density nothing is taken for one: keying looks like a
+    // carrier of half its power, and would be swallowed (rows: snr-3, hum).
+    double carrier = -15.0;
+    double leastCarrier_units = 8.0;
+    double carrierEnds = -8.0;
+    double carrierGoesOn = 2.5;
+    double carrierDot = 12.0;
+};
+
 /// When a signal is one, and when its codes are given (signalchain.h).
 struct DecisionParameters
 {
@@ -128,6 +275,9 @@ struct Parameters
     ToneParameters tone;
     PhaseParameters phase;
     BurstParameters burst;
+    LikelihoodParameters likelihood;
+    TimingParameters timing;
+    TrellisParameters trellis;
     DecisionParameters decision;
     AttentionParameters attention;
 };

@@ -24,8 +24,9 @@ SignalChain::SignalChain(const SignalGuess& guess, double step_s, std::int64_t b
                          std::optional<double> speed_wpm, SymbolSink& sink, Observer* observer,
                          const Parameters& parameters)
     : m_parameters(parameters)
-    , m_timing(step_s, speed_wpm)
-    , m_trellis(m_timing, m_likelihood)
+    , m_likelihood(parameters.likelihood)
+    , m_timing(step_s, speed_wpm, parameters.timing)
+    , m_trellis(m_timing, m_likelihood, parameters.trellis)
     , m_bursts(parameters.burst, step_s, guess.noise)
     , m_classifier(sink, observer)
     , m_decider(m_timing, m_classifier, parameters.decision, step_s, begin_step)

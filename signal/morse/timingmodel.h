@@ -4,6 +4,11 @@
 // speed.
 #pragma once
 
+#include "signal/morse/parameters.h"
+#include "signal/morse/score.h"
+
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <optional>
@@ -26,22 +31,34 @@ constexpr bool isMark(Kind kind)
     return kind <= Kind::Carrier;
 }
 
-/// Log probabilities of lengths at one speed; index = steps / stride.
+/// Log probabilities of lengths at one speed; index = steps / stride. All are filled up with NEVER
+/// to whole lanes.
+struct LengthTable
+{
+    std::size_t count = 0;       ///< of lengths
+    std::vector<Score> exactly;  ///< of this length; NEVER where it is too short
+    std::vector<Score> atLeast;  ///< of this length or a longer one
+    std::vector<double> changes; ///< lengths in steps from which the next kind is likelier
+};
+
+/// Marks and gaps at one speed.
 struct DurationTable
 {
     double unit_steps = 0.0;
     int stride = 1; ///< lengths and moments of slow keying are looked at less closely
-    int firstMark = 0, firstGap = 0;
-    std::vector<float> mark, gap;                 ///< of exactly this length
-    std::vector<float> markSurvival, gapSurvival; ///< of at least this length
-    std::vector<Kind> markKind, gapKind;          ///< the most probable kind of this length
+    LengthTable mark, gap;
+
+    /// The most probable kind of a mark or gap of this length.
+    Kind markKind(std::int64_t length_steps) const;
+    Kind gapKind(std::int64_t length_steps) const;
 };
 
 class TimingModel
 {
 public:
-    /// Speeds on a logarithmic scale; a told speed leaves those within 20 % of it.
-    TimingModel(double step_s, std::optional<double> speed_wpm);
+    /// Speeds on a logarithmic scale, the fastest first; a told speed leaves those near it.
+    TimingModel(double step_s, std::optional<double> speed_wpm,
+                const TimingParameters& parameters = {});
 
     std::size_t speeds() const { return m_tables.size(); }
     const DurationTable& table(std::size_t speed) const { return m_tables[speed]; }
@@ -56,38 +73,39 @@ public:
     /// those of similar speeds.
     void update(double unit_steps = 0.0);
 
-    double mean(Kind kind) const { return m_models[static_cast<std::size_t>(kind)].mean; }
+    double mean(Kind kind) const { return m_lengths[static_cast<std::size_t>(kind)].mean_units; }
     /// Length in units from which on a gap ends a character, a word.
     double characterThreshold() const { return m_characterThreshold; }
     double wordThreshold() const { return m_wordThreshold; }
 
 private:
-    struct LengthModel
+    using Length = TimingParameters::Length;
+    struct Memory // of lengths in units
     {
-        double mean;
-        double deviation;
-        double share;           // of all marks, of all gaps
-        double rightTail = 1.0; // how much further it reaches to longer lengths
+        double weight, sum, squares;
     };
+    static constexpr std::size_t KINDS = 7;
 
+    void learnMoments(Kind kind);
+    double learnUnit();
     void learnGapStyle(double unit);
-    void buildTable(DurationTable& table) const;
-    double logDensity(Kind kind, double units, double resolution_units) const;
+    double crossing(Kind shorter, Kind longer, double resolution_units) const;
+    double density(Kind kind, double units, double resolution_units) const;
+    void buildTable(DurationTable& table);
+    void buildLengths(LengthTable& lengths, const DurationTable& table, double longest_steps,
+                      double shortest_steps, std::initializer_list<Kind> kinds);
 
+    TimingParameters m_parameters;
+    double m_step_s;
     std::vector<DurationTable> m_tables;
     std::vector<double> m_priors;
-    std::vector<LengthModel> m_models; // by kind
-    struct Memory
-    {
-        double weight;
-        double sum;
-        double squares;
-    };
-    std::vector<Memory> m_memory;
-    std::deque<double> m_longGaps;
+    std::array<Length, KINDS> m_lengths{}; // by kind
+    std::array<Memory, KINDS> m_memory{};  // by kind
+    std::deque<double> m_longGaps;         // between characters and words, in units
     unsigned m_updates = 0;
     double m_characterThreshold = 2.0;
     double m_wordThreshold = 5.0;
+    std::vector<float> m_density, m_logarithm; // room to build tables in
 };
 
 } // namespace demodulator

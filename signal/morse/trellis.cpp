@@ -1,364 +1,583 @@
 // SPDX-License-Identifier: MIT
 #include "signal/morse/trellis.h"
 
+#include "signal/morse/innerloops.h"
+
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace demodulator {
 
 namespace {
 
-constexpr float IMPOSSIBLE = -1e9F;
-constexpr float BEAM = 40.0F;   // paths so far behind the best are given up
-constexpr float START = -8.0F;  // log probability that a signal begins at some step
-constexpr float RESUME = -6.0F; // that it goes on after a silence
-constexpr float SPEED_CHANGE[] = {0.0F, -3.0F, -6.0F}; // to speeds so far away, at any gap
-constexpr float SPEED_JUMP = -30.0F; // to any other speed, beside that speed's own prior
-constexpr double OTHER_SPEED =
-    0.45; // change of its logarithm that makes other elements of the same lengths
-constexpr float CARRIER = -15.0F; // that a mark becomes a steady tone
-constexpr double LEAST_CARRIER_units = 8.0;
-constexpr float CARRIER_GOES_ON = 2.5F; // phase and amplitude of a block are known from the last
-constexpr double WEAK_DOT = 12.0; // energy of a dot over noise density: -4 dB at 20 words a minute
-constexpr float CARRIER_ENDS_WITHIN = -8.0F; // a block: of many places where it could
-constexpr std::int64_t CARRIER_BLOCK = 32;   // steps
-constexpr std::int64_t RENORMALISE_STEPS = 512;
+constexpr std::int64_t CARRIER_BLOCK_STEPS = 32;
+// Where the path came from is remembered for so many ends of marks and gaps at each speed. What is
+// older is remembered of the trunk, into which all paths that count have run together by then.
+constexpr std::size_t KEPT_BACKS = 512;
+constexpr std::int64_t JUMPS_KEPT_STEPS = 2 * KEPT_BACKS;
+constexpr std::int64_t TRUNK_STEPS = 32;
+
+// Scores stay near their reference: it is moved when the best of a step is farther from it.
+constexpr int NEAR_REFERENCE = 20 * SCORES_PER_NAT;
+
+// How a mark's or a gap's end is packed into 16 bits; 0 is none.
+constexpr std::uint16_t LENGTH_BITS = 0x7ff;
+constexpr std::uint16_t CARRIER_BIT = 0x8000;
+constexpr int ORIGIN_SHIFT = 11;
+constexpr int NEIGHBOURS = 2; // speeds to both sides that a hand changes to
+enum Origin : std::uint16_t {
+    FROM_SLOWEST_NEIGHBOUR = 1, // and so on to the fastest one
+    FROM_JUMP = FROM_SLOWEST_NEIGHBOUR + 2 * NEIGHBOURS + 1,
+    FROM_BEGINNING,
+    FROM_SILENCE,
+};
+
+std::uint16_t packed(int origin, int length_steps)
+{
+    return static_cast<std::uint16_t>(origin << ORIGIN_SHIFT | length_steps);
+}
+
+int bounded(std::int64_t score)
+{
+    return static_cast<int>(std::clamp<std::int64_t>(score, NEVER, 2 * std::int64_t{MOST_SCORE}));
+}
 
 } // namespace
 
-Trellis::Trellis(const TimingModel& timing, const MarkLikelihood& likelihood)
+void Trellis::LiveSteps::push()
+{
+    for (std::size_t i = m_words.size(); i-- > 1;)
+        m_words[i] = m_words[i] << 1 | m_words[i - 1] >> 63;
+    m_words[0] <<= 1;
+}
+
+std::uint64_t Trellis::LiveSteps::groups(std::size_t count) const
+{
+    constexpr std::uint64_t LOW = 0x7fff7fff7fff7fffU; // of each group in a word
+    std::uint64_t result = 0;
+    for (std::size_t i = 0; i < m_words.size(); ++i) {
+        const std::uint64_t word = m_words[i];
+        const std::uint64_t any = ((word & LOW) + LOW) | word; // highest bit of a group: not empty
+        const std::uint64_t bits =
+            (any >> 15 & 1) | (any >> 30 & 2) | (any >> 45 & 4) | (any >> 60 & 8);
+        result |= bits << (4 * i);
+    }
+    return count < 64 ? result & ((std::uint64_t{1} << count) - 1) : result;
+}
+
+Trellis::Trellis(const TimingModel& timing, const MarkLikelihood& likelihood,
+                 const TrellisParameters& parameters)
     : m_timing(timing)
     , m_likelihood(likelihood)
-    , m_mark(timing.speeds() * KEPT_STEPS, IMPOSSIBLE)
-    , m_gap(timing.speeds() * KEPT_STEPS, IMPOSSIBLE)
-    , m_markBack(timing.speeds() * KEPT_STEPS)
-    , m_gapBack(timing.speeds() * KEPT_STEPS)
-    , m_lastMark(timing.speeds(), -KEPT_STEPS)
-    , m_lastGap(timing.speeds(), -KEPT_STEPS)
-    , m_idle(KEPT_STEPS)
-    , m_bestGap(KEPT_STEPS)
-    , m_carrier(KEPT_STEPS / CARRIER_BLOCK)
-    , m_entering(timing.speeds())
-    , m_enteringLength(timing.speeds())
+    , m_parameters(parameters)
+    , m_marks(endsFor(timing))
+    , m_gaps(endsFor(timing))
+    , m_references(m_marks.best.kept(), 0)
+    , m_mark(timing.speeds())
+    , m_gap(timing.speeds())
+    , m_jumpedFrom(JUMPS_KEPT_STEPS)
+    , m_idle(1)
+    , m_gapEnds(2 * CARRIER_BLOCK_STEPS, GapEnd())
 {
-    for (Carrier& carrier : m_carrier)
-        carrier.score = IMPOSSIBLE;
-    for (Entry& entry : m_bestGap)
-        entry.score = IMPOSSIBLE;
+    for (std::size_t speed = 0; speed < timing.speeds(); ++speed) {
+        m_start.push_back(toScore(parameters.start + timing.prior(speed)));
+        m_jump.push_back(toScore(parameters.speedJump + timing.prior(speed)));
+    }
+    keepEnough();
 }
 
-void Trellis::computeRatios(std::int64_t now)
+Trellis::Ends Trellis::endsFor(const TimingModel& timing)
 {
-    // Only the lengths that some speed with a live path asks for.
-    std::int64_t longest = 0;
-    m_finest = 0;
+    constexpr std::size_t LONGEST_STEPS = 44 * LANES; // groups of steps that are known to be alive
+    Ends ends;
+    ends.scores.assign(timing.speeds(), Recent<Score>(0, NEVER));
+    ends.lastLive.assign(timing.speeds(), -static_cast<std::int64_t>(LONGEST_STEPS));
+    ends.best = Recent<Score>(LONGEST_STEPS, NEVER);
+    ends.backs.resize(timing.speeds() * KEPT_BACKS);
+    return ends;
+}
+
+// Tables grow when wide gaps are learnt.
+void Trellis::keepEnough()
+{
     for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed) {
         const DurationTable& table = m_timing.table(speed);
-        const auto length = static_cast<std::int64_t>(table.mark.size()) * table.stride;
-        if (now % table.stride != 0 || now - m_lastGap[speed] > length)
-            continue;
-        longest = std::max(longest, length);
-        if (table.stride == 1)
-            m_finest = std::max(m_finest, length);
-    }
-    m_ratios.resize(static_cast<std::size_t>(longest) + 1);
-    for (std::int64_t length = 1; length <= longest; ++length) {
-        if (length <= m_finest || length % 2 == 0)
-            m_ratios[static_cast<std::size_t>(length)] = m_likelihood.ratio(length);
+        m_gaps.scores[speed].keepMore(table.mark.exactly.size(), NEVER);
+        m_marks.scores[speed].keepMore(table.gap.exactly.size(), NEVER);
     }
 }
 
-float Trellis::ratio(std::int64_t length) const
+std::uint16_t& Trellis::back(Ends& ends, std::size_t speed, std::int64_t step) const
 {
-    const bool known = length < static_cast<std::int64_t>(m_ratios.size()) &&
-                       (length <= m_finest || length % 2 == 0);
-    return known ? m_ratios[static_cast<std::size_t>(length)] : m_likelihood.ratio(length);
+    const auto entry = static_cast<std::size_t>(step / m_timing.table(speed).stride);
+    return ends.backs[speed * KEPT_BACKS + entry % KEPT_BACKS];
+}
+
+const Trellis::Idle& Trellis::idleAt(std::int64_t step) const
+{
+    std::size_t i = m_idle.size() - 1;
+    while (i > 0 && m_idle[i].since_step > step)
+        --i;
+    return m_idle[i];
 }
 
 void Trellis::advance()
 {
-    const std::int64_t now = m_likelihood.end();
-    m_now = now;
-    const std::size_t speeds = m_timing.speeds();
-    computeRatios(now);
+    m_now = m_likelihood.end();
+    keepEnough();
+    m_references.push(0);
+    open(m_marks);
+    open(m_gaps);
+    weighMarks();
+    if (m_now % CARRIER_BLOCK_STEPS == 0)
+        followCarrier();
 
-    Idle idle = m_idle[slot(now - 1)];
-    float best = idle.score;
-
-    // A steady tone, whichever the speed, in blocks; it may end within one.
-    const auto block = static_cast<std::size_t>(now / CARRIER_BLOCK) % m_carrier.size();
-    const std::int64_t sinceBlock = now % CARRIER_BLOCK;
-    if (sinceBlock == 0) {
-        Carrier carrier = m_carrier[(block + m_carrier.size() - 1) % m_carrier.size()];
-        // In a weak signal keying looks like a carrier of half its power, and would be swallowed.
-        const Level& level = m_likelihood.level();
-        const bool weak = level.signal * level.dot_steps < WEAK_DOT * level.noise;
-        carrier.score += m_likelihood.ratio(CARRIER_BLOCK) + (weak ? 0.0F : CARRIER_GOES_ON);
-        for (std::int64_t length = CARRIER_BLOCK; length < 2 * CARRIER_BLOCK; ++length) {
-            const Entry& entry = m_bestGap[slot(now - length)];
-            if (entry.score <= IMPOSSIBLE || weak)
-                continue;
-            const float score = entry.score + CARRIER + m_likelihood.ratio(length);
-            if (score > carrier.score)
-                carrier = {
-                    score, entry.speed, now - length,
-                    m_gapBack[cell(static_cast<std::size_t>(entry.speed), now - length)].length >
-                        0};
-        }
-        carrier.score = std::max(IMPOSSIBLE, carrier.score);
-        if (now - carrier.begin > KEPT_STEPS / 2)
-            carrier.begin = now - KEPT_STEPS / 2;
-        m_carrier[block] = carrier;
-        best = std::max(best, carrier.score);
+    Idle idle;
+    Total best = 0;
+    // The best of the last step is a good guess at a reference; where it is none, the best relative
+    // to it is a better one.
+    for (;;) {
+        weighLengths(static_cast<std::uint32_t>(m_reference), m_weighed);
+        idle = m_idle.back();
+        best = std::max(chooseMarks(), chooseGaps(idle));
+        best = std::max(best, idle.score);
+        if (m_now % CARRIER_BLOCK_STEPS == 0)
+            best = std::max(best, m_carrier.score);
+        if (std::abs(best - m_reference) <= NEAR_REFERENCE)
+            break;
+        m_reference = best;
     }
-    const Carrier& carrier = m_carrier[block];
-    const float steady =
-        carrier.score +
-        (sinceBlock > 0 ? m_likelihood.ratio(sinceBlock) + CARRIER_ENDS_WITHIN : 0.0F);
-
-    for (std::size_t speed = 0; speed < speeds; ++speed) {
-        const DurationTable& table = m_timing.table(speed);
-        m_entering[speed] = IMPOSSIBLE;
-        if (now % table.stride != 0)
-            continue;
-        float& mark = m_mark[cell(speed, now)];
-        MarkBack& markBack = m_markBack[cell(speed, now)];
-        mark = IMPOSSIBLE;
-        const auto stride = static_cast<std::int64_t>(table.stride);
-        const auto marks = static_cast<std::int64_t>(table.mark.size());
-        if (now - m_lastGap[speed] < marks * stride) {
-            const float* from = &m_gap[speed * static_cast<std::size_t>(KEPT_STEPS)];
-            for (std::int64_t i = table.firstMark; i < marks; ++i) {
-                const std::int64_t length = i * stride;
-                const float score = from[slot(now - length)] +
-                                    m_ratios[static_cast<std::size_t>(length)] +
-                                    table.mark[static_cast<std::size_t>(i)];
-                if (score > mark) {
-                    mark = score;
-                    markBack = {static_cast<std::int16_t>(length),
-                                table.markKind[static_cast<std::size_t>(i)]};
-                }
-            }
-        }
-        if (carrier.speed == static_cast<std::int16_t>(speed) && steady > mark &&
-            (carrier.afterMark || sinceBlock == 0) &&
-            static_cast<double>(now - carrier.begin) > LEAST_CARRIER_units * table.unit_steps) {
-            mark = steady;
-            markBack = {static_cast<std::int16_t>(now - carrier.begin), Kind::Carrier};
-        }
-        best = std::max(best, mark);
-
-        const auto gaps = static_cast<std::int64_t>(table.gap.size());
-        if (now - m_lastMark[speed] < gaps * stride) {
-            const float* from = &m_mark[speed * static_cast<std::size_t>(KEPT_STEPS)];
-            float entering = IMPOSSIBLE;
-            for (std::int64_t i = table.firstGap; i < gaps; ++i) {
-                const std::int64_t length = i * stride;
-                const float score =
-                    from[slot(now - length)] + table.gap[static_cast<std::size_t>(i)];
-                if (score > entering) {
-                    entering = score;
-                    m_enteringLength[speed] = static_cast<std::int16_t>(length);
-                }
-            }
-            m_entering[speed] = entering;
-            best = std::max(best, entering);
-            const std::int64_t longest = (gaps - 1) * stride;
-            const float silent = from[slot(now - longest)] + table.gapSurvival.back();
-            if (silent > idle.score)
-                idle = {silent, static_cast<std::int16_t>(speed), now - longest};
-        }
+    if (idle.score > m_idle.back().score) {
+        idle.since_step = m_now;
+        m_idle.push_back(idle);
     }
-    m_idle[slot(now)] = idle;
-    best = std::max(best, idle.score);
+    while (m_idle.size() > 1 && m_idle[1].since_step < m_now - KEPT_STEPS)
+        m_idle.pop_front();
 
-    Entry bestGap = {IMPOSSIBLE, 0};
-    Entry bestEntering = {IMPOSSIBLE, 0};
-    for (std::size_t speed = 0; speed < speeds; ++speed) {
-        if (m_entering[speed] > bestEntering.score)
-            bestEntering = {m_entering[speed], static_cast<std::int16_t>(speed)};
+    const int cut = static_cast<int>(best - m_reference) - toScore(m_parameters.beam);
+    m_references.data()[0] = static_cast<std::uint32_t>(m_reference);
+    endMarks(cut);
+    endGaps(cut, m_idle.back());
+    if (m_now % TRUNK_STEPS == 0) {
+        m_trunk = trace(front(), m_now - KEPT_STEPS);
+        std::reverse(m_trunk.begin(), m_trunk.end());
     }
-    for (std::size_t speed = 0; speed < speeds; ++speed) {
-        const DurationTable& table = m_timing.table(speed);
-        if (now % table.stride != 0)
-            continue;
-        if (m_mark[cell(speed, now)] < best - BEAM)
-            m_mark[cell(speed, now)] = IMPOSSIBLE;
-        else
-            m_lastMark[speed] = now;
-
-        float& gap = m_gap[cell(speed, now)];
-        GapBack& back = m_gapBack[cell(speed, now)];
-        const float fresh = START + static_cast<float>(m_timing.prior(speed));
-        gap = idle.score + fresh;
-        back = {0, -1, Kind::Silence};
-        if (idle.speed >= 0) {
-            const auto change = std::abs(idle.speed - static_cast<int>(speed));
-            const float resumed =
-                idle.score + std::max(fresh, RESUME - 2.0F * static_cast<float>(change));
-            if (resumed > gap) {
-                gap = resumed;
-                back = {0, idle.speed, Kind::Silence};
-            }
-        }
-        const auto enter = [&](std::size_t other, float change) {
-            const float score = m_entering[other] + change;
-            if (score <= gap)
-                return;
-            gap = score;
-            const DurationTable& its = m_timing.table(other);
-            const auto length = m_enteringLength[other];
-            back = {length, static_cast<std::int16_t>(other),
-                    its.gapKind[static_cast<std::size_t>(length / its.stride)]};
-        };
-        const std::size_t first = speed >= 2 ? speed - 2 : 0;
-        const std::size_t last = std::min(speeds - 1, speed + 2);
-        for (std::size_t other = first; other <= last; ++other)
-            enter(other, SPEED_CHANGE[other > speed ? other - speed : speed - other]);
-        if (bestEntering.score > IMPOSSIBLE) {
-            enter(static_cast<std::size_t>(bestEntering.speed),
-                  SPEED_JUMP + static_cast<float>(m_timing.prior(speed)));
-        }
-        if (gap < best - BEAM)
-            gap = IMPOSSIBLE;
-        else
-            m_lastGap[speed] = now;
-        if (gap > bestGap.score)
-            bestGap = {gap, static_cast<std::int16_t>(speed)};
-    }
-    m_bestGap[slot(now)] = bestGap;
-    if (now % RENORMALISE_STEPS == 0)
-        renormalise();
 }
 
-void Trellis::renormalise()
+// Makes room for this step.
+void Trellis::open(Ends& ends)
 {
-    const float reference = m_idle[slot(m_now)].score;
-    float best = reference;
+    ends.live.push();
+    ends.best.push(NEVER);
     for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed) {
-        for (std::int64_t age = 0; age < 8; ++age)
-            best =
-                std::max({best, m_mark[cell(speed, m_now - age)], m_gap[cell(speed, m_now - age)]});
+        if (m_now % m_timing.table(speed).stride != 0)
+            continue;
+        ends.scores[speed].push(NEVER);
+        back(ends, speed, m_now) = 0;
     }
-    const auto lower = [&](float& score) { score = std::max(IMPOSSIBLE, score - best); };
-    std::for_each(m_mark.begin(), m_mark.end(), lower);
-    std::for_each(m_gap.begin(), m_gap.end(), lower);
-    for (Idle& idle : m_idle)
-        lower(idle.score);
-    for (Entry& entry : m_bestGap)
-        lower(entry.score);
-    for (Carrier& carrier : m_carrier)
-        lower(carrier.score);
+}
+
+// The evidence for marks that end now, of lengths that some path asks for.
+void Trellis::weighMarks()
+{
+    const auto steps = [](const LengthTable& lengths, int stride) {
+        return lengths.count * static_cast<std::size_t>(stride) - 1;
+    };
+    m_longestMark = 0;
+    m_longestGap = 0;
+    for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed) {
+        const DurationTable& table = m_timing.table(speed);
+        const std::size_t mark = steps(table.mark, table.stride);
+        const std::size_t gap = steps(table.gap, table.stride);
+        if (m_now - m_gaps.lastLive[speed] <= static_cast<std::int64_t>(mark))
+            m_longestMark = std::max(m_longestMark, mark);
+        if (m_now - m_marks.lastLive[speed] <= static_cast<std::int64_t>(gap))
+            m_longestGap = std::max(m_longestGap, gap);
+    }
+    m_ratios.resize(wholeLanes(m_longestMark + 1));
+    // The shortest are always asked for: a gap may end now, and a mark begin.
+    const std::size_t groups = m_ratios.size() / LANES;
+    const std::uint64_t live = m_gaps.live.groups(groups) | 1;
+    for (std::size_t group = 0; group < groups; ++group) {
+        std::size_t end = group;
+        while (end < groups && (live >> end & 1) != 0)
+            ++end;
+        if (end > group)
+            m_likelihood.ratios(static_cast<std::int64_t>(group * LANES),
+                                static_cast<std::int64_t>((end - group) * LANES),
+                                m_ratios.data() + group * LANES);
+        group = end;
+    }
+}
+
+// A steady tone, whichever the speed, goes on for a block, or begins.
+void Trellis::followCarrier()
+{
+    const Level& level = m_likelihood.level();
+    const bool weak = level.signal * level.dot_steps < m_parameters.carrierDot * level.noise;
+    const auto ratio = [this](std::int64_t length) {
+        return static_cast<Total>(m_likelihood.ratio(length) * SCORES_PER_NAT);
+    };
+    if (m_carrier.score > IMPOSSIBLE) {
+        m_carrier.score += ratio(CARRIER_BLOCK_STEPS);
+        if (!weak)
+            m_carrier.score += toScore(m_parameters.carrierGoesOn);
+        if (m_carrier.score < m_idle.back().score + NEVER)
+            m_carrier.score = IMPOSSIBLE;
+    }
+    for (std::int64_t age = CARRIER_BLOCK_STEPS; age < 2 * CARRIER_BLOCK_STEPS && !weak; ++age) {
+        // This step has not been given its end yet.
+        const GapEnd& gap = m_gapEnds[static_cast<std::size_t>(age - 1)];
+        if (gap.score <= IMPOSSIBLE)
+            continue;
+        const Total score = gap.score + toScore(m_parameters.carrier) + ratio(age);
+        if (score > m_carrier.score)
+            m_carrier = {score, gap.speed, m_now - age, gap.afterMark};
+    }
+    m_carrier.begin = std::max(m_carrier.begin, m_now - KEPT_STEPS / 2);
+}
+
+Trellis::Total Trellis::carrierEndingNow() const
+{
+    const std::int64_t sinceBlock = m_now % CARRIER_BLOCK_STEPS;
+    if (sinceBlock == 0 || m_carrier.score <= IMPOSSIBLE)
+        return m_carrier.score;
+    return m_carrier.score + m_ratios[static_cast<std::size_t>(sinceBlock)] +
+           toScore(m_parameters.carrierEnds);
+}
+
+void Trellis::weighLengths(std::uint32_t reference, Weighed& weighed) const
+{
+    weighLengths(m_gaps, m_longestMark, m_ratios.data(), reference, weighed.marks);
+    weighLengths(m_marks, m_longestGap, nullptr, reference, weighed.gaps);
+}
+
+void Trellis::weighLengths(const Ends& from, std::size_t longest, const std::int32_t* ratios,
+                           std::uint32_t reference, Strides& strides) const
+{
+    // No path that began with less can come near the best.
+    const auto least = static_cast<Score>(-NEAR_REFERENCE - toScore(m_parameters.beam));
+    const std::size_t groups = wholeLanes(longest + 1) / LANES;
+    Lengths& fine = strides[0];
+    Lengths& coarse = strides[1];
+    // Every second of the last group and one more.
+    fine.offsets.resize((groups + 2) * LANES);
+    std::uint64_t live =
+        weighGroups(from.live.groups(groups), groups, reference, m_references.data(), ratios,
+                    from.best.data(), least, fine.offsets.data());
+    std::fill_n(fine.offsets.begin() + static_cast<std::ptrdiff_t>(groups * LANES), 2 * LANES,
+                NEVER);
+    if (ratios)
+        fine.offsets[0] = NEVER; // a mark has a length
+    const auto runsOf = [](std::uint64_t bits, std::size_t count, std::vector<Run>& runs) {
+        runs.clear();
+        for (std::size_t group = 0; group < count; ++group) {
+            const std::size_t begin = group;
+            while (group < count && (bits >> group & 1) != 0)
+                ++group;
+            if (group > begin)
+                runs.push_back({begin * LANES, group * LANES});
+        }
+    };
+    runsOf(live, groups, fine.runs);
+
+    const std::size_t halves = (groups + 1) / 2;
+    coarse.offsets.resize(halves * LANES);
+    everySecond(fine.offsets.data() + m_now % 2, coarse.offsets.data(), halves * LANES);
+    std::uint64_t pairs = 0;
+    for (std::size_t half = 0; half < halves; ++half)
+        pairs |= std::uint64_t{(live >> (2 * half) & 3) != 0} << half;
+    runsOf(pairs, halves, coarse.runs);
+}
+
+// The best length.
+Trellis::Choice Trellis::choose(const Recent<Score>& scores, const Lengths& lengths,
+                                const std::vector<Score>& table, int stride)
+{
+    const Peak peak =
+        peakOfSums(scores.data(), lengths.offsets.data(), table.data(), lengths.runs, table.size());
+    return {peak.score, static_cast<std::uint16_t>(static_cast<int>(peak.index) * stride)};
+}
+
+// The best mark that ends now, for each speed; the best of all of them.
+Trellis::Total Trellis::chooseMarks()
+{
+    const int steady = bounded(carrierEndingNow() - m_reference);
+    const std::int64_t carried = m_now - m_carrier.begin;
+    int best = NEVER;
+    for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed) {
+        const DurationTable& table = m_timing.table(speed);
+        Choice& choice = m_mark[speed];
+        choice = {};
+        if (m_now % table.stride != 0)
+            continue;
+        const Lengths& lengths = m_weighed.marks[static_cast<std::size_t>(table.stride) - 1];
+        if (m_now - m_gaps.lastLive[speed] <
+            static_cast<std::int64_t>(table.mark.count) * table.stride)
+            choice = choose(m_gaps.scores[speed], lengths, table.mark.exactly, table.stride);
+        // Only at the end of a block is it known of a carrier that comes first that it is none.
+        if (m_carrier.speed == static_cast<Speed>(speed) && steady > choice.score &&
+            (m_carrier.afterMark || m_now % CARRIER_BLOCK_STEPS == 0) &&
+            static_cast<double>(carried) > m_parameters.leastCarrier_units * table.unit_steps)
+            choice = {steady, static_cast<std::uint16_t>(CARRIER_BIT | carried)};
+        best = std::max(best, choice.score);
+    }
+    return best > NEVER ? m_reference + best : IMPOSSIBLE;
+}
+
+// The best gap that ends now, for each speed, and the best that has become a silence.
+Trellis::Total Trellis::chooseGaps(Idle& idle)
+{
+    int best = NEVER;
+    for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed) {
+        const DurationTable& table = m_timing.table(speed);
+        Choice& choice = m_gap[speed];
+        choice = {};
+        if (m_now % table.stride != 0 ||
+            m_now - m_marks.lastLive[speed] >=
+                static_cast<std::int64_t>(table.gap.count) * table.stride)
+            continue;
+        const Recent<Score>& scores = m_marks.scores[speed];
+        const Lengths& lengths = m_weighed.gaps[static_cast<std::size_t>(table.stride) - 1];
+        choice = choose(scores, lengths, table.gap.exactly, table.stride);
+        best = std::max(best, choice.score);
+        const std::size_t longest = table.gap.count - 1;
+        if (scores[longest] > NEVER) {
+            const Total silent = m_reference + scores[longest] + lengths.offsets[longest] +
+                                 table.gap.atLeast[longest];
+            if (silent > idle.score)
+                idle = {0, silent, static_cast<Speed>(speed),
+                        m_now - static_cast<std::int64_t>(longest) * table.stride};
+        }
+    }
+    return best > NEVER ? m_reference + best : IMPOSSIBLE;
+}
+
+void Trellis::endMarks(int cut)
+{
+    for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed) {
+        const Choice& choice = m_mark[speed];
+        if (choice.score <= NEVER || choice.score < cut)
+            continue;
+        const auto score = static_cast<Score>(choice.score);
+        m_marks.scores[speed].data()[0] = score;
+        m_marks.best.data()[0] = std::max(m_marks.best[0], score);
+        m_marks.lastLive[speed] = m_now;
+        m_marks.live.setNewest();
+        back(m_marks, speed, m_now) = choice.back;
+    }
+}
+
+// A mark may follow a gap at the same speed or at another one, a silence, or nothing.
+void Trellis::endGaps(int cut, const Idle& idle)
+{
+    const auto speeds = static_cast<int>(m_timing.speeds());
+    const int changes[NEIGHBOURS + 1] = {0, toScore(m_parameters.nextSpeed),
+                                         toScore(m_parameters.secondSpeed)};
+    const int silence = bounded(idle.score - m_reference);
+    const int resume = toScore(m_parameters.resume);
+    const int resumeAtOther = toScore(m_parameters.resumeAtOther);
+    Choice fastest; // the best of all gaps
+    int jumpedFrom = 0;
+    for (int speed = 0; speed < speeds; ++speed) {
+        if (m_gap[static_cast<std::size_t>(speed)].score > fastest.score) {
+            fastest = m_gap[static_cast<std::size_t>(speed)];
+            jumpedFrom = speed;
+        }
+    }
+    m_jumpedFrom[static_cast<std::size_t>(m_now % JUMPS_KEPT_STEPS)] =
+        static_cast<Speed>(jumpedFrom);
+
+    GapEnd best;
+    int most = NEVER;
+    for (int speed = 0; speed < speeds; ++speed) {
+        const auto index = static_cast<std::size_t>(speed);
+        if (m_now % m_timing.table(index).stride != 0)
+            continue;
+        int score = silence + m_start[index];
+        std::uint16_t from = packed(FROM_BEGINNING, 0);
+        const auto offer = [&](int offered, int origin, int length_steps) {
+            if (offered > score) {
+                score = offered;
+                from = packed(origin, length_steps);
+            }
+        };
+        if (idle.speed >= 0)
+            offer(silence + resume + resumeAtOther * std::abs(idle.speed - speed), FROM_SILENCE, 0);
+        if (fastest.score > NEVER) {
+            for (int step = -NEIGHBOURS; step <= NEIGHBOURS; ++step) {
+                const int other = speed + step;
+                if (other < 0 || other >= speeds)
+                    continue;
+                const Choice& gap = m_gap[static_cast<std::size_t>(other)];
+                if (gap.score > NEVER)
+                    offer(gap.score + changes[std::abs(step)],
+                          FROM_SLOWEST_NEIGHBOUR + step + NEIGHBOURS, gap.back);
+            }
+            offer(fastest.score + m_jump[index], FROM_JUMP, fastest.back);
+        }
+        if (score < cut || score <= NEVER)
+            continue;
+        m_gaps.scores[index].data()[0] = static_cast<Score>(score);
+        m_gaps.lastLive[index] = m_now;
+        m_gaps.live.setNewest();
+        back(m_gaps, index, m_now) = from;
+        if (score > most) {
+            most = score;
+            best = {m_reference + score, static_cast<Speed>(speed),
+                    from != packed(FROM_BEGINNING, 0) && from != packed(FROM_SILENCE, 0)};
+        }
+    }
+    m_gaps.best.data()[0] = static_cast<Score>(most);
+    m_gapEnds.push(best);
+}
+
+// The best of: silence, a gap that goes on, a mark that goes on.
+Trellis::Front Trellis::front() const
+{
+    const Idle& idle = m_idle.back();
+    const auto unit = [this](std::size_t speed) { return m_timing.table(speed).unit_steps; };
+    Front front;
+    front.score = idle.score;
+    Weighed weighed;
+    weighLengths(static_cast<std::uint32_t>(m_reference), weighed);
+    std::vector<Total> bests(m_timing.speeds(), IMPOSSIBLE);
+    for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed) {
+        const DurationTable& table = m_timing.table(speed);
+        const auto look = [&](const Ends& ends, const Strides& strides, const LengthTable& table_,
+                              bool mark) {
+            const Lengths& lengths = strides[static_cast<std::size_t>(table.stride) - 1];
+            const Choice choice = choose(ends.scores[speed], lengths, table_.atLeast, table.stride);
+            if (choice.score <= NEVER)
+                return;
+            const Total score = m_reference + choice.score;
+            bests[speed] = std::max(bests[speed], score);
+            if (score > front.score) {
+                front.score = score;
+                front.last = Place{mark, static_cast<Speed>(speed),
+                                   m_now - m_now % table.stride - choice.back};
+            }
+        };
+        look(m_marks, weighed.gaps, table.gap, true);
+        look(m_gaps, weighed.marks, table.mark, false);
+    }
+    front.rival = idle.score;
+    if (front.last) {
+        const auto speed = static_cast<std::size_t>(front.last->speed);
+        for (std::size_t other = 0; other < bests.size(); ++other) {
+            if (std::fabs(std::log(unit(other) / unit(speed))) > m_parameters.otherSpeed)
+                front.rival = std::max(front.rival, bests[other]);
+        }
+    } else {
+        front.rival = front.score;
+    }
+
+    Total steady = m_carrier.score;
+    if (m_now % CARRIER_BLOCK_STEPS != 0)
+        steady += m_ratios[static_cast<std::size_t>(m_now % CARRIER_BLOCK_STEPS)];
+    Kind kind = front.last && !front.last->mark ? Kind::Dash : Kind::Silence;
+    if (steady > front.score) {
+        front.score = steady;
+        front.last = Place{false, m_carrier.speed, m_carrier.begin};
+        kind = Kind::Carrier;
+    } else if (!front.last && idle.speed >= 0) {
+        front.last = Place{true, idle.speed, idle.markEnd};
+    }
+    if (front.last)
+        front.segment = {kind, front.last->step, m_now,
+                         unit(static_cast<std::size_t>(front.last->speed))};
+    return front;
+}
+
+// The segment that ends at a place. None where it is forgotten.
+std::optional<Trellis::Piece> Trellis::pieceBefore(const Place& place) const
+{
+    const auto speed = static_cast<std::size_t>(place.speed);
+    const DurationTable& table = m_timing.table(speed);
+    if ((m_now - place.step) / table.stride >= static_cast<std::int64_t>(KEPT_BACKS) - 1)
+        return pieceOfTrunk(place);
+    const Ends& ends = place.mark ? m_marks : m_gaps;
+    const auto entry = static_cast<std::size_t>(place.step / table.stride);
+    const std::uint16_t back = ends.backs[speed * KEPT_BACKS + entry % KEPT_BACKS];
+    if (back == 0)
+        return {};
+    Piece piece;
+    piece.end = place;
+    const std::int64_t length = back & LENGTH_BITS;
+    if (place.mark) {
+        const Kind kind = (back & CARRIER_BIT) != 0 ? Kind::Carrier : table.markKind(length);
+        piece.segment = {kind, place.step - length, place.step, table.unit_steps};
+        piece.begin = {false, place.speed, place.step - length};
+        return piece;
+    }
+    const int origin = back >> ORIGIN_SHIFT;
+    if (origin == FROM_BEGINNING) {
+        piece.segment = {Kind::Silence, place.step, place.step, table.unit_steps};
+        piece.first = true;
+        piece.silence = idleAt(place.step).score;
+        return piece;
+    }
+    Kind kind = Kind::Silence;
+    if (origin == FROM_SILENCE) {
+        const Idle& idle = idleAt(place.step);
+        piece.begin = {true, idle.speed, idle.markEnd};
+    } else {
+        const int from = origin == FROM_JUMP
+                             ? m_jumpedFrom[static_cast<std::size_t>(place.step % JUMPS_KEPT_STEPS)]
+                             : place.speed + origin - FROM_SLOWEST_NEIGHBOUR - NEIGHBOURS;
+        piece.begin = {true, static_cast<Speed>(from), place.step - length};
+        kind = m_timing.table(static_cast<std::size_t>(from)).gapKind(length);
+    }
+    piece.segment = {kind, piece.begin.step, place.step,
+                     m_timing.table(static_cast<std::size_t>(piece.begin.speed)).unit_steps};
+    return piece;
+}
+
+std::optional<Trellis::Piece> Trellis::pieceOfTrunk(const Place& place) const
+{
+    const auto found = std::find_if(m_trunk.begin(), m_trunk.end(), [&place](const Piece& piece) {
+        return piece.end.step == place.step && piece.end.mark == place.mark &&
+               piece.end.speed == place.speed;
+    });
+    return found == m_trunk.end() ? std::nullopt : std::optional<Piece>(*found);
+}
+
+// Newest first.
+std::vector<Trellis::Piece> Trellis::trace(const Front& front, std::int64_t horizon) const
+{
+    std::vector<Piece> pieces;
+    std::optional<Place> place = front.last;
+    while (place && place->step > horizon) {
+        const std::optional<Piece> piece = pieceBefore(*place);
+        if (!piece)
+            break;
+        pieces.push_back(*piece);
+        if (piece->first)
+            break;
+        place = piece->begin;
+    }
+    return pieces;
 }
 
 Path Trellis::path(std::int64_t since_step) const
 {
     const std::int64_t horizon = std::max({since_step, m_now - KEPT_STEPS + 4, std::int64_t{0}});
-    enum class State { Outside, AfterMark, AfterGap };
-
-    // The best of: silence, a gap that goes on, a mark that goes on.
-    const Idle& idle = m_idle[slot(m_now)];
-    float best = idle.score;
-    State state = State::Outside;
-    std::size_t speed = 0;
-    std::int64_t at = m_now;
-    std::vector<float> bests(m_timing.speeds(), IMPOSSIBLE);
-    for (std::size_t candidate = 0; candidate < m_timing.speeds(); ++candidate) {
-        const DurationTable& table = m_timing.table(candidate);
-        const auto stride = static_cast<std::int64_t>(table.stride);
-        const std::int64_t last = m_now - m_now % stride;
-        const std::int64_t firstGap = (last - m_lastMark[candidate]) / stride;
-        const std::int64_t firstMark =
-            std::max<std::int64_t>(1, (last - m_lastGap[candidate]) / stride);
-        for (std::int64_t i = firstGap; i < static_cast<std::int64_t>(table.gap.size()); ++i) {
-            const std::int64_t from = last - i * stride;
-            if (from <= horizon)
-                break;
-            const float score =
-                m_mark[cell(candidate, from)] + table.gapSurvival[static_cast<std::size_t>(i)];
-            bests[candidate] = std::max(bests[candidate], score);
-            if (score > best) {
-                best = score;
-                state = State::AfterMark;
-                speed = candidate;
-                at = from;
-            }
-        }
-        for (std::int64_t i = firstMark; i < static_cast<std::int64_t>(table.mark.size()); ++i) {
-            const std::int64_t from = last - i * stride;
-            if (from <= horizon)
-                break;
-            if (m_gap[cell(candidate, from)] == IMPOSSIBLE)
-                continue;
-            const float score = m_gap[cell(candidate, from)] + ratio(m_now - from) +
-                                table.markSurvival[static_cast<std::size_t>(i)];
-            bests[candidate] = std::max(bests[candidate], score);
-            if (score > best) {
-                best = score;
-                state = State::AfterGap;
-                speed = candidate;
-                at = from;
-            }
-        }
-    }
-    const Carrier& carrier =
-        m_carrier[static_cast<std::size_t>(m_now / CARRIER_BLOCK) % m_carrier.size()];
-    const std::int64_t sinceBlock = m_now % CARRIER_BLOCK;
-    const float steady = carrier.score + (sinceBlock > 0 ? m_likelihood.ratio(sinceBlock) : 0.0F);
+    const Front front = this->front();
     Path path;
-    const auto unit = [&](std::size_t index) { return m_timing.table(index).unit_steps; };
-    if (state != State::Outside) {
-        float rival = idle.score;
-        for (std::size_t other = 0; other < bests.size(); ++other) {
-            if (std::fabs(std::log(unit(other) / unit(speed))) > OTHER_SPEED)
-                rival = std::max(rival, bests[other]);
-        }
-        path.margin = static_cast<double>(best - rival);
-    }
-    if (steady > best) {
-        best = steady;
-        state = State::AfterGap;
-        speed = static_cast<std::size_t>(carrier.speed);
-        at = carrier.begin;
-        path.segments.push_back({Kind::Carrier, at, m_now, unit(speed)});
-    } else if (state == State::AfterGap) {
-        path.segments.push_back({Kind::Dash, at, m_now, unit(speed)});
-    } else if (state == State::AfterMark) {
-        path.segments.push_back({Kind::Silence, at, m_now, unit(speed)});
-    } else if (idle.speed >= 0) {
-        speed = static_cast<std::size_t>(idle.speed);
-        at = idle.markEnd;
-        state = State::AfterMark;
-        path.segments.push_back({Kind::Silence, at, m_now, unit(speed)});
-    }
-
-    while (state != State::Outside && at > horizon) {
-        if (state == State::AfterMark) {
-            const MarkBack& back = m_markBack[cell(speed, at)];
-            path.segments.push_back({back.kind, at - back.length, at, unit(speed)});
-            at -= back.length;
-            state = State::AfterGap;
-            continue;
-        }
-        const GapBack& back = m_gapBack[cell(speed, at)];
-        if (back.length > 0) {
-            speed = static_cast<std::size_t>(back.speed);
-            path.segments.push_back({back.kind, at - back.length, at, unit(speed)});
-            at -= back.length;
-            state = State::AfterMark;
-        } else if (back.speed >= 0) {
-            const Idle& silence = m_idle[slot(at)];
-            speed = static_cast<std::size_t>(silence.speed);
-            path.segments.push_back({Kind::Silence, silence.markEnd, at, unit(speed)});
-            at = silence.markEnd;
-            state = State::AfterMark;
-        } else {
-            path.gain = static_cast<double>(best - m_idle[slot(at)].score);
+    path.margin = static_cast<double>(front.score - front.rival) / SCORES_PER_NAT;
+    if (!front.last)
+        return path;
+    for (const Piece& piece : trace(front, horizon)) {
+        if (piece.first) {
             path.complete = true;
-            state = State::Outside;
+            path.gain = static_cast<double>(front.score - piece.silence) / SCORES_PER_NAT;
+        } else {
+            path.segments.push_back(piece.segment);
         }
     }
     std::reverse(path.segments.begin(), path.segments.end());
+    path.segments.push_back(front.segment);
     return path;
 }
 

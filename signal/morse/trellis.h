@@ -4,10 +4,17 @@
 // states are the speeds), against the rival explanation that there is nothing but noise.
 #pragma once
 
+#include "signal/morse/innerloops.h"
 #include "signal/morse/marklikelihood.h"
+#include "signal/morse/parameters.h"
+#include "signal/morse/recent.h"
+#include "signal/morse/score.h"
 #include "signal/morse/timingmodel.h"
 
+#include <array>
 #include <cstdint>
+#include <deque>
+#include <optional>
 #include <vector>
 
 namespace demodulator {
@@ -33,7 +40,8 @@ class Trellis
 {
 public:
     /// Both must outlive the trellis.
-    Trellis(const TimingModel& timing, const MarkLikelihood& likelihood);
+    Trellis(const TimingModel& timing, const MarkLikelihood& likelihood,
+            const TrellisParameters& parameters = {});
 
     /// Takes the newest step of the likelihood into account.
     void advance();
@@ -45,62 +53,144 @@ public:
     static constexpr std::int64_t KEPT_STEPS = 2048;
 
 private:
-    struct MarkBack
+    using Total = std::int64_t; // a score since the beginning of time, in units of a Score
+    using Speed = std::int16_t; // index of a speed of the timing model
+    static constexpr Total IMPOSSIBLE = -(Total{1} << 60);
+
+    // Steps at which some path was alive, the newest first: a bit a step.
+    class LiveSteps
     {
-        std::int16_t length;
-        Kind kind;
+    public:
+        void push();
+        void setNewest() { m_words[0] |= 1; }
+        /// A bit for each of the first groups of LANES steps, set where one of them is alive.
+        std::uint64_t groups(std::size_t count) const;
+
+    private:
+        std::array<std::uint64_t, 12> m_words{};
     };
-    struct GapBack
+
+    // What paths scored when one of their marks ended, or one of their gaps.
+    struct Ends
     {
-        std::int16_t length; // 0: out of the silence
-        std::int16_t speed;
-        Kind kind;
+        std::vector<Recent<Score>> scores;  // by speed, then by how many strides ago
+        std::vector<std::int64_t> lastLive; // by speed: step of the last that was alive
+        Recent<Score> best;                 // of all speeds, by step
+        LiveSteps live;
+        std::vector<std::uint16_t> backs; // by speed and step: where such a path came from
     };
+
+    // Lengths that some path asks for, and what all paths of such a length have in common.
+    struct Lengths
+    {
+        std::vector<Score> offsets; // by index: steps / stride
+        std::vector<Run> runs;
+    };
+    using Strides = std::array<Lengths, 2>; // by stride - 1
+    struct Weighed
+    {
+        Strides marks, gaps;
+    };
+
+    // The best way on for one speed at this step.
+    struct Choice
+    {
+        int score = NEVER;
+        std::uint16_t back = 0; // its length in steps, and whether it is a carrier
+    };
+
+    // A path that has ended in silence.
     struct Idle
     {
-        float score = 0.0F;
-        std::int16_t speed = -1; // of the path that ended in this silence, -1: never any
+        std::int64_t since_step = 0; // this is what silence goes back to from here on
+        Total score = 0;
+        Speed speed = -1; // -1: of a silence since ever
         std::int64_t markEnd = 0;
     };
-    struct Entry
+
+    // A gap that ended, the best of all speeds.
+    struct GapEnd
     {
-        float score = 0.0F;
-        std::int16_t speed = 0;
-    };
-    struct Carrier
-    {
-        float score = 0.0F;
-        std::int16_t speed = 0;
-        std::int64_t begin = 0;
+        Total score = IMPOSSIBLE;
+        Speed speed = 0;
         bool afterMark = false; // not the first of a transmission: its speed means something
     };
 
-    static std::size_t slot(std::int64_t step)
+    struct Carrier
     {
-        return static_cast<std::size_t>(step) & (KEPT_STEPS - 1);
-    }
-    std::size_t cell(std::size_t speed, std::int64_t step) const
+        Total score = IMPOSSIBLE;
+        Speed speed = 0;
+        std::int64_t begin = 0;
+        bool afterMark = false;
+    };
+
+    // A place on a path, at the end of a mark or of a gap, and the segment that ends there.
+    struct Place
     {
-        return speed * static_cast<std::size_t>(KEPT_STEPS) + slot(step);
-    }
-    void computeRatios(std::int64_t now);
-    float ratio(std::int64_t length) const;
-    void renormalise();
+        bool mark = false;
+        Speed speed = 0;
+        std::int64_t step = 0;
+    };
+    struct Piece
+    {
+        Segment segment;
+        Place end;
+        Place begin;
+        bool first = false; // nothing came before: it has no length, and silence scored `silence`
+        Total silence = 0;
+    };
+
+    // The best of all that is going on.
+    struct Front
+    {
+        Total score = 0;
+        Total rival = 0; // best at another speed, or silence
+        std::optional<Place> last;
+        Segment segment = {}; // that goes on since
+    };
+
+    static Ends endsFor(const TimingModel& timing);
+    void keepEnough();
+    void open(Ends& ends);
+    void weighMarks();
+    void followCarrier();
+    Total carrierEndingNow() const;
+    void weighLengths(std::uint32_t reference, Weighed& weighed) const;
+    void weighLengths(const Ends& from, std::size_t longest, const std::int32_t* ratios,
+                      std::uint32_t reference, Strides& strides) const;
+    static Choice choose(const Recent<Score>& scores, const Lengths& lengths,
+                         const std::vector<Score>& table, int stride);
+    Total chooseMarks();
+    Total chooseGaps(Idle& idle);
+    void endMarks(int cut);
+    void endGaps(int cut, const Idle& idle);
+    std::uint16_t& back(Ends& ends, std::size_t speed, std::int64_t step) const;
+    const Idle& idleAt(std::int64_t step) const;
+
+    Front front() const;
+    std::optional<Piece> pieceBefore(const Place& place) const;
+    std::optional<Piece> pieceOfTrunk(const Place& place) const;
+    std::vector<Piece> trace(const Front& front, std::int64_t horizon) const;
 
     const TimingModel& m_timing;
     const MarkLikelihood& m_likelihood;
+    TrellisParameters m_parameters;
+    std::vector<Score> m_start, m_jump; // by speed: that a signal begins, goes on with it
+
     std::int64_t m_now = 0;
-    std::int64_t m_finest = 0;        // all lengths up to here are computed, then every second one
-    std::vector<float> m_ratios;      // by length, of marks that end now
-    std::vector<float> m_mark, m_gap; // scores of paths whose mark or gap ends at a step
-    std::vector<MarkBack> m_markBack;
-    std::vector<GapBack> m_gapBack;
-    std::vector<std::int64_t> m_lastMark, m_lastGap; // step of the last score that counts
-    std::vector<Idle> m_idle;                        // by step
-    std::vector<Entry> m_bestGap;                    // by step: best gap that ends there
-    std::vector<Carrier> m_carrier;                  // by block
-    std::vector<float> m_entering;                   // best gap that ends now, by speed
-    std::vector<std::int16_t> m_enteringLength;
+    Ends m_marks, m_gaps;
+    Total m_reference = 0;              // of the scores of this step
+    Recent<std::uint32_t> m_references; // of those of each step, its last 32 bits
+    std::size_t m_longestMark = 0;      // that some path asks for now, in steps
+    std::size_t m_longestGap = 0;
+    std::vector<std::int32_t> m_ratios; // by length, of marks that end now
+    Weighed m_weighed;                  // relative to the reference
+    std::vector<Choice> m_mark, m_gap;  // by speed: the mark, the gap that ends now
+    std::vector<Speed> m_jumpedFrom;    // ring, by step: speed of the best gap that ended
+    std::deque<Idle> m_idle;            // oldest first
+    Recent<GapEnd> m_gapEnds;           // by step
+    Carrier m_carrier;
+    std::vector<Piece> m_trunk; // of the best path as it was seen last, oldest first
 };
 
 } // namespace demodulator

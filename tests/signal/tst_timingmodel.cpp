@@ -23,14 +23,17 @@ const DurationTable& tableAt(const TimingModel& timing, double unit_steps)
 
 Kind gapKind(const TimingModel& timing, double units)
 {
-    const DurationTable& table = tableAt(timing, 15.0);
-    return table.gapKind[static_cast<std::size_t>(units * table.unit_steps / table.stride)];
+    return tableAt(timing, 15.0).gapKind(std::lround(units * 15.0));
 }
 
 Kind markKind(const TimingModel& timing, double units)
 {
-    const DurationTable& table = tableAt(timing, 15.0);
-    return table.markKind[static_cast<std::size_t>(units * table.unit_steps / table.stride)];
+    return tableAt(timing, 15.0).markKind(std::lround(units * 15.0));
+}
+
+double probability(Score score)
+{
+    return std::exp(static_cast<double>(score) / SCORES_PER_NAT);
 }
 
 } // namespace
@@ -67,9 +70,53 @@ private Q_SLOTS:
         const TimingModel timing(STEP_s, {});
         const DurationTable& table = tableAt(timing, 15.0);
         double marks = 0.0;
-        for (std::size_t i = 1; i < table.mark.size(); ++i)
-            marks += table.stride * std::exp(static_cast<double>(table.mark[i]));
+        double gaps = 0.0;
+        for (std::size_t i = 1; i < table.mark.count; ++i)
+            marks += probability(table.mark.exactly[i]);
+        for (std::size_t i = 1; i < table.gap.count; ++i)
+            gaps += probability(table.gap.exactly[i]);
         QVERIFY2(marks > 0.8 && marks < 1.1, qPrintable(QString::number(marks)));
+        QVERIFY2(gaps > 0.8 && gaps < 1.1, qPrintable(QString::number(gaps)));
+    }
+    void whatIsAtLeastSoLongIsAllThatIsLonger()
+    {
+        const TimingModel timing(STEP_s, {});
+        for (const double unit_steps : {5.0, 15.0, 50.0}) {
+            const DurationTable& table = tableAt(timing, unit_steps);
+            for (const LengthTable* lengths : {&table.mark, &table.gap}) {
+                QCOMPARE(int(lengths->atLeast[0]), 0);
+                double longer = 0.02;
+                for (std::size_t i = lengths->count - 1; i > lengths->count / 4; --i) {
+                    QVERIFY(std::fabs(std::log(longer) -
+                                      double(lengths->atLeast[i]) / SCORES_PER_NAT) < 0.02);
+                    longer += probability(lengths->exactly[i]) * table.stride;
+                }
+            }
+        }
+    }
+    void tablesAreFilledUpToWholeLanes()
+    {
+        const TimingModel timing(STEP_s, {});
+        for (std::size_t speed = 0; speed < timing.speeds(); ++speed) {
+            for (const LengthTable* lengths :
+                 {&timing.table(speed).mark, &timing.table(speed).gap}) {
+                QCOMPARE(lengths->exactly.size(), wholeLanes(lengths->count));
+                QCOMPARE(lengths->atLeast.size(), wholeLanes(lengths->count));
+                for (std::size_t i = lengths->count; i < lengths->exactly.size(); ++i)
+                    QVERIFY(lengths->exactly[i] == NEVER && lengths->atLeast[i] == NEVER);
+            }
+        }
+    }
+    void clicksAreNoMarks()
+    {
+        const TimingModel timing(STEP_s, {});
+        for (const double unit_steps : {5.0, 15.0, 50.0}) {
+            const DurationTable& table = tableAt(timing, unit_steps);
+            const auto shortest = static_cast<std::size_t>(
+                std::lround(std::max(0.3 * table.unit_steps, 3.0) / table.stride));
+            QVERIFY(table.mark.exactly[shortest] > NEVER);
+            QVERIFY(table.mark.exactly[shortest - 1] == NEVER);
+        }
     }
     void heavyKeyingIsLearnt()
     {
