@@ -12,11 +12,12 @@ namespace demodulator {
 namespace {
 
 constexpr std::int64_t CARRIER_BLOCK_STEPS = 32;
-// Where the path came from is remembered for so many ends of marks and gaps at each speed. What is
-// older is remembered of the trunk, into which all paths that count have run together by then.
+// Where paths came from is remembered for so many ends of marks and gaps at each speed. What is
+// older is remembered of those paths alone that are still going on: by then most of them have run
+// together into one trunk, which is renewed every so many steps.
 constexpr std::size_t KEPT_BACKS = 512;
 constexpr std::int64_t JUMPS_KEPT_STEPS = 2 * KEPT_BACKS;
-constexpr std::int64_t TRUNK_STEPS = 32;
+constexpr std::int64_t TRUNK_STEPS = 128;
 
 // Scores stay near their reference: it is moved when the best of a step is farther from it.
 constexpr int NEAR_REFERENCE = 20 * SCORES_PER_NAT;
@@ -159,10 +160,8 @@ void Trellis::advance()
     m_references.data()[0] = static_cast<std::uint32_t>(m_reference);
     endMarks(cut);
     endGaps(cut, m_idle.back());
-    if (m_now % TRUNK_STEPS == 0) {
-        m_trunk = trace(front(), m_now - KEPT_STEPS);
-        std::reverse(m_trunk.begin(), m_trunk.end());
-    }
+    if (m_now % TRUNK_STEPS == 0)
+        renewTrunk();
 }
 
 // Makes room for this step.
@@ -433,61 +432,91 @@ void Trellis::endGaps(int cut, const Idle& idle)
     m_gapEnds.push(best);
 }
 
+double Trellis::unit_steps(Speed speed) const
+{
+    return m_timing.table(static_cast<std::size_t>(speed)).unit_steps;
+}
+
+std::vector<Trellis::Open> Trellis::openPaths() const
+{
+    Weighed weighed;
+    weighLengths(static_cast<std::uint32_t>(m_reference), weighed);
+    std::vector<Open> paths(m_timing.speeds());
+    for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed) {
+        const DurationTable& table = m_timing.table(speed);
+        const auto stride = static_cast<std::size_t>(table.stride);
+        const Choice gap = choose(m_marks.scores[speed], weighed.gaps[stride - 1],
+                                  table.gap.atLeast, table.stride);
+        const Choice mark = choose(m_gaps.scores[speed], weighed.marks[stride - 1],
+                                   table.mark.atLeast, table.stride);
+        const bool inGap = gap.score >= mark.score;
+        const Choice& better = inGap ? gap : mark;
+        if (better.score > NEVER)
+            paths[speed] = {
+                m_reference + better.score,
+                {inGap, static_cast<Speed>(speed), m_now - m_now % table.stride - better.back}};
+    }
+    return paths;
+}
+
 // The best of: silence, a gap that goes on, a mark that goes on.
 Trellis::Front Trellis::front() const
 {
     const Idle& idle = m_idle.back();
-    const auto unit = [this](std::size_t speed) { return m_timing.table(speed).unit_steps; };
+    const std::vector<Open> paths = openPaths();
     Front front;
     front.score = idle.score;
-    Weighed weighed;
-    weighLengths(static_cast<std::uint32_t>(m_reference), weighed);
-    std::vector<Total> bests(m_timing.speeds(), IMPOSSIBLE);
-    for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed) {
-        const DurationTable& table = m_timing.table(speed);
-        const auto look = [&](const Ends& ends, const Strides& strides, const LengthTable& table_,
-                              bool mark) {
-            const Lengths& lengths = strides[static_cast<std::size_t>(table.stride) - 1];
-            const Choice choice = choose(ends.scores[speed], lengths, table_.atLeast, table.stride);
-            if (choice.score <= NEVER)
-                return;
-            const Total score = m_reference + choice.score;
-            bests[speed] = std::max(bests[speed], score);
-            if (score > front.score) {
-                front.score = score;
-                front.last = Place{mark, static_cast<Speed>(speed),
-                                   m_now - m_now % table.stride - choice.back};
-            }
-        };
-        look(m_marks, weighed.gaps, table.gap, true);
-        look(m_gaps, weighed.marks, table.mark, false);
+    for (const Open& path : paths) {
+        if (path.score > front.score) {
+            front.score = path.score;
+            front.last = path.last;
+        }
     }
     front.rival = idle.score;
-    if (front.last) {
-        const auto speed = static_cast<std::size_t>(front.last->speed);
-        for (std::size_t other = 0; other < bests.size(); ++other) {
-            if (std::fabs(std::log(unit(other) / unit(speed))) > m_parameters.otherSpeed)
-                front.rival = std::max(front.rival, bests[other]);
-        }
-    } else {
-        front.rival = front.score;
+    for (const Open& path : paths) {
+        if (front.last && path.score > IMPOSSIBLE &&
+            std::fabs(std::log(unit_steps(path.last.speed) / unit_steps(front.last->speed))) >
+                m_parameters.otherSpeed)
+            front.rival = std::max(front.rival, path.score);
     }
+    if (front.last && !front.last->mark)
+        front.kind = Kind::Dash;
+    else if (!front.last && idle.speed >= 0)
+        front.last = Place{true, idle.speed, idle.markEnd};
 
     Total steady = m_carrier.score;
     if (m_now % CARRIER_BLOCK_STEPS != 0)
         steady += m_ratios[static_cast<std::size_t>(m_now % CARRIER_BLOCK_STEPS)];
-    Kind kind = front.last && !front.last->mark ? Kind::Dash : Kind::Silence;
     if (steady > front.score) {
         front.score = steady;
         front.last = Place{false, m_carrier.speed, m_carrier.begin};
-        kind = Kind::Carrier;
-    } else if (!front.last && idle.speed >= 0) {
-        front.last = Place{true, idle.speed, idle.markEnd};
+        front.kind = Kind::Carrier;
     }
-    if (front.last)
-        front.segment = {kind, front.last->step, m_now,
-                         unit(static_cast<std::size_t>(front.last->speed))};
     return front;
+}
+
+void Trellis::renewTrunk()
+{
+    std::vector<Open> paths = openPaths();
+    if (m_idle.back().speed >= 0)
+        paths.push_back({0, {true, m_idle.back().speed, m_idle.back().markEnd}});
+    if (m_carrier.score > IMPOSSIBLE)
+        paths.push_back({0, {false, m_carrier.speed, m_carrier.begin}});
+    // What is younger can still be asked of `backs` when this is done the next time.
+    const std::int64_t youngest = m_now - (static_cast<std::int64_t>(KEPT_BACKS) - TRUNK_STEPS - 2);
+    std::set<Piece, ByEnd> trunk;
+    for (const Open& path : paths) {
+        if (path.score <= IMPOSSIBLE)
+            continue;
+        Place place = path.last;
+        while (place.step > m_now - KEPT_STEPS) {
+            const std::optional<Piece> piece = pieceBefore(place);
+            if (!piece || (place.step <= youngest && !trunk.insert(*piece).second) || piece->first)
+                break;
+            place = piece->begin;
+        }
+    }
+    m_trunk = std::move(trunk);
 }
 
 // The segment that ends at a place. None where it is forgotten.
@@ -495,8 +524,10 @@ std::optional<Trellis::Piece> Trellis::pieceBefore(const Place& place) const
 {
     const auto speed = static_cast<std::size_t>(place.speed);
     const DurationTable& table = m_timing.table(speed);
-    if ((m_now - place.step) / table.stride >= static_cast<std::int64_t>(KEPT_BACKS) - 1)
-        return pieceOfTrunk(place);
+    if ((m_now - place.step) / table.stride >= static_cast<std::int64_t>(KEPT_BACKS) - 1) {
+        const auto found = m_trunk.find(place);
+        return found == m_trunk.end() ? std::nullopt : std::optional<Piece>(*found);
+    }
     const Ends& ends = place.mark ? m_marks : m_gaps;
     const auto entry = static_cast<std::size_t>(place.step / table.stride);
     const std::uint16_t back = ends.backs[speed * KEPT_BACKS + entry % KEPT_BACKS];
@@ -505,21 +536,15 @@ std::optional<Trellis::Piece> Trellis::pieceBefore(const Place& place) const
     Piece piece;
     piece.end = place;
     const std::int64_t length = back & LENGTH_BITS;
-    if (place.mark) {
-        const Kind kind = (back & CARRIER_BIT) != 0 ? Kind::Carrier : table.markKind(length);
-        piece.segment = {kind, place.step - length, place.step, table.unit_steps};
-        piece.begin = {false, place.speed, place.step - length};
-        return piece;
-    }
     const int origin = back >> ORIGIN_SHIFT;
-    if (origin == FROM_BEGINNING) {
-        piece.segment = {Kind::Silence, place.step, place.step, table.unit_steps};
+    if (place.mark) {
+        piece.begin = {false, place.speed, place.step - length};
+        piece.kind = (back & CARRIER_BIT) != 0 ? Kind::Carrier : table.markKind(length);
+    } else if (origin == FROM_BEGINNING) {
+        piece.begin = place;
         piece.first = true;
         piece.silence = idleAt(place.step).score;
-        return piece;
-    }
-    Kind kind = Kind::Silence;
-    if (origin == FROM_SILENCE) {
+    } else if (origin == FROM_SILENCE) {
         const Idle& idle = idleAt(place.step);
         piece.begin = {true, idle.speed, idle.markEnd};
     } else {
@@ -527,20 +552,9 @@ std::optional<Trellis::Piece> Trellis::pieceBefore(const Place& place) const
                              ? m_jumpedFrom[static_cast<std::size_t>(place.step % JUMPS_KEPT_STEPS)]
                              : place.speed + origin - FROM_SLOWEST_NEIGHBOUR - NEIGHBOURS;
         piece.begin = {true, static_cast<Speed>(from), place.step - length};
-        kind = m_timing.table(static_cast<std::size_t>(from)).gapKind(length);
+        piece.kind = m_timing.table(static_cast<std::size_t>(from)).gapKind(length);
     }
-    piece.segment = {kind, piece.begin.step, place.step,
-                     m_timing.table(static_cast<std::size_t>(piece.begin.speed)).unit_steps};
     return piece;
-}
-
-std::optional<Trellis::Piece> Trellis::pieceOfTrunk(const Place& place) const
-{
-    const auto found = std::find_if(m_trunk.begin(), m_trunk.end(), [&place](const Piece& piece) {
-        return piece.end.step == place.step && piece.end.mark == place.mark &&
-               piece.end.speed == place.speed;
-    });
-    return found == m_trunk.end() ? std::nullopt : std::optional<Piece>(*found);
 }
 
 // Newest first.
@@ -565,19 +579,20 @@ Path Trellis::path(std::int64_t since_step) const
     const std::int64_t horizon = std::max({since_step, m_now - KEPT_STEPS + 4, std::int64_t{0}});
     const Front front = this->front();
     Path path;
-    path.margin = static_cast<double>(front.score - front.rival) / SCORES_PER_NAT;
     if (!front.last)
         return path;
+    path.margin = static_cast<double>(front.score - front.rival) / SCORES_PER_NAT;
     for (const Piece& piece : trace(front, horizon)) {
         if (piece.first) {
             path.complete = true;
             path.gain = static_cast<double>(front.score - piece.silence) / SCORES_PER_NAT;
         } else {
-            path.segments.push_back(piece.segment);
+            path.segments.push_back(
+                {piece.kind, piece.begin.step, piece.end.step, unit_steps(piece.begin.speed)});
         }
     }
     std::reverse(path.segments.begin(), path.segments.end());
-    path.segments.push_back(front.segment);
+    path.segments.push_back({front.kind, front.last->step, m_now, unit_steps(front.last->speed)});
     return path;
 }
 

@@ -15,6 +15,8 @@
 #include <cstdint>
 #include <deque>
 #include <optional>
+#include <set>
+#include <tuple>
 #include <vector>
 
 namespace demodulator {
@@ -133,20 +135,37 @@ private:
     };
     struct Piece
     {
-        Segment segment;
         Place end;
         Place begin;
+        Kind kind = Kind::Silence;
         bool first = false; // nothing came before: it has no length, and silence scored `silence`
         Total silence = 0;
     };
+    struct ByEnd
+    {
+        using is_transparent = void;
+        static std::tuple<std::int64_t, Speed, bool> key(const Place& place)
+        {
+            return {place.step, place.speed, place.mark};
+        }
+        bool operator()(const Piece& a, const Piece& b) const { return key(a.end) < key(b.end); }
+        bool operator()(const Piece& a, const Place& b) const { return key(a.end) < key(b); }
+        bool operator()(const Place& a, const Piece& b) const { return key(a) < key(b.end); }
+    };
 
+    // The best mark or gap that goes on at one speed.
+    struct Open
+    {
+        Total score = IMPOSSIBLE;
+        Place last;
+    };
     // The best of all that is going on.
     struct Front
     {
         Total score = 0;
         Total rival = 0; // best at another speed, or silence
         std::optional<Place> last;
-        Segment segment = {}; // that goes on since
+        Kind kind = Kind::Silence; // of what goes on since
     };
 
     static Ends endsFor(const TimingModel& timing);
@@ -167,9 +186,11 @@ private:
     std::uint16_t& back(Ends& ends, std::size_t speed, std::int64_t step) const;
     const Idle& idleAt(std::int64_t step) const;
 
+    double unit_steps(Speed speed) const;
+    std::vector<Open> openPaths() const;
     Front front() const;
+    void renewTrunk();
     std::optional<Piece> pieceBefore(const Place& place) const;
-    std::optional<Piece> pieceOfTrunk(const Place& place) const;
     std::vector<Piece> trace(const Front& front, std::int64_t horizon) const;
 
     const TimingModel& m_timing;
@@ -190,7 +211,7 @@ private:
     std::deque<Idle> m_idle;            // oldest first
     Recent<GapEnd> m_gapEnds;           // by step
     Carrier m_carrier;
-    std::vector<Piece> m_trunk; // of the best path as it was seen last, oldest first
+    std::set<Piece, ByEnd> m_trunk; // of all paths, what lies further back than `backs`
 };
 
 } // namespace demodulator

@@ -94,6 +94,45 @@ private Q_SLOTS:
         QVERIFY(!path.segments.empty());
         QVERIFY2(path.segments.back().kind == Kind::Carrier, heard.kinds().c_str());
     }
+    void aPathReachesBackToItsBeginningEvenWhereTheSpeedIsLongUnclear()
+    {
+        // Nothing but dashes, which are dots of a slower hand as well, until some dots come.
+        Heard heard;
+        heard.add(false, 40);
+        const auto add = [&heard](int count, int steps) {
+            for (int i = 0; i < count; ++i) {
+                heard.add(true, steps);
+                heard.add(false, i % 3 == 2 ? 45 : 15);
+            }
+        };
+        add(22, 45);
+        add(2, 15);
+        const Path path = heard.trellis.path(0);
+        QVERIFY(path.complete);
+        QVERIFY(std::abs(path.segments.front().begin_step - 40) <= 2);
+        std::size_t dashes = 0;
+        for (const Segment& segment : path.segments)
+            dashes += segment.kind == Kind::Dash ? 1 : 0;
+        QCOMPARE(dashes, std::size_t(22));
+        QVERIFY(heard.trellis.path(1000).segments.front().end_step > 1000);
+        QVERIFY(!heard.trellis.path(1000).complete);
+    }
+    void whatIsHeardAfterASilenceGoesOnWithTheSamePath()
+    {
+        Heard heard;
+        heard.add(false, 60);
+        for (int i = 0; i < 2; ++i) {
+            for (const int marked : {15, 45, 15}) {
+                heard.add(true, marked);
+                heard.add(false, 15);
+            }
+            heard.add(false, 900);
+        }
+        QCOMPARE(heard.kinds(), std::string("._-_. ._-_. "));
+        const Path path = heard.trellis.path(0);
+        QVERIFY(path.complete);
+        QCOMPARE(path.segments.back().end_step, std::int64_t(60 + 2 * (75 + 45 + 900)));
+    }
     void theLastSegmentGoesOn()
     {
         Heard heard(20.0);
