@@ -6,6 +6,7 @@
 set -euo pipefail
 
 packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-dev libkissfft-dev flac
+    libqt5sql5-sqlite libqt5sql5-psql libsystemd-dev
     dpkg-dev file gzip
 )
 [ "${1:-test}" = build ] || packages+=(

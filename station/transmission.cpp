@@ -57,4 +57,40 @@ QJsonObject toJson(const Transmission& transmission)
     return object;
 }
 
+Transmission transmissionOf(const QJsonObject& object)
+{
+    const auto text = [&object](const char* name) {
+        return object.value(QLatin1String(name)).toString();
+    };
+    const auto number = [&object](const char* name) {
+        const QJsonValue value = object.value(QLatin1String(name));
+        return value.isDouble() ? std::optional<double>(value.toDouble()) : std::nullopt;
+    };
+    const auto time_us = [&text](const char* name) {
+        return QDateTime::fromString(text(name), Qt::ISODateWithMs).toMSecsSinceEpoch() * 1000;
+    };
+    Transmission transmission;
+    transmission.number = object.value(QLatin1String("number")).toInt();
+    transmission.receiver = text("receiver");
+    transmission.source = text("source");
+    transmission.decoder = text("decoder");
+    transmission.tone_Hz = number("tone_Hz");
+    transmission.frequency_Hz = number("frequency_Hz");
+    transmission.speed_wpm = number("speed_wpm");
+    transmission.baudRate = number("baud_rate");
+    transmission.shift_Hz = number("shift_Hz");
+    if (object.value(QLatin1String("reversed")).isBool())
+        transmission.isReversed = object.value(QLatin1String("reversed")).toBool();
+    transmission.snr_dB = number("snr_dB");
+    transmission.start_us = time_us("start");
+    transmission.stop_us = time_us("stop");
+    transmission.text = text("text");
+    transmission.rawText = text("raw_text");
+    transmission.map = text("map");
+    const QJsonArray codes = object.value(QLatin1String("unknown_codes")).toArray();
+    for (const QJsonValue& code : codes)
+        transmission.unknownCodes += code.toString();
+    return transmission;
+}
+
 } // namespace morsehost

@@ -37,4 +37,7 @@ struct Transmission
 /// UTC with milliseconds. What is not known, or empty, is no member.
 QJsonObject toJson(const Transmission& transmission);
 
+/// Such an object read again; members that are missing or of another kind are not known.
+Transmission transmissionOf(const QJsonObject& object);
+
 } // namespace morsehost

@@ -1,0 +1,226 @@
+// SPDX-License-Identifier: MIT
+// The archive on a file of this machine: what goes in comes out, once, and is found.
+#include "station/archive/archive.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using morsehost::Archive;
+using morsehost::ArchivedTransmission;
+using morsehost::ArchiveQuery;
+using morsehost::ArchiveRecord;
+
+namespace {
+
+constexpr qint64 SECOND_us = 1000000;
+
+ArchiveRecord recordOf(const QString& text, qint64 start_s = 0, double frequency_Hz = 7025000)
+{
+    ArchiveRecord record;
+    record.transmission.text = text;
+    record.transmission.decoder = "Morse";
+    record.transmission.start_us = start_s * SECOND_us;
+    record.transmission.stop_us = (start_s + 5) * SECOND_us;
+    record.transmission.frequency_Hz = frequency_Hz;
+    record.key = morsehost::archiveKey({}, record.transmission);
+    return record;
+}
+
+QStringList textsOf(const std::optional<std::vector<ArchivedTransmission>>& found)
+{
+    if (!found)
+        return {"(failed)"};
+    QStringList texts;
+    for (const ArchivedTransmission& one : *found)
+        texts += one.record.transmission.text;
+    return texts;
+}
+
+ArchiveQuery wordsQuery(const QStringList& words)
+{
+    ArchiveQuery query;
+    query.words = words;
+    return query;
+}
+
+} // namespace
+
+class TestArchive : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_folder;
+    std::unique_ptr<Archive> m_archive;
+
+    QString path() const { return m_folder.filePath("archive.db"); }
+
+private Q_SLOTS:
+    void init()
+    {
+        QFile::remove(path());
+        QString error;
+        m_archive = Archive::open(path(), error);
+        QVERIFY2(m_archive, qPrintable(error));
+    }
+
+    void cleanup() { m_archive.reset(); }
+
+    void everyFieldComesBack()
+    {
+        ArchiveRecord record;
+        record.key = "key";
+        record.station = "north";
+        record.files = QStringList{"/a b/c.txt", "/d\"e.xml"};
+        morsehost::Transmission& transmission = record.transmission;
+        transmission.number = 7;
+        transmission.receiver = "hf1";
+        transmission.source = "evening.flac";
+        transmission.decoder = "Baudot";
+        transmission.tone_Hz = 650.25;
+        transmission.frequency_Hz = 14023410.5;
+        transmission.speed_wpm = 24.5;
+        transmission.baudRate = 45.45;
+        transmission.shift_Hz = 170;
+        transmission.isReversed = true;
+        transmission.snr_dB = -3.5;
+        transmission.start_us = 1794000000123456;
+        transmission.stop_us = 1794000005654321;
+        transmission.text = QString::fromUtf8("ПРИВЕТ 'мир' %1");
+        transmission.rawText = "PRIWET";
+        transmission.map = "Russian - ITA2";
+        transmission.unknownCodes = QStringList{".-.-.-.-"};
+        QVERIFY2(m_archive->add({record}), qPrintable(m_archive->error()));
+        const auto found = m_archive->search({});
+        QVERIFY(found);
+        QCOMPARE(found->size(), std::size_t(1));
+        QCOMPARE(morsehost::toLine(found->front().record), morsehost::toLine(record));
+    }
+
+    void whatIsNotKnownStaysUnknown()
+    {
+        ArchiveRecord record;
+        record.key = "key";
+        QVERIFY(m_archive->add({record}));
+        const auto found = m_archive->search({});
+        QVERIFY(found && found->size() == 1);
+        const morsehost::Transmission& transmission = found->front().record.transmission;
+        QVERIFY(!transmission.tone_Hz && !transmission.isReversed && !transmission.baudRate);
+        QVERIFY(transmission.unknownCodes.isEmpty());
+    }
+
+    void aKeyIsArchivedOnce()
+    {
+        ArchiveRecord record = recordOf("FIRST");
+        QVERIFY(m_archive->add({record, recordOf("SECOND")}));
+        record.transmission.text = "CHANGED";
+        QVERIFY(m_archive->add({record, recordOf("THIRD")}));
+        QCOMPARE(textsOf(m_archive->search({})), QStringList({"THIRD", "SECOND", "FIRST"}));
+        QCOMPARE(*m_archive->count(), 3);
+    }
+
+    void wordsAreFoundWhole_data()
+    {
+        QTest::addColumn<QStringList>("words");
+        QTest::addColumn<QStringList>("texts");
+        QTest::newRow("whole, not a part") << QStringList{"DL0XY"} << QStringList{};
+        QTest::newRow("in any letter case")
+            << QStringList{"dl0xyz"} << QStringList{"DL0XYZ/P TEST", "CQ DE DL0XYZ K"};
+        QTest::newRow("beginning")
+            << QStringList{"DL0X*"} << QStringList{"DL0XYZ/P TEST", "CQ DE DL0XYZ K"};
+        QTest::newRow("all of them")
+            << QStringList{"CQ", "DL0XYZ"} << QStringList{"CQ DE DL0XYZ K"};
+        QTest::newRow("a word with a stroke is two")
+            << QStringList{"DL0XYZ/P"} << QStringList{"DL0XYZ/P TEST"};
+        QTest::newRow("another script")
+            << QStringList{QString::fromUtf8("привет")} << QStringList{QString::fromUtf8("ПРИВЕТ")};
+        QTest::newRow("signs alone narrow nothing")
+            << QStringList{"\"'*"}
+            << QStringList{QString::fromUtf8("ПРИВЕТ"), "DL0XYZ/P TEST", "CQ DE DL0XYZ K"};
+        QTest::newRow("words of the query language are words")
+            << QStringList{"AND", "OR"} << QStringList{};
+    }
+
+    void wordsAreFoundWhole()
+    {
+        QFETCH(QStringList, words);
+        QFETCH(QStringList, texts);
+        QVERIFY(m_archive->add({recordOf("CQ DE DL0XYZ K"), recordOf("DL0XYZ/P TEST"),
+                                recordOf(QString::fromUtf8("ПРИВЕТ"))}));
+        QCOMPARE(textsOf(m_archive->search(wordsQuery(words))), texts);
+        // The same where time leaves few rows, which are compared without the index.
+        ArchiveQuery narrow = wordsQuery(words);
+        narrow.since_us = 0;
+        QCOMPARE(textsOf(m_archive->search(narrow)), texts);
+    }
+
+    void timeAndFrequencyNarrow()
+    {
+        QVERIFY(m_archive->add({recordOf("A", 100, 7000000), recordOf("B", 200, 7040000),
+                                recordOf("C", 300, 14000000)}));
+        ArchiveQuery query;
+        query.since_us = 200 * SECOND_us;
+        QCOMPARE(textsOf(m_archive->search(query)), QStringList({"C", "B"}));
+        query.until_us = 300 * SECOND_us;
+        QCOMPARE(textsOf(m_archive->search(query)), QStringList({"B"}));
+        query = {};
+        query.lowest_Hz = 7000000;
+        query.highest_Hz = 7040000;
+        QCOMPARE(textsOf(m_archive->search(query)), QStringList({"B", "A"}));
+        query.words = QStringList{"A"};
+        QCOMPARE(textsOf(m_archive->search(query)), QStringList({"A"}));
+    }
+
+    void whatCameLaterIsFollowed()
+    {
+        QVERIFY(m_archive->add({recordOf("A"), recordOf("B")}));
+        ArchiveQuery query;
+        query.after = *m_archive->latest();
+        query.isOldestFirst = true;
+        QCOMPARE(textsOf(m_archive->search(query)), QStringList());
+        QVERIFY(m_archive->add({recordOf("C"), recordOf("D")}));
+        QCOMPARE(textsOf(m_archive->search(query)), QStringList({"C", "D"}));
+        query.limit = 1;
+        QCOMPARE(textsOf(m_archive->search(query)), QStringList({"C"}));
+    }
+
+    void whatIsRemovedIsNotFound()
+    {
+        QVERIFY(m_archive->add({recordOf("OLD ONE", 100), recordOf("NEW ONE", 200)}));
+        QCOMPARE(*m_archive->removeBefore(150 * SECOND_us), 1);
+        QCOMPARE(textsOf(m_archive->search(wordsQuery({"ONE"}))), QStringList({"NEW ONE"}));
+        // Its number is not given again.
+        QCOMPARE(*m_archive->removeBefore(1000 * SECOND_us), 1);
+        QVERIFY(m_archive->add({recordOf("NEXT")}));
+        QCOMPARE(*m_archive->latest(), 3);
+    }
+
+    void twoProcessesWriteOneArchive()
+    {
+        QString error;
+        const std::unique_ptr<Archive> other = Archive::open(path(), error);
+        QVERIFY2(other, qPrintable(error));
+        QVERIFY(m_archive->add({recordOf("A")}));
+        QVERIFY(other->add({recordOf("B"), recordOf("A")}));
+        QCOMPARE(textsOf(m_archive->search({})), QStringList({"B", "A"}));
+    }
+
+    void whatIsNoArchiveIsRefused()
+    {
+        QString error;
+        QVERIFY(!Archive::open(m_folder.filePath("missing/archive.db"), error));
+        QVERIFY(!error.isEmpty());
+        const QString text = m_folder.filePath("text.db");
+        QFile file(text);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray(8192, 'x'));
+        file.close();
+        error.clear();
+        QVERIFY(!Archive::open(text, error));
+        QVERIFY(!error.isEmpty());
+        QCOMPARE(file.size(), 8192);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestArchive)
+#include "tst_archive.moc"

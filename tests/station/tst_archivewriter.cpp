@@ -1,0 +1,197 @@
+// SPDX-License-Identifier: MIT
+// What waits on disk until the archive has it: in order, once, across crashes.
+#include "station/archive/archive.h"
+#include "station/archive/spool.h"
+#include "station/archive/writer.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace morsehost;
+
+namespace {
+
+ArchiveRecord recordOf(int number)
+{
+    ArchiveRecord record;
+    record.transmission.text = QString::number(number);
+    record.transmission.number = number;
+    record.key = archiveKey({}, record.transmission);
+    return record;
+}
+
+QStringList archivedTexts(const QString& url)
+{
+    QString error;
+    const std::unique_ptr<Archive> archive = Archive::open(url, error);
+    ArchiveQuery query;
+    query.isOldestFirst = true;
+    query.limit = 100000;
+    const auto found = archive ? archive->search(query) : std::nullopt;
+    if (!found)
+        return {"(failed)"};
+    QStringList texts;
+    for (const ArchivedTransmission& one : *found)
+        texts += one.record.transmission.text;
+    return texts;
+}
+
+QStringList numbers(int first, int last)
+{
+    QStringList list;
+    for (int number = first; number <= last; ++number)
+        list += QString::number(number);
+    return list;
+}
+
+std::vector<QByteArray> lines(std::initializer_list<const char*> texts)
+{
+    return {texts.begin(), texts.end()};
+}
+
+} // namespace
+
+class TestArchiveWriter : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void linesWaitInOrderUntilTheyAreTaken()
+    {
+        const QTemporaryDir folder;
+        Spool spool(folder.path());
+        QVERIFY(spool.append("a") && spool.append("b") && spool.append("c"));
+        QCOMPARE(spool.oldest(2), lines({"a", "b"}));
+        QCOMPARE(spool.oldest(9), lines({"a", "b", "c"}));
+        QVERIFY(spool.take(2));
+        QCOMPARE(spool.oldest(9), lines({"c"}));
+        QVERIFY(spool.append("d"));
+        QVERIFY(spool.take(1));
+        QCOMPARE(spool.oldest(9), lines({"d"}));
+    }
+
+    void theNextOneGoesOnWhereTheLastOneEnded()
+    {
+        const QTemporaryDir folder;
+        {
+            Spool spool(folder.path());
+            QVERIFY(spool.append("a") && spool.append("b"));
+            QCOMPARE(spool.oldest(1), lines({"a"}));
+            QVERIFY(spool.take(1));
+        }
+        Spool spool(folder.path());
+        QVERIFY(spool.append("c"));
+        QCOMPARE(spool.oldest(9), lines({"b", "c"}));
+    }
+
+    void aLineThatACrashCutOffIsNotContinued()
+    {
+        const QTemporaryDir folder;
+        {
+            Spool spool(folder.path());
+            QVERIFY(spool.append("whole"));
+        }
+        const QString name = QDir(folder.path()).entryList({"*.lines"}).value(0);
+        QFile file(folder.filePath(name));
+        QVERIFY(file.open(QIODevice::Append));
+        file.write("half a li");
+        file.close();
+        Spool spool(folder.path());
+        QVERIFY(spool.append("next"));
+        QCOMPARE(spool.oldest(9), lines({"whole", "next"}));
+    }
+
+    void whatIsTakenLeavesTheDisk()
+    {
+        const QTemporaryDir folder;
+        Spool spool(folder.path());
+        const QByteArray line(100000, 'x');
+        for (int i = 0; i < 100; ++i)
+            QVERIFY(spool.append(line));
+        QVERIFY(spool.size() > 9000000);
+        QCOMPARE(spool.oldest(1000).size(), std::size_t(100));
+        QVERIFY(spool.take(100));
+        QCOMPARE(spool.size(), 0);
+        QCOMPARE(QDir(folder.path()).entryList({"*.lines"}).size(), 1);
+        QVERIFY(spool.append("next"));
+        QCOMPARE(spool.oldest(9), lines({"next"}));
+    }
+
+    void aFolderThatCannotBeMadeIsReported()
+    {
+        Spool spool("/dev/null/spool");
+        QVERIFY(!spool.error().isEmpty());
+        QVERIFY(!spool.append("a"));
+    }
+
+    void recordsReachTheArchive()
+    {
+        const QTemporaryDir folder;
+        const QString url = folder.filePath("archive.db");
+        ArchiveWriter writer({url, folder.filePath("spool")});
+        for (int number = 1; number <= 1200; ++number)
+            QVERIFY(writer.add(recordOf(number)));
+        QVERIFY(writer.flush());
+        QCOMPARE(archivedTexts(url), numbers(1, 1200));
+    }
+
+    void anArchiveThatWasAwayGetsAllInOrder()
+    {
+        const QTemporaryDir folder;
+        const QString url = folder.filePath("later/archive.db");
+        QStringList problems;
+        {
+            ArchiveWriter writer({url, folder.filePath("spool")},
+                                 [&problems](const QString& problem) { problems += problem; });
+            QVERIFY(writer.add(recordOf(1)));
+            QVERIFY(writer.add(recordOf(2)));
+            QVERIFY(!writer.flush());
+        }
+        QVERIFY(!problems.isEmpty() && !problems.first().isEmpty());
+        // Another process, the archive still away.
+        ArchiveWriter writer({url, folder.filePath("spool")});
+        QVERIFY(writer.add(recordOf(3)));
+        QVERIFY(!writer.flush());
+        QVERIFY(QDir(folder.path()).mkdir("later"));
+        QVERIFY(writer.flush());
+        QCOMPARE(archivedTexts(url), numbers(1, 3));
+    }
+
+    void whatWasSentBeforeACrashIsNotThereTwice()
+    {
+        const QTemporaryDir folder;
+        const QString url = folder.filePath("archive.db");
+        const QString spool = folder.filePath("spool");
+        {
+            ArchiveWriter writer({url, spool});
+            for (int number = 1; number <= 3; ++number)
+                QVERIFY(writer.add(recordOf(number)));
+            QVERIFY(writer.flush());
+        }
+        // As if the process had died between the archive's answer and the note of it.
+        QVERIFY(QFile::remove(spool + "/taken"));
+        ArchiveWriter writer({url, spool});
+        QVERIFY(writer.add(recordOf(4)));
+        QVERIFY(writer.flush());
+        QCOMPARE(archivedTexts(url), numbers(1, 4));
+    }
+
+    void linesThatAreNoRecordsDoNotStopTheOthers()
+    {
+        const QTemporaryDir folder;
+        const QString url = folder.filePath("archive.db");
+        {
+            Spool spool(folder.filePath("spool"));
+            QVERIFY(spool.append("rubbish") && spool.append("{\"text\":\"no key\"}"));
+        }
+        ArchiveWriter writer({url, folder.filePath("spool")});
+        QVERIFY(writer.add(recordOf(1)));
+        QVERIFY(writer.flush());
+        QCOMPARE(archivedTexts(url), numbers(1, 1));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestArchiveWriter)
+#include "tst_archivewriter.moc"
