@@ -6,6 +6,7 @@
 #include "app/options/alphabetoptions.h"
 #include "host/standin/tracelog.h"
 #include "host/trace.h"
+#include "station/archive/archive.h"
 #include "station/io/systemtext.h"
 
 #include <QDir>
@@ -93,7 +94,34 @@ bool Reception::canBegin()
         complainOfAlphabet(m_options.alphabet, m_options.alphabetDirectory);
     else if (!m_options.saveDirectory.isEmpty())
         m_canBegin = canSaveInto(m_options.saveDirectory);
+    if (*m_canBegin && !m_options.archive.isEmpty())
+        m_canBegin = canArchive();
     return *m_canBegin;
+}
+
+bool Reception::canArchive()
+{
+    QString error;
+    if (!Archive::open(m_options.archive, error)) {
+        complain(QStringLiteral("archive"), error);
+        return false;
+    }
+    m_unsent.emplace();
+    m_archive = std::make_unique<ArchiveWriter>(
+        ArchiveWriter::Settings{m_options.archive, m_unsent->filePath(QStringLiteral("unsent"))});
+    if (!m_archive->error().isEmpty()) {
+        complain(m_unsent->path(), m_archive->error());
+        return false;
+    }
+    m_archiving.emplace(*m_reporter, *m_archive);
+    return true;
+}
+
+StationListener& Reception::listener()
+{
+    if (m_archiving)
+        return *m_archiving;
+    return *m_reporter;
 }
 
 MorseStation& Reception::begin(const ReceivedSource& source, bool isOneOfSeveral)
@@ -103,7 +131,7 @@ MorseStation& Reception::begin(const ReceivedSource& source, bool isOneOfSeveral
     settings.saveDirectory = m_options.saveDirectory;
     settings.start_us = source.start_us;
     settings.demodulator = source.demodulator;
-    m_station.emplace(m_tree, settings, *m_reporter);
+    m_station.emplace(m_tree, settings, listener());
     m_station->start();
     if (isOneOfSeveral)
         m_reporter->source(source.name);
@@ -124,7 +152,7 @@ void Reception::end()
 
 bool Reception::isPointless() const
 {
-    return m_output.hasFailed() && m_options.saveDirectory.isEmpty();
+    return m_output.hasFailed() && m_options.saveDirectory.isEmpty() && m_options.archive.isEmpty();
 }
 
 int Reception::finish()
@@ -134,6 +162,11 @@ int Reception::finish()
     int status = EXIT_DONE;
     if (m_lost.any()) {
         complainOfLosses(m_options.saveDirectory, m_lost);
+        status = EXIT_BAD_INPUT;
+    }
+    if (m_archive && (!m_archive->flush() || m_archiving->lost() > 0)) {
+        complain(QStringLiteral("archive"),
+                 QStringLiteral("not all transmissions could be archived"));
         status = EXIT_BAD_INPUT;
     }
     if (!m_output.error().isEmpty()) {

@@ -6,8 +6,11 @@
 #include "app/options/receptionoptions.h"
 #include "app/reporter.h"
 #include "host/standin/hosttree.h"
+#include "station/archive/archivelistener.h"
 #include "station/io/output.h"
 #include "station/morsestation.h"
+
+#include <QTemporaryDir>
 
 #include <memory>
 #include <optional>
@@ -40,10 +43,15 @@ public:
 
 private:
     StationSettings settings() const;
+    bool canArchive();
+    StationListener& listener();
 
     ReceptionOptions m_options;
     Output m_output;
     std::unique_ptr<Reporter> m_reporter;
+    std::optional<QTemporaryDir> m_unsent; ///< what waits to be archived
+    std::unique_ptr<ArchiveWriter> m_archive;
+    std::optional<ArchiveListener> m_archiving;
     HostTree m_tree;
     std::optional<MorseStation> m_station; ///< goes before the tree
     std::optional<bool> m_canBegin;        ///< once it was tried

@@ -11,6 +11,7 @@ if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
 endif()
 install(TARGETS morsehost COMPONENT program)
 install(DIRECTORY data/ DESTINATION ${CMAKE_INSTALL_DATADIR}/morsehandler COMPONENT program)
+install(FILES station/service/morsehost.service DESTINATION lib/systemd/system COMPONENT program)
 
 if(UNIX AND NOT APPLE)
     foreach(library IN ITEMS morsehandler hoststandin)

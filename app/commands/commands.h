@@ -22,5 +22,7 @@ Command decodersCommand();
 Command translateCommand();
 Command mapCommand();
 Command lintCommand();
+Command searchCommand();
+Command stationCommand();
 
 } // namespace morsehost

@@ -16,6 +16,8 @@ const std::vector<Command>& commands()
         translateCommand(),
         mapCommand(),
         lintCommand(),
+        searchCommand(),
+        stationCommand(),
     };
     // clang-format on
     return rows;

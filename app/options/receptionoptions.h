@@ -24,6 +24,7 @@ struct ReceptionOptions
     QString alphabet; ///< empty for the built-in one
     QString alphabetDirectory;
     QString saveDirectory; ///< empty when nothing is saved
+    QString archive;       ///< URL; empty when nothing is archived
     std::optional<double> frequency_Hz;
     ReportForm form = ReportForm::Text;
     StartRule startRule = StartRule::Unsaid;

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+// A station that runs by itself: its receivers, and where what they hear goes.
+#pragma once
+
+#include "station/archive/record.h"
+#include "station/archive/writer.h"
+#include "station/service/receiver.h"
+#include "station/service/stationfile.h"
+
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+#include <functional>
+#include <map>
+#include <memory>
+
+namespace morsehost {
+
+/// Runs in the thread of its event loop.
+class StationService : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// `program` is the path of this program, which the decoders are run with.
+    explicit StationService(const QString& program, QObject* parent = nullptr);
+    ~StationService() override;
+
+    /// Does what the configuration says; what was the same before goes on undisturbed. False, with
+    /// the reason, when the folder cannot be used; then all is as it was.
+    bool configure(const StationConfiguration& configuration, QString& error);
+    /// Ends the receivers, lets the decoders finish, and sends what can be sent.
+    void stop();
+
+    std::vector<const Receiver*> receivers() const;
+
+Q_SIGNALS:
+    /// A line for the log.
+    void reported(const QString& line);
+    void received(const morsehost::ArchiveRecord& record);
+
+private:
+    void take(const Receiver& receiver, const QJsonObject& object);
+    void changeDay();
+    void keepWithinLimits();
+    QString saveFolder(const ReceiverSettings& settings) const;
+
+    QString m_program;
+    StationConfiguration m_configuration;
+    std::unique_ptr<ArchiveWriter> m_archive;
+    std::map<QString, std::unique_ptr<Receiver>> m_receivers; ///< by name
+    QTimer m_daily;
+    bool m_isArchiveReported = false;
+};
+
+} // namespace morsehost

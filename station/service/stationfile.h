@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+// What a station is told to do: its file, read and checked.
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+#include <vector>
+
+namespace morsehost {
+
+/// One `[receiver NAME]`.
+struct ReceiverSettings
+{
+    QString name;
+    // Where its samples come from: one of these is not empty.
+    QString command;  ///< run by the shell, its standard output read
+    QString file;     ///< a recording, or a pipe that has a name
+    QString tcp;      ///< "host:port"
+    int repeat_s = 0; ///< of a recording: it begins again so long after it began; 0 for once
+
+    QString decoder = QStringLiteral("Morse"); ///< "band", or a decoder's name
+    /// Words for the decoder's command line, from the keys that it understands.
+    QStringList options;
+    bool isSaved = true; ///< files are kept in a folder a day
+    int stall_s = 30;    ///< without a sample for so long, it counts as stalled; 0 for never
+
+    bool operator==(const ReceiverSettings& other) const;
+};
+
+struct StationConfiguration
+{
+    QString name;
+    QString folder;           ///< of all that is kept
+    QString archive;          ///< URL
+    int keepDays = 0;         ///< 0 for ever
+    double keepGigabytes = 0; ///< of files; 0 for all
+    std::vector<ReceiverSettings> receivers;
+};
+
+/// What is wrong with the file, at a line of it (0: in no line).
+struct ConfigurationFault
+{
+    int line;
+    QString text;
+};
+
+/// Reads the file. With faults, what could not be understood has its default.
+StationConfiguration readConfiguration(const QString& path,
+                                       std::vector<ConfigurationFault>& faults);
+
+/// A row of what the file may hold, for the check and for the manual.
+struct ConfigurationKey
+{
+    const char* section;
+    const char* name;
+    const char* help;
+};
+const std::vector<ConfigurationKey>& configurationKeys();
+
+} // namespace morsehost

@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: MIT
+// From a recording through the archive to what a search prints.
+#include "support/program.h"
+
+#include <QDir>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using testsupport::Ended;
+using testsupport::run;
+
+namespace {
+
+constexpr int LONG_ms = 120000;
+const QString SAMPLE = PROJECT_DATA_DIR "/samples/three-overs.flac";
+
+} // namespace
+
+class TestSearch : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_folder;
+
+    QString archive() const { return m_folder.filePath("heard.db"); }
+
+    Ended search(QStringList words) const
+    {
+        words.prepend(archive());
+        words.prepend("--archive");
+        words.prepend("search");
+        return run(words);
+    }
+
+    Ended decode(const QString& start) const
+    {
+        return run(
+            {"decode", "--archive", archive(), "--start", start, "--frequency", "7025000", SAMPLE});
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        const Ended ended = decode("2026-05-12T10:15:00Z");
+        QCOMPARE(ended.err, QByteArray());
+        QCOMPARE(ended.status, 0);
+    }
+
+    void aLineHasWhatIsKnown()
+    {
+        const Ended ended = search({"g3abc"});
+        QCOMPARE(ended.err, QByteArray());
+        const QRegularExpression line(
+            "^2026-05-12T10:15:23Z  7025\\.00 kHz  \\d+ wpm  \\d+ dB  OK2XYZ DE G3ABC = UR 579 IN "
+            "LEEDS\n$");
+        QVERIFY2(line.match(ended.out).hasMatch(), ended.out.constData());
+    }
+
+    void timeAndFrequencyNarrow_data()
+    {
+        QTest::addColumn<QStringList>("words");
+        QTest::addColumn<int>("lines");
+        QTest::newRow("all") << QStringList{} << 3;
+        QTest::newRow("since a time") << QStringList{"--since", "2026-05-12T10:15:20Z"} << 2;
+        QTest::newRow("until a time") << QStringList{"--until", "2026-05-12T10:15:20Z"} << 1;
+        QTest::newRow("since a day") << QStringList{"--since", "2026-05-13"} << 0;
+        QTest::newRow("a range") << QStringList{"--frequency", "7000-7040"} << 3;
+        QTest::newRow("another range") << QStringList{"--frequency", "14000-14350"} << 0;
+        QTest::newRow("near one frequency") << QStringList{"--frequency", "7025.4"} << 3;
+        QTest::newRow("too far from it") << QStringList{"--frequency", "7026"} << 0;
+        QTest::newRow("the latest") << QStringList{"--limit", "1"} << 1;
+        QTest::newRow("another decoder") << QStringList{"--decoder", "Baudot"} << 0;
+        QTest::newRow("a beginning") << QStringList{"OK2*"} << 3;
+    }
+
+    void timeAndFrequencyNarrow()
+    {
+        QFETCH(QStringList, words);
+        QFETCH(int, lines);
+        const Ended ended = search(words);
+        QCOMPARE(ended.err, QByteArray());
+        QCOMPARE(ended.out.count('\n'), lines);
+    }
+
+    void theFormsHoldTheSame()
+    {
+        const QJsonObject object =
+            QJsonDocument::fromJson(search({"--json", "G3ABC"}).out).object();
+        QCOMPARE(object.value("text").toString(), QString("OK2XYZ DE G3ABC = UR 579 IN LEEDS"));
+        QCOMPARE(object.value("event").toString(), QString("transmission"));
+        QCOMPARE(object.value("frequency_Hz").toDouble(), 7025000.0);
+        const QList<QByteArray> csv = search({"--csv", "G3ABC"}).out.split('\n');
+        QVERIFY(csv[0].startsWith("id,station,receiver,"));
+        QVERIFY(csv[1].contains(",OK2XYZ DE G3ABC = UR 579 IN LEEDS,"));
+        const QByteArray adif = search({"--adif", "G3ABC"}).out;
+        QVERIFY(adif.contains("<EOH>"));
+        QVERIFY(adif.contains("<QSO_DATE:8>20260512 <TIME_ON:6>101523"));
+        QVERIFY(adif.contains("<COMMENT:33>OK2XYZ DE G3ABC = UR 579 IN LEEDS"));
+    }
+
+    void whatIsDecodedAgainIsThereOnce()
+    {
+        QCOMPARE(decode("2026-05-12T10:15:00Z").status, 0);
+        QCOMPARE(search({}).out.count('\n'), 3);
+    }
+
+    void whatComesLaterIsFollowed()
+    {
+        QProcess follower;
+        follower.start(MORSEHOST_PATH, {"search", "--archive", archive(), "--follow", "OK2XYZ"});
+        QVERIFY(follower.waitForStarted(LONG_ms));
+        // Nothing tells when it looks; so there is news until it has seen some.
+        for (int minute = 0; minute < 50 && follower.bytesAvailable() == 0; ++minute) {
+            const QString time = QString("2026-05-13T10:%1:00Z").arg(minute, 2, 10, QChar('0'));
+            QCOMPARE(decode(time).status, 0);
+            follower.waitForReadyRead(1000);
+        }
+        QVERIFY(follower.readAllStandardOutput().startsWith("2026-05-13T10:"));
+        follower.terminate();
+        QVERIFY(follower.waitForFinished(LONG_ms));
+        QCOMPARE(follower.exitCode(), 0);
+    }
+
+    void wrongWordsAreRefused_data()
+    {
+        QTest::addColumn<QStringList>("words");
+        QTest::addColumn<QByteArray>("complaint");
+        QTest::newRow("a range upside down")
+            << QStringList{"--frequency", "7040-7000"}
+            << QByteArray("--frequency takes KHZ or LOW-HIGH in kHz, not '7040-7000'");
+        QTest::newRow("no frequency")
+            << QStringList{"--frequency", "x"} << QByteArray("--frequency takes KHZ or LOW-HIGH");
+        QTest::newRow("no time") << QStringList{"--since", "yesterday"} << QByteArray("--since");
+        QTest::newRow("two forms")
+            << QStringList{"--csv", "--json"} << QByteArray("--json and --csv exclude each other");
+    }
+
+    void wrongWordsAreRefused()
+    {
+        QFETCH(QStringList, words);
+        QFETCH(QByteArray, complaint);
+        const Ended ended = search(words);
+        QCOMPARE(ended.status, 2);
+        QVERIFY2(ended.err.contains(complaint), ended.err.constData());
+    }
+
+    void anArchiveThatIsNotThereIsNotMade()
+    {
+        const QString missing = m_folder.filePath("missing.db");
+        const Ended ended = run({"search", "--archive", missing});
+        QCOMPARE(ended.status, 1);
+        QVERIFY2(ended.err.contains("no such archive"), ended.err.constData());
+        QVERIFY(!QFile::exists(missing));
+    }
+
+    void anArchiveThatCannotBeUsedIsReportedFirst()
+    {
+        const Ended ended = run({"decode", "--archive", "/dev/null/heard.db", SAMPLE});
+        QCOMPARE(ended.status, 1);
+        QCOMPARE(ended.out, QByteArray());
+        QVERIFY2(ended.err.startsWith("morsehost: archive: "), ended.err.constData());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSearch)
+#include "tst_search.moc"

@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: MIT
+// A station with receivers that end, stall and send rubbish. A shell script stands in for this
+// program as the decoder, so that what it is given and what it answers are known.
+#include "station/service/service.h"
+
+#include "station/archive/archive.h"
+
+#include <QFile>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace morsehost;
+
+namespace {
+
+constexpr int LONG_ms = 120000;
+
+// Reads all of its input, then tells how many bytes it was as a transmission.
+const char* const COUNTING_DECODER = R"(#!/bin/sh
+echo rubbish
+echo '{"event":"transmission","number":1,"start":"2026-11-22T10:00:00.000Z","stop":"2026-11-22T10:00:05.000Z","text":"FIRST"}'
+n=$(wc -c)
+echo '{"event":"transmission","number":2,"start":"2026-11-22T10:00:06.000Z","stop":"2026-11-22T10:00:09.000Z","text":"'$n'"}'
+)";
+
+} // namespace
+
+class TestService : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_folder;
+
+    QString program(const char* script) const
+    {
+        const QString path = m_folder.filePath("decoder.sh");
+        QFile file(path);
+        if (!file.open(QIODevice::WriteOnly) || file.write(script) < 0)
+            qFatal("no script");
+        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        return path;
+    }
+
+    ReceiverSettings commandReceiver(const QString& name, const QString& command) const
+    {
+        ReceiverSettings settings;
+        settings.name = name;
+        settings.command = command;
+        settings.isSaved = false;
+        return settings;
+    }
+
+    StationConfiguration configuration(const std::vector<ReceiverSettings>& receivers) const
+    {
+        StationConfiguration made;
+        made.name = "north";
+        made.folder = m_folder.filePath("kept");
+        made.archive = made.folder + "/archive.db";
+        made.receivers = receivers;
+        return made;
+    }
+
+private Q_SLOTS:
+    void samplesReachTheDecoderAndItsTextTheArchive()
+    {
+        StationService service(program(COUNTING_DECODER));
+        int received = 0;
+        connect(&service, &StationService::received, [&received] { ++received; });
+        QString error;
+        // 30000 bytes, then it stays open.
+        QVERIFY2(service.configure(
+                     configuration({commandReceiver("hf", "head -c 30000 /dev/zero")}), error),
+                 qPrintable(error));
+        QTRY_VERIFY_WITH_TIMEOUT(received >= 2, LONG_ms);
+        service.stop();
+        const std::unique_ptr<Archive> archive =
+            Archive::open(m_folder.filePath("kept/archive.db"), error);
+        QVERIFY(archive);
+        ArchiveQuery query;
+        query.isOldestFirst = true;
+        const auto found = archive->search(query);
+        QVERIFY(found && found->size() >= 2);
+        QCOMPARE((*found)[0].record.transmission.text, QString("FIRST"));
+        QCOMPARE((*found)[0].record.transmission.receiver, QString("hf"));
+        QCOMPARE((*found)[0].record.station, QString("north"));
+        QCOMPARE((*found)[1].record.transmission.text, QString("30000"));
+    }
+
+    void aReceiverThatEndsIsStartedAgain()
+    {
+        Receiver::Surroundings surroundings;
+        surroundings.program = program(COUNTING_DECODER);
+        surroundings.firstPause_ms = 1;
+        surroundings.longestPause_ms = 4;
+        Receiver receiver(commandReceiver("hf", "echo no such tuner >&2; exit 3"), surroundings);
+        int downs = 0;
+        QString problem;
+        connect(&receiver, &Receiver::stateChanged, [&] {
+            downs += receiver.state() == ReceiverState::Down ? 1 : 0;
+            if (receiver.state() == ReceiverState::Down)
+                problem = receiver.problem();
+        });
+        int decoders = 0;
+        connect(&receiver, &Receiver::decoded, [&](const QJsonObject& object) {
+            decoders += object.value("text") == QJsonValue("FIRST") ? 1 : 0;
+        });
+        receiver.start();
+        QTRY_VERIFY_WITH_TIMEOUT(decoders >= 3, LONG_ms);
+        QVERIFY(downs >= 1);
+        QCOMPARE(problem, QString("no such tuner"));
+    }
+
+    void aReceiverThatStallsIsDown()
+    {
+        Receiver::Surroundings surroundings;
+        surroundings.program = program(COUNTING_DECODER);
+        ReceiverSettings settings = commandReceiver("hf", "echo; sleep 1000");
+        settings.stall_s = 1;
+        Receiver receiver(settings, surroundings);
+        receiver.start();
+        QTRY_VERIFY_WITH_TIMEOUT(receiver.state() == ReceiverState::Down, LONG_ms);
+        QCOMPARE(receiver.problem(), QString("no samples for 1 s"));
+    }
+
+    void aConnectionIsReadLikeACommand()
+    {
+        QTcpServer server;
+        QVERIFY(server.listen(QHostAddress::LocalHost));
+        Receiver::Surroundings surroundings;
+        surroundings.program = program(COUNTING_DECODER);
+        ReceiverSettings settings;
+        settings.name = "net";
+        settings.tcp = QString("127.0.0.1:%1").arg(server.serverPort());
+        Receiver receiver(settings, surroundings);
+        QStringList texts;
+        connect(&receiver, &Receiver::decoded,
+                [&](const QJsonObject& object) { texts += object.value("text").toString(); });
+        receiver.start();
+        QTRY_VERIFY_WITH_TIMEOUT(server.hasPendingConnections(), LONG_ms);
+        QTcpSocket* const client = server.nextPendingConnection();
+        client->write(QByteArray(5000, 'x'));
+        client->disconnectFromHost();
+        QTRY_VERIFY_WITH_TIMEOUT(texts.contains("5000"), LONG_ms);
+        QCOMPARE(receiver.state(), ReceiverState::Down);
+    }
+
+    void whatIsUnchangedGoesOn()
+    {
+        StationService service(program(COUNTING_DECODER));
+        QString error;
+        const ReceiverSettings first = commandReceiver("first", "cat /dev/zero");
+        const ReceiverSettings second = commandReceiver("second", "cat /dev/zero");
+        QVERIFY(service.configure(configuration({first, second}), error));
+        const Receiver* const before = service.receivers().front();
+        ReceiverSettings changed = second;
+        changed.decoder = "band";
+        QVERIFY(service.configure(configuration({first, changed}), error));
+        QCOMPARE(service.receivers().front(), before);
+        QCOMPARE(service.receivers().size(), std::size_t(2));
+        QCOMPARE(service.receivers().back()->settings().decoder, QString("band"));
+        QVERIFY(service.configure(configuration({changed}), error));
+        QCOMPARE(service.receivers().size(), std::size_t(1));
+    }
+
+    void aFolderThatCannotBeMadeIsRefused()
+    {
+        StationService service(program(COUNTING_DECODER));
+        StationConfiguration bad = configuration({commandReceiver("a", "true")});
+        bad.folder = "/dev/null/kept";
+        QString error;
+        QVERIFY(!service.configure(bad, error));
+        QVERIFY(!error.isEmpty());
+        QVERIFY(service.receivers().empty());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestService)
+#include "tst_service.moc"

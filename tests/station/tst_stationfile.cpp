@@ -1,0 +1,197 @@
+// SPDX-License-Identifier: MIT
+// The file of a station: what it says is done, and what is wrong with it is named with its line.
+#include "station/service/stationfile.h"
+#include "station/service/retention.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace morsehost;
+
+namespace {
+
+void write(const QString& path, const QByteArray& content)
+{
+    QDir().mkpath(QFileInfo(path).path());
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    QCOMPARE(file.write(content), qint64(content.size()));
+}
+
+} // namespace
+
+class TestStationFile : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_folder;
+    int m_count = 0;
+
+    QString path(const QString& name) const { return m_folder.filePath(name); }
+
+    StationConfiguration read(const QByteArray& content, QStringList& faults)
+    {
+        // Files of one name, size and millisecond are one to Qt.
+        const QString file = path(QString("station%1.ini").arg(++m_count));
+        write(file, content);
+        std::vector<ConfigurationFault> found;
+        const StationConfiguration configuration = readConfiguration(file, found);
+        for (const ConfigurationFault& fault : found)
+            faults += QString::number(fault.line) + ": " + fault.text;
+        return configuration;
+    }
+
+private Q_SLOTS:
+    void everyKeyArrives()
+    {
+        write(path("evening.flac"), "x");
+        QStringList faults;
+        const StationConfiguration configuration = read(R"([station]
+name=north
+folder=kept
+archive=postgresql://host/radio
+keep_days=30
+keep_gigabytes=1.5
+[receiver hf-1]
+command="rtl_fm -f 7.025M | sox - -t raw -"
+decoder=Baudot
+map=Russian
+rate=12000
+format=f32
+iq=true
+center=7e6
+stall=5
+save=no
+[receiver loop]
+file=evening.flac
+repeat=60
+)",
+                                                        faults);
+        QCOMPARE(faults, QStringList());
+        QCOMPARE(configuration.name, QString("north"));
+        QCOMPARE(configuration.folder, path("kept"));
+        QCOMPARE(configuration.archive, QString("postgresql://host/radio"));
+        QCOMPARE(configuration.keepDays, 30);
+        QCOMPARE(configuration.keepGigabytes, 1.5);
+        QCOMPARE(configuration.receivers.size(), std::size_t(2));
+        const ReceiverSettings& first = configuration.receivers[0];
+        QCOMPARE(first.name, QString("hf-1"));
+        QCOMPARE(first.command, QString("rtl_fm -f 7.025M | sox - -t raw -"));
+        QCOMPARE(first.decoder, QString("Baudot"));
+        QCOMPARE(first.stall_s, 5);
+        QVERIFY(!first.isSaved);
+        QCOMPARE(first.options, QStringList({"--rate", "12000", "--format", "f32", "--iq",
+                                             "--center", "7e6", "--map", "Russian"}));
+        const ReceiverSettings& second = configuration.receivers[1];
+        QCOMPARE(second.file, path("evening.flac"));
+        QCOMPARE(second.repeat_s, 60);
+        QCOMPARE(second.decoder, QString("Morse"));
+        QVERIFY(second.isSaved);
+    }
+
+    void theArchiveIsInTheFolderUnlessTold()
+    {
+        QStringList faults;
+        QCOMPARE(read("[station]\nfolder=kept\n[receiver a]\ncommand=x\n", faults).archive,
+                 path("kept/archive.db"));
+        QCOMPARE(faults, QStringList());
+    }
+
+    void faultsHaveTheirLines_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<QString>("fault");
+        const QByteArray head = "[station]\nfolder=kept\n";
+        const QByteArray one = "[receiver a]\ncommand=x\n";
+        QTest::newRow("no number")
+            << head + "keep_days=ten\n" + one
+            << "3: keep_days takes a whole number from 0 to 36500, not 'ten'";
+        QTest::newRow("out of range")
+            << head + one + "rate=1\n"
+            << "5: rate takes a whole number from 4000 to 10000000, not '1'";
+        QTest::newRow("no such key")
+            << head + "colour=red\n" + one << "3: no key 'colour' in a [station] section";
+        QTest::newRow("no such section") << head + one + "[radio]\n"
+                                         << "5: no section [radio]; there are [station] and "
+                                            "[receiver NAME]";
+        QTest::newRow("no input") << head + "[receiver a]\nrate=8000\n"
+                                  << "3: receiver a needs one of command, file and tcp";
+        QTest::newRow("two inputs") << head + one + "tcp=host:1\n"
+                                    << "3: receiver a needs one of command, file and tcp";
+        QTest::newRow("no such file") << head + "[receiver a]\nfile=gone.wav\n"
+                                      << QString("4: no such file: %1").arg(path("gone.wav"));
+        QTest::newRow("no port") << head + "[receiver a]\ntcp=host\n"
+                                 << "4: tcp takes HOST:PORT, not 'host'";
+        QTest::newRow("a name that leads out of the folder")
+            << head + "[receiver ../a]\ncommand=x\n"
+            << "3: a receiver's name has letters, digits, '-' and '_' only";
+        QTest::newRow("a comma without quotes")
+            << head + "[receiver a]\ncommand=a, b\n"
+            << "4: command holds a comma: put the value between quotes";
+        QTest::newRow("a switch that is neither on nor off")
+            << head + one + "save=maybe\n"
+            << "5: save takes true or false, not 'maybe'";
+        QTest::newRow("a format that nobody knows")
+            << head + one + "format=s24\n"
+            << "5: format takes s16, f32, u8 or s8, not 's24'";
+        QTest::newRow("a section twice")
+            << head + one + one << "5: 'receiver a' stands in line 3 already";
+        QTest::newRow("rubbish") << head + one + "rubbish\n"
+                                 << "5: neither a section nor KEY=VALUE";
+        QTest::newRow("no receiver") << head << "0: names no receiver";
+        QTest::newRow("no folder")
+            << QByteArray("[station]\nname=a\n") + one << "1: folder is missing in [station]";
+    }
+
+    void faultsHaveTheirLines()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(QString, fault);
+        QStringList faults;
+        read(content, faults);
+        QVERIFY2(faults.contains(fault), qPrintable(faults.join('\n')));
+    }
+
+    void theExampleThatShipsIsWithoutFault()
+    {
+        QFile example(PROJECT_DATA_DIR "/station/example.ini");
+        QVERIFY(example.open(QIODevice::ReadOnly));
+        QByteArray content = example.readAll();
+        // Where the package installs it.
+        content.replace("/usr/share/morsehandler", PROJECT_DATA_DIR);
+        QStringList faults;
+        const StationConfiguration configuration = read(content, faults);
+        QCOMPARE(faults, QStringList());
+        QCOMPARE(configuration.receivers.size(), std::size_t(1));
+    }
+
+    void aFileThatCannotBeReadIsAFault()
+    {
+        std::vector<ConfigurationFault> faults;
+        readConfiguration(path("missing.ini"), faults);
+        QCOMPARE(faults.size(), std::size_t(1));
+        faults.clear();
+        readConfiguration("/dev/zero", faults);
+        QCOMPARE(faults.size(), std::size_t(1));
+    }
+
+    void oldDaysGoFirst()
+    {
+        const QString files = path("files");
+        for (const char* const day : {"2026-11-01", "2026-11-20", "2026-11-21", "2026-11-22"})
+            write(files + '/' + day + "/hf/a.txt", QByteArray(1000, 'x'));
+        write(files + "/notes/a.txt", "mine");
+        QCOMPARE(removeOldDays(files, 0, 0, "2026-11-22"), QStringList());
+        QCOMPARE(removeOldDays(files, 10, 0, "2026-11-22"), QStringList({"2026-11-01"}));
+        QCOMPARE(removeOldDays(files, 0, 2500, "2026-11-22"), QStringList({"2026-11-20"}));
+        // Today's folder is being written.
+        QCOMPARE(removeOldDays(files, 0, 1, "2026-11-22"), QStringList({"2026-11-21"}));
+        QCOMPARE(QDir(files).entryList(QDir::Dirs | QDir::NoDotAndDotDot),
+                 QStringList({"2026-11-22", "notes"}));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestStationFile)
+#include "tst_stationfile.moc"
