@@ -56,7 +56,9 @@ stand in for one's own: headers, find_package and pkg-config files, examples.")
 
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME morsehost)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION hamradio)
-set(CPACK_DEBIAN_PROGRAM_PACKAGE_SUGGESTS morsehandler-doc)
+# Loaded when an archive is opened, so that nothing else tells of it.
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS libqt5sql5-sqlite)
+set(CPACK_DEBIAN_PROGRAM_PACKAGE_SUGGESTS "morsehandler-doc, libqt5sql5-psql")
 set(CPACK_DEBIAN_PROGRAM_DESCRIPTION "decode Morse code from recordings and pipes
 Reads a recording or raw samples of a receiver, finds tone and speed by
 itself and writes text as it is decided; keeps code files, text files and

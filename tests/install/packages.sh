@@ -40,7 +40,8 @@ holds libmorsehandler-dev "$LIBDIR/libmorsehandler.so" "$LIBDIR/libhoststandin.s
     share/doc/libmorsehandler-dev/examples/{CMakeLists.txt,own_host.cpp,host/standin/datetime.cpp}
 holds morsehost bin/morsehost share/man/man1/morsehost.1.gz \
     share/bash-completion/completions/morsehost share/morsehandler/maps/Greek.ascii.map \
-    share/morsehandler/samples/three-overs.flac
+    share/morsehandler/samples/three-overs.flac share/morsehandler/station/example.ini \
+    lib/systemd/system/morsehost.service
 holds morsehandler-doc share/doc/morsehandler/{operator-guide.md,host-guide.md,formats/map.md}
 [ "$(dpkg-deb -f "$(package morsehandler-doc)" Architecture)" = all ] ||
     fail "morsehandler-doc is for one architecture only"
@@ -56,7 +57,7 @@ depends libmorsehandler0 libqt5core5a libstdc++6
 depends libhoststandin0 libqt5core5a
 depends libmorsehandler-dev "libmorsehandler0 (= $VERSION-1)" "libhoststandin0 (= $VERSION-1)" \
     qtbase5-dev
-depends morsehost "libmorsehandler0 (= $VERSION-1)" "libhoststandin0 (= $VERSION-1)" libsndfile1
+depends morsehost "libmorsehandler0 (= $VERSION-1)" "libhoststandin0 (= $VERSION-1)" libsndfile1 libqt5sql5-sqlite
 for name in libmorsehandler0 libhoststandin0; do
     ! grep -qE 'sndfile|kissfft|morsehandler|hoststandin' \
         <<<"$(dpkg-deb -f "$(package $name)" Depends)" || fail "$name depends on too much"
