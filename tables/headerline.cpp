@@ -1,15 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "tables/headerline.h"
 
+#include "tables/literal.h"
+
 #include <QString>
 
 #include <utility>
 
 namespace {
 
-constexpr QLatin1String DIRECTION("TextDirection");
-constexpr QLatin1String RIGHT_TO_LEFT("RL");
-constexpr QLatin1String LEFT_TO_RIGHT("LR");
+constexpr QLatin1String DIRECTION = literal("TextDirection");
+constexpr QLatin1String RIGHT_TO_LEFT = literal("RL");
+constexpr QLatin1String LEFT_TO_RIGHT = literal("LR");
 
 bool isWordCharacter(QChar c)
 {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "tables/basecharset.h"
+#include "tables/literal.h"
 
 #include <QLatin1String>
 #include <QString>
@@ -19,9 +20,9 @@ enum class TableKind {
     DecoderModules, ///< `readDecoderModulesFile`; the configuration names the file
 };
 
-inline constexpr QLatin1String ALPHABET_ENDING(".mal");
-inline constexpr QLatin1String CODEC_ENDING(".codec");
-inline constexpr QLatin1String MAP_ENDING(".map");
+inline constexpr QLatin1String ALPHABET_ENDING = literal(".mal");
+inline constexpr QLatin1String CODEC_ENDING = literal(".codec");
+inline constexpr QLatin1String MAP_ENDING = literal(".map");
 
 struct TableFormat
 {
@@ -39,8 +40,8 @@ struct TableFormat
 inline constexpr std::array<TableFormat, 4> TABLE_FORMATS = {{
     {TableKind::Alphabet, eCHARSET_NONE, ALPHABET_ENDING, ALPHABET_ENDING},
     {TableKind::Codec, eCHARSET_ITA2, CODEC_ENDING, CODEC_ENDING},
-    {TableKind::Map, eCHARSET_ITA2, QLatin1String(".ita2.map"), MAP_ENDING},
-    {TableKind::Map, eCHARSET_ASCII, QLatin1String(".ascii.map"), MAP_ENDING},
+    {TableKind::Map, eCHARSET_ITA2, literal(".ita2.map"), MAP_ENDING},
+    {TableKind::Map, eCHARSET_ASCII, literal(".ascii.map"), MAP_ENDING},
 }};
 
 /// The format as which a file of that name is listed; null for every other file.

@@ -83,7 +83,7 @@ constexpr Ending ENDINGS[] = {
     {ALPHABET_ENDING, TableKind::Alphabet},
     {CODEC_ENDING, TableKind::Codec},
     {MAP_ENDING, TableKind::Map},
-    {QLatin1String(".txt"), TableKind::DecoderModules},
+    {literal(".txt"), TableKind::DecoderModules},
 };
 
 } // namespace
