@@ -108,6 +108,10 @@ private Q_SLOTS:
     void everyKeyCanBeReceived();
     void onlySemiticScriptsRunRightToLeft();
     void theInternationalAlphabetHasTheSignsOfTheRecommendation();
+    void lettersOfALanguageHaveItsCodes_data();
+    void lettersOfALanguageHaveItsCodes();
+    void cyrillicAlphabetsHoldEveryLetterThatHasACode_data();
+    void cyrillicAlphabetsHoldEveryLetterThatHasACode();
     void everyFileHasItsOriginWrittenDown_data();
     void everyFileHasItsOriginWrittenDown();
 };
@@ -305,6 +309,56 @@ void tst_ShippedData::theInternationalAlphabetHasTheSignsOfTheRecommendation()
     QVERIFY(translator.SetMorseAlphabet(folder("alphabets").filePath("International.mal")));
     QCOMPARE(translator.Translate(QStringLiteral(".--.-.c..-..c...-.-c")),
              QStringLiteral("@É<SK>"));
+}
+
+void tst_ShippedData::lettersOfALanguageHaveItsCodes_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("codes");
+    QTest::addColumn<QString>("letters");
+    const auto row = [](const char* file, const char* codes, const char* letters) {
+        QTest::newRow(file) << QString::fromLatin1(file) << QString::fromLatin1(codes)
+                            << QString::fromUtf8(letters);
+    };
+    row("Bulgarian.mal", "-..-c-.--c--.-c..--c.-.-c", "ЪЬЩЮЯ");
+    row("French.mal", ".--.-c-.-..c.-..-c..-..c", "ÀÇÈÉ");
+    row("Italian.mal", ".--.-c.-..-c..-..c.---.c---.c..--c", "ÀÈÉÌÒÙ");
+    row("Spanish.mal", "..-.-c--.--c.--.-c..-..c---.c..--c--...-c", "¿ÑÁÉÓÜ¡");
+    row("Ukrainian-own-codes.mal", "....c--.c----c--.-c--.--c..-..c.---.c-.--c", "ГҐХШЩЄЇИ");
+    row("Ukrainian-Russian-codes.mal", "--.c....c----c--.-c..-..c.---.c-.--c", "ГХШЩЄЇИ");
+}
+
+void tst_ShippedData::lettersOfALanguageHaveItsCodes()
+{
+    QFETCH(QString, file);
+    QFETCH(QString, codes);
+    MorseTranslator translator;
+    QVERIFY(translator.SetMorseAlphabet(folder("alphabets").filePath(file)));
+    QTEST(translator.Translate(codes), "letters");
+}
+
+void tst_ShippedData::cyrillicAlphabetsHoldEveryLetterThatHasACode_data()
+{
+    QTest::addColumn<QString>("file");
+    QTest::addColumn<QString>("letters");
+    QTest::newRow("Bulgarian") << QStringLiteral("Bulgarian.mal")
+                               << QStringLiteral("АБВГДЕЖЗИЙКЛМНОПРСТУФХЦЧШЩЪЬЮЯ");
+    QTest::newRow("Ukrainian") << "Ukrainian-own-codes.mal"
+                               << QStringLiteral("ЄІЇАБВГДЕЖЗИЙКЛМНОПРСТУФХЦЧШЩЬЮЯҐ");
+    QTest::newRow("Ukrainian by Russian codes")
+        << "Ukrainian-Russian-codes.mal" << QStringLiteral("ЄІЇАБВГДЕЖЗИЙКЛМНОПРСТУФХЦЧШЩЬЮЯ");
+}
+
+void tst_ShippedData::cyrillicAlphabetsHoldEveryLetterThatHasACode()
+{
+    QFETCH(QString, file);
+    const MorseAlphabet alphabet = readAlphabetFile(contentOf(folder("alphabets").filePath(file)));
+    QString found;
+    for (auto entry = alphabet.codes.cbegin(); entry != alphabet.codes.cend(); ++entry) {
+        if (entry.key()[0].script() == QChar::Script_Cyrillic)
+            found += entry.key();
+    }
+    QTEST(found, "letters");
 }
 
 void tst_ShippedData::everyFileHasItsOriginWrittenDown_data()
