@@ -2,6 +2,7 @@
 #include "charmap/codechandler.h"
 
 #include "host/standin/configuration.h"
+#include "host/standin/tracelog.h"
 #include "support/decodermodules.h"
 #include "support/privatemember.h"
 #include "support/writefile.h"
@@ -430,6 +431,126 @@ private Q_SLOTS:
                  QStringLiteral("y\u0081\u0410z"));
         QCOMPARE(handler.Backtranslate(QStringLiteral("\u05d0xyABz\0")),
                  QStringLiteral("AB\u0080ABzD"));
+    }
+
+    void theCharacterSetsAreMembersToo()
+    {
+        static_assert(CodecHandler::eCHARSET_NONE == eCHARSET_NONE && eCHARSET_NONE == 0);
+        static_assert(CodecHandler::eCHARSET_ITA2 == eCHARSET_ITA2 && eCHARSET_ITA2 == 1);
+        static_assert(CodecHandler::eCHARSET_ASCII == eCHARSET_ASCII && eCHARSET_ASCII == 2);
+        static_assert(CodecHandler::eCHARSET_BOTH == eCHARSET_BOTH && eCHARSET_BOTH == 3);
+        CodecHandler handler;
+        const CodecHandler::eBASE_CHARSET charset = handler.CharsetForDecoder("Any");
+        QCOMPARE(charset, CodecHandler::eCHARSET_BOTH);
+    }
+
+    void codecFilesAreFoundInAnyLetterCase()
+    {
+        for (const char* file : {"ita2.codec", "ITA2.CODEC", "Ita2.Codec"}) {
+            QTemporaryDir dir;
+            writeFile(dir.filePath(file), "title\nRL\nA;0x0410\n");
+            CodecHandler handler;
+            handler.SetAlphabetsDir(dir.path());
+            QVERIFY2(handler.SetAlphabet("ITA2 - ITA2"), file);
+            QCOMPARE(handler.Translate("A"), QStringLiteral("\u0410"));
+            QVERIFY(handler.TextDirectionRTL());
+        }
+    }
+
+    void hiddenFilesAreFoundInAnyLetterCaseAndNotListed()
+    {
+        QTemporaryDir dir;
+        writeFile(dir.filePath(".Secret.ita2.map"), "A\tx\n\n");
+        CodecHandler handler;
+        handler.SetDecoder("All");
+        handler.SetAlphabetsDir(dir.path());
+        QCOMPARE(handler.AvailableAlphabets(), QStringList{"None"});
+        QVERIFY(handler.SetAlphabet(".SECRET - ITA2"));
+        QCOMPARE(handler.Translate("A"), "x");
+    }
+
+    void theEmptyFolderNameListsNothing()
+    {
+        const QString before = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(maps()));
+        CodecHandler handler;
+        handler.SetDecoder("All");
+        handler.SetAlphabetsDir(QString());
+        const QStringList names = handler.AvailableAlphabets();
+        QDir::setCurrent(before);
+        QCOMPARE(names, QStringList{"None"});
+    }
+
+    void aCopyHoldsWhatTheOriginalHeld_data()
+    {
+        QTest::addColumn<bool>("isAssigned");
+        QTest::newRow("constructed") << false;
+        QTest::newRow("assigned") << true;
+    }
+
+    void aCopyHoldsWhatTheOriginalHeld()
+    {
+        QFETCH(bool, isAssigned);
+        QTemporaryDir dir;
+        writeFile(dir.filePath("one.ita2.map"), "@TextDirection RL\nA\tx\n\n");
+        writeFile(dir.filePath("two.ascii.map"), "A\ty\n\n");
+        CodecHandler handler;
+        handler.SetAlphabetsDir(dir.path());
+        handler.SetDecoder("Teletype");
+        QVERIFY(handler.SetAlphabet("one"));
+
+        // With something else in every member beforehand, the decoders' character sets included.
+        const QString modules = m_dir.filePath("modules");
+        QFile file(modules);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray content = file.readAll();
+        writeFile(modules, moduleLine("Other", 'A'));
+        CodecHandler other;
+        writeFile(modules, content);
+        other.SetAlphabetsDir(maps());
+        other.SetDecoder("Other");
+        QVERIFY(other.SetAlphabet("Greek"));
+        CodecHandler copy = isAssigned ? other : handler;
+        if (isAssigned)
+            copy = handler;
+        handler.SetAlphabetsDir(maps());
+        handler.SetDecoder("Packet");
+        handler.SetAlphabet("None");
+
+        QCOMPARE(copy.Alphabet(), "one - ITA2");
+        QCOMPARE(copy.Translate("A"), "x");
+        QVERIFY(copy.TextDirectionRTL());
+        QCOMPARE(copy.CharsetForDecoder("Any"), eCHARSET_BOTH);
+        QCOMPARE(copy.CharsetForDecoder("Other"), eCHARSET_NONE);
+        QCOMPARE(copy.AvailableAlphabets(), (QStringList{"None", "one - ITA2"}));
+        QVERIFY(copy.SetAlphabet("one"));
+        QVERIFY(!copy.SetAlphabet("Greek"));
+    }
+
+    void withoutAModulesFileEveryDecoderHasNoCharacterSet()
+    {
+        const QString modules = m_dir.filePath("modules");
+        const QString aside = m_dir.filePath("aside");
+        QVERIFY(QFile::rename(modules, aside));
+        // A file that cannot be read leaves the modules of the last one, so it has to be emptied.
+        writeFile(modules, "");
+        CodecHandler handler;
+        QVERIFY(QFile::remove(modules));
+        TraceRecorder traces;
+        CodecHandler second;
+        QVERIFY(QFile::rename(aside, modules));
+        QCOMPARE(traces.Messages(),
+                 QStringList{"Decoder modules file can not be opened: " + modules});
+        for (CodecHandler* one : {&handler, &second}) {
+            one->SetAlphabetsDir(maps());
+            one->SetDecoder("Teletype");
+            QCOMPARE(one->CharsetForDecoder("Teletype"), eCHARSET_NONE);
+            QCOMPARE(one->AvailableAlphabets(), QStringList{"None"});
+            QVERIFY(!one->SetAlphabet("Greek"));
+            QVERIFY(one->SetAlphabet("Greek - ITA2"));
+            one->SetDecoder("All");
+            QVERIFY(one->AvailableAlphabets().size() > 1);
+        }
     }
 
     void aCopyTranslatesByItself()

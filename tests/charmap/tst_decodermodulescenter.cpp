@@ -4,6 +4,7 @@
 #include "host/standin/configuration.h"
 #include "host/standin/tracelog.h"
 #include "support/decodermodules.h"
+#include "support/fulldisk.h"
 #include "support/writefile.h"
 
 #include <QDir>
@@ -251,12 +252,49 @@ private Q_SLOTS:
         QVERIFY(traces.Traces().isEmpty());
     }
 
+    void whatAFullDiskCutsOffIsNoSuccess()
+    {
+        QByteArray content;
+        for (int i = 0; i < 100; ++i)
+            content += moduleLine("m" + QByteArray::number(i), 'I');
+        DecoderModulesCenter center(writeFile(m_dir.filePath("many"), content));
+        const QString path = m_dir.filePath("cut");
+        {
+            // Less than is kept back in memory, so that only the last bytes fail.
+            const FullDisk disk(rlim_t(content.size()) - 10);
+            QVERIFY(!center.WriteModulesFile(path));
+        }
+        QVERIFY(center.WriteModulesFile(path));
+        QCOMPARE(readFile(path).size(), content.size());
+    }
+
+    void aFileThatIsMissingFromTheStartIsReadOnceItIsThere()
+    {
+        const QString path = m_dir.filePath("later");
+        TraceRecorder traces;
+        DecoderModulesCenter center(path);
+        QCOMPARE(traces.Messages(), QStringList{"Decoder modules file can not be opened: " + path});
+        QVERIFY(namesOf(center).isEmpty());
+        QString names = "kept";
+        center.GetNames("FSK", "FSK2", names, false);
+        QCOMPARE(names, "kept");
+        writeFile(path, moduleLine("first", 'I'));
+        QVERIFY(center.ReadModulesFile());
+        QCOMPARE(namesOf(center), QStringList{"first"});
+    }
+
     void theSwitchIsKept()
     {
         DecoderModulesCenter center(m_dir.filePath("configured"));
+        DecoderModulesCenter other(m_dir.filePath("configured"));
         QVERIFY(!center.GetFlag0());
-        center.SetFlag0(true);
-        QVERIFY(center.GetFlag0());
+        for (const bool flag : {true, true, false, true}) {
+            center.SetFlag0(flag);
+            QCOMPARE(center.GetFlag0(), flag);
+            QVERIFY(!other.GetFlag0());
+            QVERIFY(center.ReadModulesFile());
+            QCOMPARE(center.GetFlag0(), flag);
+        }
     }
 
     void eightThreadsMayAskWhileTheFileIsRewritten()
