@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "support/keyer.h"
 
+#include "support/disturbances.h"
 #include "support/morsecode.h"
 #include "support/random.h"
 
@@ -19,18 +20,6 @@ constexpr double SHORTEST_UNITS = 0.15; // jitter never makes a mark or space va
 double unit_s(double speed_wpm)
 {
     return 1.2 / speed_wpm; // "PARIS " is 50 units
-}
-
-double amplitudeOf(double level_dB)
-{
-    return std::pow(10.0, level_dB / 20.0);
-}
-
-// Noise deviation for a tone of amplitude 1.
-double noiseDeviation(double rate_Hz, double snr_dB)
-{
-    const double power500 = 0.5 / std::pow(10.0, snr_dB / 10.0);
-    return std::sqrt(power500 * (rate_Hz / 2.0) / 500.0);
 }
 
 // 0..1 for each sample, with raised-cosine edges centred on the moments of keying.
@@ -89,19 +78,6 @@ std::vector<float> bandPass(const std::vector<float>& in, double centre_Hz, doub
     return out;
 }
 
-void addClicks(std::vector<float>& samples, double perSecond, double rate_Hz, Random& random)
-{
-    const double length_s = static_cast<double>(samples.size()) / rate_Hz;
-    const auto count = static_cast<std::size_t>(perSecond * length_s);
-    const auto width = static_cast<std::size_t>(0.002 * rate_Hz);
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::size_t at = random.below(samples.size());
-        const double level = amplitudeOf(10.0 * random.uniform());
-        for (std::size_t n = at; n < std::min(samples.size(), at + width); ++n)
-            samples[n] += static_cast<float>(level * random.gauss());
-    }
-}
-
 void addStatic(std::vector<float>& samples, double perSecond, double rate_Hz, Random& random)
 {
     const double length_s = static_cast<double>(samples.size()) / rate_Hz;
@@ -131,32 +107,6 @@ void addHum(std::vector<float>& samples, double level_dB, double rate_Hz, Random
                 static_cast<float>(level * std::sin(turn * static_cast<double>(n) + begin));
     }
 }
-
-// The gain of many paths, each with a Doppler shift of its own.
-class Scatter
-{
-public:
-    Scatter(double spread_Hz, Random& random)
-    {
-        for (Ray& ray : m_rays)
-            ray = {2.0 * PI * spread_Hz * random.gauss(), 2.0 * PI * random.uniform()};
-    }
-    std::complex<double> at(double t) const
-    {
-        std::complex<double> sum = 0.0;
-        for (const Ray& ray : m_rays)
-            sum += std::polar(1.0, ray.turn * t + ray.phase);
-        return sum / std::sqrt(static_cast<double>(m_rays.size()));
-    }
-
-private:
-    struct Ray
-    {
-        double turn; // radians a second
-        double phase;
-    };
-    std::array<Ray, 12> m_rays;
-};
 
 std::string idleText(std::size_t length, Random& random)
 {
@@ -283,12 +233,7 @@ std::vector<float> sound(const std::vector<Piece>& pieces, const Path& path, dou
         addNoise(samples, rate_Hz, 1.0, *path.snr_dB, seed);
     if (path.filter_Hz > 0.0)
         samples = bandPass(samples, path.tone_Hz, path.filter_Hz, rate_Hz);
-
-    float peak = 1e-6F;
-    for (const float sample : samples)
-        peak = std::max(peak, std::fabs(sample));
-    for (float& sample : samples)
-        sample *= 0.9F / peak;
+    normalise(samples);
     return samples;
 }
 
