@@ -1,0 +1,8 @@
+// SPDX-License-Identifier: MIT
+#include "signal/teleprinter/channel.h"
+
+namespace teleprinter {
+
+Channel::~Channel() = default;
+
+} // namespace teleprinter

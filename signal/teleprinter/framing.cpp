@@ -1,0 +1,272 @@
+// SPDX-License-Identifier: MIT
+#include "signal/teleprinter/framing.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+
+namespace teleprinter {
+
+namespace {
+
+constexpr float LOG_2 = 0.693147F;
+constexpr float IMPOSSIBLE = -1e30F;
+
+// Costs, as logarithms of probabilities.
+constexpr float SILENCE_BEGINS = -6.0F;
+constexpr float SIGNAL_BEGINS = -6.0F;
+constexpr float CHARACTER = -1.0F;
+
+// A start that is none by any reading need not be looked at again.
+constexpr float WORTH_REFINING = -6.0F;
+
+// An element that is surer than this is not doubted; of the others, so many are tried both ways.
+constexpr float DOUBTED = 7.0F;
+constexpr std::size_t MOST_DOUBTED = 5;
+constexpr int MOST_BITS = 10;
+
+constexpr float LEARNT_FROM = 12.0F; // characters, until the pauses are believed to be known
+constexpr float LEAST_LEARNT = 1.0F;
+constexpr float REMEMBERED = 60.0F;
+constexpr float ANYTHING = 0.05F; // share of pauses that are like no other
+
+using Words = std::array<std::complex<float>, MOST_BITS + 1>;
+
+// One start of a character.
+class Candidate
+{
+public:
+    Candidate(const Evidence& evidence, const FrameSearch& search, int node)
+        : m_evidence(evidence)
+        , m_search(search)
+        , m_node(static_cast<std::size_t>(node))
+        , m_bits(static_cast<std::size_t>(search.format.dataBits))
+    {
+        m_score = likelihood(SPACE, 0) + likelihood(MARK, m_bits + 1);
+        for (std::size_t bit = 0; bit < m_bits; ++bit) {
+            const float margin = likelihood(MARK, bit + 1) - likelihood(SPACE, bit + 1);
+            if (margin > 0.0F)
+                m_word |= 1U << bit;
+            m_score += likelihood(margin > 0.0F ? MARK : SPACE, bit + 1) - LOG_2;
+        }
+    }
+
+    unsigned word() const { return m_word; }
+    float score() const { return m_score; }
+    float framing() const
+    {
+        return likelihood(SPACE, 0) - either(0) + likelihood(MARK, m_bits + 1) - either(m_bits + 1);
+    }
+
+    // Tries the doubtful elements both ways, the phase of each tone kept through the character.
+    void refine(const Words& turns)
+    {
+        std::array<std::size_t, MOST_BITS> doubted = {};
+        std::size_t count = 0;
+        for (std::size_t bit = 0; bit < m_bits; ++bit) {
+            if (std::fabs(margin(bit)) < DOUBTED)
+                doubted[count++] = bit;
+        }
+        const std::size_t tried = std::min(count, MOST_DOUBTED);
+        std::partial_sort(doubted.begin(), doubted.begin() + static_cast<std::ptrdiff_t>(tried),
+                          doubted.begin() + static_cast<std::ptrdiff_t>(count),
+                          [this](std::size_t a, std::size_t b) {
+                              return std::fabs(margin(a)) < std::fabs(margin(b));
+                          });
+        const unsigned sure = m_word;
+        m_score = IMPOSSIBLE;
+        for (unsigned choice = 0; choice < 1U << tried; ++choice) {
+            unsigned word = sure;
+            for (std::size_t i = 0; i < tried; ++i) {
+                const unsigned bit = 1U << doubted[i];
+                word = (choice >> i & 1U) != 0 ? word | bit : word & ~bit;
+            }
+            const float score = coherent(word, turns);
+            if (score > m_score) {
+                m_score = score;
+                m_word = word;
+            }
+        }
+    }
+
+private:
+    std::size_t place(std::size_t element) const { return m_node + element * NODES; }
+    float likelihood(std::size_t tone, std::size_t element) const
+    {
+        return m_evidence.likelihoods[tone][place(element)];
+    }
+    float margin(std::size_t bit) const
+    {
+        return likelihood(MARK, bit + 1) - likelihood(SPACE, bit + 1);
+    }
+    float either(std::size_t element) const { return eitherTone(m_evidence, place(element)); }
+
+    float coherent(unsigned word, const Words& turns) const
+    {
+        ByTone<std::complex<float>> sums = {0.0F, 0.0F};
+        ByTone<std::size_t> elements = {0, 0};
+        ByTone<float> strengths = {0.0F, 0.0F};
+        for (std::size_t element = 0; element <= m_bits + 1; ++element) {
+            const bool isMark =
+                element == m_bits + 1 || (element > 0 && (word >> (element - 1) & 1U) != 0);
+            const std::size_t tone = isMark ? MARK : SPACE;
+            const std::complex<float>& turn = turns[elements[1 - tone]];
+            sums[tone] += m_evidence.sums[tone][place(element)] * (isMark ? turn : std::conj(turn));
+            strengths[tone] += m_evidence.strengths[tone][place(element)];
+            ++elements[tone];
+        }
+        float score = -static_cast<float>(m_bits) * LOG_2;
+        for (const std::size_t tone : {SPACE, MARK})
+            score +=
+                logBesselI0(std::abs(sums[tone])) - strengths[tone] + phaseGain(strengths[tone]);
+        return score;
+    }
+
+    const Evidence& m_evidence;
+    const FrameSearch& m_search;
+    std::size_t m_node;
+    std::size_t m_bits;
+    unsigned m_word = 0;
+    float m_score = 0.0F;
+};
+
+// The best way to be at a node between characters, and where it came from.
+struct Between
+{
+    float score = IMPOSSIBLE;
+    int lastEnd = -1; // node at which the last character ended; -1: none
+};
+
+struct Start
+{
+    float score = IMPOSSIBLE;
+    int lastEnd = -1;
+};
+
+} // namespace
+
+PausePrior::PausePrior()
+    : m_counts(LONGEST + 1, 0.0F)
+    , m_logs(LONGEST + 2)
+{
+    update();
+}
+
+void PausePrior::learn(int nodes, float weight)
+{
+    for (float& count : m_counts)
+        count *= 1.0F - weight / REMEMBERED;
+    for (int offset = -2; offset <= 2; ++offset) {
+        const int at = nodes + offset;
+        constexpr float KERNEL[] = {0.1F, 0.2F, 0.4F, 0.2F, 0.1F};
+        if (nodes >= 0 && at >= 0 && at <= LONGEST)
+            m_counts[static_cast<std::size_t>(at)] += weight * KERNEL[offset + 2];
+    }
+}
+
+void PausePrior::update()
+{
+    float sum = 0.0F;
+    for (const float count : m_counts)
+        sum += count;
+    m_isFlat = sum < LEAST_LEARNT;
+    const float known = (1.0F - ANYTHING) * std::min(1.0F, sum / LEARNT_FROM);
+    for (int nodes = 0; nodes <= LONGEST; ++nodes) {
+        const float learnt = sum > 0.0F ? m_counts[static_cast<std::size_t>(nodes)] / sum : 0.0F;
+        const float any = (1.0F - known) * 0.8F / static_cast<float>(LONGEST + 1);
+        m_logs[static_cast<std::size_t>(nodes)] = std::log(known * learnt + any);
+    }
+    // A long pause may end anywhere: each node of it is as improbable as one of the short.
+    m_logs[LONGEST + 1] = std::log((1.0F - known) * 0.2F / static_cast<float>(LONGEST + 1));
+}
+
+Frames findFrames(const Evidence& evidence, const FrameSearch& search, const PausePrior& pauses,
+                  int from, bool afterFrame)
+{
+    const int frame = search.format.nodes();
+    const int last = evidence.grid.count - (2 + search.format.dataBits) * NODES; // last start
+    Frames frames;
+    if (last <= from || from < 0 || search.format.dataBits > MOST_BITS)
+        return frames;
+    Words turns;
+    for (std::size_t n = 0; n < turns.size(); ++n)
+        turns[n] = std::polar(1.0F, static_cast<float>(search.turn * static_cast<double>(n)));
+
+    const auto size = static_cast<std::size_t>(last + frame + 1);
+    std::vector<float> ends(size, IMPOSSIBLE); // best score with a character ending at a node
+    std::vector<float> idle(size, 0.0F);       // sum of the likelihood of mark up to a node
+    std::vector<Start> starts(size);
+    std::vector<unsigned> words(size, 0);
+    std::vector<float> scores(size, 0.0F);
+    Between marking;
+    Between silent;
+    if (afterFrame)
+        ends[static_cast<std::size_t>(from)] = 0.0F;
+    else
+        marking.score = silent.score = 0.0F;
+
+    for (int node = from; node <= last; ++node) {
+        const auto i = static_cast<std::size_t>(node);
+        // The element that has its middle here tells whether the line idles.
+        const auto middle = static_cast<std::size_t>(std::max(0, node - NODES / 2));
+        const float gain = search.coherent ? evidence.phaseGains[MARK][middle] : 0.0F;
+        const float mark = (evidence.likelihoods[MARK][middle] + gain) / NODES;
+        idle[i + 1] = idle[i] + mark;
+        if (ends[i] > marking.score)
+            marking = {ends[i], node};
+        if (ends[i] + SILENCE_BEGINS > silent.score)
+            silent = {ends[i] + SILENCE_BEGINS, node};
+        if (marking.score + SILENCE_BEGINS > silent.score)
+            silent = {marking.score + SILENCE_BEGINS, marking.lastEnd};
+        if (silent.score + SIGNAL_BEGINS > marking.score)
+            marking = {silent.score + SIGNAL_BEGINS, silent.lastEnd};
+
+        // Never out of silence: a machine sends mark before its first character.
+        Start start;
+        const auto elementBefore = static_cast<std::size_t>(std::max(from, node - NODES));
+        if (idle[i] > idle[elementBefore])
+            start = {marking.score + pauses[-1], marking.lastEnd};
+        const int longest = pauses.isFlat() ? -1 : std::min(node - from, PausePrior::LONGEST);
+        for (int pause = 0; pause <= longest; ++pause) {
+            const auto end = static_cast<std::size_t>(node - pause);
+            const float score = ends[end] + idle[i] - idle[end] + pauses[pause];
+            if (score > start.score)
+                start = {score, node - pause};
+        }
+        starts[i] = start;
+
+        Candidate candidate(evidence, search, node);
+        if (search.coherent && candidate.score() > WORTH_REFINING)
+            candidate.refine(turns);
+        words[i] = candidate.word();
+        scores[i] = candidate.score();
+        ends[i + static_cast<std::size_t>(frame)] = start.score + candidate.score() + CHARACTER;
+        marking.score += mark;
+    }
+
+    // The best way to the end of what can be seen: through a character, or between them.
+    int end = marking.score > silent.score ? marking.lastEnd : silent.lastEnd;
+    float best = std::max(marking.score, silent.score);
+    for (int node = last + 1; node < static_cast<int>(size); ++node) {
+        if (ends[static_cast<std::size_t>(node)] > best) {
+            best = ends[static_cast<std::size_t>(node)];
+            end = node;
+        }
+    }
+    frames.score = best;
+    while (end >= from + frame) {
+        const auto i = static_cast<std::size_t>(end - frame);
+        const int nodes = end - frame - starts[i].lastEnd;
+        const int pause = starts[i].lastEnd < 0 || nodes > PausePrior::LONGEST ? -1 : nodes;
+        if (starts[i].lastEnd >= 0 && idle[i] < idle[static_cast<std::size_t>(starts[i].lastEnd)])
+            frames.unexplained += nodes;
+        const Candidate candidate(evidence, search, end - frame);
+        frames.list.push_back({end - frame, pause, words[i], scores[i], candidate.framing()});
+        end = starts[i].lastEnd;
+    }
+    std::reverse(frames.list.begin(), frames.list.end());
+    return frames;
+}
+
+} // namespace teleprinter

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+// What a teleprinter signal is known by: its decoder, speed, tones and polarity.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace teleprinter {
+
+/// What the elements mean.
+enum class Code {
+    Ita2,    ///< start-stop, five data elements
+    Ascii,   ///< start-stop, seven or eight data elements
+    Ccir476, ///< synchronous, seven elements, each character twice
+};
+
+/// One way in which a line may run.
+struct LineKind
+{
+    Code code;
+    double baud;
+    int dataBits;
+};
+
+/// All that are looked for.
+const std::vector<LineKind>& lineKinds();
+
+/// A signal that was found.
+struct Line
+{
+    LineKind kind = {Code::Ita2, 45.45, 5};
+    double mark_Hz = 0.0;
+    double space_Hz = 0.0;
+    double baud = 0.0; ///< as the sender's clock has it
+
+    double shift_Hz() const { return mark_Hz > space_Hz ? mark_Hz - space_Hz : space_Hz - mark_Hz; }
+    double centre_Hz() const { return 0.5 * (mark_Hz + space_Hz); }
+    /// Mark is the lower tone.
+    bool isReversed() const { return mark_Hz < space_Hz; }
+};
+
+/// The tones are a little off at most, all else is equal.
+bool isSameLine(const Line& a, const Line& b);
+
+/// Limits of what can be told and found.
+constexpr double LOWEST_BAUD = 40.0;
+constexpr double HIGHEST_BAUD = 300.0;
+constexpr double LEAST_SHIFT_Hz = 70.0;
+constexpr double MOST_SHIFT_Hz = 1100.0;
+constexpr double LOWEST_TONE_Hz = 200.0;
+constexpr double HIGHEST_TONE_Hz = 3600.0;
+
+/// What is told of a signal beforehand; the rest is found.
+struct Told
+{
+    std::vector<Code> codes; ///< those to look for; all without any
+    std::optional<double> baud;
+    std::optional<double> shift_Hz;
+    std::optional<double> centre_Hz; ///< midway between the tones, within 50 Hz
+    std::optional<bool> reversed;
+};
+
+/// The rows of lineKinds() that fit what was told; a speed of no row brings rows of its own.
+std::vector<LineKind> kindsToTry(const Told& told);
+
+} // namespace teleprinter

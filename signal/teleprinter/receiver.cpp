@@ -1,0 +1,240 @@
+// SPDX-License-Identifier: MIT
+// Joins the stages: looks for a line, opens a channel on it that hears the last seconds again, and
+// puts its words into text.
+#include "signal/teleprinter/receiver.h"
+
+#include "signal/samples/samples.h"
+#include "signal/teleprinter/acquisition.h"
+#include "signal/teleprinter/ita2.h"
+#include "signal/teleprinter/spectrum.h"
+#include "signal/teleprinter/startstop.h"
+#include "signal/teleprinter/timediversity.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+namespace teleprinter {
+
+namespace {
+
+constexpr double LOWEST_RATE_Hz = 4000.0;
+constexpr double HIGHEST_RATE_Hz = 768000.0;
+constexpr double HISTORY_s = 16.0;
+constexpr double SEARCH_EVERY_s = 0.5;
+// A strong signal is found in the shorter span, a weak one in the longer.
+constexpr double SHORT_SEARCH_s = 2.5;
+constexpr double LONG_SEARCH_s = 7.0;
+constexpr int LONG_SEARCH_EVERY = 4; // searches
+// The wait between searches grows where there is nothing to be found.
+constexpr double WAIT_GROWS = 1.15;
+constexpr double LONGEST_WAIT_s = 1.5;
+constexpr double CHECK_EVERY_s = 2.5;
+constexpr int CHECKS = 2;
+constexpr double HEARD_AGAIN_s = 9.0; // of what came before a signal was noticed
+
+bool usable(double rate_Hz)
+{
+    return rate_Hz >= LOWEST_RATE_Hz && rate_Hz <= HIGHEST_RATE_Hz;
+}
+
+} // namespace
+
+TextSink::~TextSink() = default;
+
+class Receiver::Private
+{
+public:
+    Private(const Settings& settings, TextSink& sink)
+        : m_settings(settings)
+        , m_sink(sink)
+        , m_decimator(settings.sampleRate_Hz)
+        , m_rate_Hz(m_decimator.outputRate_Hz())
+        , m_history(static_cast<std::size_t>(HISTORY_s * m_rate_Hz))
+        , m_spectrum(m_rate_Hz)
+        , m_frame(m_spectrum.length())
+    {
+        m_nextSearch = samples(SHORT_SEARCH_s);
+    }
+
+    void push(const float* input, std::size_t count)
+    {
+        m_working.clear();
+        m_decimator.push(input, count, m_working);
+        take();
+    }
+
+    void finish()
+    {
+        m_working.clear();
+        m_decimator.flush(m_working);
+        take();
+        if (!m_channel)
+            search();
+        if (m_channel) {
+            give(m_channel->advance(m_history.end(), true));
+            stop();
+        }
+    }
+
+private:
+    std::int64_t samples(double seconds) const
+    {
+        return static_cast<std::int64_t>(seconds * m_rate_Hz);
+    }
+    std::int64_t time_us(double sample) const
+    {
+        return std::llround(std::max(0.0, sample) / m_rate_Hz * 1e6);
+    }
+
+    // Every step happens at a place of the input that does not depend on how it was cut.
+    void take()
+    {
+        std::size_t at = 0;
+        while (at < m_working.size()) {
+            const std::int64_t due =
+                m_frames * m_spectrum.hop() + static_cast<std::int64_t>(m_spectrum.length());
+            const auto count =
+                std::min(m_working.size() - at, static_cast<std::size_t>(due - m_history.end()));
+            m_history.push(&m_working[at], count);
+            at += count;
+            if (m_history.end() == due)
+                frame();
+        }
+    }
+
+    void frame()
+    {
+        m_history.copy(m_frames * m_spectrum.hop(), m_frame.size(), m_frame.data());
+        m_spectrum.push(m_frame.data());
+        ++m_frames;
+        if (!m_channel && m_history.end() >= m_nextSearch) {
+            search();
+            m_nextSearch = m_history.end() + samples(m_wait_s);
+            // What is no teleprinter needs no looking at twice a second.
+            m_wait_s = std::min(LONGEST_WAIT_s, WAIT_GROWS * m_wait_s);
+        } else if (m_channel && m_checks < CHECKS && m_history.end() >= m_nextSearch) {
+            check();
+        }
+        if (!m_channel)
+            return;
+        give(m_channel->advance(m_history.end(), false));
+        if (m_channel->isOver()) {
+            m_heardUntil = m_history.end();
+            stop();
+        }
+    }
+
+    std::optional<Acquired> find(double seconds) const
+    {
+        const std::int64_t end = m_history.end();
+        const std::int64_t begin =
+            std::max({m_heardUntil, end - samples(seconds), std::int64_t{0}});
+        return acquire(m_history, m_spectrum, m_rate_Hz, m_settings.told, begin, end);
+    }
+
+    void search()
+    {
+        const bool isLong = m_searches++ % LONG_SEARCH_EVERY == LONG_SEARCH_EVERY - 1;
+        if (const auto found = find(isLong ? LONG_SEARCH_s : SHORT_SEARCH_s))
+            open(*found);
+    }
+
+    // The first seconds may have looked like another line than what follows.
+    void check()
+    {
+        ++m_checks;
+        m_nextSearch = m_history.end() + samples(CHECK_EVERY_s);
+        const auto found = find(SHORT_SEARCH_s);
+        if (!found || isSameLine(found->line, m_channel->line()))
+            return;
+        stop();
+        open(*found);
+    }
+
+    void open(const Acquired& found)
+    {
+        const std::int64_t end = m_history.end();
+        const std::int64_t from =
+            std::max({m_heardUntil, end - samples(HEARD_AGAIN_s), std::int64_t{0}});
+        const Input input = {m_history, m_spectrum, m_rate_Hz};
+        const LineKind& kind = found.line.kind;
+        m_channel = kind.code == Code::Ccir476
+                        ? makeTimeDiversityChannel(input, found.line, found.begin, from)
+                        : makeStartStopChannel(input, found.line, from);
+        m_reader = kind.code == Code::Ascii ? makeAsciiReader(kind.dataBits)
+                                            : makeIta2Reader(m_settings.unshift);
+        m_checks = 0;
+        m_nextSearch = end + samples(CHECK_EVERY_s);
+    }
+
+    void give(const std::vector<Word>& words)
+    {
+        for (const Word& word : words) {
+            if (!m_isOpen)
+                m_sink.transmissionStarted(m_channel->line(), time_us(word.begin));
+            m_isOpen = true;
+            m_last_us = time_us(word.end);
+            if (word.elements <= ITA2_LETTERS || m_channel->line().kind.code != Code::Ccir476)
+                write(m_reader->read(word.elements));
+        }
+    }
+
+    void write(const std::string& text)
+    {
+        for (const char c : text)
+            m_sink.character(static_cast<std::uint8_t>(c), m_last_us);
+    }
+
+    void stop()
+    {
+        if (m_isOpen) {
+            write(m_reader->finish());
+            m_sink.transmissionStopped(m_last_us);
+        }
+        m_isOpen = false;
+        m_channel.reset();
+        m_wait_s = SEARCH_EVERY_s;
+    }
+
+    Settings m_settings;
+    TextSink& m_sink;
+    demodulator::Decimator m_decimator;
+    double m_rate_Hz;
+    demodulator::SampleHistory m_history;
+    Spectrum m_spectrum;
+    std::vector<float> m_frame;
+    std::vector<float> m_working;
+    std::int64_t m_frames = 0;
+    std::int64_t m_nextSearch = 0;
+    std::int64_t m_searches = 0;
+    double m_wait_s = SEARCH_EVERY_s;
+    int m_checks = 0;              // of the line that is followed
+    std::int64_t m_heardUntil = 0; // what is before belongs to a signal that is over
+    std::unique_ptr<Channel> m_channel;
+    std::unique_ptr<TextReader> m_reader;
+    bool m_isOpen = false;
+    std::int64_t m_last_us = 0;
+};
+
+Receiver::Receiver(const Settings& settings, TextSink& sink)
+    : m_d(usable(settings.sampleRate_Hz) ? std::make_unique<Private>(settings, sink) : nullptr)
+{
+}
+
+Receiver::~Receiver() = default;
+
+void Receiver::push(const float* samples, std::size_t count)
+{
+    if (m_d)
+        m_d->push(samples, count);
+}
+
+void Receiver::finish()
+{
+    if (m_d)
+        m_d->finish();
+    m_d.reset();
+}
+
+} // namespace teleprinter

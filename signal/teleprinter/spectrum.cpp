@@ -1,0 +1,206 @@
+// SPDX-License-Identifier: MIT
+#include "signal/teleprinter/spectrum.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace teleprinter {
+
+namespace {
+
+constexpr double PI = 3.14159265358979323846;
+constexpr double FRAME_s = 0.128;
+constexpr std::int64_t KEPT_FRAMES = 128; // 8 s
+constexpr double LEAST_EXCESS = 1.35;     // power of a tone over that of the noise about it
+constexpr double MOST_UNEQUAL = 300.0;    // powers of two tones of one signal that fades
+constexpr std::size_t MOST_PEAKS = 7;
+constexpr std::size_t MOST_PAIRS = 8;
+constexpr double TOLD_TOLERANCE_Hz = 50.0;
+constexpr double TOLD_SHIFT_TOLERANCE = 0.12; // of the shift, and as much of the speed
+constexpr double LEAST_INDEX = 0.45;          // shift over speed
+constexpr double LEAST_REACH_Hz = 22.0;
+constexpr double TONE_REACH = 0.25; // of the speed
+constexpr double NOISE_REACH_Hz = 250.0;
+
+double median(std::vector<double> values)
+{
+    if (values.empty())
+        return 0.0;
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+struct Peak
+{
+    double tone_Hz;
+    double excess; // over the noise about it
+};
+
+} // namespace
+
+Spectrum::Spectrum(double rate_Hz)
+    : m_rate_Hz(rate_Hz)
+    , m_transform(nullptr, kiss_fftr_free)
+{
+    const int wanted = static_cast<int>(std::lround(FRAME_s * rate_Hz));
+    const auto length = static_cast<std::size_t>(kiss_fftr_next_fast_size_real(wanted));
+    m_hop = length / 2;
+    for (std::size_t n = 0; n < length; ++n) {
+        const double value = 0.5 - 0.5 * std::cos(2.0 * PI * (static_cast<double>(n) + 0.5) /
+                                                  static_cast<double>(length));
+        m_window.push_back(static_cast<float>(value));
+        m_windowSquares += value * value;
+    }
+    m_transform.reset(kiss_fftr_alloc(static_cast<int>(length), 0, nullptr, nullptr));
+    m_input.resize(length);
+    m_bins = length / 2 + 1;
+    m_output.resize(m_bins);
+    m_powers.assign(m_bins * static_cast<std::size_t>(KEPT_FRAMES), 0.0F);
+}
+
+void Spectrum::push(const float* samples)
+{
+    for (std::size_t n = 0; n < m_window.size(); ++n)
+        m_input[n] = samples[n] * m_window[n];
+    kiss_fftr(m_transform.get(), m_input.data(), reinterpret_cast<kiss_fft_cpx*>(m_output.data()));
+    float* powers = &m_powers[static_cast<std::size_t>(m_frames % KEPT_FRAMES) * m_bins];
+    for (std::size_t bin = 0; bin < m_bins; ++bin)
+        powers[bin] = std::norm(m_output[bin]);
+    ++m_frames;
+}
+
+std::vector<double> Spectrum::meanPower(double seconds) const
+{
+    std::vector<double> mean(m_bins, 0.0);
+    const auto wanted = std::llround(seconds * m_rate_Hz / static_cast<double>(m_hop));
+    const std::int64_t count = std::min<std::int64_t>({wanted, m_frames, KEPT_FRAMES});
+    for (std::int64_t age = 1; age <= count; ++age) {
+        const float* powers =
+            &m_powers[static_cast<std::size_t>((m_frames - age) % KEPT_FRAMES) * m_bins];
+        for (std::size_t bin = 0; bin < m_bins; ++bin)
+            mean[bin] += static_cast<double>(powers[bin]);
+    }
+    // As variance of a sample of white noise.
+    const double scale =
+        1.0 / (m_windowSquares * static_cast<double>(std::max<std::int64_t>(1, count)));
+    for (double& power : mean)
+        power *= scale;
+    return mean;
+}
+
+std::size_t Spectrum::reach(double baud) const
+{
+    const double width_Hz = std::max(LEAST_REACH_Hz, TONE_REACH * baud);
+    return static_cast<std::size_t>(std::max(1L, std::lround(width_Hz / binWidth_Hz())));
+}
+
+std::vector<ByTone<double>> Spectrum::pairs(const Told& told, double baud, double seconds) const
+{
+    const std::vector<double> power = meanPower(seconds);
+    const double width_Hz = binWidth_Hz();
+    const auto binOf = [&](double tone_Hz) {
+        return static_cast<std::size_t>(
+            std::clamp(tone_Hz / width_Hz, 0.0, static_cast<double>(m_bins - 1)));
+    };
+    const std::size_t reach = this->reach(baud);
+    const std::size_t first = std::max(binOf(LOWEST_TONE_Hz), reach);
+    const std::size_t last =
+        std::min(binOf(std::min(HIGHEST_TONE_Hz, 0.47 * m_rate_Hz)), m_bins - 1 - reach);
+    std::vector<double> smooth(m_bins, 0.0);
+    for (std::size_t bin = first; bin <= last; ++bin) {
+        double sum = 0.0;
+        double weights = 0.0;
+        for (std::size_t k = bin - reach; k <= bin + reach; ++k) {
+            const double offset = (static_cast<double>(k) - static_cast<double>(bin)) /
+                                  static_cast<double>(reach + 1);
+            const double weight = 0.5 + 0.5 * std::cos(PI * offset);
+            sum += weight * power[k];
+            weights += weight;
+        }
+        smooth[bin] = sum / weights;
+    }
+
+    std::vector<Peak> peaks;
+    for (std::size_t bin = first; bin <= last; ++bin) {
+        const std::size_t from = std::max(first, bin - std::min(bin, reach));
+        const std::size_t to = std::min(last, bin + reach);
+        if (*std::max_element(smooth.begin() + static_cast<std::ptrdiff_t>(from),
+                              smooth.begin() + static_cast<std::ptrdiff_t>(to) + 1) > smooth[bin])
+            continue;
+        const std::size_t around = binOf(600.0);
+        const std::size_t begin = std::max(first, bin - std::min(bin, around));
+        const std::size_t end = std::min(last, bin + around);
+        const double floor = median({smooth.begin() + static_cast<std::ptrdiff_t>(begin),
+                                     smooth.begin() + static_cast<std::ptrdiff_t>(end) + 1});
+        // The centre of the hump, not its highest bin.
+        double weights = 1e-30;
+        double moment = 0.0;
+        for (std::size_t k = from; k <= to; ++k) {
+            const double excess = std::max(0.0, smooth[k] - 0.7 * smooth[bin]);
+            weights += excess;
+            moment += excess * static_cast<double>(k);
+        }
+        const double excess = smooth[bin] / std::max(floor, 1e-14);
+        if (excess > LEAST_EXCESS)
+            peaks.push_back({moment / weights * width_Hz, excess});
+    }
+    std::sort(peaks.begin(), peaks.end(),
+              [](const Peak& a, const Peak& b) { return a.excess > b.excess; });
+    peaks.resize(std::min(peaks.size(), MOST_PEAKS));
+
+    struct Ranked
+    {
+        ByTone<double> tones_Hz;
+        double rank;
+    };
+    std::vector<Ranked> ranked;
+    const double tolerance_Hz = TOLD_SHIFT_TOLERANCE * (told.shift_Hz.value_or(0.0) + baud);
+    for (const Peak& lower : peaks) {
+        for (const Peak& upper : peaks) {
+            const double shift_Hz = upper.tone_Hz - lower.tone_Hz;
+            if (shift_Hz < LEAST_SHIFT_Hz || shift_Hz > MOST_SHIFT_Hz ||
+                shift_Hz < LEAST_INDEX * baud)
+                continue;
+            if (told.shift_Hz && std::fabs(shift_Hz - *told.shift_Hz) > tolerance_Hz)
+                continue;
+            if (told.centre_Hz && std::fabs(0.5 * (upper.tone_Hz + lower.tone_Hz) -
+                                            *told.centre_Hz) > TOLD_TOLERANCE_Hz)
+                continue;
+            const double ratio = (upper.excess - 1.0) / (lower.excess - 1.0);
+            if (ratio > MOST_UNEQUAL || ratio < 1.0 / MOST_UNEQUAL)
+                continue;
+            ranked.push_back(
+                {{lower.tone_Hz, upper.tone_Hz}, std::log(upper.excess * lower.excess)});
+        }
+    }
+    std::sort(ranked.begin(), ranked.end(),
+              [](const Ranked& a, const Ranked& b) { return a.rank > b.rank; });
+    ranked.resize(std::min(ranked.size(), MOST_PAIRS));
+    std::vector<ByTone<double>> pairs;
+    for (const Ranked& pair : ranked)
+        pairs.push_back(pair.tones_Hz);
+    return pairs;
+}
+
+double Spectrum::noise(double lower_Hz, double upper_Hz, double baud, double seconds) const
+{
+    const std::vector<double> power = meanPower(seconds);
+    const double width_Hz = binWidth_Hz();
+    std::vector<double> beside;
+    for (double reach_Hz = NOISE_REACH_Hz; beside.size() < 16 && reach_Hz < m_rate_Hz;
+         reach_Hz *= 2.0) {
+        beside.clear();
+        for (std::size_t bin = 1; bin + 1 < m_bins; ++bin) {
+            const double at_Hz = static_cast<double>(bin) * width_Hz;
+            const double nearest_Hz =
+                std::min(std::fabs(at_Hz - lower_Hz), std::fabs(at_Hz - upper_Hz));
+            if (at_Hz > lower_Hz - reach_Hz && at_Hz < upper_Hz + reach_Hz &&
+                nearest_Hz > 1.5 * baud)
+                beside.push_back(power[bin]);
+        }
+    }
+    return median(beside);
+}
+
+} // namespace teleprinter

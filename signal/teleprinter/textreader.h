@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+// Stage: words to characters of eight bits, as a decoder puts them out.
+#pragma once
+
+#include "signal/teleprinter/line.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace teleprinter {
+
+enum class Unshift {
+    Never,
+    OnBlank,         ///< a blank brings back the letters
+    WhereSenderDoes, ///< on a blank, once the sender repeats the figure shift after blanks
+};
+
+class TextReader
+{
+public:
+    virtual ~TextReader();
+
+    /// What can be read up to this word; first data element is bit 0.
+    virtual std::string read(unsigned word) = 0;
+    /// What still waited for further words.
+    virtual std::string finish();
+};
+
+/// Letters and figures of ITA2.
+std::unique_ptr<TextReader> makeIta2Reader(Unshift unshift);
+
+/// Seven or eight data elements. An eighth that turns out to be parity, or always the same, is left
+/// out; until that is known, the first characters wait.
+std::unique_ptr<TextReader> makeAsciiReader(int dataBits);
+
+} // namespace teleprinter

@@ -1,0 +1,202 @@
+// SPDX-License-Identifier: MIT
+#include "signal/teleprinter/timediversity.h"
+
+#include "signal/teleprinter/synchronous.h"
+#include "signal/teleprinter/tracking.h"
+
+#include <algorithm>
+#include <cmath>
+#include <deque>
+
+namespace teleprinter {
+
+namespace {
+
+constexpr double PI = 3.14159265358979323846;
+constexpr int SPAN_words = 16;
+constexpr double BEFORE_s = 0.5; // heard again, for the levels
+constexpr double NOISE_s = 3.0;
+// The clock is seen from how the begins of words move, span by span.
+constexpr double BEGIN_GAIN = 0.5;
+constexpr double LENGTH_GAIN = 0.08;
+constexpr int KNOWN_AFTER = 2;   // spans, until the phases are kept through a word
+constexpr float PRESENT = 2.0F;  // of a word: logarithm of the likelihood of a signal
+constexpr float FORMLESS = 0.2F; // mean of a word; 1.3 is all there can be
+constexpr double OVER_AFTER_s = 3.0;
+constexpr float FADED = 0.95F; // of what was known of the order, a character
+constexpr float SURE_ORDER = 6.0F;
+constexpr std::size_t MOST_WAITING = 150; // words, about 10 s
+
+class TimeDiversityChannel : public Channel
+{
+public:
+    TimeDiversityChannel(const Input& input, const Line& line, double begin, std::int64_t from)
+        : m_input(input)
+        , m_line(line)
+        , m_bit(input.rate_Hz / line.baud)
+    {
+        const double word = WORD_ELEMENTS * m_bit;
+        m_next = begin - std::floor((begin - static_cast<double>(from)) / word) * word;
+    }
+
+    std::vector<Word> advance(std::int64_t end, bool isLast) override
+    {
+        std::vector<Word> words;
+        while (!m_isOver) {
+            const double room = (static_cast<double>(end) - m_next) / m_bit / WORD_ELEMENTS;
+            const int count = room > SPAN_words + 1.0 ? SPAN_words
+                              : isLast                ? std::max(0, static_cast<int>(room))
+                                                      : 0;
+            if (count == 0)
+                break;
+            decide(count, words);
+        }
+        if (isLast)
+            drain(words);
+        return words;
+    }
+
+    bool isOver() const override { return m_isOver; }
+    const Line& line() const override { return m_line; }
+
+private:
+    struct Slot
+    {
+        WordLikelihoods words;
+        double begin;
+    };
+
+    void decide(int count, std::vector<Word>& words)
+    {
+        const double rate_Hz = m_input.rate_Hz;
+        const double node = m_bit / NODES;
+        const int before = static_cast<int>(BEFORE_s * rate_Hz / node);
+        const Grid grid = {m_next - before * node, m_bit, before + count * WORD_NODES};
+        const double end = m_next + count * WORD_ELEMENTS * m_bit;
+        const TonePair tones(m_input.history, rate_Hz, {m_line.space_Hz, m_line.mark_Hz},
+                             static_cast<std::int64_t>(std::floor(grid.begin)),
+                             static_cast<std::int64_t>(std::ceil(end + m_bit)));
+        const double noise =
+            m_input.spectrum.noise(std::min(m_line.mark_Hz, m_line.space_Hz),
+                                   std::max(m_line.mark_Hz, m_line.space_Hz), m_line.baud, NOISE_s);
+        const Evidence evidence = weigh(tones, grid, rate_Hz, noise);
+        const double turn = 2.0 * PI * (m_line.mark_Hz - m_line.space_Hz) * m_bit / rate_Hz;
+        std::vector<Decided> seen;
+        float score = 0.0F;
+        float form = 0.0F;
+        for (int word = 0; word < count; ++word) {
+            const int at = before + word * WORD_NODES;
+            const WordLikelihoods likelihoods =
+                m_spans < KNOWN_AFTER ? weighWords(evidence, at) : weighWords(evidence, at, turn);
+            const Chosen chosen = choose(likelihoods);
+            const float mean = meanOf(likelihoods);
+            score += mean;
+            form += mean - anyWord(evidence, at);
+            if (mean > PRESENT)
+                seen.push_back({grid.at(at), ccir476Elements()[chosen.word], WORD_ELEMENTS});
+            m_slots.push_back({likelihoods, grid.at(at)});
+            if (m_slots.size() > REPEATED_AFTER)
+                order();
+            give(words);
+        }
+        const double passed_s = count * WORD_ELEMENTS * m_bit / rate_Hz;
+        const bool isPresent = score > PRESENT * static_cast<float>(count);
+        const bool isForm = form > FORMLESS * static_cast<float>(count);
+        m_absent_s = isPresent && isForm ? 0.0 : m_absent_s + passed_s;
+        m_wasHeard = m_wasHeard || (isPresent && isForm);
+        m_isOver = m_wasHeard && m_absent_s > OVER_AFTER_s;
+        m_next = end;
+        ++m_spans;
+        follow(tones, seen);
+    }
+
+    // Of two that follow each other, one is direct and one repeats: which, is seen from whether the
+    // words so far apart are alike.
+    void order()
+    {
+        const Slot& direct = m_slots[m_slots.size() - 1 - REPEATED_AFTER];
+        const Slot& repeated = m_slots.back();
+        const float alike = meanOf(combine(direct.words, repeated.words)) - meanOf(direct.words) -
+                            meanOf(repeated.words);
+        const std::size_t parity = (m_given + m_slots.size() - 1 - REPEATED_AFTER) % 2;
+        m_alike[parity] = FADED * m_alike[parity] + std::clamp(alike, -8.0F, 8.0F);
+        m_isOrdered = m_isOrdered || std::fabs(m_alike[0] - m_alike[1]) > SURE_ORDER;
+    }
+
+    void give(std::vector<Word>& words)
+    {
+        if (!m_isOrdered) {
+            if (m_slots.size() > MOST_WAITING) {
+                m_slots.pop_front();
+                ++m_given;
+            }
+            return;
+        }
+        const std::size_t parity = m_alike[1] > m_alike[0] ? 1 : 0;
+        while (m_slots.size() > REPEATED_AFTER) {
+            if (m_given % 2 == parity)
+                put(combine(m_slots.front().words, m_slots[REPEATED_AFTER].words), words);
+            m_slots.pop_front();
+            ++m_given;
+        }
+    }
+
+    // At the end, the last characters were not repeated any more.
+    void drain(std::vector<Word>& words)
+    {
+        give(words);
+        m_slots.clear();
+    }
+
+    void put(const WordLikelihoods& likelihoods, std::vector<Word>& words)
+    {
+        const double begin = m_slots.front().begin;
+        if (meanOf(likelihoods) > PRESENT)
+            words.push_back({choose(likelihoods).word, begin, begin + WORD_ELEMENTS * m_bit});
+    }
+
+    static float anyWord(const Evidence& evidence, int node)
+    {
+        float any = 0.0F;
+        for (int element = 0; element < WORD_ELEMENTS; ++element)
+            any += eitherTone(evidence, static_cast<std::size_t>(node + element * NODES));
+        return any;
+    }
+
+    void follow(const TonePair& tones, const std::vector<Decided>& seen)
+    {
+        if (seen.size() < 2)
+            return;
+        Tracking tracking;
+        tracking.add(tones, seen, m_bit);
+        const double rate_Hz = m_input.rate_Hz;
+        followTones(tracking, m_line, rate_Hz, m_bit);
+        const double late = tracking.beginError(m_bit);
+        m_next += BEGIN_GAIN * late;
+        m_bit += LENGTH_GAIN * late / (SPAN_words * WORD_ELEMENTS);
+        m_line.baud = rate_Hz / m_bit;
+    }
+
+    Input m_input;
+    Line m_line;
+    double m_bit;
+    double m_next; // where the next word begins
+    int m_spans = 0;
+    std::deque<Slot> m_slots;
+    std::size_t m_given = 0; // number of the first slot that is kept
+    float m_alike[2] = {0.0F, 0.0F};
+    bool m_isOrdered = false;
+    bool m_wasHeard = false;
+    bool m_isOver = false;
+    double m_absent_s = 0.0;
+};
+
+} // namespace
+
+std::unique_ptr<Channel> makeTimeDiversityChannel(const Input& input, const Line& line,
+                                                  double begin, std::int64_t from)
+{
+    return std::make_unique<TimeDiversityChannel>(input, line, begin, from);
+}
+
+} // namespace teleprinter

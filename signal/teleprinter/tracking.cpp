@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: MIT
+#include "signal/teleprinter/tracking.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace teleprinter {
+
+namespace {
+
+constexpr double PI = 3.14159265358979323846;
+constexpr double LENGTH_STEP = 0.008;  // of an element
+constexpr double LEAST_SCATTER = 0.02; // radians, squared
+// What the tones may drift from one time to the next.
+constexpr double CENTRE_DRIFT_Hz2 = 0.15;
+constexpr double SHIFT_DRIFT_Hz2 = 0.02;
+constexpr double BEGIN_STEP = 0.15; // of an element
+
+// Where the parabola through three equally spaced heights has its top, in steps from the middle.
+double topOf(const double (&heights)[3])
+{
+    const double bend = heights[0] - 2.0 * heights[1] + heights[2];
+    if (bend >= 0.0)
+        return 0.0;
+    return std::clamp(0.5 * (heights[0] - heights[2]) / bend, -1.0, 1.0);
+}
+
+} // namespace
+
+void Tracking::add(const TonePair& tones, const std::vector<Decided>& characters, double bit)
+{
+    for (const Decided& character : characters) {
+        std::complex<double> before = 0.0;
+        int toneBefore = -1;
+        for (int element = 0; element < character.count; ++element) {
+            const std::size_t tone = (character.elements >> element & 1U) != 0 ? MARK : SPACE;
+            const double begin = character.begin + element * bit;
+            const std::complex<double> first = tones.sum(tone, begin, begin + 0.5 * bit);
+            const std::complex<double> second = tones.sum(tone, begin + 0.5 * bit, begin + bit);
+            m_halves[tone] += second * std::conj(first);
+            const std::complex<double> whole = first + second;
+            if (toneBefore == static_cast<int>(tone)) {
+                const std::complex<double> turn = whole * std::conj(before);
+                m_turns[tone] += turn;
+                m_magnitudes[tone] += std::abs(turn);
+                ++m_counts[tone];
+            }
+            before = whole;
+            toneBefore = static_cast<int>(tone);
+
+            m_lengths[1] += std::abs(whole);
+            m_begins[1] += std::abs(whole);
+            for (const int side : {-1, 1}) {
+                const double length = bit * (1.0 + side * LENGTH_STEP);
+                // Longer elements about the middle of the character, so that its begin stays apart.
+                const double stretched = begin + (element - 0.5 * character.count) * (length - bit);
+                m_lengths[1 + side] += std::abs(tones.sum(tone, stretched, stretched + bit));
+                const double moved = begin + side * BEGIN_STEP * bit;
+                m_begins[1 + side] += std::abs(tones.sum(tone, moved, moved + bit));
+            }
+        }
+    }
+}
+
+double Tracking::toneError_Hz(std::size_t tone, double rate_Hz, double bit) const
+{
+    if (std::abs(m_halves[tone]) <= 0.0)
+        return 0.0;
+    return std::arg(m_halves[tone]) / (PI * bit) * rate_Hz;
+}
+
+double Tracking::fineToneError_Hz(std::size_t tone, double rate_Hz, double bit) const
+{
+    if (m_magnitudes[tone] <= 0.0)
+        return 0.0;
+    return std::arg(m_turns[tone]) / (2.0 * PI * bit) * rate_Hz;
+}
+
+double Tracking::fineVariance_Hz2(std::size_t tone, double rate_Hz, double bit) const
+{
+    const double perRadian_Hz = rate_Hz / (2.0 * PI * bit);
+    if (m_magnitudes[tone] <= 0.0)
+        return perRadian_Hz * perRadian_Hz;
+    const double scatter = 2.0 * (1.0 - std::abs(m_turns[tone]) / m_magnitudes[tone]);
+    return (scatter + LEAST_SCATTER) / m_counts[tone] * perRadian_Hz * perRadian_Hz;
+}
+
+double Tracking::lengthError() const
+{
+    return topOf(m_lengths) * LENGTH_STEP;
+}
+
+double Tracking::beginError(double bit) const
+{
+    return topOf(m_begins) * BEGIN_STEP * bit;
+}
+
+void followTones(const Tracking& tracking, Line& line, double rate_Hz, double bit)
+{
+    const double space_Hz = tracking.fineToneError_Hz(SPACE, rate_Hz, bit);
+    const double mark_Hz = tracking.fineToneError_Hz(MARK, rate_Hz, bit);
+    const double space_Hz2 = tracking.fineVariance_Hz2(SPACE, rate_Hz, bit);
+    const double mark_Hz2 = tracking.fineVariance_Hz2(MARK, rate_Hz, bit);
+    const double both_Hz2 = space_Hz2 * mark_Hz2 / (space_Hz2 + mark_Hz2);
+    const double centreError_Hz = both_Hz2 * (space_Hz / space_Hz2 + mark_Hz / mark_Hz2);
+    const double centre_Hz = centreError_Hz * CENTRE_DRIFT_Hz2 / (CENTRE_DRIFT_Hz2 + both_Hz2);
+    const double shift_Hz =
+        (mark_Hz - space_Hz) * SHIFT_DRIFT_Hz2 / (SHIFT_DRIFT_Hz2 + space_Hz2 + mark_Hz2);
+    line.mark_Hz += centre_Hz + 0.5 * shift_Hz;
+    line.space_Hz += centre_Hz - 0.5 * shift_Hz;
+}
+
+} // namespace teleprinter
