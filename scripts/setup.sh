@@ -18,7 +18,7 @@ packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-d
     clang-format
     clang-tidy clazy cppcheck codespell shellcheck pyflakes3 python3
     doxygen
-    lintian
+    lintian minimodem
     clang libclang-rt-14-dev llvm
     python3-clang-14
     gcovr

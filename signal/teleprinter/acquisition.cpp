@@ -19,8 +19,8 @@ constexpr double LEAST_FRAMING_MEAN = 0.35; // a character; 1.39 is all there ca
 constexpr double LEAST_SCORE_MEAN = 2.0;    // a character
 constexpr double LEAST_OCCUPIED = 0.4;
 constexpr double MOST_UNEXPLAINED = 0.1;
-// Share of the commonest character: all that hum and other regular sounds bring, and a third of what
-// phasing signals look like.
+// Share of the commonest character: all that hum and other regular sounds bring, and a third of
+// what phasing signals look like.
 constexpr double TOO_OFTEN = 0.8;
 constexpr double OFTEN = 0.33;
 // And when no other line is nearly as likely.
@@ -86,10 +86,13 @@ Attempt attemptSynchronous(const Evidence& evidence)
     for (int word = 0; word < phase.words; ++word) {
         const int at = phase.node + word * WORD_NODES;
         const WordLikelihoods likelihoods = weighWords(evidence, at);
+        const unsigned chosen = choose(likelihoods).word;
+        commonest = std::max(commonest, ++words[chosen]);
         if (meanOf(likelihoods) > 0.0F)
             attempt.characters.push_back(
-                {evidence.grid.at(at), ccir476Elements()[choose(likelihoods).word], WORD_ELEMENTS});
+                {evidence.grid.at(at), ccir476Elements()[chosen], WORD_ELEMENTS});
     }
+    fit.commonest = static_cast<double>(commonest) / std::max(1, fit.characters);
     return attempt;
 }
 
@@ -262,14 +265,13 @@ private:
                 return tried.acquired.line.kind.code == Code::Ccir476 && isSure(tried.acquired.fit);
             });
         if (isSynchronous)
-            m_attempts.erase(
-                std::remove_if(m_attempts.begin(), m_attempts.end(),
-                               [](const Attempt& tried) {
+            m_attempts.erase(std::remove_if(m_attempts.begin(), m_attempts.end(),
+                                            [](const Attempt& tried) {
                                                 return tried.acquired.line.kind.code !=
                                                            Code::Ccir476 &&
                                                        tried.acquired.fit.commonest > OFTEN;
                                             }),
-                m_attempts.end());
+                             m_attempts.end());
         std::stable_sort(m_attempts.begin(), m_attempts.end(), isBetter);
         const Acquired& best = m_attempts.front().acquired;
         if (!isSure(best.fit))

@@ -15,7 +15,7 @@ class TestCcir476 : public QObject
 {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void everyWordHasFourMarksAndIsUnlikeTheOthers()
     {
         std::set<unsigned> words;

@@ -45,7 +45,7 @@ class TestFraming : public QObject
 {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void charactersAreFoundWhateverThePauses_data()
     {
         QTest::addColumn<double>("stop_bits");
@@ -62,8 +62,8 @@ private slots:
         Machine machine;
         machine.stop_bits = stop_bits;
         machine.typedPause_bits = pause_bits;
-        const Frames frames =
-            findFrames(evidenceOf(machine, TonePath(), TEXT), FrameSearch(), PausePrior(), 0, false);
+        const Frames frames = findFrames(evidenceOf(machine, TonePath(), TEXT), FrameSearch(),
+                                         PausePrior(), 0, false);
         QCOMPARE(textOf(frames), QString(TEXT));
         QVERIFY(frames.score > 0.0F);
         QCOMPARE(frames.unexplained, 0);

@@ -34,7 +34,7 @@ class TestIta2 : public QObject
 {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     // The sender's table is written in the order of the recommendation's combinations, the
     // receiver's in that of the elements.
     void letterIsReadAsItIsSent()

@@ -18,8 +18,9 @@ Q_DECLARE_METATYPE(TonePath)
 namespace {
 
 constexpr double RATE_Hz = 8000.0;
-const char* const TEXT = "CQ CQ DE DL0XYZ THE QUICK BROWN FOX JUMPS OVER THE LAZY DOG 12345 67890\r\n"
-                         "WEATHER NORTH SEA. WIND WEST 5, LATER 7. SEA 3 METRES.\r\n";
+const char* const TEXT =
+    "CQ CQ DE DL0XYZ THE QUICK BROWN FOX JUMPS OVER THE LAZY DOG 12345 67890\r\n"
+    "WEATHER NORTH SEA. WIND WEST 5, LATER 7. SEA 3 METRES.\r\n";
 
 class TextList : public TextSink
 {
@@ -75,7 +76,7 @@ class TestReceiver : public QObject
 {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void toldNothingItReads_data();
     void toldNothingItReads();
 
@@ -226,8 +227,10 @@ void TestReceiver::toldNothingItReads_data()
         QTest::newRow(name) << machine << path << rate_Hz;
     };
     add("45.45 Bd, 170 Hz", [](Machine&, TonePath&) {});
-    add("at 44100 samples a second", [](Machine&, TonePath&) {}, 44100.0);
-    add("at 4000 samples a second", [](Machine&, TonePath& path) { path.centre_Hz = 1000.0; },
+    add(
+        "at 44100 samples a second", [](Machine&, TonePath&) {}, 44100.0);
+    add(
+        "at 4000 samples a second", [](Machine&, TonePath& path) { path.centre_Hz = 1000.0; },
         4000.0);
     add("50 Bd, 450 Hz", [](Machine& machine, TonePath& path) {
         machine.baud = 50.0;

@@ -35,7 +35,7 @@ class TestTextReader : public QObject
 {
     Q_OBJECT
 
-private slots:
+private Q_SLOTS:
     void shiftHoldsUntilTheOther()
     {
         const auto reader = makeIta2Reader(Unshift::Never);
@@ -90,7 +90,10 @@ private slots:
 
     void eightBitsThatAreMeantAreKept()
     {
-        const QByteArray text("\xC4" "BC\xD6\xDC\xE4" "fg\xF6\xFC\xDF" "hi\xC4\xD6 jk\xDC lm\xE4\xF6 nop\xFC");
+        const QByteArray text("\xC4"
+                              "BC\xD6\xDC\xE4"
+                              "fg\xF6\xFC\xDF"
+                              "hi\xC4\xD6 jk\xDC lm\xE4\xF6 nop\xFC");
         std::vector<unsigned> words;
         for (const char c : text)
             words.push_back(static_cast<unsigned char>(c));
