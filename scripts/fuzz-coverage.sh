@@ -23,7 +23,7 @@ for entry in "${entries[@]}"; do
 done
 
 mkdir -p $BUILD/report
-gcovr --root . --filter '(host|files|morse|charmap|session)/' $BUILD -j 2 \
+gcovr --root . --filter '(tables|host|morse|charmap|session)/' $BUILD -j 2 \
     --json-summary $BUILD/report/summary.json --html-details $BUILD/report/index.html
 python3 - $BUILD/report/summary.json <<'END'
 import collections, json, os, sys

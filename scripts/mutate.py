@@ -25,7 +25,7 @@ import mutants as mutation
 import reasons
 
 EQUIVALENT = ROOT / "tests/mutation/equivalent.txt"
-PARTS = {"library": ["charmap", "files", "morse", "session"], "host": ["host"]}
+PARTS = {"library": ["charmap", "tables", "morse", "session"], "host": ["host"]}
 MEMORY_LIMIT = 4 << 30
 
 

@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# The installed headers are those that a host may use. (That each can be included by itself, the
-# build has found out.)
+# The installed headers are those that a host may use. (scripts/check.sh includes each by itself.)
 set -euo pipefail
 
 headers=$STAGE/include/morsehandler

@@ -1,0 +1,27 @@
+#!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
+# What is too slow for every change, for a night: every static check on every file, all tests under the
+# sanitizers, threads, coverage, ten minutes of every fuzz target, mutants, a day of signal. Goes on
+# after a step that fails. NIGHT names a folder for what the steps print (default: build/night).
+cd "$(dirname "$0")/.." || exit
+. scripts/steps.sh
+
+night=${NIGHT:-build/night}
+mkdir -p "$night"
+# shellcheck disable=SC2317 # step calls it
+logged() { # NAME COMMAND...
+    "${@:2}" >"$night/$1.log" 2>&1 || { tail -n 40 "$night/$1.log" && return 1; }
+}
+
+step scripts/setup.sh all
+step logged check scripts/check.sh
+step logged asan scripts/test.sh asan
+step logged threads scripts/test-threads.sh
+step logged coverage scripts/coverage.sh
+step logged fuzz scripts/fuzz.sh 600
+step logged fuzz-coverage scripts/fuzz-coverage.sh
+step logged mutants-library scripts/mutate.py library --seed "$(date +%j)"
+step logged mutants-host scripts/mutate.py host --seed "$(date +%j)"
+step logged long-run scripts/long-run.sh 24
+step logged packages scripts/package.sh
+report_steps
