@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // `morsehost inspect` from outside: the picture shows what `morsehost decode` gives.
 #include "support/drawn.h"
+#include "support/files.h"
 #include "support/program.h"
 
 #include <QDir>
@@ -20,12 +21,6 @@ using testsupport::Ended;
 using testsupport::run;
 
 const QString RECORDING = QStringLiteral(TEST_DATA_DIR "/recordings/three-overs.flac");
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 QString textOf(const Drawn& drawn)
 {
@@ -302,9 +297,9 @@ private Q_SLOTS:
                       {"inspect", "-", "-o", dir.filePath("x.svg")});
         process.write(QByteArray(80000, '\0'));
         QVERIFY(process.waitForStarted());
-        QTest::qWait(500);
+        QTRY_VERIFY_WITH_TIMEOUT(testsupport::isWaiting(process), testsupport::HANGS_ms);
         ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
-        QVERIFY(process.waitForFinished(20000));
+        QVERIFY(process.waitForFinished(testsupport::HANGS_ms));
         QCOMPARE(process.exitCode(), 1);
         QVERIFY(process.readAllStandardError().contains("interrupted"));
         QVERIFY(QDir(dir.path()).entryList(QDir::Files).isEmpty());
@@ -319,7 +314,7 @@ private Q_SLOTS:
         shell.start(QStringLiteral("bash"),
                     {"-c", QStringLiteral("cat /dev/zero | %1 inspect - -o %2 --length 2")
                                .arg(QStringLiteral(MORSEHOST_PATH), path)});
-        QVERIFY(shell.waitForFinished(60000));
+        QVERIFY(shell.waitForFinished(testsupport::HANGS_ms));
         QCOMPARE(shell.exitCode(), 0);
         QCOMPARE(testsupport::readDrawn(contentOf(path)).rows, 1);
     }

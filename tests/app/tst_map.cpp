@@ -83,12 +83,12 @@ private Q_SLOTS:
         QByteArray out;
         for (int i = 1; i <= 3; ++i) {
             process.write("W");
-            while (out.size() < 2 * i && process.waitForReadyRead(30000))
+            while (out.size() < 2 * i && process.waitForReadyRead(testsupport::HANGS_ms))
                 out += process.readAllStandardOutput();
         }
         QCOMPARE(out, QByteArray("\xD0\x92\xD0\x92\xD0\x92"));
         process.closeWriteChannel();
-        QVERIFY(process.waitForFinished());
+        QVERIFY(process.waitForFinished(testsupport::HANGS_ms));
         QCOMPARE(process.exitCode(), 0);
     }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The program from outside: what it reads, what it prints, how it ends.
+#include "support/files.h"
 #include "support/keyer.h"
 #include "support/program.h"
 #include "support/resultschema.h"
@@ -75,15 +76,9 @@ QByteArray decodeFromAnOpenPipe(QProcess& process, const QStringList& words)
     process.start(QStringLiteral(MORSEHOST_PATH), words);
     process.write(raw(keyed("PARIS PARIS PARIS")));
     QByteArray out;
-    while (!out.contains("PARIS PARIS") && process.waitForReadyRead(60000))
+    while (!out.contains("PARIS PARIS") && process.waitForReadyRead(testsupport::HANGS_ms))
         out += process.readAllStandardOutput();
     return out;
-}
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
 }
 
 void verifyOneLine(const Ended& ended, int status, const char* part)
@@ -649,7 +644,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, part);
         QProcess process;
         process.start(QStringLiteral(MORSEHOST_PATH), {command, "--save", folder, "-"});
-        QVERIFY(process.waitForFinished(60000)); // the input is still open
+        QVERIFY(process.waitForFinished(testsupport::HANGS_ms)); // the input is still open
         verifyOneLine(end(process), 1, part.constData());
     }
 
@@ -762,7 +757,7 @@ private Q_SLOTS:
         process.start(QStringLiteral(MORSEHOST_PATH), {"symbols", "-"});
         process.write(codes);
         process.closeWriteChannel();
-        QVERIFY(process.waitForFinished(280000));
+        QVERIFY(process.waitForFinished(testsupport::HANGS_ms));
         QCOMPARE(process.exitCode(), 0);
         QVERIFY(process.readAllStandardOutput().size() > 100000);
         QCOMPARE(process.readAllStandardError(), QByteArray());
@@ -831,9 +826,9 @@ private Q_SLOTS:
         QProcess process;
         const QByteArray out = decodeFromAnOpenPipe(process, {"decode", "--save", dir.path(), "-"});
         QVERIFY2(out.contains("PARIS PARIS"), out.constData());
-        QTest::qWait(1000); // it has read all and waits for more
+        QTRY_VERIFY_WITH_TIMEOUT(testsupport::isWaiting(process), testsupport::HANGS_ms);
         ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
-        QVERIFY(process.waitForFinished(20000));
+        QVERIFY(process.waitForFinished(testsupport::HANGS_ms));
         QCOMPARE(process.exitCode(), 0);
         QCOMPARE(QDir(dir.path()).entryList({"*.xml"}).size(), 1);
     }
@@ -852,9 +847,9 @@ private Q_SLOTS:
         QProcess process;
         process.start(QStringLiteral(MORSEHOST_PATH), words);
         QVERIFY(process.waitForStarted());
-        QTest::qWait(500);
+        QTRY_VERIFY_WITH_TIMEOUT(testsupport::isWaiting(process), testsupport::HANGS_ms);
         ::kill(static_cast<pid_t>(process.processId()), SIGTERM);
-        QVERIFY(process.waitForFinished(20000));
+        QVERIFY(process.waitForFinished(testsupport::HANGS_ms));
         QCOMPARE(process.exitStatus(), QProcess::NormalExit);
     }
 
@@ -883,15 +878,20 @@ private Q_SLOTS:
         for (int i = 0; i < 200000; ++i)
             codes.write("0 3 1 3 0 1 3 1 0 3\n");
         codes.close();
-        // The reader sleeps; the signal comes when the pipe between is full.
+        // Nobody reads; the signal comes when the program catches it and waits for room in the
+        // pipe.
         QProcess shell;
-        shell.start(QStringLiteral("bash"),
-                    {"-c", QStringLiteral("mkfifo %2/pipe; sleep 60 <%2/pipe & reader=$!;"
-                                          "%1 symbols --save %2/saved %2/codes >%2/pipe &"
-                                          "program=$!; sleep 1; kill $program; wait $program;"
-                                          "echo $?; kill $reader")
-                               .arg(QStringLiteral(MORSEHOST_PATH), dir.path())});
-        QVERIFY(shell.waitForFinished(40000));
+        shell.start(
+            QStringLiteral("bash"),
+            {"-c", QStringLiteral("mkfifo %2/pipe; sleep 600 <%2/pipe & reader=$!;"
+                                  "%1 symbols --save %2/saved %2/codes >%2/pipe &"
+                                  "program=$!; until grep -q '^State:.S' /proc/$program/status &&"
+                                  " grep -q '^SigCgt:.*[4-7c-f]...$' /proc/$program/status;"
+                                  " do sleep 0.05; done;"
+                                  "kill $program; wait $program;"
+                                  "echo $?; kill $reader")
+                       .arg(QStringLiteral(MORSEHOST_PATH), dir.path())});
+        QVERIFY(shell.waitForFinished(testsupport::HANGS_ms));
         QCOMPARE(shell.readAllStandardOutput(), QByteArray("0\n"));
         QCOMPARE(QDir(dir.filePath("saved")).entryList({"*.xml"}).size(), 1);
     }
@@ -931,7 +931,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("command");
         QTest::newRow("no room") << "ulimit -f 1; %1 symbols --save %2/saved %2/codes";
-        QTest::newRow("folder removed") << "(cat %2/codes; sleep 1; rm -r %2/saved; cat %2/codes) |"
+        QTest::newRow("folder removed") << "(cat %2/codes; until [ -s %2/saved/*Default.txt ];"
+                                           " do sleep 0.05; done; rm -r %2/saved; cat %2/codes) |"
                                            " %1 symbols --save %2/saved -";
     }
 
@@ -973,7 +974,7 @@ private Q_SLOTS:
         process.write(raw(samples));
         // The second transmission is heard, so the document of the first is done with.
         QByteArray out;
-        while (!out.contains("DE DE") && process.waitForReadyRead(60000))
+        while (!out.contains("DE DE") && process.waitForReadyRead(testsupport::HANGS_ms))
             out += process.readAllStandardOutput();
         const QStringList files = saved.entryList(QDir::Files);
         QCOMPARE(files.size(), 3);

@@ -5,6 +5,7 @@
 #include "charmap/codechandler.h"
 #include "host/standin/configuration.h"
 #include "morse/morsetranslator.h"
+#include "support/files.h"
 #include "tables/alphabetfile.h"
 #include "tables/codecfile.h"
 #include "tables/mapfile.h"
@@ -19,12 +20,6 @@ namespace {
 QDir folder(const char* name)
 {
     return QDir(QStringLiteral(PROJECT_DATA_DIR "/") + QLatin1String(name));
-}
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 QMap<uchar, QChar> mapOf(const QString& fileName)

@@ -7,6 +7,7 @@
 
 #include "charmap/codechandler.h"
 #include "host/standin/configuration.h"
+#include "support/files.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -55,12 +56,6 @@ Outcome lintOf(const QStringList& files)
     if (outcome.out.isEmpty() && outcome.error.isEmpty() && !lint.isClean)
         outcome.error = QStringLiteral("not clean");
     return outcome;
-}
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 Outcome mapsOf(const QString& folder, const QString& decoder = {})
@@ -132,13 +127,6 @@ FilterOptions with(const QString& folder, const char* map, const char* decoder =
                    bool back = false)
 {
     return {folder, QString::fromUtf8(map), QString::fromUtf8(decoder), back};
-}
-
-void writeFile(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(content);
 }
 
 QByteArray allBytes()

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "charmap/charactermap.h"
 
-#include "support/writefile.h"
+#include "support/files.h"
 
 #include <QDir>
 #include <QTemporaryDir>

@@ -4,8 +4,8 @@
 #include "host/standin/configuration.h"
 #include "host/standin/tracelog.h"
 #include "support/decodermodules.h"
+#include "support/files.h"
 #include "support/fulldisk.h"
-#include "support/writefile.h"
 
 #include <QDir>
 #include <QTemporaryDir>

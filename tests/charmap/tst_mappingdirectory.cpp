@@ -6,11 +6,11 @@
 #include "host/standin/hosttree.h"
 #include "host/standin/tracelog.h"
 #include "support/decodermodules.h"
+#include "support/files.h"
 #include "support/intendedleak.h"
 #include "support/outofmemory.h"
 #include "support/privatemember.h"
 #include "support/random.h"
-#include "support/writefile.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -2,6 +2,7 @@
 // What the pages show is what happens: their sessions are run, their code is that of the examples,
 // their links lead somewhere. tests/docs/pages.h tells how a block says what it is.
 #include "docs/blocks.h"
+#include "support/files.h"
 
 #include <QDir>
 #include <QFile>
@@ -21,12 +22,6 @@ using pages::Page;
 namespace {
 
 const QDir project(QStringLiteral(PROJECT_DIR));
-
-QString contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-}
 
 QString at(const Page& page, int line)
 {
@@ -296,7 +291,7 @@ private Q_SLOTS:
     void thePictureNamesFoldersThatExist()
     {
         const QString picture =
-            contentOf(project.filePath(QStringLiteral("docs/architecture.svg")));
+            QString::fromUtf8(contentOf(project.filePath(QStringLiteral("docs/architecture.svg"))));
         static const QRegularExpression folder(QStringLiteral("\\b([a-z]+/)+(?=[<)])"));
         auto matches = folder.globalMatch(picture);
         int count = 0;
@@ -309,9 +304,11 @@ private Q_SLOTS:
 
     void everyPublicHeaderHasItsApiPages()
     {
-        const QString pages = contentOf(project.filePath(QStringLiteral("docs/Doxyfile")));
+        const QString pages =
+            QString::fromUtf8(contentOf(project.filePath(QStringLiteral("docs/Doxyfile"))));
         const QStringList headers =
-            contentOf(project.filePath(QStringLiteral("tests/install/headers.list")))
+            QString::fromUtf8(
+                contentOf(project.filePath(QStringLiteral("tests/install/headers.list"))))
                 .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
         QVERIFY(headers.contains(QStringLiteral("session/morsehandler.h")));
         for (const QString& header : headers) {

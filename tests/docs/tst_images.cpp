@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // A picture that a page shows is what the program draws. scripts/renew-golden.sh draws it anew.
 #include "reception/corpus.h"
+#include "support/files.h"
 #include "support/pngpixels.h"
 #include "support/program.h"
 
@@ -18,12 +19,6 @@ namespace {
 // where two are equally near.
 constexpr double MOST_APART = 0.15;
 constexpr double FEWEST_EQUAL_PIXELS = 0.98;
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 reception::Recording recordingOf(const std::string& condition, const std::string& kind,
                                  const std::string& seed)

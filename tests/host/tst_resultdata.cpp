@@ -5,6 +5,7 @@
 #include "host/standin/resultreader.h"
 #include "host/standin/tracelog.h"
 #include "support/fewdescriptors.h"
+#include "support/files.h"
 #include "support/fulldisk.h"
 #include "support/resultschema.h"
 
@@ -69,20 +70,6 @@ QStringList textsOf(const QString& path)
     return texts;
 }
 
-QByteArray bytesOf(const QString& path)
-{
-    QFile file(path);
-    file.open(QIODevice::ReadOnly);
-    return file.readAll();
-}
-
-void writeBytes(const QString& path, const QByteArray& bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(bytes), static_cast<qint64>(bytes.size()));
-}
-
 } // namespace
 
 class tst_ResultData : public QObject
@@ -123,7 +110,7 @@ private Q_SLOTS:
         bare->AddDataBlock(new DataBlock(3, 1, 7));
         document.AddTransmission(new Transmission);
         QVERIFY(document.SaveFile(path("r.xml")));
-        QCOMPARE(bytesOf(path("r.xml")),
+        QCOMPARE(contentOf(path("r.xml")),
                  QByteArray("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
                             "<TavikResultData Version=\"1.0\">\n"
                             "  <Transmission StartTime=\"2017-05-12T10:15:00,123Z\""
@@ -387,7 +374,7 @@ private Q_SLOTS:
         addTransmission(atOnce, QStringLiteral("second"));
         addTransmission(atOnce, QStringLiteral("third"));
         QVERIFY(atOnce.SaveFile(path("r_at_once.xml")));
-        QCOMPARE(bytesOf(path("r.xml")), bytesOf(path("r_at_once.xml")));
+        QCOMPARE(contentOf(path("r.xml")), contentOf(path("r_at_once.xml")));
     }
 
     void savingAgainAddsOnlyWhatIsNewOrChanged()
@@ -483,16 +470,16 @@ private Q_SLOTS:
     void aFileThatIsNoResultDocumentIsLeftAlone()
     {
         QFETCH(QByteArray, content);
-        writeBytes(path("x.xml"), content);
+        writeFile(path("x.xml"), content);
         TavikResultData document;
         addTransmission(document, QStringLiteral("first"));
         QVERIFY(document.SaveFile(path("x.xml")));
-        QCOMPARE(bytesOf(path("x.xml")), content);
+        QCOMPARE(contentOf(path("x.xml")), content);
         QCOMPARE(textsOf(path("x_2.xml")), QStringList{QStringLiteral("first")});
         document.Reset();
         addTransmission(document, QStringLiteral("second"));
         QVERIFY(document.SaveFile(path("x.xml")));
-        QCOMPARE(bytesOf(path("x.xml")), content);
+        QCOMPARE(contentOf(path("x.xml")), content);
         QCOMPARE(textsOf(path("x_2.xml")), QStringList{QStringLiteral("first")});
         QCOMPARE(textsOf(path("x_3.xml")), QStringList{QStringLiteral("second")});
     }
@@ -509,7 +496,7 @@ private Q_SLOTS:
 
     void aNameWithoutASuffixGetsItsNumberAtTheEnd()
     {
-        writeBytes(path("notes"), "mine");
+        writeFile(path("notes"), "mine");
         TavikResultData document;
         addTransmission(document, QStringLiteral("x"));
         QVERIFY(document.SaveFile(path("notes")));
@@ -521,12 +508,12 @@ private Q_SLOTS:
         const QByteArray foreign = "<?xml version=\"1.0\"?><!-- by hand -->\n"
                                    "<TavikResultData Version=\"1.0\" Site=\"north\">"
                                    "<Remark>fine</Remark></TavikResultData>  \n\n";
-        writeBytes(path("x.xml"), foreign);
+        writeFile(path("x.xml"), foreign);
         TavikResultData document;
         addTransmission(document, QStringLiteral("x"));
         QVERIFY(document.SaveFile(path("x.xml")));
-        QVERIFY(
-            bytesOf(path("x.xml")).startsWith(foreign.left(foreign.indexOf("</TavikResultData>"))));
+        QVERIFY(contentOf(path("x.xml"))
+                    .startsWith(foreign.left(foreign.indexOf("</TavikResultData>"))));
         QCOMPARE(textsOf(path("x.xml")), QStringList{QStringLiteral("x")});
         QCOMPARE(files(), QStringList{QStringLiteral("x.xml")});
     }
@@ -534,22 +521,23 @@ private Q_SLOTS:
     void anyAmountOfWhiteSpaceMayStandBeforeTheEndTag()
     {
         const QByteArray foreign = "<TavikResultData Version=\"1.0\">" + QByteArray(100, ' ');
-        writeBytes(path("x.xml"), foreign + "</TavikResultData>");
+        writeFile(path("x.xml"), foreign + "</TavikResultData>");
         TavikResultData document;
         addTransmission(document, QStringLiteral("x"));
         QVERIFY(document.SaveFile(path("x.xml")));
         QCOMPARE(textsOf(path("x.xml")), QStringList{QStringLiteral("x")});
         QCOMPARE(files(), QStringList{QStringLiteral("x.xml")});
         // Of the last 64 bytes, the tag's 18 among them, none is kept.
-        QVERIFY(bytesOf(path("x.xml")).startsWith(foreign.chopped(64 - 18) + "\n  <Transmission"));
+        QVERIFY(
+            contentOf(path("x.xml")).startsWith(foreign.chopped(64 - 18) + "\n  <Transmission"));
     }
 
     void aLittleWhiteSpaceMayStandBehindTheEndTag()
     {
         // The tag has to begin within the last 64 bytes.
         const QByteArray whole = "<TavikResultData Version=\"1.0\"></TavikResultData>";
-        writeBytes(path("x.xml"), whole + QByteArray(46, '\n'));
-        writeBytes(path("y.xml"), whole + QByteArray(47, '\n'));
+        writeFile(path("x.xml"), whole + QByteArray(46, '\n'));
+        writeFile(path("y.xml"), whole + QByteArray(47, '\n'));
         TavikResultData document;
         addTransmission(document, QStringLiteral("x"));
         QVERIFY(document.SaveFile(path("x.xml")));
@@ -641,7 +629,7 @@ private Q_SLOTS:
 
     void aFolderThatIsAFileCountsAsMissing()
     {
-        writeBytes(path("missing"), "no folder");
+        writeFile(path("missing"), "no folder");
         TavikResultData document;
         addTransmission(document, QStringLiteral("x"));
         QVERIFY(!document.SaveFile(path("missing/r.xml")));
@@ -656,7 +644,7 @@ private Q_SLOTS:
         TavikResultData document;
         addTransmission(document, QStringLiteral("first"));
         QVERIFY(document.SaveFile(path("r.xml")));
-        const QByteArray before = bytesOf(path("r.xml"));
+        const QByteArray before = contentOf(path("r.xml"));
         document.Reset();
         const QString longText(100000, QLatin1Char('e'));
         addTransmission(document, longText);
@@ -668,7 +656,7 @@ private Q_SLOTS:
             // The short one fits, the long one goes on waiting.
             QVERIFY(!document.SaveFile(path("r3.xml")));
             document.Reset();
-            QCOMPARE(bytesOf(path("r.xml")), before);
+            QCOMPARE(contentOf(path("r.xml")), before);
             QCOMPARE(textsOf(path("r3.xml")), QStringList{QStringLiteral("third")});
         }
         QVERIFY(document.SaveFile(path("r4.xml")));
@@ -777,7 +765,7 @@ private Q_SLOTS:
     void aLockThatSomebodyLeftBehindDoesNotStopASave()
     {
         // Of a process that cannot be alive: its number is beyond the highest.
-        writeBytes(path("r.xml.lock"), "2147483647\nmorsehost\n\n");
+        writeFile(path("r.xml.lock"), "2147483647\nmorsehost\n\n");
         TavikResultData document;
         addTransmission(document, QStringLiteral("x"));
         QVERIFY(document.SaveFile(path("r.xml")));
@@ -977,14 +965,14 @@ private Q_SLOTS:
 
     void whereTenThousandNamesAreTakenADocumentWaits()
     {
-        writeBytes(path("x.xml"), "mine");
+        writeFile(path("x.xml"), "mine");
         for (int i = 2; i <= 10000; ++i)
             QVERIFY(
                 QFile::link(path("x.xml"), path(qPrintable(QStringLiteral("x_%1.xml").arg(i)))));
         TavikResultData document;
         addTransmission(document, QStringLiteral("x"));
         QVERIFY(!document.SaveFile(path("x.xml")));
-        QCOMPARE(bytesOf(path("x.xml")), QByteArray("mine"));
+        QCOMPARE(contentOf(path("x.xml")), QByteArray("mine"));
         QVERIFY(QFile::remove(path("x_77.xml")));
         QVERIFY(document.SaveFile(path("x.xml")));
         QCOMPARE(textsOf(path("x_77.xml")), QStringList{QStringLiteral("x")});
@@ -1025,7 +1013,7 @@ private Q_SLOTS:
         TavikResultData empty;
         addTransmission(empty, QString());
         QVERIFY(empty.SaveFile(path("r.xml")));
-        const int frame = bytesOf(path("r.xml")).size();
+        const int frame = contentOf(path("r.xml")).size();
         QVERIFY(QFile::remove(path("r.xml")));
         // Qt hands the disk 16 KiB at a time. So of the first nothing is written before all is
         // flushed, of the second the end tag finds no room, of the third the text.
@@ -1054,14 +1042,14 @@ private Q_SLOTS:
         TavikResultData document;
         addTransmission(document, QString(100000, QLatin1Char('e')));
         QVERIFY(document.SaveFile(path("r.xml")));
-        const QByteArray before = bytesOf(path("r.xml"));
+        const QByteArray before = contentOf(path("r.xml"));
         document.Reset();
         addTransmission(document, QStringLiteral("second"));
         {
             const FullDisk full(1000);
             QVERIFY(!document.SaveFile(path("r.xml")));
         }
-        QCOMPARE(bytesOf(path("r.xml")), before);
+        QCOMPARE(contentOf(path("r.xml")), before);
         QVERIFY(document.SaveFile(path("r.xml")));
         QCOMPARE(textsOf(path("r.xml")).size(), 2);
     }

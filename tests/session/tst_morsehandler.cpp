@@ -3,6 +3,7 @@
 #include "session/morsehandler.h"
 
 #include "host/standin/tracelog.h"
+#include "support/files.h"
 #include "support/fulldisk.h"
 #include "support/morsefixture.h"
 #include "support/outofmemory.h"
@@ -43,13 +44,6 @@ template struct PrivateMember<AlphabetPath, &MorseHandler::BuildAlphabetPath>;
 namespace {
 
 constexpr unsigned long long MORNING_us = 1494584100123456ULL; // 2017-05-12 10:15:00.123456 UTC
-
-void writeFile(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(content), qint64(content.size()));
-}
 
 // Notes who is named as the cause of each write.
 template <typename Kind, typename Content>

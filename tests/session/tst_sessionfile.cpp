@@ -3,6 +3,7 @@
 #include "session/sessionfile.h"
 
 #include "host/standin/tracelog.h"
+#include "support/files.h"
 #include "support/fulldisk.h"
 
 #include <QFile>
@@ -33,12 +34,6 @@ struct OneFile
         unfinished.Finish();
     }
 };
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
-}
 
 } // namespace
 

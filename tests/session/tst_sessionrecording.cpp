@@ -2,6 +2,7 @@
 // The code and text files that a Morse handler writes, and what may go wrong with them.
 #include "session/morsehandler.h"
 
+#include "support/files.h"
 #include "support/fulldisk.h"
 #include "support/morsefixture.h"
 #include "support/privatemember.h"
@@ -45,12 +46,6 @@ template struct PrivateMember<TextName, &MorseHandler::m_strTextFileName>;
 namespace {
 
 constexpr unsigned long long TEN_FIFTEEN_us = 1494584102120000ULL; // 2017-05-12 10:15:02.120 UTC
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
-}
 
 // The contents of all files of a folder whose name fits, in order.
 QList<QByteArray> contentsOf(const QString& folder, const char* names)

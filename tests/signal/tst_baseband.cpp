@@ -21,7 +21,7 @@ SampleHistory tone(double tone_Hz, double amplitude)
 
 } // namespace
 
-class TestBaseband : public QObject
+class tst_Baseband : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -80,5 +80,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestBaseband)
+QTEST_APPLESS_MAIN(tst_Baseband)
 #include "tst_baseband.moc"

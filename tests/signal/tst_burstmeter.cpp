@@ -21,7 +21,7 @@ BurstMeter used(double rest)
 
 } // namespace
 
-class TestBurstMeter : public QObject
+class tst_BurstMeter : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -67,5 +67,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestBurstMeter)
+QTEST_APPLESS_MAIN(tst_BurstMeter)
 #include "tst_burstmeter.moc"

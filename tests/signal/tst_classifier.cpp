@@ -14,7 +14,7 @@ constexpr double UNIT_us = 60000.0;
 
 } // namespace
 
-class TestClassifier : public QObject
+class tst_Classifier : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -112,5 +112,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestClassifier)
+QTEST_APPLESS_MAIN(tst_Classifier)
 #include "tst_classifier.moc"

@@ -43,7 +43,7 @@ struct Deciding
 
 } // namespace
 
-class TestDecider : public QObject
+class tst_Decider : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -123,5 +123,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestDecider)
+QTEST_APPLESS_MAIN(tst_Decider)
 #include "tst_decider.moc"

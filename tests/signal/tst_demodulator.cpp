@@ -62,7 +62,7 @@ std::vector<float> keyedText(double speed_wpm, double rate_Hz, std::optional<dou
 
 } // namespace
 
-class TestDemodulator : public QObject
+class tst_Demodulator : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -534,5 +534,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestDemodulator)
+QTEST_APPLESS_MAIN(tst_Demodulator)
 #include "tst_demodulator.moc"

@@ -33,7 +33,7 @@ bool near(double value, double expected)
 
 } // namespace
 
-class TestLevelTracker : public QObject
+class tst_LevelTracker : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -75,5 +75,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestLevelTracker)
+QTEST_APPLESS_MAIN(tst_LevelTracker)
 #include "tst_leveltracker.moc"

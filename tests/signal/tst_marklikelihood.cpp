@@ -24,7 +24,7 @@ MarkLikelihood heard(double amplitude, int silent, int marked, double deviation)
 
 } // namespace
 
-class TestMarkLikelihood : public QObject
+class tst_MarkLikelihood : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -178,5 +178,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestMarkLikelihood)
+QTEST_APPLESS_MAIN(tst_MarkLikelihood)
 #include "tst_marklikelihood.moc"

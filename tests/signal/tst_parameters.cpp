@@ -6,7 +6,7 @@
 
 using namespace demodulator;
 
-class TestParameters : public QObject
+class tst_Parameters : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -29,5 +29,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestParameters)
+QTEST_APPLESS_MAIN(tst_Parameters)
 #include "tst_parameters.moc"

@@ -41,7 +41,7 @@ PhaseEstimate track(const std::vector<HeardMark>& marks)
 
 } // namespace
 
-class TestPhaseTracker : public QObject
+class tst_PhaseTracker : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -73,5 +73,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestPhaseTracker)
+QTEST_APPLESS_MAIN(tst_PhaseTracker)
 #include "tst_phasetracker.moc"

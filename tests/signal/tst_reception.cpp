@@ -23,7 +23,7 @@ const reception::Condition& conditionOf(const QString& name)
 
 } // namespace
 
-class TestReception : public QObject
+class tst_Reception : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -111,5 +111,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestReception)
+QTEST_APPLESS_MAIN(tst_Reception)
 #include "tst_reception.moc"

@@ -51,7 +51,7 @@ float peak(const std::vector<float>& samples)
 
 } // namespace
 
-class TestRecordings : public QObject
+class tst_Recordings : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -129,5 +129,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestRecordings)
+QTEST_APPLESS_MAIN(tst_Recordings)
 #include "tst_recordings.moc"

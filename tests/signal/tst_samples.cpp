@@ -7,7 +7,7 @@
 
 using namespace demodulator;
 
-class TestSamples : public QObject
+class tst_Samples : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -87,5 +87,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestSamples)
+QTEST_APPLESS_MAIN(tst_Samples)
 #include "tst_samples.moc"

@@ -69,7 +69,7 @@ Listening listen(const std::vector<bool>& keyed, double tone_Hz, double mixed_Hz
 
 } // namespace
 
-class TestSignalChain : public QObject
+class tst_SignalChain : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -117,5 +117,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestSignalChain)
+QTEST_APPLESS_MAIN(tst_SignalChain)
 #include "tst_signalchain.moc"

@@ -38,7 +38,7 @@ double probability(Score score)
 
 } // namespace
 
-class TestTimingModel : public QObject
+class tst_TimingModel : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -177,5 +177,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestTimingModel)
+QTEST_APPLESS_MAIN(tst_TimingModel)
 #include "tst_timingmodel.moc"

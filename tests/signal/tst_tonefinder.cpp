@@ -31,7 +31,7 @@ std::vector<float> keyed(double tone_Hz, std::optional<double> snr_dB, const cha
 
 } // namespace
 
-class TestToneFinder : public QObject
+class tst_ToneFinder : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -95,5 +95,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestToneFinder)
+QTEST_APPLESS_MAIN(tst_ToneFinder)
 #include "tst_tonefinder.moc"

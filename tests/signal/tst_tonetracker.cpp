@@ -30,7 +30,7 @@ double track(const std::vector<HeardMark>& marks, double tone_Hz)
 
 } // namespace
 
-class TestToneTracker : public QObject
+class tst_ToneTracker : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -75,5 +75,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestToneTracker)
+QTEST_APPLESS_MAIN(tst_ToneTracker)
 #include "tst_tonetracker.moc"

@@ -43,7 +43,7 @@ struct Heard
 
 } // namespace
 
-class TestTrellis : public QObject
+class tst_Trellis : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -149,5 +149,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestTrellis)
+QTEST_APPLESS_MAIN(tst_Trellis)
 #include "tst_trellis.moc"

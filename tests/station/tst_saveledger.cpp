@@ -2,7 +2,7 @@
 // What counts as saved, what as lost, and what is said about it.
 #include "station/saveledger.h"
 #include "support/fewdescriptors.h"
-#include "support/writefile.h"
+#include "support/files.h"
 
 #include <QTemporaryDir>
 #include <QtTest>

@@ -16,7 +16,7 @@ inline QString schemaErrors(const QStringList& paths)
                                 QStringLiteral("--stream"), QStringLiteral("--schema"),
                                 QStringLiteral(PROJECT_DATA_DIR "/schema/tavikresultdata.xsd")} +
                         paths);
-    if (!validator.waitForFinished(120000))
+    if (!validator.waitForFinished(600000))
         return QStringLiteral("xmllint: ") + validator.errorString();
     return validator.exitCode() == 0 ? QString() : QString::fromLocal8Bit(validator.readAll());
 }

@@ -5,7 +5,7 @@
 
 using namespace testsupport;
 
-class TestMorseCode : public QObject
+class tst_MorseCode : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -31,5 +31,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestMorseCode)
+QTEST_APPLESS_MAIN(tst_MorseCode)
 #include "tst_morsecode.moc"

@@ -2,7 +2,7 @@
 #include "tables/lint/lint.h"
 
 #include "support/decodermodules.h"
-#include "support/writefile.h"
+#include "support/files.h"
 
 #include <QDirIterator>
 #include <QTemporaryDir>

@@ -6,6 +6,7 @@
 
 #include "host/standin/configuration.h"
 #include "host/standin/hosttree.h"
+#include "support/files.h"
 #include "support/random.h"
 
 #include <QDir>
@@ -26,13 +27,6 @@ constexpr int MAX_SYMBOLS = 29999;
 
 // Few steps make many files; the folder is emptied before they fill the disk.
 constexpr int MAX_FILES = 500;
-
-void writeFile(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(content);
-}
 
 class Turmoil : private IObserver
 {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Files that a test makes up.
+// Files that a test makes up or looks into.
 #pragma once
 
 #include <QFile>
@@ -14,4 +14,11 @@ inline QString writeFile(const QString& path, const QByteArray& content)
     if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size() || !file.flush())
         throw std::runtime_error("cannot write " + path.toStdString());
     return path;
+}
+
+/// A file that cannot be read has a content of its own, which no test expects.
+inline QByteArray contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
 }
