@@ -299,7 +299,7 @@ private Q_SLOTS:
             const QString name = matches.next().captured();
             QVERIFY2(project.exists(name), qPrintable(name));
         }
-        QCOMPARE(count, 7);
+        QCOMPARE(count, 9);
     }
 
     void everyPublicHeaderHasItsApiPages()
