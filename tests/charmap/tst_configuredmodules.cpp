@@ -5,7 +5,7 @@
 #include "host/cfgcenter.h"
 #include "host/standin/tracelog.h"
 #include "support/decodermodules.h"
-#include "support/writefile.h"
+#include "support/files.h"
 
 #include <QTemporaryDir>
 #include <QtTest>

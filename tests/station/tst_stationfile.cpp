@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The file of a station: what it says is done, and what is wrong with it is named with its line.
-#include "station/service/stationfile.h"
 #include "station/service/retention.h"
+#include "station/service/stationfile.h"
 
 #include <QDir>
 #include <QFile>
