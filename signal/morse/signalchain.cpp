@@ -99,6 +99,12 @@ void SignalChain::push(const Step& step)
         review(false);
 }
 
+void SignalChain::settle()
+{
+    if (m_state != State::Ended)
+        review(true);
+}
+
 void SignalChain::finish()
 {
     if (m_state == State::Ended)

@@ -51,6 +51,9 @@ public:
     void setNoise(double noise);
     /// What is pushed after the end is ignored.
     void push(const Step& step);
+    /// Decides what lies before a pause that goes on now, so that whoever sends next does not bear
+    /// on it.
+    void settle();
     /// End of the signal: what is pending is decided now.
     void finish();
 

@@ -1,0 +1,674 @@
+// SPDX-License-Identifier: MIT
+// Joins the parts of the receiver for a band. All happens in batches of a quarter of a second:
+// filters and spectra of the batch, then every listener goes on by itself, both on all processors;
+// then, one after the other, who has come and who has gone.
+#include "signal/band/bandreceiver.h"
+
+#include "signal/band/listener.h"
+#include "signal/band/shadows.h"
+#include "signal/band/survey.h"
+#include "signal/band/workers.h"
+#include "signal/timing.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <vector>
+
+namespace demodulator {
+
+namespace {
+
+constexpr double LOWEST_RATE_Hz = 4000.0;
+constexpr double HIGHEST_RATE_Hz = 2.4e6;
+constexpr float LARGEST_SAMPLE = 8.0F; // well over full scale: clipped signals stay clipped
+
+constexpr std::int64_t BATCH_STEPS = 64;
+constexpr std::int64_t BATCH_FRAMES = BATCH_STEPS / Survey::HOP_STEPS;
+constexpr std::int64_t NOISE_BATCHES = 4; // noise is measured every second
+constexpr double HISTORY_s = 9.0;
+constexpr double HEARD_AGAIN_s = 6.0;      // of what came before a signal was noticed
+constexpr double CANDIDATE_LIFE_s = 6.0;   // who is not confirmed by then is dropped
+constexpr double REFUSED_FOR_s = 3.0;      // and not tried again, unless stronger
+constexpr std::int64_t SEARCH_FRAMES = 94; // 3 s
+// A signal is given once its speed is sure: dots and dashes have been heard, and any speed at which
+// they would be others is so much less probable (as a logarithm).
+constexpr double SURE_MARGIN = 12.0;
+constexpr double SURE_AFTER_s = 1.0;
+constexpr std::int64_t SURE_AFTER_marks = 3;
+constexpr double HEARD_FIRST_s = 2.0;
+constexpr std::int64_t HEARD_FIRST_marks = 8;
+constexpr double HEARD_FIRST_AT_MOST_s = 4.5;
+constexpr double BEFORE_FIRST_s = 0.3;
+constexpr double AFTER_LAST_s = 0.05;
+constexpr double LEAST_OVER_s = 0.8; // of a station between two overs of another
+constexpr double BEFORE_RESUMED_s = 0.02;
+// So near another tone is no other signal while both are heard.
+constexpr double OWN_Hz = 40.0;
+constexpr double SAME_TONE_Hz = 25.0;
+constexpr double SAME_SIGNAL_Hz = 12.0;
+// An answer on the same frequency is looked for after a silence of so long.
+constexpr double ANSWER_SILENCE_s = 0.4;
+constexpr double ANSWER_SILENCE_units = 8.0;
+constexpr double ANSWER_REACH_Hz = 60.0;
+constexpr double ANSWER_LEVEL = 6.0;  // on the very tone: so many times weaker is somebody else
+constexpr double REMEMBERED_s = 30.0; // a number is kept for who comes back
+constexpr double COMES_BACK_Hz = 6.0;
+constexpr std::size_t LEAST_CANDIDATES = 32;
+constexpr std::size_t MOST_CLOSED = 4096;
+
+float sane(float sample)
+{
+    return std::isfinite(sample) ? std::clamp(sample, -LARGEST_SAMPLE, LARGEST_SAMPLE) : 0.0F;
+}
+
+bool usable(double rate_Hz)
+{
+    return rate_Hz >= LOWEST_RATE_Hz && rate_Hz <= HIGHEST_RATE_Hz;
+}
+
+} // namespace
+
+BandSink::~BandSink() = default;
+
+class BandReceiver::Private
+{
+public:
+    Private(const BandSettings& settings, BandSink& sink)
+        : m_settings(settings)
+        , m_sink(sink)
+        , m_workers(settings.threads)
+        , m_bank(settings.format, HISTORY_s)
+        , m_survey(settings.format, m_bank.stepSamples())
+        , m_shadows(settings.format, m_bank, m_survey)
+        , m_before(Survey::HOP_STEPS * m_bank.stepSamples())
+        , m_found(m_survey.pieces())
+    {
+        m_settings.mostSignals = std::max<std::size_t>(1, m_settings.mostSignals);
+        m_samples.assign(m_before, 0.0F); // silence before the first window
+    }
+
+    void push(const std::complex<float>* samples, std::size_t count)
+    {
+        const std::size_t whole =
+            m_before + (static_cast<std::size_t>(BATCH_STEPS) + 1) * m_bank.stepSamples();
+        while (count > 0) {
+            const std::size_t piece = std::min(count, whole - m_samples.size());
+            for (std::size_t n = 0; n < piece; ++n)
+                m_samples.emplace_back(sane(samples[n].real()), sane(samples[n].imag()));
+            samples += piece;
+            count -= piece;
+            if (m_samples.size() < whole)
+                return;
+            batch();
+            const auto used = static_cast<std::ptrdiff_t>(BATCH_STEPS) *
+                              static_cast<std::ptrdiff_t>(m_bank.stepSamples());
+            m_samples.erase(m_samples.begin(), m_samples.begin() + used);
+        }
+    }
+
+    void finish()
+    {
+        // Silence for the windows that reach beyond the end, and to complete a batch.
+        const std::vector<std::complex<float>> silence((static_cast<std::size_t>(BATCH_STEPS) + 1) *
+                                                       m_bank.stepSamples());
+        push(silence.data(), silence.size());
+        for (Signal& signal : m_signals) {
+            if (isCandidate(signal) && signal.listener->chain()->confirmed() && isItself(signal))
+                admit(signal);
+        }
+        m_workers.forAll(m_signals.size(), [this](std::size_t i) {
+            m_signals[i].listener->process(m_end);
+            m_signals[i].listener->finish();
+        });
+        handOn();
+        for (const Station& station : m_stations)
+            m_sink.signalLost(station.number);
+        m_signals.clear();
+        m_stations.clear();
+    }
+
+    std::vector<BandSignal> signals() const
+    {
+        std::vector<BandSignal> list;
+        for (const Signal& signal : m_signals) {
+            if (signal.number && !signal.gone)
+                list.push_back({signal.number, signal.listener->tone_Hz(),
+                                speedOf_wpm(signal.listener->chain()->unit_s()),
+                                signal.listener->snr_dB()});
+        }
+        std::sort(list.begin(), list.end(),
+                  [](const BandSignal& a, const BandSignal& b) { return a.tone_Hz < b.tone_Hz; });
+        return list;
+    }
+    std::size_t dropped() const { return m_dropped; }
+
+private:
+    struct Signal
+    {
+        std::unique_ptr<Listener> listener; // a candidate's is not released
+        int number = 0;                     // 0: nothing was given of it yet
+        std::int64_t noticed = 0;           // step at which it was
+        double noticedLevel = 0.0;          // what it looked like then
+        bool gone = false;
+    };
+    struct Station
+    {
+        int number;
+        double tone_Hz;
+        std::int64_t lastHeard;
+    };
+    // Up to where something was given, or for how long it is not to be tried again.
+    struct Closed
+    {
+        double tone_Hz;
+        std::int64_t until;
+    };
+    struct Refused
+    {
+        double tone_Hz;
+        double level;
+        std::int64_t until;
+    };
+
+    std::int64_t stepsIn(double duration_s) const
+    {
+        return static_cast<std::int64_t>(duration_s / m_bank.step_s());
+    }
+    std::int64_t framesIn(std::int64_t steps) const { return steps / Survey::HOP_STEPS; }
+
+    void batch()
+    {
+        const std::int64_t firstStep = m_end;
+        const std::int64_t firstFrame = framesIn(m_end);
+        const std::size_t step = m_bank.stepSamples();
+        const std::size_t halfStep = m_bank.windowSamples() / 2;
+        m_workers.forAll(BATCH_STEPS + BATCH_FRAMES, [&](std::size_t i) {
+            if (i < static_cast<std::size_t>(BATCH_FRAMES)) {
+                m_survey.compute(firstFrame + static_cast<std::int64_t>(i),
+                                 &m_samples[i * step * Survey::HOP_STEPS]);
+                return;
+            }
+            i -= static_cast<std::size_t>(BATCH_FRAMES);
+            m_bank.compute(firstStep + static_cast<std::int64_t>(i),
+                           &m_samples[m_before + i * step - halfStep]);
+        });
+        m_end += BATCH_STEPS;
+        m_survey.advanceTo(framesIn(m_end));
+        ++m_batches;
+        // What is usual is measured soon after the begin, then every second; what is new, always.
+        const bool usual = m_batches <= 2 * NOISE_BATCHES || m_batches % NOISE_BATCHES == 0;
+        m_workers.forAll(m_survey.pieces(),
+                         [&](std::size_t piece) { m_survey.measureNoise(piece, usual); });
+        m_workers.forAll(m_signals.size(),
+                         [this](std::size_t i) { m_signals[i].listener->process(m_end); });
+        handOn();
+        m_workers.forAll(m_survey.pieces(), [this](std::size_t piece) {
+            m_found[piece] = m_survey.find(piece, SEARCH_FRAMES);
+        });
+        manage();
+    }
+
+    // What the listeners gave goes to the sink, signal by signal.
+    void handOn()
+    {
+        std::vector<Signal> successors;
+        for (Signal& signal : m_signals) {
+            if (!signal.listener->released() || !signal.listener->chain())
+                continue;
+            for (const BandEvent& event : signal.listener->takeEvents())
+                give(signal, event);
+            if (signal.number) {
+                Station& station = *stationOf(signal.number);
+                station.tone_Hz = signal.listener->tone_Hz();
+                station.lastHeard = m_end;
+            }
+            if (!signal.listener->ended())
+                continue;
+            signal.gone = true;
+            if (const auto& next = signal.listener->successor()) {
+                if (!isTaken(next->guess.tone_Hz))
+                    successors.push_back(successorOf(*next));
+            } else if (signal.number)
+                m_closed.push_back({signal.listener->tone_Hz(),
+                                    signal.listener->lastGiven_step() + stepsIn(AFTER_LAST_s)});
+        }
+        if (m_closed.size() > MOST_CLOSED)
+            m_closed.erase(m_closed.begin(),
+                           m_closed.end() - static_cast<std::ptrdiff_t>(MOST_CLOSED));
+        sweep();
+        std::move(successors.begin(), successors.end(), std::back_inserter(m_signals));
+    }
+
+    void give(Signal& signal, const BandEvent& event)
+    {
+        const double tone_Hz = signal.listener->tone_Hz();
+        switch (event.kind) {
+        case BandEvent::Kind::Started:
+            if (!signal.number)
+                signal.number = numberFor(tone_Hz, signal.listener->snr_dB());
+            m_sink.transmissionStarted(signal.number, tone_Hz, event.time_us);
+            break;
+        case BandEvent::Kind::Symbol:
+            m_sink.symbol(signal.number, event.code, event.time_us);
+            break;
+        case BandEvent::Kind::Stopped:
+            m_sink.transmissionStopped(signal.number, event.time_us, event.report);
+            break;
+        }
+    }
+
+    // By a listener that was promoted meanwhile.
+    bool isTaken(double tone_Hz) const
+    {
+        return std::any_of(m_signals.begin(), m_signals.end(), [&](const Signal& signal) {
+            return !signal.gone && signal.listener->released() && !signal.listener->ended() &&
+                   std::fabs(signal.listener->tone_Hz() - tone_Hz) < OWN_Hz;
+        });
+    }
+
+    Signal successorOf(const Successor& next)
+    {
+        Signal signal;
+        signal.listener = std::make_unique<Listener>(m_bank, m_survey, next.guess,
+                                                     std::max(next.begin_step, oldestStep()));
+        signal.listener->release();
+        signal.noticed = m_end;
+        signal.noticedLevel = next.guess.signal;
+        return signal;
+    }
+
+    void sweep()
+    {
+        m_signals.erase(std::remove_if(m_signals.begin(), m_signals.end(),
+                                       [](const Signal& signal) { return signal.gone; }),
+                        m_signals.end());
+    }
+
+    Station* stationOf(int number)
+    {
+        const auto found =
+            std::find_if(m_stations.begin(), m_stations.end(),
+                         [&](const Station& station) { return station.number == number; });
+        return found == m_stations.end() ? nullptr : &*found;
+    }
+
+    template <typename Entry>
+    static void dropUntil(std::vector<Entry>& list, std::int64_t step)
+    {
+        list.erase(std::remove_if(list.begin(), list.end(),
+                                  [&](const Entry& entry) { return entry.until < step; }),
+                   list.end());
+    }
+
+    // ---- who has come and who has gone ----
+
+    void manage()
+    {
+        forgetOld();
+        for (Signal& signal : m_signals)
+            judge(signal);
+        handOn(); // of those that had to give way
+        searchAnew();
+        searchAnswers();
+    }
+
+    void forgetOld()
+    {
+        dropUntil(m_closed, m_end - m_bank.keptSteps());
+        dropUntil(m_refused, m_end);
+        const std::int64_t silent = m_end - stepsIn(REMEMBERED_s);
+        for (auto station = m_stations.begin(); station != m_stations.end();) {
+            if (station->lastHeard > silent) {
+                ++station;
+                continue;
+            }
+            m_sink.signalLost(station->number);
+            station = m_stations.erase(station);
+        }
+    }
+
+    static bool isCandidate(const Signal& signal)
+    {
+        return !signal.gone && !signal.listener->released() && signal.listener->chain();
+    }
+    // Released and heard, so that others have to respect it.
+    static bool isHeard(const Signal& signal)
+    {
+        return !signal.gone && signal.listener->released() && signal.listener->chain() &&
+               !signal.listener->ended();
+    }
+
+    void judge(Signal& signal)
+    {
+        if (signal.gone || !signal.listener->chain())
+            return;
+        const SignalChain& chain = *signal.listener->chain();
+        if (!chain.confirmed()) {
+            if (m_end - signal.noticed > stepsIn(CANDIDATE_LIFE_s))
+                refuse(signal);
+        } else if (isCandidate(signal) && heardEnough(chain)) {
+            if (!isItself(signal) || signal.listener->snr_dB() < m_settings.leastSnr_dB)
+                refuse(signal);
+            else
+                admit(signal);
+        }
+    }
+
+    void refuse(Signal& signal)
+    {
+        signal.gone = true;
+        m_refused.push_back({signal.listener->tone_Hz(),
+                             std::max(signal.noticedLevel, signal.listener->heard().signal),
+                             m_end + stepsIn(REFUSED_FOR_s)});
+    }
+
+    bool heardEnough(const SignalChain& chain) const
+    {
+        const std::int64_t heard = m_end - chain.firstMark_step();
+        const std::int64_t marks = chain.marks();
+        const bool sure = heard > stepsIn(SURE_AFTER_s) && marks >= SURE_AFTER_marks &&
+                          chain.margin() > SURE_MARGIN;
+        return sure || (heard > stepsIn(HEARD_FIRST_s) && marks >= HEARD_FIRST_marks) ||
+               heard > stepsIn(HEARD_FIRST_AT_MOST_s);
+    }
+
+    // Somebody who is known already may send there as well. Who was silent since before gives way;
+    // who went on afterwards leaves what lies between.
+    void admit(Signal& candidate)
+    {
+        const std::int64_t first = candidate.listener->chain()->firstMark_step();
+        std::int64_t until = INT64_MAX;
+        for (const Signal& other : m_signals) {
+            const bool isNew = other.listener->released() && !other.listener->chain();
+            if (isNew && !other.gone && distance_Hz(other, candidate) < OWN_Hz)
+                return; // what it hears is not known yet
+            if (!isHeard(other) || distance_Hz(other, candidate) > OWN_Hz ||
+                other.listener->chain()->lastMark_step() < first)
+                continue;
+            const auto resumed = other.listener->firstMarkAfter(first);
+            if (!resumed || *resumed - first < stepsIn(LEAST_OVER_s)) {
+                candidate.gone = true;
+                return;
+            }
+            until = std::min(until, *resumed - stepsIn(BEFORE_RESUMED_s));
+        }
+        if (makeRoom(candidate))
+            promote(candidate, until);
+        else
+            refuse(candidate);
+    }
+
+    static double distance_Hz(const Signal& a, const Signal& b)
+    {
+        return std::fabs(a.listener->tone_Hz() - b.listener->tone_Hz());
+    }
+
+    bool makeRoom(const Signal& candidate)
+    {
+        std::size_t count = 0;
+        Signal* weakest = nullptr;
+        for (Signal& other : m_signals) {
+            if (other.gone || !other.listener->released() || other.listener->ended())
+                continue;
+            ++count;
+            if (!weakest || other.listener->heard().signal < weakest->listener->heard().signal)
+                weakest = &other;
+        }
+        if (count < m_settings.mostSignals)
+            return true;
+        ++m_dropped;
+        if (weakest->listener->heard().signal >= candidate.listener->heard().signal)
+            return false;
+        weakest->listener->finish();
+        weakest->gone = !weakest->listener->chain();
+        return true;
+    }
+
+    // By now tone and level are known far better than when the candidate was noticed, so that its
+    // signal is heard a second time from its beginning.
+    void promote(Signal& candidate, std::int64_t until)
+    {
+        for (Signal& other : m_signals) {
+            if (isHeard(other) && distance_Hz(other, candidate) < OWN_Hz && until == INT64_MAX)
+                other.listener->finish();
+        }
+        const std::int64_t begin =
+            std::max({candidate.listener->begin_step(), oldestStep(),
+                      candidate.listener->chain()->firstMark_step() - stepsIn(BEFORE_FIRST_s)});
+        candidate.listener =
+            std::make_unique<Listener>(m_bank, m_survey, candidate.listener->heard(), begin, until);
+        candidate.listener->release();
+        candidate.noticed = m_end;
+    }
+
+    int numberFor(double tone_Hz, double snr_dB)
+    {
+        Station* nearest = nullptr;
+        for (Station& station : m_stations) {
+            if (std::fabs(station.tone_Hz - tone_Hz) > COMES_BACK_Hz || isBusy(station.number))
+                continue;
+            if (!nearest ||
+                std::fabs(station.tone_Hz - tone_Hz) < std::fabs(nearest->tone_Hz - tone_Hz))
+                nearest = &station;
+        }
+        if (nearest)
+            return nearest->number;
+        m_stations.push_back({++m_numbers, tone_Hz, m_end});
+        m_sink.signalFound(m_numbers, tone_Hz, snr_dB);
+        return m_numbers;
+    }
+
+    bool isBusy(int number) const
+    {
+        return std::any_of(m_signals.begin(), m_signals.end(), [&](const Signal& signal) {
+            return signal.number == number && !signal.gone;
+        });
+    }
+
+    std::int64_t oldestStep() const
+    {
+        return std::max<std::int64_t>(0, m_end + BATCH_STEPS - m_bank.keptSteps() + 1);
+    }
+
+    // Up to where what was sent there has been given.
+    std::int64_t heardUntil(double tone_Hz) const
+    {
+        std::int64_t until = 0;
+        for (const Closed& closed : m_closed) {
+            if (std::fabs(closed.tone_Hz - tone_Hz) < OWN_Hz)
+                until = std::max(until, closed.until);
+        }
+        for (const Signal& signal : m_signals) {
+            if (isHeard(signal) && std::fabs(signal.listener->tone_Hz() - tone_Hz) < OWN_Hz)
+                until = std::max(until,
+                                 signal.listener->chain()->lastMark_step() + stepsIn(AFTER_LAST_s));
+        }
+        return until;
+    }
+
+    void searchAnew()
+    {
+        m_tones.clear();
+        for (const std::vector<KeyedTone>& found : m_found)
+            m_tones.insert(m_tones.end(), found.begin(), found.end());
+        // The strongest first: others may be but their shadows.
+        std::stable_sort(
+            m_tones.begin(), m_tones.end(),
+            [](const KeyedTone& a, const KeyedTone& b) { return a.signal > b.signal; });
+        for (const KeyedTone& tone : m_tones) {
+            if (tone.tone_Hz < m_settings.lowest_Hz || tone.tone_Hz > m_settings.highest_Hz ||
+                known(tone) || isRefused(tone) ||
+                !standsOut({tone.tone_Hz, tone.signal, tone.noise}, nullptr))
+                continue;
+            notice(tone, std::max({heardUntil(tone.tone_Hz), m_end - stepsIn(HEARD_AGAIN_s),
+                                   oldestStep()}));
+        }
+    }
+
+    // A listener is there already. One that began before the signal was as strong as it is now
+    // begins anew.
+    bool known(const KeyedTone& tone)
+    {
+        for (Signal& signal : m_signals) {
+            if (signal.gone)
+                continue;
+            const bool released = signal.listener->released();
+            if (std::fabs(signal.listener->tone_Hz() - tone.tone_Hz) <
+                (released ? OWN_Hz : SAME_TONE_Hz)) {
+                const bool confirmed =
+                    released || (signal.listener->chain() && signal.listener->chain()->confirmed());
+                if (confirmed || tone.signal < 2.0 * signal.noticedLevel)
+                    return true;
+                signal.gone = true;
+            }
+        }
+        return false;
+    }
+
+    bool isRefused(const KeyedTone& tone) const
+    {
+        return std::any_of(m_refused.begin(), m_refused.end(), [&](const Refused& refused) {
+            return std::fabs(refused.tone_Hz - tone.tone_Hz) < SAME_TONE_Hz &&
+                   tone.signal < 2.0 * refused.level;
+        });
+    }
+
+    void notice(const KeyedTone& tone, std::int64_t begin)
+    {
+        const auto candidates = static_cast<std::size_t>(
+            std::count_if(m_signals.begin(), m_signals.end(),
+                          [](const Signal& signal) { return !signal.listener->released(); }));
+        if (candidates > LEAST_CANDIDATES + (m_signals.size() - candidates) / 2)
+            return;
+        Signal signal;
+        signal.listener = std::make_unique<Listener>(
+            m_bank, m_survey, SignalGuess{tone.tone_Hz, tone.signal, tone.noise}, begin);
+        signal.noticed = m_end;
+        signal.noticedLevel = tone.signal;
+        m_signals.push_back(std::move(signal));
+    }
+
+    // Somebody else on the frequency of a signal that is silent.
+    void searchAnswers()
+    {
+        const std::size_t count = m_signals.size();
+        for (std::size_t i = 0; i < count; ++i) {
+            if (!isHeard(m_signals[i]))
+                continue;
+            const Listener& listener = *m_signals[i].listener;
+            const SignalChain& chain = *listener.chain();
+            const std::int64_t silence = m_end - chain.lastMark_step();
+            const double least_s =
+                std::max(ANSWER_SILENCE_s, ANSWER_SILENCE_units * chain.unit_s());
+            if (silence < stepsIn(least_s))
+                continue;
+            // The first spectrum without the last mark.
+            const std::int64_t frames = framesIn(silence) - 2;
+            const auto found = m_survey.findNear(listener.tone_Hz(), ANSWER_REACH_Hz,
+                                                 std::min(frames, SEARCH_FRAMES));
+            if (!found)
+                continue;
+            const bool itself = std::fabs(found->tone_Hz - listener.tone_Hz()) < SAME_SIGNAL_Hz &&
+                                found->signal * ANSWER_LEVEL > listener.heard().signal;
+            if (itself || candidateNear(*found) || isRefused(*found) ||
+                takenByOther(*found, listener))
+                continue;
+            notice(*found, std::max(heardUntil(found->tone_Hz), oldestStep()));
+        }
+    }
+
+    bool candidateNear(const KeyedTone& tone)
+    {
+        for (Signal& signal : m_signals) {
+            if (signal.listener->released() || signal.gone ||
+                std::fabs(signal.listener->tone_Hz() - tone.tone_Hz) > SAME_TONE_Hz)
+                continue;
+            const bool confirmed =
+                signal.listener->chain() && signal.listener->chain()->confirmed();
+            if (confirmed || tone.signal < 2.0 * signal.noticedLevel)
+                return true;
+            signal.gone = true;
+        }
+        return false;
+    }
+
+    bool takenByOther(const KeyedTone& tone, const Listener& silent) const
+    {
+        return std::any_of(m_signals.begin(), m_signals.end(), [&](const Signal& signal) {
+            return isHeard(signal) && signal.listener.get() != &silent &&
+                   std::fabs(signal.listener->tone_Hz() - tone.tone_Hz) < OWN_Hz;
+        });
+    }
+
+    bool standsOut(const SignalGuess& tone, const Listener* own) const
+    {
+        std::vector<const Listener*> others;
+        for (const Signal& signal : m_signals) {
+            if (!signal.gone && signal.listener.get() != own)
+                others.push_back(signal.listener.get());
+        }
+        return m_shadows.standsOut(tone, others);
+    }
+
+    // Keyed, and by a hand of its own.
+    bool isItself(const Signal& candidate) const
+    {
+        const SignalGuess heard = candidate.listener->heard();
+        return standsOut(heard, candidate.listener.get()) &&
+               !m_shadows.isShifted(heard, m_tones, m_end);
+    }
+
+    BandSettings m_settings;
+    BandSink& m_sink;
+    Workers m_workers;
+    StepBank m_bank;
+    Survey m_survey;
+    Shadows m_shadows;
+    std::size_t m_before; // samples that a window reaches back from its batch
+    std::vector<std::complex<float>> m_samples;
+    std::int64_t m_end = 0; // steps computed
+    std::int64_t m_batches = 0;
+    std::vector<std::vector<KeyedTone>> m_found; // by piece of the survey
+    std::vector<KeyedTone> m_tones;              // all of them, the strongest first
+    std::vector<Signal> m_signals;
+    std::vector<Station> m_stations;
+    std::vector<Closed> m_closed;
+    std::vector<Refused> m_refused;
+    int m_numbers = 0;
+    std::size_t m_dropped = 0;
+};
+
+BandReceiver::BandReceiver(const BandSettings& settings, BandSink& sink)
+{
+    if (usable(settings.format.rate_Hz))
+        m_d = std::make_unique<Private>(settings, sink);
+}
+
+BandReceiver::~BandReceiver() = default;
+
+void BandReceiver::push(const std::complex<float>* samples, std::size_t count)
+{
+    if (m_d)
+        m_d->push(samples, count);
+}
+
+void BandReceiver::finish()
+{
+    if (!m_d)
+        return;
+    m_d->finish();
+    m_d.reset();
+}
+
+std::vector<BandSignal> BandReceiver::signals() const
+{
+    return m_d ? m_d->signals() : std::vector<BandSignal>();
+}
+
+std::size_t BandReceiver::dropped() const
+{
+    return m_d ? m_d->dropped() : 0;
+}
+
+} // namespace demodulator

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+// Every keyed signal of a band at once: sound or I/Q to symbol codes, side by side.
+#pragma once
+
+#include "signal/band/stepbank.h"
+#include "signal/morse/symbolsink.h"
+
+#include <complex>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace demodulator {
+
+/// Receives what is heard, signal by signal. Signals have numbers, counted from 1; a station that
+/// sends again on its frequency within half a minute keeps its number. Of one signal, calls come in
+/// order of time; for the meaning of codes and times see SymbolSink. Called from whoever pushes the
+/// samples, in its thread.
+class BandSink
+{
+public:
+    virtual ~BandSink();
+
+    virtual void signalFound(int signal, double tone_Hz, double snr_dB) = 0;
+    virtual void transmissionStarted(int signal, double tone_Hz, std::int64_t time_us) = 0;
+    virtual void symbol(int signal, int code, std::int64_t time_us) = 0;
+    virtual void transmissionStopped(int signal, std::int64_t time_us,
+                                     const SignalReport& report) = 0;
+    /// Nothing was heard of it for half a minute, or the input has ended.
+    virtual void signalLost(int signal) = 0;
+};
+
+struct BandSettings
+{
+    BandFormat format;
+    double lowest_Hz = -2e6; ///< tones outside are left alone
+    double highest_Hz = 2e6;
+    double leastSnr_dB = -30.0;     ///< weaker ones, in 500 Hz, are left alone
+    std::size_t mostSignals = 2000; ///< at once; the strongest, at least 1
+    unsigned threads = 0;           ///< 0: one for each processor
+};
+
+/// What goes on at one moment, for a display.
+struct BandSignal
+{
+    int number;
+    double tone_Hz;
+    double speed_wpm;
+    double snr_dB;
+};
+
+/// Precondition: 4 kHz <= rate <= 2.4 MHz; a receiver of any other rate hears nothing. Memory is
+/// bounded: about 60 MB for each 192 kHz of the band, and what the signals need. The result depends
+/// neither on the number of threads nor on how the input is cut. The sink must outlive the
+/// receiver. Not for use from several threads at once.
+class BandReceiver
+{
+public:
+    BandReceiver(const BandSettings& settings, BandSink& sink);
+    ~BandReceiver();
+    BandReceiver(const BandReceiver&) = delete;
+    BandReceiver& operator=(const BandReceiver&) = delete;
+
+    /// Full scale +-1; sound has imaginary part 0. Samples that are no number count as silence.
+    void push(const std::complex<float>* samples, std::size_t count);
+    /// End of input: everything heard is given. What is pushed afterwards is ignored.
+    void finish();
+
+    /// Signals that send, or did a moment ago, in order of frequency.
+    std::vector<BandSignal> signals() const;
+    /// Signals that had to be given up or passed over because there were more than are allowed.
+    std::size_t dropped() const;
+
+private:
+    class Private;
+    std::unique_ptr<Private> m_d;
+};
+
+} // namespace demodulator

@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: MIT
+#include "signal/band/shadows.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+
+namespace demodulator {
+
+namespace {
+
+constexpr std::int64_t COMPARED_FRAMES = 94; // 3 s
+constexpr double REACH_Hz = 3000.0;          // of clicks
+constexpr double MARGIN = 2.0;
+constexpr double STRONGER = 2.0;
+// Where else a signal is to be found: at so many times its frequency, folded at the rate.
+struct Ghost
+{
+    int multiple;
+    double power; // of the signal's, at most
+    double reach_Hz;
+};
+constexpr Ghost COMPLEX_GHOSTS[] = {{-1, 0.01, 30.0},  // I and Q that are not balanced
+                                    {-3, 0.05, 90.0},  // clipped
+                                    {5, 0.02, 150.0}}; // clipped
+constexpr Ghost SOUND_GHOSTS[] = {
+    {2, 0.03, 60.0}, {3, 0.05, 90.0}, {5, 0.02, 150.0}}; // overdriven, clipped
+constexpr double NEGLIGIBLE = 0.3;                       // of the noise
+constexpr double LEAST_EXCESS = 1.7;                     // over the noise
+
+constexpr double SHIFTED_s = 3.0;
+constexpr double LEAST_SHIFT_Hz = 60.0;
+constexpr double LARGEST_SHIFT_Hz = 1000.0;
+constexpr double LARGEST_RATIO = 6.0;   // of the powers of both tones
+constexpr double HALF_AMPLITUDE = 0.25; // as power
+constexpr double SHIFTED_SHARE = 0.8;   // of the time; two hands: about half of it
+
+} // namespace
+
+// Power that a signal may give at some frequency, as a share of its own.
+double Shadows::shareAt(double tone_Hz, double frequency_Hz) const
+{
+    const double offset_Hz = std::fabs(frequency_Hz - tone_Hz);
+    double share = offset_Hz < REACH_Hz ? Survey::leak(offset_Hz) : 0.0;
+    const auto add = [&](const Ghost& ghost) {
+        const double from_Hz =
+            std::remainder(frequency_Hz - ghost.multiple * tone_Hz, m_format.rate_Hz);
+        if (std::fabs(from_Hz) < ghost.reach_Hz)
+            share = std::max(share, ghost.power);
+    };
+    if (m_format.isComplex)
+        std::for_each(std::begin(COMPLEX_GHOSTS), std::end(COMPLEX_GHOSTS), add);
+    else
+        std::for_each(std::begin(SOUND_GHOSTS), std::end(SOUND_GHOSTS), add);
+    return share;
+}
+
+bool Shadows::standsOut(const SignalGuess& tone, const std::vector<const Listener*>& others) const
+{
+    struct Shadow
+    {
+        const Listener* of;
+        double share;
+    };
+    std::vector<Shadow> shadows;
+    const double noise = m_survey.noisePower(tone.noise);
+    for (const Listener* const other : others) {
+        const double level = other->heard().signal;
+        const double share = MARGIN * shareAt(other->tone_Hz(), tone.tone_Hz);
+        if (level > STRONGER * tone.signal && share * level > NEGLIGIBLE * noise)
+            shadows.push_back({other, share});
+    }
+    if (shadows.empty())
+        return true;
+    const std::int64_t end = m_survey.end();
+    const std::int64_t count = std::min(COMPARED_FRAMES, end);
+    double sum = 0.0;
+    for (std::int64_t frame = end - count; frame < end; ++frame) {
+        double explained = 0.0;
+        for (const Shadow& shadow : shadows)
+            explained += shadow.share * static_cast<double>(shadow.of->powerAround(frame));
+        sum += std::max(0.0, m_survey.power(frame, tone.tone_Hz) - explained);
+    }
+    return sum > LEAST_EXCESS * noise * static_cast<double>(count);
+}
+
+std::vector<bool> Shadows::keyDown(double tone_Hz, double signal, std::int64_t end_step) const
+{
+    const auto count = static_cast<std::int64_t>(SHIFTED_s / m_bank.step_s());
+    std::vector<bool> down;
+    for (std::int64_t step = std::max<std::int64_t>(0, end_step - count); step < end_step; ++step)
+        down.push_back(std::norm(m_bank.value(step, tone_Hz)) > HALF_AMPLITUDE * signal);
+    return down;
+}
+
+bool Shadows::isShifted(const SignalGuess& tone, const std::vector<KeyedTone>& tones,
+                        std::int64_t end_step) const
+{
+    const std::vector<bool> own = keyDown(tone.tone_Hz, tone.signal, end_step);
+    return std::any_of(tones.begin(), tones.end(), [&](const KeyedTone& other) {
+        const double shift_Hz = std::fabs(other.tone_Hz - tone.tone_Hz);
+        if (shift_Hz < LEAST_SHIFT_Hz || shift_Hz > LARGEST_SHIFT_Hz ||
+            other.signal > LARGEST_RATIO * tone.signal ||
+            other.signal * LARGEST_RATIO < tone.signal)
+            return false;
+        const std::vector<bool> its = keyDown(other.tone_Hz, other.signal, end_step);
+        std::size_t one = 0;
+        for (std::size_t n = 0; n < own.size(); ++n)
+            one += own[n] != its[n] ? 1 : 0;
+        return static_cast<double>(one) > SHIFTED_SHARE * static_cast<double>(own.size());
+    });
+}
+
+} // namespace demodulator

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+// What looks like a keyed signal and is none of its own: clicks, images and harmonics of a stronger
+// one, and the tones of a teleprinter.
+#pragma once
+
+#include "signal/band/listener.h"
+#include "signal/band/stepbank.h"
+#include "signal/band/survey.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace demodulator {
+
+class Shadows
+{
+public:
+    Shadows(const BandFormat& format, const StepBank& bank, const Survey& survey)
+        : m_format(format)
+        , m_bank(bank)
+        , m_survey(survey)
+    {
+    }
+
+    /// Whether more is at a tone than what `others` give there at the same moments. Listeners of
+    /// signals that are hardly stronger, or weaker, are passed over.
+    bool standsOut(const SignalGuess& tone, const std::vector<const Listener*>& others) const;
+
+    /// Whether the key is up at one of two tones whenever it is down at the other, over the last
+    /// seconds before `end_step`: then a transmitter is shifted between them. `tones` are those
+    /// that the survey knows.
+    bool isShifted(const SignalGuess& tone, const std::vector<KeyedTone>& tones,
+                   std::int64_t end_step) const;
+
+private:
+    double shareAt(double tone_Hz, double frequency_Hz) const;
+    std::vector<bool> keyDown(double tone_Hz, double signal, std::int64_t end_step) const;
+
+    BandFormat m_format;
+    const StepBank& m_bank;
+    const Survey& m_survey;
+};
+
+} // namespace demodulator

@@ -1,0 +1,238 @@
+// SPDX-License-Identifier: MIT
+#include "signal/band/survey.h"
+
+#include <algorithm>
+#include <cmath>
+#include <kiss_fft.h>
+
+namespace demodulator {
+
+namespace {
+
+constexpr double PI = 3.14159265358979323846;
+constexpr std::size_t PIECE_BINS = 16;    // 250 Hz
+constexpr std::int64_t NOISE_FRAMES = 94; // 3 s
+constexpr std::int64_t LEAST_FRAMES = 6;
+constexpr std::int64_t NEW_NOISE_FRAMES = 24;
+// What is heard in the gaps of keying tells the noise also where a signal is.
+constexpr std::int64_t LOW_ONE_IN = 10;
+// Spectra overlap, so that so many of them are independent.
+constexpr double INDEPENDENT = 0.65;
+constexpr double LEAST_SIGMAS = 5.0; // mean power over noise that makes a tone, in deviations
+// Power of noise alone varies as much as its mean (1); a carrier in noise up to twice.
+constexpr double LEAST_SWING = 2.6;
+
+// How a keyed tone looks beside its frequency, as power: the window's own skirt, then the clicks of
+// hard edges.
+struct Skirt
+{
+    double offset_Hz;
+    double power_dB;
+};
+constexpr Skirt SKIRT[] = {{0.0, 0.0},     {16.0, -4.0},   {31.0, -14.0},  {47.0, -17.0},
+                           {63.0, -18.0},  {100.0, -20.0}, {160.0, -24.0}, {250.0, -28.0},
+                           {400.0, -32.0}, {800.0, -38.0}, {3000.0, -49.0}};
+
+} // namespace
+
+Survey::Survey(const BandFormat& format, std::size_t stepSamples)
+    : m_format(format)
+    , m_size(static_cast<std::size_t>(
+          kiss_fft_next_fast_size(static_cast<int>(2 * HOP_STEPS * stepSamples))))
+    , m_bins(format.isComplex ? m_size : m_size / 2)
+    , m_spacing_Hz(format.rate_Hz / static_cast<double>(m_size))
+    , m_transform(kiss_fft_alloc(static_cast<int>(m_size), 0, nullptr, nullptr), kiss_fft_free)
+{
+    const std::size_t length = 2 * HOP_STEPS * stepSamples;
+    double sum = 0.0;
+    double squares = 0.0;
+    for (std::size_t n = 0; n < length; ++n) {
+        const double value = 0.5 - 0.5 * std::cos(2.0 * PI * (static_cast<double>(n) + 0.5) /
+                                                  static_cast<double>(length));
+        m_window.push_back(static_cast<float>(value));
+        sum += value;
+        squares += value * value;
+    }
+    m_toSignal = 1.0 / (sum * sum);
+    m_toNoise = 1.0 / (squares * static_cast<double>(stepSamples));
+    m_powers.resize(m_bins * static_cast<std::size_t>(KEPT_FRAMES));
+    m_floors.resize((m_bins + PIECE_BINS - 1) / PIECE_BINS);
+    m_usualFloors.resize(m_floors.size());
+}
+
+Survey::~Survey() = default;
+
+void Survey::compute(std::int64_t frame, const std::complex<float>* samples)
+{
+    std::vector<std::complex<float>> input(m_size);
+    for (std::size_t n = 0; n < m_window.size(); ++n)
+        input[n] = samples[n] * m_window[n];
+    std::vector<std::complex<float>> output(m_size);
+    kiss_fft(m_transform.get(), reinterpret_cast<const kiss_fft_cpx*>(input.data()),
+             reinterpret_cast<kiss_fft_cpx*>(output.data()));
+    float* const powers = &m_powers[static_cast<std::size_t>(frame % KEPT_FRAMES) * m_bins];
+    const std::size_t lowest = m_format.isComplex ? (m_size + 1) / 2 : 0;
+    for (std::size_t bin = 0; bin < m_bins; ++bin)
+        powers[bin] = std::norm(output[(bin + lowest) % m_size]);
+}
+
+std::size_t Survey::binOf(double frequency_Hz) const
+{
+    const double lowest = m_format.isComplex ? static_cast<double>(m_size / 2) : 0.0;
+    const double bin = frequency_Hz / m_spacing_Hz + lowest;
+    return static_cast<std::size_t>(std::clamp(bin + 0.5, 0.0, static_cast<double>(m_bins - 1)));
+}
+
+double Survey::frequencyOf(double bin) const
+{
+    const double lowest = m_format.isComplex ? static_cast<double>(m_size / 2) : 0.0;
+    return (bin - lowest) * m_spacing_Hz;
+}
+
+void Survey::measureNoise(std::size_t piece, bool usual)
+{
+    const std::int64_t count = std::min(m_end, KEPT_FRAMES);
+    if (count < LEAST_FRAMES)
+        return;
+    if (usual)
+        m_usualFloors[piece] = floorOf(piece, std::min(count, NOISE_FRAMES));
+    m_floors[piece] =
+        std::max(m_usualFloors[piece], floorOf(piece, std::min(count, NEW_NOISE_FRAMES)));
+}
+
+float Survey::floorOf(std::size_t piece, std::int64_t count) const
+{
+    const std::int64_t rank = count / LOW_ONE_IN;
+    // Where that value lies in noise, whose powers are distributed exponentially.
+    double ofMean = 0.0;
+    for (std::int64_t i = count - rank; i <= count; ++i)
+        ofMean += 1.0 / static_cast<double>(i);
+    const std::size_t first = piece * PIECE_BINS;
+    const std::size_t last = std::min(m_bins, first + PIECE_BINS);
+    std::vector<float> lows;
+    std::vector<float> values(static_cast<std::size_t>(count));
+    for (std::size_t bin = first; bin < last; ++bin) {
+        for (std::int64_t age = 0; age < count; ++age)
+            values[static_cast<std::size_t>(age)] = frameAt(m_end - 1 - age)[bin];
+        std::nth_element(values.begin(), values.begin() + rank, values.end());
+        lows.push_back(values[static_cast<std::size_t>(rank)]);
+    }
+    const auto middle = lows.begin() + static_cast<std::ptrdiff_t>(lows.size() / 2);
+    std::nth_element(lows.begin(), middle, lows.end());
+    return *middle / static_cast<float>(ofMean);
+}
+
+// The median of three pieces, so that neither a signal that fills one nor the edge of a receiver's
+// filter counts.
+double Survey::floorAt(std::size_t bin) const
+{
+    const std::size_t piece = bin / PIECE_BINS;
+    const float own = m_floors[piece];
+    const float below = piece > 0 ? m_floors[piece - 1] : own;
+    const float above = piece + 1 < m_floors.size() ? m_floors[piece + 1] : own;
+    const float median = std::max(std::min(below, above), std::min(std::max(below, above), own));
+    return std::max(1e-30, static_cast<double>(median));
+}
+
+double Survey::noise(double tone_Hz) const
+{
+    return floorAt(binOf(tone_Hz)) * m_toNoise;
+}
+
+double Survey::power(std::int64_t frame, double tone_Hz) const
+{
+    return static_cast<double>(frameAt(frame)[binOf(tone_Hz)]) * m_toSignal;
+}
+
+double Survey::leak(double offset_Hz)
+{
+    offset_Hz = std::fabs(offset_Hz);
+    for (std::size_t i = 1; i < std::size(SKIRT); ++i) {
+        if (offset_Hz > SKIRT[i].offset_Hz)
+            continue;
+        const double share =
+            (offset_Hz - SKIRT[i - 1].offset_Hz) / (SKIRT[i].offset_Hz - SKIRT[i - 1].offset_Hz);
+        return std::pow(10.0, 0.1 * (SKIRT[i - 1].power_dB +
+                                     share * (SKIRT[i].power_dB - SKIRT[i - 1].power_dB)));
+    }
+    return 0.0;
+}
+
+std::vector<KeyedTone> Survey::find(std::size_t piece, std::int64_t count) const
+{
+    const std::size_t first = piece * PIECE_BINS;
+    return findBetween(first, std::min(m_bins, first + PIECE_BINS), count);
+}
+
+std::optional<KeyedTone> Survey::findNear(double tone_Hz, double reach_Hz, std::int64_t count) const
+{
+    std::optional<KeyedTone> best;
+    for (const KeyedTone& tone :
+         findBetween(binOf(tone_Hz - reach_Hz), binOf(tone_Hz + reach_Hz) + 1, count)) {
+        if (!best || tone.signal > best->signal)
+            best = tone;
+    }
+    return best;
+}
+
+// Peaks whose bin lies in [first, last).
+std::vector<KeyedTone> Survey::findBetween(std::size_t first, std::size_t last,
+                                           std::int64_t count) const
+{
+    std::vector<KeyedTone> tones;
+    count = std::min({count, m_end, KEPT_FRAMES});
+    if (count < LEAST_FRAMES || m_bins < 8)
+        return tones;
+    first = std::max<std::size_t>(first, 2);
+    last = std::min(last, m_bins - 2);
+    if (last <= first)
+        return tones;
+    const std::size_t begin = first - 2;
+    const std::size_t width = last + 2 - begin;
+    std::vector<float> mean(width, 0.0F);
+    for (std::int64_t age = 0; age < count; ++age) {
+        const float* const powers = frameAt(m_end - 1 - age) + begin;
+        for (std::size_t i = 0; i < width; ++i)
+            mean[i] += powers[i];
+    }
+    for (float& power : mean)
+        power /= static_cast<float>(count);
+    const double least = 1.0 + LEAST_SIGMAS / std::sqrt(INDEPENDENT * static_cast<double>(count));
+    for (std::size_t bin = first; bin < last; ++bin) {
+        const std::size_t i = bin - begin;
+        const double centre = mean[i];
+        if (mean[i] < mean[i - 1] || mean[i] < mean[i - 2] || mean[i] <= mean[i + 1] ||
+            mean[i] <= mean[i + 2])
+            continue;
+        const double floor = floorAt(bin);
+        if (centre < least * floor)
+            continue;
+        double spread = 0.0;
+        for (std::int64_t age = 0; age < count; ++age) {
+            const double difference = static_cast<double>(frameAt(m_end - 1 - age)[bin]) - centre;
+            spread += difference * difference;
+        }
+        spread /= static_cast<double>(count);
+        if (spread < LEAST_SWING * centre * std::max(floor, 1e-4 * centre))
+            continue;
+        const double left = std::log(std::max(mean[i - 1], 1e-30F));
+        const double right = std::log(std::max(mean[i + 1], 1e-30F));
+        const double curvature = left - 2.0 * std::log(centre) + right;
+        const double shift =
+            curvature < 0.0 ? std::clamp(0.5 * (left - right) / curvature, -0.5, 0.5) : 0.0;
+        // With the key down a share q of the time: excess = q P, spread = q (1 - q) P^2 + noise
+        // terms.
+        const double excess = centre - floor;
+        const double keyed = spread - floor * floor - 2.0 * excess * floor;
+        const double power = excess + std::max(0.0, keyed / excess);
+        KeyedTone tone;
+        tone.tone_Hz = frequencyOf(static_cast<double>(bin) + shift);
+        tone.signal = power * m_toSignal;
+        tone.noise = floor * m_toNoise;
+        tone.excess = centre / floor;
+        tones.push_back(tone);
+    }
+    return tones;
+}
+
+} // namespace demodulator
