@@ -17,6 +17,5 @@ for library in libmorsehandler libhoststandin; do
     exported_symbols "$file" >"$stored/$library.symbols"
     binary_interface "$file" "$headers" "$stored/types.suppr" "$stored/$library.abi"
 done
-initialisers build/dev/lib/libmorsehandler.so.0 >"$stored/libmorsehandler.initialisers"
 (cd "$headers" && find . -name '*.h' | sed 's|^\./||' | LC_ALL=C sort) >"$stored/headers.list"
 git --no-pager diff --stat -- "$stored"

@@ -10,9 +10,14 @@ exported_symbols() {
     paste -d ' ' <(echo "$rows") <(echo "$rows" | cut -d ' ' -f 1 | c++filt)
 }
 
-# initialisers LIBRARY: the sources that build something when the library is loaded.
-initialisers() {
-    nm --format=posix "$1" | sed -n 's/^_GLOBAL__sub_I_\([^ ]*\) .*/\1/p' | LC_ALL=C sort
+# objects_at_load LIBRARY: the objects outside functions that are not constant from the start. What
+# a function holds is built by its first call, behind a guard.
+objects_at_load() {
+    local objects
+    objects=$(nm --demangle --defined-only "$1" | sed -n 's/^[0-9a-f]* [bB] //p' |
+        grep -vE '^(completed|__)')
+    grep -vxFf <(sed -n 's/^guard variable for //p' <<<"$objects") <<<"$objects" |
+        grep -v '^guard variable for ' | LC_ALL=C sort
 }
 
 # binary_interface LIBRARY HEADERS SUPPRESSIONS OUTPUT: types and functions, as abidw sees them.

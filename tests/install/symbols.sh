@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# The libraries export what the lists beside this script say, and nothing is built at load time but
-# the constants of the sources listed.
+# The libraries export what the lists beside this script say; nothing is built at load time but the
+# objects of the list; and signals are connected by their texts as they have always been.
 set -euo pipefail
 here=$SOURCE/tests/install
 # shellcheck source=tests/install/interface.sh
@@ -12,7 +12,12 @@ status=0
 for library in libmorsehandler libhoststandin; do
     diff -u "$here/$library.symbols" <(exported_symbols "$STAGE/$LIBDIR/$library.so.0") || status=1
 done
-diff -u "$here/libmorsehandler.initialisers" \
-    <(initialisers "$STAGE/$LIBDIR/libmorsehandler.so.0") || status=1
+diff -u "$here/libmorsehandler.loadtime" \
+    <(objects_at_load "$STAGE/$LIBDIR/libmorsehandler.so.0") || status=1
+for text in '2SetFilename(const QString &)' '1SetXmlFileName(const QString &)' \
+    '2GetXmlTunerDemodulatorSettings()' '1GetXmlTunerDemodulatorSettings()'; do
+    grep -aqF "$text" "$STAGE/$LIBDIR/libmorsehandler.so.0" ||
+        { echo "no connection by '$text'"; status=1; }
+done
 [ $status -eq 0 ] || echo "See 'The binary interface' in CONTRIBUTING.md."
 exit $status
