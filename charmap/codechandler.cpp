@@ -15,7 +15,7 @@
 
 namespace {
 
-const QString EVERY_DECODER = QStringLiteral("All");
+constexpr QLatin1String EVERY_DECODER("All");
 
 QStringList sortedBehindNone(QStringList names)
 {

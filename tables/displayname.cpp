@@ -5,20 +5,14 @@
 
 #include <QObject>
 
-namespace {
-
-const QString SEPARATOR = QStringLiteral(" - ");
-
-} // namespace
-
-const QString& nameSeparator()
+QString nameSeparator()
 {
-    return SEPARATOR;
+    return QStringLiteral(" - ");
 }
 
 QString fullName(const QString& base, eBASE_CHARSET charset)
 {
-    return base + SEPARATOR + baseCharsetName(charset);
+    return base + nameSeparator() + baseCharsetName(charset);
 }
 
 bool isNoAlphabet(const QString& name)
@@ -28,10 +22,10 @@ bool isNoAlphabet(const QString& name)
 
 QStringList filesOfFullName(const QString& name)
 {
-    if (!name.contains(SEPARATOR))
+    if (!name.contains(nameSeparator()))
         return {};
-    const QString base = name.section(SEPARATOR, 0, 0);
-    const QString charset = name.section(SEPARATOR, 1, 1);
+    const QString base = name.section(nameSeparator(), 0, 0);
+    const QString charset = name.section(nameSeparator(), 1, 1);
     QStringList files{base + QLatin1Char('.') + charset + MAP_ENDING};
     // Of the codec files only this one can be loaded by its name.
     if (base == baseCharsetName(eCHARSET_ITA2))
@@ -63,10 +57,10 @@ QString displayName(const QString& name, eBASE_CHARSET charset)
 
 eBASE_CHARSET charsetOfDisplayName(const QString& display)
 {
-    const int separator = display.indexOf(SEPARATOR);
+    const int separator = display.indexOf(nameSeparator());
     if (separator < 0)
         return eCHARSET_NONE;
-    const QStringRef suffix = display.midRef(separator + SEPARATOR.size());
+    const QStringRef suffix = display.midRef(separator + nameSeparator().size());
     for (const eBASE_CHARSET charset : {eCHARSET_ITA2, eCHARSET_ASCII}) {
         if (suffix.startsWith(baseCharsetName(charset)))
             return charset;
@@ -76,6 +70,6 @@ eBASE_CHARSET charsetOfDisplayName(const QString& display)
 
 QString nameOfDisplayName(const QString& display)
 {
-    const int separator = display.lastIndexOf(SEPARATOR);
+    const int separator = display.lastIndexOf(nameSeparator());
     return separator < 0 ? display : display.left(separator);
 }

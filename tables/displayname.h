@@ -9,7 +9,7 @@
 #include <QStringList>
 
 /// What stands between the base name of a file and its character set.
-const QString& nameSeparator();
+QString nameSeparator();
 
 /// "Greek - ITA2", for the base name and the set of a file.
 QString fullName(const QString& base, eBASE_CHARSET charset);

@@ -859,7 +859,8 @@ private Q_SLOTS:
         value->SetState(eSTATE_DELETED, nullptr);
         if (before >= 2)
             value->HasChanged(eCHANGE_DELETED, nullptr);
-        QVERIFY(!directory->SetDataInput_ValuePath("d/value", nullptr));
+        if (before < 3)
+            QVERIFY(!directory->SetDataInput_ValuePath("d/value", nullptr));
         directory.reset();
         value->SetState(eSTATE_VALID, nullptr);
         QVERIFY(value->AddObserver(former));
