@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr QLatin1String EVERY_DECODER("All");
+constexpr QLatin1String EVERY_DECODER = literal("All");
 
 QStringList sortedBehindNone(QStringList names)
 {

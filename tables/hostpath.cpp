@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tables/hostpath.h"
 
-#include "tables/tableformat.h"
-
 #include <QFileInfo>
 
 #include <algorithm>
@@ -16,6 +14,11 @@ bool isPath(const QString& name)
 }
 
 } // namespace
+
+QString baseNameOf(const QString& fileName)
+{
+    return fileName.section(QLatin1Char('.'), 0, 0);
+}
 
 QString localPath(const QString& path)
 {

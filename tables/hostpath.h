@@ -7,6 +7,10 @@
 #include <QString>
 #include <QStringList>
 
+/// The name under which a file is offered, and whose letter case somebody chose: that of the
+/// file up to its first dot.
+QString baseNameOf(const QString& fileName);
+
 /// The path under which the file system is asked for `path`.
 ///
 /// The host joins folders with backslashes. Where the separator is "/", a path that does not exist

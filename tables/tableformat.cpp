@@ -18,8 +18,3 @@ bool isReadAs(const QString& fileName, TableKind kind)
         return format.kind == kind && fileName.endsWith(format.ending);
     });
 }
-
-QString baseNameOf(const QString& fileName)
-{
-    return fileName.section(QLatin1Char('.'), 0, 0);
-}

@@ -49,6 +49,3 @@ const TableFormat* formatOfFile(const QString& fileName);
 
 /// Whether the name is that of a file that is read as `kind`.
 bool isReadAs(const QString& fileName, TableKind kind);
-
-/// The name under which a file is offered: that of the file up to its first dot.
-QString baseNameOf(const QString& fileName);

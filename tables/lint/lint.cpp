@@ -4,6 +4,7 @@
 #include "tables/codecfile.h"
 #include "tables/decodermodulesfile.h"
 #include "tables/displayname.h"
+#include "tables/hostpath.h"
 #include "tables/lint/rules.h"
 #include "tables/mapfile.h"
 

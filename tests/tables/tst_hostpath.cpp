@@ -10,6 +10,13 @@ class tst_HostPath : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void theBaseNameEndsAtTheFirstDot()
+    {
+        QCOMPARE(baseNameOf("Cyrillic.old.mal"), "Cyrillic");
+        QCOMPARE(baseNameOf("Greek"), "Greek");
+        QCOMPARE(baseNameOf(".mal"), "");
+    }
+
     void init() { QVERIFY(m_dir.isValid()); }
 
     void aPathWithoutBackslashStays()

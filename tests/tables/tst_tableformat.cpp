@@ -57,13 +57,6 @@ private Q_SLOTS:
             QCOMPARE(QString(format.suffix).toLower(), QString(format.suffix));
         }
     }
-
-    void theBaseNameEndsAtTheFirstDot()
-    {
-        QCOMPARE(baseNameOf("Cyrillic.old.mal"), "Cyrillic");
-        QCOMPARE(baseNameOf("Greek"), "Greek");
-        QCOMPARE(baseNameOf(".mal"), "");
-    }
 };
 
 QTEST_APPLESS_MAIN(tst_TableFormat)
