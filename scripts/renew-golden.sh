@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Writes the golden files of the saved session and the picture of docs/inspect.md anew from the
+# Writes the golden files of the saved session and of the teleprinters, and the picture of docs/inspect.md anew from the
 # program as it is built in build/dev. Look at the difference, and commit it by itself with the
 # reason.
 set -euo pipefail
@@ -20,9 +20,24 @@ for document in "$saved"/*.xml; do
     cp "$document" "$golden/document$number.xml"
 done
 
+# As in tests/app/tst_teleprinters.cpp.
+teleprinters=tests/data/teleprinters
+while read -r name decoder map; do
+    mkdir "$saved/$name"
+    TZ=UTC build/dev/bin/morsehost decode --save "$saved/$name" --decoder "${decoder//_/ }" \
+        --map "$map" "$teleprinters/$name.flac" >/dev/null
+    cat "$saved/$name"/*.txt >"$teleprinters/$name.txt"
+    cat "$saved/$name"/*.raw >"$teleprinters/$name.raw"
+done <<'ROWS'
+minimodem-ita2 Baudot Russian
+minimodem-ascii ASCII_RTTY Greek
+hf-weather Baudot Default
+navtex Sitor-B Default
+ROWS
+
 # As in tests/docs/tst_images.cpp.
 build/dev/bin/reception make --only snr-3 --kind groups --set tune "$saved"
 mv "$saved/snr-3.groups.tune-1.wav" "$saved/weak.wav"
 picture=docs/images/inspect.svg
 build/dev/bin/morsehost inspect "$saved/weak.wav" --from 196 --length 10 -o "$picture"
-git --no-pager diff --stat -- "$golden" "$picture"
+git --no-pager diff --stat -- "$golden" "$teleprinters" "$picture"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // morsehost decode: sound to text.
 #include "app/commands/commands.h"
+#include "app/commands/teleprinters.h"
 
 #include "app/console/complain.h"
 #include "app/console/exitstatus.h"
@@ -172,7 +173,12 @@ int run(Arguments& arguments)
                                       "--start auto"));
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
-    return Decoding(options, std::move(sounds), static_cast<std::size_t>(atOnce)).run();
+    const auto decodeMorse = [&](std::vector<SoundRequest> requests) {
+        return Decoding(options, std::move(requests), static_cast<std::size_t>(atOnce)).run();
+    };
+    if (isTeleprinterAsked(arguments))
+        return decodeTeleprinters(arguments, options, sounds, decodeMorse);
+    return decodeMorse(std::move(sounds));
 }
 
 } // namespace
@@ -180,6 +186,8 @@ int run(Arguments& arguments)
 Command decodeCommand()
 {
     std::vector<OptionRow> rows = soundOptionRows();
+    for (const OptionRow& row : teleprinterOptionRows())
+        rows.push_back(row);
     rows.push_back({"jobs", "N",
                     "hear N recordings at once (default: one per processor); the output does not "
                     "depend on it"});
@@ -190,6 +198,7 @@ Command decodeCommand()
          "little-endian, mono) or a recording. Each character is written as soon as it is decided.",
          receptionOptionRows(rows, StartWords::TimeNowAuto),
          "  morsehost decode recording.flac\n"
+         "  morsehost decode --decoder Baudot --map Russian recording.flac\n"
          "  morsehost decode --save received --frequency 7025000 --start auto *.wav\n"
          "  arecord -t raw -f S16_LE -r 8000 | morsehost decode -\n"
          "  rtl_fm -M usb -f 7.025M -E direct2 -s 12k | morsehost decode --rate 12000 -\n"},

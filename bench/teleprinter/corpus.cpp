@@ -41,7 +41,8 @@ Condition changed(const char* name, const char* title, double snr_dB,
     return condition;
 }
 
-// Words and groups in lines, as a machine's operator sends them.
+// Words and groups in lines, as a machine's operator sends them. Of the figures, only those that
+// are the same in the international alphabet and in that of the United States.
 std::string linesOf(const std::string& text)
 {
     std::string lines;
@@ -52,7 +53,7 @@ std::string linesOf(const std::string& text)
             column = 0;
             continue;
         }
-        lines += c;
+        lines += c == '=' ? '-' : c == '+' ? '/' : c == '\'' ? ' ' : c;
         ++column;
     }
     return lines;
@@ -267,21 +268,35 @@ const std::vector<Condition>& conditions()
     return rows;
 }
 
-Recording record(const Condition& condition, const std::string& kind, const std::string& seed,
-                 std::size_t length)
+namespace {
+
+Recording recordNamed(const Condition& condition, const std::string& name, const std::string& text)
 {
     Recording recording;
-    recording.name = condition.name + "." + kind + "." + seed;
-    Random random(recording.name);
+    recording.name = name;
+    Random random(name);
     recording.path = condition.path;
     recording.path.centre_Hz =
         LOWEST_CENTRE_Hz + (HIGHEST_CENTRE_Hz - LOWEST_CENTRE_Hz) * random.uniform();
-    recording.sent = testsupport::teleprinterText(linesOf(reception::text(kind, seed, length)),
-                                                  condition.machine.code);
+    recording.sent = testsupport::teleprinterText(text, condition.machine.code);
     recording.samples = testsupport::teleprinterSound(
-        testsupport::teleprinterElements(recording.sent, condition.machine, recording.name),
-        recording.path, RATE_Hz, recording.name);
+        testsupport::teleprinterElements(recording.sent, condition.machine, name), recording.path,
+        RATE_Hz, name);
     return recording;
+}
+
+} // namespace
+
+Recording record(const Condition& condition, const std::string& kind, const std::string& seed,
+                 std::size_t length)
+{
+    return recordNamed(condition, condition.name + "." + kind + "." + seed,
+                       linesOf(reception::text(kind, seed, length)));
+}
+
+Recording record(const Condition& condition, const std::string& text)
+{
+    return recordNamed(condition, condition.name, text);
 }
 
 double errorRate(const std::string& sent, const std::string& received)

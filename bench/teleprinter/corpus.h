@@ -36,6 +36,9 @@ struct Recording
 Recording record(const Condition& condition, const std::string& kind, const std::string& seed,
                  std::size_t length = TEXT_LENGTH);
 
+/// The same with a text of one's own.
+Recording record(const Condition& condition, const std::string& text);
+
 /// Insertions, deletions and replacements over characters sent; runs of blanks and line ends count
 /// as one blank.
 double errorRate(const std::string& sent, const std::string& received);

@@ -36,7 +36,7 @@ public:
     {
         text += static_cast<char>(character);
     }
-    void transmissionStopped(std::int64_t) override {}
+    void transmissionStopped(const teleprinter::Line&, std::int64_t) override {}
 
     std::string text;
     std::vector<teleprinter::Line> lines;
@@ -51,6 +51,7 @@ struct Options
     std::size_t seeds = 1;
     std::size_t length = teleprinterbench::TEXT_LENGTH;
     std::string only;
+    std::string text; ///< file of a text to send in place of those of the corpus
     double hours = 0.2;
     bool show = false;
     std::vector<std::string> others; // directory, or NAME=COMMAND
@@ -114,6 +115,9 @@ std::string run(const std::string& command, const std::string& wave, const Condi
         replaced(line, "{mark}", std::to_string(std::lround(recording.path.centre_Hz + half_Hz)));
     line =
         replaced(line, "{space}", std::to_string(std::lround(recording.path.centre_Hz - half_Hz)));
+    char stop[32];
+    std::snprintf(stop, sizeof stop, "%g", condition.machine.stop_bits);
+    line = replaced(line, "{stop}", stop);
     std::string text;
     const double begin_s = processor_s(RUSAGE_CHILDREN);
     FILE* pipe = popen(("{ " + line + "; } 2>/dev/null").c_str(), "r");
@@ -251,6 +255,14 @@ int make(const Options& options)
     for (const Condition& condition : teleprinterbench::conditions()) {
         if (!wanted(options, condition))
             continue;
+        if (!options.text.empty()) {
+            std::ifstream file(options.text, std::ios::binary);
+            const std::string text((std::istreambuf_iterator<char>(file)), {});
+            const Recording recording = teleprinterbench::record(condition, text);
+            reception::writeWave((directory / (recording.name + ".wav")).string(),
+                                 recording.samples);
+            continue;
+        }
         forAll(options, condition, [&](const Recording& recording) {
             reception::writeWave((directory / (recording.name + ".wav")).string(),
                                  recording.samples);
@@ -312,7 +324,7 @@ int usage()
 {
     std::fprintf(stderr, "usage: teleprinter list | measure | score | make | silence\n"
                          "       [--set NAME] [--seeds N] [--length N] [--only A,B] [--hours H]\n"
-                         "       [--show] [DIRECTORY | NAME=COMMAND ...]\n");
+                         "       [--text FILE] [--show] [DIRECTORY | NAME=COMMAND ...]\n");
     return 2;
 }
 
@@ -337,6 +349,8 @@ int main(int argc, char** argv)
             options.only = value();
         else if (argument == "--hours")
             options.hours = std::strtod(value().c_str(), nullptr);
+        else if (argument == "--text")
+            options.text = value();
         else if (argument == "--show")
             options.show = true;
         else

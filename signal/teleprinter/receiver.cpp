@@ -6,6 +6,7 @@
 #include "signal/samples/samples.h"
 #include "signal/teleprinter/acquisition.h"
 #include "signal/teleprinter/ita2.h"
+#include "signal/teleprinter/messages.h"
 #include "signal/teleprinter/spectrum.h"
 #include "signal/teleprinter/startstop.h"
 #include "signal/teleprinter/timediversity.h"
@@ -47,7 +48,7 @@ class Receiver::Private
 public:
     Private(const Settings& settings, TextSink& sink)
         : m_settings(settings)
-        , m_sink(sink)
+        , m_messages(sink)
         , m_decimator(settings.sampleRate_Hz)
         , m_rate_Hz(m_decimator.outputRate_Hz())
         , m_history(static_cast<std::size_t>(HISTORY_s * m_rate_Hz))
@@ -164,18 +165,19 @@ private:
                         : makeStartStopChannel(input, found.line, from);
         m_reader = kind.code == Code::Ascii ? makeAsciiReader(kind.dataBits)
                                             : makeIta2Reader(m_settings.unshift);
+        m_messages.begin(kind.code == Code::Ccir476);
         m_checks = 0;
         m_nextSearch = end + samples(CHECK_EVERY_s);
     }
 
     void give(const std::vector<Word>& words)
     {
+        const bool isSynchronous = m_channel->line().kind.code == Code::Ccir476;
         for (const Word& word : words) {
-            if (!m_isOpen)
-                m_sink.transmissionStarted(m_channel->line(), time_us(word.begin));
-            m_isOpen = true;
-            m_last_us = time_us(word.end);
-            if (word.elements <= ITA2_LETTERS || m_channel->line().kind.code != Code::Ccir476)
+            m_begin_us = time_us(word.begin);
+            m_end_us = time_us(word.end);
+            // Phasing signals are no characters.
+            if (!isSynchronous || word.elements <= ITA2_LETTERS)
                 write(m_reader->read(word.elements));
         }
     }
@@ -183,22 +185,19 @@ private:
     void write(const std::string& text)
     {
         for (const char c : text)
-            m_sink.character(static_cast<std::uint8_t>(c), m_last_us);
+            m_messages.character(c, m_begin_us, m_end_us, m_channel->line());
     }
 
     void stop()
     {
-        if (m_isOpen) {
-            write(m_reader->finish());
-            m_sink.transmissionStopped(m_last_us);
-        }
-        m_isOpen = false;
+        write(m_reader->finish());
+        m_messages.end();
         m_channel.reset();
         m_wait_s = SEARCH_EVERY_s;
     }
 
     Settings m_settings;
-    TextSink& m_sink;
+    Messages m_messages;
     demodulator::Decimator m_decimator;
     double m_rate_Hz;
     demodulator::SampleHistory m_history;
@@ -213,8 +212,8 @@ private:
     std::int64_t m_heardUntil = 0; // what is before belongs to a signal that is over
     std::unique_ptr<Channel> m_channel;
     std::unique_ptr<TextReader> m_reader;
-    bool m_isOpen = false;
-    std::int64_t m_last_us = 0;
+    std::int64_t m_begin_us = 0; // of the last word
+    std::int64_t m_end_us = 0;
 };
 
 Receiver::Receiver(const Settings& settings, TextSink& sink)

@@ -18,12 +18,12 @@ class TextSink
 public:
     virtual ~TextSink();
 
-    /// Begin of the first character.
+    /// Begin of the first character, and the line as it was found.
     virtual void transmissionStarted(const Line& line, std::int64_t time_us) = 0;
     /// What the decoder puts out: eight bits, of ITA2 or ASCII; at the character's end.
     virtual void character(std::uint8_t character, std::int64_t time_us) = 0;
-    /// End of the last character.
-    virtual void transmissionStopped(std::int64_t time_us) = 0;
+    /// End of the last character, and the line as it was known at last.
+    virtual void transmissionStopped(const Line& line, std::int64_t time_us) = 0;
 };
 
 struct Settings
@@ -35,6 +35,8 @@ struct Settings
 
 /// Precondition: 4 kHz <= sampleRate_Hz <= 768 kHz; a receiver of any other rate hears nothing.
 /// The sink must outlive the receiver. Not for use from several threads at once.
+///
+/// A transmission is a signal from its begin to its end; of Sitor-B, one message from ZCZC to NNNN.
 ///
 /// A signal is noticed within 3 s, and then read from its beginning; after that, a character is
 /// given at most 2 s after its end.

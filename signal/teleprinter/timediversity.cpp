@@ -19,9 +19,10 @@ constexpr double NOISE_s = 3.0;
 // The clock is seen from how the begins of words move, span by span.
 constexpr double BEGIN_GAIN = 0.5;
 constexpr double LENGTH_GAIN = 0.08;
-constexpr int KNOWN_AFTER = 2;   // spans, until the phases are kept through a word
-constexpr float PRESENT = 2.0F;  // of a word: logarithm of the likelihood of a signal
-constexpr float FORMLESS = 0.2F; // mean of a word; 1.3 is all there can be
+constexpr int KNOWN_AFTER = 2;        // spans, until the phases are kept through a word
+constexpr float PRESENT = 2.0F;       // of a word: logarithm of the likelihood of a signal
+constexpr float PRESENT_TWICE = 6.0F; // of a character
+constexpr float FORMLESS = 0.2F;      // mean of a word; 1.3 is all there can be
 constexpr double OVER_AFTER_s = 3.0;
 constexpr float FADED = 0.95F; // of what was known of the order, a character
 constexpr float SURE_ORDER = 6.0F;
@@ -151,7 +152,7 @@ private:
     void put(const WordLikelihoods& likelihoods, std::vector<Word>& words)
     {
         const double begin = m_slots.front().begin;
-        if (meanOf(likelihoods) > PRESENT)
+        if (meanOf(likelihoods) > PRESENT_TWICE)
             words.push_back({choose(likelihoods).word, begin, begin + WORD_ELEMENTS * m_bit});
     }
 

@@ -35,7 +35,10 @@ public:
     {
         text += QLatin1Char(static_cast<char>(character));
     }
-    void transmissionStopped(std::int64_t time_us) override { stops_us.push_back(time_us); }
+    void transmissionStopped(const Line&, std::int64_t time_us) override
+    {
+        stops_us.push_back(time_us);
+    }
 
     QString text;
     std::vector<Line> lines;
@@ -164,6 +167,25 @@ private Q_SLOTS:
         const TextList heard = receive(samples);
         QCOMPARE(heard.stops_us.size(), std::size_t(2));
         QCOMPARE(heard.text, expected(TeleprinterCode::Ita2) + expected(TeleprinterCode::Ita2));
+    }
+
+    void messagesOfOneBroadcastAreTransmissions()
+    {
+        const std::string first = "ZCZC NA12\r\nNORTH SEA. BUOY UNLIT.\r\nNNNN";
+        const std::string second = "ZCZC NB07\r\nGALE WARNING GERMAN BIGHT.\r\nNNNN";
+        Machine machine;
+        machine.code = TeleprinterCode::SitorB;
+        machine.baud = 100.0;
+        TonePath path;
+        path.snr_dB = 10.0;
+        const std::vector<float> samples = teleprinterSound(
+            teleprinterElements(first + "\r\n\r\n" + second + "\r\n", machine, "messages"), path,
+            RATE_Hz, "messages");
+        const TextList heard = receive(samples);
+        QCOMPARE(heard.text, QString::fromStdString(first + second));
+        QCOMPARE(heard.starts_us.size(), std::size_t(2));
+        QCOMPARE(heard.stops_us.size(), std::size_t(2));
+        QVERIFY(heard.stops_us[0] < heard.starts_us[1]);
     }
 
     void whatIsToldIsKeptTo()

@@ -1,0 +1,179 @@
+// SPDX-License-Identifier: MIT
+// Teleprinters from their sound to the operator's alphabet, as a user runs the program.
+#include "support/program.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using testsupport::Ended;
+using testsupport::run;
+
+namespace {
+
+const QString RECORDINGS = QStringLiteral(TEST_DATA_DIR "/teleprinters/");
+
+QByteArray contentOf(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
+}
+
+// What all files of a kind hold, in the order of their names.
+QByteArray contentOfAll(const QDir& folder, const QString& pattern)
+{
+    QByteArray content;
+    for (const QString& name : folder.entryList({pattern}, QDir::Files, QDir::Name))
+        content += contentOf(folder.filePath(name));
+    return content;
+}
+
+} // namespace
+
+class tst_Teleprinters : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { qputenv("TZ", "UTC"); }
+
+    void everyByteIsAsBefore_data()
+    {
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<int>("transmissions");
+        QTest::newRow("minimodem-ita2")
+            << QStringList{"--decoder", "Baudot", "--map", "Russian"} << 1;
+        QTest::newRow("minimodem-ascii")
+            << QStringList{"--decoder", "ASCII RTTY", "--map", "Greek"} << 1;
+        QTest::newRow("hf-weather") << QStringList{"--decoder", "Baudot"} << 1;
+        QTest::newRow("navtex") << QStringList{"--decoder", "Sitor-B"} << 2;
+    }
+    void everyByteIsAsBefore()
+    {
+        QFETCH(QStringList, options);
+        QFETCH(int, transmissions);
+        const QString name = QTest::currentDataTag();
+        QTemporaryDir folder;
+        const Ended ended = run(QStringList{"decode", "--save", folder.path()} + options +
+                                QStringList{RECORDINGS + name + ".flac"});
+        QCOMPARE(ended.err, QByteArray());
+        QCOMPARE(ended.status, 0);
+        const QDir saved(folder.path());
+        QCOMPARE(saved.entryList({"1970_01_01__00_00_??_*.txt"}, QDir::Files).size(),
+                 transmissions);
+        QCOMPARE(contentOfAll(saved, "*.txt"), contentOf(RECORDINGS + name + ".txt"));
+        QCOMPARE(contentOfAll(saved, "*.raw"), contentOf(RECORDINGS + name + ".raw"));
+    }
+
+    void whatTheOtherProgramSentIsReadWithoutAnError()
+    {
+        const QString sent =
+            "РЫРЫРЫРЫРЫ\nПРИВЕТ ИЗ МОСКВЫ 12345 67890\nЯРА ДЕ УА3АБЦ УА3АБЦ ПСЕ К\n";
+        const Ended ended = run({"decode", "--decoder", "Baudot", "--map", "Russian",
+                                 RECORDINGS + "minimodem-ita2.flac"});
+        QCOMPARE(QString::fromUtf8(ended.out), sent);
+    }
+
+    void lineIsToldAsJson()
+    {
+        const Ended ended =
+            run({"decode", "--decoder", "Sitor-B", "--json", RECORDINGS + "navtex.flac"});
+        QCOMPARE(ended.status, 0);
+        QList<QJsonObject> transmissions;
+        for (const QByteArray& line : ended.out.split('\n')) {
+            const QJsonObject object = QJsonDocument::fromJson(line).object();
+            if (object["event"] == "transmission")
+                transmissions += object;
+        }
+        QCOMPARE(transmissions.size(), 2);
+        QCOMPARE(transmissions[0]["decoder"].toString(), QString("Sitor-B"));
+        QCOMPARE(transmissions[0]["baud_rate"].toDouble(), 100.0);
+        QVERIFY(qAbs(transmissions[0]["shift_Hz"].toDouble() - 170.0) <= 3.0);
+        QCOMPARE(transmissions[0]["reversed"].toBool(), false);
+        QVERIFY(transmissions[0]["text"].toString().startsWith("ZCZC NA12\n"));
+        QVERIFY(transmissions[0]["raw_text"].toString().startsWith("ZCZC NA12\r\n"));
+        QVERIFY(transmissions[1]["text"].toString().endsWith("NNNN"));
+    }
+
+    void autoSaysWhatItFound_data()
+    {
+        QTest::addColumn<QString>("recording");
+        QTest::addColumn<QByteArray>("said");
+        QTest::newRow("Baudot") << RECORDINGS + "minimodem-ita2.flac" << QByteArray("Baudot");
+        QTest::newRow("ASCII") << RECORDINGS + "minimodem-ascii.flac" << QByteArray("ASCII RTTY");
+        QTest::newRow("Sitor-B") << RECORDINGS + "navtex.flac" << QByteArray("Sitor-B");
+        QTest::newRow("Morse") << QString(PROJECT_DATA_DIR "/samples/evening.flac")
+                               << QByteArray("decoded as Morse");
+    }
+    void autoSaysWhatItFound()
+    {
+        QFETCH(QString, recording);
+        QFETCH(QByteArray, said);
+        const Ended ended = run({"decode", "--decoder", "auto", recording});
+        QCOMPARE(ended.status, 0);
+        QVERIFY2(ended.err.contains(said), ended.err.constData());
+        QVERIFY(ended.out.size() > 30);
+    }
+
+    void pipeIsReadToo()
+    {
+        const Ended ended =
+            run({"decode", "--decoder", "Sitor-B", "-"}, contentOf(RECORDINGS + "navtex.flac"));
+        QCOMPARE(ended.status, 0);
+        QVERIFY(ended.out.startsWith("ZCZC NA12\n"));
+    }
+
+    void whatIsNoTeleprinterGivesNothing()
+    {
+        const Ended ended =
+            run({"decode", "--decoder", "Baudot", PROJECT_DATA_DIR "/samples/evening.flac"});
+        QCOMPARE(ended.status, 0);
+        QCOMPARE(ended.out, QByteArray());
+    }
+
+    void whatCannotBeIsSaidInOneLine_data()
+    {
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<QByteArray>("said");
+        QTest::newRow("no such decoder")
+            << QStringList{"--decoder", "Foo"} << QByteArray("no decoder 'Foo'");
+        QTest::newRow("no demodulator for it") << QStringList{"--decoder", "PSK31"}
+                                               << QByteArray("there is no demodulator for 'PSK31'");
+        QTest::newRow("no such map")
+            << QStringList{"--decoder", "Baudot", "--map", "Foo"} << QByteArray("no map 'Foo'");
+        QTest::newRow("a map of another set")
+            << QStringList{"--decoder", "ASCII RTTY", "--map", "Russian"}
+            << QByteArray("no map 'Russian'");
+        QTest::newRow("odd speed") << QStringList{"--decoder", "Baudot", "--baud", "9"}
+                                   << QByteArray("--baud takes a number from 40 to 300");
+        QTest::newRow("odd shift") << QStringList{"--decoder", "Baudot", "--shift", "5"}
+                                   << QByteArray("--shift takes a number from 70 to 1100");
+        QTest::newRow("tone outside the band")
+            << QStringList{"--decoder", "Baudot", "--tone", "9000"}
+            << QByteArray("--tone takes a number");
+        QTest::newRow("odd word") << QStringList{"--decoder", "Baudot", "--unshift-on-space", "x"}
+                                  << QByteArray("--unshift-on-space takes 'yes' or 'no'");
+        QTest::newRow("an option of Morse") << QStringList{"--decoder", "Baudot", "--wpm", "20"}
+                                            << QByteArray("--wpm is for Morse");
+        QTest::newRow("no folder of maps")
+            << QStringList{"--decoder", "Baudot", "--maps", "/nowhere"}
+            << QByteArray("no such folder");
+    }
+    void whatCannotBeIsSaidInOneLine()
+    {
+        QFETCH(QStringList, options);
+        QFETCH(QByteArray, said);
+        const Ended ended =
+            run(QStringList{"decode"} + options + QStringList{RECORDINGS + "minimodem-ita2.flac"});
+        QVERIFY(ended.status > 0);
+        QCOMPARE(ended.out, QByteArray());
+        QCOMPARE(ended.err.count('\n'), 1);
+        QVERIFY2(ended.err.contains(said), ended.err.constData());
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_Teleprinters)
+#include "tst_teleprinters.moc"
