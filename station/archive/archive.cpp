@@ -242,7 +242,7 @@ const ArchiveDialect POSTGRESQL = {
     "INSERT INTO transmissions (",
     " ON CONFLICT (key) DO NOTHING",
     "",
-    "words @@ to_tsquery('simple', ?)",
+    "words @@ CAST(? AS tsquery)",
     postgresqlMatch,
 };
 

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
-// The archive on a file of this machine: what goes in comes out, once, and is found.
+// The archive: what goes in comes out, once, and is found. On a file of this machine, or in the
+// database that MORSEHANDLER_TEST_POSTGRESQL names.
 #include "station/archive/archive.h"
 
 #include <QFile>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <limits>
 
 using morsehost::Archive;
 using morsehost::ArchivedTransmission;
@@ -53,7 +56,11 @@ class TestArchive : public QObject
     QTemporaryDir m_folder;
     std::unique_ptr<Archive> m_archive;
 
-    QString path() const { return m_folder.filePath("archive.db"); }
+    QString path() const
+    {
+        return qEnvironmentVariable("MORSEHANDLER_TEST_POSTGRESQL",
+                                    m_folder.filePath("archive.db"));
+    }
 
 private Q_SLOTS:
     void init()
@@ -62,6 +69,7 @@ private Q_SLOTS:
         QString error;
         m_archive = Archive::open(path(), error);
         QVERIFY2(m_archive, qPrintable(error));
+        QVERIFY(m_archive->removeBefore(std::numeric_limits<qint64>::max()));
     }
 
     void cleanup() { m_archive.reset(); }
@@ -190,9 +198,11 @@ private Q_SLOTS:
         QCOMPARE(*m_archive->removeBefore(150 * SECOND_us), 1);
         QCOMPARE(textsOf(m_archive->search(wordsQuery({"ONE"}))), QStringList({"NEW ONE"}));
         // Its number is not given again.
+        const qint64 before = *m_archive->latest();
         QCOMPARE(*m_archive->removeBefore(1000 * SECOND_us), 1);
+        QCOMPARE(*m_archive->latest(), 0);
         QVERIFY(m_archive->add({recordOf("NEXT")}));
-        QCOMPARE(*m_archive->latest(), 3);
+        QVERIFY(*m_archive->latest() > before);
     }
 
     void twoProcessesWriteOneArchive()
