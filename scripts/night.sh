@@ -13,7 +13,7 @@ logged() { # NAME COMMAND...
     "${@:2}" >"$night/$1.log" 2>&1 || { tail -n 40 "$night/$1.log" && return 1; }
 }
 
-step scripts/setup.sh all
+step scripts/setup.sh night
 step logged check scripts/check.sh
 step logged asan scripts/test.sh asan
 step logged threads scripts/test-threads.sh
@@ -22,6 +22,7 @@ step logged fuzz scripts/fuzz.sh 600
 step logged fuzz-coverage scripts/fuzz-coverage.sh
 step logged mutants-library scripts/mutate.py library --seed "$(date +%j)"
 step logged mutants-host scripts/mutate.py host --seed "$(date +%j)"
+step logged station scripts/try-station.sh build/asan
 step logged long-run scripts/long-run.sh 24
 step logged packages scripts/package.sh
 report_steps

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # Installs what is missing on Debian 12: `setup.sh build` what the program and the demo need, `test`
-# (the default) what the tests need beside it, `all` what .ci/run needs. Does nothing where all is
-# there.
+# (the default) what the tests need beside it, `all` what .ci/run needs, `night` what
+# scripts/night.sh needs. Does nothing where all is there.
 set -euo pipefail
 
 packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-dev libkissfft-dev flac
@@ -14,7 +14,7 @@ packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-d
     ebook2cw sox catdoc libxml2-utils
     abigail-tools man-db mandoc strace
 )
-[ "${1:-test}" != all ] || packages+=(
+[[ ${1:-test} != @(all|night) ]] || packages+=(
     clang-format
     clang-tidy clazy cppcheck codespell shellcheck pyflakes3 python3
     doxygen
@@ -23,6 +23,7 @@ packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-d
     python3-clang-14
     gcovr
 )
+[ "${1:-test}" != night ] || packages+=(postgresql)
 
 missing=()
 for package in "${packages[@]}"; do
@@ -36,5 +37,8 @@ sudo=()
 [ "$(id -u)" -eq 0 ] || sudo=(sudo)
 export DEBIAN_FRONTEND=noninteractive
 # A fresh machine installs packages of its own in its first minutes: wait until it is done.
-"${sudo[@]}" apt-get update -qq
+until said=$("${sudo[@]}" apt-get update -qq 2>&1); do
+    grep -q 'Could not get lock' <<<"$said" || { echo "$said" >&2 && exit 1; }
+    sleep 2
+done
 "${sudo[@]}" apt-get install -y -qq -o DPkg::Lock::Timeout=600 --no-install-recommends "${missing[@]}" >/dev/null
