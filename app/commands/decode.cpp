@@ -193,9 +193,9 @@ Command decodeCommand()
                     "depend on it"});
     return {
         {"decode", "FILE…|-", 1, std::numeric_limits<int>::max(),
-         "Decodes recordings (WAV, FLAC, Ogg, MP3), or standard input: raw samples (signed 16 "
-         "bits,\n"
-         "little-endian, mono) or a recording. Each character is written as soon as it is decided.",
+         "Decodes recordings (WAV, FLAC, Ogg, MP3) or standard input. On standard input come raw\n"
+         "samples (signed 16 bits, little-endian, mono) or a recording. Each character is written\n"
+         "as soon as it is decided.",
          receptionOptionRows(rows, StartWords::TimeNowAuto),
          "  morsehost decode recording.flac\n"
          "  morsehost decode --decoder Baudot --map Russian recording.flac\n"

@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 
 namespace morsehost {
 
@@ -27,6 +28,9 @@ constexpr std::size_t PIECE_SAMPLES = 4096;
 constexpr double DEFAULT_LENGTH_S = 30;
 constexpr double SHORTEST_LENGTH_S = 0.1;
 constexpr double LATEST_S = 1e9; // microseconds of more would not fit
+
+// With --quick, for a signal to be found and followed before the stretch.
+constexpr double BEFORE_S = 60;
 
 // What is heard so long after a stretch changes nothing in it any more: the longest silence that
 // ends a transmission, the beginning that is heard out first, and some to spare.
@@ -92,15 +96,17 @@ int run(Arguments& arguments)
 {
     const AlphabetChoice alphabet = readAlphabetOptions(arguments);
     const std::vector<SoundRequest> sounds = readSoundOptions(arguments);
-    const double from_s = arguments.number("from", 0, LATEST_S).value_or(0);
+    const double from_s = arguments.position("from", LATEST_S).value_or(0);
     const double length_s =
         arguments.number("length", SHORTEST_LENGTH_S, inspect::LONGEST_STRETCH_s)
             .value_or(DEFAULT_LENGTH_S);
     const QString name = arguments.text("o");
+    const bool isOutput = name == QLatin1String("-");
     if (name.isEmpty())
         arguments.fail(QStringLiteral("-o PICTURE is missing"));
-    else if (!name.endsWith(QLatin1String(".svg"), Qt::CaseInsensitive))
-        arguments.fail(QStringLiteral("-o takes a name that ends in .svg, not '%1'").arg(name));
+    else if (!isOutput && !name.endsWith(QLatin1String(".svg"), Qt::CaseInsensitive))
+        arguments.fail(
+            QStringLiteral("-o takes '-' or a name that ends in .svg, not '%1'").arg(name));
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
 
@@ -112,17 +118,20 @@ int run(Arguments& arguments)
     }
     SampleSource* const source = opened.source.get();
     // Before the long work, so that a name that cannot be written is said at once.
-    if (const QString reason = whyNotReplaced(name, sound.name); !reason.isEmpty()) {
+    if (const QString reason = whyNotReplaced(name, sound.name); !isOutput && !reason.isEmpty()) {
         complain(name, reason);
         return EXIT_BAD_INPUT;
     }
     QSaveFile file(name);
-    if (!file.open(QIODevice::WriteOnly)) {
+    if (!isOutput && !file.open(QIODevice::WriteOnly)) {
         complain(name, file.errorString());
         return EXIT_BAD_INPUT;
     }
 
-    inspect::Notes notes({microseconds(from_s), microseconds(from_s + length_s)});
+    const double begin_s = arguments.isSet("quick") ? std::max(0.0, from_s - BEFORE_S) : 0.0;
+    source->skip(std::llround(begin_s * sound.demodulator.sampleRate_Hz));
+    inspect::Notes notes({microseconds(from_s), microseconds(from_s + length_s)},
+                         microseconds(begin_s));
     Listener listener(notes);
     HostTree tree;
     StationSettings settings;
@@ -140,8 +149,8 @@ int run(Arguments& arguments)
     Progress progress;
     const double rate_Hz = sound.demodulator.sampleRate_Hz;
     const double end_s = from_s + length_s + AFTERWARDS_S;
-    long long done = 0;
-    double done_s = 0;
+    long long done = std::llround(begin_s * rate_Hz);
+    double done_s = begin_s;
     bool isOver = false;
     while (done_s < end_s && !isOver) {
         const std::size_t count = source->read(samples.data(), samples.size());
@@ -173,8 +182,12 @@ int run(Arguments& arguments)
 
     inspect::Seen seen = notes.seen();
     seen.stretch.to_us = std::min(seen.stretch.to_us, microseconds(done_s));
-    file.write(inspect::picture(seen, QFileInfo(sound.name).fileName()));
-    if (!file.commit()) {
+    const QByteArray picture = inspect::picture(seen, QFileInfo(sound.name).fileName());
+    if (isOutput)
+        std::fwrite(picture.constData(), 1, static_cast<std::size_t>(picture.size()), stdout);
+    else
+        file.write(picture);
+    if (!isOutput && !file.commit()) {
         complain(name, file.errorString());
         return EXIT_BAD_INPUT;
     }
@@ -184,9 +197,14 @@ int run(Arguments& arguments)
 std::vector<OptionRow> optionRows()
 {
     std::vector<OptionRow> rows = {
-        {"o", "PICTURE", "the picture, whose name ends in .svg; one that is there is replaced"},
-        {"from", "S", "seconds from the beginning of the recording; 0 without this"},
-        {"length", "S", "seconds to draw, at most 600; 30 without this"},
+        {"o", "PICTURE",
+         "the picture: a name that ends in .svg, an existing file is replaced; or '-', standard "
+         "output"},
+        {"from", "S", "where to begin: seconds, or a position such as 1:30 (default: 0)"},
+        {"length", "S", "seconds to draw, at most 600 (default: 30)"},
+        {"quick", nullptr,
+         "hear 60 seconds before the stretch instead of all that comes before it; the text may "
+         "differ from that of 'decode'"},
     };
     for (const OptionRow& row : soundOptionRows())
         rows.push_back(row);
@@ -201,10 +219,10 @@ Command inspectCommand()
 {
     return {
         {"inspect", "FILE|-", 1, 1,
-         "Draws what the demodulator saw. In each row stand ten seconds: spectrogram and tone,\n"
+         "Draws what the demodulator saw. A row holds up to ten seconds: spectrogram and tone,\n"
          "strength and what was expected of it, marks and gaps with their kinds, and the text.\n"
          "Sound is read from its beginning, so that the picture shows what 'decode' decided.",
-         optionRows(), "  morsehost inspect recording.flac --from 95 --length 20 -o doubt.svg\n"},
+         optionRows(), "  morsehost inspect recording.flac --from 1:35 --length 20 -o doubt.svg\n"},
         run};
 }
 

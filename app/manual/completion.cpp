@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/manual/completion.h"
 
+#include "app/commands/registry.h"
+
 #include <QMap>
 #include <QStringList>
 
@@ -42,7 +44,7 @@ Values valuesOf(const OptionRow& option, const std::vector<Command>& commands)
     return Values::None;
 }
 
-QString action(const OptionRow& option, Values values)
+QString bashAction(const OptionRow& option, Values values)
 {
     switch (values) {
     case Values::Folders:
@@ -59,6 +61,73 @@ QString action(const OptionRow& option, Values values)
     return QStringLiteral(":");
 }
 
+QString zshAction(const OptionRow& option, Values values)
+{
+    switch (values) {
+    case Values::Folders:
+        return QStringLiteral("_files -/");
+    case Values::Files:
+        return QStringLiteral("_files");
+    case Values::Pictures:
+        return QStringLiteral("_files -g \"*.svg\"");
+    case Values::Listed:
+        return QStringLiteral("_morsehost_listed %1s").arg(QLatin1String(option.name));
+    case Values::None:
+        break;
+    }
+    return QStringLiteral("( )");
+}
+
+QString fishAction(const OptionRow& option, Values values)
+{
+    switch (values) {
+    case Values::Folders:
+        return QStringLiteral("-x -a '(__fish_complete_directories)'");
+    case Values::Files:
+        return QStringLiteral("-r -F");
+    case Values::Pictures:
+        return QStringLiteral("-x -a '(__fish_complete_suffix .svg)'");
+    case Values::Listed:
+        return QStringLiteral("-x -a '(morsehost %1s 2>/dev/null | cut -f 1)'")
+            .arg(QLatin1String(option.name));
+    case Values::None:
+        break;
+    }
+    return QStringLiteral("-x");
+}
+
+std::vector<OptionRow> optionsOf(const Command& command)
+{
+    std::vector<OptionRow> options = command.syntax.options;
+    options.push_back(HELP_OPTION);
+    return options;
+}
+
+bool takesFiles(const Command& command)
+{
+    return QString::fromUtf8(command.syntax.operands).contains(QLatin1String("FILE"));
+}
+
+// Within single quotes; zsh reads the description up to a bracket or colon.
+QString zshText(QString text)
+{
+    for (const char* const character : {"\\", "[", "]", ":"})
+        text.replace(QLatin1String(character), QLatin1Char('\\') + QLatin1String(character));
+    return text.replace(QLatin1Char('\''), QLatin1String("'\\''"));
+}
+
+QString fishText(QString text)
+{
+    text.replace(QLatin1Char('\\'), QLatin1String("\\\\"));
+    return text.replace(QLatin1Char('\''), QLatin1String("\\'"));
+}
+
+QString fishOption(const OptionRow& option)
+{
+    const QLatin1String name(option.name);
+    return (name.size() == 1 ? QStringLiteral("-s ") : QStringLiteral("-l ")) + name;
+}
+
 } // namespace
 
 QString bashCompletion(const std::vector<Command>& commands,
@@ -70,15 +139,14 @@ QString bashCompletion(const std::vector<Command>& commands,
     for (const Command& command : commands) {
         const CommandSyntax& syntax = command.syntax;
         names += QLatin1String(syntax.name);
-        std::vector<OptionRow> options = syntax.options;
-        options.push_back(HELP_OPTION);
-        const bool takesFiles = QString::fromUtf8(syntax.operands).contains(QLatin1String("FILE"));
+        const std::vector<OptionRow> options = optionsOf(command);
         commandCases += QStringLiteral("        %1) options='%2' operands=%3 ;;\n")
                             .arg(names.constLast(), words(options))
-                            .arg(takesFiles ? 1 : 0);
+                            .arg(takesFiles(command) ? 1 : 0);
         for (const OptionRow& option : options) {
             if (option.valueName)
-                valueCases[optionWord(option.name)] = action(option, valuesOf(option, commands));
+                valueCases[optionWord(option.name)] =
+                    bashAction(option, valuesOf(option, commands));
         }
     }
     QString valueLines;
@@ -139,6 +207,91 @@ complete -F _morsehost morsehost
 )bash")
         .arg(names.join(QLatin1Char(' ')) + QLatin1String(" help ") + words(programOptions),
              commandCases, valueLines, names.join(QLatin1Char(' ')));
+}
+
+QString zshCompletion(const std::vector<Command>& commands,
+                      const std::vector<OptionRow>& programOptions)
+{
+    QString names;
+    QString cases;
+    for (const Command& command : commands) {
+        const QLatin1String name(command.syntax.name);
+        names += QStringLiteral("            '%1:%2'\n").arg(name, zshText(shortSummary(command)));
+        cases += QStringLiteral("        %1) _arguments").arg(name);
+        for (const OptionRow& option : optionsOf(command)) {
+            cases +=
+                QStringLiteral(" \\\n            '%1[%2]")
+                    .arg(optionWord(option.name), zshText(QString::fromStdString(option.help)));
+            if (option.valueName)
+                cases += QStringLiteral(":%1:%2").arg(
+                    QLatin1String(option.valueName), zshAction(option, valuesOf(option, commands)));
+            cases += QLatin1Char('\'');
+        }
+        if (takesFiles(command))
+            cases += QStringLiteral(" \\\n            '*:file:_files'");
+        cases += QStringLiteral(" ;;\n");
+    }
+    for (const OptionRow& option : programOptions)
+        names += QStringLiteral("            '%1:%2'\n")
+                     .arg(optionWord(option.name), zshText(QString::fromStdString(option.help)));
+    return QStringLiteral(R"zsh(#compdef morsehost
+# zsh completion for morsehost
+# Written from the tables of the program; changes made here are lost.
+
+_morsehost_listed()
+{
+    local -a names
+    names=(${(f)"$($program $1 2>/dev/null | cut -f 1)"})
+    compadd -a names
+}
+
+_morsehost()
+{
+    local program=$words[1]
+    if (( CURRENT == 2 )); then
+        local -a commands
+        commands=(
+%1        )
+        _describe command commands
+        return
+    fi
+    shift words
+    (( CURRENT-- ))
+    case $words[1] in
+%2    esac
+}
+
+_morsehost "$@"
+)zsh")
+        .arg(names, cases);
+}
+
+QString fishCompletion(const std::vector<Command>& commands,
+                       const std::vector<OptionRow>& programOptions)
+{
+    QString lines = QStringLiteral("# fish completion for morsehost\n"
+                                   "# Written from the tables of the program; changes made here "
+                                   "are lost.\n");
+    for (const OptionRow& option : programOptions)
+        lines += QStringLiteral("complete -c morsehost -n __fish_use_subcommand %1 -f -d '%2'\n")
+                     .arg(fishOption(option), fishText(QString::fromStdString(option.help)));
+    for (const Command& command : commands) {
+        const QLatin1String name(command.syntax.name);
+        const QString within =
+            QStringLiteral("complete -c morsehost -n '__fish_seen_subcommand_from %1' ").arg(name);
+        lines += QStringLiteral("complete -c morsehost -n __fish_use_subcommand -f -a %1 -d '%2'\n")
+                     .arg(name, fishText(shortSummary(command)));
+        if (!takesFiles(command))
+            lines += within + QStringLiteral("-f\n");
+        for (const OptionRow& option : optionsOf(command)) {
+            lines += within + fishOption(option);
+            if (option.valueName)
+                lines += QLatin1Char(' ') + fishAction(option, valuesOf(option, commands));
+            lines +=
+                QStringLiteral(" -d '%1'\n").arg(fishText(QString::fromStdString(option.help)));
+        }
+    }
+    return lines;
 }
 
 } // namespace morsehost

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// morsehost-manual: writes the manual page or the completion of morsehost, at build time.
+// morsehost-manual: writes the manual page or a completion of morsehost, at build time.
 #include "app/commands/registry.h"
 #include "app/manual/completion.h"
 #include "app/manual/manualpage.h"
@@ -16,10 +16,14 @@ int main(int argc, char* argv[])
     if (kind == "page" && argc == 4) {
         text = manualPage(commands(), programOptions(), QStringLiteral(MORSEHOST_VERSION),
                           QString::fromUtf8(argv[3]));
-    } else if (kind == "completion" && argc == 3) {
+    } else if (kind == "bash" && argc == 3) {
         text = bashCompletion(commands(), programOptions());
+    } else if (kind == "zsh" && argc == 3) {
+        text = zshCompletion(commands(), programOptions());
+    } else if (kind == "fish" && argc == 3) {
+        text = fishCompletion(commands(), programOptions());
     } else {
-        std::fputs("Usage: morsehost-manual page FILE DATE | completion FILE\n", stderr);
+        std::fputs("Usage: morsehost-manual page FILE DATE | bash|zsh|fish FILE\n", stderr);
         return 2;
     }
     std::ofstream file(argv[2], std::ios::binary);

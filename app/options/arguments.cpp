@@ -2,6 +2,7 @@
 #include "app/options/arguments.h"
 
 #include <QDateTime>
+#include <QRegularExpression>
 
 #include <algorithm>
 #include <cmath>
@@ -160,6 +161,26 @@ std::optional<int> Arguments::wholeNumber(const char* option, int min, int max)
         return number;
     fail(QStringLiteral("%1 takes a whole number from %2 to %3, not '%4'")
              .arg(optionWord(option), QString::number(min), QString::number(max), text(option)));
+    return std::nullopt;
+}
+
+std::optional<double> Arguments::position(const char* option, double max)
+{
+    if (!isSet(option))
+        return std::nullopt;
+    // Minutes and seconds behind a colon are below 60 and have their two digits.
+    static const QRegularExpression form(
+        QStringLiteral("^(?:(?:(\\d+):)?(\\d+):(?=[0-5]\\d(?:\\.|$)))?(\\d+(?:\\.\\d*)?)$"));
+    const QRegularExpressionMatch match = form.match(text(option));
+    const double minutes = match.captured(2).toDouble();
+    const double seconds =
+        3600 * match.captured(1).toDouble() + 60 * minutes + match.captured(3).toDouble();
+    const bool isHour = match.capturedLength(1) > 0;
+    if (match.hasMatch() && seconds <= max &&
+        (!isHour || (minutes < 60 && match.capturedLength(2) == 2)))
+        return seconds;
+    fail(QStringLiteral("%1 takes seconds, or a position such as 1:30 or 1:02:03.5, not '%2'")
+             .arg(optionWord(option), text(option)));
     return std::nullopt;
 }
 

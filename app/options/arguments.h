@@ -51,6 +51,8 @@ public:
     /// Absent without the option, or when its value is no number of that range.
     std::optional<double> number(const char* option, double min, double max);
     std::optional<int> wholeNumber(const char* option, int min, int max);
+    /// Seconds of a position such as "90", "1:30" or "1:02:03.5"; likewise.
+    std::optional<double> position(const char* option, double max);
     /// Microseconds since 1970-01-01 00:00 UTC from an ISO 8601 time; UTC where it names no zone.
     std::optional<unsigned long long> time(const char* option);
     QStringList operands() const;

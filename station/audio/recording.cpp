@@ -13,6 +13,7 @@
 
 #include <sndfile.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
 #include <thread>
@@ -101,6 +102,17 @@ public:
         for (std::size_t i = 0; i < static_cast<std::size_t>(frames); ++i)
             samples[i] = mono(&m_frames[i * channels]);
         return static_cast<std::size_t>(frames);
+    }
+
+    void skip(long long count) override
+    {
+        if (m_info.seekable == 0) {
+            SampleSource::skip(count);
+            return;
+        }
+        const sf_count_t reached =
+            sf_seek(m_file.get(), std::min<sf_count_t>(count, m_info.frames), SEEK_SET);
+        m_read = std::max<sf_count_t>(reached, 0);
     }
 
     QString error() const override { return m_error; }
@@ -292,6 +304,18 @@ OpenedSource openWhole(int descriptor, const QByteArray& begin, std::optional<in
 }
 
 } // namespace
+
+void SampleSource::skip(long long count)
+{
+    std::vector<float> samples(PIECE_BYTES);
+    while (count > 0) {
+        const auto wanted = std::min<std::size_t>(samples.size(), static_cast<std::size_t>(count));
+        const std::size_t got = read(samples.data(), wanted);
+        if (got == 0)
+            return;
+        count -= static_cast<long long>(got);
+    }
+}
 
 OpenedSource openRecording(const QString& path, std::optional<int> channel)
 {

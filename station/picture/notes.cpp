@@ -15,7 +15,8 @@ constexpr double WORD_GAP_units = 7.0;
 
 } // namespace
 
-Notes::Notes(const Stretch& stretch)
+Notes::Notes(const Stretch& stretch, std::int64_t begin_us)
+    : m_begin_us(begin_us)
 {
     m_seen.stretch = stretch;
 }
@@ -27,37 +28,42 @@ void Notes::sound(const float* samples, std::size_t count, double rate_Hz)
     };
     const std::int64_t first = std::max<std::int64_t>(0, index(m_seen.stretch.from_us, -AROUND_s));
     const std::int64_t last = index(m_seen.stretch.to_us, AROUND_s);
+    if (!m_nextSample)
+        m_nextSample = index(m_begin_us, 0.0);
     const auto wanted = [&](std::int64_t sample) {
-        return std::clamp<std::int64_t>(sample - m_heardSamples, 0,
+        return std::clamp<std::int64_t>(sample - *m_nextSample, 0,
                                         static_cast<std::int64_t>(count));
     };
     m_seen.rate_Hz = rate_Hz;
-    m_seen.firstSample = first;
+    m_seen.firstSample = std::max(first, index(m_begin_us, 0.0));
     m_seen.samples.insert(m_seen.samples.end(), samples + wanted(first),
                           samples + std::max(wanted(first), wanted(last)));
-    m_heardSamples += static_cast<std::int64_t>(count);
+    *m_nextSample += static_cast<std::int64_t>(count);
 }
 
 void Notes::step(const demodulator::FollowedStep& step)
 {
-    if (!m_seen.stretch.touches(step.time_us, step.time_us + 1))
+    const std::int64_t time_us = m_begin_us + step.time_us;
+    if (!m_seen.stretch.touches(time_us, time_us + 1))
         return;
-    while (!m_seen.steps.empty() && m_seen.steps.back().time_us >= step.time_us)
+    while (!m_seen.steps.empty() && m_seen.steps.back().time_us >= time_us)
         m_seen.steps.pop_back();
     m_seen.steps.push_back(step);
+    m_seen.steps.back().time_us = time_us;
 }
 
 void Notes::transmissionStarted(std::int64_t time_us)
 {
-    m_seen.transmissions.push_back({time_us, std::nullopt});
+    m_seen.transmissions.push_back({m_begin_us + time_us, std::nullopt});
 }
 
 void Notes::mark(std::int64_t begin_us, std::int64_t end_us, double unit_us)
 {
+    const std::int64_t markEnd_us = m_begin_us + end_us;
     flushMark();
-    flushGap(begin_us);
-    m_mark = Mark{begin_us, end_us, unit_us};
-    m_gap = Gap{end_us, end_us};
+    flushGap(m_begin_us + begin_us);
+    m_mark = Mark{m_begin_us + begin_us, markEnd_us, unit_us};
+    m_gap = Gap{markEnd_us, markEnd_us};
 }
 
 void Notes::symbol(int code, std::int64_t /*time_us*/)
@@ -105,7 +111,8 @@ void Notes::text(const QString& text)
 
 void Notes::transmissionStopped(std::int64_t time_us, const demodulator::SignalReport&)
 {
-    m_seen.transmissions.back().end_us = time_us;
+    const std::int64_t end_us = m_begin_us + time_us;
+    m_seen.transmissions.back().end_us = end_us;
     if (m_mark && m_gap && m_gap->kind != GapKind::Inner) {
         const bool isWord = m_gap->kind == GapKind::Word;
         m_gap->open = true;
@@ -117,7 +124,7 @@ void Notes::transmissionStopped(std::int64_t time_us, const demodulator::SignalR
     flushMark();
     flushCharacter();
     m_character.reset();
-    if (time_us <= m_seen.stretch.from_us)
+    if (end_us <= m_seen.stretch.from_us)
         m_seen.transmissions.pop_back();
 }
 

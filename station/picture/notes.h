@@ -79,7 +79,8 @@ struct Seen
 class Notes : public demodulator::SymbolSink, public demodulator::Observer
 {
 public:
-    explicit Notes(const Stretch& stretch);
+    /// The first sample that is heard lies `begin_us` after the beginning of the recording.
+    explicit Notes(const Stretch& stretch, std::int64_t begin_us = 0);
 
     const Seen& seen() const { return m_seen; }
 
@@ -100,11 +101,12 @@ private:
     void flushCharacter();
 
     Seen m_seen;
-    std::int64_t m_heardSamples = 0;
-    std::optional<Mark> m_mark;           // its codes may still come
-    std::optional<Gap> m_gap;             // after the last mark
-    std::optional<Character> m_character; // its end has not come
-    std::optional<Character> m_ended;     // waits for its text
+    std::int64_t m_begin_us;
+    std::optional<std::int64_t> m_nextSample; // since the beginning of the recording
+    std::optional<Mark> m_mark;               // its codes may still come
+    std::optional<Gap> m_gap;                 // after the last mark
+    std::optional<Character> m_character;     // its end has not come
+    std::optional<Character> m_ended;         // waits for its text
 };
 
 } // namespace inspect

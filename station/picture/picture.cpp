@@ -18,7 +18,7 @@ namespace {
 
 // --- Where things lie, in pixels ---------------------------------------------------------------
 
-constexpr double ROW_s = 10.0; // of time in a row
+constexpr double ROW_s = 10.0; // of time in a row, at most
 constexpr double LEFT = 64.0;
 constexpr double WIDTH = 1200.0; // of a row
 constexpr double RIGHT = 24.0;
@@ -194,7 +194,8 @@ public:
         , m_xml(&m_svg)
     {
         const double duration_us = static_cast<double>(seen.stretch.to_us - seen.stretch.from_us);
-        m_rows = std::max(1, static_cast<int>(std::ceil(duration_us / (1e6 * ROW_s) - 1e-9)));
+        m_row_us = duration_us > 0 ? std::min(1e6 * ROW_s, duration_us) : 1e6 * ROW_s;
+        m_rows = std::max(1, static_cast<int>(std::ceil(duration_us / m_row_us - 1e-9)));
         chooseTones();
         chooseStrengths();
         for (int row = 0; row < m_rows; ++row)
@@ -247,7 +248,7 @@ private:
 
     Stretch timeOfRow(int row) const
     {
-        const auto length_us = static_cast<std::int64_t>(1e6 * ROW_s);
+        const auto length_us = static_cast<std::int64_t>(m_row_us);
         const std::int64_t from_us = m_seen.stretch.from_us + row * length_us;
         return {from_us, from_us + length_us};
     }
@@ -261,7 +262,7 @@ private:
     double x(std::int64_t time_us) const
     {
         const std::int64_t time = std::clamp(time_us, m_drawn.from_us, m_drawn.to_us);
-        return static_cast<double>(time - m_time.from_us) / 1e6 * WIDTH / ROW_s;
+        return static_cast<double>(time - m_time.from_us) * WIDTH / m_row_us;
     }
 
     double yOfTone(double tone_Hz) const
@@ -716,12 +717,14 @@ private:
     void drawAxis()
     {
         line("line", 0.0, AXIS, x(m_drawn.to_us), AXIS);
-        const auto second_us = static_cast<std::int64_t>(1000000);
-        std::int64_t tick_us = (m_drawn.from_us + second_us - 1) / second_us * second_us;
-        for (; tick_us <= m_drawn.to_us; tick_us += second_us) {
+        const std::int64_t pace_us = m_row_us > 5e6 ? 1000000 : m_row_us > 1e6 ? 200000 : 20000;
+        const int decimals = pace_us < 100000 ? 2 : pace_us < 1000000 ? 1 : 0;
+        std::int64_t tick_us = (m_drawn.from_us + pace_us - 1) / pace_us * pace_us;
+        for (; tick_us <= m_drawn.to_us; tick_us += pace_us) {
             line("line", x(tick_us), AXIS, x(tick_us), AXIS + 4.0);
             write("middle", x(tick_us), AXIS_LABELS,
-                  QString::number(tick_us / second_us) + QStringLiteral(" s"));
+                  QString::number(static_cast<double>(tick_us) / 1e6, 'f', decimals) +
+                      QStringLiteral(" s"));
         }
     }
 
@@ -732,6 +735,7 @@ private:
     QXmlStreamWriter m_xml;
     const Palette m_shades = shades();
     std::vector<Spectrogram> m_spectra; // by row
+    double m_row_us = 1e6 * ROW_s;      // of time in each row
     int m_rows = 1;
     Stretch m_time;  // of the row that is drawn, to its right edge
     Stretch m_drawn; // of it, what lies in the stretch

@@ -86,7 +86,7 @@ private Q_SLOTS:
         const QString whole = dir.filePath("whole.svg");
         const QString part = dir.filePath("part.svg");
         QCOMPARE(run({"inspect", RECORDING, "-o", whole}).status, 0);
-        QCOMPARE(run({"inspect", RECORDING, "-o", part, "--from", "10", "--length", "4.5"}).status,
+        QCOMPARE(run({"inspect", RECORDING, "-o", part, "--from", "10", "--length", "10"}).status,
                  0);
         QStringList shown[2];
         for (const DrawnPiece& piece : testsupport::readDrawn(contentOf(whole)).inRows("mark")) {
@@ -160,6 +160,60 @@ private Q_SLOTS:
             QVERIFY(piece.number("x") >= 40); // "no signal", not cut at the edge
     }
 
+    void aPositionMayHaveMinutesAndHours_data()
+    {
+        QTest::addColumn<QString>("position");
+        QTest::addColumn<QString>("seconds");
+        QTest::newRow("minutes") << "0:12"
+                                 << "12";
+        QTest::newRow("many minutes") << "00:12"
+                                      << "12";
+        QTest::newRow("hours") << "0:00:12.5"
+                               << "12.5";
+    }
+
+    void aPositionMayHaveMinutesAndHours()
+    {
+        QFETCH(QString, position);
+        QFETCH(QString, seconds);
+        const QStringList words = {"inspect", RECORDING, "--length", "2", "-o", "-", "--from"};
+        const Ended ended = run(words + QStringList(position));
+        QCOMPARE(ended.status, 0);
+        QVERIFY(!ended.out.isEmpty());
+        QCOMPARE(ended.out, run(words + QStringList(seconds)).out);
+    }
+
+    // As wide as ten seconds are otherwise.
+    void aShortStretchFillsItsRow()
+    {
+        const Drawn drawn = testsupport::readDrawn(
+            run({"inspect", RECORDING, "--from", "12", "--length", "3", "-o", "-"}).out);
+        QCOMPARE(drawn.error, QString());
+        QVERIFY(drawn.inRows("mark").back().number("x") > 800.0);
+    }
+
+    // What is far before the stretch is not heard, and the times are those of the recording.
+    void theQuickWayShowsTheSameSignal()
+    {
+        QTemporaryDir dir;
+        const QString longer = dir.filePath("longer.flac");
+        QProcess sox;
+        sox.start("sox", {RECORDING, longer, "pad", "100"});
+        QVERIFY(sox.waitForFinished(60000));
+        QCOMPARE(sox.exitCode(), 0);
+        const QStringList words = {"inspect",  longer, "--from", "1:55",
+                                   "--length", "20",   "-o",     "-"};
+        const Drawn all = testsupport::readDrawn(run(words).out);
+        const Drawn quick = testsupport::readDrawn(run(words + QStringList("--quick")).out);
+        QVERIFY(!textOf(all).isEmpty());
+        QCOMPARE(textOf(quick), textOf(all));
+        const auto marks = all.inRows("mark");
+        const auto quickMarks = quick.inRows("mark");
+        QCOMPARE(quickMarks.size(), marks.size());
+        for (std::size_t i = 0; i < marks.size(); ++i)
+            QVERIFY(qAbs(quickMarks[i].number("x") - marks[i].number("x")) < 2.0);
+    }
+
     void wrongUsageIsSaidInOneLine_data()
     {
         QTest::addColumn<QStringList>("words");
@@ -171,7 +225,7 @@ private Q_SLOTS:
         row("no picture", {"a.wav"}, "-o PICTURE is missing");
         row("no name", {"a.wav", "-o", ""}, "the PICTURE of -o is empty");
         row("another kind of picture", {"a.wav", "-o", "x.png"},
-            "-o takes a name that ends in .svg");
+            "-o takes '-' or a name that ends in .svg");
         row("before the beginning", {"a.wav", "-o", "x.svg", "--from", "-1"}, "--from takes");
         row("too long", {"a.wav", "-o", "x.svg", "--length", "601"}, "--length takes");
         row("no length", {"a.wav", "-o", "x.svg", "--length", "0"}, "--length takes");

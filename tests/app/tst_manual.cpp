@@ -87,6 +87,32 @@ private Q_SLOTS:
                     .contains(QStringLiteral("look) options='--help' operands=1")));
     }
 
+    void everyShellKnowsOptionsValuesAndFiles()
+    {
+        const std::vector<OptionRow> options = {{"o", "PICTURE", "where: [here]"},
+                                                {"save", "DIR", "it's saved"},
+                                                {"codes", nullptr, "codes"}};
+        const auto commands = oneCommand(options, "FILE");
+        const QString zsh = zshCompletion(commands, {{"version", nullptr, "the version"}});
+        QVERIFY(zsh.startsWith(QStringLiteral("#compdef morsehost\n")));
+        for (const char* part :
+             {"'look:Looks'", "'--version:the version'", "look) _arguments",
+              "'-o[where\\: \\[here\\]]:PICTURE:_files -g \"*.svg\"'",
+              "'--save[it'\\''s saved]:DIR:_files -/'", "'--codes[codes]'", "'*:file:_files'"})
+            QVERIFY2(zsh.contains(QString::fromLatin1(part)), part);
+        const QString fish = fishCompletion(commands, {{"version", nullptr, "the version"}});
+        for (const char* part :
+             {"-n __fish_use_subcommand -f -a look -d 'Looks'\n",
+              "-n __fish_use_subcommand -l version -f -d 'the version'\n",
+              "-n '__fish_seen_subcommand_from look' -s o -x -a '(__fish_complete_suffix .svg)'",
+              "-l save -x -a '(__fish_complete_directories)' -d 'it\\'s saved'\n",
+              "-l codes -d 'codes'\n"})
+            QVERIFY2(fish.contains(QString::fromLatin1(part)), part);
+        QVERIFY(!fish.contains(QStringLiteral("look' -f\n")));
+        QVERIFY(fishCompletion(oneCommand({}), {}).contains(QStringLiteral("look' -f\n")));
+        QVERIFY(!zshCompletion(oneCommand({}), {}).contains(QStringLiteral("*:file:")));
+    }
+
     void namesAreListedOnlyWhereACommandListsThem()
     {
         const std::vector<OptionRow> option = {{"map", "NAME", "the map"}};

@@ -8,6 +8,7 @@ cmake --install "$BUILD" --prefix "$STAGE" >/dev/null
 for file in bin/morsehost "$LIBDIR/libmorsehandler.so.0" "$LIBDIR/libhoststandin.so.0" \
     "$LIBDIR/cmake/morsehandler/morsehandlerConfig.cmake" "$LIBDIR/pkgconfig/morsehandler.pc" \
     share/man/man1/morsehost.1.gz share/bash-completion/completions/morsehost \
+    share/zsh/vendor-completions/_morsehost share/fish/vendor_completions.d/morsehost.fish \
     share/morsehandler/alphabets/International.mal share/doc/morsehandler/LICENSE; do
     [ -e "$STAGE/$file" ] || { echo "not installed: $file"; exit 1; }
 done

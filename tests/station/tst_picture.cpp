@@ -256,12 +256,31 @@ private Q_SLOTS:
         QCOMPARE(drawn(steps).error, QString());
     }
 
-    void aTimeAxisNamesEverySecond()
+    void aTimeAxisNamesTimesAtAPaceThatCanBeRead_data()
     {
-        QStringList labels;
-        for (const DrawnPiece& piece : drawn(empty(59.5, 63)).inRows("middle"))
-            labels += piece.text + '@' + piece.attributes.value("x");
-        QCOMPARE(labels, QStringList({"60 s@60", "61 s@180", "62 s@300", "63 s@420"}));
+        QTest::addColumn<double>("from");
+        QTest::addColumn<double>("to");
+        QTest::addColumn<QStringList>("labels");
+        QTest::newRow("seconds") << 59.5 << 65.5
+                                 << QStringList({"60 s@100", "61 s@300", "62 s@500", "63 s@700",
+                                                 "64 s@900", "65 s@1100"});
+        QTest::newRow("tenths") << 59.9 << 61.1
+                                << QStringList({"60.0 s@100", "60.2 s@300", "60.4 s@500",
+                                                "60.6 s@700", "60.8 s@900", "61.0 s@1100"});
+        QTest::newRow("hundredths") << 59.99 << 60.09
+                                    << QStringList({"60.00 s@120", "60.02 s@360", "60.04 s@600",
+                                                    "60.06 s@840", "60.08 s@1080"});
+    }
+
+    void aTimeAxisNamesTimesAtAPaceThatCanBeRead()
+    {
+        QFETCH(double, from);
+        QFETCH(double, to);
+        QFETCH(QStringList, labels);
+        QStringList written;
+        for (const DrawnPiece& piece : drawn(empty(from, to)).inRows("middle"))
+            written += piece.text + '@' + piece.attributes.value("x");
+        QCOMPARE(written, labels);
     }
 
     void theLongestStretchStaysOfBoundedSize()
