@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Alphabet handlers: text in, text out, without values.
 // Usage: alphabets FOLDER_OF_ALPHABETS FOLDER_OF_MAPS DECODER_MODULES_FILE
-#include "charmap/codechandler.h"
-#include "host/standin/configuration.h"
-#include "morse/simplemorsehandler.h"
+#include "morsehandler/charmap/codechandler.h"
+#include "morsehandler/host/standin/configuration.h"
+#include "morsehandler/morse/simplemorsehandler.h"
 
 #include <QString>
 #include <QVector>

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // A host that has the text of its decoders translated through maps that the operator chooses.
 // Usage: map_host FOLDER_OF_MAPS DECODER_MODULES_FILE
-#include "charmap/mappingdirectory.h"
-#include "host/standin/configuration.h"
-#include "host/standin/hosttree.h"
-#include "host/values.h"
+#include "morsehandler/charmap/mappingdirectory.h"
+#include "morsehandler/host/standin/configuration.h"
+#include "morsehandler/host/standin/hosttree.h"
+#include "morsehandler/host/values.h"
 
 #include <QString>
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // A host that wires a Morse handler to its values, receives a few words and has them saved.
 // Usage: morse_host FOLDER_OF_ALPHABETS FOLDER_TO_SAVE_IN
-#include "host/standin/hosttree.h"
-#include "host/values.h"
-#include "session/morsehandler.h"
+#include "morsehandler/host/standin/hosttree.h"
+#include "morsehandler/host/values.h"
+#include "morsehandler/session/morsehandler.h"
 
 #include <QString>
 

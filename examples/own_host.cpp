@@ -2,13 +2,13 @@
 // A host that implements the contract itself: its own tree, traces, configuration and result
 // documents. Values and dates are those of the stand-in, whose source files are compiled in; each
 // of them implements one header, so any of them can be replaced in the same way.
-#include "host/cfgcenter.h"
-#include "host/ivtclient.h"
-#include "host/resultdata.h"
-#include "host/trace.h"
-#include "host/tree.h"
-#include "host/values.h"
-#include "session/morsehandler.h"
+#include "morsehandler/host/cfgcenter.h"
+#include "morsehandler/host/ivtclient.h"
+#include "morsehandler/host/resultdata.h"
+#include "morsehandler/host/trace.h"
+#include "morsehandler/host/tree.h"
+#include "morsehandler/host/values.h"
+#include "morsehandler/session/morsehandler.h"
 
 #include <QHash>
 

@@ -33,7 +33,7 @@ check charmap "$contract|tables/[a-z]+\.h|charmap/.*|morsehandler_export\.h"
 check session "$contract|tables/[a-z]+\.h|morse/.*|session/.*|morsehandler_export\.h"
 check station '(charmap|host|morse|session|signal|station|tables)/.*' 2
 check station/picture 'signal/.*|station/picture/.*|morse/symbolcodes\.h'
-check examples '(charmap|host|host/standin|morse|session)/[a-z]+\.h'
+check examples 'morsehandler/(charmap|host|host/standin|morse|session)/[a-z]+\.h'
 check app '(app|charmap|host|morse|session|signal|station|tables)/.*' 3
 
 # The one interface that morse shares with charmap stands alone.

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // A host that keys "SOS" into the value that a demodulator would write, and prints the text.
-#include "host/standin/hosttree.h"
-#include "host/values.h"
-#include "session/morsehandler.h"
+#include "morsehandler/host/standin/hosttree.h"
+#include "morsehandler/host/values.h"
+#include "morsehandler/session/morsehandler.h"
 
 #include <cstdio>
 
