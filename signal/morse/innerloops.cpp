@@ -221,13 +221,6 @@ std::uint64_t weighGroups(std::uint64_t groups, std::size_t count, std::uint32_t
 }
 
 FOR_EACH_PROCESSOR
-void everySecond(const Score* in, Score* out, std::size_t count)
-{
-    for (std::size_t i = 0; i < count; ++i)
-        out[i] = in[2 * i];
-}
-
-FOR_EACH_PROCESSOR
 void logarithms(const float* x, float* out, std::size_t count)
 {
     for (std::size_t i = 0; i < count; ++i)

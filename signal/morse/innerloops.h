@@ -37,8 +37,6 @@ Peak peakOfSums(const Score* a, const Score* b, const Score* c, const std::vecto
 std::uint64_t weighGroups(std::uint64_t groups, std::size_t count, std::uint32_t reference,
                           const std::uint32_t* references, const std::int32_t* additions,
                           const Score* best, Score least, Score* offsets);
-/// out[i] = in[2 * i].
-void everySecond(const Score* in, Score* out, std::size_t count);
 
 /// Natural logarithms of numbers greater than 0, within 1e-6.
 void logarithms(const float* x, float* out, std::size_t count);

@@ -72,7 +72,6 @@ bool setParameter(Parameters& parameters, const std::string& name, double value)
         ROW(timing.usual_wpm),
         ROW(timing.usualDeviation),
         ROW(timing.toldTolerance),
-        ROW(timing.coarseUnit_steps),
         ROW(timing.longestGap_s),
         ROW(timing.longestGap_wordGaps),
         ROW(timing.longestMark_units),

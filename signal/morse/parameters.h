@@ -115,10 +115,6 @@ struct TimingParameters
     double usualDeviation = 0.5;
     double toldTolerance = 1.2;
 
-    // Of slow keying, lengths and moments are looked at every second step from a unit of so many
-    // steps on, which is still 26 places in a dot.
-    double coarseUnit_steps = 26.0;
-
     // Longer gaps are silence: this is where tables end, by time and by the mean of a word gap.
     double longestGap_s = 2.6;
     double longestGap_wordGaps = 1.8;

@@ -61,7 +61,6 @@ TimingModel::TimingModel(double step_s, std::optional<double> speed_wpm,
     for (double speed = fastest_wpm; speed >= slowest_wpm; speed /= parameters.speedRatio) {
         DurationTable table;
         table.unit_steps = TEXTBOOK_DOT_s_wpm / speed / step_s;
-        table.stride = table.unit_steps < parameters.coarseUnit_steps ? 1 : 2;
         m_tables.push_back(table);
         const double x =
             std::log(speed / speed_wpm.value_or(parameters.usual_wpm)) / parameters.usualDeviation;
@@ -237,9 +236,9 @@ void TimingModel::buildLengths(LengthTable& lengths, const DurationTable& table,
                                double longest_steps, double shortest_steps,
                                std::initializer_list<Kind> kinds)
 {
-    const double spacing_units = table.stride / table.unit_steps;
+    const double spacing_units = 1.0 / table.unit_steps;
     const double resolution_units = m_parameters.resolution_steps * spacing_units;
-    lengths.count = static_cast<std::size_t>(longest_steps / table.stride) + 1;
+    lengths.count = static_cast<std::size_t>(longest_steps) + 1;
     m_density.assign(lengths.count, 1e-30F);
     for (const Kind kind : kinds) {
         const Length& length = m_lengths[index(kind)];
@@ -258,12 +257,12 @@ void TimingModel::buildLengths(LengthTable& lengths, const DurationTable& table,
                 std::max(float{NEVER}, std::min(0.0F, m_logarithm[i] * SCORES_PER_NAT))));
     };
     fill(lengths.exactly);
-    const auto shortest = static_cast<std::size_t>(std::lround(shortest_steps / table.stride));
+    const auto shortest = static_cast<std::size_t>(std::lround(shortest_steps));
     std::fill_n(lengths.exactly.begin(), std::min(shortest, lengths.exactly.size()), NEVER);
 
     auto remaining = static_cast<float>(m_parameters.beyondTable);
     for (std::size_t i = lengths.count; i-- > 0;) {
-        const float here = m_density[i] * static_cast<float>(table.stride);
+        const float here = m_density[i];
         m_density[i] = remaining;
         remaining += here;
     }

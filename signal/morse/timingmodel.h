@@ -31,8 +31,8 @@ constexpr bool isMark(Kind kind)
     return kind <= Kind::Carrier;
 }
 
-/// Log probabilities of lengths at one speed; index = steps / stride. All are filled up with NEVER
-/// to whole lanes.
+/// Log probabilities of lengths at one speed; index = steps. All are filled up with NEVER to whole
+/// lanes.
 struct LengthTable
 {
     std::size_t count = 0;       ///< of lengths
@@ -45,7 +45,6 @@ struct LengthTable
 struct DurationTable
 {
     double unit_steps = 0.0;
-    int stride = 1; ///< lengths and moments of slow keying are looked at less closely
     LengthTable mark, gap;
 
     /// The most probable kind of a mark or gap of this length.

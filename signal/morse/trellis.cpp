@@ -16,7 +16,6 @@ constexpr std::int64_t CARRIER_BLOCK_STEPS = 32;
 // older is remembered of those paths alone that are still going on: by then most of them have run
 // together into one trunk, which is renewed every so many steps.
 constexpr std::size_t KEPT_BACKS = 512;
-constexpr std::int64_t JUMPS_KEPT_STEPS = 2 * KEPT_BACKS;
 constexpr std::int64_t TRUNK_STEPS = 128;
 
 // Scores stay near their reference: it is moved when the best of a step is farther from it.
@@ -77,7 +76,7 @@ Trellis::Trellis(const TimingModel& timing, const MarkLikelihood& likelihood,
     , m_references(m_marks.best.kept(), 0)
     , m_mark(timing.speeds())
     , m_gap(timing.speeds())
-    , m_jumpedFrom(JUMPS_KEPT_STEPS)
+    , m_jumpedFrom(KEPT_BACKS)
     , m_idle(1)
     , m_gapEnds(2 * CARRIER_BLOCK_STEPS, GapEnd())
 {
@@ -91,8 +90,7 @@ Trellis::Trellis(const TimingModel& timing, const MarkLikelihood& likelihood,
 Trellis::Ends Trellis::endsFor(const TimingModel& timing)
 {
     constexpr std::size_t LONGEST_STEPS = 44 * LANES; // groups of steps that are known to be alive
-    Ends ends;
-    ends.scores.assign(timing.speeds(), Recent<Score>(0, NEVER));
+    Ends ends = {RecentRows<Score>(timing.speeds(), NEVER), {}, {}, {}, {}};
     ends.lastLive.assign(timing.speeds(), -static_cast<std::int64_t>(LONGEST_STEPS));
     ends.best = Recent<Score>(LONGEST_STEPS, NEVER);
     ends.backs.resize(timing.speeds() * KEPT_BACKS);
@@ -104,15 +102,14 @@ void Trellis::keepEnough()
 {
     for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed) {
         const DurationTable& table = m_timing.table(speed);
-        m_gaps.scores[speed].keepMore(table.mark.exactly.size(), NEVER);
-        m_marks.scores[speed].keepMore(table.gap.exactly.size(), NEVER);
+        m_gaps.scores.keep(speed, table.mark.exactly.size());
+        m_marks.scores.keep(speed, table.gap.exactly.size());
     }
 }
 
 std::uint16_t& Trellis::back(Ends& ends, std::size_t speed, std::int64_t step) const
 {
-    const auto entry = static_cast<std::size_t>(step / m_timing.table(speed).stride);
-    return ends.backs[speed * KEPT_BACKS + entry % KEPT_BACKS];
+    return ends.backs[speed * KEPT_BACKS + static_cast<std::size_t>(step) % KEPT_BACKS];
 }
 
 const Trellis::Idle& Trellis::idleAt(std::int64_t step) const
@@ -169,26 +166,20 @@ void Trellis::open(Ends& ends)
 {
     ends.live.push();
     ends.best.push(NEVER);
-    for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed) {
-        if (m_now % m_timing.table(speed).stride != 0)
-            continue;
-        ends.scores[speed].push(NEVER);
+    ends.scores.push();
+    for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed)
         back(ends, speed, m_now) = 0;
-    }
 }
 
 // The evidence for marks that end now, of lengths that some path asks for.
 void Trellis::weighMarks()
 {
-    const auto steps = [](const LengthTable& lengths, int stride) {
-        return lengths.count * static_cast<std::size_t>(stride) - 1;
-    };
     m_longestMark = 0;
     m_longestGap = 0;
     for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed) {
         const DurationTable& table = m_timing.table(speed);
-        const std::size_t mark = steps(table.mark, table.stride);
-        const std::size_t gap = steps(table.gap, table.stride);
+        const std::size_t mark = table.mark.count - 1;
+        const std::size_t gap = table.gap.count - 1;
         if (m_now - m_gaps.lastLive[speed] <= static_cast<std::int64_t>(mark))
             m_longestMark = std::max(m_longestMark, mark);
         if (m_now - m_marks.lastLive[speed] <= static_cast<std::int64_t>(gap))
@@ -253,50 +244,34 @@ void Trellis::weighLengths(std::uint32_t reference, Weighed& weighed) const
 }
 
 void Trellis::weighLengths(const Ends& from, std::size_t longest, const std::int32_t* ratios,
-                           std::uint32_t reference, Strides& strides) const
+                           std::uint32_t reference, Lengths& lengths) const
 {
     // No path that began with less can come near the best.
     const auto least = static_cast<Score>(-NEAR_REFERENCE - toScore(m_parameters.beam));
     const std::size_t groups = wholeLanes(longest + 1) / LANES;
-    Lengths& fine = strides[0];
-    Lengths& coarse = strides[1];
-    // Every second of the last group and one more.
-    fine.offsets.resize((groups + 2) * LANES);
-    std::uint64_t live =
+    lengths.offsets.resize(groups * LANES);
+    const std::uint64_t live =
         weighGroups(from.live.groups(groups), groups, reference, m_references.data(), ratios,
-                    from.best.data(), least, fine.offsets.data());
-    std::fill_n(fine.offsets.begin() + static_cast<std::ptrdiff_t>(groups * LANES), 2 * LANES,
-                NEVER);
+                    from.best.data(), least, lengths.offsets.data());
     if (ratios)
-        fine.offsets[0] = NEVER; // a mark has a length
-    const auto runsOf = [](std::uint64_t bits, std::size_t count, std::vector<Run>& runs) {
-        runs.clear();
-        for (std::size_t group = 0; group < count; ++group) {
-            const std::size_t begin = group;
-            while (group < count && (bits >> group & 1) != 0)
-                ++group;
-            if (group > begin)
-                runs.push_back({begin * LANES, group * LANES});
-        }
-    };
-    runsOf(live, groups, fine.runs);
-
-    const std::size_t halves = (groups + 1) / 2;
-    coarse.offsets.resize(halves * LANES);
-    everySecond(fine.offsets.data() + m_now % 2, coarse.offsets.data(), halves * LANES);
-    std::uint64_t pairs = 0;
-    for (std::size_t half = 0; half < halves; ++half)
-        pairs |= std::uint64_t{(live >> (2 * half) & 3) != 0} << half;
-    runsOf(pairs, halves, coarse.runs);
+        lengths.offsets[0] = NEVER; // a mark has a length
+    lengths.runs.clear();
+    for (std::size_t group = 0; group < groups; ++group) {
+        const std::size_t begin = group;
+        while (group < groups && (live >> group & 1) != 0)
+            ++group;
+        if (group > begin)
+            lengths.runs.push_back({begin * LANES, group * LANES});
+    }
 }
 
 // The best length.
-Trellis::Choice Trellis::choose(const Recent<Score>& scores, const Lengths& lengths,
-                                const std::vector<Score>& table, int stride)
+Trellis::Choice Trellis::choose(const Score* scores, const Lengths& lengths,
+                                const std::vector<Score>& table)
 {
     const Peak peak =
-        peakOfSums(scores.data(), lengths.offsets.data(), table.data(), lengths.runs, table.size());
-    return {peak.score, static_cast<std::uint16_t>(static_cast<int>(peak.index) * stride)};
+        peakOfSums(scores, lengths.offsets.data(), table.data(), lengths.runs, table.size());
+    return {peak.score, static_cast<std::uint16_t>(peak.index)};
 }
 
 // The best mark that ends now, for each speed; the best of all of them.
@@ -309,12 +284,8 @@ Trellis::Total Trellis::chooseMarks()
         const DurationTable& table = m_timing.table(speed);
         Choice& choice = m_mark[speed];
         choice = {};
-        if (m_now % table.stride != 0)
-            continue;
-        const Lengths& lengths = m_weighed.marks[static_cast<std::size_t>(table.stride) - 1];
-        if (m_now - m_gaps.lastLive[speed] <
-            static_cast<std::int64_t>(table.mark.count) * table.stride)
-            choice = choose(m_gaps.scores[speed], lengths, table.mark.exactly, table.stride);
+        if (m_now - m_gaps.lastLive[speed] < static_cast<std::int64_t>(table.mark.count))
+            choice = choose(m_gaps.scores.row(speed), m_weighed.marks, table.mark.exactly);
         // Only at the end of a block is it known of a carrier that comes first that it is none.
         if (m_carrier.speed == static_cast<Speed>(speed) && steady > choice.score &&
             (m_carrier.afterMark || m_now % CARRIER_BLOCK_STEPS == 0) &&
@@ -333,21 +304,18 @@ Trellis::Total Trellis::chooseGaps(Idle& idle)
         const DurationTable& table = m_timing.table(speed);
         Choice& choice = m_gap[speed];
         choice = {};
-        if (m_now % table.stride != 0 ||
-            m_now - m_marks.lastLive[speed] >=
-                static_cast<std::int64_t>(table.gap.count) * table.stride)
+        if (m_now - m_marks.lastLive[speed] >= static_cast<std::int64_t>(table.gap.count))
             continue;
-        const Recent<Score>& scores = m_marks.scores[speed];
-        const Lengths& lengths = m_weighed.gaps[static_cast<std::size_t>(table.stride) - 1];
-        choice = choose(scores, lengths, table.gap.exactly, table.stride);
+        const Score* scores = m_marks.scores.row(speed);
+        choice = choose(scores, m_weighed.gaps, table.gap.exactly);
         best = std::max(best, choice.score);
         const std::size_t longest = table.gap.count - 1;
         if (scores[longest] > NEVER) {
-            const Total silent = m_reference + scores[longest] + lengths.offsets[longest] +
+            const Total silent = m_reference + scores[longest] + m_weighed.gaps.offsets[longest] +
                                  table.gap.atLeast[longest];
             if (silent > idle.score)
                 idle = {0, silent, static_cast<Speed>(speed),
-                        m_now - static_cast<std::int64_t>(longest) * table.stride};
+                        m_now - static_cast<std::int64_t>(longest)};
         }
     }
     return best > NEVER ? m_reference + best : IMPOSSIBLE;
@@ -360,7 +328,7 @@ void Trellis::endMarks(int cut)
         if (choice.score <= NEVER || choice.score < cut)
             continue;
         const auto score = static_cast<Score>(choice.score);
-        m_marks.scores[speed].data()[0] = score;
+        m_marks.scores.setNewest(speed, score);
         m_marks.best.data()[0] = std::max(m_marks.best[0], score);
         m_marks.lastLive[speed] = m_now;
         m_marks.live.setNewest();
@@ -385,15 +353,13 @@ void Trellis::endGaps(int cut, const Idle& idle)
             jumpedFrom = speed;
         }
     }
-    m_jumpedFrom[static_cast<std::size_t>(m_now % JUMPS_KEPT_STEPS)] =
+    m_jumpedFrom[static_cast<std::size_t>(m_now % static_cast<std::int64_t>(KEPT_BACKS))] =
         static_cast<Speed>(jumpedFrom);
 
     GapEnd best;
     int most = NEVER;
     for (int speed = 0; speed < speeds; ++speed) {
         const auto index = static_cast<std::size_t>(speed);
-        if (m_now % m_timing.table(index).stride != 0)
-            continue;
         int score = silence + m_start[index];
         std::uint16_t from = packed(FROM_BEGINNING, 0);
         const auto offer = [&](int offered, int origin, int length_steps) {
@@ -418,7 +384,7 @@ void Trellis::endGaps(int cut, const Idle& idle)
         }
         if (score < cut || score <= NEVER)
             continue;
-        m_gaps.scores[index].data()[0] = static_cast<Score>(score);
+        m_gaps.scores.setNewest(index, static_cast<Score>(score));
         m_gaps.lastLive[index] = m_now;
         m_gaps.live.setNewest();
         back(m_gaps, index, m_now) = from;
@@ -444,17 +410,13 @@ std::vector<Trellis::Open> Trellis::openPaths() const
     std::vector<Open> paths(m_timing.speeds());
     for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed) {
         const DurationTable& table = m_timing.table(speed);
-        const auto stride = static_cast<std::size_t>(table.stride);
-        const Choice gap = choose(m_marks.scores[speed], weighed.gaps[stride - 1],
-                                  table.gap.atLeast, table.stride);
-        const Choice mark = choose(m_gaps.scores[speed], weighed.marks[stride - 1],
-                                   table.mark.atLeast, table.stride);
+        const Choice gap = choose(m_marks.scores.row(speed), weighed.gaps, table.gap.atLeast);
+        const Choice mark = choose(m_gaps.scores.row(speed), weighed.marks, table.mark.atLeast);
         const bool inGap = gap.score >= mark.score;
         const Choice& better = inGap ? gap : mark;
         if (better.score > NEVER)
-            paths[speed] = {
-                m_reference + better.score,
-                {inGap, static_cast<Speed>(speed), m_now - m_now % table.stride - better.back}};
+            paths[speed] = {m_reference + better.score,
+                            {inGap, static_cast<Speed>(speed), m_now - better.back}};
     }
     return paths;
 }
@@ -524,13 +486,13 @@ std::optional<Trellis::Piece> Trellis::pieceBefore(const Place& place) const
 {
     const auto speed = static_cast<std::size_t>(place.speed);
     const DurationTable& table = m_timing.table(speed);
-    if ((m_now - place.step) / table.stride >= static_cast<std::int64_t>(KEPT_BACKS) - 1) {
+    if (m_now - place.step >= static_cast<std::int64_t>(KEPT_BACKS) - 1) {
         const auto found = m_trunk.find(place);
         return found == m_trunk.end() ? std::nullopt : std::optional<Piece>(*found);
     }
     const Ends& ends = place.mark ? m_marks : m_gaps;
-    const auto entry = static_cast<std::size_t>(place.step / table.stride);
-    const std::uint16_t back = ends.backs[speed * KEPT_BACKS + entry % KEPT_BACKS];
+    const std::uint16_t back =
+        ends.backs[speed * KEPT_BACKS + static_cast<std::size_t>(place.step) % KEPT_BACKS];
     if (back == 0)
         return {};
     Piece piece;
@@ -549,7 +511,8 @@ std::optional<Trellis::Piece> Trellis::pieceBefore(const Place& place) const
         piece.begin = {true, idle.speed, idle.markEnd};
     } else {
         const int from = origin == FROM_JUMP
-                             ? m_jumpedFrom[static_cast<std::size_t>(place.step % JUMPS_KEPT_STEPS)]
+                             ? m_jumpedFrom[static_cast<std::size_t>(
+                                   place.step % static_cast<std::int64_t>(KEPT_BACKS))]
                              : place.speed + origin - FROM_SLOWEST_NEIGHBOUR - NEIGHBOURS;
         piece.begin = {true, static_cast<Speed>(from), place.step - length};
         piece.kind = m_timing.table(static_cast<std::size_t>(from)).gapKind(length);

@@ -75,7 +75,7 @@ private:
     // What paths scored when one of their marks ended, or one of their gaps.
     struct Ends
     {
-        std::vector<Recent<Score>> scores;  // by speed, then by how many strides ago
+        RecentRows<Score> scores;           // by speed, then by how many steps ago
         std::vector<std::int64_t> lastLive; // by speed: step of the last that was alive
         Recent<Score> best;                 // of all speeds, by step
         LiveSteps live;
@@ -85,13 +85,12 @@ private:
     // Lengths that some path asks for, and what all paths of such a length have in common.
     struct Lengths
     {
-        std::vector<Score> offsets; // by index: steps / stride
+        std::vector<Score> offsets; // by length in steps
         std::vector<Run> runs;
     };
-    using Strides = std::array<Lengths, 2>; // by stride - 1
     struct Weighed
     {
-        Strides marks, gaps;
+        Lengths marks, gaps;
     };
 
     // The best way on for one speed at this step.
@@ -176,9 +175,9 @@ private:
     Total carrierEndingNow() const;
     void weighLengths(std::uint32_t reference, Weighed& weighed) const;
     void weighLengths(const Ends& from, std::size_t longest, const std::int32_t* ratios,
-                      std::uint32_t reference, Strides& strides) const;
-    static Choice choose(const Recent<Score>& scores, const Lengths& lengths,
-                         const std::vector<Score>& table, int stride);
+                      std::uint32_t reference, Lengths& lengths) const;
+    static Choice choose(const Score* scores, const Lengths& lengths,
+                         const std::vector<Score>& table);
     Total chooseMarks();
     Total chooseGaps(Idle& idle);
     void endMarks(int cut);

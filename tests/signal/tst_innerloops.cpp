@@ -90,13 +90,6 @@ private Q_SLOTS:
         weighGroups(1, 1, reference, references.data(), nullptr, best.data(), 0, offsets.data());
         QCOMPARE(int(offsets[3]), -300);
     }
-    void everySecondIsTaken()
-    {
-        const Score in[] = {1, 2, 3, 4, 5, 6};
-        Score out[3] = {};
-        everySecond(in, out, 3);
-        QVERIFY(out[0] == 1 && out[1] == 3 && out[2] == 5);
-    }
     void logarithmsAreWithinAMillionth()
     {
         for (double x = 1e-30; x < 1e30; x *= 1.37) {

@@ -89,7 +89,7 @@ private Q_SLOTS:
                 for (std::size_t i = lengths->count - 1; i > lengths->count / 4; --i) {
                     QVERIFY(std::fabs(std::log(longer) -
                                       double(lengths->atLeast[i]) / SCORES_PER_NAT) < 0.02);
-                    longer += probability(lengths->exactly[i]) * table.stride;
+                    longer += probability(lengths->exactly[i]);
                 }
             }
         }
@@ -112,8 +112,8 @@ private Q_SLOTS:
         const TimingModel timing(STEP_s, {});
         for (const double unit_steps : {5.0, 15.0, 50.0}) {
             const DurationTable& table = tableAt(timing, unit_steps);
-            const auto shortest = static_cast<std::size_t>(
-                std::lround(std::max(0.3 * table.unit_steps, 3.0) / table.stride));
+            const auto shortest =
+                static_cast<std::size_t>(std::lround(std::max(0.3 * table.unit_steps, 3.0)));
             QVERIFY(table.mark.exactly[shortest] > NEVER);
             QVERIFY(table.mark.exactly[shortest - 1] == NEVER);
         }
