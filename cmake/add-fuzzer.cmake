@@ -17,7 +17,7 @@ function(morsehandler_add_fuzzer entry)
     set(seeds ${CMAKE_CURRENT_SOURCE_DIR}/seeds/${entry} ${arg_SEEDS})
     if(MORSEHANDLER_FUZZING)
         # Of one input in so many the targets that use it check every property.
-        target_compile_definitions(${name} PRIVATE FUZZING_SHARE=64)
+        target_compile_definitions(${name} PRIVATE FUZZING_SHARE=256)
         target_link_options(${name} PRIVATE -fsanitize=fuzzer)
         # For scripts/fuzz.sh.
         list(JOIN seeds "\n" lines)

@@ -28,7 +28,7 @@ void requirePlainEntries(const MorseAlphabet& alphabet, int fileBytes)
         }
     }
     require(characters <= fileBytes, "no more characters than bytes");
-    require(alphabet.codes.size() <= fileBytes, "no more entries than bytes");
+    require(alphabet.lines.size() == alphabet.codes.size(), "every entry has its line");
 }
 
 void requireSameRewritten(const MorseAlphabet& alphabet)
@@ -73,11 +73,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     const QByteArray bytes = fuzzing::bytesOf(data, size);
     const MorseAlphabet alphabet = readAlphabetFile(bytes);
-    requirePlainEntries(alphabet, bytes.size());
+    require(alphabet.codes.size() <= bytes.size(), "no more entries than bytes");
     if (!fuzzing::isChecked(data, size))
         return 0;
 
     static const fuzzing::Folder folder;
+    requirePlainEntries(alphabet, bytes.size());
     requireSameRewritten(alphabet);
     MorseTranslator translator;
     require(translator.SetMorseAlphabet(folder.write("input.mal", bytes)), "a file can be loaded");

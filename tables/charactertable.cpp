@@ -2,17 +2,18 @@
 #include "tables/charactertable.h"
 
 #include <algorithm>
+#include <array>
 #include <numeric>
+#include <utility>
 #include <vector>
 
 namespace {
 
-constexpr int BYTES = 256;
+constexpr ushort BYTES = 256;
 
-// From so many characters of a text on, a table of all answers costs less than to look each of them
-// up. Backwards, a look-up walks through the entries.
+/// From so many characters of a text on, a table of all answers costs less than to look each of
+/// them up. Backwards every look-up walks through the entries, and the table always costs less.
 constexpr int WORTH_A_TABLE = 64;
-constexpr int WORTH_A_SEARCHED_TABLE = 16;
 
 ushort asByte(signed char key)
 {
@@ -45,62 +46,81 @@ QString eachCharacter(const QString& text, Translate translate)
     return result;
 }
 
-ushort backOf(const CharacterMapping& characters, ushort c)
+/// What is to be written for each byte. Other characters stay.
+class ForwardTable
 {
-    for (auto entry = characters.cbegin(); entry != characters.cend(); ++entry) {
-        if (entry->unicode() == c)
-            return entry.key() == 0 ? c : asByte(entry.key());
+public:
+    explicit ForwardTable(const CharacterMapping& characters)
+    {
+        std::iota(m_written.begin(), m_written.end(), ushort(0));
+        for (auto entry = characters.cbegin(); entry != characters.cend(); ++entry)
+            m_written[asByte(entry.key())] = displayed(*entry);
     }
-    return c;
+
+    QString Translate(const QString& text) const
+    {
+        const ushort* const written = m_written.data();
+        return eachCharacter(text, [=](ushort c) { return c < BYTES ? written[c] : c; });
+    }
+
+private:
+    std::array<ushort, BYTES> m_written;
+};
+
+/// Those of a stretch, in order, and a few behind it. A stretch may be long and is laid out for
+/// every text, so it is done in steps that the compiler makes one instruction of.
+std::vector<ushort> charactersFrom(ushort first, ushort last)
+{
+    constexpr std::size_t STEP = 8;
+    std::vector<ushort> characters((last - first + STEP) / STEP * STEP);
+    for (std::size_t start = 0; start < characters.size(); start += STEP) {
+        for (std::size_t i = 0; i < STEP; ++i)
+            characters[start + i] = static_cast<ushort>(first + start + i);
+    }
+    return characters;
 }
 
-/// What is to be written for each of a stretch of characters, one behind the other. Characters
-/// outside it stay.
-struct Stretch
+/// What is to be written for each character from the lowest to the highest that the table can give.
+/// Other characters stay.
+class BackTable
 {
-    ushort first = 0;
-    std::vector<ushort> written;
+public:
+    /// Of a table that is not empty.
+    explicit BackTable(const CharacterMapping& characters)
+    {
+        std::array<std::pair<ushort, ushort>, BYTES> entries;
+        std::size_t count = 0;
+        ushort highest = 0;
+        for (auto entry = characters.cbegin(); entry != characters.cend(); ++entry) {
+            const ushort c = entry->unicode();
+            entries[count++] = {c, asByte(entry.key())};
+            m_first = std::min(m_first, c);
+            highest = std::max(highest, c);
+        }
+        m_written = charactersFrom(m_first, highest);
+        // Backwards, so that of several keys the first in order is the one that stays.
+        while (count-- > 0) {
+            const auto [c, byte] = entries[count];
+            m_written[c - std::size_t(m_first)] = byte == 0 ? c : byte;
+        }
+    }
 
     QString Translate(const QString& text) const
     {
         // In locals, which what is written cannot overlap.
-        const ushort* const to = written.data();
-        const unsigned size = static_cast<unsigned>(written.size());
-        const ushort from = first;
+        const ushort* const written = m_written.data();
+        const unsigned size = static_cast<unsigned>(m_written.size());
+        const ushort first = m_first;
         return eachCharacter(text, [=](ushort c) {
-            const unsigned at = static_cast<unsigned>(c) - from;
-            return at < size ? to[at] : c;
+            const unsigned at = static_cast<unsigned>(c) - first;
+            return at < size ? written[at] : c;
         });
     }
+
+private:
+    ushort m_first = 0xFFFF;
+    std::vector<ushort> m_written;
 };
-
-/// All bytes.
-Stretch forwardStretch(const CharacterMapping& characters)
-{
-    Stretch forward;
-    forward.written.resize(BYTES);
-    std::iota(forward.written.begin(), forward.written.end(), ushort(0));
-    for (auto entry = characters.cbegin(); entry != characters.cend(); ++entry)
-        forward.written[asByte(entry.key())] = displayed(*entry);
-    return forward;
-}
-
-/// From the lowest to the highest character that the table can give.
-Stretch backStretch(const CharacterMapping& characters)
-{
-    const auto [lowest, highest] = std::minmax_element(characters.cbegin(), characters.cend());
-    Stretch back;
-    back.first = lowest->unicode();
-    back.written.resize(highest->unicode() - back.first + 1u);
-    std::iota(back.written.begin(), back.written.end(), back.first);
-    // Backwards, so that of several keys the first in order is the one that stays.
-    for (auto entry = characters.cend(); entry != characters.cbegin();) {
-        --entry;
-        const ushort c = entry->unicode();
-        back.written[c - back.first] = entry.key() == 0 ? c : asByte(entry.key());
-    }
-    return back;
-}
 
 } // namespace
 
@@ -134,14 +154,12 @@ QString translateForward(const CharacterMapping& characters, const QString& text
 {
     if (text.size() < WORTH_A_TABLE)
         return eachCharacter(text, [&](ushort c) { return forwardOf(characters, c); });
-    return forwardStretch(characters).Translate(text);
+    return ForwardTable(characters).Translate(text);
 }
 
 QString translateBack(const CharacterMapping& characters, const QString& text)
 {
     if (characters.isEmpty())
         return text;
-    if (text.size() < WORTH_A_SEARCHED_TABLE)
-        return eachCharacter(text, [&](ushort c) { return backOf(characters, c); });
-    return backStretch(characters).Translate(text);
+    return BackTable(characters).Translate(text);
 }
