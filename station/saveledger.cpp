@@ -87,9 +87,10 @@ bool SaveLedger::isWritten(SessionFileKind kind, long long bytes, long long unit
 
 void SaveLedger::documents(std::size_t waiting, std::size_t lost)
 {
+    const bool isFailing = waiting > 0 || lost > m_lostDocuments;
     m_waitingDocuments = waiting;
     m_lostDocuments = lost;
-    note(m_documents, waiting > 0, m_directory, QStringLiteral("cannot be written there"));
+    note(m_documents, isFailing, m_directory, QStringLiteral("cannot be written there"));
 }
 
 SaveLosses SaveLedger::losses()

@@ -928,14 +928,27 @@ private Q_SLOTS:
                  5000);
     }
 
+    // Only a file that is written tells that the disk is full.
+    void aFullDiskIsSaidAtTheStart()
+    {
+        QTemporaryDir dir;
+        QProcess shell;
+        shell.start(QStringLiteral("bash"),
+                    {"-c", QStringLiteral("ulimit -f 0; echo 0 3 | %1 symbols --save %2/saved -")
+                               .arg(QStringLiteral(MORSEHOST_PATH), dir.path())});
+        const Ended ended = end(shell);
+        verifyOneLine(ended, 1, "/saved: no file can be written there: ");
+        QCOMPARE(ended.out, QByteArray());
+    }
+
     void whatCannotBeSavedIsSaid_data()
     {
         QTest::addColumn<QString>("command");
         QTest::newRow("no room") << "ulimit -f 1; %1 symbols --save %2/saved %2/codes";
-        QTest::newRow("folder removed")
-            << "(cat %2/codes; until grep -q . %2/saved/*.txt;"
-               " do sleep 0.05; done 2>%2/none; rm -r %2/saved; cat %2/codes) |"
-               " %1 symbols --save %2/saved -";
+        QTest::newRow("folder removed") << "(cat %2/codes; until grep -q . %2/saved/*.txt;"
+                                           " do sleep 0.05; done 2>%2/none; "
+                                           "mv %2/saved %2/gone; rm -r %2/gone; cat %2/codes) |"
+                                           " %1 symbols --save %2/saved -";
     }
 
     void whatCannotBeSavedIsSaid()

@@ -287,6 +287,24 @@ private Q_SLOTS:
         QCOMPARE(log.said.filter("is written again").size(), 1);
     }
 
+    // The demodulator may use the eighth bit of a code for itself.
+    void dotsAndDashesCountWhateverTheirEighthBit()
+    {
+        const QTemporaryDir dir;
+        Log log;
+        StationSettings settings = at("One");
+        settings.saveDirectory = dir.filePath("missing");
+        MorseStation station(m_tree, settings, log);
+        QVERIFY(station.start());
+        station.transmissionStarted(0);
+        send(station, {0x80, 0x81, 0x80 | 3, 0x80 | 64}, 1);
+        const SaveLosses lost = station.stop();
+        QCOMPARE(lost.symbols, 2LL);
+        QCOMPARE(lost.characters, 1LL);
+        QCOMPARE(lost.documents, 1LL);
+        QCOMPARE(log.transmissions.at(0).text, QStringLiteral("A"));
+    }
+
     void aFolderThatVanishesIsSaidAtOnceAndWhenItIsBack()
     {
         const QTemporaryDir dir;

@@ -194,7 +194,10 @@ private Q_SLOTS:
         m_ledger->documents(0, 0);
         QCOMPARE(m_said.size(), 2);
         QVERIFY(!m_ledger->losses().any());
-        m_ledger->documents(0, 3);
+        m_ledger->documents(1, 2);
+        QCOMPARE(m_said.size(), 3);
+        m_ledger->documents(0, 3); // given up at the end, which is no good news
+        QCOMPARE(m_said.size(), 3);
         QCOMPARE(m_ledger->losses().documents, 3LL);
     }
 
