@@ -290,6 +290,41 @@ private Q_SLOTS:
         QCOMPARE(handler.AvailableAlphabets(), QStringList{"None"});
     }
 
+    void namesThatDifferInLetterCaseOnlyAreListedInAscendingOrder()
+    {
+        QTemporaryDir dir;
+        for (const char* name : {"latin.mal", "LATIN.mal", "Latin.mal", "b.mal", "A.mal"})
+            write(name, "", dir);
+        SimpleMorseHandler handler;
+        handler.SetAlphabetsDir(dir.path());
+        QCOMPARE(handler.AvailableAlphabets(),
+                 (QStringList{"None", "A", "b", "LATIN", "Latin", "latin"}));
+    }
+
+    void hiddenAlphabetsAreFoundInAnyLetterCaseAndNotListed()
+    {
+        QTemporaryDir dir;
+        write(".Secret.mal", "A\t.-\n\n", dir);
+        SimpleMorseHandler handler;
+        handler.SetAlphabetsDir(dir.path());
+        QCOMPARE(handler.AvailableAlphabets(), QStringList{"None"});
+        QVERIFY(handler.SetAlphabet(".secret"));
+        QCOMPARE(handler.Translate(".- "), "A");
+    }
+
+    void theEmptyFolderNameListsNothing()
+    {
+        const QString before = QDir::currentPath();
+        QTemporaryDir dir;
+        write("Here.mal", "A\t.-\n\n", dir);
+        QVERIFY(QDir::setCurrent(dir.path()));
+        SimpleMorseHandler handler;
+        handler.SetAlphabetsDir(QString());
+        const QStringList names = handler.AvailableAlphabets();
+        QDir::setCurrent(before);
+        QCOMPARE(names, QStringList{"None"});
+    }
+
     void aMissingFolderHoldsNoAlphabets()
     {
         SimpleMorseHandler handler;
