@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "station/mapstation.h"
 
-#include <QRegularExpression>
+#include "tables/displayname.h"
 
 #include <utility>
 
@@ -80,8 +80,12 @@ QStringList MapStation::mapsMeant(const QString& name)
     const QStringList offered = maps();
     if (offered.contains(name))
         return {name};
-    return offered.filter(
-        QRegularExpression(QStringLiteral("^%1 - [^-]*$").arg(QRegularExpression::escape(name))));
+    QStringList meant;
+    for (const QString& map : offered) {
+        if (nameOfDisplayName(map) == name)
+            meant += map;
+    }
+    return meant;
 }
 
 QString MapStation::currentMap()

@@ -6,6 +6,7 @@
 #include "station/io/input.h"
 #include "station/io/output.h"
 #include "station/io/systemtext.h"
+#include "tables/displayname.h"
 
 #include <QDir>
 
@@ -25,7 +26,7 @@ struct MeantMap
 
 MeantMap mapMeant(const FilterOptions& options, CodecHandler& handler)
 {
-    if (options.map.compare(QLatin1String("None"), Qt::CaseInsensitive) == 0)
+    if (isNoAlphabet(options.map))
         return {options.map, {}};
     const QVector<MapFile> files = mapFilesIn(QDir(options.mapsDirectory));
     const QStringList fitting = handler.AvailableAlphabets();
