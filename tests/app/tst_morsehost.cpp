@@ -957,7 +957,7 @@ private Q_SLOTS:
         QTemporaryDir dir;
         QFile codes(dir.filePath("codes"));
         QVERIFY(codes.open(QIODevice::WriteOnly));
-        for (int i = 0; i < 20000; ++i)
+        for (int i = 0; i < 2000; ++i)
             codes.write("0 0 0 3\n");
         codes.close();
         QProcess shell;
