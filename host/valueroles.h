@@ -27,12 +27,14 @@ template <typename EachRole>
 class ValueRoles
 {
 public:
+    /// The observer is the one that is registered with the values.
     ValueRoles(IObserver* observer, EachRole eachRole)
         : m_observer(observer)
         , m_eachRole(eachRole)
     {
     }
 
+    /// Whether `value` serves in any role.
     bool Hold(const Observable* value) const
     {
         bool isHeld = false;

@@ -34,6 +34,7 @@ struct ResultPolicy
 class HOST_API ResultPolicyScope
 {
 public:
+    /// Puts the policy in force.
     explicit ResultPolicyScope(ResultPolicy policy);
     ~ResultPolicyScope();
     ResultPolicyScope(const ResultPolicyScope&) = delete;
