@@ -14,6 +14,7 @@ struct Command
 };
 
 Command decodeCommand();
+Command bandCommand();
 Command inspectCommand();
 Command symbolsCommand();
 Command alphabetsCommand();

@@ -8,6 +8,7 @@ const std::vector<Command>& commands()
     // clang-format off
     static const std::vector<Command> rows = {
         decodeCommand(),
+        bandCommand(),
         inspectCommand(),
         symbolsCommand(),
         alphabetsCommand(),

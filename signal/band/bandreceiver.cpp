@@ -19,8 +19,6 @@ namespace demodulator {
 
 namespace {
 
-constexpr double LOWEST_RATE_Hz = 4000.0;
-constexpr double HIGHEST_RATE_Hz = 2.4e6;
 constexpr float LARGEST_SAMPLE = 8.0F; // well over full scale: clipped signals stay clipped
 
 constexpr std::int64_t BATCH_STEPS = 64;
@@ -64,7 +62,7 @@ float sane(float sample)
 
 bool usable(double rate_Hz)
 {
-    return rate_Hz >= LOWEST_RATE_Hz && rate_Hz <= HIGHEST_RATE_Hz;
+    return rate_Hz >= LOWEST_BAND_RATE_Hz && rate_Hz <= HIGHEST_BAND_RATE_Hz;
 }
 
 } // namespace

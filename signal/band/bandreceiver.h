@@ -31,6 +31,9 @@ public:
     virtual void signalLost(int signal) = 0;
 };
 
+constexpr double LOWEST_BAND_RATE_Hz = 4000.0;
+constexpr double HIGHEST_BAND_RATE_Hz = 2.4e6;
+
 struct BandSettings
 {
     BandFormat format;
@@ -50,7 +53,7 @@ struct BandSignal
     double snr_dB;
 };
 
-/// Precondition: 4 kHz <= rate <= 2.4 MHz; a receiver of any other rate hears nothing. Memory is
+/// A receiver of a rate beyond the limits above hears nothing. Memory is
 /// bounded: about 60 MB for each 192 kHz of the band, and what the signals need. The result depends
 /// neither on the number of threads nor on how the input is cut. The sink must outlive the
 /// receiver. Not for use from several threads at once.

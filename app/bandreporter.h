@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+// What the person at the program sees of a band.
+#pragma once
+
+#include "station/bandstation.h"
+#include "station/io/output.h"
+
+#include <memory>
+
+namespace morsehost {
+
+enum class BandForm {
+    Lines, ///< a line for each transmission, when it is over
+    Json,  ///< an object a line per event
+    Colon, ///< FREQUENCY:TEXT, word by word
+    Table, ///< who is there now, on a terminal
+};
+
+class BandReporter : public BandListener
+{
+public:
+    explicit BandReporter(Output& output)
+        : m_output(output)
+    {
+    }
+    BandReporter(const BandReporter&) = delete;
+    BandReporter& operator=(const BandReporter&) = delete;
+
+    void found(const BandEntry& signal) override;
+    void text(const BandEntry& signal, const QString& text) override;
+    void transmission(const Transmission& transmission) override;
+    void lost(const BandEntry& signal) override;
+    /// On standard error.
+    void saving(const QString& message) override;
+    /// So much has been heard, and this goes on now.
+    virtual void heard(double time_s, const std::vector<demodulator::BandSignal>& signals);
+
+protected:
+    Output& m_output;
+};
+
+/// `center_Hz` is what 0 Hz of the band is.
+std::unique_ptr<BandReporter> makeBandReporter(BandForm form, double center_Hz, Output& output);
+
+} // namespace morsehost

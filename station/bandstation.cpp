@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+#include "station/bandstation.h"
+
+namespace morsehost {
+
+BandListener::~BandListener() = default;
+
+// One signal's station, and what it reports.
+class BandStation::One : private StationListener
+{
+public:
+    One(HostTree& tree, const StationSettings& settings, const BandEntry& entry,
+        BandListener& listener)
+        : m_entry(entry)
+        , m_listener(listener)
+        , m_station(tree, settings, *this)
+    {
+        m_station.start();
+    }
+
+    MorseStation& station() { return m_station; }
+    BandEntry& entry() { return m_entry; }
+
+private:
+    void text(const QString& text) override
+    {
+        if (text != QLatin1String("\n"))
+            m_listener.text(m_entry, text);
+    }
+    void transmission(const Transmission& transmission) override
+    {
+        Transmission own = transmission;
+        own.number = m_entry.number;
+        if (own.tone_Hz)
+            own.frequency_Hz = m_entry.frequency_Hz - m_entry.tone_Hz + *own.tone_Hz;
+        m_listener.transmission(own);
+    }
+    void saving(const QString& message) override { m_listener.saving(message); }
+
+    BandEntry m_entry;
+    BandListener& m_listener;
+    MorseStation m_station;
+};
+
+BandStation::BandStation(const StationSettings& settings, double center_Hz, BandListener& listener)
+    : m_settings(settings)
+    , m_center_Hz(center_Hz)
+    , m_listener(listener)
+{
+}
+
+BandStation::~BandStation() = default;
+
+bool BandStation::canBegin()
+{
+    class Silent : public StationListener
+    {
+    } silent;
+    StationSettings settings = m_settings;
+    settings.place = QStringLiteral("Band1/Trial");
+    settings.saveDirectory.clear();
+    return MorseStation(m_tree, settings, silent).start();
+}
+
+void BandStation::signalFound(int signal, double tone_Hz, double snr_dB)
+{
+    const BandEntry entry = {signal, tone_Hz, m_center_Hz + tone_Hz, snr_dB};
+    StationSettings settings = m_settings;
+    settings.place = QStringLiteral("Band1/Signal%1").arg(signal);
+    settings.frequency_Hz = entry.frequency_Hz;
+    m_signals[signal] = std::make_unique<One>(m_tree, settings, entry, m_listener);
+    m_listener.found(entry);
+}
+
+void BandStation::transmissionStarted(int signal, double tone_Hz, std::int64_t time_us)
+{
+    One& one = *m_signals.at(signal);
+    one.entry().tone_Hz = tone_Hz;
+    one.entry().frequency_Hz = m_center_Hz + tone_Hz;
+    one.station().transmissionStarted(time_us);
+}
+
+void BandStation::symbol(int signal, int code, std::int64_t time_us)
+{
+    m_signals.at(signal)->station().symbol(code, time_us);
+}
+
+void BandStation::transmissionStopped(int signal, std::int64_t time_us,
+                                      const demodulator::SignalReport& report)
+{
+    m_signals.at(signal)->station().transmissionStopped(time_us, report);
+}
+
+void BandStation::signalLost(int signal)
+{
+    const auto found = m_signals.find(signal);
+    const SaveLosses lost = found->second->station().stop();
+    m_lost.symbols += lost.symbols;
+    m_lost.characters += lost.characters;
+    m_lost.documents += lost.documents;
+    m_listener.lost(found->second->entry());
+    m_signals.erase(found);
+}
+
+} // namespace morsehost

@@ -1,0 +1,260 @@
+// SPDX-License-Identifier: MIT
+// `morsehost band` from outside: its forms of output, its kinds of input, and what is wrong with
+// either.
+#include "support/keyer.h"
+#include "support/program.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <cstring>
+#include <vector>
+
+namespace {
+
+constexpr double RATE_Hz = 8000.0;
+constexpr double TONES_Hz[] = {-2000.0, 1500.0};
+const char* const TEXTS[] = {"CQ CQ DE DL0ABC DL0ABC K", "TEST G4XYZ G4XYZ TEST"};
+
+using testsupport::Ended;
+using Samples = std::vector<std::complex<float>>;
+
+Ended run(const QStringList& words, const QByteArray& input = QByteArray())
+{
+    return testsupport::run(QStringList("band") + words, input);
+}
+
+// Two signals, one on each side of the centre.
+const Samples& band()
+{
+    static const Samples samples = [] {
+        Samples sum;
+        const auto i = testsupport::noise(20.0, 0.01, RATE_Hz, "i");
+        const auto q = testsupport::noise(20.0, 0.01, RATE_Hz, "q");
+        for (std::size_t n = 0; n < i.size(); ++n)
+            sum.emplace_back(i[n], q[n]);
+        for (std::size_t one = 0; one < 2; ++one) {
+            testsupport::Hand hand;
+            hand.speed_wpm = one == 0 ? 20.0 : 26.0;
+            double start_s = 1.0;
+            for (const testsupport::Piece& piece :
+                 testsupport::keying(TEXTS[one], hand, TEXTS[one])) {
+                constexpr double EDGE_s = 0.005;
+                const double end_s = start_s + piece.duration_s;
+                for (auto n = static_cast<std::size_t>(start_s * RATE_Hz);
+                     piece.mark && static_cast<double>(n) < end_s * RATE_Hz; ++n) {
+                    const double t = static_cast<double>(n) / RATE_Hz;
+                    const double rising = std::clamp((t - start_s) / EDGE_s, 0.0, 1.0);
+                    const double falling = std::clamp((end_s - t) / EDGE_s, 0.0, 1.0);
+                    sum[n] += std::complex<float>(
+                        std::polar(0.3 * rising * falling, 6.283185307179586 * TONES_Hz[one] * t));
+                }
+                start_s = end_s;
+            }
+        }
+        return sum;
+    }();
+    return samples;
+}
+
+QByteArray raw(const QString& format)
+{
+    QByteArray bytes;
+    const auto put = [&](float value) {
+        if (format == QLatin1String("f32")) {
+            bytes.append(reinterpret_cast<const char*>(&value), 4);
+        } else if (format == QLatin1String("s16")) {
+            const auto number = static_cast<std::int16_t>(std::lround(32767.0F * value));
+            bytes.append(static_cast<char>(number & 0xFF));
+            bytes.append(static_cast<char>(number >> 8));
+        } else if (format == QLatin1String("u8")) {
+            bytes.append(static_cast<char>(std::lround(127.5F + 127.0F * value)));
+        } else {
+            bytes.append(static_cast<char>(std::lround(127.0F * value)));
+        }
+    };
+    for (const std::complex<float>& sample : band()) {
+        put(sample.real());
+        put(sample.imag());
+    }
+    return bytes;
+}
+
+const QStringList IQ = {"--iq", "--rate", "8000", "--start", "2026-05-12T10:15:00Z"};
+
+} // namespace
+
+class tst_Band : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aLineTellsOfEachTransmission_data()
+    {
+        QTest::addColumn<QString>("format");
+        for (const char* const format : {"s16", "f32", "u8", "s8"})
+            QTest::newRow(format) << format;
+    }
+    void aLineTellsOfEachTransmission()
+    {
+        QFETCH(QString, format);
+        const Ended ended =
+            run(IQ + QStringList{"--format", format, "--center", "7025000", "-"}, raw(format));
+        QCOMPARE(ended.err, QByteArray());
+        QCOMPARE(ended.status, 0);
+        const QString out = QString::fromUtf8(ended.out);
+        QVERIFY2(QRegularExpression("(?m)^ *7023\\.00 kHz  2[01] wpm  \\d+ dB  10:15:0[01]Z  "
+                                    "CQ CQ DE DL0ABC DL0ABC K$")
+                     .match(out)
+                     .hasMatch(),
+                 qPrintable(out));
+        QVERIFY2(QRegularExpression("(?m)^ *7026\\.50 kHz  2[67] wpm  \\d+ dB  10:15:0[01]Z  "
+                                    "TEST G4XYZ G4XYZ TEST$")
+                     .match(out)
+                     .hasMatch(),
+                 qPrintable(out));
+    }
+
+    void jsonTellsOfSignalsTextAndTransmissions()
+    {
+        const Ended ended =
+            run(IQ + QStringList{"--json", "--only", "7000000-7025000", "--center", "7025000", "-"},
+                raw("s16"));
+        QStringList events;
+        QString text;
+        QJsonObject transmission;
+        for (const QByteArray& line : ended.out.trimmed().split('\n')) {
+            const QJsonObject object = QJsonDocument::fromJson(line).object();
+            const QString event = object.value("event").toString();
+            if (event == "text")
+                text += object.value("text").toString();
+            else
+                events += event + object.value("state").toString();
+            if (event == "transmission")
+                transmission = object;
+            QCOMPARE(object.value("number").toInt(), 1);
+        }
+        QCOMPARE(events, QStringList({"signalfound", "transmission", "signallost"}));
+        QCOMPARE(text.trimmed(), QString(TEXTS[0]));
+        QCOMPARE(transmission.value("text").toString().trimmed(), QString(TEXTS[0]));
+        QVERIFY(std::fabs(transmission.value("frequency_Hz").toDouble() - 7023000.0) < 2.0);
+        QVERIFY(std::fabs(transmission.value("tone_Hz").toDouble() + 2000.0) < 2.0);
+        QVERIFY(transmission.value("start").toString().startsWith("2026-05-12T10:15:0"));
+    }
+
+    void colonLinesAreAsOthersWriteThem()
+    {
+        const Ended ended = run(IQ + QStringList{"--form", "colon", "-"}, raw("s16"));
+        QString texts[2];
+        for (const QByteArray& line : ended.out.trimmed().split('\n')) {
+            const int colon = line.indexOf(':');
+            const int frequency_Hz = line.left(colon).toInt();
+            QVERIFY(std::abs(frequency_Hz + 2000) < 2 || std::abs(frequency_Hz - 1500) < 2);
+            texts[frequency_Hz > 0] += QString::fromUtf8(line.mid(colon + 1));
+        }
+        QCOMPARE(texts[0].simplified(), QString(TEXTS[0]));
+        QCOMPARE(texts[1].simplified(), QString(TEXTS[1]));
+    }
+
+    void theTableShowsWhoSends()
+    {
+        const Ended ended = run(IQ + QStringList{"--table", "-"}, raw("s16"));
+        QVERIFY(ended.out.startsWith("\x1b[H\x1b[J"));
+        QVERIFY2(ended.out.contains("1.50 kHz") && ended.out.contains("-2.00 kHz") &&
+                     ended.out.contains("DL0ABC"),
+                 ended.out.constData());
+    }
+
+    void theOutputDoesNotDependOnTheNumberOfJobs()
+    {
+        const Ended one = run(IQ + QStringList{"--jobs", "1", "--json", "-"}, raw("s16"));
+        const Ended three = run(IQ + QStringList{"--jobs", "3", "--json", "-"}, raw("s16"));
+        QVERIFY(!one.out.isEmpty());
+        QCOMPARE(three.out, one.out);
+    }
+
+    void eachSignalHasFilesOfItsOwn()
+    {
+        const QTemporaryDir folder;
+        const Ended ended =
+            run(IQ + QStringList{"--save", folder.filePath("saved"), "--center", "7025000", "-"},
+                raw("s16"));
+        QCOMPARE(ended.status, 0);
+        QStringList texts;
+        const QDir saved(folder.filePath("saved"));
+        for (const QString& name : saved.entryList({"*International*.txt"})) {
+            QFile file(saved.filePath(name));
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            texts += QString::fromUtf8(file.readAll()).simplified();
+        }
+        texts.sort();
+        QCOMPARE(texts, QStringList({TEXTS[0], TEXTS[1]}));
+    }
+
+    void inputThatIsCutIsReadAsFarAsItGoes()
+    {
+        const Ended ended = run(IQ + QStringList{"-"}, raw("s16").chopped(3));
+        QCOMPARE(ended.status, 1);
+        QCOMPARE(ended.err, QByteArray("morsehost: standard input: ends in the middle of a "
+                                       "sample\n"));
+        QVERIFY(ended.out.contains("DL0ABC DL0ABC K"));
+    }
+
+    void tooManySignalsAreSaid()
+    {
+        const Ended ended = run(IQ + QStringList{"--most", "1", "-"}, raw("s16"));
+        QVERIFY2(ended.err.contains("dropped"), ended.err.constData());
+        QCOMPARE(ended.status, 0);
+    }
+
+    void whatCannotBeUsedIsRefused_data()
+    {
+        QTest::addColumn<QStringList>("words");
+        QTest::addColumn<QByteArray>("input");
+        QTest::addColumn<int>("status");
+        QTest::newRow("no such file") << QStringList{"missing.wav"} << QByteArray() << 1;
+        QTest::newRow("no such file of I/Q")
+            << QStringList{"--iq", "missing.wav"} << QByteArray() << 1;
+        QTest::newRow("a folder") << QStringList{"--iq", "/"} << QByteArray() << 1;
+        QTest::newRow("no recording")
+            << QStringList{"--iq", "/proc/self/status"} << QByteArray() << 1;
+        QTest::newRow("format") << QStringList{"--format", "s24", "-"} << QByteArray() << 2;
+        QTest::newRow("form") << QStringList{"--form", "csv", "-"} << QByteArray() << 2;
+        QTest::newRow("two forms") << QStringList{"--json", "--table", "-"} << QByteArray() << 2;
+        QTest::newRow("rate too low") << QStringList{"--rate", "3000", "-"} << QByteArray() << 2;
+        QTest::newRow("rate of a file")
+            << QStringList{"--rate", "8000", "x.wav"} << QByteArray() << 2;
+        QTest::newRow("limits the wrong way round")
+            << QStringList{"--only", "200-100", "-"} << QByteArray() << 2;
+        QTest::newRow("limits that are none")
+            << QStringList{"--only", "20", "-"} << QByteArray() << 2;
+    }
+    void whatCannotBeUsedIsRefused()
+    {
+        QFETCH(QStringList, words);
+        QFETCH(QByteArray, input);
+        QFETCH(int, status);
+        const Ended ended = run(words, input);
+        QCOMPARE(ended.status, status);
+        QVERIFY(ended.out.isEmpty());
+        QVERIFY(ended.err.startsWith("morsehost: "));
+    }
+
+    void nothingIsHeardInNothing()
+    {
+        const Ended ended = run(QStringList{"-"});
+        QCOMPARE(ended.status, 0);
+        QVERIFY(ended.out.isEmpty());
+        QVERIFY(ended.err.isEmpty());
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_Band)
+#include "tst_band.moc"
