@@ -11,6 +11,7 @@ trap 'rm -rf "$saved"' EXIT
 TZ=UTC build/dev/bin/morsehost decode --save "$saved" --frequency 7025000 \
     --start 2026-05-12T10:15:00Z tests/data/recordings/three-overs.flac >/dev/null
 golden=tests/data/golden/three-overs
+LC_ALL=C # "….xml" stands before "…_2.xml"
 mkdir -p "$golden"
 cp "$saved"/*_MO__7_025MHz.txt "$golden/code.txt"
 cp "$saved"/*__International.txt "$golden/text.txt"

@@ -38,7 +38,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("golden");
         const QString stamp = QStringLiteral("\\d{8}_\\d{6}_1_MO__7_025MHz");
         const QString document =
-            QStringLiteral("TavikResultData_\\d{4}_\\d\\d_\\d\\d__\\d\\d_\\d\\d_\\d\\d\\.xml");
+            QStringLiteral("TavikResultData_\\d{4}(_\\d\\d){2}__\\d\\d(_\\d\\d){2}(_\\d)?\\.xml");
         QTest::newRow("codes") << stamp + "\\.txt" << 0 << "code.txt";
         QTest::newRow("text") << stamp + "__International\\.txt" << 0 << "text.txt";
         QTest::newRow("first document") << document << 0 << "document1.xml";
