@@ -20,12 +20,13 @@ struct Input
     double rate_Hz;
 };
 
-/// One word of a line, or a mark between messages.
+/// One word of a line.
 struct Word
 {
     unsigned elements = 0; ///< first data element is bit 0; a combination of ITA2 for CCIR 476
     double begin = 0.0;    ///< samples of the input
     double end = 0.0;
+    bool isDoubtful = false; ///< may be another one, or one before it may have been missed
 };
 
 class Channel

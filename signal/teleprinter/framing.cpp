@@ -59,6 +59,14 @@ public:
         return likelihood(SPACE, 0) - either(0) + likelihood(MARK, m_bits + 1) - either(m_bits + 1);
     }
 
+    float leastMargin() const
+    {
+        float least = std::fabs(margin(0));
+        for (std::size_t bit = 1; bit < m_bits; ++bit)
+            least = std::min(least, std::fabs(margin(bit)));
+        return least;
+    }
+
     // Tries the doubtful elements both ways, the phase of each tone kept through the character.
     void refine(const Words& turns)
     {
@@ -259,10 +267,13 @@ Frames findFrames(const Evidence& evidence, const FrameSearch& search, const Pau
         const auto i = static_cast<std::size_t>(end - frame);
         const int nodes = end - frame - starts[i].lastEnd;
         const int pause = starts[i].lastEnd < 0 || nodes > PausePrior::LONGEST ? -1 : nodes;
-        if (starts[i].lastEnd >= 0 && idle[i] < idle[static_cast<std::size_t>(starts[i].lastEnd)])
+        const bool isAfterSilence =
+            starts[i].lastEnd >= 0 && idle[i] < idle[static_cast<std::size_t>(starts[i].lastEnd)];
+        if (isAfterSilence)
             frames.unexplained += nodes;
         const Candidate candidate(evidence, search, end - frame);
-        frames.list.push_back({end - frame, pause, words[i], scores[i], candidate.framing()});
+        frames.list.push_back({end - frame, pause, words[i], scores[i], candidate.framing(),
+                               candidate.leastMargin(), isAfterSilence});
         end = starts[i].lastEnd;
     }
     std::reverse(frames.list.begin(), frames.list.end());

@@ -55,6 +55,8 @@ struct Frame
     float score = 0.0F; ///< logarithm of the likelihood against noise alone
     /// Part of it that start and stop bring over elements that may be either.
     float framing = 0.0F;
+    float margin = 0.0F;       ///< of its least sure data element
+    bool afterSilence = false; ///< neither mark nor character came before it
 };
 
 struct FrameSearch

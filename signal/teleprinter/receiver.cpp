@@ -178,7 +178,7 @@ private:
             m_end_us = time_us(word.end);
             // Phasing signals are no characters.
             if (!isSynchronous || word.elements <= ITA2_LETTERS)
-                write(m_reader->read(word.elements));
+                write(m_reader->read(word.elements, word.isDoubtful));
         }
     }
 

@@ -32,6 +32,7 @@ constexpr double IDLE_AT_MOST_s = 20.0; // without a character
 constexpr float PRESENT_per_s = 8.0F;   // logarithm of the likelihood of a signal
 constexpr float LEAST_FRAMING_MEAN = 0.1F;
 constexpr float GOOD_FRAME = 3.0F;
+constexpr float DOUBTFUL = 3.0F; // least margin of an element
 
 class StartStopChannel : public Channel
 {
@@ -101,7 +102,8 @@ private:
             isAfterFrame = true;
             framing += found.framing;
             ++count;
-            words.push_back({found.word, begin, grid.at(found.node + frame)});
+            words.push_back({found.word, begin, frameEnd,
+                             found.margin < DOUBTFUL || found.afterSilence || !m_isAfterFrame});
             const float weight = std::clamp(found.framing, 0.0F, 1.0F);
             m_pauses.learn(found.pause, weight);
             if (found.score > GOOD_FRAME)

@@ -17,44 +17,67 @@ public:
     {
     }
 
-    std::string read(unsigned word) override
+    std::string read(unsigned word, bool isDoubtful) override
     {
         observe(word);
+        m_isDoubtful = m_isDoubtful || isDoubtful;
         if (word == ITA2_FIGURES || word == ITA2_LETTERS) {
             m_figures = word == ITA2_FIGURES;
+            m_isDoubtful = isDoubtful;
             return std::string();
         }
         const std::uint8_t character = ita2Character(word, m_figures);
-        if (word == ITA2_BLANK && unshiftsOnBlank())
+        if (word == ITA2_BLANK && unshiftsOnBlank()) {
             m_figures = false;
+            m_isDoubtful = false;
+        }
         return character != 0 ? std::string(1, static_cast<char>(character)) : std::string();
     }
 
 private:
     bool unshiftsOnBlank() const
     {
-        return m_unshift == Unshift::OnBlank || (m_unshift == Unshift::WhereSenderDoes &&
-                                                 m_repeated >= 2 && 2 * m_repeated > m_notRepeated);
+        if (m_unshift != Unshift::WhereSenderDoes)
+            return m_unshift == Unshift::OnBlank;
+        const bool isRepeating = m_repeated >= 2 && m_repeated > m_reliedOn;
+        return isRepeating || (m_isDoubtful && m_reliedOn < 2);
     }
 
-    // Only a sender whose own machine unshifts repeats the figure shift after a blank.
+    // Only a sender whose own machine unshifts repeats the figure shift after a blank; another
+    // sends groups of digits one after the other.
     void observe(unsigned word)
     {
-        if (m_afterBlankInFigures && word == ITA2_FIGURES)
-            ++m_repeated;
-        else if (m_afterBlankInFigures && word != ITA2_LETTERS && word != ITA2_BLANK)
-            ++m_notRepeated;
-        if (word == ITA2_FIGURES || word == ITA2_LETTERS)
-            m_sentFigures = word == ITA2_FIGURES;
-        m_afterBlankInFigures = word == ITA2_BLANK && m_sentFigures;
+        const bool isShift = word == ITA2_FIGURES || word == ITA2_LETTERS;
+        if (word == ITA2_BLANK || isShift) {
+            if (m_group == Group::Digits && m_groupLength >= LEAST_GROUP)
+                ++m_reliedOn;
+            if (m_groupLength == 0 && m_group == Group::Digits && word == ITA2_FIGURES)
+                ++m_repeated;
+            if (isShift)
+                m_sentFigures = word == ITA2_FIGURES;
+            m_group = word == ITA2_BLANK && m_sentFigures ? Group::Digits : Group::Other;
+            m_groupLength = 0;
+            return;
+        }
+        const std::uint8_t figure = ita2Character(word, true);
+        if (figure < '0' || figure > '9')
+            m_group = Group::Other;
+        ++m_groupLength;
     }
+
+    static constexpr int LEAST_GROUP = 3;
+
+    // What follows a blank in figures, without a shift: so far nothing but digits, or anything.
+    enum class Group { Other, Digits };
 
     Unshift m_unshift;
     bool m_figures = false;
-    bool m_sentFigures = false; // the last shift that was sent
-    bool m_afterBlankInFigures = false;
+    bool m_isDoubtful = false;  // whether there was no other shift since the last that was read
+    bool m_sentFigures = false; // the last shift that was read
+    Group m_group = Group::Other;
+    int m_groupLength = 0;
     int m_repeated = 0;
-    int m_notRepeated = 0;
+    int m_reliedOn = 0;
 };
 
 class AsciiReader : public TextReader
@@ -65,7 +88,7 @@ public:
     {
     }
 
-    std::string read(unsigned word) override
+    std::string read(unsigned word, bool /*isDoubtful*/) override
     {
         if (m_isKnown)
             return std::string(1, characterOf(word));

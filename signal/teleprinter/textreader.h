@@ -13,8 +13,10 @@ namespace teleprinter {
 
 enum class Unshift {
     Never,
-    OnBlank,         ///< a blank brings back the letters
-    WhereSenderDoes, ///< on a blank, once the sender repeats the figure shift after blanks
+    OnBlank, ///< a blank brings back the letters
+    /// On a blank, once the sender repeats the figure shift after blanks; and where the letter
+    /// shift may have been missed, unless the sender's figures are known to go on after a blank.
+    WhereSenderDoes,
 };
 
 class TextReader
@@ -22,8 +24,9 @@ class TextReader
 public:
     virtual ~TextReader();
 
-    /// What can be read up to this word; first data element is bit 0.
-    virtual std::string read(unsigned word) = 0;
+    /// What can be read up to this word; first data element is bit 0. `isDoubtful`: it may have
+    /// been another one, or one before it may have been missed.
+    virtual std::string read(unsigned word, bool isDoubtful = false) = 0;
     /// What still waited for further words.
     virtual std::string finish();
 };

@@ -22,6 +22,7 @@ constexpr double LENGTH_GAIN = 0.08;
 constexpr int KNOWN_AFTER = 2;        // spans, until the phases are kept through a word
 constexpr float PRESENT = 2.0F;       // of a word: logarithm of the likelihood of a signal
 constexpr float PRESENT_TWICE = 6.0F; // of a character
+constexpr float DOUBTFUL = 3.0F;      // margin of a character
 constexpr float FORMLESS = 0.2F;      // mean of a word; 1.3 is all there can be
 constexpr double OVER_AFTER_s = 3.0;
 constexpr float FADED = 0.95F; // of what was known of the order, a character
@@ -152,8 +153,11 @@ private:
     void put(const WordLikelihoods& likelihoods, std::vector<Word>& words)
     {
         const double begin = m_slots.front().begin;
+        const Chosen chosen = choose(likelihoods);
         if (meanOf(likelihoods) > PRESENT_TWICE)
-            words.push_back({choose(likelihoods).word, begin, begin + WORD_ELEMENTS * m_bit});
+            words.push_back({chosen.word, begin, begin + WORD_ELEMENTS * m_bit,
+                             m_isMissed || chosen.margin < DOUBTFUL});
+        m_isMissed = meanOf(likelihoods) <= PRESENT_TWICE;
     }
 
     static float anyWord(const Evidence& evidence, int node)
@@ -187,6 +191,7 @@ private:
     std::size_t m_given = 0; // number of the first slot that is kept
     float m_alike[2] = {0.0F, 0.0F};
     bool m_isOrdered = false;
+    bool m_isMissed = false; // the last character
     bool m_wasHeard = false;
     bool m_isOver = false;
     double m_absent_s = 0.0;

@@ -61,6 +61,32 @@ private Q_SLOTS:
         QCOMPARE(readAll(*reader, {FIGURES, Q, BLANK, Q, BLANK, Q, BLANK, Q}), QString("1 1 1 1"));
     }
 
+    void blankBringsTheLettersWhereALetterShiftMayHaveBeenMissed()
+    {
+        const auto reader = makeIta2Reader(Unshift::WhereSenderDoes);
+        std::string text = reader->read(FIGURES);
+        text += reader->read(Q);
+        text += reader->read(Q, true);
+        text += reader->read(BLANK);
+        text += reader->read(Q);
+        QCOMPARE(QString::fromStdString(text), QString("11 Q"));
+    }
+
+    void groupsOfDigitsGoOnAfterABlankAlsoWhereSomethingWasMissed()
+    {
+        const auto reader = makeIta2Reader(Unshift::WhereSenderDoes);
+        std::string text = reader->read(FIGURES);
+        for (int group = 0; group < 4; ++group) {
+            for (int digit = 0; digit < 3; ++digit)
+                text += reader->read(Q);
+            text += reader->read(BLANK);
+        }
+        text += reader->read(Q, true);
+        text += reader->read(BLANK);
+        text += reader->read(Q);
+        QCOMPARE(QString::fromStdString(text), QString("111 111 111 111 1 1"));
+    }
+
     void parityIsLeftOut_data()
     {
         QTest::addColumn<bool>("odd");
