@@ -166,6 +166,7 @@ private:
         m_reader = kind.code == Code::Ascii ? makeAsciiReader(kind.dataBits)
                                             : makeIta2Reader(m_settings.unshift);
         m_messages.begin(kind.code == Code::Ccir476);
+        m_isWaiting = false;
         m_checks = 0;
         m_nextSearch = end + samples(CHECK_EVERY_s);
     }
@@ -174,11 +175,16 @@ private:
     {
         const bool isSynchronous = m_channel->line().kind.code == Code::Ccir476;
         for (const Word& word : words) {
-            m_begin_us = time_us(word.begin);
+            // A shift belongs to the character that it is for.
+            if (!m_isWaiting)
+                m_begin_us = time_us(word.begin);
             m_end_us = time_us(word.end);
             // Phasing signals are no characters.
-            if (!isSynchronous || word.elements <= ITA2_LETTERS)
-                write(m_reader->read(word.elements, word.isDoubtful));
+            if (isSynchronous && word.elements > ITA2_LETTERS)
+                continue;
+            const std::string text = m_reader->read(word.elements, word.isDoubtful);
+            m_isWaiting = text.empty();
+            write(text);
         }
     }
 
@@ -212,7 +218,8 @@ private:
     std::int64_t m_heardUntil = 0; // what is before belongs to a signal that is over
     std::unique_ptr<Channel> m_channel;
     std::unique_ptr<TextReader> m_reader;
-    std::int64_t m_begin_us = 0; // of the last word
+    bool m_isWaiting = false;    // what was read has not given a character yet
+    std::int64_t m_begin_us = 0; // of what gives the next character
     std::int64_t m_end_us = 0;
 };
 
