@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Sound through the demodulator. The input: a byte each for the sample rate, for the tone and the
-// speed that the demodulator is told, and for the kind of the rest, which is samples of 8 bits,
+// speed that the demodulator is given, and for the kind of the rest, which is samples of 8 bits,
 // samples as floating-point numbers, or keying: marks and spaces in turn, in steps of 10 ms. The
 // bit 4 of the kind asks for the same again in pieces.
 #include "fuzz/fuzzing.h"

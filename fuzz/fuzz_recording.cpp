@@ -53,7 +53,7 @@ std::optional<Reading> readRecording(const QString& path, std::optional<int> cha
         const auto count = static_cast<long long>(reading.samples.size());
         require(count <= *frames, "no more samples than announced");
         require(!reading.isWhole || count == *frames || !reading.error.isEmpty(),
-                "an early end is told");
+                "an early end is reported");
     }
     return reading;
 }

@@ -178,7 +178,7 @@ private:
     {
         if (m_previous_us != NO_TIME && m_current_us != NO_TIME) {
             symbols += '\n';
-            // Equal to what is there, so nobody is told.
+            // Equal to what is there, so nobody is notified.
             if (published.isEmpty() || published.last() != "\n")
                 published += "\n";
             const QString marks = std::exchange(m_marks, QString());

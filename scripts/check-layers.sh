@@ -47,7 +47,7 @@ if grep -nE '^#include' morse/symbolcodes.h; then
     echo "morse/symbolcodes.h includes what it may not"
     status=1
 fi
-# What the demodulator saw and how that is drawn is told in memory, not in files.
+# What the demodulator saw and how that is drawn is reported in memory, not in files.
 if grep -nE '^#include <(Q[A-Za-z]*(File|Dir)[A-Za-z]*|QTextStream|fstream|filesystem|cstdio|fcntl\.h|unistd\.h)>' \
     signal/*/*.{h,cpp} station/picture/*.{h,cpp}; then
     echo "signal and station/picture know no files"

@@ -76,7 +76,7 @@ check_clazy() {
             --header-filter="$PWD/(host|tables|morse|charmap|session|signal|station|app|fuzz)/" 2>&1 | findings
 }
 
-# What is passed by value because an interface demands it is left to clang-tidy, which is told so.
+# What is passed by value because an interface demands it is left to clang-tidy, which knows of it.
 check_cppcheck() {
     sources '*.cpp' | xargs cppcheck -q -j "$jobs" --std=c++17 --library=qt --library=posix \
         --enable=warning,performance,portability --suppress=passedByValue --inline-suppr \
@@ -87,7 +87,7 @@ check_cppcheck() {
 # Tables and test data are in other languages; "catched" is a text that hosts filter by.
 check_spelling() {
     sources ':!data/alphabets/*.mal' ':!data/maps/*' ':!tests/data/*' ':!fuzz/seeds/*' '*' |
-        xargs codespell --ignore-words-list=bloc,catched,dedented,nd,ontext,statics,te
+        xargs codespell --ignore-words-list=atleast,bloc,catched,dedented,nd,ontext,statics,te,upto
 }
 
 # Each public header can be included by itself.

@@ -167,7 +167,7 @@ QString manualPage(const std::vector<Command>& commands,
     page += QStringLiteral(".SH \"EXIT STATUS\"\n"
                            ".TP\n0\nAll was done.\n"
                            ".TP\n1\nAn input cannot be used, or an output not be written.\n"
-                           ".TP\n2\nThe words of the command line cannot be used.\n"
+                           ".TP\n2\nUsage error.\n"
                            ".SH FILES\n"
                            "What ships with the program lies in\n"
                            ".I ../share/morsehandler\n"

@@ -176,7 +176,7 @@ QString Shell::run(const QString& script, int* status, const QStringList& option
         shell.closeWriteChannel();
     }
     // Elsewhere a block may be the installation of a compiler.
-    if (!shell.waitForFinished(m_wrapper.isEmpty() ? 240000 : 1800000))
+    if (!shell.waitForFinished(1800000))
         shell.kill();
     *status = shell.exitStatus() == QProcess::NormalExit && shell.error() == QProcess::UnknownError
                   ? shell.exitCode()

@@ -37,7 +37,7 @@ QString installed()
         cmake.start(QStringLiteral("cmake"),
                     {QStringLiteral("--install"), QStringLiteral(BUILD_DIR),
                      QStringLiteral("--prefix"), folder.path()});
-        return cmake.waitForFinished(60000) && cmake.exitCode() == 0;
+        return cmake.waitForFinished(1800000) && cmake.exitCode() == 0;
     }();
     return isThere ? folder.path() : QString();
 }
@@ -264,7 +264,7 @@ private Q_SLOTS:
         follow.start(
             QStringLiteral(PROGRAMS_DIR "/followpage"),
             {page.fileName(), QStringLiteral("env"), QStringLiteral("-C"), machine.path()});
-        QVERIFY(follow.waitForFinished());
+        QVERIFY(follow.waitForFinished(1800000));
         const QString printed = QString::fromUtf8(follow.readAllStandardOutput());
         QTEST(follow.exitCode(), "status");
         QFETCH(QString, said);

@@ -97,11 +97,11 @@ void tst_Lint::eachTrapHasItsFinding_data()
         "A\t.-\nΒ\t-...\nΓ\t--.\n\n",
         {"1? the key \"A\" (U+0041) is Latin in an alphabet that is Greek; it looks like \"Α\" "
          "(U+0391)"});
-    row("a Cyrillic letter in a Latin alphabet is told", mal, "A\t.-\nB\t-...\nЖ\t...-\n\n",
+    row("a Cyrillic letter in a Latin alphabet is reported", mal, "A\t.-\nB\t-...\nЖ\t...-\n\n",
         {"3? the key \"Ж\" (U+0416) is Cyrillic in an alphabet that is Latin"});
-    row("a letter of a script without a name is told", mal, "A\t.-\nB\t-...\nԱ\t.-.-\n\n",
+    row("a letter of a script without a name is reported", mal, "A\t.-\nB\t-...\nԱ\t.-.-\n\n",
         {"3? the key \"Ա\" (U+0531) is of another script in an alphabet that is Latin"});
-    row("a word of mixed scripts is told", mal, "Α\t.-\nΒ\t-...\nΟK\t----\n\n",
+    row("a word of mixed scripts is reported", mal, "Α\t.-\nΒ\t-...\nΟK\t----\n\n",
         {"3? the key \"K\" (U+004B) is Latin in an alphabet that is Greek; it looks like \"Κ\""});
     row("a key given twice is replaced", mal, "A\t.-\nB\t-...\nA\t.-.-\n\n",
         {"3: the key \"A\" (U+0041) was given in line 1 already"});
@@ -116,25 +116,26 @@ void tst_Lint::eachTrapHasItsFinding_data()
         "A\t.-\n@ TextDirection\tRL\n\n",
         {"2: a header line below any other line is an entry",
          "2: the code of \"@ TextDirection\" holds \"R\""});
-    row("an empty code is told", mal, "A\t.-\nB\t\n\n", {"2: the code of \"B\" (U+0042) is empty"});
-    row("two keys without codes are told once each", mal, "A\t\nB\t\n\n",
+    row("an empty code is reported", mal, "A\t.-\nB\t\n\n",
+        {"2: the code of \"B\" (U+0042) is empty"});
+    row("two keys without codes are reported once each", mal, "A\t\nB\t\n\n",
         {"1: the code of \"A\" (U+0041) is empty", "2: the code of \"B\" (U+0042) is empty"});
-    row("a code of other characters is told", mal, "A\t.-\nB\t-··\n\n",
+    row("a code of other characters is reported", mal, "A\t.-\nB\t-··\n\n",
         {"2: the code of \"B\" (U+0042) holds \"·\" (U+00B7)"});
-    row("a blank behind the code is told", mal, "A\t.- \n\n",
+    row("a blank behind the code is reported", mal, "A\t.- \n\n",
         {"1: the code of \"A\" (U+0041) holds \" \" (U+0020)"});
-    row("a header that is switched off by the next is told", mal,
+    row("a header that is switched off by the next is reported", mal,
         "@ TextDirection RL\n@ Version 2\nא\t.-\n\n",
         {"1: right-to-left is switched off again by the header line 2"});
-    row("a direction spelt otherwise is told", mal, "@ TextDirection RTL\nא\t.-\n\n",
+    row("a direction spelt otherwise is reported", mal, "@ TextDirection RTL\nא\t.-\n\n",
         {"1: this is no right-to-left header"});
-    row("a direction in small letters is told", mal, "@ textdirection RL\nא\t.-\n\n",
+    row("a direction in small letters is reported", mal, "@ textdirection RL\nא\t.-\n\n",
         {"1: this is no right-to-left header"});
     row("left-to-right may be said", mal, "@ TextDirection LR\nA\t.-\n\n", {});
-    row("invalid UTF-8 is told", mal, "A\t.-\n\xC4\t.-.-\n\n", {"2: invalid UTF-8"});
-    row("a file that ends within a character is told", mal, "A\t.-\n\n\xC4",
+    row("invalid UTF-8 is reported", mal, "A\t.-\n\xC4\t.-.-\n\n", {"2: invalid UTF-8"});
+    row("a file that ends within a character is reported", mal, "A\t.-\n\n\xC4",
         {"3: the file ends within a character"});
-    row("UTF-16 is told", mal,
+    row("UTF-16 is reported", mal,
         QByteArray("\xFF\xFE"
                    "A\0\t\0.\0-\0\n\0\n\0",
                    14),
@@ -142,12 +143,12 @@ void tst_Lint::eachTrapHasItsFinding_data()
     row("a lone carriage return ends no line", mal, "A\t.-\rB\t-...\n\n",
         {"1: a lone carriage return does not end a line",
          "1: the code of \"A\" (U+0041) holds U+000D"});
-    row("blanks around a key are told", mal, " A\t.-\n\n", {"1? the key \" A\" has blanks"});
-    row("an invisible character in a key is told", mal, "A\u200E\t.-\n\n",
+    row("blanks around a key are reported", mal, " A\t.-\n\n", {"1? the key \" A\" has blanks"});
+    row("an invisible character in a key is reported", mal, "A\u200E\t.-\n\n",
         {"1? the key holds the invisible character U+200E"});
-    row("a decomposed key is told", mal, "A\u0308\t.-.-\n\n",
+    row("a decomposed key is reported", mal, "A\u0308\t.-.-\n\n",
         {"1? the key \"A\u0308\" is not in composed form"});
-    row("a presentation form is told", mal, "\uFE80\t.\n\n",
+    row("a presentation form is reported", mal, "\uFE80\t.\n\n",
         {"1? the key \"\uFE80\" (U+FE80) is the shape of a letter in one place of a word; the "
          "letter itself is \"ء\" (U+0621)"});
 
@@ -163,7 +164,7 @@ void tst_Lint::eachTrapHasItsFinding_data()
         {"1: the first line is a title"});
     row("the second line of a codec is no entry", codec, "title\nA;0x0410\nB;0x0411\n",
         {"2: the second line says the text direction"});
-    row("a direction in small letters is told in a codec", codec, "title\nrl\nB;0x0411\n",
+    row("a direction in small letters is reported in a codec", codec, "title\nrl\nB;0x0411\n",
         {"2? this is not right-to-left"});
     row("a codec line of another shape is skipped", codec, "title\nLR\nA;0x0410\nB=0x0411\n",
         {"4: the line is skipped: an entry is one character"});
@@ -175,7 +176,7 @@ void tst_Lint::eachTrapHasItsFinding_data()
         {"4: the value is 0"});
     row("a codec value above 16 bits is cut", codec, "title\nLR\nA;0x10410\n",
         {"3: the character code does not fit in 16 bits: it is cut to \"А\""});
-    row("half a surrogate pair is told", codec, "title\nLR\nA;0xD83D\n",
+    row("half a surrogate pair is reported", codec, "title\nLR\nA;0xD83D\n",
         {"3: the character code U+D83D is half of a pair"});
     row("a codec key above U+00FF goes to byte 0", codec, "title\nLR\nЖ;0x0416\n",
         {"3: the key \"Ж\" (U+0416) is no 8-bit character"});
@@ -212,7 +213,7 @@ void tst_Lint::eachTrapHasItsFinding_data()
         {"2: a header line below any other line is an entry",
          "2: \"@ TextDirection\" is no number: only its first character counts",
          "2: \"RL\" is no number: only its first character counts"});
-    row("a header that is switched off by the next is told in a map", map,
+    row("a header that is switched off by the next is reported in a map", map,
         "@ TextDirection RL\n@ Version 2\n0x41\t0x05D0\n\n",
         {"1: right-to-left is switched off again by the header line 2"});
     row("a line without a tab shows a blank", map, "0x41\t0x0410\n0x20\n\n",
@@ -253,7 +254,7 @@ void tst_Lint::eachTrapHasItsFinding_data()
         {"1: the character code does not fit in 16 bits"});
     row("a map key given twice is replaced", map, "0x41\t0x0410\nA\t0x0411\n\n",
         {"2: the byte 0x41 (\"A\") was given in line 1 already"});
-    row("a shared character in a map is told in the order of signed bytes", map,
+    row("a shared character in a map is reported in the order of signed bytes", map,
         "0x41\t0x0410\n0xC1\t0x0410\n\n",
         {"1? 0x41 (\"A\") shows the same character \"А\" (U+0410) as 0xC1 in line 2"});
     row("a blank for the blank itself is clean", map, "0x20\t0x0020\n0x41\t0x0410\n\n", {});
@@ -276,7 +277,7 @@ void tst_Lint::eachTrapHasItsFinding_data()
         {"1: the line does not begin with the id"});
     row("a small letter is no character set", modules, moduleLine("Baudot", 'i'),
         {"1? the letter \"i\" (U+0069) stands for no base character set"});
-    row("a decoder given twice is told", modules, line + moduleLine("Baudot", 'A'),
+    row("a decoder given twice is reported", modules, line + moduleLine("Baudot", 'A'),
         {"2: the decoder \"Baudot\" was given in line 1 already; this line decides"});
     row("names that differ in letter case are two", modules, line + moduleLine("BAUDOT", 'A'), {});
 }
@@ -315,8 +316,9 @@ void tst_Lint::eachNameTrapHasItsFinding_data()
     row("names from Default on are taken", "Default2.ita2.map",
         {"0: a name that begins with \"Default\""});
     row("an alphabet may be called Default", "Default.mal", {});
-    row("a separator in the name is told", "A - B.ascii.map", {"0: \" - \" in the name"});
-    row("a codec of another name is told", "Greek.codec", {"0? only the codec file ITA2.codec"});
+    row("a separator in the name is reported", "A - B.ascii.map", {"0: \" - \" in the name"});
+    row("a codec of another name is reported", "Greek.codec",
+        {"0? only the codec file ITA2.codec"});
 }
 
 void tst_Lint::eachNameTrapHasItsFinding()
