@@ -128,7 +128,6 @@ bool setParameter(Parameters& parameters, const std::string& name, double value)
         ROW(trellis.resumeAtOther),
         ROW(trellis.nextSpeed),
         ROW(trellis.secondSpeed),
-        ROW(trellis.speedJump),
         ROW(trellis.otherSpeed),
         ROW(trellis.carrier),
         ROW(trellis.leastCarrier_units),

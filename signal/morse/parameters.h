@@ -93,11 +93,12 @@ struct LikelihoodParameters
     // The phase of a strong signal, one whose dots have this energy over noise density, may drift
     // from part to part of a mark, of so many units each but at least so many steps; chirp and a
     // tone that is not quite hit are no reason to doubt a mark. The price is a logarithm of how
-    // improbable that is (rows: chirp, wander).
+    // improbable that is. Longer parts lose tones that wobble or settle, shorter or cheaper ones
+    // believe noise (rows: settle30, wobble15, chirp, all).
     double driftingDot = 60.0;
-    double part_units = 0.75;
+    double part_units = 0.4;
     double shortestPart_steps = 4.0;
-    double driftPrice = 3.0;
+    double driftPrice = 2.0;
 
     // Log probability that a mark does not have the phase expected (rows: snr0, snr-3).
     double otherPhase = -4.0;
@@ -184,17 +185,16 @@ struct TimingParameters
 struct TrellisParameters
 {
     // Paths so far behind the best are given up (row: snr-6, and speed).
-    double beam = 40.0;
+    double beam = 33.0;
     // That a signal begins at some step; that it goes on after a silence, less so much for each
     // step on the scale of speeds in between (rows: snr-6, stations).
     double start = -8.0;
     double resume = -6.0;
     double resumeAtOther = -2.0;
-    // That the speed changes at a gap: by one or two steps on the scale, or to any other speed,
-    // beside that speed's own prior (rows: speedup, stations).
+    // That the speed changes at a gap: by one or two steps on the scale, or, after a silence, by
+    // any number of them (rows: speedup, jumps, stations).
     double nextSpeed = -3.0;
     double secondSpeed = -6.0;
-    double speedJump = -30.0;
     // Change of the logarithm of speed that makes other elements of the same lengths.
     double otherSpeed = 0.45;
 

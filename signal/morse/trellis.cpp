@@ -28,8 +28,7 @@ constexpr int ORIGIN_SHIFT = 11;
 constexpr int NEIGHBOURS = 2; // speeds to both sides that a hand changes to
 enum Origin : std::uint16_t {
     FROM_SLOWEST_NEIGHBOUR = 1, // and so on to the fastest one
-    FROM_JUMP = FROM_SLOWEST_NEIGHBOUR + 2 * NEIGHBOURS + 1,
-    FROM_BEGINNING,
+    FROM_BEGINNING = FROM_SLOWEST_NEIGHBOUR + 2 * NEIGHBOURS + 1,
     FROM_SILENCE,
 };
 
@@ -76,13 +75,11 @@ Trellis::Trellis(const TimingModel& timing, const MarkLikelihood& likelihood,
     , m_references(m_marks.best.kept(), 0)
     , m_mark(timing.speeds())
     , m_gap(timing.speeds())
-    , m_jumpedFrom(KEPT_BACKS)
     , m_idle(1)
     , m_gapEnds(2 * CARRIER_BLOCK_STEPS, GapEnd())
 {
     for (std::size_t speed = 0; speed < timing.speeds(); ++speed) {
         m_start.push_back(toScore(parameters.start + timing.prior(speed)));
-        m_jump.push_back(toScore(parameters.speedJump + timing.prior(speed)));
     }
     keepEnough();
 }
@@ -345,17 +342,8 @@ void Trellis::endGaps(int cut, const Idle& idle)
     const int silence = bounded(idle.score - m_reference);
     const int resume = toScore(m_parameters.resume);
     const int resumeAtOther = toScore(m_parameters.resumeAtOther);
-    Choice fastest; // the best of all gaps
-    int jumpedFrom = 0;
-    for (int speed = 0; speed < speeds; ++speed) {
-        if (m_gap[static_cast<std::size_t>(speed)].score > fastest.score) {
-            fastest = m_gap[static_cast<std::size_t>(speed)];
-            jumpedFrom = speed;
-        }
-    }
-    m_jumpedFrom[static_cast<std::size_t>(m_now % static_cast<std::int64_t>(KEPT_BACKS))] =
-        static_cast<Speed>(jumpedFrom);
-
+    const bool anyGap = std::any_of(m_gap.begin(), m_gap.end(),
+                                    [](const Choice& gap) { return gap.score > NEVER; });
     GapEnd best;
     int most = NEVER;
     for (int speed = 0; speed < speeds; ++speed) {
@@ -370,7 +358,7 @@ void Trellis::endGaps(int cut, const Idle& idle)
         };
         if (idle.speed >= 0)
             offer(silence + resume + resumeAtOther * std::abs(idle.speed - speed), FROM_SILENCE, 0);
-        if (fastest.score > NEVER) {
+        if (anyGap) {
             for (int step = -NEIGHBOURS; step <= NEIGHBOURS; ++step) {
                 const int other = speed + step;
                 if (other < 0 || other >= speeds)
@@ -380,7 +368,6 @@ void Trellis::endGaps(int cut, const Idle& idle)
                     offer(gap.score + changes[std::abs(step)],
                           FROM_SLOWEST_NEIGHBOUR + step + NEIGHBOURS, gap.back);
             }
-            offer(fastest.score + m_jump[index], FROM_JUMP, fastest.back);
         }
         if (score < cut || score <= NEVER)
             continue;
@@ -510,10 +497,7 @@ std::optional<Trellis::Piece> Trellis::pieceBefore(const Place& place) const
         const Idle& idle = idleAt(place.step);
         piece.begin = {true, idle.speed, idle.markEnd};
     } else {
-        const int from = origin == FROM_JUMP
-                             ? m_jumpedFrom[static_cast<std::size_t>(
-                                   place.step % static_cast<std::int64_t>(KEPT_BACKS))]
-                             : place.speed + origin - FROM_SLOWEST_NEIGHBOUR - NEIGHBOURS;
+        const int from = place.speed + origin - FROM_SLOWEST_NEIGHBOUR - NEIGHBOURS;
         piece.begin = {true, static_cast<Speed>(from), place.step - length};
         piece.kind = m_timing.table(static_cast<std::size_t>(from)).gapKind(length);
     }

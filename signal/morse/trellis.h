@@ -195,7 +195,7 @@ private:
     const TimingModel& m_timing;
     const MarkLikelihood& m_likelihood;
     TrellisParameters m_parameters;
-    std::vector<Score> m_start, m_jump; // by speed: that a signal begins, goes on with it
+    std::vector<Score> m_start; // by speed: log probability that a signal begins with it
 
     std::int64_t m_now = 0;
     Ends m_marks, m_gaps;
@@ -206,7 +206,6 @@ private:
     std::vector<std::int32_t> m_ratios; // by length, of marks that end now
     Weighed m_weighed;                  // relative to the reference
     std::vector<Choice> m_mark, m_gap;  // by speed: the mark, the gap that ends now
-    std::vector<Speed> m_jumpedFrom;    // ring, by step: speed of the best gap that ended
     std::deque<Idle> m_idle;            // oldest first
     Recent<GapEnd> m_gapEnds;           // by step
     Carrier m_carrier;
