@@ -39,7 +39,6 @@ class Candidate
 public:
     Candidate(const Evidence& evidence, const FrameSearch& search, int node)
         : m_evidence(evidence)
-        , m_search(search)
         , m_node(static_cast<std::size_t>(node))
         , m_bits(static_cast<std::size_t>(search.format.dataBits))
     {
@@ -132,7 +131,6 @@ private:
     }
 
     const Evidence& m_evidence;
-    const FrameSearch& m_search;
     std::size_t m_node;
     std::size_t m_bits;
     unsigned m_word = 0;
