@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "reception/corpus.h"
 
+#include "support/othersounds.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <fstream>
+#include <limits>
 
 namespace reception {
 
@@ -126,6 +129,115 @@ Condition row(const char* name, const char* title, const std::function<void(Hand
     condition.path.snr_dB = 20.0;
     change(condition.hand, condition.path);
     return condition;
+}
+
+// Tones, hands and paths that do not keep still.
+void addUnsteady(std::vector<Condition>& rows)
+{
+    const auto add = [&](const char* name, const char* title,
+                         const std::function<void(Hand&, Path&)>& change) {
+        rows.push_back(row(name, title, change));
+    };
+    const auto wobble = [](double width_Hz) {
+        return [width_Hz](Hand&, Path& path) {
+            path.wander_Hz = width_Hz;
+            path.wanderPeriod_s = 1.0 / 1.3;
+        };
+    };
+    const auto settling = [](double chirp_Hz) {
+        return [chirp_Hz](Hand&, Path& path) {
+            path.chirp_Hz = chirp_Hz;
+            path.chirpSettling_ms = 30.0;
+        };
+    };
+    const auto slow = [](double speed_wpm) {
+        return [speed_wpm](Hand& hand, Path&) { hand.speed_wpm = speed_wpm; };
+    };
+    const auto samePhase = [](double speed_wpm, double snr_dB) {
+        return [=](Hand& hand, Path& path) {
+            hand.speed_wpm = speed_wpm;
+            path.snr_dB = snr_dB;
+            path.rise_ms = 0.2;
+            path.samePhase = true;
+        };
+    };
+    const auto watterson = [](double spread_Hz, double late_ms) {
+        return [=](Hand&, Path& path) {
+            path.snr_dB = 15;
+            path.scatter_Hz = 0.5 * spread_Hz; // a spread is two deviations
+            path.secondPath_ms = late_ms;
+        };
+    };
+    add("wobble5", "tone wobbles 5 Hz to both sides at 1.3 Hz", wobble(5));
+    add("wobble15", "tone wobbles 15 Hz to both sides at 1.3 Hz", wobble(15));
+    add("settle30", "chirp of 30 Hz that settles with 30 ms", settling(30));
+    add("settle120", "chirp of 120 Hz that settles with 30 ms", settling(120));
+    add("wpm6", "6 wpm", slow(6));
+    add("wpm5", "5 wpm", slow(5));
+    add("wpm3", "3 wpm", slow(3));
+    add("phase44-3", "every mark from the same phase, hard edges, 44 wpm, +3 dB", samePhase(44, 3));
+    add("phase44-5", "every mark from the same phase, hard edges, 44 wpm, +5 dB", samePhase(44, 5));
+    add("phase25-0", "every mark from the same phase, hard edges, 25 wpm, 0 dB", samePhase(25, 0));
+    add("hf-quiet", "short wave, quiet: two paths 0.5 ms apart, spread 0.1 Hz, +15 dB",
+        watterson(0.1, 0.5));
+    add("hf-moderate", "short wave, moderate: two paths 1 ms apart, spread 0.5 Hz, +15 dB",
+        watterson(0.5, 1.0));
+    add("hf-poor", "short wave, poor: two paths 2 ms apart, spread 1 Hz, +15 dB",
+        watterson(1.0, 2.0));
+    add("flutter", "flutter: two paths 3 ms apart, spread 10 Hz, +15 dB", watterson(10.0, 3.0));
+    add("beginner", "beginner: jitter 15 %, gaps and speeds ragged", [](Hand& hand, Path&) {
+        hand.speed_wpm = 12;
+        hand.jitter_units = 0.15;
+        hand.dashJitter_units = 0.4;
+        hand.gapSpread = 0.35;
+        hand.speedSpread = 0.12;
+    });
+    add("bug", "bug key: even dots, dashes by hand around 4 units", [](Hand& hand, Path&) {
+        hand.dash_units = 4.0;
+        hand.dashJitter_units = 0.8;
+        hand.gapSpread = 0.15;
+    });
+    add("jumps", "speed jumps between 14 and 30 wpm every few words", [](Hand& hand, Path&) {
+        hand.leastJump_wpm = 14;
+        hand.mostJump_wpm = 30;
+    });
+}
+
+// What is heard beside the signal, or taken from it.
+void addDisturbed(std::vector<Condition>& rows)
+{
+    const auto add = [&](const char* name, const char* title,
+                         const std::function<void(Hand&, Path&)>& change) {
+        rows.push_back(row(name, title, change));
+    };
+    const auto echo = [](double level_dB) {
+        return [level_dB](Hand&, Path& path) {
+            path.echo_ms = 130;
+            path.echo_dB = level_dB;
+        };
+    };
+    const auto teleprinter = [](double level_dB) {
+        return [level_dB](Hand&, Path& path) { path.teleprinter_dB = level_dB; };
+    };
+    const auto speech = [](double level_dB) {
+        return [level_dB](Hand&, Path& path) { path.speech_dB = level_dB; };
+    };
+    add("echo16", "echo 130 ms late, -16 dB", echo(-16));
+    add("echo12", "echo 130 ms late, -12 dB", echo(-12));
+    add("echo9", "echo 130 ms late, -9 dB", echo(-9));
+    add("echo6", "echo 130 ms late, -6 dB", echo(-6));
+    add("agc", "static crashes, 2 a second, through an automatic gain that recovers in 0.3 s",
+        [](Hand&, Path& path) {
+            path.static_per_s = 2;
+            path.agc_s = 0.3;
+        });
+    add("holes", "20 ms lost each second", [](Hand&, Path& path) { path.holes_per_s = 1; });
+    add("fsk", "frequency shift keying, 85 Hz lower in the spaces",
+        [](Hand&, Path& path) { path.shift_Hz = 85; });
+    add("rtty0", "teleprinter 400 Hz up, as strong", teleprinter(0));
+    add("rtty10", "teleprinter 400 Hz up, 10 dB stronger", teleprinter(10));
+    add("speech0", "speech, its loud parts as strong", speech(0));
+    add("speech10", "speech, its loud parts 10 dB stronger", speech(10));
 }
 
 std::vector<Condition> makeConditions()
@@ -257,6 +369,8 @@ std::vector<Condition> makeConditions()
     rows.back().draw = [](Hand& hand, Path&, Random& random) {
         hand.speed_wpm = between(13, 30, random);
     };
+    addUnsteady(rows);
+    addDisturbed(rows);
     return rows;
 }
 
@@ -411,6 +525,21 @@ const std::vector<Silence>& silences()
                            return disturbed(duration_s, seed, change);
                        }};
     };
+    const auto falling = [](const char* title, double drop_dB) {
+        return Silence{title, [drop_dB](double duration_s, const std::string& seed) {
+                           return testsupport::fallingNoise(duration_s, drop_dB, RATE_Hz, seed);
+                       }};
+    };
+    // Sounds of some other kind, 26 dB over the noise in 500 Hz.
+    const auto instead = [](const char* title, const auto& sound) {
+        return Silence{title, [sound](double duration_s, const std::string& seed) {
+                           std::vector<float> samples = sound(duration_s, seed);
+                           testsupport::addNoise(samples, RATE_Hz, 1.0, 26.0, seed);
+                           for (float& sample : samples)
+                               sample *= 0.3F;
+                           return samples;
+                       }};
+    };
     static const std::vector<Silence> list = {
         with("white noise", [](Path&) {}),
         with("noise through a 500 Hz filter", [](Path& path) { path.filter_Hz = 500; }),
@@ -430,6 +559,39 @@ const std::vector<Silence>& silences()
              path.before_s = path.after_s = 0.0;
              return testsupport::sound({{true, duration_s}}, path, RATE_Hz, seed);
          }},
+        falling("noise that falls by 10 dB, four times a minute", 10.0),
+        falling("noise that falls by 20 dB, four times a minute", 20.0),
+        falling("noise that falls by 40 dB, four times a minute", 40.0),
+        falling("noise that falls to nothing, four times a minute",
+                std::numeric_limits<double>::infinity()),
+        instead("a teleprinter",
+                [](double duration_s, const std::string& seed) {
+                    return testsupport::teleprinter(duration_s, 1000.0, RATE_Hz, seed);
+                }),
+        instead("speech",
+                [](double duration_s, const std::string& seed) {
+                    return testsupport::speech(duration_s, RATE_Hz, seed);
+                }),
+        instead("dialling tones",
+                [](double duration_s, const std::string& seed) {
+                    return testsupport::dialling(duration_s, RATE_Hz, seed);
+                }),
+        instead("time pips",
+                [](double duration_s, const std::string& seed) {
+                    return testsupport::timePips(duration_s, RATE_Hz, seed);
+                }),
+        instead("hopping tones",
+                [](double duration_s, const std::string& seed) {
+                    return testsupport::hoppingTones(duration_s, RATE_Hz, seed);
+                }),
+        instead("music",
+                [](double duration_s, const std::string& seed) {
+                    return testsupport::music(duration_s, RATE_Hz, seed);
+                }),
+        instead("phase keying",
+                [](double duration_s, const std::string& seed) {
+                    return testsupport::phaseKeying(duration_s, RATE_Hz, seed);
+                }),
     };
     return list;
 }

@@ -3,6 +3,7 @@
 
 #include "support/disturbances.h"
 #include "support/morsecode.h"
+#include "support/othersounds.h"
 #include "support/random.h"
 
 #include <algorithm>
@@ -108,6 +109,35 @@ void addHum(std::vector<float>& samples, double level_dB, double rate_Hz, Random
     }
 }
 
+void addEcho(std::vector<float>& samples, double late_ms, double level_dB, double rate_Hz)
+{
+    const auto late = static_cast<std::size_t>(late_ms * rate_Hz / 1000.0);
+    const auto level = static_cast<float>(amplitudeOf(level_dB));
+    for (std::size_t n = samples.size(); n-- > late;)
+        samples[n] += level * samples[n - late];
+}
+
+// A receiver's automatic gain: what is louder than the tone turns it down at once.
+void turnDown(std::vector<float>& samples, double recovery_s, double rate_Hz)
+{
+    const double keep = std::exp(-1.0 / (recovery_s * rate_Hz));
+    double held = 0.0;
+    for (float& sample : samples) {
+        held = std::max(std::fabs(static_cast<double>(sample)), held * keep);
+        sample /= static_cast<float>(std::max(1.0, held));
+    }
+}
+
+void cutHoles(std::vector<float>& samples, double perSecond, double rate_Hz, Random& random)
+{
+    const auto period = static_cast<std::size_t>(rate_Hz / perSecond);
+    const auto width = static_cast<std::size_t>(0.020 * rate_Hz);
+    for (std::size_t begin = 0; begin + period < samples.size(); begin += period) {
+        const std::size_t at = begin + random.below(period - width);
+        std::fill_n(samples.begin() + static_cast<std::ptrdiff_t>(at), width, 0.0F);
+    }
+}
+
 std::string idleText(std::size_t length, Random& random)
 {
     std::string text;
@@ -126,7 +156,11 @@ void addTone(std::vector<float>& samples, const std::vector<float>& keyed, doubl
     const double wanderPhase = 2.0 * PI * random.uniform();
     const double fadingPhase = 2.0 * PI * random.uniform();
     const Scatter scatter(path.scatter_Hz, random);
+    const Scatter secondScatter(path.scatter_Hz, random);
     std::optional<std::complex<double>> scattered;
+    const auto second = static_cast<std::size_t>(path.secondPath_ms * rate_Hz / 1000.0);
+    std::vector<std::complex<double>> past(second + 1); // ring of the tone as it was sent
+    std::complex<double> late = 0.0;                    // what the second path does now
     double phase = 0.0;
     double markStart_s = 0.0;
     bool inMark = false;
@@ -141,9 +175,14 @@ void addTone(std::vector<float>& samples, const std::vector<float>& keyed, doubl
             markStart_s = t;
         inMark = marking;
         if (path.chirp_Hz != 0.0 && marking)
-            frequency += path.chirp_Hz * std::exp(-(t - markStart_s) / 0.010);
+            frequency +=
+                path.chirp_Hz * std::exp(-(t - markStart_s) * 1000.0 / path.chirpSettling_ms);
+        if (path.shift_Hz != 0.0 && keyed[n] < 0.5F)
+            frequency -= path.shift_Hz;
         phase += 2.0 * PI * frequency / rate_Hz;
-        if (!marking)
+        if (path.samePhase && marking && t == markStart_s)
+            phase = 0.0;
+        if (path.shift_Hz == 0.0 && !marking && second == 0)
             continue;
         double gain = level;
         if (path.fading_dB != 0.0)
@@ -151,9 +190,20 @@ void addTone(std::vector<float>& samples, const std::vector<float>& keyed, doubl
                                 (1.0 - std::cos(2.0 * PI * path.fading_Hz * t + fadingPhase)));
         if (path.scatter_Hz != 0.0 && (n % 16 == 0 || !scattered))
             scattered = scatter.at(t);
-        const std::complex<double> turned =
-            std::polar(gain, phase) * scattered.value_or(std::complex<double>(1.0));
-        samples[n] += static_cast<float>(keyed[n] * turned.imag());
+        const double envelope = path.shift_Hz != 0.0 ? 1.0 : static_cast<double>(keyed[n]);
+        const std::complex<double> sent = std::polar(gain * envelope, phase);
+        if (second == 0) {
+            const std::complex<double> turned =
+                sent * scattered.value_or(std::complex<double>(1.0));
+            samples[n] += static_cast<float>(turned.imag());
+            continue;
+        }
+        past[n % past.size()] = sent;
+        if (n % 16 == 0 || n == 0)
+            late = secondScatter.at(t);
+        const std::complex<double> both =
+            sent * scattered.value_or(1.0) + past[(n + 1) % past.size()] * late;
+        samples[n] += static_cast<float>(both.imag() / std::sqrt(2.0));
     }
 }
 
@@ -162,12 +212,18 @@ void addTone(std::vector<float>& samples, const std::vector<float>& keyed, doubl
 std::vector<Piece> keying(const std::string& text, const Hand& hand, const std::string& seed)
 {
     Random random(seed + "/hand");
+    Random ragged(seed + "/ragged");
     std::vector<Piece> pieces;
     double elapsed_s = 0.0;
     const double total = std::max<double>(1.0, static_cast<double>(text.size()));
     double speed_wpm = hand.speed_wpm;
     const double swingPhase = 2.0 * PI * Random(seed + "/swing").uniform();
 
+    double jumped_wpm = hand.speed_wpm;
+    int wordsLeft = 0;
+    const auto spread = [&ragged](double deviation) {
+        return deviation > 0.0 ? std::exp(deviation * ragged.gauss()) : 1.0;
+    };
     const auto add = [&](bool mark, double units) {
         units += mark ? hand.heavier_units : -hand.heavier_units;
         units += hand.jitter_units * random.gauss();
@@ -183,18 +239,29 @@ std::vector<Piece> keying(const std::string& text, const Hand& hand, const std::
             speed_wpm += (hand.endSpeed_wpm - hand.speed_wpm) * static_cast<double>(i) / total;
         if (hand.speedSwing_wpm != 0.0)
             speed_wpm += hand.speedSwing_wpm * std::sin(2.0 * PI * elapsed_s / 40.0 + swingPhase);
+        if (hand.mostJump_wpm > 0.0)
+            speed_wpm = jumped_wpm;
+        speed_wpm *= spread(hand.speedSpread);
         const char* elements = morseOf(text[i]);
         if (elements == nullptr) {
             if (!pieces.empty())
                 pendingGap_units = hand.wordGap_units;
+            if (hand.mostJump_wpm > 0.0 && wordsLeft-- <= 0) {
+                wordsLeft = 3 + static_cast<int>(ragged.below(6));
+                jumped_wpm = hand.leastJump_wpm +
+                             (hand.mostJump_wpm - hand.leastJump_wpm) * ragged.uniform();
+            }
             continue;
         }
         if (pendingGap_units > 0.0)
-            add(false, pendingGap_units);
+            add(false, pendingGap_units * spread(hand.gapSpread));
         for (const char* element = elements; *element != 0; ++element) {
             if (element != elements)
                 add(false, 1.0);
-            add(true, *element == '.' ? 1.0 : hand.dash_units);
+            const double dash_units =
+                hand.dash_units +
+                (hand.dashJitter_units > 0.0 ? hand.dashJitter_units * ragged.gauss() : 0.0);
+            add(true, *element == '.' ? 1.0 : dash_units);
         }
         pendingGap_units = hand.characterGap_units;
     }
@@ -208,12 +275,23 @@ std::vector<float> sound(const std::vector<Piece>& pieces, const Path& path, dou
         envelope(pieces, path.before_s, path.after_s, path.rise_ms, rate_Hz);
     std::vector<float> samples(keyed.size(), 0.0F);
     addTone(samples, keyed, path.tone_Hz, 1.0, path, rate_Hz, seed);
+    if (path.echo_ms > 0.0)
+        addEcho(samples, path.echo_ms, path.echo_dB, rate_Hz);
 
+    const double length_s = static_cast<double>(samples.size()) / rate_Hz;
+    const auto beside = [&](const std::vector<float>& sound, double level_dB) {
+        const auto level = static_cast<float>(amplitudeOf(level_dB));
+        for (std::size_t n = 0; n < std::min(samples.size(), sound.size()); ++n)
+            samples[n] += level * sound[n];
+    };
+    if (path.teleprinter_dB)
+        beside(teleprinter(length_s, path.tone_Hz + 400.0, rate_Hz, seed), *path.teleprinter_dB);
+    if (path.speech_dB)
+        beside(speech(length_s, rate_Hz, seed), *path.speech_dB);
     Random others(seed + "/others");
     for (const Neighbour& neighbour : path.neighbours) {
         Hand other;
         other.speed_wpm = neighbour.speed_wpm;
-        const double length_s = static_cast<double>(samples.size()) / rate_Hz;
         const double characters =
             length_s * neighbour.speed_wpm / 6.0; // more than there is time for
         const std::string text = idleText(static_cast<std::size_t>(characters) + 1, others);
@@ -231,6 +309,11 @@ std::vector<float> sound(const std::vector<Piece>& pieces, const Path& path, dou
         addHum(samples, path.hum_dB, rate_Hz, hum);
     if (path.snr_dB)
         addNoise(samples, rate_Hz, 1.0, *path.snr_dB, seed);
+    Random holes(seed + "/holes");
+    if (path.holes_per_s > 0.0)
+        cutHoles(samples, path.holes_per_s, rate_Hz, holes);
+    if (path.agc_s > 0.0)
+        turnDown(samples, path.agc_s, rate_Hz);
     if (path.filter_Hz > 0.0)
         samples = bandPass(samples, path.tone_Hz, path.filter_Hz, rate_Hz);
     normalise(samples);

@@ -21,6 +21,11 @@ struct Hand
     double heavier_units = 0.0;  ///< added to every mark, taken from every space
     double characterGap_units = 3.0;
     double wordGap_units = 7.0;
+    double gapSpread = 0.0;   ///< deviation of the logarithm of gaps between characters and words
+    double speedSpread = 0.0; ///< deviation of the logarithm of each character's speed
+    double dashJitter_units = 0; ///< deviation of dashes beside that of all marks
+    double leastJump_wpm = 0.0;  ///< every few words another speed is drawn between these; 0: none
+    double mostJump_wpm = 0.0;
 };
 
 /// Another keyed signal beside ours: text that says nothing, drawn.
@@ -39,7 +44,12 @@ struct Path
     double rise_ms = 5.0;         ///< raised cosine edges of the keying
     double wander_Hz = 0.0;       ///< tone swings by this to both sides, from a phase drawn
     double wanderPeriod_s = 60.0;
-    double chirp_Hz = 0.0;  ///< the tone of every mark starts so much off, settles in 30 ms
+    double chirp_Hz = 0.0;          ///< the tone of every mark starts so much off
+    double chirpSettling_ms = 10.0; ///< and comes to its place with this time constant
+    double shift_Hz = 0.0;          ///< the tone goes so much lower in the spaces, instead of off
+    bool samePhase = false;         ///< every mark begins at the same phase of the tone
+    double echo_ms = 0.0;           ///< a second path, so late; 0: none
+    double echo_dB = 0.0;           ///< and so strong beside the first
     double fading_dB = 0.0; ///< depth of a regular fade below the nominal level, its phase drawn
     double fading_Hz = 0.0;
     double scatter_Hz =
@@ -50,9 +60,15 @@ struct Path
     double hum_dB =
         0.0; ///< mains hum: 100 Hz by this over the tone, its harmonics up to 4 kHz
              ///< falling as 1 / number, those of 50 Hz between them 10 dB lower; 0: none
-    double filter_Hz = 0.0; ///< receiver filter around the tone, for signal and noise
-    double before_s = 1.0;  ///< time before the first mark
-    double after_s = 2.0;   ///< and after the last
+    double secondPath_ms = 0.0;           ///< with scatter_Hz: a second path, as strong, so late
+    std::optional<double> teleprinter_dB; ///< a teleprinter 400 Hz up, over ours
+    std::optional<double> speech_dB;      ///< speech in the same band, its loud parts over ours
+    double agc_s =
+        0.0; ///< gain falls at once by what is loud, and recovers with this time; 0: none
+    double holes_per_s = 0.0; ///< so often 20 ms are lost
+    double filter_Hz = 0.0;   ///< receiver filter around the tone, for signal and noise
+    double before_s = 1.0;    ///< time before the first mark
+    double after_s = 2.0;     ///< and after the last
 };
 
 /// One mark or the space after it.

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+// Sounds that are not Morse, made by arithmetic: what a receiver hears beside it or instead of it.
+// Loud parts have an amplitude of 1. All that is said in them is drawn from the seed.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace testsupport {
+
+/// Frequency shift keying, 45.45 baud, 170 Hz, both tones around `centre_Hz`.
+std::vector<float> teleprinter(double duration_s, double centre_Hz, double rate_Hz,
+                               const std::string& seed);
+
+/// Vowels of three formants over a gliding pitch, hisses, syllables and pauses.
+std::vector<float> speech(double duration_s, double rate_Hz, const std::string& seed);
+
+/// Pairs of dialling tones, 100 ms on, 60 to 160 ms off.
+std::vector<float> dialling(double duration_s, double rate_Hz, const std::string& seed);
+
+/// 1000 Hz for 100 ms at every second, a longer one at the minute.
+std::vector<float> timePips(double duration_s, double rate_Hz, const std::string& seed);
+
+/// A tone that takes another of 16 pitches every 32 to 250 ms.
+std::vector<float> hoppingTones(double duration_s, double rate_Hz, const std::string& seed);
+
+/// Notes with harmonics that decay, two voices, at a beat.
+std::vector<float> music(double duration_s, double rate_Hz, const std::string& seed);
+
+/// Phase reversals at 31.25 baud.
+std::vector<float> phaseKeying(double duration_s, double rate_Hz, const std::string& seed);
+
+/// White noise that falls every 10 s, by `drop_dB` and back up 5 s later; infinite: to nothing.
+std::vector<float> fallingNoise(double duration_s, double drop_dB, double rate_Hz,
+                                const std::string& seed);
+
+} // namespace testsupport
