@@ -12,6 +12,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <deque>
+#include <map>
 #include <vector>
 
 namespace demodulator {
@@ -19,6 +21,8 @@ namespace demodulator {
 namespace {
 
 constexpr double HISTORY_s = 8.0;
+constexpr std::size_t MOST_REFUSED = 32;
+constexpr std::int64_t FLOOR_FRAMES = 31; // 1 s
 
 std::int64_t hopsOf(double period_s)
 {
@@ -46,12 +50,17 @@ public:
     SignalChain& chain() { return m_chain; }
     const SignalChain& chain() const { return m_chain; }
 
-    /// Goes on to the end of the history.
-    void process(const SampleHistory& history)
+    /// Goes on to the end of the history, whose newest frame is that of the finder.
+    void process(const SampleHistory& history, const ToneFinder& finder)
     {
+        const auto hop = static_cast<std::int64_t>(finder.hop());
+        const auto half = static_cast<std::int64_t>(finder.frameLength()) / 2;
         while (!m_chain.ended() && m_baseband.neededEnd(m_chain.end_step()) <= history.end()) {
             m_baseband.setTone(m_chain.tone_Hz());
-            m_chain.push(m_baseband.step(history, m_chain.end_step()));
+            Step step = m_baseband.step(history, m_chain.end_step());
+            const std::int64_t age = (history.end() - half - sample(m_chain.end_step())) / hop;
+            step.floor = floorAround(finder, finder.frames() - 1 - age) / m_baseband.stepSamples();
+            m_chain.push(step);
         }
     }
 
@@ -62,8 +71,38 @@ public:
 private:
     std::int64_t sample(std::int64_t step) const { return step * m_baseband.stepSamples(); }
 
+    // The middle one of the floors of frames around one, so that neither a mark's edge nor a crash
+    // of static counts, while a step in the noise keeps its place.
+    double floorAround(const ToneFinder& finder, std::int64_t frame)
+    {
+        if (frame == m_floorFrame)
+            return m_floor;
+        const std::int64_t first = std::max(
+            {frame - FLOOR_FRAMES / 2, finder.frames() - ToneFinder::KEPT_FRAMES, std::int64_t{0}});
+        const std::int64_t last = std::min(frame + FLOOR_FRAMES / 2, finder.frames() - 1);
+        m_floors.erase(m_floors.begin(), m_floors.lower_bound(first));
+        for (std::int64_t i = first; i <= last; ++i) {
+            if (m_floors.count(i) == 0)
+                m_floors[i] = finder.floorNear(m_chain.tone_Hz(), finder.frames() - 1 - i);
+        }
+        std::vector<double> sorted;
+        for (const auto& floor : m_floors)
+            sorted.push_back(floor.second);
+        m_floorFrame = frame;
+        m_floor = 0.0;
+        if (!sorted.empty()) {
+            const auto middle = sorted.begin() + static_cast<std::ptrdiff_t>(sorted.size() / 2);
+            std::nth_element(sorted.begin(), middle, sorted.end());
+            m_floor = *middle;
+        }
+        return m_floor;
+    }
+
     Baseband m_baseband;
     SignalChain m_chain;
+    std::map<std::int64_t, double> m_floors; // by frame, since the beginning
+    std::int64_t m_floorFrame = -1;
+    double m_floor = 0.0; // around it
 };
 
 } // namespace
@@ -110,7 +149,10 @@ public:
         consume();
         if (!m_active)
             search(2.0 * HISTORY_s); // whatever the age of the candidate
-        if (m_candidate && m_candidate->chain().confirmed() && takesOver())
+        dropWhatIsNoMorse();
+        if (m_candidate && m_candidate->chain().confirmed() && takesOver() &&
+            (m_candidate->chain().verdict() == MorseJudge::Verdict::Morse ||
+             m_candidate->chain().marks() < attention().loneMarks))
             promote();
         if (m_active)
             m_active->chain().finish();
@@ -153,19 +195,20 @@ private:
                        m_frame.data());
         m_finder.push(m_frame.data());
         if (m_active) {
-            m_active->process(m_history);
+            m_active->process(m_history, m_finder);
             if (m_active->chain().ended()) {
                 m_heardUntil = m_active->lastGiven_sample() + samplesIn(attention().afterLast_s);
                 m_active.reset();
             }
         }
         if (m_candidate)
-            m_candidate->process(m_history);
+            m_candidate->process(m_history, m_finder);
         if (m_finder.frames() % hopsOf(attention().searchEvery_s) == 0) {
             if (m_active)
                 m_active->chain().setNoise(ofStep(noiseFor(m_active->chain())));
             search(attention().candidateLife_s);
         }
+        dropWhatIsNoMorse();
         if (m_active && m_finder.frames() % hopsOf(attention().compareEvery_s) == 0)
             yieldToStronger();
         if (m_candidate && m_candidate->chain().confirmed() && takesOver() && heardEnough())
@@ -189,6 +232,10 @@ private:
         const bool sure = surveyed && heard > samplesIn(attention().sureAfter_s) &&
                           marks >= attention().sureAfter_marks &&
                           m_candidate->chain().margin() > attention().sureMargin;
+        const bool isQuick = m_candidate->chain().unit_s() < attention().quickUnit_s;
+        if (m_candidate->chain().verdict() != MorseJudge::Verdict::Morse ||
+            (isQuick && marks < attention().quick_marks))
+            return false;
         return sure ||
                (heard > samplesIn(attention().heardFirst_s) &&
                 marks >= attention().heardFirst_marks) ||
@@ -214,7 +261,7 @@ private:
         m_active = std::make_unique<Follower>(m_candidate->chain().heard(), m_rate_Hz, begin,
                                               m_settings, m_sink, m_observer);
         m_candidate.reset();
-        m_active->process(m_history);
+        m_active->process(m_history, m_finder);
         m_active->chain().release();
     }
 
@@ -236,24 +283,66 @@ private:
             return;
         auto rival =
             std::make_unique<Follower>(guess(*found), m_rate_Hz, now - span, m_settings, m_sink);
-        rival->process(m_history);
-        if (!rival->chain().confirmed())
+        rival->process(m_history, m_finder);
+        if (!rival->chain().confirmed() || rival->chain().verdict() != MorseJudge::Verdict::Morse)
             return;
         m_candidate = std::move(rival);
         m_candidateSince = now - span;
         promote();
     }
 
+    // What is no Morse is left alone for a while, so that something else can be heard.
+    void refuse(double tone_Hz)
+    {
+        if (m_refused.size() == MOST_REFUSED)
+            m_refused.pop_front();
+        m_refused.push_back({tone_Hz, m_history.end() + samplesIn(attention().refused_s)});
+    }
+
+    // Lengths that are no Morse, or two tones in turn at a teleprinter's rate.
+    bool isNoMorse(const SignalChain& chain) const
+    {
+        return chain.verdict() == MorseJudge::Verdict::Other ||
+               (chain.unit_s() < attention().quickUnit_s &&
+                m_finder.frames() % hopsOf(attention().searchEvery_s) == 0 &&
+                m_finder.hasComplement(chain.tone_Hz(), framesIn(attention().search_s)));
+    }
+
+    void dropWhatIsNoMorse()
+    {
+        while (!m_refused.empty() && m_refused.front().until_sample <= m_history.end())
+            m_refused.pop_front();
+        if (m_active && isNoMorse(m_active->chain())) {
+            m_active->chain().finish();
+            m_heardUntil = m_history.end();
+            refuse(m_active->chain().tone_Hz());
+            m_active.reset();
+        }
+        if (!m_candidate || !m_candidate->chain().confirmed())
+            return;
+        const bool isOther = isNoMorse(m_candidate->chain());
+        const std::int64_t heard = m_history.end() - m_candidate->firstMark_sample();
+        if (isOther || heard > samplesIn(attention().unsure_s)) {
+            if (isOther)
+                refuse(m_candidate->chain().tone_Hz());
+            m_candidate.reset();
+        }
+    }
+
     // The strongest keyed tone where one may be.
     std::optional<ToneCandidate> findTone(std::int64_t frames) const
     {
-        double lowest_Hz = LOWEST_TONE_Hz;
-        double highest_Hz = HIGHEST_TONE_Hz;
+        ToneFinder::Band band = {LOWEST_TONE_Hz, HIGHEST_TONE_Hz};
         if (m_settings.tone_Hz) {
-            lowest_Hz = *m_settings.tone_Hz - SET_TONE_TOLERANCE_Hz;
-            highest_Hz = *m_settings.tone_Hz + SET_TONE_TOLERANCE_Hz;
+            band = {*m_settings.tone_Hz - SET_TONE_TOLERANCE_Hz,
+                    *m_settings.tone_Hz + SET_TONE_TOLERANCE_Hz};
         }
-        return m_finder.find(frames, lowest_Hz, highest_Hz);
+        std::vector<ToneFinder::Band> leftOut;
+        for (const Refused& refused : m_refused) {
+            leftOut.push_back({refused.tone_Hz - attention().refusedWidth_Hz,
+                               refused.tone_Hz + attention().refusedWidth_Hz});
+        }
+        return m_finder.find(frames, band, leftOut);
     }
 
     // Looks for a signal where there is none under way, or where that one is silent.
@@ -295,7 +384,7 @@ private:
             std::make_unique<Follower>(guess(*found), m_rate_Hz, since, m_settings, m_sink);
         m_candidateSince = since;
         m_candidateLevel = found->level;
-        m_candidate->process(m_history);
+        m_candidate->process(m_history, m_finder);
     }
 
     Settings m_settings;
@@ -313,6 +402,12 @@ private:
     std::int64_t m_candidateBegin = 0;     // when it was noticed
     std::int64_t m_candidateSince = 0;     // where it began to listen
     double m_candidateLevel = 0.0;
+    struct Refused
+    {
+        double tone_Hz;
+        std::int64_t until_sample;
+    };
+    std::deque<Refused> m_refused; // in order of time
 };
 
 Demodulator::Demodulator(const Settings& settings, SymbolSink& sink, Observer* observer)

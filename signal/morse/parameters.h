@@ -63,6 +63,9 @@ struct BurstParameters
 {
     double burst = 4.0;  ///< times the usual power beside the tone (rows: static, clicks)
     double muted = 0.01; ///< of it: a squelch is no measure of what is usual
+    // Noise of a moment in the past counts as it was then when it was so much more than now (rows:
+    // noise that falls).
+    double formerNoise = 1.5;
     double usual_s = 2.0;
     double mean_s = 4.0; ///< as the noise near the tone is measured
 };
@@ -226,6 +229,27 @@ struct DecisionParameters
     double learning_s = 0.5; ///< what was learnt of the timing is put to use so often
 };
 
+/// Whether it is Morse (morsejudge.h). Rows: those of sounds in place of Morse for too much mercy,
+/// beginner, bug and jitter20 for too little.
+struct JudgeParameters
+{
+    double longestDot_units = 1.6;
+    double shortestDash_units = 2.4;
+    double longestDash_units = 5.6;
+    double longestInnerGap_units = 1.8;
+    // Shares of marks that may be neither dot nor dash, too long, or at another tone. A beginner
+    // keys one mark of fourteen between dot and dash, a teleprinter one of four.
+    double mostBetween = 0.1;
+    double mostLong = 0.03;
+    double mostForeign = 0.25;
+    double mostAlone = 0.7; ///< after a gap that is not within a character
+    double mostDotDeviation_units = 0.28;
+    double resolution_steps = 1.0; ///< deviation of a length that the grid of steps adds
+    double deviations = 1.5;       ///< of a count that chance may add to these
+    double leastMarks = 10.0;
+    double memory_marks = 60.0;
+};
+
 /// Which tone is followed (demodulator.h).
 struct AttentionParameters
 {
@@ -244,6 +268,9 @@ struct AttentionParameters
     double sureMargin = 12.0;
     double sureAfter_s = 1.0;
     int sureAfter_marks = 3;
+    // Almost anything looks like very quick keying for a moment: more marks of it (row: wpm45).
+    double quickUnit_s = 0.030;
+    int quick_marks = 30;
     // Where that is not to be had, so much has to be heard.
     double heardFirst_s = 2.0;
     int heardFirst_marks = 8;
@@ -262,6 +289,13 @@ struct AttentionParameters
     double mostCompared_s = 6.0;
     double compareEvery_s = 1.536;
     double otherTone_Hz = 40.0;
+    // A tone that was no Morse is left alone for so long (rows: rtty10, speech10, fsk); a candidate
+    // that stays without dots, dashes or company is given up after so long, and given at the end of
+    // the input only when it is shorter than so many marks (rows: time pips, dialling tones).
+    double refused_s = 30.0;
+    double unsure_s = 7.0;
+    int loneMarks = 4;
+    double refusedWidth_Hz = 50.0;
     double noiseSpan_s = 4.0; ///< over which the noise near the tone is measured
 };
 
@@ -275,6 +309,7 @@ struct Parameters
     TimingParameters timing;
     TrellisParameters trellis;
     DecisionParameters decision;
+    JudgeParameters judge;
     AttentionParameters attention;
 };
 

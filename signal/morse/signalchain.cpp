@@ -34,6 +34,7 @@ SignalChain::SignalChain(const SignalGuess& guess, double step_s, std::int64_t b
     , m_tone_Hz(guess.tone_Hz)
     , m_step_s(step_s)
     , m_origin(begin_step)
+    , m_judge(parameters.judge)
     , m_tones(MarkLikelihood::KEPT_STEPS)
     , m_cycles(MarkLikelihood::KEPT_STEPS)
 {
@@ -93,7 +94,10 @@ void SignalChain::push(const Step& step)
         const double middle_us = 1e6 * m_step_s * static_cast<double>(m_origin + now);
         m_observer->step({std::llround(middle_us), m_tone_Hz, value, m_likelihood.level()});
     }
-    m_likelihood.push(value, m_bursts.noiseOf(step.rest, m_likelihood.level().noise));
+    // Noise that has fallen since is weighed as what it was.
+    const double noise = m_likelihood.level().noise;
+    const double former = step.floor > m_parameters.burst.formerNoise * noise ? step.floor : 0.0;
+    m_likelihood.push(value, std::max(former, m_bursts.noiseOf(step.rest, noise)));
     m_trellis.advance();
     if (m_likelihood.end() % std::max<std::int64_t>(1, steps(m_parameters.decision.review_s)) == 0)
         review(false);
@@ -127,6 +131,7 @@ void SignalChain::review(bool last)
     for (const Segment& segment : path.segments)
         isForeign.push_back(isMark(segment.kind) && foreign(segment));
     look(path, isForeign);
+    judge(path, isForeign);
     follow(heardMarks(path, isForeign));
     if (m_state != State::Confirmed || !m_released)
         return;
@@ -163,6 +168,33 @@ void SignalChain::look(const Path& path, const std::vector<bool>& isForeign)
         m_state = State::Confirmed;
     if (isCarrier)
         m_carrierUntil = m_likelihood.end();
+}
+
+// Marks that are old enough are counted once; those of the last seconds as the path has them now.
+void SignalChain::judge(const Path& path, const std::vector<bool>& isForeign)
+{
+    const std::int64_t settled = m_likelihood.end() - steps(m_parameters.tone.span_s);
+    MorseJudge all = m_judge;
+    std::int64_t judged = m_judged;
+    double gap_units = 0.0;
+    for (std::size_t i = 0; i + 1 < path.segments.size(); ++i) {
+        const Segment& segment = path.segments[i];
+        const double units =
+            static_cast<double>(segment.end_step - segment.begin_step) / segment.unit_steps;
+        if (!isMark(segment.kind)) {
+            gap_units = units;
+            continue;
+        }
+        if ((segment.begin_step + segment.end_step) / 2 < judged)
+            continue;
+        all.mark({units, segment.unit_steps, gap_units, isForeign[i]});
+        judged = segment.end_step;
+        if (segment.end_step < settled) {
+            m_judge = all;
+            m_judged = judged;
+        }
+    }
+    m_verdict = all.verdict();
 }
 
 // The marks of the path that are over and young enough to tell something.

@@ -8,6 +8,7 @@
 #include "signal/morse/decider.h"
 #include "signal/morse/heardmark.h"
 #include "signal/morse/marklikelihood.h"
+#include "signal/morse/morsejudge.h"
 #include "signal/morse/observer.h"
 #include "signal/morse/parameters.h"
 #include "signal/morse/step.h"
@@ -59,6 +60,8 @@ public:
 
     /// Far more probable keying than noise, and no steady tone.
     bool confirmed() const { return m_state != State::Listening; }
+    /// Whether what was heard of late is Morse.
+    MorseJudge::Verdict verdict() const { return m_verdict; }
     /// Marks of the path found so far; once confirmed, those of the last seconds.
     std::int64_t marks() const { return m_marks; }
     /// Log likelihood of its speed over all others.
@@ -96,6 +99,7 @@ private:
     void review(bool last);
     void look(const Path& path, const std::vector<bool>& isForeign);
     std::vector<HeardMark> heardMarks(const Path& path, const std::vector<bool>& isForeign) const;
+    void judge(const Path& path, const std::vector<bool>& isForeign);
     void follow(std::vector<HeardMark> marks);
     bool foreign(const Segment& mark) const;
 
@@ -118,6 +122,10 @@ private:
     std::int64_t m_lastMark = 0;
     std::int64_t m_marks = 0;
     double m_margin = 0.0;
+    MorseJudge::Verdict m_verdict = MorseJudge::Verdict::Unsure;
+    // Of marks that a later path does not reach back to.
+    MorseJudge m_judge;
+    std::int64_t m_judged = 0;  // end of the last of them
     double m_unit_steps = 15.0; // that of 20 words a minute until there is one
     std::int64_t m_carrierUntil = 0;
     // Rings, by step: the tone expected, and its phase.

@@ -12,12 +12,18 @@ namespace demodulator {
 namespace {
 
 constexpr double PI = 3.14159265358979323846;
-constexpr std::int64_t KEPT_FRAMES = 256; // 8 s
 constexpr double NOISE_NEAREST_Hz = 40.0; // the tone itself ends here
 constexpr double NOISE_WIDTH_Hz = 200.0;  // narrow receiver filters end here
 constexpr double BESIDE_Hz = 140.0;       // still within narrower ones
 // Power of noise alone varies as much as its mean (1); a carrier in noise up to twice.
 constexpr double LEAST_SWING = 2.6;
+// The power of noise in a bin is exponentially distributed: so much of its mean is its median.
+constexpr double MEDIAN_OF_POWER = 0.693;
+// The other tone of frequency shift keying: how far off it is at most, how much of our power it has
+// at least, and how opposite (as a correlation) the two are.
+constexpr double FARTHEST_SHIFT_Hz = 1000.0;
+constexpr double LEAST_COMPLEMENT = 0.2;
+constexpr double OPPOSITE = 0.5;
 constexpr double LEAST_EXCESS = 1.6; // mean power over that of the surroundings
 
 // The value below which one in so many lies.
@@ -107,6 +113,36 @@ double ToneFinder::power(double tone_Hz, std::int64_t age, std::int64_t count) c
     return end > age ? sum / static_cast<double>(end - age) : 0.0;
 }
 
+bool ToneFinder::hasComplement(double tone_Hz, std::int64_t count) const
+{
+    count = std::min({count, m_frames, KEPT_FRAMES});
+    if (count < 4)
+        return false;
+    const std::size_t own = binOf(tone_Hz);
+    const std::size_t first = binOf(std::max(60.0, tone_Hz - FARTHEST_SHIFT_Hz));
+    const std::size_t last = binOf(tone_Hz + FARTHEST_SHIFT_Hz);
+    const std::vector<float> mean = meanPower(count, first, last);
+    const double ownMean = static_cast<double>(mean[own - first]);
+    std::vector<double> variance(mean.size(), 0.0);
+    std::vector<double> common(mean.size(), 0.0);
+    for (std::int64_t age = 0; age < count; ++age) {
+        const float* powers = frame(age);
+        const double ownOff = static_cast<double>(powers[own]) - ownMean;
+        for (std::size_t i = 0; i < mean.size(); ++i) {
+            const double off = static_cast<double>(powers[first + i] - mean[i]);
+            variance[i] += off * off;
+            common[i] += off * ownOff;
+        }
+    }
+    for (std::size_t i = 0; i < mean.size(); ++i) {
+        const double product = std::sqrt(variance[i] * variance[own - first]);
+        if (static_cast<double>(mean[i]) > LEAST_COMPLEMENT * ownMean &&
+            common[i] < -OPPOSITE * product)
+            return true;
+    }
+    return false;
+}
+
 double ToneFinder::noiseNear(double tone_Hz, std::int64_t count) const
 {
     const std::size_t first = binOf(std::max(60.0, tone_Hz - NOISE_WIDTH_Hz));
@@ -120,6 +156,22 @@ double ToneFinder::noiseNear(double tone_Hz, std::int64_t count) const
             around.push_back(mean[bin - first]);
     }
     return median(around) / m_windowSquares;
+}
+
+double ToneFinder::floorNear(double tone_Hz, std::int64_t age) const
+{
+    if (age < 0 || age >= std::min(m_frames, KEPT_FRAMES))
+        return 0.0;
+    const float* powers = frame(age);
+    std::vector<float> around;
+    const auto add = [&](double from_Hz, double to_Hz) {
+        const std::size_t last = binOf(to_Hz);
+        for (std::size_t bin = binOf(std::max(60.0, from_Hz)); bin <= last; ++bin)
+            around.push_back(powers[bin]);
+    };
+    add(tone_Hz - NOISE_WIDTH_Hz, tone_Hz - NOISE_NEAREST_Hz);
+    add(tone_Hz + NOISE_NEAREST_Hz, tone_Hz + NOISE_WIDTH_Hz);
+    return median(around) / (MEDIAN_OF_POWER * m_windowSquares);
 }
 
 double ToneFinder::noiseInGaps(double tone_Hz, std::int64_t count) const
@@ -143,14 +195,14 @@ double ToneFinder::noiseBeside(double tone_Hz, std::int64_t count) const
                     side(tone_Hz + NOISE_NEAREST_Hz, tone_Hz + BESIDE_Hz));
 }
 
-std::optional<ToneCandidate> ToneFinder::find(std::int64_t count, double lowest_Hz,
-                                              double highest_Hz) const
+std::optional<ToneCandidate> ToneFinder::find(std::int64_t count, const Band& band,
+                                              const std::vector<Band>& leftOut) const
 {
     count = std::min({count, m_frames, KEPT_FRAMES});
     if (count < 4)
         return {};
-    const std::size_t first = binOf(lowest_Hz);
-    const std::size_t last = binOf(std::min(highest_Hz, HIGHEST_TONE_SHARE * m_rate_Hz));
+    const std::size_t first = binOf(band.lowest_Hz);
+    const std::size_t last = binOf(std::min(band.highest_Hz, HIGHEST_TONE_SHARE * m_rate_Hz));
     if (last <= first)
         return {};
     const std::vector<float> mean = meanPower(count, first, last);
@@ -163,9 +215,18 @@ std::optional<ToneCandidate> ToneFinder::find(std::int64_t count, double lowest_
         }
     }
     const double binWidth_Hz = m_rate_Hz / static_cast<double>(m_size);
+    std::vector<bool> isLeftOut(mean.size(), false);
+    for (const Band& out : leftOut) {
+        for (std::size_t bin = binOf(out.lowest_Hz); bin <= binOf(out.highest_Hz); ++bin) {
+            if (bin >= first && bin <= last)
+                isLeftOut[bin - first] = true;
+        }
+    }
     std::size_t best = mean.size();
     for (std::size_t i = 1; i + 1 < mean.size(); ++i) {
         variance[i] /= static_cast<float>(count);
+        if (isLeftOut[i])
+            continue;
         if (best == mean.size() || variance[i] > variance[best])
             best = i;
     }
@@ -177,6 +238,8 @@ std::optional<ToneCandidate> ToneFinder::find(std::int64_t count, double lowest_
         --best;
     while (best + 2 < mean.size() && mean[best + 1] > mean[best])
         ++best;
+    if (isLeftOut[best])
+        return {}; // its edge
     const double left = mean[best - 1];
     const double right = mean[best + 1];
     const double centre = mean[best];

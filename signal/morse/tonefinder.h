@@ -29,6 +29,8 @@ class ToneFinder
 public:
     explicit ToneFinder(double rate_Hz);
 
+    static constexpr std::int64_t KEPT_FRAMES = 256; ///< 8 s
+
     /// Samples of one frame, and between the begins of two.
     std::size_t frameLength() const { return m_window.size(); }
     std::size_t hop() const { return m_hop; }
@@ -37,15 +39,27 @@ public:
     void push(const float* samples);
     std::int64_t frames() const { return m_frames; }
 
-    /// The strongest keyed tone over the newest `count` frames between two frequencies.
-    std::optional<ToneCandidate> find(std::int64_t count, double lowest_Hz,
-                                      double highest_Hz) const;
+    struct Band
+    {
+        double lowest_Hz;
+        double highest_Hz;
+    };
+    /// The strongest keyed tone over the newest `count` frames within a band, but not in any of
+    /// those left out.
+    std::optional<ToneCandidate> find(std::int64_t count, const Band& band,
+                                      const std::vector<Band>& leftOut = {}) const;
 
     /// Mean power near a tone of `count` frames, leaving out the newest `age`.
     double power(double tone_Hz, std::int64_t age, std::int64_t count) const;
 
+    /// Whether another tone is on whenever this one is off, as with frequency shift keying.
+    bool hasComplement(double tone_Hz, std::int64_t count) const;
+
     /// Noise power of one sample as ToneCandidate::noise, near any tone, over the newest frames.
     double noiseNear(double tone_Hz, std::int64_t count) const;
+
+    /// The same of the one frame of this age, which says little by itself; 0 when it is not kept.
+    double floorNear(double tone_Hz, std::int64_t age) const;
 
     /// What stays at the place of the tone while its key is up, in the same measure.
     double noiseInGaps(double tone_Hz, std::int64_t count) const;

@@ -3,6 +3,7 @@
 
 #include "support/codelist.h"
 #include "support/keyer.h"
+#include "support/othersounds.h"
 #include "support/random.h"
 
 #include <QtTest>
@@ -367,6 +368,58 @@ private Q_SLOTS:
         demodulator.push(samples.data(), samples.size());
         demodulator.finish();
         QVERIFY(list.transmissions == before);
+    }
+    void whatIsNoMorseGivesNothing_data()
+    {
+        QTest::addColumn<std::vector<float>>("samples");
+        const auto add = [](const char* name, std::vector<float> samples) {
+            addNoise(samples, 8000.0, 1.0, 26.0, name);
+            for (float& sample : samples)
+                sample *= 0.3F;
+            QTest::newRow(name) << samples;
+        };
+        add("a teleprinter", teleprinter(40.0, 1000.0, 8000.0, "test"));
+        add("dialling tones", dialling(40.0, 8000.0, "test"));
+        add("time pips", timePips(40.0, 8000.0, "test"));
+        add("hopping tones", hoppingTones(40.0, 8000.0, "test"));
+        add("phase keying", phaseKeying(40.0, 8000.0, "test"));
+        QTest::newRow("noise that falls by 10 dB") << fallingNoise(40.0, 10.0, 8000.0, "test");
+        QTest::newRow("noise that falls by 30 dB") << fallingNoise(40.0, 30.0, 8000.0, "test");
+        QTest::newRow("noise that falls to nothing")
+            << fallingNoise(40.0, std::numeric_limits<double>::infinity(), 8000.0, "test");
+    }
+    void whatIsNoMorseGivesNothing()
+    {
+        QFETCH(std::vector<float>, samples);
+        const CodeList list = decodeAll(samples, 8000.0);
+        QVERIFY2(list.text().empty(), list.text().c_str());
+    }
+    void aSignalIsReadRightAfterTheNoiseFell()
+    {
+        Path path;
+        path.before_s = 10.0;
+        std::vector<float> samples = sound(TEXT, Hand(), path, 8000.0, "after");
+        const std::vector<float> before = noise(10.0, 0.1, 8000.0, "before");
+        for (std::size_t n = 0; n < before.size(); ++n)
+            samples[n] = before[n];
+        addNoise(samples, 8000.0, 0.9, 30.0, "after");
+        QCOMPARE(read(decodeAll(samples, 8000.0)), TEXT_READ);
+    }
+    void aSignalIsReadBesideATeleprinter()
+    {
+        Path path;
+        path.snr_dB = 20.0;
+        path.teleprinter_dB = 6.0;
+        path.before_s = 8.0; // to find that the stronger one is no Morse
+        QCOMPARE(read(decodeAll(sound(TEXT, Hand(), path, 8000.0, "beside"), 8000.0)), TEXT_READ);
+    }
+    void frequencyShiftKeyingIsReadRightWayUp()
+    {
+        Path path;
+        path.snr_dB = 20.0;
+        path.shift_Hz = 85.0;
+        const CodeList list = decodeAll(sound(TEXT, Hand(), path, 8000.0, "shift"), 8000.0);
+        QVERIFY2(characterErrorRate(TEXT, list.text()) < 0.05, list.text().c_str());
     }
     void theReportTellsToneSpeedAndStrength_data()
     {

@@ -2,6 +2,7 @@
 #include "signal/morse/tonefinder.h"
 
 #include "support/keyer.h"
+#include "support/othersounds.h"
 
 #include <QtTest>
 #include <cmath>
@@ -51,7 +52,7 @@ private Q_SLOTS:
         QFETCH(double, snr_dB);
         QFETCH(double, tolerance_Hz);
         const ToneFinder finder = heard(keyed(tone_Hz, snr_dB, "finder"));
-        const auto found = finder.find(94, 150.0, 3500.0);
+        const auto found = finder.find(94, {150.0, 3500.0});
         QVERIFY(found.has_value());
         QVERIFY(std::fabs(found->tone_Hz - tone_Hz) < tolerance_Hz);
     }
@@ -59,7 +60,7 @@ private Q_SLOTS:
     {
         // At the end all is scaled to a peak of 0.9, so look at the ratio only.
         const ToneFinder finder = heard(keyed(700.0, 10.0, "level"));
-        const auto found = finder.find(94, 150.0, 3500.0);
+        const auto found = finder.find(94, {150.0, 3500.0});
         QVERIFY(found.has_value());
         // A^2/2 over the noise in 500 Hz, with level = A^2/4 and noise = that of 4000 Hz.
         const double ratio = 2.0 * found->level / (found->noise / 8.0);
@@ -70,7 +71,7 @@ private Q_SLOTS:
         int found = 0;
         for (int i = 0; i < 20; ++i) {
             const auto samples = testsupport::noise(3.0, 0.1, 8000.0, "finder" + std::to_string(i));
-            if (const auto candidate = heard(samples).find(94, 150.0, 3500.0))
+            if (const auto candidate = heard(samples).find(94, {150.0, 3500.0}))
                 found += candidate->swing > 4.0 ? 1 : 0;
         }
         QCOMPARE(found, 0);
@@ -80,18 +81,56 @@ private Q_SLOTS:
         std::vector<float> samples = testsupport::noise(3.0, 0.05, 8000.0, "carrier");
         for (std::size_t n = 0; n < samples.size(); ++n)
             samples[n] += static_cast<float>(0.5 * std::sin(6.283185307 * 800.0 * n / 8000.0));
-        const auto found = heard(samples).find(80, 150.0, 3500.0);
+        const auto found = heard(samples).find(80, {150.0, 3500.0});
         QVERIFY(!found || std::fabs(found->tone_Hz - 800.0) > 50.0);
     }
     void silenceAndOneFrameGiveNothing()
     {
         ToneFinder finder(8000.0);
-        QVERIFY(!finder.find(94, 150.0, 3500.0));
+        QVERIFY(!finder.find(94, {150.0, 3500.0}));
         const std::vector<float> silence(finder.frameLength(), 0.0F);
         for (int i = 0; i < 50; ++i)
             finder.push(silence.data());
-        QVERIFY(!finder.find(94, 150.0, 3500.0));
+        QVERIFY(!finder.find(94, {150.0, 3500.0}));
         QCOMPARE(finder.noiseNear(700.0, 50), 0.0);
+    }
+    void theFloorOfAFrameIsThatOfItsTime()
+    {
+        std::vector<float> samples = testsupport::noise(4.0, 0.1, 8000.0, "floor");
+        for (std::size_t n = 16000; n < samples.size(); ++n)
+            samples[n] *= 0.1F;
+        const ToneFinder finder = heard(samples);
+        const auto mean = [&finder](std::int64_t from, std::int64_t to) {
+            double sum = 0.0;
+            for (std::int64_t age = from; age < to; ++age)
+                sum += finder.floorNear(700.0, age) / static_cast<double>(to - from);
+            return sum;
+        };
+        QVERIFY(std::fabs(mean(5, 45) / 0.0001 - 1.0) < 0.2);
+        QVERIFY(std::fabs(mean(70, 110) / 0.01 - 1.0) < 0.2);
+        QCOMPARE(finder.floorNear(700.0, ToneFinder::KEPT_FRAMES), 0.0);
+    }
+    void twoTonesInTurnAreComplements()
+    {
+        QVERIFY(
+            heard(testsupport::teleprinter(4.0, 1000.0, 8000.0, "two")).hasComplement(1085.0, 94));
+        testsupport::Path path;
+        path.snr_dB = 20.0;
+        path.neighbours = {{300.0, -3.0, 24.0}};
+        QVERIFY(!heard(testsupport::sound("PARIS PARIS PARIS", {}, path, 8000.0, "one"))
+                     .hasComplement(700.0, 94));
+    }
+    void whatIsLeftOutIsNotFound()
+    {
+        testsupport::Path path;
+        path.snr_dB = 20.0;
+        path.neighbours = {{300.0, -6.0, 24.0}};
+        const ToneFinder finder =
+            heard(testsupport::sound("PARIS PARIS PARIS", {}, path, 8000.0, "left out"));
+        const auto found = finder.find(94, {150.0, 3500.0}, {{650.0, 750.0}});
+        QVERIFY(found);
+        QVERIFY(std::fabs(found->tone_Hz - 1000.0) < 5.0);
+        QVERIFY(!finder.find(94, {650.0, 750.0}, {{600.0, 800.0}}));
     }
 };
 
