@@ -55,7 +55,7 @@ Step Baseband::step(const SampleHistory& history, std::int64_t step)
                    carrier.real() * turn.imag() + carrier.imag() * turn.real()};
     }
     m_phase = std::fmod(m_phase + advance * m_stepSamples, 2.0 * PI);
-    return {sum, std::max(0.0, power - 2.0 * std::norm(sum)) / m_stepSamples, 0.0, m_tone_Hz};
+    return {sum, std::max(0.0, power - 2.0 * std::norm(sum)) / m_stepSamples, m_tone_Hz};
 }
 
 } // namespace demodulator

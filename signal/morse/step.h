@@ -12,8 +12,8 @@ struct Step
 {
     std::complex<double> value; ///< half the tone's amplitude, and its phase against `tone_Hz`
     double rest = 0.0;          ///< power beside the tone, as the noise that it adds to a step
-    double floor = 0.0;         ///< noise near the tone around that time, 0: not known
     double tone_Hz = 0.0;       ///< what it was mixed with; its phase never jumps
+    double floor = 0.0;         ///< noise near the tone around that time, 0: not known
 };
 
 } // namespace demodulator

@@ -59,7 +59,7 @@ Listening listen(const std::vector<bool>& keyed, double tone_Hz, double mixed_Hz
         if (keyed[n])
             value += std::polar(AMPLITUDE, 2.0 * PI * cycles);
         cycles += (tone_Hz - mixer_Hz) * STEP_s;
-        chain.push({value, NOISE, 0.0, mixer_Hz});
+        chain.push({value, NOISE, mixer_Hz});
     }
     result.confirmed = chain.confirmed();
     result.tone_Hz = chain.tone_Hz();
@@ -108,7 +108,7 @@ private Q_SLOTS:
         testsupport::CodeList list;
         SignalChain chain({700.0, 1.0, 0.01}, STEP_s, 0, {}, list);
         for (const bool down : keyed("CQ CQ", 20.0))
-            chain.push({down ? 1.0 : 0.0, 0.0, 0.0, 700.0});
+            chain.push({down ? 1.0 : 0.0, 0.0, 700.0});
         QVERIFY(chain.confirmed());
         QVERIFY(list.transmissions.empty());
         chain.release();
