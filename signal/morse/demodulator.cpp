@@ -226,20 +226,21 @@ private:
 
     bool heardEnough() const
     {
+        using Verdict = MorseJudge::Verdict;
+        const Verdict verdict = m_candidate->chain().verdict();
         const std::int64_t heard = m_history.end() - m_candidate->firstMark_sample();
         const std::int64_t marks = m_candidate->chain().marks();
+        if (m_candidate->chain().unit_s() < attention().quickUnit_s &&
+            marks < attention().quick_marks)
+            return false;
+        if (heard > samplesIn(attention().heardFirstAtMost_s))
+            return verdict == Verdict::Morse || verdict == Verdict::Dashes;
         const bool surveyed = m_finder.frames() > framesIn(attention().search_s);
         const bool sure = surveyed && heard > samplesIn(attention().sureAfter_s) &&
                           marks >= attention().sureAfter_marks &&
                           m_candidate->chain().margin() > attention().sureMargin;
-        const bool isQuick = m_candidate->chain().unit_s() < attention().quickUnit_s;
-        if (m_candidate->chain().verdict() != MorseJudge::Verdict::Morse ||
-            (isQuick && marks < attention().quick_marks))
-            return false;
-        return sure ||
-               (heard > samplesIn(attention().heardFirst_s) &&
-                marks >= attention().heardFirst_marks) ||
-               heard > samplesIn(attention().heardFirstAtMost_s);
+        return verdict == Verdict::Morse && (sure || (heard > samplesIn(attention().heardFirst_s) &&
+                                                      marks >= attention().heardFirst_marks));
     }
 
     bool takesOver() const
@@ -303,7 +304,7 @@ private:
     bool isNoMorse(const SignalChain& chain) const
     {
         return chain.verdict() == MorseJudge::Verdict::Other ||
-               (chain.unit_s() < attention().quickUnit_s &&
+               (chain.unit_s() < attention().teleprinterUnit_s &&
                 m_finder.frames() % hopsOf(attention().searchEvery_s) == 0 &&
                 m_finder.hasComplement(chain.tone_Hz(), framesIn(attention().search_s)));
     }

@@ -15,7 +15,7 @@ void MorseJudge::mark(const Mark& mark)
 {
     const double keep = 1.0 - 1.0 / m_parameters.memory_marks;
     for (double* count : {&m_marks, &m_between, &m_long, &m_foreign, &m_dots, &m_dashes,
-                          &m_innerGaps, &m_dotSquares})
+                          &m_innerGaps, &m_dotLengths, &m_dotSquares})
         *count *= keep;
     m_marks += 1.0;
     if (mark.isForeign) {
@@ -23,10 +23,10 @@ void MorseJudge::mark(const Mark& mark)
         return;
     }
     if (mark.length_units < m_parameters.longestDot_units) {
-        const double off = mark.length_units - 1.0;
         const double grid = m_parameters.resolution_steps / std::max(1.0, mark.unit_steps);
         m_dots += 1.0;
-        m_dotSquares += off * off - grid * grid;
+        m_dotLengths += mark.length_units;
+        m_dotSquares += mark.length_units * mark.length_units - grid * grid;
     } else if (mark.length_units < m_parameters.shortestDash_units)
         m_between += 1.0;
     else if (mark.length_units < m_parameters.longestDash_units)
@@ -54,15 +54,17 @@ bool MorseJudge::isOdd(double deviations) const
            isMore(m_long, m_parameters.mostLong, deviations) ||
            isMore(m_foreign, m_parameters.mostForeign, deviations) ||
            isMore(m_marks - m_innerGaps, m_parameters.mostAlone, deviations) ||
-           m_dotSquares > allowed;
+           m_dotSquares - m_dotLengths * m_dotLengths / std::max(1.0, m_dots) > allowed;
 }
 
 MorseJudge::Verdict MorseJudge::verdict() const
 {
     if (m_marks >= m_parameters.leastMarks && isOdd(m_parameters.deviations))
         return Verdict::Other;
-    const bool isComplete = m_dots > 0.0 && m_dashes > 0.0 && m_innerGaps > 0.0;
-    return isComplete && !isOdd(0.0) ? Verdict::Morse : Verdict::Unsure;
+    // Dots alone are what a row of equal tones looks like.
+    if (!(m_innerGaps > 0.0) || !(m_dashes > 0.0) || isOdd(0.0))
+        return Verdict::Unsure;
+    return m_dots > 0.0 ? Verdict::Morse : Verdict::Dashes;
 }
 
 } // namespace demodulator

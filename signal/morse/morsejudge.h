@@ -22,7 +22,8 @@ public:
     void mark(const Mark& mark);
 
     enum class Verdict {
-        Unsure, ///< too little was heard, or only marks of one length or without company
+        Unsure, ///< too little was heard, or it is odd, or only dots
+        Dashes, ///< nothing odd, but no dots
         Morse,  ///< dots, dashes, and gaps within a character
         Other,  ///< so many marks do not belong in Morse that it is no chance
     };
@@ -41,7 +42,9 @@ private:
     double m_dots = 0.0;
     double m_dashes = 0.0;
     double m_innerGaps = 0.0;
-    double m_dotSquares = 0.0; // of deviations from a unit, those of the grid of steps left out
+    // Of dots: lengths and their squares, the scatter that the grid of steps adds left out.
+    double m_dotLengths = 0.0;
+    double m_dotSquares = 0.0;
 };
 
 } // namespace demodulator

@@ -172,6 +172,7 @@ bool setParameter(Parameters& parameters, const std::string& name, double value)
         ROW(attention.sureAfter_marks),
         ROW(attention.quickUnit_s),
         ROW(attention.quick_marks),
+        ROW(attention.teleprinterUnit_s),
         ROW(attention.heardFirst_s),
         ROW(attention.heardFirst_marks),
         ROW(attention.heardFirstAtMost_s),

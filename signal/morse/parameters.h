@@ -269,8 +269,10 @@ struct AttentionParameters
     double sureAfter_s = 1.0;
     int sureAfter_marks = 3;
     // Almost anything looks like very quick keying for a moment: more marks of it (row: wpm45).
-    double quickUnit_s = 0.030;
+    double quickUnit_s = 0.0255;
     int quick_marks = 30;
+    // Shorter units with two tones in turn are a teleprinter's bits.
+    double teleprinterUnit_s = 0.030;
     // Where that is not to be had, so much has to be heard.
     double heardFirst_s = 2.0;
     int heardFirst_marks = 8;

@@ -85,14 +85,18 @@ private Q_SLOTS:
         QVERIFY(teleprinter(1.0, 150).verdict() == Verdict::Other);
         QVERIFY(teleprinter(0.75, 150).verdict() == Verdict::Other); // taken for slower keying
     }
-    void dotsAloneAreNotSure()
+    void dotsAloneAreNotSureAndDashesAloneAreSaid()
     {
-        MorseJudge judge({});
-        for (int i = 0; i < 9; ++i)
-            judge.mark({1.0, UNIT_steps, i == 0 ? 0.0 : 1.0, false});
-        QVERIFY(judge.verdict() == Verdict::Unsure);
-        judge.mark({3.0, UNIT_steps, 1.0, false});
-        QVERIFY(judge.verdict() == Verdict::Morse);
+        for (const double length : {1.0, 3.0}) {
+            MorseJudge judge({});
+            judge.mark({length, UNIT_steps, 0.0, false});
+            QVERIFY(judge.verdict() == Verdict::Unsure);
+            for (int i = 1; i < 9; ++i)
+                judge.mark({length, UNIT_steps, 1.0, false});
+            QVERIFY(judge.verdict() == (length < 2.0 ? Verdict::Unsure : Verdict::Dashes));
+            judge.mark({4.0 - length, UNIT_steps, 1.0, false});
+            QVERIFY(judge.verdict() == Verdict::Morse);
+        }
     }
     void marksWithoutCompanyAreNot()
     {

@@ -83,7 +83,16 @@ private Q_SLOTS:
             // sounds like keying now and then.
             const bool narrowCrashes = title.startsWith(QLatin1String("static crashes through"));
             const bool carrier = title.startsWith(QLatin1String("a carrier"));
-            QTest::newRow(qPrintable(title)) << int(i) << (narrowCrashes ? 6 : carrier ? 4 : 0);
+            // So do syllables, notes and hops, for a moment each.
+            const bool speech = title == QLatin1String("speech");
+            const bool tones =
+                title == QLatin1String("music") || title == QLatin1String("hopping tones");
+            QTest::newRow(qPrintable(title)) << int(i)
+                                             << (speech          ? 60
+                                                 : tones         ? 45
+                                                 : narrowCrashes ? 6
+                                                 : carrier       ? 4
+                                                                 : 0);
         }
     }
     void whereNobodyKeysNothingIsHeard()
