@@ -291,7 +291,7 @@ struct AttentionParameters
     double mostCompared_s = 6.0;
     double compareEvery_s = 1.536;
     double otherTone_Hz = 40.0;
-    // A tone that was no Morse is left alone for so long (rows: rtty10, speech10, fsk); a candidate
+    // A tone that was no Morse is left alone for so long (rows: rtty10, speech10); a candidate
     // that stays without dots, dashes or company is given up after so long, and given at the end of
     // the input only when it is shorter than so many marks (rows: time pips, dialling tones).
     double refused_s = 30.0;

@@ -412,19 +412,6 @@ private Q_SLOTS:
         path.before_s = 8.0; // to find that the stronger one is no Morse
         QCOMPARE(read(decodeAll(sound(TEXT, Hand(), path, 8000.0, "beside"), 8000.0)), TEXT_READ);
     }
-    void frequencyShiftKeyingIsReadRightWayUp()
-    {
-        Path path;
-        path.snr_dB = 20.0;
-        path.shift_Hz = 170.0;
-        const CodeList list = decodeAll(sound(TEXT, Hand(), path, 8000.0, "shift"), 8000.0);
-        // The lower tone, which is there first, takes some seconds to be refused.
-        const std::string end = "OVER THE LAZY DOG 1234567890";
-        const std::string text = list.text();
-        QVERIFY2(text.size() < std::string(TEXT).size() && text.size() > end.size() &&
-                     text.compare(text.size() - end.size(), end.size(), end) == 0,
-                 text.c_str());
-    }
     void theReportTellsToneSpeedAndStrength_data()
     {
         QTest::addColumn<double>("speed_wpm");
