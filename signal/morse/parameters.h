@@ -99,9 +99,9 @@ struct LikelihoodParameters
     // improbable that is. Longer parts lose tones that wobble or settle, shorter or cheaper ones
     // believe noise (rows: settle30, wobble15, chirp, all).
     double driftingDot = 60.0;
-    double part_units = 0.4;
+    double part_units = 0.75;
     double shortestPart_steps = 4.0;
-    double driftPrice = 2.0;
+    double driftPrice = 3.0;
 
     // Log probability that a mark does not have the phase expected (rows: snr0, snr-3).
     double otherPhase = -4.0;

@@ -385,7 +385,7 @@ private Q_SLOTS:
 
     void eventsAreWholeObjects()
     {
-        std::vector<float> samples = keyed("ET");
+        std::vector<float> samples = keyed("TU K");
         append(samples, std::vector<float>(static_cast<std::size_t>(30 * RATE_HZ)));
         append(samples, keyed("CQ CQ"));
         const Ended ended =
