@@ -83,6 +83,7 @@ private:
         m_floors.erase(m_floors.begin(), m_floors.lower_bound(first));
         for (std::int64_t i = first; i <= last; ++i) {
             if (m_floors.count(i) == 0)
+                // cppcheck-suppress stlFindInsert; the floor is computed only where it is missing
                 m_floors[i] = finder.floorNear(m_chain.tone_Hz(), finder.frames() - 1 - i);
         }
         std::vector<double> sorted;

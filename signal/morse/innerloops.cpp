@@ -2,6 +2,7 @@
 #include "signal/morse/innerloops.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 
@@ -173,11 +174,12 @@ Peak peakOfSums(const Score* a, const Score* b, const Score* c, const std::vecto
         }
     }
     // Score and index as one number, the greater the better and the earlier.
-    std::int32_t keys[LANES];
+    std::array<std::int32_t, LANES> keys{};
     for (std::size_t lane = 0; lane < LANES; ++lane) {
-        const std::int32_t index = std::int32_t{where[lane]} * static_cast<std::int32_t>(LANES) +
-                                   static_cast<std::int32_t>(lane);
-        keys[lane] = std::int32_t{most[lane]} * 0x10000 + 0xffff - index;
+        const std::int32_t index =
+            static_cast<std::int32_t>(where[lane]) * static_cast<std::int32_t>(LANES) +
+            static_cast<std::int32_t>(lane);
+        keys[lane] = static_cast<std::int32_t>(most[lane]) * 0x10000 + 0xffff - index;
     }
     std::int32_t best = keys[0];
     for (const std::int32_t key : keys)

@@ -707,7 +707,8 @@ private Q_SLOTS:
         QCOMPARE(traces.Traces().size(), 1);
         QVERIFY(traces.Messages().first().contains("'d/flag'"));
         auto* const input = dynamic_cast<TextValue*>(client.handedOver);
-        QVERIFY(input && input != scene.tree.Find("d/flag"));
+        QVERIFY(input);
+        QVERIFY(input != scene.tree.Find("d/flag"));
         input->SetValue("B", nullptr);
         QCOMPARE(scene.output->GetValue(), QStringLiteral("\u0392"));
         input->DeleteObservers();
