@@ -16,7 +16,7 @@ namespace {
 const char* const STATION = "station";
 const char* const RECEIVER = "receiver";
 
-const qint64 MAX_FILE_BYTES = 1024 * 1024;
+const qint64 MAX_FILE_BYTES = qint64{1024} * 1024;
 
 enum class Kind { Text, Number, WholeNumber, Switch, Path };
 
