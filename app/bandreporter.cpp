@@ -16,9 +16,8 @@ namespace morsehost {
 
 namespace {
 
-constexpr int LEAST_COLON_CHARACTERS = 8; // as other programs write them
-constexpr int SHOWN_TEXT = 50;            // characters of a signal in the table
-constexpr double REFRESH_s = 1.0;         // of signal
+constexpr int SHOWN_TEXT = 50;    // characters of a signal in the table
+constexpr double REFRESH_s = 1.0; // of signal
 
 // What is known, otherwise nothing.
 QString number(const std::optional<double>& value, int digits)
@@ -83,14 +82,18 @@ private:
 class ColonReporter : public BandReporter
 {
 public:
-    using BandReporter::BandReporter;
+    ColonReporter(int characters, Output& output)
+        : BandReporter(output)
+        , m_characters(characters)
+    {
+    }
 
     void text(const BandEntry& signal, const QString& text) override
     {
         Line& line = m_lines[signal.number];
         line.frequency_Hz = signal.frequency_Hz;
         line.text += text;
-        if (line.text.size() >= LEAST_COLON_CHARACTERS && line.text.endsWith(QLatin1Char(' ')))
+        if (line.text.size() >= m_characters && line.text.endsWith(QLatin1Char(' ')))
             write(line);
     }
     void transmission(const Transmission& transmission) override
@@ -116,6 +119,7 @@ private:
         line.text.clear();
     }
 
+    int m_characters;
     std::map<int, Line> m_lines;
 };
 
@@ -171,13 +175,14 @@ void BandReporter::saving(const QString& message)
     complain(message);
 }
 
-std::unique_ptr<BandReporter> makeBandReporter(BandForm form, double center_Hz, Output& output)
+std::unique_ptr<BandReporter> makeBandReporter(BandForm form, double center_Hz, int colonCharacters,
+                                               Output& output)
 {
     switch (form) {
     case BandForm::Json:
         return std::make_unique<JsonBandReporter>(output);
     case BandForm::Colon:
-        return std::make_unique<ColonReporter>(output);
+        return std::make_unique<ColonReporter>(colonCharacters, output);
     case BandForm::Table:
         return std::make_unique<TableReporter>(center_Hz, output);
     case BandForm::Lines:

@@ -16,6 +16,8 @@ enum class BandForm {
     Table, ///< who is there now, on a terminal
 };
 
+constexpr int DEFAULT_COLON_CHARACTERS = 8; // as other programs write them
+
 class BandReporter : public BandListener
 {
 public:
@@ -39,7 +41,9 @@ protected:
     Output& m_output;
 };
 
-/// `center_Hz` is what 0 Hz of the band is.
-std::unique_ptr<BandReporter> makeBandReporter(BandForm form, double center_Hz, Output& output);
+/// `center_Hz` is what 0 Hz of the band is. In colon form a line ends at the first blank after
+/// `colonCharacters`, or with its transmission.
+std::unique_ptr<BandReporter> makeBandReporter(BandForm form, double center_Hz, int colonCharacters,
+                                               Output& output);
 
 } // namespace morsehost

@@ -25,6 +25,7 @@ namespace {
 constexpr std::size_t PIECE_SAMPLES = 16384;
 constexpr double MAX_CENTER_HZ = 3e12; // above the highest bands in use
 constexpr int MOST_SIGNALS = 5000;
+constexpr int MOST_COLON_CHARACTERS = 1000;
 
 template <typename Value>
 struct Word
@@ -42,6 +43,7 @@ struct BandOptions
     demodulator::BandSettings settings;
     StationSettings station;
     BandForm form = BandForm::Lines;
+    int colonCharacters = DEFAULT_COLON_CHARACTERS;
     double center_Hz = 0.0;
 };
 
@@ -60,6 +62,52 @@ void readWord(Arguments& arguments, const char* option, const Words& words, Valu
     }
     arguments.fail(QStringLiteral("--%1 takes one of %2")
                        .arg(QLatin1String(option), known.join(QStringLiteral(", "))));
+}
+
+// How the input is written: by our names, or by the letters of the programs that are called with
+// lines FREQUENCY:TEXT in mind. Those read floating-point numbers unless asked otherwise.
+void readFormat(Arguments& arguments, BandRequest& request, bool isColon)
+{
+    if (isColon)
+        request.format = RawFormat::F32;
+    readWord(arguments, "format", FORMATS, request.format);
+    if (arguments.isSet("i"))
+        request.format = RawFormat::S16;
+    if (arguments.isSet("f"))
+        request.format = RawFormat::F32;
+    const auto letter_Hz =
+        arguments.number("r", demodulator::LOWEST_BAND_RATE_Hz, demodulator::HIGHEST_BAND_RATE_Hz);
+    const auto rate_Hz = arguments.number("rate", demodulator::LOWEST_BAND_RATE_Hz,
+                                          demodulator::HIGHEST_BAND_RATE_Hz);
+    request.rate_Hz = letter_Hz.value_or(rate_Hz.value_or(request.rate_Hz));
+    const int formats =
+        int(arguments.isSet("format")) + int(arguments.isSet("i")) + int(arguments.isSet("f"));
+    const int rates = int(arguments.isSet("rate")) + int(arguments.isSet("r"));
+    if (formats > 1)
+        arguments.fail(QStringLiteral("--format, -i and -f exclude each other"));
+    if (rates > 1)
+        arguments.fail(QStringLiteral("--rate and -r are the same option"));
+    if (!request.isPipe && formats + rates > 0)
+        arguments.fail(QStringLiteral("--rate and --format are for standard input; a file has its "
+                                      "own"));
+}
+
+// One form; a table needs a terminal to be drawn on.
+void readForm(Arguments& arguments, BandOptions& options)
+{
+    readWord(arguments, "form", FORMS, options.form);
+    if (arguments.isSet("json"))
+        options.form = BandForm::Json;
+    if (arguments.isSet("table") && isatty(STDOUT_FILENO) != 0)
+        options.form = BandForm::Table;
+    const int forms =
+        int(arguments.isSet("form")) + int(arguments.isSet("json")) + int(arguments.isSet("table"));
+    if (forms > 1)
+        arguments.fail(QStringLiteral("--form, --json and --table exclude each other"));
+    const auto characters = arguments.wholeNumber("n", 1, MOST_COLON_CHARACTERS);
+    options.colonCharacters = characters.value_or(options.colonCharacters);
+    if (characters && options.form != BandForm::Colon)
+        arguments.fail(QStringLiteral("-n is for --form colon"));
 }
 
 // LO-HI, both as received; a minus may stand before either.
@@ -90,13 +138,8 @@ BandOptions readOptions(Arguments& arguments)
     request.isPipe = name == QLatin1String("-");
     request.name = request.isPipe ? QStringLiteral("standard input") : name;
     request.isComplex = arguments.isSet("iq");
-    readWord(arguments, "format", FORMATS, request.format);
-    const auto rate_Hz = arguments.number("rate", demodulator::LOWEST_BAND_RATE_Hz,
-                                          demodulator::HIGHEST_BAND_RATE_Hz);
-    request.rate_Hz = rate_Hz.value_or(request.rate_Hz);
-    if (!request.isPipe && (rate_Hz || arguments.isSet("format")))
-        arguments.fail(QStringLiteral("--rate and --format are for standard input; a file has its "
-                                      "own"));
+    readForm(arguments, options);
+    readFormat(arguments, request, options.form == BandForm::Colon);
     options.center_Hz = arguments.number("center", 0, MAX_CENTER_HZ).value_or(0.0);
     readLimits(arguments, options);
     if (const auto least_dB = arguments.number("least-snr", -30, 60))
@@ -105,15 +148,6 @@ BandOptions readOptions(Arguments& arguments)
         options.settings.mostSignals = static_cast<std::size_t>(*most);
     if (const auto jobs = arguments.wholeNumber("jobs", 1, 256))
         options.settings.threads = static_cast<unsigned>(*jobs);
-    readWord(arguments, "form", FORMS, options.form);
-    if (arguments.isSet("json"))
-        options.form = BandForm::Json;
-    if (arguments.isSet("table"))
-        options.form = BandForm::Table;
-    const int forms =
-        int(arguments.isSet("form")) + int(arguments.isSet("json")) + int(arguments.isSet("table"));
-    if (forms > 1)
-        arguments.fail(QStringLiteral("--form, --json and --table exclude each other"));
 
     StationSettings& station = options.station;
     const AlphabetChoice alphabet = readAlphabetOptions(arguments);
@@ -165,7 +199,8 @@ int run(Arguments& arguments)
     }
 
     Output output(STDOUT_FILENO);
-    const auto reporter = makeBandReporter(options.form, options.center_Hz, output);
+    const auto reporter =
+        makeBandReporter(options.form, options.center_Hz, options.colonCharacters, output);
     BandStation station(options.station, options.center_Hz, *reporter);
     if (!station.canBegin()) {
         complainOfAlphabet(options.station.alphabet, options.station.alphabetDirectory);
@@ -197,7 +232,8 @@ Command bandCommand()
         {"iq", nullptr,
          "the input is I and Q: two channels of a recording, or pairs of raw samples"},
         {"format", "FORMAT",
-         "format of raw samples on standard input: s16, f32, u8 or s8 (default: s16)"},
+         "format of raw samples on standard input: s16, f32, u8 or s8 (default: s16, with --form "
+         "colon f32)"},
         {"rate", "HZ", "sample rate of raw samples, 4000 to 2400000 (default: 48000)"},
         {"center", "HZ", "frequency that 0 Hz of the input stands for (default: 0)"},
         {"only", "LO-HI", "leave out signals beyond these frequencies, in hertz"},
@@ -207,8 +243,13 @@ Command bandCommand()
         {"form", "FORM",
          "lines: a line for each transmission; colon: FREQUENCY:TEXT, word by word (default: "
          "lines)"},
+        {"r", "HZ", "--rate, as background decoders of web receivers call it"},
+        {"i", nullptr, "--format s16, likewise"},
+        {"f", nullptr, "--format f32, likewise"},
+        {"n", "N", "with --form colon: a line at the first blank after N characters (default: 8)"},
         {"json", nullptr, "print a JSON object a line per event"},
-        {"table", nullptr, "show who sends now, in place, on a terminal"},
+        {"table", nullptr,
+         "show who sends now, in place; lines where standard output is no terminal"},
         {"save", "DIR", "write the files of each signal into DIR, which is created if need be"},
         {"start", "TIME",
          "time of the first sample, ISO 8601 (default: the clock for standard input, 1970 for a "

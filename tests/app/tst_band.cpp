@@ -3,6 +3,7 @@
 // either.
 #include "support/keyer.h"
 #include "support/program.h"
+#include "support/terminal.h"
 
 #include <QDir>
 #include <QFile>
@@ -151,7 +152,7 @@ private Q_SLOTS:
 
     void colonLinesAreAsOthersWriteThem()
     {
-        const Ended ended = run(IQ + QStringList{"--form", "colon", "-"}, raw("s16"));
+        const Ended ended = run(IQ + QStringList{"--form", "colon", "-i", "-"}, raw("s16"));
         QString texts[2];
         for (const QByteArray& line : ended.out.trimmed().split('\n')) {
             const int colon = line.indexOf(':');
@@ -165,11 +166,41 @@ private Q_SLOTS:
 
     void theTableShowsWhoSends()
     {
-        const Ended ended = run(IQ + QStringList{"--table", "-"}, raw("s16"));
+        const Ended ended = testsupport::runAtTerminal(
+            QStringList("band") + IQ + QStringList{"--table", "-"}, raw("s16"));
+        QCOMPARE(ended.status, 0);
         QVERIFY(ended.out.startsWith("\x1b[H\x1b[J"));
         QVERIFY2(ended.out.contains("1.50 kHz") && ended.out.contains("-2.00 kHz") &&
                      ended.out.contains("DL0ABC"),
                  ended.out.constData());
+    }
+
+    void withoutATerminalTheTableIsLines()
+    {
+        const Ended ended = run(IQ + QStringList{"--table", "-"}, raw("s16"));
+        QCOMPARE(ended.out, run(IQ + QStringList("-"), raw("s16")).out);
+        QVERIFY(ended.out.contains("DL0ABC"));
+    }
+
+    // As a web receiver calls its background decoders.
+    void lettersStandForRateAndFormat()
+    {
+        const QStringList colon = {"--iq", "--form", "colon"};
+        const Ended named =
+            run(colon + QStringList{"--rate", "8000", "--format", "s16", "-"}, raw("s16"));
+        QVERIFY(named.out.contains(":CQ CQ DE "));
+        QCOMPARE(run(colon + QStringList{"-r", "8000", "-i", "-"}, raw("s16")).out, named.out);
+        const Ended floats = run(colon + QStringList{"-r", "8000", "-f", "-"}, raw("f32"));
+        QVERIFY(floats.out.contains("DL0ABC"));
+        QCOMPARE(run(colon + QStringList{"-r", "8000", "-"}, raw("f32")).out, floats.out);
+    }
+
+    void aLineOfTheColonFormIsAsLongAsAskedFor()
+    {
+        const Ended words =
+            run(IQ + QStringList{"--form", "colon", "--format", "s16", "-n", "1", "-"}, raw("s16"));
+        QVERIFY2(words.out.contains(":CQ \n") && words.out.contains(":TEST \n"),
+                 words.out.constData());
     }
 
     void theOutputDoesNotDependOnTheNumberOfJobs()
@@ -231,6 +262,12 @@ private Q_SLOTS:
         QTest::newRow("rate too low") << QStringList{"--rate", "3000", "-"} << QByteArray() << 2;
         QTest::newRow("rate of a file")
             << QStringList{"--rate", "8000", "x.wav"} << QByteArray() << 2;
+        QTest::newRow("two formats")
+            << QStringList{"-i", "--format", "f32", "-"} << QByteArray() << 2;
+        QTest::newRow("two rates")
+            << QStringList{"-r", "8000", "--rate", "8000", "-"} << QByteArray() << 2;
+        QTest::newRow("length of lines without them")
+            << QStringList{"-n", "4", "-"} << QByteArray() << 2;
         QTest::newRow("limits the wrong way round")
             << QStringList{"--only", "200-100", "-"} << QByteArray() << 2;
         QTest::newRow("limits that are none")
