@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "station/picture/picture.h"
 
-#include "station/picture/png.h"
+#include "station/picture/shading.h"
 #include "station/picture/spectrogram.h"
+#include "station/picture/svg.h"
 
 #include <QStringList>
-#include <QXmlStreamWriter>
 
 #include <algorithm>
 #include <array>
@@ -51,16 +51,9 @@ constexpr double WORD_GAP_HEIGHT = 14.0;
 constexpr double AROUND_TONE_Hz = 300.0;
 constexpr double LOWEST_Hz = 100.0; // where no tone is followed
 constexpr double HIGHEST_Hz = 3500.0;
-constexpr double DEEPEST_dB = 45.0; // darkest under brightest
-constexpr double FLATTEST_dB = 15.0;
-constexpr double BRIGHTEST_SHARE = 0.998;
 constexpr double HEADROOM = 1.35;                  // strength over the strongest level
 constexpr std::int64_t LONGEST_STEP_us = 20000;    // steps further apart belong to two signals
 constexpr std::size_t LONGEST_AVERAGE_steps = 125; // half a second
-
-// Dark blue over grey to yellow: brightness grows all the way, also for the colour-blind.
-constexpr Colour SHADES[] = {
-    {0, 24, 64}, {52, 70, 112}, {122, 122, 122}, {196, 178, 98}, {255, 236, 90}};
 
 // Blue, orange, green and purple that the colour-blind tell apart.
 const char STYLE[] =
@@ -86,60 +79,10 @@ const char STYLE[] =
     ".wrong{fill:#a00}.wrongname{fill:#a00;font-size:9px;text-anchor:middle}"
     ".nothing{font-size:14px;fill:#666;text-anchor:middle}";
 
-QString pixels(double value)
-{
-    QString text = QString::number(value, 'f', 1);
-    if (text.endsWith(QLatin1String(".0")))
-        text.chop(2);
-    return text == QLatin1String("-0") ? QStringLiteral("0") : text;
-}
-
 QString seconds(std::int64_t time_us)
 {
     return QString::number(static_cast<double>(time_us) / 1e6, 'f', 3);
 }
-
-// What XML cannot hold becomes visible.
-QString holdable(QString text)
-{
-    for (int i = 0; i < text.size(); ++i) {
-        const QChar c = text.at(i);
-        const bool pair =
-            c.isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate();
-        if (pair)
-            ++i;
-        else if (c.isSurrogate() || c.unicode() < 0x20 || c.unicode() >= 0xFFFE)
-            text[i] = QChar::ReplacementCharacter;
-    }
-    return text;
-}
-
-// A line through points, each but the first as a step from the one before, which is shorter.
-class PathData
-{
-public:
-    void moveTo(double x, double y) { add('M', x, y); }
-    void lineTo(double x, double y) { add('l', x, y); }
-    bool isEmpty() const { return m_data.isEmpty(); }
-    const QString& data() const { return m_data; }
-
-private:
-    void add(char command, double x, double y)
-    {
-        const long right = std::lround(10.0 * x);
-        const long down = std::lround(10.0 * y);
-        const bool relative = command == 'l';
-        m_data += QLatin1Char(command) +
-                  pixels(static_cast<double>(relative ? right - m_x : right) / 10.0) +
-                  QLatin1Char(' ') +
-                  pixels(static_cast<double>(relative ? down - m_y : down) / 10.0);
-        m_x = right;
-        m_y = down;
-    }
-
-    QString m_data;
-    long m_x = 0, m_y = 0; // tenths of pixels
-};
 
 // The strength of the tone around each step, averaged over a dot as the demodulator weighs it.
 std::vector<double> strengths(const std::vector<demodulator::FollowedStep>& steps)
@@ -166,24 +109,6 @@ std::vector<double> strengths(const std::vector<demodulator::FollowedStep>& step
     return result;
 }
 
-Palette shades()
-{
-    Palette palette = {};
-    constexpr std::size_t last = std::size(SHADES) - 1;
-    for (std::size_t i = 0; i < palette.size(); ++i) {
-        const double place = static_cast<double>(i * last) / (COLOURS - 1);
-        const std::size_t below = std::min(last - 1, static_cast<std::size_t>(place));
-        const double share = place - static_cast<double>(below);
-        const auto mix = [share](std::uint8_t a, std::uint8_t b) {
-            return static_cast<std::uint8_t>(std::lround(a + share * (b - a)));
-        };
-        const Colour& a = SHADES[below];
-        const Colour& b = SHADES[below + 1];
-        palette[i] = {mix(a.red, b.red), mix(a.green, b.green), mix(a.blue, b.blue)};
-    }
-    return palette;
-}
-
 class Drawing
 {
 public:
@@ -191,7 +116,6 @@ public:
         : m_seen(seen)
         , m_title(title)
         , m_strengths(strengths(seen.steps))
-        , m_xml(&m_svg)
     {
         const double duration_us = static_cast<double>(seen.stretch.to_us - seen.stretch.from_us);
         m_row_us = duration_us > 0 ? std::min(1e6 * ROW_s, duration_us) : 1e6 * ROW_s;
@@ -201,49 +125,30 @@ public:
         for (int row = 0; row < m_rows; ++row)
             m_spectra.push_back(
                 spectrogram(seen, shown(timeOfRow(row)), m_lowest_Hz, m_highest_Hz));
-        chooseBrightness();
+        std::vector<float> all;
+        for (const Spectrogram& spectrum : m_spectra)
+            all.insert(all.end(), spectrum.power_dB.begin(), spectrum.power_dB.end());
+        m_shading = Shading::of(std::move(all));
     }
 
     QByteArray draw()
     {
         const double width = LEFT + WIDTH + RIGHT;
         const double height = HEADER + m_rows * ROW_HEIGHT + LEGEND;
-        m_xml.writeStartDocument();
-        m_xml.writeStartElement(QStringLiteral("svg"));
-        m_xml.writeDefaultNamespace(QStringLiteral("http://www.w3.org/2000/svg"));
-        m_xml.writeNamespace(QStringLiteral("http://www.w3.org/1999/xlink"),
-                             QStringLiteral("xlink"));
-        attributes({{"width", pixels(width)},
-                    {"height", pixels(height)},
-                    {"viewBox", QStringLiteral("0 0 %1 %2").arg(pixels(width), pixels(height))}});
-        m_xml.writeTextElement(QStringLiteral("title"), holdable(m_title));
-        m_xml.writeTextElement(QStringLiteral("style"), QLatin1String(STYLE));
-        rectangle({}, 0.0, 0.0, width, height, QStringLiteral("#fff"));
+        m_svg.begin(width, height, m_title, STYLE);
         header();
         for (int row = 0; row < m_rows; ++row) {
-            m_xml.writeCharacters(QStringLiteral("\n"));
-            m_xml.writeStartElement(QStringLiteral("g"));
-            attributes({{"class", QStringLiteral("row")},
-                        {"transform", QStringLiteral("translate(%1 %2)")
-                                          .arg(pixels(LEFT), pixels(HEADER + row * ROW_HEIGHT))}});
+            m_svg.beginGroup("row", LEFT, HEADER + row * ROW_HEIGHT);
             m_time = timeOfRow(row);
             m_drawn = shown(m_time);
             drawRow(row);
-            m_xml.writeEndElement();
+            m_svg.endElement();
         }
-        m_xml.writeCharacters(QStringLiteral("\n"));
         legend(HEADER + m_rows * ROW_HEIGHT);
-        m_xml.writeEndDocument();
-        return m_svg;
+        return m_svg.end();
     }
 
 private:
-    struct Attribute
-    {
-        const char* name;
-        QString value;
-    };
-
     // --- Scales --------------------------------------------------------------------------------
 
     Stretch timeOfRow(int row) const
@@ -302,75 +207,11 @@ private:
         m_strongest = strongest > 0.0 ? HEADROOM * strongest : 1.0;
     }
 
-    void chooseBrightness()
-    {
-        std::vector<float> all;
-        for (const Spectrogram& spectrum : m_spectra)
-            all.insert(all.end(), spectrum.power_dB.begin(), spectrum.power_dB.end());
-        if (all.empty())
-            return;
-        const auto at = [&all](double share) {
-            const auto place = all.begin() + static_cast<std::ptrdiff_t>(
-                                                 share * static_cast<double>(all.size() - 1));
-            std::nth_element(all.begin(), place, all.end());
-            return static_cast<double>(*place);
-        };
-        m_darkest_dB = at(0.5);
-        m_brightest_dB = std::max(at(BRIGHTEST_SHARE), m_darkest_dB + FLATTEST_dB);
-        m_darkest_dB = std::max(m_darkest_dB, m_brightest_dB - DEEPEST_dB);
-    }
-
-    // --- Pieces of SVG -------------------------------------------------------------------------
-
-    void attributes(std::initializer_list<Attribute> list)
-    {
-        for (const Attribute& attribute : list) {
-            if (!attribute.value.isEmpty())
-                m_xml.writeAttribute(QLatin1String(attribute.name), attribute.value);
-        }
-    }
-
-    void rectangle(const char* kind, double left, double top, double width, double height,
-                   const QString& fill = QString())
-    {
-        m_xml.writeEmptyElement(QStringLiteral("rect"));
-        attributes({{"class", QLatin1String(kind)},
-                    {"x", pixels(left)},
-                    {"y", pixels(top)},
-                    {"width", pixels(width)},
-                    {"height", pixels(height)},
-                    {"fill", fill}});
-    }
-
-    void path(const char* kind, const QString& data)
-    {
-        if (data.isEmpty())
-            return;
-        m_xml.writeEmptyElement(QStringLiteral("path"));
-        attributes({{"class", QLatin1String(kind)}, {"d", data}});
-    }
-
-    void line(const char* kind, double x1, double y1, double x2, double y2)
-    {
-        PathData data;
-        data.moveTo(x1, y1);
-        data.lineTo(x2, y2);
-        path(kind, data.data());
-    }
-
-    void write(const char* kind, double left, double base, const QString& words)
-    {
-        m_xml.writeStartElement(QStringLiteral("text"));
-        attributes({{"class", QLatin1String(kind)}, {"x", pixels(left)}, {"y", pixels(base)}});
-        m_xml.writeCharacters(holdable(words));
-        m_xml.writeEndElement();
-    }
-
     // --- Above and below the rows --------------------------------------------------------------
 
     void header()
     {
-        write("title", LEFT, 24.0, m_title);
+        m_svg.write("title", LEFT, 24.0, m_title);
         QStringList facts;
         facts += QStringLiteral("%1 s to %2 s")
                      .arg(seconds(m_seen.stretch.from_us), seconds(m_seen.stretch.to_us));
@@ -389,7 +230,7 @@ private:
             facts +=
                 QStringLiteral("speed %1 words a minute").arg(1.2e6 / median(units), 0, 'f', 0);
         }
-        write("facts", LEFT, 44.0, facts.join(QStringLiteral(", ")));
+        m_svg.write("facts", LEFT, 44.0, facts.join(QStringLiteral(", ")));
     }
 
     static double median(std::vector<double>& values)
@@ -401,26 +242,23 @@ private:
 
     void legend(double top)
     {
-        m_xml.writeStartElement(QStringLiteral("g"));
-        attributes(
-            {{"class", QStringLiteral("legend")},
-             {"transform", QStringLiteral("translate(%1 %2)").arg(pixels(LEFT), pixels(top))}});
+        m_svg.beginGroup("legend", LEFT, top);
         const double upper = 14.0;
         const double lower = 40.0;
         double at = 0.0;
         const auto name = [&](double base, const char* words, double room) {
-            write("name", at + 34.0, base + 4.0, QLatin1String(words));
+            m_svg.write("name", at + 34.0, base + 4.0, QLatin1String(words));
             at += room;
         };
         const auto mark = [&](const char* kind, double height, double radius, const char* words,
                               double room) {
             markShape(kind, at, upper, 26.0, height, radius);
-            m_xml.writeEndElement();
+            m_svg.endElement();
             name(upper, words, room);
         };
         const auto gap = [&](const char* kind, double height, bool isDouble, const char* words,
                              double room) {
-            path(kind, gapShape(at, at + 26.0, upper, height, isDouble));
+            m_svg.path(kind, gapShape(at, at + 26.0, upper, height, isDouble));
             name(upper, words, room);
         };
         mark("mark dot", DOT_HEIGHT, DOT_HEIGHT / 2.0, "dot", 80.0);
@@ -433,17 +271,17 @@ private:
         name(upper, "dot too short, dash too long, pause too short", 0.0);
         at = 0.0;
         const auto curve = [&](const char* kind, const char* words, double room) {
-            line(kind, at, lower, at + 26.0, lower);
+            m_svg.line(kind, at, lower, at + 26.0, lower);
             name(lower, words, room);
         };
         curve("strength", "strength of the tone, averaged over a dot", 290.0);
         curve("level", "level expected of a mark", 200.0);
         curve("even", "where mark and gap are equally likely", 270.0);
         curve("noise", "noise expected", 140.0);
-        rectangle({}, at, lower - 7.0, 26.0, 14.0,
-                  QStringLiteral("#001840")); // the dashes are white
+        m_svg.rectangle({}, at, lower - 7.0, 26.0, 14.0,
+                        QStringLiteral("#001840")); // the dashes are white
         curve("tone", "tone that is followed", 0.0);
-        m_xml.writeEndElement();
+        m_svg.endElement();
     }
 
     // --- A row ---------------------------------------------------------------------------------
@@ -462,43 +300,28 @@ private:
     {
         const double width = x(m_drawn.to_us);
         if (spectrum.columns > 0) {
-            std::vector<std::uint8_t> shade;
-            shade.reserve(spectrum.power_dB.size());
-            for (const float power_dB : spectrum.power_dB) {
-                const double share = (static_cast<double>(power_dB) - m_darkest_dB) /
-                                     (m_brightest_dB - m_darkest_dB);
-                shade.push_back(static_cast<std::uint8_t>(
-                    std::lround(std::clamp(share, 0.0, 1.0) * (COLOURS - 1))));
-            }
             const double top = SPECTRUM_TOP + SPECTRUM_HEIGHT *
                                                   (m_highest_Hz - spectrum.highest_Hz) /
                                                   (m_highest_Hz - m_lowest_Hz);
             const double height = SPECTRUM_HEIGHT * (spectrum.highest_Hz - spectrum.lowest_Hz) /
                                   (m_highest_Hz - m_lowest_Hz);
-            m_xml.writeEmptyElement(QStringLiteral("image"));
-            attributes({{"x", QStringLiteral("0")},
-                        {"y", pixels(top)},
-                        {"width", pixels(width)},
-                        {"height", pixels(height)},
-                        {"preserveAspectRatio", QStringLiteral("none")}});
-            m_xml.writeAttribute(
-                QStringLiteral("http://www.w3.org/1999/xlink"), QStringLiteral("href"),
-                QStringLiteral("data:image/png;base64,") +
-                    QString::fromLatin1(png(shade, spectrum.columns, m_shades).toBase64()));
+            m_svg.image(0.0, top, width, height,
+                        m_shading.png(spectrum.power_dB, spectrum.columns));
         }
-        rectangle("frame", 0.0, SPECTRUM_TOP, width, SPECTRUM_HEIGHT);
+        m_svg.rectangle("frame", 0.0, SPECTRUM_TOP, width, SPECTRUM_HEIGHT);
         const double range_Hz = m_highest_Hz - m_lowest_Hz;
         const double tick_Hz = range_Hz > 1500.0 ? 1000.0 : range_Hz > 900.0 ? 400.0 : 200.0;
         for (double tone_Hz = tick_Hz * std::ceil(m_lowest_Hz / tick_Hz); tone_Hz <= m_highest_Hz;
              tone_Hz += tick_Hz) {
             const double y = yOfTone(tone_Hz);
-            line("line", -4.0, y, 0.0, y);
+            m_svg.line("line", -4.0, y, 0.0, y);
             const bool isHighest = tone_Hz + tick_Hz > m_highest_Hz;
-            write("end", -7.0, y + 4.0,
-                  QString::number(tone_Hz, 'f', 0) +
-                      (isHighest ? QStringLiteral(" Hz") : QString()));
+            m_svg.write("end", -7.0, y + 4.0,
+                        QString::number(tone_Hz, 'f', 0) +
+                            (isHighest ? QStringLiteral(" Hz") : QString()));
         }
-        path("tone", curve([this](std::size_t i) { return yOfTone(m_seen.steps[i].tone_Hz); }, 25));
+        m_svg.path("tone",
+                   curve([this](std::size_t i) { return yOfTone(m_seen.steps[i].tone_Hz); }, 25));
     }
 
     // A curve through the steps of this row, those of every `pace`th.
@@ -534,11 +357,11 @@ private:
     void drawStrength()
     {
         const double width = x(m_drawn.to_us);
-        rectangle("frame", 0.0, STRENGTH_TOP, width, STRENGTH_HEIGHT);
+        m_svg.rectangle("frame", 0.0, STRENGTH_TOP, width, STRENGTH_HEIGHT);
         const std::size_t first = firstStep();
         if (first == m_seen.steps.size() || m_seen.steps[first].time_us >= m_drawn.to_us) {
-            write("nothing", std::max(width, NARROW) / 2.0,
-                  STRENGTH_TOP + STRENGTH_HEIGHT / 2.0 + 5.0, QStringLiteral("no signal"));
+            m_svg.write("nothing", std::max(width, NARROW) / 2.0,
+                        STRENGTH_TOP + STRENGTH_HEIGHT / 2.0 + 5.0, QStringLiteral("no signal"));
             return;
         }
         // The key-down amplitude is twice the strength; a round part of full scale is labelled.
@@ -547,39 +370,40 @@ private:
                                          : 2.0 * m_strongest >= 2.0 * amplitude ? 2.0
                                                                                 : 1.0);
         const double y = yOfStrength(tick / 2.0);
-        line("line", -4.0, y, 0.0, y);
-        write("end", -7.0, y + 4.0, QString::number(tick, 'g', 3));
-        line("line", -4.0, STRENGTH_BOTTOM, 0.0, STRENGTH_BOTTOM);
-        write("end", -7.0, STRENGTH_BOTTOM + 4.0, QStringLiteral("0"));
+        m_svg.line("line", -4.0, y, 0.0, y);
+        m_svg.write("end", -7.0, y + 4.0, QString::number(tick, 'g', 3));
+        m_svg.line("line", -4.0, STRENGTH_BOTTOM, 0.0, STRENGTH_BOTTOM);
+        m_svg.write("end", -7.0, STRENGTH_BOTTOM + 4.0, QStringLiteral("0"));
 
         const auto& steps = m_seen.steps;
-        path("noise",
-             curve(
-                 [&](std::size_t i) {
-                     const demodulator::Level& level = steps[i].level;
-                     return yOfStrength(std::sqrt(level.noise / std::max(1.0, level.dot_steps)));
-                 },
-                 8));
-        path(
+        m_svg.path("noise", curve(
+                                [&](std::size_t i) {
+                                    const demodulator::Level& level = steps[i].level;
+                                    return yOfStrength(
+                                        std::sqrt(level.noise / std::max(1.0, level.dot_steps)));
+                                },
+                                8));
+        m_svg.path(
             "level",
             curve([&](std::size_t i) { return yOfStrength(std::sqrt(steps[i].level.signal)); }, 8));
-        path("even",
-             curve([&](std::size_t i) { return yOfStrength(evenMagnitude(steps[i].level)); }, 8));
-        path("strength", curve([&](std::size_t i) { return yOfStrength(m_strengths[i]); }, 2));
+        m_svg.path(
+            "even",
+            curve([&](std::size_t i) { return yOfStrength(evenMagnitude(steps[i].level)); }, 8));
+        m_svg.path("strength",
+                   curve([&](std::size_t i) { return yOfStrength(m_strengths[i]); }, 2));
     }
 
     // Leaves the element open, for its title.
     void markShape(const char* kind, double left, double middle, double width, double height,
                    double radius)
     {
-        m_xml.writeStartElement(QStringLiteral("rect"));
-        attributes({{"class", QLatin1String(kind)},
-                    {"x", pixels(left)},
-                    {"y", pixels(middle - height / 2.0)},
-                    {"width", pixels(width)},
-                    {"height", pixels(height)}});
-        if (radius > 0.0)
-            attributes({{"rx", pixels(std::min(radius, width / 2.0))}});
+        m_svg.beginElement(
+            "rect", {{"class", QLatin1String(kind)},
+                     {"x", pixels(left)},
+                     {"y", pixels(middle - height / 2.0)},
+                     {"width", pixels(width)},
+                     {"height", pixels(height)},
+                     {"rx", radius > 0.0 ? pixels(std::min(radius, width / 2.0)) : QString()}});
     }
 
     // A line with ends as high as `height`, or two.
@@ -608,7 +432,7 @@ private:
         data.moveTo(middle, base - 8.0);
         data.lineTo(middle + 4.5, base);
         data.lineTo(middle - 4.5, base);
-        path("wrong", data.data() + QLatin1Char('z'));
+        m_svg.path("wrong", data.data() + QLatin1Char('z'));
     }
 
     template <typename Thing>
@@ -631,7 +455,8 @@ private:
                                      : isWord                   ? "gap word"
                                      : gap.open                 ? "gap character open"
                                                                 : "gap character";
-            path(kind, gapShape(x(gap.begin_us), x(gap.end_us), KEYING_MIDDLE, height, isWord));
+            m_svg.path(kind,
+                       gapShape(x(gap.begin_us), x(gap.end_us), KEYING_MIDDLE, height, isWord));
         }
         for (const Mark& mark : m_seen.marks) {
             if (isHere(mark))
@@ -654,15 +479,14 @@ private:
             markShape("mark carrier", left, KEYING_MIDDLE, width, DASH_HEIGHT, 0.0);
         }
         // Viewers show it beside the pointer.
-        m_xml.writeTextElement(
-            QStringLiteral("title"),
+        m_svg.tip(
             QStringLiteral("%1 %2 to %3 s, %4 units")
                 .arg(QLatin1String(name), seconds(mark.begin_us), seconds(mark.end_us))
                 .arg(static_cast<double>(mark.end_us - mark.begin_us) / mark.unit_us, 0, 'f', 2));
-        m_xml.writeEndElement();
+        m_svg.endElement();
         const auto complain = [&](double at, const char* words) {
             wrong(at, KEYING_TOP + 13.0);
-            write("wrongname", at, KEYING_TOP + 1.0, QLatin1String(words));
+            m_svg.write("wrongname", at, KEYING_TOP + 1.0, QLatin1String(words));
         };
         if (mark.tooSoon && m_drawn.touches(mark.begin_us, mark.begin_us + 1))
             complain(left, "pause too short");
@@ -682,14 +506,14 @@ private:
             bracket.lineTo(x(character.begin_us), BRACKET);
             bracket.lineTo(x(character.end_us), BRACKET);
             bracket.lineTo(x(character.end_us), BRACKET - 3.0);
-            path("bracket", bracket.data());
+            m_svg.path("bracket", bracket.data());
             const std::int64_t middle_us = (character.begin_us + character.end_us) / 2;
             if (!m_drawn.touches(middle_us, middle_us + 1))
                 continue; // the row that holds more of it has its text
             if (character.text.isEmpty())
-                write("unknown", x(middle_us), TEXT_BASE, character.elements);
+                m_svg.write("unknown", x(middle_us), TEXT_BASE, character.elements);
             else
-                write("text", x(middle_us), TEXT_BASE, character.text);
+                m_svg.write("text", x(middle_us), TEXT_BASE, character.text);
         }
     }
 
@@ -699,13 +523,13 @@ private:
                                  double side) {
             if (!m_drawn.touches(time_us, time_us + 1))
                 return;
-            line("flag", x(time_us), 2.0, x(time_us), AXIS);
+            m_svg.line("flag", x(time_us), 2.0, x(time_us), AXIS);
             PathData pennant;
             pennant.moveTo(x(time_us), 2.0);
             pennant.lineTo(x(time_us) + side * 9.0, 6.5);
             pennant.lineTo(x(time_us), 11.0);
-            path("pennant", pennant.data() + QLatin1Char('z'));
-            write(kind, x(time_us) + side * 12.0, FLAGS, QLatin1String(words));
+            m_svg.path("pennant", pennant.data() + QLatin1Char('z'));
+            m_svg.write(kind, x(time_us) + side * 12.0, FLAGS, QLatin1String(words));
         };
         for (const Transmission& transmission : m_seen.transmissions) {
             flag(transmission.begin_us, "flagname", "transmission", 1.0);
@@ -716,24 +540,22 @@ private:
 
     void drawAxis()
     {
-        line("line", 0.0, AXIS, x(m_drawn.to_us), AXIS);
+        m_svg.line("line", 0.0, AXIS, x(m_drawn.to_us), AXIS);
         const std::int64_t pace_us = m_row_us > 5e6 ? 1000000 : m_row_us > 1e6 ? 200000 : 20000;
         const int decimals = pace_us < 100000 ? 2 : pace_us < 1000000 ? 1 : 0;
         std::int64_t tick_us = (m_drawn.from_us + pace_us - 1) / pace_us * pace_us;
         for (; tick_us <= m_drawn.to_us; tick_us += pace_us) {
-            line("line", x(tick_us), AXIS, x(tick_us), AXIS + 4.0);
-            write("middle", x(tick_us), AXIS_LABELS,
-                  QString::number(static_cast<double>(tick_us) / 1e6, 'f', decimals) +
-                      QStringLiteral(" s"));
+            m_svg.line("line", x(tick_us), AXIS, x(tick_us), AXIS + 4.0);
+            m_svg.write("middle", x(tick_us), AXIS_LABELS,
+                        QString::number(static_cast<double>(tick_us) / 1e6, 'f', decimals) +
+                            QStringLiteral(" s"));
         }
     }
 
     const Seen& m_seen;
     QString m_title;
     std::vector<double> m_strengths;
-    QByteArray m_svg;
-    QXmlStreamWriter m_xml;
-    const Palette m_shades = shades();
+    Svg m_svg;
     std::vector<Spectrogram> m_spectra; // by row
     double m_row_us = 1e6 * ROW_s;      // of time in each row
     int m_rows = 1;
@@ -741,7 +563,7 @@ private:
     Stretch m_drawn; // of it, what lies in the stretch
     double m_lowest_Hz = 0.0, m_highest_Hz = 0.0;
     double m_strongest = 1.0;
-    double m_darkest_dB = 0.0, m_brightest_dB = 1.0;
+    Shading m_shading;
 };
 
 } // namespace
