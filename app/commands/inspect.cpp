@@ -7,6 +7,7 @@
 #include "app/console/progress.h"
 #include "app/options/alphabetoptions.h"
 #include "app/options/soundoptions.h"
+#include "app/picturefile.h"
 #include "signal/morse/demodulator.h"
 #include "station/io/interrupt.h"
 #include "station/morsestation.h"
@@ -14,11 +15,9 @@
 #include "station/picture/picture.h"
 
 #include <QFileInfo>
-#include <QSaveFile>
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 namespace morsehost {
 
@@ -79,19 +78,6 @@ std::int64_t microseconds(double time_s)
     return std::llround(1e6 * time_s);
 }
 
-/// A picture replaces what is there, so only a plain file may be, and not the recording.
-QString whyNotReplaced(const QString& name, const QString& recording)
-{
-    const QFileInfo there(name);
-    if (!there.exists() && !there.isSymLink())
-        return QString();
-    if (!there.isFile())
-        return QStringLiteral("is there and no plain file");
-    if (there.canonicalFilePath() == QFileInfo(recording).canonicalFilePath())
-        return QStringLiteral("is the recording itself");
-    return QString();
-}
-
 int run(Arguments& arguments)
 {
     const AlphabetChoice alphabet = readAlphabetOptions(arguments);
@@ -100,13 +86,7 @@ int run(Arguments& arguments)
     const double length_s =
         arguments.number("length", SHORTEST_LENGTH_S, inspect::LONGEST_STRETCH_s)
             .value_or(DEFAULT_LENGTH_S);
-    const QString name = arguments.text("o");
-    const bool isOutput = name == QLatin1String("-");
-    if (name.isEmpty())
-        arguments.fail(QStringLiteral("-o PICTURE is missing"));
-    else if (!isOutput && !name.endsWith(QLatin1String(".svg"), Qt::CaseInsensitive))
-        arguments.fail(
-            QStringLiteral("-o takes '-' or a name that ends in .svg, not '%1'").arg(name));
+    PictureFile file(arguments);
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
 
@@ -117,16 +97,8 @@ int run(Arguments& arguments)
         return EXIT_BAD_INPUT;
     }
     SampleSource* const source = opened.source.get();
-    // Before the long work, so that a name that cannot be written is said at once.
-    if (const QString reason = whyNotReplaced(name, sound.name); !isOutput && !reason.isEmpty()) {
-        complain(name, reason);
+    if (!file.open(sound.name))
         return EXIT_BAD_INPUT;
-    }
-    QSaveFile file(name);
-    if (!isOutput && !file.open(QIODevice::WriteOnly)) {
-        complain(name, file.errorString());
-        return EXIT_BAD_INPUT;
-    }
 
     const double begin_s = arguments.isSet("quick") ? std::max(0.0, from_s - BEFORE_S) : 0.0;
     source->skip(std::llround(begin_s * sound.demodulator.sampleRate_Hz));
@@ -166,7 +138,7 @@ int run(Arguments& arguments)
         demodulator.finish();
     decoder.stop();
     if (isInterrupted()) {
-        complain(name, QStringLiteral("not drawn, interrupted"));
+        complain(file.name(), QStringLiteral("not drawn, interrupted"));
         return EXIT_BAD_INPUT;
     }
     if (!source->error().isEmpty())
@@ -182,24 +154,15 @@ int run(Arguments& arguments)
 
     inspect::Seen seen = notes.seen();
     seen.stretch.to_us = std::min(seen.stretch.to_us, microseconds(done_s));
-    const QByteArray picture = inspect::picture(seen, QFileInfo(sound.name).fileName());
-    if (isOutput)
-        std::fwrite(picture.constData(), 1, static_cast<std::size_t>(picture.size()), stdout);
-    else
-        file.write(picture);
-    if (!isOutput && !file.commit()) {
-        complain(name, file.errorString());
+    if (!file.write(inspect::picture(seen, QFileInfo(sound.name).fileName())))
         return EXIT_BAD_INPUT;
-    }
     return source->error().isEmpty() ? EXIT_DONE : EXIT_BAD_INPUT;
 }
 
 std::vector<OptionRow> optionRows()
 {
     std::vector<OptionRow> rows = {
-        {"o", "PICTURE",
-         "the picture: a name that ends in .svg, an existing file is replaced; or '-', standard "
-         "output"},
+        pictureOptionRow(),
         {"from", "S", "where to begin: seconds, or a position such as 1:30 (default: 0)"},
         {"length", "S", "seconds to draw, at most 600 (default: 30)"},
         {"quick", nullptr,

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+#include "app/picturefile.h"
+
+#include "app/console/complain.h"
+#include "station/io/output.h"
+
+#include <QFileInfo>
+
+#include <unistd.h>
+
+namespace morsehost {
+
+namespace {
+
+// A picture replaces what is there, so only a plain file may be, and not the recording.
+QString whyNotReplaced(const QString& name, const QString& recording)
+{
+    const QFileInfo there(name);
+    if (!there.exists() && !there.isSymLink())
+        return QString();
+    if (!there.isFile())
+        return QStringLiteral("is there and no plain file");
+    if (there.canonicalFilePath() == QFileInfo(recording).canonicalFilePath())
+        return QStringLiteral("is the recording itself");
+    return QString();
+}
+
+} // namespace
+
+OptionRow pictureOptionRow()
+{
+    return {"o", "PICTURE",
+            "the picture: a name that ends in .svg, an existing file is replaced; or '-', standard "
+            "output"};
+}
+
+PictureFile::PictureFile(Arguments& arguments)
+    : m_name(arguments.text("o"))
+    , m_isOutput(m_name == QLatin1String("-"))
+    , m_file(m_name)
+{
+    if (m_name.isEmpty())
+        arguments.fail(QStringLiteral("-o PICTURE is missing"));
+    else if (!m_isOutput && !m_name.endsWith(QLatin1String(".svg"), Qt::CaseInsensitive))
+        arguments.fail(
+            QStringLiteral("-o takes '-' or a name that ends in .svg, not '%1'").arg(m_name));
+}
+
+bool PictureFile::open(const QString& recording)
+{
+    if (m_isOutput)
+        return true;
+    if (const QString reason = whyNotReplaced(m_name, recording); !reason.isEmpty()) {
+        complain(m_name, reason);
+        return false;
+    }
+    if (m_file.open(QIODevice::WriteOnly))
+        return true;
+    complain(m_name, m_file.errorString());
+    return false;
+}
+
+bool PictureFile::write(const QByteArray& picture)
+{
+    if (m_isOutput) {
+        Output output(STDOUT_FILENO);
+        output.write(picture);
+        output.finish();
+        if (!output.error().isEmpty())
+            complain(QStringLiteral("standard output"), output.error());
+        return !output.hasFailed();
+    }
+    m_file.write(picture);
+    if (m_file.commit())
+        return true;
+    complain(m_name, m_file.errorString());
+    return false;
+}
+
+} // namespace morsehost
