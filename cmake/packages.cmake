@@ -8,7 +8,8 @@ set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_PACKAGE_VENDOR "")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # each package has its own
-set(CPACK_STRIP_FILES ON)
+set(CPACK_STRIP_FILES OFF) # into the packages of debug information
+set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_COMPONENTS_ALL library standin development program documents)
@@ -91,5 +92,16 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
         DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_${COMPONENT}_PACKAGE_NAME}
         COMPONENT ${component} EXCLUDE_FROM_ALL)
 endforeach()
+
+# The first version with each exported symbol, so that a host depends on no later one than it needs.
+# Names follow the machine: elsewhere the version of the library has to do.
+if(CMAKE_SYSTEM_PROCESSOR STREQUAL x86_64)
+    foreach(component IN ITEMS library standin)
+        string(TOUPPER ${component} COMPONENT)
+        set(name ${CPACK_DEBIAN_${COMPONENT}_PACKAGE_NAME})
+        configure_file(cmake/debian/${name}.symbols ${about}/${name}/symbols COPYONLY)
+        list(APPEND CPACK_DEBIAN_${COMPONENT}_PACKAGE_CONTROL_EXTRA ${about}/${name}/symbols)
+    endforeach()
+endif()
 
 include(CPack)

@@ -16,3 +16,16 @@ set(documents ${CMAKE_INSTALL_DATADIR}/doc/morsehandler)
 install(DIRECTORY ${PROJECT_BINARY_DIR}/pages/ DESTINATION ${documents} COMPONENT documents)
 install(DIRECTORY docs/ DESTINATION ${documents} COMPONENT documents
     FILES_MATCHING PATTERN *.svg)
+
+if(MORSEHANDLER_API_PAGES)
+    find_program(MORSEHANDLER_DOXYGEN doxygen REQUIRED)
+    set(api ${PROJECT_BINARY_DIR}/api-pages)
+    list(TRANSFORM public_headers PREPEND ${PROJECT_SOURCE_DIR}/ OUTPUT_VARIABLE described)
+    add_custom_command(OUTPUT ${api}/html/index.html
+        COMMAND scripts/api-pages.sh ${api}
+        DEPENDS ${described} docs/Doxyfile docs/api-pages.md scripts/api-pages.sh
+        WORKING_DIRECTORY ${PROJECT_SOURCE_DIR}
+        COMMENT "Pages of the public headers" VERBATIM)
+    add_custom_target(api-pages ALL DEPENDS ${api}/html/index.html)
+    install(DIRECTORY ${api}/html/ DESTINATION ${documents}/api COMPONENT documents)
+endif()

@@ -12,10 +12,13 @@ trap 'rm -rf "$stage"' EXIT
 cmake --install build/dev --prefix "$stage" >/dev/null
 headers=$stage/include/morsehandler
 stored=tests/install
+version=$(sed -n 's/^project(morsehandler VERSION \([0-9.]*\) .*/\1/p' CMakeLists.txt)
 for library in libmorsehandler libhoststandin; do
     file=build/dev/lib/$library.so.0
-    exported_symbols "$file" >"$stored/$library.symbols"
+    exports=cmake/debian/${library}0.symbols
+    renewed=$(exported_symbols "$file" "${library}0" "$version" "$exports")
+    echo "$renewed" >"$exports"
     binary_interface "$file" "$headers" "$stored/types.suppr" "$stored/$library.abi"
 done
 (cd "$headers" && find . -name '*.h' | sed 's|^\./||' | LC_ALL=C sort) >"$stored/headers.list"
-git --no-pager diff --stat -- "$stored"
+git --no-pager diff --stat -- "$stored" cmake/debian

@@ -1,15 +1,16 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Installs what is missing on Debian 12: `setup.sh build` what the program and the demo need, `test`
-# (the default) what the tests need beside it, `all` what .ci/run needs, `night` what
-# scripts/night.sh needs. Does nothing where all is there.
+# Installs what is missing on Debian 12: `setup.sh build` what the program and the demo need, `package`
+# what its packages need beside that, `test` (the default) what the tests need, `all` what .ci/run needs,
+# `night` what scripts/night.sh needs. Does nothing where all is there.
 set -euo pipefail
 
 packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-dev libkissfft-dev flac
     libqt5sql5-sqlite libqt5sql5-psql libsystemd-dev
-    dpkg-dev file gzip
+    gzip
 )
-[ "${1:-test}" = build ] || packages+=(
+[ "${1:-test}" = build ] || packages+=(doxygen dpkg-dev file)
+[[ ${1:-test} = @(build|package) ]] || packages+=(
     libbenchmark-dev libicu-dev
     ebook2cw sox catdoc libxml2-utils
     abigail-tools man-db mandoc strace
@@ -17,7 +18,6 @@ packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-d
 [[ ${1:-test} != @(all|night) ]] || packages+=(
     clang-format
     clang-tidy clazy cppcheck codespell shellcheck pyflakes3 python3
-    doxygen
     lintian minimodem
     clang libclang-rt-14-dev llvm
     python3-clang-14

@@ -302,23 +302,6 @@ private Q_SLOTS:
         QCOMPARE(count, 9);
     }
 
-    void everyPublicHeaderHasItsApiPages()
-    {
-        const QString pages =
-            QString::fromUtf8(contentOf(project.filePath(QStringLiteral("docs/Doxyfile"))));
-        const QStringList headers =
-            QString::fromUtf8(
-                contentOf(project.filePath(QStringLiteral("tests/install/headers.list"))))
-                .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-        QVERIFY(headers.contains(QStringLiteral("session/morsehandler.h")));
-        for (const QString& header : headers) {
-            const bool isOfFolder = header.startsWith(QLatin1String("host/")) &&
-                                    header.count(QLatin1Char('/')) == 1; // named as a whole
-            const bool isGenerated = header == QLatin1String("morsehandler_export.h");
-            QVERIFY2(isOfFolder || isGenerated || pages.contains(header), qPrintable(header));
-        }
-    }
-
     // What would go unnoticed if the checks above were blind.
     void whatIsWrongIsFound_data()
     {

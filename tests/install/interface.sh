@@ -3,11 +3,20 @@
 # How the binary interface is read from a library: for the tests that compare it with what is
 # stored, and for scripts/renew-interface.sh, which stores it.
 
-# exported_symbols LIBRARY: as the linker spells them, each with its readable form.
+# exported_symbols LIBRARY PACKAGE VERSION STORED: what the library exports, in the form that Debian
+# packages have: STORED as it has to be, with VERSION where it does not have a symbol yet.
 exported_symbols() {
-    local rows
-    rows=$(nm --dynamic --defined-only --format=posix "$1" | cut -d ' ' -f 1,2 | LC_ALL=C sort)
-    paste -d ' ' <(echo "$rows") <(echo "$rows" | cut -d ' ' -f 1 | c++filt)
+    local folder
+    folder=$(mktemp -d)
+    mkdir "$folder/debian"
+    printf 'Source: morsehandler\n\nPackage: %s\nArchitecture: any\n' "$2" >"$folder/debian/control"
+    (
+        library=$(realpath "$1") stored=$(realpath "$4")
+        cd "$folder" || exit
+        dpkg-gensymbols -c0 -q -P. -p"$2" -v"$3" -e"$library" -I"$stored" -Oall >/dev/null
+    )
+    grep -v '^#MISSING' "$folder/all"
+    rm -r "$folder"
 }
 
 # objects_at_load LIBRARY: the objects outside functions that are not constant from the start. What

@@ -32,6 +32,17 @@ depends() { # PACKAGE DEPENDENCY...
 
 debs=(./*.deb)
 [ ${#debs[@]} -eq 5 ] || fail "packages: ${debs[*]}"
+# Of what is compiled, so that a trace of a crash names functions and lines.
+for binary in libmorsehandler0:$LIBDIR/libmorsehandler.so.0 libhoststandin0:$LIBDIR/libhoststandin.so.0 \
+    morsehost:bin/morsehost; do
+    name=${binary%%:*}
+    dpkg -x "$(package "$name")" built
+    built=$(file -L "built/usr/${binary#*:}")
+    [[ $built == *", stripped"* ]] || fail "not stripped: $built"
+    id=$(sed -n 's/.*BuildID\[sha1\]=\(..\)\([0-9a-f]*\),.*/\1\/\2/p' <<<"$built")
+    dpkg-deb -c "${name}-dbgsym_$VERSION-1_"*.ddeb | grep -q "/usr/lib/debug/.build-id/$id.debug$" ||
+        fail "no debug information of $name, $id"
+done
 holds libmorsehandler0 "$LIBDIR/libmorsehandler.so.0" "$LIBDIR/libmorsehandler.so.$VERSION"
 holds libhoststandin0 "$LIBDIR/libhoststandin.so.0" "$LIBDIR/libhoststandin.so.$VERSION"
 holds libmorsehandler-dev "$LIBDIR/libmorsehandler.so" "$LIBDIR/libhoststandin.so" \
@@ -42,7 +53,8 @@ holds morsehost bin/morsehost share/man/man1/morsehost.1.gz \
     share/bash-completion/completions/morsehost share/morsehandler/maps/Greek.ascii.map \
     share/morsehandler/samples/three-overs.flac share/morsehandler/station/example.ini \
     lib/systemd/system/morsehost.service
-holds morsehandler-doc share/doc/morsehandler/{operator-guide.md,host-guide.md,formats/map.md}
+holds morsehandler-doc share/doc/morsehandler/{operator-guide.md,host-guide.md,formats/map.md} \
+    share/doc/morsehandler/api/{index.html,classMorseHandler.html}
 [ "$(dpkg-deb -f "$(package morsehandler-doc)" Architecture)" = all ] ||
     fail "morsehandler-doc is for one architecture only"
 for name in libmorsehandler0 libhoststandin0 libmorsehandler-dev morsehost morsehandler-doc; do
@@ -63,6 +75,8 @@ for name in libmorsehandler0 libhoststandin0; do
         <<<"$(dpkg-deb -f "$(package $name)" Depends)" || fail "$name depends on too much"
     grep -qE "^${name%0} 0 $name \(>= " <<<"$(dpkg-deb -I "$(package $name)" shlibs)" ||
         fail "$name does not tell others how to depend on it"
+    [ "$(uname -m)" != x86_64 ] || diff "$SOURCE/cmake/debian/$name.symbols" \
+        <(dpkg-deb -I "$(package $name)" symbols) || fail "$name does not tell its symbols"
 done
 
 # Unpacked elsewhere, it runs; and nothing in it knows where it was built.

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# The libraries export what the lists beside this script say; nothing is built at load time but the
+# The libraries export what the lists in their packages say; nothing is built at load time but the
 # objects of the list; and signals are connected by their texts as they have always been.
 set -euo pipefail
 here=$SOURCE/tests/install
@@ -10,7 +10,9 @@ source "$here/interface.sh"
 [ "$(uname -m)" = x86_64 ] || exit 77 # the lists are of this machine's kind
 status=0
 for library in libmorsehandler libhoststandin; do
-    diff -u "$here/$library.symbols" <(exported_symbols "$STAGE/$LIBDIR/$library.so.0") || status=1
+    stored=$SOURCE/cmake/debian/${library}0.symbols
+    diff -u "$stored" <(exported_symbols "$STAGE/$LIBDIR/$library.so.0" "${library}0" "$VERSION" "$stored") |
+        c++filt || status=1
 done
 diff -u "$here/libmorsehandler.loadtime" \
     <(objects_at_load "$STAGE/$LIBDIR/libmorsehandler.so.0") || status=1
