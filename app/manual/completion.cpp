@@ -52,7 +52,7 @@ QString bashAction(const OptionRow& option, Values values)
     case Values::Files:
         return QStringLiteral("_morsehost_paths -f");
     case Values::Pictures:
-        return QStringLiteral("_morsehost_paths -f -X '!*.[sS][vV][gG]' -o plusdirs");
+        return QStringLiteral("_morsehost_paths -f -X '!*.[sSpP][vVnN][gG]' -o plusdirs");
     case Values::Listed:
         return QStringLiteral("_morsehost_listed %1s").arg(QLatin1String(option.name));
     case Values::None:
@@ -69,7 +69,7 @@ QString zshAction(const OptionRow& option, Values values)
     case Values::Files:
         return QStringLiteral("_files");
     case Values::Pictures:
-        return QStringLiteral("_files -g \"*.svg\"");
+        return QStringLiteral("_files -g \"(#i)*.(svg|png)\"");
     case Values::Listed:
         return QStringLiteral("_morsehost_listed %1s").arg(QLatin1String(option.name));
     case Values::None:
@@ -86,10 +86,9 @@ QString fishAction(const OptionRow& option, Values values)
     case Values::Files:
         return QStringLiteral("-r -F");
     case Values::Pictures:
-        return QStringLiteral("-x -a '(__fish_complete_suffix .svg)'");
+        return QStringLiteral("-x -a '(__morsehost_pictures)'");
     case Values::Listed:
-        return QStringLiteral("-x -a '(morsehost %1s 2>/dev/null | cut -f 1)'")
-            .arg(QLatin1String(option.name));
+        return QStringLiteral("-x -a '(__morsehost_listed %1s)'").arg(QLatin1String(option.name));
     case Values::None:
         break;
     }
@@ -238,16 +237,20 @@ QString zshCompletion(const std::vector<Command>& commands,
 # zsh completion for morsehost
 # Written from the tables of the program; changes made here are lost.
 
+# Names come from the folder or file that the line names. What precedes the list is for compadd.
 _morsehost_listed()
 {
-    local -a names
-    names=(${(f)"$($program $1 2>/dev/null | cut -f 1)"})
-    compadd -a names
+    local list=$argv[-1]
+    local -a names place
+    (( $+opt_args[--$list] )) && place=(--$list ${(Q)opt_args[--$list]})
+    names=(${(f)"$($program $list $place 2>/dev/null | cut -f 1)"})
+    compadd "${(@)argv[1,-2]}" -a names
 }
 
 _morsehost()
 {
     local program=$words[1]
+    local -A opt_args
     if (( CURRENT == 2 )); then
         local -a commands
         commands=(
@@ -269,9 +272,25 @@ _morsehost "$@"
 QString fishCompletion(const std::vector<Command>& commands,
                        const std::vector<OptionRow>& programOptions)
 {
-    QString lines = QStringLiteral("# fish completion for morsehost\n"
-                                   "# Written from the tables of the program; changes made here "
-                                   "are lost.\n");
+    QString lines = QStringLiteral(R"fish(# fish completion for morsehost
+# Written from the tables of the program; changes made here are lost.
+
+# Names come from the folder or file that the line names.
+function __morsehost_listed
+    set -l words (commandline -opc)
+    set -l place
+    if set -l at (contains -i -- --$argv[1] $words)
+        set place --$argv[1] $words[(math $at + 1)]
+    end
+    $words[1] $argv[1] $place 2>/dev/null | cut -f 1
+end
+
+function __morsehost_pictures
+    complete -C "__fish_command_without_completions "(commandline -ct) |
+        string match -ir '.*(?:/|\.svg|\.png)$'
+end
+
+)fish");
     for (const OptionRow& option : programOptions)
         lines += QStringLiteral("complete -c morsehost -n __fish_use_subcommand %1 -f -d '%2'\n")
                      .arg(fishOption(option), fishText(QString::fromStdString(option.help)));

@@ -97,14 +97,14 @@ private Q_SLOTS:
         QVERIFY(zsh.startsWith(QStringLiteral("#compdef morsehost\n")));
         for (const char* part :
              {"'look:Looks'", "'--version:the version'", "look) _arguments",
-              "'-o[where\\: \\[here\\]]:PICTURE:_files -g \"*.svg\"'",
+              "'-o[where\\: \\[here\\]]:PICTURE:_files -g \"(#i)*.(svg|png)\"'",
               "'--save[it'\\''s saved]:DIR:_files -/'", "'--codes[codes]'", "'*:file:_files'"})
             QVERIFY2(zsh.contains(QString::fromLatin1(part)), part);
         const QString fish = fishCompletion(commands, {{"version", nullptr, "the version"}});
         for (const char* part :
              {"-n __fish_use_subcommand -f -a look -d 'Looks'\n",
               "-n __fish_use_subcommand -l version -f -d 'the version'\n",
-              "-n '__fish_seen_subcommand_from look' -s o -x -a '(__fish_complete_suffix .svg)'",
+              "-n '__fish_seen_subcommand_from look' -s o -x -a '(__morsehost_pictures)'",
               "-l save -x -a '(__fish_complete_directories)' -d 'it\\'s saved'\n",
               "-l codes -d 'codes'\n"})
             QVERIFY2(fish.contains(QString::fromLatin1(part)), part);
