@@ -3,6 +3,7 @@
 
 #include "app/console/complain.h"
 #include "station/io/output.h"
+#include "station/picture/rendering.h"
 
 #include <QFileInfo>
 
@@ -30,20 +31,22 @@ QString whyNotReplaced(const QString& name, const QString& recording)
 OptionRow pictureOptionRow()
 {
     return {"o", "PICTURE",
-            "the picture: a name that ends in .svg, an existing file is replaced; or '-', standard "
-            "output"};
+            "the picture: a name that ends in .svg or .png, an existing file is replaced; or '-', "
+            "SVG on standard output"};
 }
 
 PictureFile::PictureFile(Arguments& arguments)
     : m_name(arguments.text("o"))
     , m_isOutput(m_name == QLatin1String("-"))
+    , m_isImage(m_name.endsWith(QLatin1String(".png"), Qt::CaseInsensitive))
     , m_file(m_name)
 {
     if (m_name.isEmpty())
         arguments.fail(QStringLiteral("-o PICTURE is missing"));
-    else if (!m_isOutput && !m_name.endsWith(QLatin1String(".svg"), Qt::CaseInsensitive))
-        arguments.fail(
-            QStringLiteral("-o takes '-' or a name that ends in .svg, not '%1'").arg(m_name));
+    else if (!m_isOutput && !m_isImage &&
+             !m_name.endsWith(QLatin1String(".svg"), Qt::CaseInsensitive))
+        arguments.fail(QStringLiteral("-o takes '-' or a name that ends in .svg or .png, not '%1'")
+                           .arg(m_name));
 }
 
 bool PictureFile::open(const QString& recording)
@@ -60,8 +63,14 @@ bool PictureFile::open(const QString& recording)
     return false;
 }
 
-bool PictureFile::write(const QByteArray& picture)
+bool PictureFile::write(QByteArray picture)
 {
+    if (m_isImage)
+        picture = inspect::rendered(picture);
+    if (picture.isEmpty()) {
+        complain(m_name, QStringLiteral("too large for an image"));
+        return false;
+    }
     if (m_isOutput) {
         Output output(STDOUT_FILENO);
         output.write(picture);

@@ -12,7 +12,8 @@ namespace morsehost {
 
 OptionRow pictureOptionRow();
 
-/// A file that is replaced as a whole, or left as it was; or standard output.
+/// A file that is replaced as a whole, or left as it was; or standard output. The name says whether
+/// it is a drawing (SVG) or an image (PNG).
 class PictureFile
 {
 public:
@@ -21,13 +22,14 @@ public:
 
     /// Before the long work, so that a name that cannot be written is said at once. Complains.
     bool open(const QString& recording);
-    /// False when not all of it could be written. Complains.
-    bool write(const QByteArray& picture);
+    /// Of a drawing. False when not all of it could be written. Complains.
+    bool write(QByteArray picture);
     const QString& name() const { return m_name; }
 
 private:
     QString m_name;
     bool m_isOutput;
+    bool m_isImage;
     QSaveFile m_file;
 };
 

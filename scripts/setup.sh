@@ -5,7 +5,7 @@
 # `night` what scripts/night.sh needs. Does nothing where all is there.
 set -euo pipefail
 
-packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-dev libkissfft-dev flac
+packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-dev libkissfft-dev librsvg2-dev flac
     libqt5sql5-sqlite libqt5sql5-psql libsystemd-dev
     gzip
 )
@@ -13,7 +13,7 @@ packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-d
 [[ ${1:-test} = @(build|package) ]] || packages+=(
     libbenchmark-dev libicu-dev
     ebook2cw sox catdoc libxml2-utils
-    abigail-tools man-db mandoc strace
+    abigail-tools man-db mandoc strace zsh fish
 )
 [[ ${1:-test} != @(all|night) ]] || packages+=(
     clang-format

@@ -6,6 +6,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -78,6 +79,32 @@ private Q_SLOTS:
         QCOMPARE(codes, given);
         QString text = QString::fromUtf8(run(QStringList({"decode", recording}) + options).out);
         QCOMPARE(textOf(drawn), text.remove(' ').remove('\n'));
+    }
+
+    void anImageShowsTheDrawing()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("picture.PNG");
+        const QStringList words = {"inspect", RECORDING, "--length", "10", "-o"};
+        const Ended ended = run(words + QStringList(path));
+        QCOMPARE(ended.err, QByteArray());
+        QCOMPARE(ended.status, 0);
+        const QImage image(path, "PNG");
+        const QByteArray svg = run(words + QStringList("-")).out;
+        const Drawn drawn = testsupport::readDrawn(svg);
+        QVERIFY(svg.contains("width=\"" + QByteArray::number(image.width()) + "\" height=\"" +
+                             QByteArray::number(image.height()) + "\""));
+        const auto marks = drawn.inRows("mark");
+        QVERIFY(!marks.empty());
+        for (const DrawnPiece& mark : marks) {
+            const auto at = [&mark](const char* place, const char* size) {
+                return static_cast<int>(mark.number(place) + mark.number(size) / 2);
+            };
+            // The first row begins right of the scales and below the title.
+            const QRgb colour = image.pixel(64 + at("x", "width"), 56 + at("y", "height"));
+            QCOMPARE(colour,
+                     mark.kinds.contains("dot") ? qRgb(0, 0x72, 0xb2) : qRgb(0xd5, 0x5e, 0));
+        }
     }
 
     void aStretchShowsWhatTheWholeShowsThere()
@@ -224,8 +251,8 @@ private Q_SLOTS:
         row("no recording", {"-o", "x.svg"}, "FILE|- is missing");
         row("no picture", {"a.wav"}, "-o PICTURE is missing");
         row("no name", {"a.wav", "-o", ""}, "the PICTURE of -o is empty");
-        row("another kind of picture", {"a.wav", "-o", "x.png"},
-            "-o takes '-' or a name that ends in .svg");
+        row("another kind of picture", {"a.wav", "-o", "x.gif"},
+            "-o takes '-' or a name that ends in .svg or .png, not 'x.gif'");
         row("before the beginning", {"a.wav", "-o", "x.svg", "--from", "-1"}, "--from takes");
         row("too long", {"a.wav", "-o", "x.svg", "--length", "601"}, "--length takes");
         row("no length", {"a.wav", "-o", "x.svg", "--length", "0"}, "--length takes");

@@ -69,7 +69,7 @@ depends libmorsehandler0 libqt5core5a libstdc++6
 depends libhoststandin0 libqt5core5a
 depends libmorsehandler-dev "libmorsehandler0 (= $VERSION-1)" "libhoststandin0 (= $VERSION-1)" \
     qtbase5-dev
-depends morsehost "libmorsehandler0 (= $VERSION-1)" "libhoststandin0 (= $VERSION-1)" libsndfile1 libqt5sql5-sqlite
+depends morsehost "libmorsehandler0 (= $VERSION-1)" "libhoststandin0 (= $VERSION-1)" libsndfile1 librsvg2-2 libqt5sql5-sqlite
 for name in libmorsehandler0 libhoststandin0; do
     ! grep -qE 'sndfile|kissfft|morsehandler|hoststandin' \
         <<<"$(dpkg-deb -f "$(package $name)" Depends)" || fail "$name depends on too much"
