@@ -1,19 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "charmap/charactermap.h"
 
-#include "tables/codecfile.h"
-#include "tables/mapfile.h"
 #include "tables/regularfile.h"
 #include "tables/tableformat.h"
 
 CharacterMap readCharacterMap(const QString& path)
 {
-    const bool isMapFile = isReadAs(path, TableKind::Map);
-    const bool isCodecFile = isReadAs(path, TableKind::Codec);
+    const TableFormat* const format = formatReadFrom(path);
     QFile file(path);
-    if (!(isMapFile || isCodecFile) || !openRegularFile(file))
+    if (!format || !format->readCharacters || !openRegularFile(file))
         return {};
-    const QByteArray content = file.readAll();
-    const CharacterTable table = isMapFile ? readMapFile(content) : readCodecFile(content);
+    Faults ignored(0);
+    const CharacterTable table = format->readCharacters(file.readAll(), ignored);
     return {table.characters, true, table.rightToLeft};
 }

@@ -5,7 +5,7 @@
 #include <QMap>
 #include <QString>
 
-/// What a codec file or map file says. The order of the fields is binary interface.
+/// What the file says. The order of the fields is binary interface.
 struct CharacterMap
 {
     QMap<signed char, QChar> table; ///< a byte's character; a byte that is not in it has none
@@ -13,6 +13,6 @@ struct CharacterMap
     bool rightToLeft = false;       ///< the text is written from right to left
 };
 
-/// Reads the file as what its ending says: ".map" or ".codec", in lower case. An empty record when
-/// it is neither, or cannot be read.
+/// Reads the file as what its ending says, in exactly that letter case. An empty record when that
+/// is no table of characters, or cannot be read.
 CharacterMap readCharacterMap(const QString& path);

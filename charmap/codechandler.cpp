@@ -11,7 +11,6 @@
 #include "tables/tableformat.h"
 
 #include <algorithm>
-#include <optional>
 
 namespace {
 
@@ -25,14 +24,18 @@ QStringList sortedBehindNone(QStringList names)
     return names;
 }
 
-/// Nothing when there is no such file.
-std::optional<CharacterTable> load(const QDir& folder, const QString& name,
-                                   CharacterTable (*read)(const QByteArray&))
+/// False, and nothing is changed, when the file cannot be read.
+bool load(const QDir& folder, const QString& name, decltype(TableFormat::readCharacters) read,
+          CharacterMapping& characters, bool& isRightToLeft)
 {
     QFile file(localFolder(folder).filePath(findIgnoringCase(folder, name)));
     if (!openRegularFile(file))
-        return std::nullopt;
-    return read(file.readAll());
+        return false;
+    Faults ignored(0);
+    const CharacterTable table = read(file.readAll(), ignored);
+    characters = table.characters;
+    isRightToLeft = table.rightToLeft;
+    return true;
 }
 
 } // namespace
@@ -79,9 +82,9 @@ bool CodecHandler::SetAlphabet(const QString& name)
             m_alphabet = fullName(m_alphabet, charset);
     }
     const QString file = codecNameToFile(m_alphabet);
-    if (isReadAs(file, TableKind::Map))
-        return readMapFile(file);
-    return isReadAs(file, TableKind::Codec) && readCodecFile(file);
+    const TableFormat* const format = formatReadFrom(file);
+    return format && format->readCharacters &&
+           load(m_alphabetsDir, file, format->readCharacters, m_charMap, m_textDirectionRTL);
 }
 
 void CodecHandler::SetDecoder(const QString& decoder)
@@ -164,22 +167,14 @@ QString CodecHandler::fileToCodecName(const QString& file)
     return fullName(baseNameOf(file), format->charset);
 }
 
+// These two are exported; SetAlphabet finds the reader of a format in the table of formats.
+
 bool CodecHandler::readCodecFile(const QString& file)
 {
-    const std::optional<CharacterTable> table = load(m_alphabetsDir, file, ::readCodecFile);
-    if (!table)
-        return false;
-    m_charMap = table->characters;
-    m_textDirectionRTL = table->rightToLeft;
-    return true;
+    return load(m_alphabetsDir, file, ::readCodecFile, m_charMap, m_textDirectionRTL);
 }
 
 bool CodecHandler::readMapFile(const QString& file)
 {
-    const std::optional<CharacterTable> table = load(m_alphabetsDir, file, ::readMapFile);
-    if (!table)
-        return false;
-    m_charMap = table->characters;
-    m_textDirectionRTL = table->rightToLeft;
-    return true;
+    return load(m_alphabetsDir, file, ::readMapFile, m_charMap, m_textDirectionRTL);
 }

@@ -88,7 +88,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (alphabet.codes.size() < 500)
         requireSameLookUps(alphabet, translator);
 
-    const lint::Report report = fuzzing::requireReport(TableKind::Alphabet, bytes);
+    const lint::Report report = fuzzing::requireReport("input.mal", bytes);
     require(report.entryCount == alphabet.codes.size() &&
                 report.rightToLeft == alphabet.rightToLeft,
             "the check reads what a reader reads that nobody asks for faults");

@@ -38,6 +38,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     folder.write("ITA2.codec", bytes);
     fuzzing::requireSameHandler(folder, "ITA2 - ITA2", table);
-    fuzzing::requireSameReport(TableKind::Codec, bytes, table);
+    fuzzing::requireSameReport("ITA2.codec", bytes, table);
     return 0;
 }

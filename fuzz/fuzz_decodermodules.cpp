@@ -74,7 +74,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (isPlain)
         require(std::equal(modules.begin(), modules.end(), again.begin(), again.end(), isSame),
                 "what is written reads back the same");
-    const lint::Report report = fuzzing::requireReport(TableKind::DecoderModules, bytes);
+    const lint::Report report = fuzzing::requireReport("modules.txt", bytes);
     require(report.entryCount == static_cast<int>(modules.size()),
             "the check reads what a reader reads that nobody asks for faults");
     return 0;

@@ -68,9 +68,9 @@ inline void requireSameHandler(const Folder& folder, const QString& alphabet,
 }
 
 /// Whatever the content, the findings are in order, in the file, and fit for a terminal.
-inline lint::Report requireReport(TableKind kind, const QByteArray& bytes)
+inline lint::Report requireReport(const char* name, const QByteArray& bytes)
 {
-    const lint::Report report = lint::lintBytes(kind, bytes);
+    lint::Report report = lint::lintBytes(QLatin1String(name), bytes);
     require(report.failure.isEmpty(), "every content can be checked");
     require(report.faults.size() <= Faults::MOST + 1, "findings are bounded");
     int line = 0;
@@ -84,9 +84,10 @@ inline lint::Report requireReport(TableKind kind, const QByteArray& bytes)
     return report;
 }
 
-inline void requireSameReport(TableKind kind, const QByteArray& bytes, const CharacterTable& table)
+inline void requireSameReport(const char* name, const QByteArray& bytes,
+                              const CharacterTable& table)
 {
-    const lint::Report report = requireReport(kind, bytes);
+    const lint::Report report = requireReport(name, bytes);
     require(report.entryCount == table.characters.size() && report.rightToLeft == table.rightToLeft,
             "the check reads what a reader reads that nobody asks for faults");
 }

@@ -5,6 +5,20 @@
 
 #include <QObject>
 
+namespace {
+
+/// Whether a file of the format can lie behind this full name.
+bool canBeChosen(const TableFormat& format, const QString& base, const QString& charset)
+{
+    if (format.kind != TableKind::Characters)
+        return false;
+    if (!format.onlyBase.isEmpty())
+        return base == format.onlyBase;
+    return format.NamesCharset() || charset == baseCharsetName(format.charset);
+}
+
+} // namespace
+
 QString nameSeparator()
 {
     return QStringLiteral(" - ");
@@ -26,10 +40,14 @@ QStringList filesOfFullName(const QString& name)
         return {};
     const QString base = name.section(nameSeparator(), 0, 0);
     const QString charset = name.section(nameSeparator(), 1, 1);
-    QStringList files{base + QLatin1Char('.') + charset + MAP_ENDING};
-    // Of the codec files only this one can be loaded by its name.
-    if (base == baseCharsetName(eCHARSET_ITA2))
-        files += base + CODEC_ENDING;
+    QStringList files;
+    // What is loaded later takes the place of what has the same name, so it comes first here.
+    for (auto format = TABLE_FORMATS.rbegin(); format != TABLE_FORMATS.rend(); ++format) {
+        const QString file =
+            format->NamesCharset() ? base + QLatin1Char('.') + charset : QString(base);
+        if (canBeChosen(*format, base, charset) && !files.contains(file + format->ending))
+            files += file + format->ending;
+    }
     return files;
 }
 

@@ -1,28 +1,28 @@
 // SPDX-License-Identifier: MIT
 // The formats of table files that are known by their names: one row each, from which files are
-// listed, read, named and checked.
+// listed, found, read and checked.
 // No API: used inside the library only.
 #pragma once
 
 #include "tables/basecharset.h"
+#include "tables/charactertable.h"
 #include "tables/literal.h"
 
+#include <QByteArray>
 #include <QLatin1String>
 #include <QString>
 
 #include <array>
+#include <cstddef>
 
-/// Which reader a file is for.
+/// What a file holds.
 enum class TableKind {
-    Alphabet,       ///< `readAlphabetFile`
-    Codec,          ///< `readCodecFile`
-    Map,            ///< `readMapFile`
-    DecoderModules, ///< `readDecoderModulesFile`; the configuration names the file
+    Alphabet,       ///< what `readAlphabetFile` reads
+    Characters,     ///< a `CharacterTable`, for which each format has a reader
+    DecoderModules, ///< what `readDecoderModulesFile` reads; the configuration names the file
 };
 
 inline constexpr QLatin1String ALPHABET_ENDING = literal(".mal");
-inline constexpr QLatin1String CODEC_ENDING = literal(".codec");
-inline constexpr QLatin1String MAP_ENDING = literal(".map");
 
 struct TableFormat
 {
@@ -31,21 +31,30 @@ struct TableFormat
     eBASE_CHARSET charset;
     /// The end of a name that is listed, in any letter case.
     QLatin1String suffix;
-    /// The end of a name that is read, in exactly this letter case.
+    /// The end of a name that is read, in exactly this letter case. A suffix that is longer begins
+    /// with "." and the name of the character set.
     QLatin1String ending;
+    /// The one base name under which a file can be chosen; empty for any.
+    QLatin1String onlyBase = literal("");
+    /// Null but for tables of characters.
+    CharacterTable (*readCharacters)(const QByteArray& bytes, Faults& faults) = nullptr;
+
+    /// Whether the name of a file holds that of the character set.
+    bool NamesCharset() const { return suffix.size() > ending.size(); }
 };
 
 /// In the order in which the mapping directory loads them: of two tables of one name and character
 /// set the later one stays.
-inline constexpr std::array<TableFormat, 4> TABLE_FORMATS = {{
-    {TableKind::Alphabet, eCHARSET_NONE, ALPHABET_ENDING, ALPHABET_ENDING},
-    {TableKind::Codec, eCHARSET_ITA2, CODEC_ENDING, CODEC_ENDING},
-    {TableKind::Map, eCHARSET_ITA2, literal(".ita2.map"), MAP_ENDING},
-    {TableKind::Map, eCHARSET_ASCII, literal(".ascii.map"), MAP_ENDING},
-}};
+inline constexpr std::size_t TABLE_FORMAT_COUNT = 5;
+extern const std::array<TableFormat, TABLE_FORMAT_COUNT> TABLE_FORMATS;
 
 /// The format as which a file of that name is listed; null for every other file.
 const TableFormat* formatOfFile(const QString& fileName);
 
-/// Whether the name is that of a file that is read as `kind`.
-bool isReadAs(const QString& fileName, TableKind kind);
+/// The format as which a file of that name is read, in exactly that letter case; null for every
+/// other file.
+const TableFormat* formatReadFrom(const QString& fileName);
+
+/// The format that a file of that name is meant to have, in any letter case and also where it would
+/// not be listed; null for every other file.
+const TableFormat* formatMeantBy(const QString& fileName);

@@ -3,8 +3,7 @@
 
 #include "app/console/printable.h"
 #include "tables/lint/lint.h"
-
-#include <QFileInfo>
+#include "tables/tableformat.h"
 
 namespace translate {
 
@@ -18,6 +17,14 @@ void writeFault(QTextStream& out, const QString& file, const Fault& fault)
     out << (fault.severity == Fault::Severity::Warning ? " warning: " : " ") << fault.text << '\n';
 }
 
+QStringList suffixes()
+{
+    QStringList suffixes;
+    for (const TableFormat& format : TABLE_FORMATS)
+        suffixes += format.suffix;
+    return suffixes;
+}
+
 } // namespace
 
 LintOutcome lintFiles(const QStringList& files, QTextStream& out)
@@ -27,11 +34,10 @@ LintOutcome lintFiles(const QStringList& files, QTextStream& out)
     LintOutcome outcome;
     int checked = 0;
     for (const QString& file : files) {
-        const auto kind = lint::kindOf(QFileInfo(file).fileName());
-        if (!kind)
+        if (!lint::isTable(file))
             continue;
         ++checked;
-        const lint::Report report = lint::lintFile(*kind, file);
+        const lint::Report report = lint::lintFile(file);
         if (!report.failure.isEmpty())
             outcome.failures += QStringLiteral("%1: %2").arg(file, report.failure);
         for (const Fault& fault : report.faults)
@@ -41,9 +47,8 @@ LintOutcome lintFiles(const QStringList& files, QTextStream& out)
     if (checked == 0) {
         outcome.isClean = false;
         outcome.failures +=
-            QStringLiteral("no file to check: the names of alphabets end in .mal, of codec files "
-                           "in .codec, of maps in .ita2.map or .ascii.map, of decoder modules "
-                           "files in .txt");
+            QStringLiteral("no file to check: the name of a table ends in one of %1")
+                .arg(suffixes().join(QLatin1String(", ")));
     }
     out.flush();
     return outcome;

@@ -29,15 +29,14 @@ QString noSuchFolder(const QDir& folder)
 }
 
 /// One line; `isChosen` says whether the name leads to this file.
-void writeLine(QTextStream& out, const QString& name, TableKind kind, const QString& path,
-               bool isChosen)
+void writeLine(QTextStream& out, const QString& name, const QString& path, bool isChosen)
 {
     out << printableLine(name) << '\t' << printableLine(path) << '\t';
     if (!isChosen) {
         out << "cannot be chosen\n";
         return;
     }
-    const lint::Report content = lint::lintFile(kind, path);
+    const lint::Report content = lint::lintFile(path);
     if (!content.failure.isEmpty()) {
         out << "not counted: " << content.failure << '\n';
         return;
@@ -50,7 +49,7 @@ void writeLine(QTextStream& out, const QString& name, TableKind kind, const QStr
 QString firstOf(const QStringList& files, const FolderNames& names)
 {
     for (const QString& file : files) {
-        const QString found = names.Find(file);
+        QString found = names.Find(file);
         if (!found.isEmpty())
             return found;
     }
@@ -87,7 +86,7 @@ QString listAlphabets(const QString& directory, QTextStream& out)
         const bool isReserved =
             isNoAlphabet(name) || name.compare(builtIn, Qt::CaseInsensitive) == 0;
         const bool isChosen = !isReserved && names.Find(name + format->suffix) == file;
-        writeLine(out, name, format->kind, folder.filePath(file), isChosen);
+        writeLine(out, name, folder.filePath(file), isChosen);
     }
     out.flush();
     return {};
@@ -110,7 +109,7 @@ QString listMaps(const QString& directory, const QString& decoder, QTextStream& 
         if (!decoder.isEmpty() && charset != eCHARSET_BOTH && charset != file.charset)
             continue;
         const bool isChosen = firstOf(filesOfFullName(file.name), names) == file.file;
-        writeLine(out, file.name, file.kind, folder.filePath(file.file), isChosen);
+        writeLine(out, file.name, folder.filePath(file.file), isChosen);
     }
     out.flush();
     return {};

@@ -18,7 +18,7 @@ QVector<MapFile> mapFilesIn(const QDir& folder)
         if (!format || format->charset == eCHARSET_NONE)
             continue;
         const QString base = baseNameOf(name);
-        files.append({fullName(base, format->charset), base, name, format->kind, format->charset});
+        files.append({fullName(base, format->charset), base, name, format->charset});
     }
     std::stable_sort(files.begin(), files.end(),
                      [](const MapFile& a, const MapFile& b) { return a.name < b.name; });

@@ -15,7 +15,6 @@ struct MapFile
     QString name; ///< as it is chosen: "Greek - ASCII"
     QString base; ///< its short form: "Greek"
     QString file; ///< within its folder
-    TableKind kind = TableKind::Map;
     eBASE_CHARSET charset = eCHARSET_NONE;
 };
 

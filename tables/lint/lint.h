@@ -5,19 +5,16 @@
 #pragma once
 
 #include "tables/fault.h"
-#include "tables/tableformat.h"
 
 #include <QByteArray>
 #include <QString>
 #include <QVector>
 
-#include <optional>
-
 namespace lint {
 
-/// As what a file of that name is checked: ".mal", ".codec", ".map", and ".txt" for decoder
-/// modules, in any letter case. Nothing for any other name.
-std::optional<TableKind> kindOf(const QString& fileName);
+/// Whether a file of that name is meant to be a table: it ends as those of a format do
+/// (`formatMeantBy`).
+bool isTable(const QString& fileName);
 
 struct Report
 {
@@ -27,11 +24,12 @@ struct Report
     int entryCount = 0;
 };
 
-/// Checks the content of a file.
-Report lintBytes(TableKind kind, const QByteArray& bytes);
+/// Checks the content of a file of that name, by the format that the name ends in. Of the name
+/// itself nothing is reported. What is no table by its name is a failure, here and below.
+Report lintBytes(const QString& fileName, const QByteArray& bytes);
 
 /// Checks the file at `path`, its name included. Files above 4 MiB and what is no regular file are
 /// not read.
-Report lintFile(TableKind kind, const QString& path);
+Report lintFile(const QString& path);
 
 } // namespace lint

@@ -7,8 +7,6 @@
 #include "morse/morsetranslator.h"
 #include "support/files.h"
 #include "tables/alphabetfile.h"
-#include "tables/codecfile.h"
-#include "tables/mapfile.h"
 #include "tables/tableformat.h"
 
 #include <QtTest>
@@ -24,9 +22,10 @@ QDir folder(const char* name)
 
 QMap<uchar, QChar> mapOf(const QString& fileName)
 {
-    const QByteArray content = contentOf(folder("maps").filePath(fileName));
+    Faults faults;
     const CharacterMapping characters =
-        (isReadAs(fileName, TableKind::Map) ? readMapFile(content) : readCodecFile(content))
+        formatReadFrom(fileName)
+            ->readCharacters(contentOf(folder("maps").filePath(fileName)), faults)
             .characters;
     QMap<uchar, QChar> bytes;
     for (auto entry = characters.cbegin(); entry != characters.cend(); ++entry)
