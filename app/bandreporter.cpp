@@ -53,7 +53,7 @@ public:
 
     void found(const BandEntry& signal) override { state(signal, "found"); }
     void lost(const BandEntry& signal) override { state(signal, "lost"); }
-    void text(const BandEntry& signal, const QString& text) override
+    void text(const BandEntry& signal, const QString& text, std::int64_t /*time_us*/) override
     {
         write({{QStringLiteral("event"), QStringLiteral("text")},
                {QStringLiteral("number"), signal.number},
@@ -88,7 +88,7 @@ public:
     {
     }
 
-    void text(const BandEntry& signal, const QString& text) override
+    void text(const BandEntry& signal, const QString& text, std::int64_t /*time_us*/) override
     {
         Line& line = m_lines[signal.number];
         line.frequency_Hz = signal.frequency_Hz;
@@ -132,7 +132,7 @@ public:
     {
     }
 
-    void text(const BandEntry& signal, const QString& text) override
+    void text(const BandEntry& signal, const QString& text, std::int64_t /*time_us*/) override
     {
         QString& shown = m_texts[signal.number];
         shown = (shown + text).right(SHOWN_TEXT);
@@ -163,7 +163,10 @@ private:
 } // namespace
 
 void BandReporter::found(const BandEntry& /*signal*/) {}
-void BandReporter::text(const BandEntry& /*signal*/, const QString& /*text*/) {}
+void BandReporter::text(const BandEntry& /*signal*/, const QString& /*text*/,
+                        std::int64_t /*time_us*/)
+{
+}
 void BandReporter::transmission(const Transmission& /*transmission*/) {}
 void BandReporter::lost(const BandEntry& /*signal*/) {}
 void BandReporter::heard(double /*time_s*/, const std::vector<demodulator::BandSignal>& /*signals*/)

@@ -29,7 +29,7 @@ public:
     BandReporter& operator=(const BandReporter&) = delete;
 
     void found(const BandEntry& signal) override;
-    void text(const BandEntry& signal, const QString& text) override;
+    void text(const BandEntry& signal, const QString& text, std::int64_t time_us) override;
     void transmission(const Transmission& transmission) override;
     void lost(const BandEntry& signal) override;
     /// On standard error.

@@ -20,12 +20,17 @@ public:
 
     MorseStation& station() { return m_station; }
     BandEntry& entry() { return m_entry; }
+    void symbol(int code, std::int64_t time_us)
+    {
+        m_time_us = time_us;
+        m_station.symbol(code, time_us);
+    }
 
 private:
     void text(const QString& text) override
     {
         if (text != QLatin1String("\n"))
-            m_listener.text(m_entry, text);
+            m_listener.text(m_entry, text, m_time_us);
     }
     void transmission(const Transmission& transmission) override
     {
@@ -37,8 +42,11 @@ private:
     }
     void saving(const QString& message) override { m_listener.saving(message); }
 
+    using StationListener::symbol;
+
     BandEntry m_entry;
     BandListener& m_listener;
+    std::int64_t m_time_us = 0; // of the last code
     MorseStation m_station;
 };
 
@@ -82,7 +90,7 @@ void BandStation::transmissionStarted(int signal, double tone_Hz, std::int64_t t
 
 void BandStation::symbol(int signal, int code, std::int64_t time_us)
 {
-    m_signals.at(signal)->station().symbol(code, time_us);
+    m_signals.at(signal)->symbol(code, time_us);
 }
 
 void BandStation::transmissionStopped(int signal, std::int64_t time_us,

@@ -27,8 +27,9 @@ public:
     virtual ~BandListener();
 
     virtual void found(const BandEntry& signal) = 0;
-    /// A character, or a blank.
-    virtual void text(const BandEntry& signal, const QString& text) = 0;
+    /// A character, or a blank, and when the last mark before it ended: microseconds of signal
+    /// since the first sample.
+    virtual void text(const BandEntry& signal, const QString& text, std::int64_t time_us) = 0;
     virtual void transmission(const Transmission& transmission) = 0;
     virtual void lost(const BandEntry& signal) = 0;
     virtual void saving(const QString& message) = 0;

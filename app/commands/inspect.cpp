@@ -2,10 +2,12 @@
 // morsehost inspect: what the demodulator saw in a stretch of a recording, as a picture.
 #include "app/commands/commands.h"
 
+#include "app/commands/inspectband.h"
 #include "app/console/complain.h"
 #include "app/console/exitstatus.h"
 #include "app/console/progress.h"
 #include "app/options/alphabetoptions.h"
+#include "app/options/bandoptions.h"
 #include "app/options/soundoptions.h"
 #include "app/picturefile.h"
 #include "signal/morse/demodulator.h"
@@ -18,6 +20,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 
 namespace morsehost {
 
@@ -78,14 +81,29 @@ std::int64_t microseconds(double time_s)
     return std::llround(1e6 * time_s);
 }
 
+// Of a band's options those that a single signal has no use for.
+std::vector<OptionRow> bandRows()
+{
+    std::vector<OptionRow> rows = bandOptionRows();
+    const auto isShared = [](const OptionRow& row) { return std::strcmp(row.name, "rate") == 0; };
+    rows.erase(std::remove_if(rows.begin(), rows.end(), isShared), rows.end());
+    return rows;
+}
+
 int run(Arguments& arguments)
 {
-    const AlphabetChoice alphabet = readAlphabetOptions(arguments);
-    const std::vector<SoundRequest> sounds = readSoundOptions(arguments);
     const double from_s = arguments.position("from", LATEST_S).value_or(0);
     const double length_s =
         arguments.number("length", SHORTEST_LENGTH_S, inspect::LONGEST_STRETCH_s)
             .value_or(DEFAULT_LENGTH_S);
+    if (arguments.isSet("band"))
+        return inspectBand(arguments, from_s, length_s);
+    for (const OptionRow& row : bandRows()) {
+        if (arguments.isSet(row.name))
+            arguments.fail(optionWord(row.name) + QStringLiteral(" is for --band"));
+    }
+    const AlphabetChoice alphabet = readAlphabetOptions(arguments);
+    const std::vector<SoundRequest> sounds = readSoundOptions(arguments);
     PictureFile file(arguments);
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
@@ -171,6 +189,10 @@ std::vector<OptionRow> optionRows()
     };
     for (const OptionRow& row : soundOptionRows())
         rows.push_back(row);
+    rows.push_back({"band", nullptr,
+                    "draw a whole band: the waterfall, and each signal's text along its trace"});
+    for (const OptionRow& row : bandRows())
+        rows.push_back(row);
     for (const OptionRow& row : alphabetOptionRows())
         rows.push_back(row);
     return rows;
@@ -185,7 +207,9 @@ Command inspectCommand()
          "Draws what the demodulator saw. A row holds up to ten seconds: spectrogram and tone,\n"
          "strength and what was expected of it, marks and gaps with their kinds, and the text.\n"
          "Sound is read from its beginning, so that the picture shows what 'decode' decided.",
-         optionRows(), "  morsehost inspect recording.flac --from 1:35 --length 20 -o doubt.svg\n"},
+         optionRows(),
+         "  morsehost inspect recording.flac --from 1:35 --length 20 -o doubt.svg\n"
+         "  morsehost inspect --band --length 60 band.flac -o band.svg\n"},
         run};
 }
 

@@ -220,6 +220,8 @@ const std::vector<Kind>& kinds()
          20, 400, 9800, 160, 24000, false, 120, 0, 25, 12, 35, Traffic::Steady},
         {"contest", "80 frequencies, short overs, 0 to +30 dB, 22 to 38 wpm, 22 kHz of sound",
          80, 400, 22000, 160, 48000, false, 60, 0, 30, 22, 38, Traffic::Contest},
+        {"minute", "40 frequencies, short overs, 3 to 30 dB, 22 to 36 wpm, 10 kHz of sound",
+         40, 500, 10000, 200, 22050, false, 60, 3, 30, 22, 36, Traffic::Contest},
         {"wide", "150 signals, -3 to +30 dB, 96 kHz of I/Q",
          150, -46000, 46000, 160, 96000, true, 120, -3, 30, 12, 38, Traffic::Pauses},
         {"huge", "700 frequencies, short overs, 0 to +30 dB, 192 kHz of I/Q",

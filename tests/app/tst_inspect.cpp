@@ -399,6 +399,43 @@ private Q_SLOTS:
         QCOMPARE(shell.exitCode(), 0);
         QCOMPARE(testsupport::readDrawn(contentOf(path)).rows, 1);
     }
+
+    void aBandIsDrawnWithEachSignalsText()
+    {
+        const QTemporaryDir folder;
+        const QString picture = folder.filePath("band.svg");
+        const Ended ended = run({"inspect", "--band", "--length", "8", "--only", "400-2000", "-o",
+                                 picture, PROJECT_DATA_DIR "/samples/bands/contest.flac"});
+        QCOMPARE(ended.err, QByteArray());
+        QCOMPARE(ended.status, 0);
+        QFile file(picture);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray svg = file.readAll();
+        QVERIFY2(svg.contains(">G8CU<") && svg.contains(">I0HF<"), svg.constData());
+        QVERIFY(!svg.contains(">RE5GO<")); // at 3.1 kHz
+    }
+
+    void whatABandCannotBeDrawnFrom_data()
+    {
+        QTest::addColumn<QStringList>("words");
+        QTest::addColumn<int>("status");
+        QTest::newRow("option of one signal") << QStringList{"--band", "--wpm", "20"} << 2;
+        QTest::newRow("option of a band") << QStringList{"--only", "1-2"} << 2;
+        QTest::newRow("no such frequencies") << QStringList{"--band", "--only", "90000-90100"} << 1;
+        QTest::newRow("after the end") << QStringList{"--band", "--from", "3:00"} << 1;
+    }
+    void whatABandCannotBeDrawnFrom()
+    {
+        QFETCH(QStringList, words);
+        QFETCH(int, status);
+        const QTemporaryDir folder;
+        const QString picture = folder.filePath("band.svg");
+        const Ended ended =
+            run(QStringList("inspect") + words + QStringList{"-o", picture, RECORDING});
+        QCOMPARE(ended.status, status);
+        QVERIFY(ended.err.startsWith("morsehost: "));
+        QVERIFY(!QFile::exists(picture));
+    }
 };
 
 QTEST_GUILESS_MAIN(tst_Inspect)
