@@ -112,7 +112,8 @@ public:
                                                        m_bank.stepSamples());
         push(silence.data(), silence.size());
         for (Signal& signal : m_signals) {
-            if (isCandidate(signal) && signal.listener->chain()->confirmed() && isItself(signal))
+            if (isCandidate(signal) && signal.listener->chain()->confirmed() &&
+                isMorse(*signal.listener->chain()) && isItself(signal))
                 admit(signal);
         }
         m_workers.forAll(m_signals.size(), [this](std::size_t i) {
@@ -346,11 +347,18 @@ private:
             if (m_end - signal.noticed > stepsIn(CANDIDATE_LIFE_s))
                 refuse(signal);
         } else if (isCandidate(signal) && heardEnough(chain)) {
-            if (!isItself(signal) || signal.listener->snr_dB() < m_settings.leastSnr_dB)
+            if (!isMorse(chain) || !isItself(signal) || signal.listener->snr_dB() < m_settings.leastSnr_dB)
                 refuse(signal);
             else
                 admit(signal);
         }
+    }
+
+    // Key clicks of a strong signal look like dots, so dots alone do not count.
+    static bool isMorse(const SignalChain& chain)
+    {
+        return chain.verdict() == MorseJudge::Verdict::Morse ||
+               chain.verdict() == MorseJudge::Verdict::Dashes;
     }
 
     void refuse(Signal& signal)
