@@ -347,7 +347,8 @@ private:
             if (m_end - signal.noticed > stepsIn(CANDIDATE_LIFE_s))
                 refuse(signal);
         } else if (isCandidate(signal) && heardEnough(chain)) {
-            if (!isMorse(chain) || !isItself(signal) || signal.listener->snr_dB() < m_settings.leastSnr_dB)
+            if (!isMorse(chain) || !isItself(signal) ||
+                signal.listener->snr_dB() < m_settings.leastSnr_dB)
                 refuse(signal);
             else
                 admit(signal);

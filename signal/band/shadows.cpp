@@ -25,8 +25,9 @@ constexpr Ghost COMPLEX_GHOSTS[] = {{-1, 0.01, 30.0},  // I and Q that are not b
                                     {5, 0.02, 150.0}}; // clipped
 constexpr Ghost SOUND_GHOSTS[] = {
     {2, 0.03, 60.0}, {3, 0.05, 90.0}, {5, 0.02, 150.0}}; // overdriven, clipped
-constexpr double NEGLIGIBLE = 0.3;                       // of the noise
-constexpr double LEAST_EXCESS = 1.7;                     // over the noise
+constexpr double KEY_DOWN = 0.15;    // share of its level with which a signal may be sending
+constexpr double NEGLIGIBLE = 0.3;   // of the noise
+constexpr double LEAST_EXCESS = 1.7; // over the noise
 
 constexpr double SHIFTED_s = 3.0;
 constexpr double LEAST_SHIFT_Hz = 60.0;
@@ -37,11 +38,10 @@ constexpr double SHIFTED_SHARE = 0.8;   // of the time; two hands: about half of
 
 } // namespace
 
-// Power that a signal may give at some frequency, as a share of its own.
-double Shadows::shareAt(double tone_Hz, double frequency_Hz) const
+// Power that a signal may give at some frequency beside its own, as a share.
+double Shadows::ghostAt(double tone_Hz, double frequency_Hz) const
 {
-    const double offset_Hz = std::fabs(frequency_Hz - tone_Hz);
-    double share = offset_Hz < REACH_Hz ? Survey::leak(offset_Hz) : 0.0;
+    double share = 0.0;
     const auto add = [&](const Ghost& ghost) {
         const double from_Hz =
             std::remainder(frequency_Hz - ghost.multiple * tone_Hz, m_format.rate_Hz);
@@ -55,20 +55,40 @@ double Shadows::shareAt(double tone_Hz, double frequency_Hz) const
     return share;
 }
 
+// At most so much are a signal's clicks at one side: what is to be seen as far to its other side.
+double Shadows::mirrored(std::int64_t frame, double mirror_Hz, double noise) const
+{
+    const std::int64_t last = m_survey.end() - 1;
+    double power = 0.0;
+    for (std::int64_t near = std::max(frame - 1, last - COMPARED_FRAMES + 1);
+         near <= std::min(frame + 1, last); ++near)
+        power = std::max(power, m_survey.power(near, mirror_Hz));
+    return MARGIN * std::max(0.0, power - noise);
+}
+
 bool Shadows::standsOut(const SignalGuess& tone, const std::vector<const Listener*>& others) const
 {
     struct Shadow
     {
         const Listener* of;
-        double share;
+        double clicks;    // share of its power, at most
+        double ghost;     // likewise
+        double mirror_Hz; // where its clicks are to be seen, too
+        double least;     // power of the other one, below which it is silent
     };
+    const double edge_Hz = 0.5 * m_format.rate_Hz;
+    const double lowest_Hz = m_format.isComplex ? -edge_Hz : 0.0;
     std::vector<Shadow> shadows;
     const double noise = m_survey.noisePower(tone.noise);
     for (const Listener* const other : others) {
         const double level = other->heard().signal;
-        const double share = MARGIN * shareAt(other->tone_Hz(), tone.tone_Hz);
-        if (level > STRONGER * tone.signal && share * level > NEGLIGIBLE * noise)
-            shadows.push_back({other, share});
+        const double offset_Hz = tone.tone_Hz - other->tone_Hz();
+        const double clicks =
+            std::fabs(offset_Hz) < REACH_Hz ? MARGIN * Survey::leak(offset_Hz) : 0.0;
+        const double ghost = MARGIN * ghostAt(other->tone_Hz(), tone.tone_Hz);
+        if (level > STRONGER * tone.signal && (clicks + ghost) * level > NEGLIGIBLE * noise)
+            shadows.push_back(
+                {other, clicks, ghost, other->tone_Hz() - offset_Hz, KEY_DOWN * level});
     }
     if (shadows.empty())
         return true;
@@ -77,8 +97,16 @@ bool Shadows::standsOut(const SignalGuess& tone, const std::vector<const Listene
     double sum = 0.0;
     for (std::int64_t frame = end - count; frame < end; ++frame) {
         double explained = 0.0;
-        for (const Shadow& shadow : shadows)
-            explained += shadow.share * static_cast<double>(shadow.of->powerAround(frame));
+        for (const Shadow& shadow : shadows) {
+            // What is left while it is silent may be this tone itself, heard at that of the other.
+            const auto power = static_cast<double>(shadow.of->powerAround(frame));
+            if (power < shadow.least)
+                continue;
+            double clicks = shadow.clicks * power;
+            if (shadow.mirror_Hz > lowest_Hz && shadow.mirror_Hz < edge_Hz)
+                clicks = std::min(clicks, mirrored(frame, shadow.mirror_Hz, noise));
+            explained += std::max(clicks, shadow.ghost * power);
+        }
         sum += std::max(0.0, m_survey.power(frame, tone.tone_Hz) - explained);
     }
     return sum > LEAST_EXCESS * noise * static_cast<double>(count);

@@ -33,7 +33,8 @@ public:
                    std::int64_t end_step) const;
 
 private:
-    double shareAt(double tone_Hz, double frequency_Hz) const;
+    double ghostAt(double tone_Hz, double frequency_Hz) const;
+    double mirrored(std::int64_t frame, double mirror_Hz, double noise) const;
     std::vector<bool> keyDown(double tone_Hz, double signal, std::int64_t end_step) const;
 
     BandFormat m_format;
