@@ -22,14 +22,58 @@ constexpr char OGG_LAST_PAGE = 4;
 
 struct Row
 {
+    int place;
     const char* mark;
     Container container;
 };
 
+// Those that cannot be read are named by the reader of files, which is better than to take them for
+// samples.
 constexpr Row rows[] = {
-    {"RIFF", Container::Streamed}, {"RF64", Container::Streamed}, {"FORM", Container::Streamed},
-    {"OggS", Container::Streamed}, {"fLaC", Container::Whole},    {"ID3", Container::Whole},
+    {0, "RIFF", Container::Streamed},
+    {0, "RF64", Container::Streamed},
+    {0, "FORM", Container::Streamed},
+    {0, ".snd", Container::Streamed},
+    {0, "OggS", Container::Streamed},
+    {0, "fLaC", Container::Whole},
+    {0, "ID3", Container::Whole},
+    {0, "caff", Container::Whole},
+    {0, "riff\x2E\x91\xCF\x11", Container::Whole}, // Wave64
+    {4, "ftyp", Container::Whole},                 // MP4, not read
+    {0, "\x1A\x45\xDF\xA3", Container::Whole},     // Matroska, not read
 };
+
+// The header of an MPEG audio frame: eleven bits that are set, version, layer, protection; bit
+// rate, sample rate, padding, private.
+constexpr int MPEG_HEADER_BYTES = 4;
+constexpr int LAYER_3 = 1;
+constexpr int MPEG_1 = 3;
+constexpr int BIT_RATES_kBd[2][16] = {
+    {0, 8, 16, 24, 32, 40, 48, 56, 64, 80, 96, 112, 128, 144, 160, 0},
+    {0, 32, 40, 48, 56, 64, 80, 96, 112, 128, 160, 192, 224, 256, 320, 0},
+};
+constexpr int MPEG_1_RATES_Hz[] = {44100, 48000, 32000, 0};
+constexpr int RATE_DIVISORS[] = {4, 0, 2, 1}; // by version; version 1 does not exist
+
+// Bytes of the MP3 frame that begins there; 0 where none does.
+int mp3FrameBytes(const QByteArray& bytes, int at)
+{
+    if (at + MPEG_HEADER_BYTES > bytes.size())
+        return 0;
+    const auto header = qFromBigEndian<quint32>(bytes.constData() + at);
+    const auto field = [header](int low, int bits) {
+        return static_cast<int>(header >> low & ((1U << bits) - 1));
+    };
+    const int version = field(19, 2);
+    const int divisor = RATE_DIVISORS[version];
+    const int bitRate_kBd = BIT_RATES_kBd[version == MPEG_1 ? 1 : 0][field(12, 4)];
+    const int rate_Hz = MPEG_1_RATES_Hz[field(10, 2)];
+    if (field(21, 11) != 0x7FF || field(17, 2) != LAYER_3 || divisor == 0 || bitRate_kBd == 0 ||
+        rate_Hz == 0)
+        return 0;
+    const int factor = version == MPEG_1 ? 144000 : 72000;
+    return factor * bitRate_kBd * divisor / rate_Hz + field(9, 1);
+}
 
 // The file ends with a page that says that it is the last one, and is whole.
 bool endsAsOgg(const QByteArray& tail)
@@ -49,9 +93,20 @@ bool endsAsOgg(const QByteArray& tail)
 Container containerOf(const QByteArray& begin)
 {
     const Row* const row =
-        std::find_if(std::begin(rows), std::end(rows),
-                     [&begin](const Row& kind) { return begin.startsWith(kind.mark); });
-    return row == std::end(rows) ? Container::None : row->container;
+        std::find_if(std::begin(rows), std::end(rows), [&begin](const Row& kind) {
+            return begin.mid(kind.place).startsWith(kind.mark);
+        });
+    if (row != std::end(rows))
+        return row->container;
+    // A sample may look like a frame, but hardly another one at the right distance.
+    const int frame = mp3FrameBytes(begin, 0);
+    return frame > 0 && mp3FrameBytes(begin, frame) > 0 ? Container::Whole : Container::None;
+}
+
+int bytesToTell(const QByteArray& begin)
+{
+    const int frame = mp3FrameBytes(begin, 0);
+    return frame > 0 ? frame + MPEG_HEADER_BYTES : CONTAINER_MARK_BYTES;
 }
 
 qint64 declaredSize(const QByteArray& begin)

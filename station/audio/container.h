@@ -10,15 +10,18 @@ class QFile;
 
 namespace morsehost {
 
-/// So many bytes tell the kind.
+/// So many bytes tell the kind, but for MP3 without a tag before it.
 constexpr int CONTAINER_MARK_BYTES = 12;
 
 enum class Container {
     None,     ///< raw samples
-    Streamed, ///< can be read as it arrives: WAV, AIFF, Ogg
+    Streamed, ///< can be read as it arrives: WAV, AIFF, AU, Ogg
     Whole,    ///< has to be there as a file: FLAC, MP3
 };
 
+/// How many bytes from the beginning containerOf() needs, by the first CONTAINER_MARK_BYTES of
+/// them; where fewer are there, all.
+int bytesToTell(const QByteArray& begin);
 Container containerOf(const QByteArray& begin);
 
 /// The size in the header of a WAV or AIFF file that begins so; -1 for another kind, and where the

@@ -281,6 +281,16 @@ OpenedSource openStreamed(int descriptor, const QByteArray& begin, std::optional
     return {std::move(opened.recording), {}};
 }
 
+// Appends until `size` bytes are there, or no more come.
+void readUpTo(int size, Input& input, QByteArray& bytes)
+{
+    int filled = bytes.size();
+    bytes.resize(std::max(filled, size));
+    for (std::size_t count = 1; count > 0 && filled < size; filled += static_cast<int>(count))
+        count = input.read(bytes.data() + filled, static_cast<std::size_t>(size - filled));
+    bytes.truncate(filled);
+}
+
 OpenedSource openWhole(int descriptor, const QByteArray& begin, std::optional<int> channel)
 {
     QTemporaryFile spool;
@@ -332,12 +342,9 @@ OpenedSource openRecording(const QString& path, std::optional<int> channel)
 OpenedSource openPipe(int descriptor, std::optional<int> rate_Hz, std::optional<int> channel)
 {
     Input input(descriptor);
-    QByteArray begin(CONTAINER_MARK_BYTES, '\0');
-    int filled = 0;
-    for (std::size_t count = 1; count > 0 && filled < begin.size();
-         filled += static_cast<int>(count))
-        count = input.read(begin.data() + filled, static_cast<std::size_t>(begin.size() - filled));
-    begin.truncate(filled);
+    QByteArray begin;
+    readUpTo(CONTAINER_MARK_BYTES, input, begin);
+    readUpTo(bytesToTell(begin), input, begin);
     if (!input.error().isEmpty())
         return refused(input.error());
 

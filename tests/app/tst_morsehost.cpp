@@ -180,8 +180,12 @@ private Q_SLOTS:
         QTest::newRow("wav") << (SF_FORMAT_WAV | SF_FORMAT_PCM_16);
         QTest::newRow("rf64") << (SF_FORMAT_RF64 | SF_FORMAT_PCM_16);
         QTest::newRow("aiff") << (SF_FORMAT_AIFF | SF_FORMAT_PCM_16);
+        QTest::newRow("au") << (SF_FORMAT_AU | SF_FORMAT_PCM_16);
+        QTest::newRow("caf") << (SF_FORMAT_CAF | SF_FORMAT_PCM_16);
+        QTest::newRow("wave64") << (SF_FORMAT_W64 | SF_FORMAT_PCM_16);
         QTest::newRow("flac") << (SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
         QTest::newRow("ogg") << (SF_FORMAT_OGG | SF_FORMAT_VORBIS);
+        QTest::newRow("mp3") << (SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III);
     }
 
     void aRecordingMayComeFromAPipe()
@@ -196,6 +200,46 @@ private Q_SLOTS:
         QCOMPARE(ended.status, 0);
         verifyOneLine(run({"decode", "--rate", "48000", "-"}, contentOf(path)), 1,
                       "standard input: is a recording, which knows its own rate");
+    }
+
+    void mp3OfEveryRateIsKnownWithAndWithoutATag()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("x");
+        const QByteArray tag("ID3\3\0\0\0\0\0\x14TIT2\0\0\0\x0A\0\0\0evening!!", 30);
+        for (const double rate_Hz : {8000, 12000, 16000, 22050, 32000, 44100}) {
+            writeSound(path, SF_FORMAT_MPEG | SF_FORMAT_MPEG_LAYER_III, keyed("PARIS", rate_Hz),
+                       rate_Hz);
+            const QByteArray bytes = contentOf(path);
+            QVERIFY(bytes.startsWith('\xFF'));
+            QCOMPARE(run({"decode", "-"}, bytes).out.simplified(), QByteArray("PARIS"));
+            QCOMPARE(run({"decode", "-"}, tag + bytes).out.simplified(), QByteArray("PARIS"));
+        }
+    }
+
+    void aSampleThatLooksLikeAnMp3FrameIsASample()
+    {
+        const QByteArray frame("\xFF\xFB\x90\x00", 4);
+        QCOMPARE(run({"decode", "-"}, frame + raw(keyed("CQ TEST"))).out.simplified(),
+                 QByteArray("CQ TEST"));
+        QCOMPARE(run({"decode", "-"}, frame).status, 0);
+    }
+
+    void aRecordingThatCannotBeReadIsNotTakenForSamples_data()
+    {
+        QTest::addColumn<QByteArray>("begin");
+        QTest::newRow("mp4") << QByteArray("\0\0\0\x20"
+                                           "ftypM4A ",
+                                           12);
+        QTest::newRow("matroska") << QByteArray("\x1A\x45\xDF\xA3");
+        QTest::newRow("wav of another sound") << QByteArray("RIFF\x24\0\0\0AVI LIST", 16);
+    }
+
+    void aRecordingThatCannotBeReadIsNotTakenForSamples()
+    {
+        QFETCH(QByteArray, begin);
+        const Ended ended = run({"decode", "-"}, begin + QByteArray(100000, '\x40'));
+        verifyOneLine(ended, 1, "standard input: is no recording that can be read: ");
     }
 
     // As arecord writes it, which never knows how long it will go on.
@@ -243,6 +287,63 @@ private Q_SLOTS:
         QVERIFY(QFile::copy(named, plain));
         verifyOneLine(run({"decode", "--start", "auto", plain}), 1, "neither its name nor a bext");
         QVERIFY(run({"decode", "--json", plain}).out.contains("\"start\":\"1970-01-01T00:00:01."));
+    }
+
+    // As field recorders write it.
+    void theStartIsInTheBroadcastChunk_data()
+    {
+        QTest::addColumn<QByteArray>("date");
+        QTest::addColumn<QByteArray>("time");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QByteArray>("start"); // empty: there is none
+        QTest::newRow("as the standard says") << QByteArray("2026-05-12") << QByteArray("10:15:00")
+                                              << "x.wav" << QByteArray("2026-05-12T10:15:0");
+        QTest::newRow("the name comes first")
+            << QByteArray("2026-05-12") << QByteArray("10:15:00") << "20240101_000000.wav"
+            << QByteArray("2024-01-01T00:00:0");
+        QTest::newRow("not filled in")
+            << QByteArray(10, '\0') << QByteArray(8, '\0') << "x.wav" << QByteArray();
+        QTest::newRow("no date") << QByteArray("2026-13-12") << QByteArray("10:15:00") << "x.wav"
+                                 << QByteArray();
+    }
+
+    void theStartIsInTheBroadcastChunk()
+    {
+        QFETCH(QByteArray, date);
+        QFETCH(QByteArray, time);
+        QFETCH(QString, name);
+        QFETCH(QByteArray, start);
+        const auto number = [](int value, int bytes) {
+            QByteArray result;
+            for (int i = 0; i < bytes; ++i)
+                result += static_cast<char>(value >> 8 * i & 0xFF);
+            return result;
+        };
+        const auto chunk = [&number](const char* mark, const QByteArray& content) {
+            return mark + number(content.size(), 4) + content;
+        };
+        const QByteArray format = number(1, 2) + number(1, 2) + number(8000, 4) + number(16000, 4) +
+                                  number(2, 2) + number(16, 2);
+        // Description, who and which, date and time, then what is left empty.
+        const QByteArray broadcast = QByteArray(256 + 32 + 32, '\0') + date + time + number(0, 8) +
+                                     number(1, 2) + QByteArray(64 + 190, '\0');
+        QCOMPARE(broadcast.size(), 602);
+        const QByteArray wav =
+            chunk("RIFF", "WAVE" + chunk("bext", broadcast) + chunk("fmt ", format) +
+                              chunk("data", raw(keyed("PARIS"))));
+        QTemporaryDir dir;
+        const QString path = dir.filePath(name);
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(wav) == wav.size());
+        file.close();
+        const Ended ended = run({"decode", "--json", "--start", "auto", path});
+        if (start.isEmpty()) {
+            verifyOneLine(ended, 1, "neither its name nor a bext");
+            return;
+        }
+        QCOMPARE(ended.status, 0);
+        QVERIFY2(ended.out.contains("\"start\":\"" + start), ended.out.constData());
+        QCOMPARE(run({"decode", path}).out.simplified(), QByteArray("PARIS"));
     }
 
     void whatWouldBeSilenceIsSaid()
