@@ -1077,6 +1077,40 @@ private Q_SLOTS:
         }
     }
 
+    // A disk that is full within a letter of two bytes has not taken it.
+    void halfALetterIsNotSaved()
+    {
+        QTemporaryDir dir;
+        QFile codes(dir.filePath("codes"));
+        QVERIFY(codes.open(QIODevice::WriteOnly));
+        codes.write(QByteArray("0 0 0 3 ").repeated(1000));
+        const QChar SIGMA(0x03A3);
+        codes.close();
+        const auto saved = [&dir](const QString& limit, QByteArray& err) {
+            const QString folder = dir.filePath("saved" + limit);
+            QProcess shell;
+            shell.start(
+                QStringLiteral("bash"),
+                {"-c",
+                 QStringLiteral("ulimit -f %1; %2 symbols --alphabet Greek --save %3 %4")
+                     .arg(limit, QStringLiteral(MORSEHOST_PATH), folder, dir.filePath("codes"))});
+            err = end(shell).err;
+            const QDir files(folder);
+            return contentOf(files.filePath(files.entryList({"*__Greek.txt"}).value(0)));
+        };
+        QByteArray err;
+        const QString all = QString::fromUtf8(saved("unlimited", err));
+        QCOMPARE(err, QByteArray());
+        const QByteArray cut = saved("1", err);
+        QCOMPARE(cut.size(), 1024);
+        const QString kept = QString::fromUtf8(cut.left(1023)); // five line feeds among it
+        QVERIFY(all.startsWith(kept));
+        QVERIFY(!all.startsWith(QString::fromUtf8(cut)));
+        const QByteArray lost =
+            QByteArray::number(all.count(SIGMA) - kept.count(SIGMA)) + " characters";
+        QVERIFY2(err.contains(", " + lost + ", "), err.constData());
+    }
+
     void whatIsMovedAwayWhileItRunsWasSaved()
     {
         QTemporaryDir dir;

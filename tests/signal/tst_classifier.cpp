@@ -87,6 +87,53 @@ private Q_SLOTS:
         QCOMPARE(list.transmissions[0].codes, (std::vector<int>{1, 3}));
         QCOMPARE(list.transmissions[0].stop_us, std::int64_t(180000));
     }
+    // A word that was cut off by the end is none of the next transmission.
+    void noWordGoesOnOverTheEnd()
+    {
+        testsupport::CodeList list;
+        Classifier classifier(list);
+        classifier.mark({Kind::Dot, 0, 60000, UNIT_us});
+        classifier.stop();
+        classifier.mark({Kind::Carrier, 9000000, 11000000, UNIT_us});
+        classifier.gap(Kind::WordGap);
+        QCOMPARE(list.transmissions[1].codes, (std::vector<int>{65}));
+    }
+    void limitsOfMarksAndPauses_data()
+    {
+        QTest::addColumn<int>("pause_us");
+        QTest::addColumn<int>("dot_us");
+        QTest::addColumn<int>("dash_us");
+        QTest::addColumn<std::vector<int>>("codes");
+        QTest::newRow("shortest pause") << 24000 << 60000 << 180000 << std::vector<int>{0, 1};
+        QTest::newRow("too short a pause")
+            << 23999 << 60000 << 180000 << std::vector<int>{0, 66, 1};
+        QTest::newRow("shortest dot") << 60000 << 30000 << 180000 << std::vector<int>{0, 1};
+        QTest::newRow("too short a dot") << 60000 << 29999 << 180000 << std::vector<int>{0, 64, 1};
+        QTest::newRow("longest dash") << 60000 << 60000 << 300000 << std::vector<int>{0, 1};
+        QTest::newRow("too long a dash") << 60000 << 60000 << 300001 << std::vector<int>{0, 1, 65};
+    }
+    void limitsOfMarksAndPauses()
+    {
+        QFETCH(int, pause_us);
+        QFETCH(int, dot_us);
+        QFETCH(int, dash_us);
+        QFETCH(std::vector<int>, codes);
+        testsupport::CodeList list;
+        Classifier classifier(list);
+        classifier.mark({Kind::Dot, 0, dot_us, UNIT_us});
+        classifier.gap(Kind::ElementGap);
+        classifier.mark({Kind::Dash, dot_us + pause_us, dot_us + pause_us + dash_us, UNIT_us});
+        QCOMPARE(list.transmissions[0].codes, codes);
+    }
+    void aShortPauseBetweenCharactersIsNoFault()
+    {
+        testsupport::CodeList list;
+        Classifier classifier(list);
+        classifier.mark({Kind::Dot, 0, 60000, UNIT_us});
+        classifier.gap(Kind::CharacterGap);
+        classifier.mark({Kind::Dot, 61000, 121000, UNIT_us});
+        QCOMPARE(list.transmissions[0].codes, (std::vector<int>{0, 3, 0}));
+    }
     void theReportHoldsMeansOverTheMarksOfATransmission()
     {
         testsupport::CodeList list;

@@ -34,9 +34,9 @@ std::vector<HeardMark> marks(double tone_Hz, double scatter, int count)
     return result;
 }
 
-PhaseEstimate track(const std::vector<HeardMark>& marks)
+PhaseEstimate track(const std::vector<HeardMark>& marks, const PhaseParameters& parameters = {})
 {
-    return trackPhase(marks, 700.0, NOISE, {});
+    return trackPhase(marks, 700.0, NOISE, parameters);
 }
 
 } // namespace
@@ -57,6 +57,29 @@ private Q_SLOTS:
     {
         const PhaseEstimate estimate = track(marks(700.0, 100.0, 15));
         QCOMPARE(estimate.concentration, 0.0);
+    }
+    // A claim that is too sure of itself would outweigh the sound.
+    void noClaimIsSurerThanAllowed()
+    {
+        auto steady = marks(700.0, 0.0, 60);
+        for (HeardMark& mark : steady)
+            mark.sum *= 10.0;
+        PhaseParameters unlimited;
+        unlimited.largestConcentration = 1000.0;
+        const double possible = track(steady, unlimited).concentration;
+        QVERIFY(possible > PhaseParameters().largestConcentration);
+        QVERIFY(possible < 1000.0);
+        QCOMPARE(track(steady).concentration, PhaseParameters().largestConcentration);
+    }
+    void predictionsHaveToComeTrue()
+    {
+        const auto unsteady = marks(700.0, 0.7, 40);
+        PhaseParameters lenient;
+        lenient.leastCoherence = 0.1;
+        QVERIFY(track(unsteady, lenient).concentration > 0.0);
+        PhaseParameters strict;
+        strict.leastCoherence = 0.99;
+        QCOMPARE(track(unsteady, strict).concentration, 0.0);
     }
     void aFewMarksGiveNoClaim()
     {

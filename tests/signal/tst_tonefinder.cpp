@@ -84,6 +84,20 @@ private Q_SLOTS:
         const auto found = heard(samples).find(80, {150.0, 3500.0});
         QVERIFY(!found || std::fabs(found->tone_Hz - 800.0) > 50.0);
     }
+    // A click swings as keying does, but a tone has to be there for longer.
+    void aToneThatIsHardlyThereIsNotFound()
+    {
+        const auto isFound = [](double length_s) {
+            std::vector<float> samples = testsupport::noise(8.0, 0.05, 8000.0, "click");
+            const std::size_t end = 8000 + static_cast<std::size_t>(8000.0 * length_s);
+            for (std::size_t n = 8000; n < end; ++n)
+                samples[n] += static_cast<float>(
+                    0.0245 * std::sin(6.283185307 * 800.0 * static_cast<double>(n) / 8000.0));
+            return heard(samples).find(ToneFinder::KEPT_FRAMES, {780.0, 820.0}).has_value();
+        };
+        QVERIFY(!isFound(0.1));
+        QVERIFY(isFound(1.0));
+    }
     void silenceAndOneFrameGiveNothing()
     {
         ToneFinder finder(8000.0);

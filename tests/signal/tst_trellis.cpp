@@ -76,6 +76,20 @@ private Q_SLOTS:
         const double unit = path.segments[4].unit_steps;
         QVERIFY(std::fabs(unit / unit_steps - 1.0) < 0.12);
     }
+    // Scores grow without end; what is kept of them does not.
+    void aLongTransmissionIsReadLikeAShortOne()
+    {
+        Heard heard(20.0);
+        heard.add(false, 50);
+        for (int i = 0; i < 400; ++i) {
+            heard.add(true, i % 2 == 0 ? 15 : 45);
+            heard.add(false, i % 2 == 0 ? 15 : 45);
+        }
+        std::string last;
+        for (const Segment& segment : heard.trellis.path(50 + 380 * 60).segments)
+            last += ".-+_cw "[static_cast<std::size_t>(segment.kind)];
+        QVERIFY2(QString::fromStdString(last).contains("._-c._-c._-c._-c"), last.c_str());
+    }
     void noiseIsNoSignal()
     {
         for (int seed = 0; seed < 8; ++seed) {

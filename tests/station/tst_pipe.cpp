@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Sound and text through pipes: pieces of any size, readers that stand still.
 #include "station/audio/samplesource.h"
+#include "station/io/input.h"
 #include "station/io/output.h"
 
 #include <QtTest>
@@ -145,7 +146,8 @@ private Q_SLOTS:
     void whatBeginsLikeARecordingAndIsNoneIsRefused_data()
     {
         QTest::addColumn<QByteArray>("mark");
-        for (const char* mark : {"RIFF", "RF64", "FORM", "OggS", "fLaC", "ID3"})
+        for (const char* mark : {"RIFF", "RF64", "FORM", "OggS", "fLaC", "ID3", ".snd", "caff",
+                                 "riff\x2E\x91\xCF\x11", "\x1A\x45\xDF\xA3"})
             QTest::newRow(mark) << QByteArray(mark);
     }
 
@@ -181,6 +183,32 @@ private Q_SLOTS:
         reader.join();
         QCOMPARE(got, 1000LL * PIECES);
         QCOMPARE(output.error(), QString());
+    }
+
+    // Two readers of one pipe: what was there may be gone when it is read.
+    void bytesThatAnotherReaderTookAreWaitedFor()
+    {
+        constexpr int COUNT = 20000;
+        Pipe pipe;
+        QVERIFY(fcntl(pipe.reader(), F_SETFL, O_NONBLOCK) == 0);
+        std::size_t got[2] = {0, 0};
+        QString errors[2];
+        const auto readAll = [&](int which) {
+            morsehost::Input input(pipe.reader());
+            char byte = 0;
+            while (const std::size_t count = input.read(&byte, 1))
+                got[which] += count;
+            errors[which] = input.error();
+        };
+        std::thread readers[] = {std::thread(readAll, 0), std::thread(readAll, 1)};
+        for (int i = 0; i < COUNT; ++i)
+            pipe.write("x");
+        pipe.closeWriter();
+        for (std::thread& reader : readers)
+            reader.join();
+        QCOMPARE(errors[0], QString());
+        QCOMPARE(errors[1], QString());
+        QCOMPARE(got[0] + got[1], std::size_t(COUNT));
     }
 
     void whatIsKeptIsBounded()
