@@ -22,25 +22,25 @@ constexpr char OGG_LAST_PAGE = 4;
 
 struct Row
 {
-    int place;
     const char* mark;
+    int place;
     Container container;
 };
 
 // Those that cannot be read are named by the reader of files, which is better than to take them for
 // samples.
 constexpr Row rows[] = {
-    {0, "RIFF", Container::Streamed},
-    {0, "RF64", Container::Streamed},
-    {0, "FORM", Container::Streamed},
-    {0, ".snd", Container::Streamed},
-    {0, "OggS", Container::Streamed},
-    {0, "fLaC", Container::Whole},
-    {0, "ID3", Container::Whole},
-    {0, "caff", Container::Whole},
-    {0, "riff\x2E\x91\xCF\x11", Container::Whole}, // Wave64
-    {4, "ftyp", Container::Whole},                 // MP4, not read
-    {0, "\x1A\x45\xDF\xA3", Container::Whole},     // Matroska, not read
+    {"RIFF", 0, Container::Streamed},
+    {"RF64", 0, Container::Streamed},
+    {"FORM", 0, Container::Streamed},
+    {".snd", 0, Container::Streamed},
+    {"OggS", 0, Container::Streamed},
+    {"fLaC", 0, Container::Whole},
+    {"ID3", 0, Container::Whole},
+    {"caff", 0, Container::Whole},
+    {"riff\x2E\x91\xCF\x11", 0, Container::Whole}, // Wave64
+    {"ftyp", 4, Container::Whole},                 // MP4, not read
+    {"\x1A\x45\xDF\xA3", 0, Container::Whole},     // Matroska, not read
 };
 
 // The header of an MPEG audio frame: eleven bits that are set, version, layer, protection; bit
