@@ -66,6 +66,7 @@ private:
     template <typename Visit>
     void Query(const std::vector<int>& columns, bool reread, Visit visit);
 
+    // The order of the fields is binary interface.
     QString m_fileName;
     std::vector<DecoderModule> m_modules;
     bool m_flag0 = false;

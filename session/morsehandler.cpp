@@ -26,8 +26,6 @@ constexpr unsigned long long NO_TIMESTAMP = std::numeric_limits<unsigned long lo
 // The symbol buffer slides before it reaches this length.
 constexpr int SYMBOL_BUFFER_LIMIT = 30000;
 
-// The demodulator may use the eighth bit for itself.
-
 const QLatin1String CHARACTER_GAP("c");
 const QLatin1String WORD_GAP("w");
 const QLatin1String LINE_END("\n");

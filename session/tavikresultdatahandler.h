@@ -45,6 +45,7 @@ protected:
     Q_SIGNAL void GetXmlTunerDemodulatorSettings();
 
 private:
+    // The order of the fields is binary interface.
     TavikResultDataXml::TavikResultData* m_pResultData;
     TavikResultDataXml::Transmission* m_pTransmission = nullptr; ///< the document's
     TavikResultDataXml::DataBlock* m_pDataBlock = nullptr;       ///< the transmission's

@@ -14,7 +14,7 @@
 
 namespace Quillon {
 
-/// One line of the file.
+/// One line of the file. Hosts get these by value: the order of the fields is binary interface.
 struct DecoderModule
 {
     qint32 id = 0;
