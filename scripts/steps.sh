@@ -6,23 +6,32 @@ set -uo pipefail
 
 steps=
 failed=0
-processor_s() { # what all ended children have taken
-    local seconds
-    seconds=$(times | tail -n 1 | awk '{ gsub("m", " "); gsub("s", ""); print $1 * 60 + $2 + $3 * 60 + $4 }')
-    printf '%.0f' "$seconds"
+times_file=$(mktemp)
+trap 'rm -f "$times_file"' EXIT
+
+# Sets processor_s to what all ended children have taken. A subshell would have its own children, none,
+# so `times` writes to a file.
+processor_s=0
+measure() {
+    times >"$times_file"
+    processor_s=$(tail -n 1 "$times_file" |
+        awk '{ gsub("m", " "); gsub("s", ""); printf "%.0f", $1 * 60 + $2 + $3 * 60 + $4 }')
 }
 
 step() {
     local begin=$SECONDS before status=0
-    before=$(processor_s)
+    measure
+    before=$processor_s
     echo "== $*"
     "$@" || status=$?
-    steps+=$'\n'"$(printf '%8d %9d  %s' $((SECONDS - begin)) $(($(processor_s) - before)) "$*")"
+    measure
+    steps+=$'\n'"$(printf '%8d %9d  %s' $((SECONDS - begin)) $((processor_s - before)) "$*")"
     [ $status -eq 0 ] || { steps+=" (failed)" && failed=1; }
 }
 
 report_steps() {
+    measure
     echo "   clock processor  (seconds)$steps"
-    printf '%8d %9d  in all\n' "$SECONDS" "$(processor_s)"
+    printf '%8d %9d  in all\n' "$SECONDS" "$processor_s"
     exit $failed
 }

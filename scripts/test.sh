@@ -1,19 +1,27 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # Installs what is missing, builds and runs every test. `test.sh PRESET` does the same in another
-# preset of CMakePresets.json, `test.sh PRESET FOLDER...` only for those folders of tests/ and fuzz.
-# `test.sh asan` is under the address and undefined behaviour sanitizers.
+# preset of CMakePresets.json, `test.sh PRESET WHAT...` only for folders of tests/ and fuzz (`session`)
+# and for single tests (`app/map`). `test.sh asan` is under the address and undefined behaviour
+# sanitizers.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 preset=${1:-dev}
-folders=("${@:2}")
 scripts/setup.sh "$([ "$preset" = dev ] && echo test || echo all)"
 cmake --preset "$preset" >/dev/null
-if [ ${#folders[@]} -eq 0 ]; then
+if [ $# -lt 2 ]; then
     cmake --build --preset "$preset"
     ctest --preset "$preset"
 else
-    cmake --build --preset "$preset" --target "${folders[@]/#/tests_}"
-    ctest --preset "$preset" -L "^($(IFS="|" && echo "${folders[*]}"))\$"
+    targets=()
+    names=
+    for what in "${@:2}"; do
+        case $what in
+            */*) targets+=("tst_${what#*/}") && names+="|$what\$" ;;
+            *) targets+=("tests_$what") && names+="|$what/" ;;
+        esac
+    done
+    cmake --build --preset "$preset" --target "${targets[@]}"
+    ctest --preset "$preset" -R "^(${names#|})" --no-tests=error
 fi
