@@ -32,9 +32,8 @@ Command lintCommand()
              "FILE…",
              1,
              std::numeric_limits<int>::max(),
-             "Checks alphabets, codecs, maps and decoder modules files for what the library would "
-             "ignore\n"
-             "silently.",
+             "Checks alphabets, codecs, maps and decoder modules files: reports what the library\n"
+             "would ignore silently.",
              {},
              "  morsehost lint data/alphabets/* data/maps/*\n"},
             run};

@@ -279,7 +279,7 @@ Command mapCommand()
          "[FILE|-]",
          0,
          1,
-         "Translates a decoder's 8-bit characters live, through a map that can be changed on the\n"
+         "Translates a decoder's 8-bit characters live: through a map that can be changed on the\n"
          "way. With --interactive, lines that begin with ':' are commands: :map NAME,\n"
          ":decoder NAME, :maps, :history (all of it through the map in force), :clear, :enable,\n"
          ":disable.",

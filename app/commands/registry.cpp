@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "app/commands/registry.h"
 
+#include <QRegularExpression>
+
 namespace morsehost {
 
 const std::vector<Command>& commands()
@@ -35,7 +37,9 @@ const std::vector<OptionRow>& programOptions()
 
 QString shortSummary(const Command& command)
 {
-    return QString::fromUtf8(command.syntax.summary).section(QLatin1Char('.'), 0, 0).simplified();
+    static const QRegularExpression end(QStringLiteral("[.:](\\s|$)"));
+    const QString summary = QString::fromUtf8(command.syntax.summary);
+    return summary.left(summary.indexOf(end)).simplified();
 }
 
 } // namespace morsehost

@@ -13,7 +13,7 @@ const std::vector<Command>& commands();
 /// The options that stand in place of a command.
 const std::vector<OptionRow>& programOptions();
 
-/// The first sentence of what a command does, without its full stop.
+/// What a command does, up to the first full stop or colon.
 QString shortSummary(const Command& command);
 
 } // namespace morsehost

@@ -35,7 +35,8 @@ Command translateCommand()
              "",
              0,
              0,
-             "Translates a decoder's 8-bit characters on standard input to UTF-8 text.",
+             "Translates a decoder's 8-bit characters to UTF-8: from standard input to standard\n"
+             "output.",
              {mapsOption(),
               {"map", "NAME", "the map, as 'morsehost maps' lists it"},
               {"decoder", "NAME", "decides between an ITA2 and an ASCII map of one name"},

@@ -213,15 +213,20 @@ void Arguments::fail(const QString& error)
 
 QString Arguments::help() const
 {
-    QString help = QStringLiteral("Usage: morsehost %1 [OPTION…] %2\n%3\n\nOptions:\n")
-                       .arg(QLatin1String(m_syntax.name), QString::fromUtf8(m_syntax.operands),
-                            QString::fromUtf8(m_syntax.summary));
+    const QString usage =
+        QStringLiteral("Usage: morsehost %1 [OPTION…] %2")
+            .arg(QLatin1String(m_syntax.name), QString::fromUtf8(m_syntax.operands))
+            .trimmed();
+    QString help =
+        QStringLiteral("%1\n%2\n\nOptions:\n").arg(usage, QString::fromUtf8(m_syntax.summary));
     const auto row = [&help](const OptionRow& option) {
         const QString words =
-            optionWord(option.name) +
+            QStringLiteral("  ") + optionWord(option.name) +
             (option.valueName ? QLatin1Char(' ') + QLatin1String(option.valueName) : QString());
-        help += QStringLiteral("  %1 ").arg(words, -HELP_COLUMN + 3) +
-                wrapped(QString::fromStdString(option.help), HELP_COLUMN);
+        help += words.size() < HELP_COLUMN
+                    ? words.leftJustified(HELP_COLUMN)
+                    : words + QLatin1Char('\n') + QString(HELP_COLUMN, QLatin1Char(' '));
+        help += wrapped(QString::fromStdString(option.help), HELP_COLUMN);
     };
     for (const OptionRow& option : m_syntax.options)
         row(option);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the manual page and the completion make of the tables of commands.
+#include "app/commands/registry.h"
 #include "app/manual/completion.h"
 #include "app/manual/manualpage.h"
 
@@ -28,6 +29,52 @@ class tst_Manual : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void whatACommandDoesFitsInALine()
+    {
+        for (const Command& command : commands()) {
+            const QString summary = shortSummary(command);
+            QVERIFY2(!summary.isEmpty() && summary.size() <= 67, qPrintable(summary));
+        }
+    }
+
+    void whatACommandDoesEndsAtItsFullStopOrColon_data()
+    {
+        QTest::addColumn<QString>("summary");
+        QTest::newRow("a full stop") << "Takes 2.4 MHz. And more.";
+        QTest::newRow("a full stop at the end") << "Takes 2.4 MHz.";
+        QTest::newRow("a colon") << "Takes 2.4 MHz: or more.";
+        QTest::newRow("the end of a line") << "Takes\n2.4 MHz.\nAnd more.";
+        QTest::newRow("nothing") << "Takes 2.4 MHz";
+    }
+
+    void whatACommandDoesEndsAtItsFullStopOrColon()
+    {
+        QFETCH(QString, summary);
+        const QByteArray text = summary.toUtf8();
+        const Command command{{"take", "", 0, 0, text.constData(), {}, nullptr}, nothing};
+        QCOMPARE(shortSummary(command), "Takes 2.4 MHz");
+    }
+
+    void noLineOfAHelpEndsInABlank()
+    {
+        for (const Command& command : commands()) {
+            const QStringList lines = Arguments(command.syntax, {}).help().split(QLatin1Char('\n'));
+            for (const QString& line : lines)
+                QVERIFY2(!line.endsWith(QLatin1Char(' ')), qPrintable(line));
+        }
+    }
+
+    void theTextOfALongOptionBeginsBelowIt()
+    {
+        const Command command = oneCommand({{"a-long-option", "yes|no", "Its text"},
+                                            {"short-option", "DIR", "Another"}})
+                                    .front();
+        const QString help = Arguments(command.syntax, {}).help();
+        QVERIFY2(help.contains("\n  --a-long-option yes|no\n                     Its text\n"),
+                 qPrintable(help));
+        QVERIFY2(help.contains("\n  --short-option DIR Another\n"), qPrintable(help));
+    }
+
     void textIsShownCharacterByCharacter_data()
     {
         QTest::addColumn<QString>("text");
