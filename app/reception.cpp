@@ -7,14 +7,11 @@
 #include "host/standin/tracelog.h"
 #include "host/trace.h"
 #include "station/archive/archive.h"
+#include "station/io/folder.h"
 #include "station/io/systemtext.h"
 
-#include <QDir>
-#include <QFileInfo>
 #include <QStringList>
-#include <QTemporaryFile>
 
-#include <cerrno>
 #include <unistd.h>
 #include <utility>
 
@@ -22,25 +19,12 @@ namespace morsehost {
 
 namespace {
 
-// Hours of reception are not to be lost for a folder that could have been seen to be unusable. Only
-// a file that is written tells: the system may refuse for many reasons.
 bool canSaveInto(const QString& folder)
 {
-    if (QFileInfo::exists(folder) && !QFileInfo(folder).isDir()) {
-        complain(folder, QStringLiteral("is not a folder"));
-        return false;
-    }
-    errno = 0;
-    if (!QDir().mkpath(folder)) {
-        complain(folder, QStringLiteral("the folder cannot be created: ") + systemError(errno));
-        return false;
-    }
-    QTemporaryFile file(folder + QStringLiteral("/.morsehost-XXXXXX"));
-    if (!file.open() || file.write("x") != 1 || !file.flush()) {
-        complain(folder, QStringLiteral("no file can be written there: ") + file.errorString());
-        return false;
-    }
-    return true;
+    const QString reason = makeWritable(folder);
+    if (!reason.isEmpty())
+        complain(folder, reason);
+    return reason.isEmpty();
 }
 
 void complainOfLosses(const QString& folder, const SaveLosses& lost)

@@ -10,6 +10,7 @@
 #include "signal/band/bandreceiver.h"
 #include "station/audio/bandsource.h"
 #include "station/bandstation.h"
+#include "station/io/folder.h"
 #include "station/io/interrupt.h"
 
 #include <QDateTime>
@@ -117,8 +118,9 @@ int run(Arguments& arguments)
     }
     options.settings.format = opened.source->format();
     const QString& folder = options.station.saveDirectory;
-    if (!folder.isEmpty() && !QDir().mkpath(folder)) {
-        complain(folder, QStringLiteral("the folder cannot be created"));
+    const QString refusal = folder.isEmpty() ? QString() : makeWritable(folder);
+    if (!refusal.isEmpty()) {
+        complain(folder, refusal);
         return EXIT_BAD_INPUT;
     }
 
@@ -174,9 +176,9 @@ Command bandCommand()
         rows.push_back(row);
     return {
         {"band", "FILE|-", 1, 1,
-         "Decodes every keyed signal of a band at once: a recording (WAV, FLAC, Ogg, MP3), or raw\n"
-         "samples from standard input, 4 kHz to 2.4 MHz wide. A line for each transmission tells\n"
-         "frequency, speed, level over noise in 500 Hz, time and text.",
+         "Decodes every keyed signal of a band at once: from a recording (WAV, FLAC, Ogg, MP3) or\n"
+         "raw samples on standard input, 4 kHz to 2.4 MHz wide. A line for each transmission has\n"
+         "frequency, speed, signal-to-noise ratio in 500 Hz, time and text.",
          rows,
          "  morsehost band contest.flac\n"
          "  morsehost band --iq --center 14025000 --table recording.wav\n"

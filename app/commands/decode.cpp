@@ -8,11 +8,8 @@
 #include "app/console/progress.h"
 #include "app/options/soundoptions.h"
 #include "app/reception.h"
-#include "station/audio/recordedtime.h"
 #include "station/io/interrupt.h"
 #include "station/soundjob.h"
-
-#include <QFileInfo>
 
 #include <algorithm>
 #include <chrono>
@@ -70,11 +67,10 @@ private:
         const SoundFacts& facts = *job.facts();
         if (!facts.error.isEmpty())
             return complainOf(name, facts.error);
-        const std::optional<unsigned long long> start_us = startTime(facts);
+        const std::optional<unsigned long long> start_us =
+            startTime(m_options, m_sounds[m_current], facts.recorded_us, facts.arrived_us);
         if (!start_us)
-            return complainOf(name,
-                              QStringLiteral("neither its name nor a bext chunk tells when it "
-                                             "begins; --start takes the time"));
+            return complainOf(name, noStartTime());
         if (!canBegin())
             return false;
         MorseStation& station =
@@ -132,24 +128,6 @@ private:
                             static_cast<double>(m_sounds.size()));
     }
 
-    std::optional<unsigned long long> startTime(const SoundFacts& facts) const
-    {
-        const SoundRequest& sound = m_sounds[m_current];
-        switch (m_options.startRule) {
-        case StartRule::Given:
-            return m_options.start_us;
-        case StartRule::Clock:
-            return facts.arrived_us;
-        case StartRule::Recording:
-            if (const auto named_us = timeInName(QFileInfo(sound.name).fileName()))
-                return named_us;
-            return facts.recorded_us;
-        case StartRule::Unsaid:
-            break;
-        }
-        return sound.isPipe ? facts.arrived_us : 0;
-    }
-
     ReceptionOptions m_options;
     std::vector<SoundRequest> m_sounds;
     std::size_t m_atOnce;
@@ -171,6 +149,8 @@ int run(Arguments& arguments)
     if (options.startRule == StartRule::Given && sounds.size() > 1)
         arguments.fail(QStringLiteral("--start TIME is for one recording; several take "
                                       "--start auto"));
+    if (!isTeleprinterAsked(arguments))
+        refuseTeleprinterOptions(arguments);
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
     const auto decodeMorse = [&](std::vector<SoundRequest> requests) {

@@ -6,7 +6,7 @@
 #include "app/options/tableoptions.h"
 #include "app/reporter.h"
 #include "host/standin/hosttree.h"
-#include "station/audio/recordedtime.h"
+#include "station/io/folder.h"
 #include "station/io/interrupt.h"
 #include "station/teleprinterstation.h"
 #include "tables/decodermodulesfile.h"
@@ -14,7 +14,6 @@
 #include "tables/regularfile.h"
 
 #include <QDateTime>
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
@@ -29,6 +28,7 @@ using teleprinter::Code;
 
 constexpr std::size_t PIECE_SAMPLES = 512;
 
+constexpr char DECODER[] = "decoder";
 const QLatin1String MORSE("Morse");
 const QLatin1String AUTO("auto");
 const QLatin1String NO_MAP("Default");
@@ -152,11 +152,11 @@ public:
             complain(m_mapsDirectory, QStringLiteral("no such folder"));
             return false;
         }
-        if (!m_options.saveDirectory.isEmpty() && !QDir().mkpath(m_options.saveDirectory)) {
-            complain(m_options.saveDirectory, QStringLiteral("the folder cannot be created"));
-            return false;
-        }
-        return true;
+        const QString refusal =
+            m_options.saveDirectory.isEmpty() ? QString() : makeWritable(m_options.saveDirectory);
+        if (!refusal.isEmpty())
+            complain(m_options.saveDirectory, refusal);
+        return refusal.isEmpty();
     }
 
     // False when there is no use in going on.
@@ -165,11 +165,11 @@ public:
         const OpenedSource opened = openSound(sound);
         if (!opened.source)
             return complainOf(sound.name, opened.error);
-        const auto start_us = startTime(sound, *opened.source);
+        const auto now_us =
+            static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) * 1000;
+        const auto start_us = startTime(m_options, sound, opened.source->recorded_us(), now_us);
         if (!start_us)
-            return complainOf(sound.name,
-                              QStringLiteral("neither its name nor a bext chunk tells when it "
-                                             "begins; --start takes the time"));
+            return complainOf(sound.name, noStartTime());
         TeleprinterSettings settings;
         settings.place = QStringLiteral("Receiver%1").arg(++m_count);
         settings.source = sound.name;
@@ -209,26 +209,6 @@ private:
         complain(name, reason);
         m_status = EXIT_BAD_INPUT;
         return true;
-    }
-
-    std::optional<unsigned long long> startTime(const SoundRequest& sound,
-                                                const SampleSource& source) const
-    {
-        const auto now_us =
-            static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) * 1000;
-        switch (m_options.startRule) {
-        case StartRule::Given:
-            return m_options.start_us;
-        case StartRule::Clock:
-            return now_us;
-        case StartRule::Recording:
-            if (const auto named_us = timeInName(QFileInfo(sound.name).fileName()))
-                return named_us;
-            return source.recorded_us();
-        case StartRule::Unsaid:
-            break;
-        }
-        return sound.isPipe ? now_us : 0;
     }
 
     ReceptionOptions m_options;
@@ -288,7 +268,7 @@ QString whyNoDecoder(const QString& decoder, const QString& modulesFile)
 std::vector<OptionRow> teleprinterOptionRows()
 {
     return {
-        {"decoder", "NAME",
+        {DECODER, "NAME",
          "Morse, Baudot, \"ASCII RTTY\", Sitor-B, or auto: what is found in the recording "
          "(default: "
          "Morse)"},
@@ -306,7 +286,16 @@ std::vector<OptionRow> teleprinterOptionRows()
 
 bool isTeleprinterAsked(const Arguments& arguments)
 {
-    return arguments.isSet("decoder") && arguments.text("decoder") != MORSE;
+    return arguments.isSet(DECODER) && arguments.text(DECODER) != MORSE;
+}
+
+void refuseTeleprinterOptions(Arguments& arguments)
+{
+    for (const OptionRow& row : teleprinterOptionRows()) {
+        if (QLatin1String(row.name) != QLatin1String(DECODER) && arguments.isSet(row.name))
+            arguments.fail(QStringLiteral("%1 needs the --%2 of a teleprinter")
+                               .arg(optionWord(row.name), QLatin1String(DECODER)));
+    }
 }
 
 int decodeTeleprinters(Arguments& arguments, const ReceptionOptions& options,
@@ -321,7 +310,7 @@ int decodeTeleprinters(Arguments& arguments, const ReceptionOptions& options,
         return EXIT_BAD_USAGE;
     if (!configureDecoderModules(arguments))
         return EXIT_BAD_INPUT;
-    const QString asked = arguments.text("decoder");
+    const QString asked = arguments.text(DECODER);
     if (asked != AUTO && !codeOf(asked)) {
         complain(whyNoDecoder(asked, decoderModulesFile(arguments)));
         return EXIT_BAD_INPUT;

@@ -20,6 +20,9 @@ using MorseDecoding = std::function<int(std::vector<SoundRequest>)>;
 /// Whether a decoder other than Morse was asked for.
 bool isTeleprinterAsked(const Arguments& arguments);
 
+/// Where Morse is decoded, none of the options of teleprinters but --decoder has a use.
+void refuseTeleprinterOptions(Arguments& arguments);
+
 /// Returns the exit status. Errors of the options are left in `arguments`.
 int decodeTeleprinters(Arguments& arguments, const ReceptionOptions& options,
                        const std::vector<SoundRequest>& sounds, const MorseDecoding& decodeMorse);

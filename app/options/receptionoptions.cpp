@@ -2,8 +2,10 @@
 #include "app/options/receptionoptions.h"
 
 #include "app/options/alphabetoptions.h"
+#include "station/audio/recordedtime.h"
 
 #include <QDir>
+#include <QFileInfo>
 
 namespace morsehost {
 
@@ -81,6 +83,32 @@ ReceptionOptions readReceptionOptions(Arguments& arguments, StartWords words)
     readStart(arguments, words, options);
     options.trace = arguments.isSet("trace");
     return options;
+}
+
+std::optional<unsigned long long> startTime(const ReceptionOptions& options,
+                                            const SoundRequest& sound,
+                                            std::optional<unsigned long long> recorded_us,
+                                            unsigned long long arrived_us)
+{
+    switch (options.startRule) {
+    case StartRule::Given:
+        return options.start_us;
+    case StartRule::Clock:
+        return arrived_us;
+    case StartRule::Recording:
+        if (const auto named_us = timeInName(QFileInfo(sound.name).fileName()))
+            return named_us;
+        return recorded_us;
+    case StartRule::Unsaid:
+        break;
+    }
+    return sound.isPipe ? arrived_us : 0;
+}
+
+QString noStartTime()
+{
+    return QStringLiteral("neither its name nor a bext chunk has the time at which it begins; give "
+                          "it with --start");
 }
 
 } // namespace morsehost

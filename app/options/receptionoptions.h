@@ -4,6 +4,7 @@
 
 #include "app/options/arguments.h"
 #include "app/reporter.h"
+#include "station/audio/sound.h"
 
 #include <QString>
 
@@ -31,6 +32,15 @@ struct ReceptionOptions
     unsigned long long start_us = 0;
     bool trace = false;
 };
+
+/// Microseconds since 1970-01-01 00:00 UTC at which the first sample of `sound` was taken, which
+/// arrived at `arrived_us`, and of which the recording itself says `recorded_us`. Nothing when the
+/// recording was asked and does not know; `noStartTime` says so.
+std::optional<unsigned long long> startTime(const ReceptionOptions& options,
+                                            const SoundRequest& sound,
+                                            std::optional<unsigned long long> recorded_us,
+                                            unsigned long long arrived_us);
+QString noStartTime();
 
 /// Which words --start takes.
 enum class StartWords { Time, TimeNowAuto };

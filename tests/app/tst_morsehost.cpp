@@ -651,6 +651,20 @@ private Q_SLOTS:
         row("directory without alphabet", {"decode", "--alphabets", "d", "x"}, "--alphabet NAME");
         row("frequency", {"decode", "--frequency", "-1", "x"}, "--frequency takes");
         row("symbols without operand", {"symbols"}, "missing");
+        row("a speed of teleprinters with Morse", {"decode", "--baud", "abc", "x"},
+            "--baud needs the --decoder of a teleprinter (see");
+        row("a map with Morse", {"decode", "--map", "Russian", "x"},
+            "--map needs the --decoder of a teleprinter");
+        row("maps with Morse", {"decode", "--decoder", "Morse", "--maps", "/nonexistent", "x"},
+            "--maps needs the --decoder of a teleprinter");
+        row("decoders with Morse", {"decode", "--decoders", "/nonexistent", "x"},
+            "--decoders needs the --decoder of a teleprinter");
+        row("a shift with Morse", {"decode", "--shift", "170", "x"},
+            "--shift needs the --decoder of a teleprinter");
+        row("a polarity with Morse", {"decode", "--reverse", "x"},
+            "--reverse needs the --decoder of a teleprinter");
+        row("blanks that unshift with Morse", {"decode", "--unshift-on-space", "yes", "x"},
+            "--unshift-on-space needs the --decoder of a teleprinter");
     }
 
     void wrongUsageIsSaidInOneLine()
