@@ -28,13 +28,27 @@ check host/standin "$contract|host/standin/.*|tables/[a-z]+\.h"
 check tables 'tables/[a-z]+\.h'
 check tables/lint 'tables/.*'
 check signal 'signal/.*|morse/symbolcodes\.h' 2
+# Sound in general knows no keying; Morse and teleprinters do not know each other, nor the band.
+common='signal/[a-z]+\.h|signal/samples/.*'
+check signal/samples "$common"
+check signal/morse "$common|signal/morse/.*|morse/symbolcodes\.h"
+check signal/teleprinter "$common|signal/teleprinter/.*"
 check morse "$contract|tables/[a-z]+\.h|morse/.*|morsehandler_export\.h|charmap/ialphabethandler\.h"
 check charmap "$contract|tables/[a-z]+\.h|charmap/.*|morsehandler_export\.h"
 check session "$contract|tables/[a-z]+\.h|morse/.*|session/.*|morsehandler_export\.h"
 check station '(charmap|host|morse|session|signal|station|tables)/.*' 2
+check station/io 'station/io/.*'
+check station/audio 'signal/.*|station/(audio|io)/.*'
+check station/archive 'station/[a-z]+\.h|station/(archive|io)/.*'
 check station/picture 'signal/.*|station/picture/.*|morse/symbolcodes\.h'
 check examples 'morsehandler/(charmap|host|host/standin|morse|session)/[a-z]+\.h'
 check app '(app|charmap|host|morse|session|signal|station|tables)/.*' 3
+
+# A service puts all of a station together; nothing in the station knows it.
+if grep -rnE '^#include "station/service/' station | grep -v '^station/service/'; then
+    echo "station knows nothing of station/service"
+    status=1
+fi
 
 # The one interface that morse shares with charmap stands alone.
 if grep -nE '^#include "' charmap/ialphabethandler.h | grep -v morsehandler_export; then
