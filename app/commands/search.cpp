@@ -63,7 +63,7 @@ QByteArray textLine(const ArchivedTransmission& found)
     return fields.join(QLatin1String("  ")).toUtf8() + '\n';
 }
 
-QByteArray jsonLine(const ArchivedTransmission& found)
+QJsonObject objectOf(const ArchivedTransmission& found)
 {
     QJsonObject object = toJson(found.record.transmission);
     object.insert(QStringLiteral("id"), found.id);
@@ -71,47 +71,30 @@ QByteArray jsonLine(const ArchivedTransmission& found)
         object.insert(QStringLiteral("station"), found.record.station);
     if (!found.record.files.isEmpty())
         object.insert(QStringLiteral("files"), QJsonArray::fromStringList(found.record.files));
-    return QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n';
+    return object;
 }
 
-// The columns of the CSV form, in their order.
-struct CsvColumn
+QByteArray jsonLine(const ArchivedTransmission& found)
 {
-    const char* name;
-    QString (*get)(const ArchivedTransmission&);
-};
-
-QString plain(const std::optional<double>& number)
-{
-    return number ? QString::number(*number, 'g', 15) : QString();
+    return QJsonDocument(objectOf(found)).toJson(QJsonDocument::Compact) + '\n';
 }
 
-const CsvColumn CSV_COLUMNS[] = {
-    {"id", [](const ArchivedTransmission& f) { return QString::number(f.id); }},
-    {"station", [](const ArchivedTransmission& f) { return f.record.station; }},
-    {"receiver", [](const ArchivedTransmission& f) { return f.record.transmission.receiver; }},
-    {"source", [](const ArchivedTransmission& f) { return f.record.transmission.source; }},
-    {"decoder", [](const ArchivedTransmission& f) { return f.record.transmission.decoder; }},
-    {"start",
-     [](const ArchivedTransmission& f) {
-         return utc(f.record.transmission.start_us).toString(Qt::ISODateWithMs);
-     }},
-    {"stop",
-     [](const ArchivedTransmission& f) {
-         return utc(f.record.transmission.stop_us).toString(Qt::ISODateWithMs);
-     }},
-    {"frequency_Hz",
-     [](const ArchivedTransmission& f) { return plain(f.record.transmission.frequency_Hz); }},
-    {"tone_Hz", [](const ArchivedTransmission& f) { return plain(f.record.transmission.tone_Hz); }},
-    {"speed_wpm",
-     [](const ArchivedTransmission& f) { return plain(f.record.transmission.speed_wpm); }},
-    {"baud_rate",
-     [](const ArchivedTransmission& f) { return plain(f.record.transmission.baudRate); }},
-    {"snr_dB", [](const ArchivedTransmission& f) { return plain(f.record.transmission.snr_dB); }},
-    {"text", [](const ArchivedTransmission& f) { return f.record.transmission.text; }},
-    {"raw_text", [](const ArchivedTransmission& f) { return f.record.transmission.rawText; }},
-    {"files", [](const ArchivedTransmission& f) { return f.record.files.join(QLatin1Char('\n')); }},
+// The columns of the CSV form in their order: the members of the JSON object, but for "event".
+constexpr const char* CSV_COLUMNS[] = {
+    "id",       "station", "receiver", "source",       "number",        "decoder",   "map",
+    "start",    "stop",    "tone_Hz",  "frequency_Hz", "speed_wpm",     "baud_rate", "shift_Hz",
+    "reversed", "snr_dB",  "text",     "raw_text",     "unknown_codes", "files",
 };
+
+// What is not known is empty; the values of a list stand on a line each.
+QString csvField(const QJsonValue& value)
+{
+    if (value.isArray())
+        return value.toVariant().toStringList().join(QLatin1Char('\n'));
+    if (value.isDouble())
+        return QString::number(value.toDouble(), 'g', 15);
+    return value.toVariant().toString();
+}
 
 // RFC 4180: a field is quoted where it holds what separates fields or lines.
 QByteArray csvRow(const QStringList& fields)
@@ -132,16 +115,17 @@ QByteArray csvRow(const QStringList& fields)
 QByteArray csvHeader()
 {
     QStringList names;
-    for (const CsvColumn& column : CSV_COLUMNS)
-        names += QLatin1String(column.name);
+    for (const char* column : CSV_COLUMNS)
+        names += QLatin1String(column);
     return csvRow(names);
 }
 
 QByteArray csvLine(const ArchivedTransmission& found)
 {
+    const QJsonObject object = objectOf(found);
     QStringList fields;
-    for (const CsvColumn& column : CSV_COLUMNS)
-        fields += column.get(found);
+    for (const char* column : CSV_COLUMNS)
+        fields += csvField(object.value(QLatin1String(column)));
     return csvRow(fields);
 }
 
