@@ -205,7 +205,7 @@ std::size_t given(const Sink& sink)
 
 } // namespace
 
-class TestBandReceiver : public QObject
+class tst_BandReceiver : public QObject
 {
     Q_OBJECT
 
@@ -455,5 +455,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestBandReceiver)
+QTEST_APPLESS_MAIN(tst_BandReceiver)
 #include "tst_bandreceiver.moc"

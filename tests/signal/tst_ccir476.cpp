@@ -11,7 +11,7 @@
 using namespace testsupport;
 using namespace teleprinter;
 
-class TestCcir476 : public QObject
+class tst_Ccir476 : public QObject
 {
     Q_OBJECT
 
@@ -53,5 +53,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestCcir476)
+QTEST_GUILESS_MAIN(tst_Ccir476)
 #include "tst_ccir476.moc"

@@ -41,7 +41,7 @@ const char* const TEXT = "RYRY THE QUICK BROWN FOX 1234567890 TEST";
 
 } // namespace
 
-class TestFraming : public QObject
+class tst_Framing : public QObject
 {
     Q_OBJECT
 
@@ -123,5 +123,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestFraming)
+QTEST_GUILESS_MAIN(tst_Framing)
 #include "tst_framing.moc"

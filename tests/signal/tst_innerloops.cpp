@@ -24,7 +24,7 @@ std::vector<Score> scores(testsupport::Random& random, std::size_t count)
 
 } // namespace
 
-class TestInnerLoops : public QObject
+class tst_InnerLoops : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -204,5 +204,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestInnerLoops)
+QTEST_APPLESS_MAIN(tst_InnerLoops)
 #include "tst_innerloops.moc"

@@ -30,7 +30,7 @@ std::vector<unsigned> wordsOf(const std::string& text)
 
 } // namespace
 
-class TestIta2 : public QObject
+class tst_Ita2 : public QObject
 {
     Q_OBJECT
 
@@ -77,5 +77,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestIta2)
+QTEST_GUILESS_MAIN(tst_Ita2)
 #include "tst_ita2.moc"

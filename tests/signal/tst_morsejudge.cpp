@@ -51,7 +51,7 @@ MorseJudge teleprinter(double unit, int marks)
 
 } // namespace
 
-class TestMorseJudge : public QObject
+class tst_MorseJudge : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -130,5 +130,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestMorseJudge)
+QTEST_APPLESS_MAIN(tst_MorseJudge)
 #include "tst_morsejudge.moc"

@@ -75,7 +75,7 @@ QString expected(TeleprinterCode code)
 
 } // namespace
 
-class TestReceiver : public QObject
+class tst_Receiver : public QObject
 {
     Q_OBJECT
 
@@ -235,7 +235,7 @@ private Q_SLOTS:
     }
 };
 
-void TestReceiver::toldNothingItReads_data()
+void tst_Receiver::toldNothingItReads_data()
 {
     QTest::addColumn<Machine>("machine");
     QTest::addColumn<TonePath>("path");
@@ -284,7 +284,7 @@ void TestReceiver::toldNothingItReads_data()
     });
 }
 
-void TestReceiver::toldNothingItReads()
+void tst_Receiver::toldNothingItReads()
 {
     QFETCH(Machine, machine);
     QFETCH(TonePath, path);
@@ -302,5 +302,5 @@ void TestReceiver::toldNothingItReads()
     QCOMPARE(line.isReversed(), path.reversed);
 }
 
-QTEST_GUILESS_MAIN(TestReceiver)
+QTEST_GUILESS_MAIN(tst_Receiver)
 #include "tst_receiver.moc"

@@ -5,7 +5,7 @@
 
 using namespace demodulator;
 
-class TestRecent : public QObject
+class tst_Recent : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -59,5 +59,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestRecent)
+QTEST_APPLESS_MAIN(tst_Recent)
 #include "tst_recent.moc"

@@ -26,7 +26,7 @@ struct Sender
 
 } // namespace
 
-class TestStationChange : public QObject
+class tst_StationChange : public QObject
 {
     Q_OBJECT
 
@@ -133,5 +133,5 @@ private:
     std::int64_t m_at = 0;
 };
 
-QTEST_APPLESS_MAIN(TestStationChange)
+QTEST_APPLESS_MAIN(tst_StationChange)
 #include "tst_stationchange.moc"

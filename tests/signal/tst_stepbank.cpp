@@ -45,7 +45,7 @@ Samples windowed(const StepBank& bank, double tone_Hz, const BandFormat& format,
 
 } // namespace
 
-class TestStepBank : public QObject
+class tst_StepBank : public QObject
 {
     Q_OBJECT
 
@@ -186,5 +186,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestStepBank)
+QTEST_APPLESS_MAIN(tst_StepBank)
 #include "tst_stepbank.moc"

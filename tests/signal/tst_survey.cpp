@@ -88,7 +88,7 @@ double snr_dB(double signal, double noise)
 
 } // namespace
 
-class TestSurvey : public QObject
+class tst_Survey : public QObject
 {
     Q_OBJECT
 
@@ -159,5 +159,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestSurvey)
+QTEST_APPLESS_MAIN(tst_Survey)
 #include "tst_survey.moc"

@@ -31,7 +31,7 @@ unsigned withParity(char c, bool odd)
 
 } // namespace
 
-class TestTextReader : public QObject
+class tst_TextReader : public QObject
 {
     Q_OBJECT
 
@@ -128,5 +128,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestTextReader)
+QTEST_GUILESS_MAIN(tst_TextReader)
 #include "tst_textreader.moc"

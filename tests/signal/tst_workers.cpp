@@ -7,7 +7,7 @@
 
 using demodulator::Workers;
 
-class TestWorkers : public QObject
+class tst_Workers : public QObject
 {
     Q_OBJECT
 
@@ -37,5 +37,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestWorkers)
+QTEST_APPLESS_MAIN(tst_Workers)
 #include "tst_workers.moc"

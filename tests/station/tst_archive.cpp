@@ -49,7 +49,7 @@ ArchiveQuery wordsQuery(const QStringList& words)
 
 } // namespace
 
-class TestArchive : public QObject
+class tst_Archive : public QObject
 {
     Q_OBJECT
 
@@ -232,5 +232,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestArchive)
+QTEST_GUILESS_MAIN(tst_Archive)
 #include "tst_archive.moc"

@@ -53,7 +53,7 @@ std::vector<QByteArray> lines(std::initializer_list<const char*> texts)
 
 } // namespace
 
-class TestArchiveWriter : public QObject
+class tst_ArchiveWriter : public QObject
 {
     Q_OBJECT
 
@@ -193,5 +193,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestArchiveWriter)
+QTEST_GUILESS_MAIN(tst_ArchiveWriter)
 #include "tst_archivewriter.moc"

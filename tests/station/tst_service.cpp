@@ -27,7 +27,7 @@ echo '{"event":"transmission","number":2,"start":"2026-11-22T10:00:06.000Z","sto
 
 } // namespace
 
-class TestService : public QObject
+class tst_Service : public QObject
 {
     Q_OBJECT
 
@@ -176,5 +176,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestService)
+QTEST_GUILESS_MAIN(tst_Service)
 #include "tst_service.moc"

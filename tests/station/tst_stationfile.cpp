@@ -22,7 +22,7 @@ void write(const QString& path, const QByteArray& content)
 
 } // namespace
 
-class TestStationFile : public QObject
+class tst_StationFile : public QObject
 {
     Q_OBJECT
 
@@ -193,5 +193,5 @@ repeat=60
     }
 };
 
-QTEST_GUILESS_MAIN(TestStationFile)
+QTEST_GUILESS_MAIN(tst_StationFile)
 #include "tst_stationfile.moc"
