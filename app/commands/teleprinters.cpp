@@ -18,6 +18,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <cmath>
 #include <unistd.h>
 
 namespace morsehost {
