@@ -5,9 +5,9 @@
 
 #include "charmap/codechandler.h"
 #include "host/standin/configuration.h"
+#include "support/files.h"
 
 #include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTextCodec>
 
@@ -34,13 +34,6 @@ const struct ModulesFile
     QString Path() const { return m_dir.filePath("modules"); }
     QTemporaryDir m_dir;
 } MODULES_FILE;
-
-void writeFile(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-        std::abort();
-}
 
 /// Every byte of the charset but 0x98, which it does not define.
 QByteArray allBytes()

@@ -7,8 +7,8 @@
 #include "charmap/mappingdirectory.h"
 #include "host/standin/configuration.h"
 #include "host/standin/hosttree.h"
+#include "support/files.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 
 #include <cstdlib>
@@ -19,13 +19,6 @@ constexpr std::int64_t SINGLE = 1;
 constexpr std::int64_t PIECE = 4 * 1024;
 constexpr std::int64_t CHARACTERS_A_RUN = 64 * 1024;
 constexpr int HISTORY = 10000;
-
-void writeFile(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-        std::abort();
-}
 
 QByteArray mapFile()
 {

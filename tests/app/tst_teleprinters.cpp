@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Teleprinters from their sound to the operator's alphabet, as a user runs the program.
+#include "support/files.h"
 #include "support/program.h"
 
 #include <QDir>
-#include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
@@ -15,12 +15,6 @@ using testsupport::run;
 namespace {
 
 const QString RECORDINGS = QStringLiteral(TEST_DATA_DIR "/teleprinters/");
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(cannot be read)");
-}
 
 // What all files of a kind hold, in the order of their names.
 QByteArray contentOfAll(const QDir& folder, const QString& pattern)

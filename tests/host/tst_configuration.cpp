@@ -2,7 +2,8 @@
 #include "host/cfgcenter.h"
 #include "host/standin/configuration.h"
 
-#include <QFile>
+#include "support/files.h"
+
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -156,11 +157,7 @@ private Q_SLOTS:
 private:
     QString write(const QByteArray& content)
     {
-        const QString path = m_dir.filePath(QStringLiteral("host%1.ini").arg(++m_files));
-        QFile file(path);
-        file.open(QIODevice::WriteOnly);
-        file.write(content);
-        return path;
+        return writeFile(m_dir.filePath(QStringLiteral("host%1.ini").arg(++m_files)), content);
     }
 
     QTemporaryDir m_dir;

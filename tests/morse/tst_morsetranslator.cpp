@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "morse/morsetranslator.h"
 
+#include "support/files.h"
+
 #include <QDir>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
@@ -344,10 +346,7 @@ private Q_SLOTS:
 private:
     QString write(const QString& name, const QByteArray& content)
     {
-        QFile file(m_dir.filePath(name));
-        if (file.open(QIODevice::WriteOnly))
-            file.write(content);
-        return file.fileName();
+        return writeFile(m_dir.filePath(name), content);
     }
 
     QTemporaryDir m_dir;

@@ -3,6 +3,8 @@
 #include "station/service/retention.h"
 #include "station/service/stationfile.h"
 
+#include "support/files.h"
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -15,9 +17,7 @@ namespace {
 void write(const QString& path, const QByteArray& content)
 {
     QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(content), qint64(content.size()));
+    writeFile(path, content);
 }
 
 } // namespace

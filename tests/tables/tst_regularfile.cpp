@@ -2,6 +2,7 @@
 #include "tables/regularfile.h"
 
 #include "support/fewdescriptors.h"
+#include "support/files.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -76,10 +77,7 @@ private Q_SLOTS:
 private:
     QString write(const QString& name, const QByteArray& content)
     {
-        QFile file(m_dir.filePath(name));
-        if (file.open(QIODevice::WriteOnly))
-            file.write(content);
-        return file.fileName();
+        return writeFile(m_dir.filePath(name), content);
     }
 
     QTemporaryDir m_dir;
