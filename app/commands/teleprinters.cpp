@@ -3,9 +3,11 @@
 
 #include "app/console/complain.h"
 #include "app/console/exitstatus.h"
+#include "app/options/soundoptions.h"
 #include "app/options/tableoptions.h"
 #include "app/reporter.h"
 #include "host/standin/hosttree.h"
+#include "signal/morse/limits.h"
 #include "station/io/folder.h"
 #include "station/io/interrupt.h"
 #include "station/teleprinterstation.h"
@@ -81,7 +83,8 @@ teleprinter::Settings readSettings(Arguments& arguments)
     teleprinter::Settings settings;
     settings.told.baud = arguments.number("baud", LOWEST_BAUD, HIGHEST_BAUD);
     settings.told.shift_Hz = arguments.number("shift", LEAST_SHIFT_Hz, MOST_SHIFT_Hz);
-    settings.told.centre_Hz = arguments.number("tone", LOWEST_TONE_Hz, HIGHEST_TONE_Hz);
+    settings.told.centre_Hz =
+        arguments.number("tone", LOWEST_TONE_Hz, demodulator::HIGHEST_SET_TONE_Hz);
     if (arguments.isSet("reverse"))
         settings.told.reversed = true;
     const QString unshift = arguments.text("unshift-on-space");
@@ -268,6 +271,7 @@ QString whyNoDecoder(const QString& decoder, const QString& modulesFile)
 
 std::vector<OptionRow> teleprinterOptionRows()
 {
+    using namespace teleprinter;
     return {
         {DECODER, "NAME",
          "Morse, Baudot, \"ASCII RTTY\", Sitor-B, or auto: what is found in the recording "
@@ -276,8 +280,12 @@ std::vector<OptionRow> teleprinterOptionRows()
         {"map", "NAME", "teleprinters: the map behind the decoder (default: \"Default\", none)"},
         mapsOption(),
         decoderModulesOption(),
-        {"baud", "BD", "teleprinters: the speed, 40 to 300 (default: any of the usual ones)"},
-        {"shift", "HZ", "teleprinters: between the tones, 70 to 1100 (default: any)"},
+        {"baud", "BD",
+         "teleprinters: the speed, " + range(LOWEST_BAUD, HIGHEST_BAUD) +
+             " (default: any of the usual ones)"},
+        {"shift", "HZ",
+         "teleprinters: between the tones, " + range(LEAST_SHIFT_Hz, MOST_SHIFT_Hz) +
+             " (default: any)"},
         {"reverse", nullptr, "teleprinters: mark is the lower tone (default: either)"},
         {"unshift-on-space", "yes|no",
          "Baudot, Sitor-B: a blank brings back the letters (default: where the sender repeats the "

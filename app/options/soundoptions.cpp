@@ -17,12 +17,12 @@ std::string plain(double number)
     return QString::number(std::round(number)).toStdString();
 }
 
+} // namespace
+
 std::string range(double lowest, double highest)
 {
     return plain(lowest) + " to " + plain(highest);
 }
-
-} // namespace
 
 std::vector<OptionRow> soundOptionRows()
 {

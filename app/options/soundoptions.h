@@ -5,9 +5,13 @@
 #include "app/options/arguments.h"
 #include "station/audio/sound.h"
 
+#include <string>
 #include <vector>
 
 namespace morsehost {
+
+/// As a help shows it, in whole numbers: "40 to 300".
+std::string range(double lowest, double highest);
 
 /// --channel, --rate, --tone, --wpm
 std::vector<OptionRow> soundOptionRows();
