@@ -54,6 +54,8 @@ MorseStation::MorseStation(HostTree& tree, const StationSettings& settings,
     if (!settings.saveDirectory.isEmpty())
         m_ledger.emplace(settings.saveDirectory,
                          [this](const QString& message) { m_listener.saving(message); });
+    // The handler makes its document in its constructor, which takes no argument: so what holds for
+    // the documents of this station is in force meanwhile.
     {
         const TavikResultDataXml::ResultPolicyScope scope(documentPolicy(m_ledger));
         m_handler.emplace();

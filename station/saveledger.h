@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Whether what is received to be saved reaches the disk.
+// Whether what is received to be saved reaches the disk. The library drops what it cannot write and
+// has no way to report it to a host, so its files are looked at from outside.
 #pragma once
 
 #include <QString>

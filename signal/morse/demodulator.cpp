@@ -370,7 +370,7 @@ private:
         if (!found || (m_active && std::fabs(m_active->chain().tone_Hz() - found->tone_Hz) <
                                        attention().ownTone_Hz))
             return;
-        // Who was there all the time is no answer.
+        // A signal present throughout is not a reply.
         if (m_active && m_finder.power(found->tone_Hz, frames, framesIn(attention().search_s)) >
                             attention().neighbourPower * m_finder.power(found->tone_Hz, 0, frames))
             return;
