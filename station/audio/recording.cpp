@@ -41,6 +41,18 @@ struct CloseSound
 };
 using SoundFile = std::unique_ptr<SNDFILE, CloseSound>;
 
+/// What went wrong with a file, or with opening one, as part of a sentence.
+QString reasonOf(SNDFILE* file)
+{
+    QString reason = QString::fromLocal8Bit(sf_strerror(file)).trimmed();
+    constexpr QLatin1String mark("Error : ");
+    if (reason.startsWith(mark))
+        reason.remove(0, mark.size());
+    if (reason.endsWith(QLatin1Char('.')))
+        reason.chop(1);
+    return reason;
+}
+
 /// What a recording is read from has to last as long as the recording.
 class Origin
 {
@@ -137,7 +149,7 @@ private:
         if (!m_error.isEmpty())
             return;
         if (sf_error(m_file.get()) != SF_ERR_NO_ERROR)
-            m_error = QString::fromLocal8Bit(sf_strerror(m_file.get()));
+            m_error = reasonOf(m_file.get());
         else if (frameCount() && m_read < *frameCount())
             m_error = QStringLiteral("ends after %1 of %2 seconds")
                           .arg(m_read / sampleRate_Hz(), 0, 'f', 1)
@@ -176,10 +188,8 @@ OpenedRecording openDescriptor(int descriptor, std::optional<int> channel,
     SF_INFO info = {};
     SoundFile sound(sf_open_fd(descriptor, SFM_READ, &info, SF_TRUE));
     if (!sound) {
-        QString reason = QString::fromLocal8Bit(sf_strerror(nullptr)).trimmed();
-        if (reason.endsWith(QLatin1Char('.')))
-            reason.chop(1);
-        return {nullptr, QStringLiteral("is no recording that can be read: %1").arg(reason)};
+        return {nullptr,
+                QStringLiteral("is no recording that can be read: %1").arg(reasonOf(nullptr))};
     }
     if (info.samplerate < demodulator::LOWEST_RATE_Hz ||
         info.samplerate > demodulator::HIGHEST_RATE_Hz)

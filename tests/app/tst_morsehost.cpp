@@ -605,6 +605,7 @@ private Q_SLOTS:
         const Ended ended = run({"decode", path});
         QVERIFY2(ended.out.startsWith("PARIS PAR"), ended.out.constData());
         verifyOneLine(ended, 1, "/x: ");
+        QVERIFY2(!ended.err.contains("Error"), ended.err.constData());
     }
 
     void wrongUsageIsSaidInOneLine_data()
