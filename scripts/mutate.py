@@ -25,7 +25,8 @@ import mutants as mutation
 import reasons
 
 EQUIVALENT = ROOT / "tests/mutation/equivalent.txt"
-PARTS = {"library": ["charmap", "tables", "morse", "session"], "host": ["host"]}
+PARTS = {"library": ["charmap", "tables", "morse", "session"], "host": ["host"], "signal": ["signal"]}
+BLOCK = 1000  # numbers are given out in blocks of so many
 MEMORY_LIMIT = 4 << 30
 
 
@@ -34,13 +35,17 @@ def options():
         description="Makes small mistakes in a copy of the code and counts how many the tests of "
         "its own part catch. Nothing outside the build folder is changed.")
     parser.add_argument("part", nargs="?", choices=PARTS, default="library",
-                        help="whose code: the library's (default) or the stand-in host's")
+                        help="whose code: the library's (default), the stand-in host's, or that "
+                        "which turns sound into codes")
     parser.add_argument("--count", type=int, default=320,
                         help="how many mutants, spread over the files in proportion to what can be "
                         "mutated there; 0 for all (default: %(default)s)")
     parser.add_argument("--seed", default="1", help="chooses other mutants (default: %(default)s)")
     parser.add_argument("--file", default="",
-                        help="of these only those in files whose path begins so")
+                        help="only in files whose path begins so")
+    parser.add_argument("--tests", default="",
+                        help="run only tests whose name, such as signal/trellis, has a match of this "
+                        "regular expression; builds less, and finds more survivors than there are")
     parser.add_argument("--survivors", action="store_true",
                         help="only those that survived the last run with these options")
     parser.add_argument("--list", action="store_true", help="show the mutants, run nothing")
@@ -96,23 +101,23 @@ def compiler_arguments(commands, copy, path):
 class Build:
     """A copy of the tree with every mutant in it that compiles, and its test programs."""
 
-    def __init__(self, folder, code_folders):
+    def __init__(self, folder, code_folders, file, tests):
         self.copy, self.folder = folder / "source", folder / "build"
         files = tracked_files()
-        self.sources = [f for f in files if is_mutated(f, code_folders)]
+        self.sources = [f for f in files if is_mutated(f, code_folders) and f.startswith(file)]
         for path in files:
             if path not in self.sources or not (self.copy / path).exists():
                 write_if_changed(self.copy / path, (ROOT / path).read_bytes())
         write_if_changed(self.copy / "mutation.h", mutation.PRELUDE.encode())
         configure(self.copy, self.folder)
-        self.tests = self.find_tests(code_folders)
+        self.tests = self.find_tests(code_folders, tests)
         self.mutants = self.cached(folder / "mutants.pickle")
 
     def cached(self, path):
         """To find the mutants takes longer than to build without a change."""
         digest = hashlib.sha256(pathlib.Path(mutation.__file__).read_bytes())
         for source in self.sources:
-            digest.update((ROOT / source).read_bytes())
+            digest.update(source.encode() + (ROOT / source).read_bytes())
         if path.exists():
             state, mutants = pickle.loads(path.read_bytes())
             if state == digest.digest():
@@ -124,8 +129,8 @@ class Build:
 
     def make(self):
         commands = json.loads((self.folder / "compile_commands.json").read_text())
-        mutated, precompiled = {}, {}
-        for place, path in enumerate(self.sources):
+        mutated, precompiled, first = {}, {}, 1
+        for path in self.sources:
             arguments = tuple(compiler_arguments(commands, self.copy, path))
             if arguments not in precompiled:
                 precompiled[arguments] = mutation.precompile(
@@ -133,8 +138,11 @@ class Build:
             arguments = precompiled[arguments]
             found = mutation.find(ROOT, path, arguments)
             # Each file has numbers of its own, so a change in one leaves the others as they are.
-            for number, mutant in enumerate(found, 1 + 1000 * place):
+            for number, mutant in enumerate(found, first):
                 mutant.number = number
+            first += BLOCK * (len(found) // BLOCK + 1)
+            if first > mutation.LIMIT:
+                sys.exit("more mutants than there are numbers: see --file")
             print(f"{path}: {len(found)}", flush=True)
             if found:
                 mutated[path] = mutation.compilable(ROOT, path, arguments, found)
@@ -166,11 +174,12 @@ class Build:
             sys.exit(made.stdout)
         return [(path, int(line), int(column)) for path, line, column in errors]
 
-    def find_tests(self, folders):
+    def find_tests(self, folders, wanted):
         listed = subprocess.run(["ctest", "--test-dir", self.folder, "--show-only=json-v1"],
                                 check=True, capture_output=True).stdout
         names = [t["name"] for t in json.loads(listed)["tests"]]
-        return [Test(name, self.folder / "bin") for name in names if name.split("/")[0] in folders]
+        return [Test(name, self.folder / "bin") for name in names
+                if name.split("/")[0] in folders and re.search(wanted, name)]
 
 
 class Test:
@@ -271,14 +280,14 @@ def report(results, equivalent):
 def main():
     arguments = options()
     os.environ["LC_ALL"] = "C.UTF-8"
-    build = Build(arguments.build.resolve() / arguments.part, PARTS[arguments.part])
+    build = Build(arguments.build.resolve() / arguments.part, PARTS[arguments.part],
+                  arguments.file, arguments.tests)
     equivalent = reasons.read(EQUIVALENT)
     for key in sorted(set(equivalent) - {m.name for m in build.mutants}):
-        if key.split("/")[0] in PARTS[arguments.part]:
+        if key.split("/")[0] in PARTS[arguments.part] and key.startswith(arguments.file):
             print(f"no such mutant any more: {key}")
 
     selected = chosen(build.mutants, arguments.count, arguments.seed)
-    selected = [m for m in selected if m.file.startswith(arguments.file)]
     survivors = build.folder.parent / "survivors.txt"
     if arguments.survivors:
         wanted = set(survivors.read_text().splitlines())

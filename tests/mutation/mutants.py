@@ -7,7 +7,7 @@ from clang.cindex import CursorKind, TypeKind
 
 # What mutated files include. A number of its own for each mutant; 0 is the program as it is.
 # MUTATION_LOG names a file of LIMIT bytes, in which the byte of each mutant that is reached is set.
-LIMIT = 1 << 16
+LIMIT = 1 << 18
 PRELUDE = r"""#pragma once
 #include <cstdlib>
 #include <fcntl.h>
