@@ -120,10 +120,27 @@ private Q_SLOTS:
             judge.mark({i % 3 == 0 ? 3.0 : 1.0, UNIT_steps, 1.0, i % 2 == 0});
         QVERIFY(judge.verdict() == Verdict::Other);
     }
+    void aMarkAtAnotherToneIsNeitherDotNorDash()
+    {
+        MorseJudge judge({});
+        for (int i = 0; i < 40; ++i)
+            judge.mark({1.0, UNIT_steps, 1.0, false});
+        judge.mark({3.0, UNIT_steps, 1.0, true});
+        QVERIFY(judge.verdict() == Verdict::Unsure);
+        judge.mark({3.0, UNIT_steps, 1.0, false});
+        QVERIFY(judge.verdict() == Verdict::Morse);
+    }
+    void fewOddMarksAreNotSure()
+    {
+        // Dots, dashes and a gap within a character, but as many lengths in between.
+        MorseJudge judge({});
+        for (const double length : {1.0, 2.0, 3.0, 2.0, 1.0, 2.0})
+            judge.mark({length, UNIT_steps, 1.0, false});
+        QVERIFY(judge.verdict() == Verdict::Unsure);
+    }
     void whatIsLongAgoIsForgotten()
     {
         MorseJudge judge = teleprinter(1.0, 150);
-        testsupport::Hand hand;
         for (int i = 0; i < 300; ++i)
             judge.mark({i % 2 == 0 ? 3.0 : 1.0, UNIT_steps, 1.0, false});
         QVERIFY(judge.verdict() == Verdict::Morse);
