@@ -38,7 +38,7 @@ check charmap "$contract|tables/[a-z]+\.h|charmap/.*|morsehandler_export\.h"
 check session "$contract|tables/[a-z]+\.h|morse/.*|session/.*|morsehandler_export\.h"
 check station '(charmap|host|morse|session|signal|station|tables)/.*' 2
 check station/io 'station/io/.*'
-check station/audio 'signal/.*|station/(audio|io)/.*'
+check station/audio 'signal/.*|station/(audio|io)/.*|tables/literal\.h'
 check station/archive 'station/[a-z]+\.h|station/(archive|io)/.*'
 check station/picture 'signal/.*|station/picture/.*|morse/symbolcodes\.h'
 check examples 'morsehandler/(charmap|host|host/standin|morse|session)/[a-z]+\.h'

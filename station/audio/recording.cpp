@@ -6,6 +6,7 @@
 #include "station/audio/samplesource.h"
 #include "station/io/input.h"
 #include "station/io/systemtext.h"
+#include "tables/literal.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -45,7 +46,7 @@ using SoundFile = std::unique_ptr<SNDFILE, CloseSound>;
 QString reasonOf(SNDFILE* file)
 {
     QString reason = QString::fromLocal8Bit(sf_strerror(file)).trimmed();
-    constexpr QLatin1String mark("Error : ");
+    constexpr QLatin1String mark = literal("Error : ");
     if (reason.startsWith(mark))
         reason.remove(0, mark.size());
     if (reason.endsWith(QLatin1Char('.')))
