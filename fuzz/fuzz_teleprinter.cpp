@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Sound through the receiver of teleprinters. The input: a byte each for the sample rate, for what
-// the receiver is told, and for the kind of the rest, which is samples of 8 bits, samples as
+// the receiver knows, and for the kind of the rest, which is samples of 8 bits, samples as
 // floating-point numbers, or keying: eight elements of two tones a byte. The bit 4 of the kind asks
 // for the same again in pieces.
 #include "fuzz/fuzzing.h"
@@ -97,17 +97,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzzing::Bytes bytes(data, size);
     teleprinter::Settings settings;
     settings.sampleRate_Hz = RATES_Hz[bytes.byte() % 4];
-    const std::uint8_t told = bytes.byte();
-    if (told & 1)
-        settings.told.codes = {static_cast<teleprinter::Code>(told >> 1U & 1U)};
-    if (told & 4)
-        settings.told.baud = 40.0 + told;
-    if (told & 8)
-        settings.told.shift_Hz = 4.0 * told;
-    if (told & 16)
-        settings.told.centre_Hz = 12.0 * told;
-    if (told & 32)
-        settings.told.reversed = (told & 64) != 0;
+    const std::uint8_t bits = bytes.byte();
+    if (bits & 1)
+        settings.known.codes = {static_cast<teleprinter::Code>(bits >> 1U & 1U)};
+    if (bits & 4)
+        settings.known.baud = 40.0 + bits;
+    if (bits & 8)
+        settings.known.shift_Hz = 4.0 * bits;
+    if (bits & 16)
+        settings.known.centre_Hz = 12.0 * bits;
+    if (bits & 32)
+        settings.known.reversed = (bits & 64) != 0;
     const std::uint8_t kind = bytes.byte();
 
     std::vector<float> samples;
@@ -137,6 +137,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         sample = std::isfinite(sample) ? sample : 0.0F;
     const Heard pieces = hear(samples, settings, 1U + kind);
     require(pieces.text == whole.text && pieces.times_us == whole.times_us,
-            "pieces give what the whole gives, and what is no number is silence");
+            "pieces give what the whole gives, and what is not a number is silence");
     return 0;
 }

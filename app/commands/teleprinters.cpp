@@ -81,12 +81,12 @@ teleprinter::Settings readSettings(Arguments& arguments)
 {
     using namespace teleprinter;
     teleprinter::Settings settings;
-    settings.told.baud = arguments.number("baud", LOWEST_BAUD, HIGHEST_BAUD);
-    settings.told.shift_Hz = arguments.number("shift", LEAST_SHIFT_Hz, MOST_SHIFT_Hz);
-    settings.told.centre_Hz =
+    settings.known.baud = arguments.number("baud", LOWEST_BAUD, HIGHEST_BAUD);
+    settings.known.shift_Hz = arguments.number("shift", LEAST_SHIFT_Hz, MOST_SHIFT_Hz);
+    settings.known.centre_Hz =
         arguments.number("tone", LOWEST_TONE_Hz, demodulator::HIGHEST_SET_TONE_Hz);
     if (arguments.isSet("reverse"))
-        settings.told.reversed = true;
+        settings.known.reversed = true;
     const QString unshift = arguments.text("unshift-on-space");
     if (unshift == QLatin1String("yes"))
         settings.unshift = Unshift::OnBlank;
@@ -194,7 +194,7 @@ public:
             m_reporter->source(sound.name);
         teleprinter::Settings receiver = m_settings;
         if (const auto code = codeOf(decoder))
-            receiver.told.codes = {*code};
+            receiver.known.codes = {*code};
         const QString error =
             hear(*opened.source, receiver, station, [this] { return m_output.hasFailed(); });
         m_reporter->end();
@@ -236,8 +236,9 @@ struct Choice
 Choice chooseDecoder(SoundRequest sound, const teleprinter::Settings& settings)
 {
     if (sound.isPipe)
-        return {QString(),
-                QStringLiteral("--decoder auto reads a sound twice, and a pipe but once")};
+        return {
+            QString(),
+            QStringLiteral("--decoder auto reads its input twice, which a pipe does not allow")};
     const OpenedSource opened = openSound(sound);
     if (!opened.source)
         return {QString(), opened.error};

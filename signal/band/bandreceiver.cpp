@@ -514,7 +514,7 @@ private:
     }
 
     // A listener is there already. One that began before the signal was as strong as it is now
-    // begins anew.
+    // begins again.
     bool known(const KeyedTone& tone)
     {
         for (Signal& signal : m_signals) {

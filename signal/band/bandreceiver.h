@@ -15,8 +15,8 @@ namespace demodulator {
 
 /// Receives what is heard, signal by signal. Signals have numbers, counted from 1; a station that
 /// sends again on its frequency within half a minute keeps its number. Of one signal, calls come in
-/// order of time; for the meaning of codes and times see SymbolSink. Called from whoever pushes the
-/// samples, in its thread.
+/// order of time; for the meaning of codes and times see SymbolSink. Called in the thread
+/// that pushes the samples.
 class BandSink
 {
 public:

@@ -53,7 +53,7 @@ void Listener::process(std::int64_t end_step)
         finish();
 }
 
-// Whoever answers must not bear on what came before.
+// A station that answers must not affect what came before.
 void Listener::settleInPause()
 {
     const std::int64_t last = m_chain->lastMark_step();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Tells when another station goes on where one stopped: after a pause the marks have another tone
-// or another strength.
+// Notices when another station continues where one stopped: after a pause the marks have another
+// tone or another strength.
 #pragma once
 
 #include <cstddef>

@@ -9,12 +9,11 @@ namespace demodulator {
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
 constexpr std::size_t PIECE_BINS = 16;    // 250 Hz
 constexpr std::int64_t NOISE_FRAMES = 94; // 3 s
 constexpr std::int64_t LEAST_FRAMES = 6;
 constexpr std::int64_t NEW_NOISE_FRAMES = 24;
-// What is heard in the gaps of keying tells the noise also where a signal is.
+// The gaps of keying show the noise even where there is a signal.
 constexpr std::int64_t LOW_ONE_IN = 10;
 // Spectra overlap, so that so many of them are independent.
 constexpr double INDEPENDENT = 0.65;
@@ -41,20 +40,11 @@ Survey::Survey(const BandFormat& format, std::size_t stepSamples)
           kiss_fft_next_fast_size(static_cast<int>(2 * HOP_STEPS * stepSamples))))
     , m_bins(format.isComplex ? m_size : m_size / 2)
     , m_spacing_Hz(format.rate_Hz / static_cast<double>(m_size))
+    , m_window(2 * HOP_STEPS * stepSamples)
     , m_transform(kiss_fft_alloc(static_cast<int>(m_size), 0, nullptr, nullptr), kiss_fft_free)
 {
-    const std::size_t length = 2 * HOP_STEPS * stepSamples;
-    double sum = 0.0;
-    double squares = 0.0;
-    for (std::size_t n = 0; n < length; ++n) {
-        const double value = 0.5 - 0.5 * std::cos(2.0 * PI * (static_cast<double>(n) + 0.5) /
-                                                  static_cast<double>(length));
-        m_window.push_back(static_cast<float>(value));
-        sum += value;
-        squares += value * value;
-    }
-    m_toSignal = 1.0 / (sum * sum);
-    m_toNoise = 1.0 / (squares * static_cast<double>(stepSamples));
+    m_toSignal = 1.0 / (m_window.sum * m_window.sum);
+    m_toNoise = 1.0 / (m_window.squares * static_cast<double>(stepSamples));
     m_powers.resize(m_bins * static_cast<std::size_t>(KEPT_FRAMES));
     m_floors.resize((m_bins + PIECE_BINS - 1) / PIECE_BINS);
     m_usualFloors.resize(m_floors.size());
@@ -65,8 +55,8 @@ Survey::~Survey() = default;
 void Survey::compute(std::int64_t frame, const std::complex<float>* samples)
 {
     std::vector<std::complex<float>> input(m_size);
-    for (std::size_t n = 0; n < m_window.size(); ++n)
-        input[n] = samples[n] * m_window[n];
+    for (std::size_t n = 0; n < m_window.values.size(); ++n)
+        input[n] = samples[n] * m_window.values[n];
     std::vector<std::complex<float>> output(m_size);
     kiss_fft(m_transform.get(), reinterpret_cast<const kiss_fft_cpx*>(input.data()),
              reinterpret_cast<kiss_fft_cpx*>(output.data()));

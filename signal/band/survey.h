@@ -4,6 +4,7 @@
 #pragma once
 
 #include "signal/band/stepbank.h"
+#include "signal/samples/powerspectra.h"
 
 #include <complex>
 #include <cstddef>
@@ -38,7 +39,7 @@ public:
     Survey& operator=(const Survey&) = delete;
 
     /// Samples of a spectrum's window; frame n is centred on sample n * HOP_STEPS * stepSamples.
-    std::size_t windowSamples() const { return m_window.size(); }
+    std::size_t windowSamples() const { return m_window.values.size(); }
 
     /// Computes a spectrum; `samples` points to the begin of its window. Different frames may be
     /// computed by different threads at once.
@@ -50,7 +51,7 @@ public:
     /// Pieces into which the band is cut for what follows; different pieces may be looked at by
     /// different threads at once.
     std::size_t pieces() const { return m_floors.size(); }
-    /// Measures the noise of a piece anew, that of the last 0.75 s and, if `usual`, that of the
+    /// Measures the noise of a piece again, that of the last 0.75 s and, if `usual`, that of the
     /// last 3 s. The larger one counts.
     void measureNoise(std::size_t piece, bool usual = true);
     /// The keyed tones of a piece over the newest `count` frames, in order of frequency.
@@ -85,7 +86,7 @@ private:
     double m_spacing_Hz;
     double m_toSignal = 0.0; // from power in a spectrum to level of a tone, to noise of a step
     double m_toNoise = 0.0;
-    std::vector<float> m_window;
+    Window m_window;
     std::unique_ptr<kiss_fft_state, void (*)(void*)> m_transform;
     std::vector<float> m_powers;      // by frame, then bin, lowest frequency first
     std::vector<float> m_floors;      // by piece: power of a bin without signal

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Stage: crashes of static and clicks. They are wide, so that the power beside the tone tells them
-// from keying, and how much of what is at the tone is theirs.
+// Stage: crashes of static and clicks. They are wide, so that the power beside the tone
+// distinguishes them from keying, and shows how much of the power at the tone is theirs.
 #pragma once
 
 #include "signal/morse/parameters.h"

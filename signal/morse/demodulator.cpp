@@ -118,7 +118,7 @@ public:
         , m_decimator(settings.sampleRate_Hz)
         , m_rate_Hz(m_decimator.outputRate_Hz())
         , m_history(static_cast<std::size_t>(HISTORY_s * m_rate_Hz))
-        , m_finder(m_rate_Hz)
+        , m_finder(m_rate_Hz, settings.parameters.finder)
         , m_frame(m_finder.frameLength())
     {
         const auto limit = [](std::optional<double>& value, double least, double most) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// For whoever wants to look at a demodulator while it works, such as a picture of a doubtful
+// For looking at a demodulator while it works, for instance to draw a picture of a doubtful
 // passage. Nothing is computed for an observer, and it changes nothing.
 #pragma once
 

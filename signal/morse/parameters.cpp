@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <variant>
+#include <vector>
 
 namespace demodulator {
 
@@ -14,16 +15,23 @@ struct Row
     std::variant<double*, int*, unsigned*> value;
 };
 
-} // namespace
-
-bool setParameter(Parameters& parameters, const std::string& name, double value)
+// Every member of every part; the name is that of the member.
+std::vector<Row> rowsOf(Parameters& parameters)
 {
 #define ROW(member)                                                                                \
     Row                                                                                            \
     {                                                                                              \
 #member, &parameters.member                                                                \
     }
-    const Row rows[] = {
+    return {
+        ROW(finder.noiseNearest_Hz),
+        ROW(finder.noiseFarthest_Hz),
+        ROW(finder.beside_Hz),
+        ROW(finder.leastSwing),
+        ROW(finder.leastExcess),
+        ROW(finder.farthestShift_Hz),
+        ROW(finder.leastComplement),
+        ROW(finder.opposite),
         ROW(level.weakestRatio),
         ROW(level.span_s),
         ROW(level.memory_s),
@@ -72,7 +80,7 @@ bool setParameter(Parameters& parameters, const std::string& name, double value)
         ROW(timing.speedRatio),
         ROW(timing.usual_wpm),
         ROW(timing.usualDeviation),
-        ROW(timing.toldTolerance),
+        ROW(timing.knownTolerance),
         ROW(timing.longestGap_s),
         ROW(timing.longestGap_wordGaps),
         ROW(timing.longestMark_units),
@@ -188,9 +196,24 @@ bool setParameter(Parameters& parameters, const std::string& name, double value)
         ROW(attention.noiseSpan_s),
     };
 #undef ROW
+}
+
+} // namespace
+
+std::vector<std::string> parameterNames()
+{
+    Parameters parameters;
+    std::vector<std::string> names;
+    for (const Row& row : rowsOf(parameters))
+        names.emplace_back(row.name);
+    return names;
+}
+
+bool setParameter(Parameters& parameters, const std::string& name, double value)
+{
     if (!std::isfinite(value))
         return false;
-    for (const Row& row : rows) {
+    for (const Row& row : rowsOf(parameters)) {
         if (name != row.name)
             continue;
         std::visit(

@@ -1,18 +1,36 @@
 // SPDX-License-Identifier: MIT
 // What the stages are tuned with, a part per stage: value, unit, why, and the row of the reception
-// bench that tells when it is wrong. The bench hands in others to try them without building anew.
+// bench that shows when it is wrong. The bench passes other values to try them without building.
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace demodulator {
+
+/// Where a keyed tone may be (tonefinder.h).
+struct FinderParameters
+{
+    double noiseNearest_Hz = 40.0;   ///< a tone itself ends here: noise is looked for beyond
+    double noiseFarthest_Hz = 200.0; ///< narrow receiver filters end here (row: narrow)
+    double beside_Hz = 140.0;        ///< still within narrower ones (row: narrow)
+    // How much more the power of a keyed tone varies than noise does: that of noise alone varies as
+    // much as its mean (1), that of a carrier in noise up to twice (rows: hum, noise).
+    double leastSwing = 2.6;
+    double leastExcess = 1.6; ///< mean power over that of the surroundings (rows: snr-6, noise)
+    // The other tone of frequency shift keying: how far off it is at most, how much of our power it
+    // has at least, and how opposite (as a correlation) the two are (row: rtty10).
+    double farthestShift_Hz = 1000.0;
+    double leastComplement = 0.2;
+    double opposite = 0.5;
+};
 
 /// How strong the signal is (leveltracker.h). Power of one step over noise of one step is "ratio".
 struct LevelParameters
 {
     // Nothing weaker is looked for: -7.5 dB in 500 Hz (rows: snr-6, noise).
     double weakestRatio = 0.35;
-    // Marks not older than this tell the level, each with a weight that falls with its age. Weak
+    // Marks not older than this give the level, each with a weight that falls with its age. Weak
     // signals are averaged for longer, since one mark of theirs says little: below `weakRatio` in
     // proportion, at most so many times (rows: fading, snr-3).
     double span_s = 3.0;
@@ -29,7 +47,7 @@ struct ToneParameters
 {
     double span_s = 3.0;   ///< marks not older than this are looked at
     double memory_s = 2.0; ///< and weigh less with age (row: wander)
-    // No mark tells the tone better than this, however strong: chirp and clicks (row: chirp).
+    // No mark shows the tone better than this, however strong: chirp and clicks (row: chirp).
     double leastError_Hz = 0.3;
     double steepest_Hz_per_s = 1.0; ///< deviation of the drift that is expected (row: wander)
     double gain = 0.5;              ///< share of a correction that is made at once
@@ -110,14 +128,14 @@ struct LikelihoodParameters
 /// How long marks and gaps are (timingmodel.h). Lengths are units: of a dot at textbook timing.
 struct TimingParameters
 {
-    // Speeds are tried on a logarithmic scale; told a speed, only those within a tolerance. The
+    // Speeds are tried on a logarithmic scale; of a known speed, only those within a tolerance. The
     // prior is that of amateur traffic: a deviation of the logarithm (rows: clean, wpm8, wpm45).
     double fastest_wpm = 64.0;
     double slowest_wpm = 5.0;
     double speedRatio = 1.05;
     double usual_wpm = 20.0;
     double usualDeviation = 0.5;
-    double toldTolerance = 1.2;
+    double knownTolerance = 1.2;
 
     // Longer gaps are silence: this is where tables end, by time and by the mean of a word gap.
     double longestGap_s = 2.6;
@@ -155,7 +173,7 @@ struct TimingParameters
     double memory = 40.0;
     double farthest_deviations = 3.0;
     // What is learnt stays within these: nobody keys more evenly than 6 % of a unit, as far as
-    // steps can tell; weights beyond half a unit and dashes beyond these are another speed.
+    // steps can show; weights beyond half a unit and dashes beyond these are another speed.
     double leastDeviation_units = 0.06;
     double leastDashDeviation_units = 0.1;
     double leastUnit = 0.7;
@@ -303,6 +321,7 @@ struct AttentionParameters
 
 struct Parameters
 {
+    FinderParameters finder;
     LevelParameters level;
     ToneParameters tone;
     PhaseParameters phase;
@@ -315,7 +334,10 @@ struct Parameters
     AttentionParameters attention;
 };
 
-/// Sets "part.member" by its name, for sweeps; false when there is none, or it is no number.
+/// The names of all members, as "part.member".
+std::vector<std::string> parameterNames();
+
+/// Sets "part.member" by its name, for sweeps; false when there is none, or it is not a number.
 bool setParameter(Parameters& parameters, const std::string& name, double value);
 
 } // namespace demodulator

@@ -197,7 +197,7 @@ void SignalChain::judge(const Path& path, const std::vector<bool>& isForeign)
     m_verdict = all.verdict();
 }
 
-// The marks of the path that are over and young enough to tell something.
+// The marks of the path that have ended and are recent enough to matter.
 std::vector<HeardMark> SignalChain::heardMarks(const Path& path,
                                                const std::vector<bool>& isForeign) const
 {

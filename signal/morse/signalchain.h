@@ -29,7 +29,7 @@ struct SignalGuess
     double noise;  ///< variance that noise gives one step
 };
 
-/// Whoever has the sound makes the steps, one every STEP_s, without holes. A mixer may follow
+/// The owner of the sound makes the steps, one every STEP_s, without gaps. A mixer may follow
 /// tone_Hz() from step to step, which wanders with the signal, or stand still or move in strides:
 /// Step::tone_Hz says where it was, and the chain turns the step by the difference. What is lost is
 /// what the mixer's own window takes away that far off (0.7 dB at 30 Hz for a Hann window of three
@@ -52,8 +52,7 @@ public:
     void setNoise(double noise);
     /// What is pushed after the end is ignored.
     void push(const Step& step);
-    /// Decides what lies before a pause that goes on now, so that whoever sends next does not bear
-    /// on it.
+    /// Decides what lies before the present pause, so that the next sender does not affect it.
     void settle();
     /// End of the signal: what is pending is decided now.
     void finish();

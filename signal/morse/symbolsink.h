@@ -15,7 +15,7 @@ struct SignalReport
 };
 
 /// Receives what is heard, in order of time. Times are microseconds of signal since the first
-/// sample; the computer's clock plays no part. Called from whoever pushes the sound, in its thread.
+/// sample; the computer's clock plays no part. Called in the thread that pushes the sound.
 ///
 /// Symbol codes as the host contract numbers them: 0 dot, 1 dash, 3 end of character, 4 end of
 /// word, 64 dot too short, 65 dash too long, 66 pause too short.

@@ -54,8 +54,8 @@ TimingModel::TimingModel(double step_s, std::optional<double> speed_wpm,
     double fastest_wpm = parameters.fastest_wpm;
     double slowest_wpm = parameters.slowest_wpm;
     if (speed_wpm) {
-        fastest_wpm = *speed_wpm * parameters.toldTolerance;
-        slowest_wpm = *speed_wpm / parameters.toldTolerance;
+        fastest_wpm = *speed_wpm * parameters.knownTolerance;
+        slowest_wpm = *speed_wpm / parameters.knownTolerance;
     }
     double total = 0.0;
     for (double speed = fastest_wpm; speed >= slowest_wpm; speed /= parameters.speedRatio) {

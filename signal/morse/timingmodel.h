@@ -55,7 +55,7 @@ struct DurationTable
 class TimingModel
 {
 public:
-    /// Speeds on a logarithmic scale, the fastest first; a told speed leaves those near it.
+    /// Speeds on a logarithmic scale, the fastest first; of a known speed those near it.
     TimingModel(double step_s, std::optional<double> speed_wpm,
                 const TimingParameters& parameters = {});
 

@@ -2,29 +2,18 @@
 #include "signal/morse/tonefinder.h"
 
 #include "signal/morse/limits.h"
+#include "signal/timing.h"
 
 #include <algorithm>
 #include <cmath>
-#include <kiss_fftr.h>
 
 namespace demodulator {
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
-constexpr double NOISE_NEAREST_Hz = 40.0; // the tone itself ends here
-constexpr double NOISE_WIDTH_Hz = 200.0;  // narrow receiver filters end here
-constexpr double BESIDE_Hz = 140.0;       // still within narrower ones
-// Power of noise alone varies as much as its mean (1); a carrier in noise up to twice.
-constexpr double LEAST_SWING = 2.6;
+constexpr double LOWEST_Hz = 60.0; // below that, a filter's edge and hum
 // The power of noise in a bin is exponentially distributed: so much of its mean is its median.
 constexpr double MEDIAN_OF_POWER = 0.693;
-// The other tone of frequency shift keying: how far off it is at most, how much of our power it has
-// at least, and how opposite (as a correlation) the two are.
-constexpr double FARTHEST_SHIFT_Hz = 1000.0;
-constexpr double LEAST_COMPLEMENT = 0.2;
-constexpr double OPPOSITE = 0.5;
-constexpr double LEAST_EXCESS = 1.6; // mean power over that of the surroundings
 
 // The value below which one in so many lies.
 double quantile(std::vector<float>& values, std::size_t oneIn)
@@ -41,60 +30,45 @@ double median(std::vector<float>& values)
     return quantile(values, 2);
 }
 
+// The frame, padded for a finer look.
+std::size_t transformSize(std::size_t length)
+{
+    std::size_t size = 2;
+    while (size < 2 * length)
+        size *= 2;
+    return size;
+}
+
+std::size_t samplesIn(double seconds, double rate_Hz)
+{
+    return static_cast<std::size_t>(std::lround(seconds * rate_Hz));
+}
+
 } // namespace
 
-ToneFinder::ToneFinder(double rate_Hz)
-    : m_rate_Hz(rate_Hz)
-    , m_hop(static_cast<std::size_t>(std::lround(HOP_s * rate_Hz)))
-    , m_size(2)
-    , m_transform(nullptr, kiss_fftr_free)
+ToneFinder::ToneFinder(double rate_Hz, const FinderParameters& parameters)
+    : m_parameters(parameters)
+    , m_rate_Hz(rate_Hz)
+    , m_hop(samplesIn(HOP_s, rate_Hz))
+    , m_spectra(samplesIn(FRAME_s, rate_Hz), transformSize(samplesIn(FRAME_s, rate_Hz)),
+                KEPT_FRAMES)
 {
-    const auto length = static_cast<std::size_t>(std::lround(FRAME_s * rate_Hz));
-    for (std::size_t n = 0; n < length; ++n) {
-        const double value = 0.5 - 0.5 * std::cos(2.0 * PI * (static_cast<double>(n) + 0.5) /
-                                                  static_cast<double>(length));
-        m_window.push_back(static_cast<float>(value));
-        m_windowSum += value;
-        m_windowSquares += value * value;
-    }
-    while (m_size < 2 * length)
-        m_size *= 2;
-    m_transform.reset(kiss_fftr_alloc(static_cast<int>(m_size), 0, nullptr, nullptr));
-    m_input.assign(m_size, 0.0F);
-    m_output.resize(m_size / 2 + 1);
-    m_bins = m_size / 2;
-    m_powers.assign(m_bins * static_cast<std::size_t>(KEPT_FRAMES), 0.0F);
-}
-
-void ToneFinder::push(const float* samples)
-{
-    for (std::size_t n = 0; n < m_window.size(); ++n)
-        m_input[n] = samples[n] * m_window[n];
-    kiss_fftr(m_transform.get(), m_input.data(), reinterpret_cast<kiss_fft_cpx*>(m_output.data()));
-    float* powers = &m_powers[static_cast<std::size_t>(m_frames % KEPT_FRAMES) * m_bins];
-    for (std::size_t bin = 0; bin < m_bins; ++bin)
-        powers[bin] = std::norm(m_output[bin]);
-    ++m_frames;
-}
-
-const float* ToneFinder::frame(std::int64_t age) const
-{
-    return &m_powers[static_cast<std::size_t>((m_frames - 1 - age) % KEPT_FRAMES) * m_bins];
 }
 
 std::size_t ToneFinder::binOf(double frequency_Hz) const
 {
-    const double bin = frequency_Hz * static_cast<double>(m_size) / m_rate_Hz;
-    return static_cast<std::size_t>(std::clamp(bin + 0.5, 1.0, static_cast<double>(m_bins - 2)));
+    const double bin = frequency_Hz * static_cast<double>(m_spectra.size()) / m_rate_Hz;
+    return static_cast<std::size_t>(
+        std::clamp(bin + 0.5, 1.0, static_cast<double>(m_spectra.bins() - 3)));
 }
 
 std::vector<float> ToneFinder::meanPower(std::int64_t count, std::size_t first,
                                          std::size_t last) const
 {
     std::vector<float> mean(last - first + 1, 0.0F);
-    count = std::min({count, m_frames, KEPT_FRAMES});
+    count = m_spectra.available(count);
     for (std::int64_t age = 0; age < count; ++age) {
-        const float* powers = frame(age) + first;
+        const float* powers = m_spectra.frame(age) + first;
         for (std::size_t i = 0; i < mean.size(); ++i)
             mean[i] += powers[i];
     }
@@ -105,28 +79,28 @@ std::vector<float> ToneFinder::meanPower(std::int64_t count, std::size_t first,
 
 double ToneFinder::power(double tone_Hz, std::int64_t age, std::int64_t count) const
 {
-    const std::int64_t end = std::min({age + count, m_frames, KEPT_FRAMES});
+    const std::int64_t end = m_spectra.available(age + count);
     const std::size_t bin = binOf(tone_Hz);
     double sum = 0.0;
     for (std::int64_t i = age; i < end; ++i)
-        sum += static_cast<double>(frame(i)[bin]);
+        sum += static_cast<double>(m_spectra.frame(i)[bin]);
     return end > age ? sum / static_cast<double>(end - age) : 0.0;
 }
 
 bool ToneFinder::hasComplement(double tone_Hz, std::int64_t count) const
 {
-    count = std::min({count, m_frames, KEPT_FRAMES});
+    count = m_spectra.available(count);
     if (count < 4)
         return false;
     const std::size_t own = binOf(tone_Hz);
-    const std::size_t first = binOf(std::max(60.0, tone_Hz - FARTHEST_SHIFT_Hz));
-    const std::size_t last = binOf(tone_Hz + FARTHEST_SHIFT_Hz);
+    const std::size_t first = binOf(std::max(LOWEST_Hz, tone_Hz - m_parameters.farthestShift_Hz));
+    const std::size_t last = binOf(tone_Hz + m_parameters.farthestShift_Hz);
     const std::vector<float> mean = meanPower(count, first, last);
     const double ownMean = static_cast<double>(mean[own - first]);
     std::vector<double> variance(mean.size(), 0.0);
     std::vector<double> common(mean.size(), 0.0);
     for (std::int64_t age = 0; age < count; ++age) {
-        const float* powers = frame(age);
+        const float* powers = m_spectra.frame(age);
         const double ownOff = static_cast<double>(powers[own]) - ownMean;
         for (std::size_t i = 0; i < mean.size(); ++i) {
             const double off = static_cast<double>(powers[first + i] - mean[i]);
@@ -136,8 +110,8 @@ bool ToneFinder::hasComplement(double tone_Hz, std::int64_t count) const
     }
     for (std::size_t i = 0; i < mean.size(); ++i) {
         const double product = std::sqrt(variance[i] * variance[own - first]);
-        if (static_cast<double>(mean[i]) > LEAST_COMPLEMENT * ownMean &&
-            common[i] < -OPPOSITE * product)
+        if (static_cast<double>(mean[i]) > m_parameters.leastComplement * ownMean &&
+            common[i] < -m_parameters.opposite * product)
             return true;
     }
     return false;
@@ -145,42 +119,42 @@ bool ToneFinder::hasComplement(double tone_Hz, std::int64_t count) const
 
 double ToneFinder::noiseNear(double tone_Hz, std::int64_t count) const
 {
-    const std::size_t first = binOf(std::max(60.0, tone_Hz - NOISE_WIDTH_Hz));
-    const std::size_t last = binOf(tone_Hz + NOISE_WIDTH_Hz);
-    const std::size_t below = binOf(tone_Hz - NOISE_NEAREST_Hz);
-    const std::size_t above = binOf(tone_Hz + NOISE_NEAREST_Hz);
+    const std::size_t first = binOf(std::max(LOWEST_Hz, tone_Hz - m_parameters.noiseFarthest_Hz));
+    const std::size_t last = binOf(tone_Hz + m_parameters.noiseFarthest_Hz);
+    const std::size_t below = binOf(tone_Hz - m_parameters.noiseNearest_Hz);
+    const std::size_t above = binOf(tone_Hz + m_parameters.noiseNearest_Hz);
     const std::vector<float> mean = meanPower(count, first, last);
     std::vector<float> around;
     for (std::size_t bin = first; bin <= last; ++bin) {
         if (bin <= below || bin >= above)
             around.push_back(mean[bin - first]);
     }
-    return median(around) / m_windowSquares;
+    return median(around) / m_spectra.window().squares;
 }
 
 double ToneFinder::floorNear(double tone_Hz, std::int64_t age) const
 {
-    if (age < 0 || age >= std::min(m_frames, KEPT_FRAMES))
+    if (age < 0 || age >= m_spectra.available(KEPT_FRAMES))
         return 0.0;
-    const float* powers = frame(age);
+    const float* powers = m_spectra.frame(age);
     std::vector<float> around;
     const auto add = [&](double from_Hz, double to_Hz) {
         const std::size_t last = binOf(to_Hz);
-        for (std::size_t bin = binOf(std::max(60.0, from_Hz)); bin <= last; ++bin)
+        for (std::size_t bin = binOf(std::max(LOWEST_Hz, from_Hz)); bin <= last; ++bin)
             around.push_back(powers[bin]);
     };
-    add(tone_Hz - NOISE_WIDTH_Hz, tone_Hz - NOISE_NEAREST_Hz);
-    add(tone_Hz + NOISE_NEAREST_Hz, tone_Hz + NOISE_WIDTH_Hz);
-    return median(around) / (MEDIAN_OF_POWER * m_windowSquares);
+    add(tone_Hz - m_parameters.noiseFarthest_Hz, tone_Hz - m_parameters.noiseNearest_Hz);
+    add(tone_Hz + m_parameters.noiseNearest_Hz, tone_Hz + m_parameters.noiseFarthest_Hz);
+    return median(around) / (MEDIAN_OF_POWER * m_spectra.window().squares);
 }
 
 double ToneFinder::noiseInGaps(double tone_Hz, std::int64_t count) const
 {
     const std::size_t bin = binOf(tone_Hz);
     std::vector<float> powers;
-    for (std::int64_t age = 0; age < std::min({count, m_frames, KEPT_FRAMES}); ++age)
-        powers.push_back(frame(age)[bin]);
-    return quantile(powers, 10) / m_windowSquares;
+    for (std::int64_t age = 0; age < m_spectra.available(count); ++age)
+        powers.push_back(m_spectra.frame(age)[bin]);
+    return quantile(powers, 10) / m_spectra.window().squares;
 }
 
 // The stronger of both sides: at the edge of a receiver's filter there is noise on one side only,
@@ -189,16 +163,17 @@ double ToneFinder::noiseBeside(double tone_Hz, std::int64_t count) const
 {
     const auto side = [&](double from_Hz, double to_Hz) {
         std::vector<float> powers = meanPower(count, binOf(from_Hz), binOf(to_Hz));
-        return median(powers) / m_windowSquares;
+        return median(powers) / m_spectra.window().squares;
     };
-    return std::max(side(std::max(60.0, tone_Hz - BESIDE_Hz), tone_Hz - NOISE_NEAREST_Hz),
-                    side(tone_Hz + NOISE_NEAREST_Hz, tone_Hz + BESIDE_Hz));
+    return std::max(side(std::max(LOWEST_Hz, tone_Hz - m_parameters.beside_Hz),
+                         tone_Hz - m_parameters.noiseNearest_Hz),
+                    side(tone_Hz + m_parameters.noiseNearest_Hz, tone_Hz + m_parameters.beside_Hz));
 }
 
 std::optional<ToneCandidate> ToneFinder::find(std::int64_t count, const Band& band,
                                               const std::vector<Band>& leftOut) const
 {
-    count = std::min({count, m_frames, KEPT_FRAMES});
+    count = m_spectra.available(count);
     if (count < 4)
         return {};
     const std::size_t first = binOf(band.lowest_Hz);
@@ -208,13 +183,13 @@ std::optional<ToneCandidate> ToneFinder::find(std::int64_t count, const Band& ba
     const std::vector<float> mean = meanPower(count, first, last);
     std::vector<float> variance(mean.size(), 0.0F);
     for (std::int64_t age = 0; age < count; ++age) {
-        const float* powers = frame(age) + first;
+        const float* powers = m_spectra.frame(age) + first;
         for (std::size_t i = 0; i < mean.size(); ++i) {
             const float difference = powers[i] - mean[i];
             variance[i] += difference * difference;
         }
     }
-    const double binWidth_Hz = m_rate_Hz / static_cast<double>(m_size);
+    const double binWidth_Hz = m_rate_Hz / static_cast<double>(m_spectra.size());
     std::vector<bool> isLeftOut(mean.size(), false);
     for (const Band& out : leftOut) {
         for (std::size_t bin = binOf(out.lowest_Hz); bin <= binOf(out.highest_Hz); ++bin) {
@@ -250,18 +225,19 @@ std::optional<ToneCandidate> ToneFinder::find(std::int64_t count, const Band& ba
     ToneCandidate candidate;
     candidate.tone_Hz = (static_cast<double>(first + best) + shift) * binWidth_Hz;
     candidate.noise = noiseBeside(candidate.tone_Hz, count);
-    const double noisePower = candidate.noise * m_windowSquares;
+    const double noisePower = candidate.noise * m_spectra.window().squares;
     const double excess = centre - noisePower;
     const double spread = variance[best];
-    if (!(centre > 0.0) || centre < LEAST_EXCESS * noisePower)
+    if (!(centre > 0.0) || centre < m_parameters.leastExcess * noisePower)
         return {};
     candidate.swing = spread / (centre * std::max(noisePower, 1e-4 * centre));
-    if (candidate.swing < LEAST_SWING)
+    if (candidate.swing < m_parameters.leastSwing)
         return {};
     // With the key down a share q of the time: excess = q P, spread = q (1 - q) P^2 + noise terms.
     const double keyed = spread - noisePower * noisePower - 2.0 * excess * noisePower;
     const double power = excess + std::max(0.0, keyed / excess);
-    candidate.level = power / (m_windowSum * m_windowSum);
+    const double windowSum = m_spectra.window().sum;
+    candidate.level = power / (windowSum * windowSum);
     return candidate;
 }
 

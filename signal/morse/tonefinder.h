@@ -3,16 +3,12 @@
 // tone is where the power swings far more than noise or a steady carrier does.
 #pragma once
 
-#include "signal/samples/samples.h"
-#include "signal/timing.h"
+#include "signal/morse/parameters.h"
+#include "signal/samples/powerspectra.h"
 
-#include <complex>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <vector>
-
-struct kiss_fftr_state;
 
 namespace demodulator {
 
@@ -27,17 +23,17 @@ struct ToneCandidate
 class ToneFinder
 {
 public:
-    explicit ToneFinder(double rate_Hz);
+    explicit ToneFinder(double rate_Hz, const FinderParameters& parameters = {});
 
     static constexpr std::int64_t KEPT_FRAMES = 256; ///< 8 s
 
     /// Samples of one frame, and between the begins of two.
-    std::size_t frameLength() const { return m_window.size(); }
+    std::size_t frameLength() const { return m_spectra.window().values.size(); }
     std::size_t hop() const { return m_hop; }
 
     /// The spectrum of frameLength() samples becomes the newest frame.
-    void push(const float* samples);
-    std::int64_t frames() const { return m_frames; }
+    void push(const float* samples) { m_spectra.push(samples); }
+    std::int64_t frames() const { return m_spectra.frames(); }
 
     struct Band
     {
@@ -68,20 +64,11 @@ private:
     double noiseBeside(double tone_Hz, std::int64_t count) const;
     std::vector<float> meanPower(std::int64_t count, std::size_t first, std::size_t last) const;
     std::size_t binOf(double frequency_Hz) const;
-    const float* frame(std::int64_t age) const;
 
+    FinderParameters m_parameters;
     double m_rate_Hz;
     std::size_t m_hop;
-    std::size_t m_size; // of the transform: the frame, padded for a finer look
-    std::vector<float> m_window;
-    double m_windowSum = 0.0;
-    double m_windowSquares = 0.0;
-    std::unique_ptr<kiss_fftr_state, void (*)(void*)> m_transform;
-    std::vector<float> m_input;
-    std::vector<std::complex<float>> m_output;
-    std::size_t m_bins;
-    std::vector<float> m_powers; // ring of frames
-    std::int64_t m_frames = 0;
+    PowerSpectra m_spectra;
 };
 
 } // namespace demodulator

@@ -154,11 +154,11 @@ class Search
 {
 public:
     Search(const demodulator::SampleHistory& history, const Spectrum& spectrum, double rate_Hz,
-           const Told& told, std::int64_t begin, std::int64_t end)
+           const Known& known, std::int64_t begin, std::int64_t end)
         : m_history(history)
         , m_spectrum(spectrum)
         , m_rate_Hz(rate_Hz)
-        , m_told(told)
+        , m_known(known)
         , m_begin(begin)
         , m_end(end)
         , m_span_s(static_cast<double>(end - begin) / rate_Hz)
@@ -168,7 +168,7 @@ public:
     std::optional<Acquired> run()
     {
         std::map<double, std::vector<LineKind>> bySpeed;
-        for (const LineKind& kind : kindsToTry(m_told))
+        for (const LineKind& kind : kindsToTry(m_known))
             bySpeed[kind.baud].push_back(kind);
         std::map<std::size_t, std::vector<TonePair>> mixed;
         std::map<std::size_t, std::vector<ByTone<double>>> tones;
@@ -186,7 +186,7 @@ private:
     // Pairs of tones of which one is on at a time.
     void mix(double baud, std::vector<ByTone<double>>& tones, std::vector<TonePair>& mixed)
     {
-        for (const ByTone<double>& pair : m_spectrum.pairs(m_told, baud, m_span_s)) {
+        for (const ByTone<double>& pair : m_spectrum.pairs(m_known, baud, m_span_s)) {
             TonePair both(m_history, m_rate_Hz, pair, m_begin, m_end);
             if (exclusionOf(both, m_rate_Hz) < LEAST_EXCLUSION)
                 continue;
@@ -205,7 +205,7 @@ private:
         for (const bool reversed : {false, true}) {
             if (reversed)
                 exchangeTones(evidence);
-            if (m_told.reversed && *m_told.reversed != reversed)
+            if (m_known.reversed && *m_known.reversed != reversed)
                 continue;
             for (const LineKind& kind : kinds) {
                 Attempt tried = attempt(evidence, kind);
@@ -287,7 +287,7 @@ private:
     const demodulator::SampleHistory& m_history;
     const Spectrum& m_spectrum;
     double m_rate_Hz;
-    const Told& m_told;
+    const Known& m_known;
     std::int64_t m_begin;
     std::int64_t m_end;
     double m_span_s;
@@ -297,10 +297,10 @@ private:
 } // namespace
 
 std::optional<Acquired> acquire(const demodulator::SampleHistory& history, const Spectrum& spectrum,
-                                double rate_Hz, const Told& told, std::int64_t begin,
+                                double rate_Hz, const Known& known, std::int64_t begin,
                                 std::int64_t end)
 {
-    return Search(history, spectrum, rate_Hz, told, begin, end).run();
+    return Search(history, spectrum, rate_Hz, known, begin, end).run();
 }
 
 } // namespace teleprinter

@@ -34,7 +34,7 @@ struct Acquired
 
 /// `begin` and `end`: samples of the history. Nothing where nothing is sure.
 std::optional<Acquired> acquire(const demodulator::SampleHistory& history, const Spectrum& spectrum,
-                                double rate_Hz, const Told& told, std::int64_t begin,
+                                double rate_Hz, const Known& known, std::int64_t begin,
                                 std::int64_t end);
 
 } // namespace teleprinter

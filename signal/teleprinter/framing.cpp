@@ -214,7 +214,7 @@ Frames findFrames(const Evidence& evidence, const FrameSearch& search, const Pau
 
     for (int node = from; node <= last; ++node) {
         const auto i = static_cast<std::size_t>(node);
-        // The element that has its middle here tells whether the line idles.
+        // The element that has its middle here shows whether the line idles.
         const auto middle = static_cast<std::size_t>(std::max(0, node - NODES / 2));
         const float gain = search.coherent ? evidence.phaseGains[MARK][middle] : 0.0F;
         const float mark = (evidence.likelihoods[MARK][middle] + gain) / NODES;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Stage: start and stop elements. Which characters were sent, and when, is searched as a whole:
 // every place may begin a character, and the best sequence of characters and pauses between them
-// wins, so that one wrong start element is righted by those that follow.
+// wins, so that one wrong start element is corrected by those that follow.
 #pragma once
 
 #include "signal/teleprinter/evidence.h"

@@ -33,24 +33,24 @@ bool isSameLine(const Line& a, const Line& b)
            std::fabs(a.space_Hz - b.space_Hz) < near_Hz;
 }
 
-std::vector<LineKind> kindsToTry(const Told& told)
+std::vector<LineKind> kindsToTry(const Known& known)
 {
     std::vector<LineKind> kinds;
     for (const LineKind& row : lineKinds()) {
-        if (!told.codes.empty() &&
-            std::find(told.codes.begin(), told.codes.end(), row.code) == told.codes.end())
+        if (!known.codes.empty() &&
+            std::find(known.codes.begin(), known.codes.end(), row.code) == known.codes.end())
             continue;
-        if (!told.baud) {
+        if (!known.baud) {
             kinds.push_back(row);
             continue;
         }
-        // Told a speed, each code and length is tried once, at the speed told.
+        // With a known speed, each code and length is tried once, at that speed.
         const bool isThere = std::any_of(kinds.begin(), kinds.end(), [&](const LineKind& kind) {
             return kind.code == row.code && kind.dataBits == row.dataBits;
         });
         if (!isThere &&
-            (row.code != Code::Ccir476 || std::fabs(*told.baud / row.baud - 1.0) < SAME_SPEED))
-            kinds.push_back({row.code, *told.baud, row.dataBits});
+            (row.code != Code::Ccir476 || std::fabs(*known.baud / row.baud - 1.0) < SAME_SPEED))
+            kinds.push_back({row.code, *known.baud, row.dataBits});
     }
     return kinds;
 }

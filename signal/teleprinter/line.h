@@ -44,7 +44,7 @@ struct Line
 /// The tones are a little off at most, all else is equal.
 bool isSameLine(const Line& a, const Line& b);
 
-/// Limits of what can be told and found.
+/// Limits of what can be set and found.
 constexpr double LOWEST_BAUD = 40.0;
 constexpr double HIGHEST_BAUD = 300.0;
 constexpr double LEAST_SHIFT_Hz = 70.0;
@@ -52,8 +52,8 @@ constexpr double MOST_SHIFT_Hz = 1100.0;
 constexpr double LOWEST_TONE_Hz = 200.0;
 constexpr double HIGHEST_TONE_Hz = 3600.0;
 
-/// What is told of a signal beforehand; the rest is found.
-struct Told
+/// What is known of a signal beforehand; the rest is found.
+struct Known
 {
     std::vector<Code> codes; ///< those to look for; all without any
     std::optional<double> baud;
@@ -62,7 +62,7 @@ struct Told
     std::optional<bool> reversed;
 };
 
-/// The rows of lineKinds() that fit what was told; a speed of no row brings rows of its own.
-std::vector<LineKind> kindsToTry(const Told& told);
+/// The rows of lineKinds() that fit what is known; a speed of no row adds rows of its own.
+std::vector<LineKind> kindsToTry(const Known& known);
 
 } // namespace teleprinter

@@ -131,7 +131,7 @@ private:
         const std::int64_t end = m_history.end();
         const std::int64_t begin =
             std::max({m_heardUntil, end - samples(seconds), std::int64_t{0}});
-        return acquire(m_history, m_spectrum, m_rate_Hz, m_settings.told, begin, end);
+        return acquire(m_history, m_spectrum, m_rate_Hz, m_settings.known, begin, end);
     }
 
     void search()

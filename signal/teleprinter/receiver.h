@@ -29,7 +29,7 @@ public:
 struct Settings
 {
     double sampleRate_Hz = 8000.0;
-    Told told;
+    Known known;
     Unshift unshift = Unshift::WhereSenderDoes;
 };
 

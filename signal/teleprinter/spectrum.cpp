@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <kiss_fftr.h>
 
 namespace teleprinter {
 
@@ -15,9 +16,9 @@ constexpr double LEAST_EXCESS = 1.35;     // power of a tone over that of the no
 constexpr double MOST_UNEQUAL = 300.0;    // powers of two tones of one signal that fades
 constexpr std::size_t MOST_PEAKS = 7;
 constexpr std::size_t MOST_PAIRS = 8;
-constexpr double TOLD_TOLERANCE_Hz = 50.0;
-constexpr double TOLD_SHIFT_TOLERANCE = 0.12; // of the shift, and as much of the speed
-constexpr double LEAST_INDEX = 0.45;          // shift over speed
+constexpr double KNOWN_TOLERANCE_Hz = 50.0;
+constexpr double KNOWN_SHIFT_TOLERANCE = 0.12; // of the shift, and as much of the speed
+constexpr double LEAST_INDEX = 0.45;           // shift over speed
 constexpr double LEAST_REACH_Hz = 22.0;
 constexpr double TONE_REACH = 0.25; // of the speed
 constexpr double NOISE_REACH_Hz = 250.0;
@@ -37,53 +38,33 @@ struct Peak
     double excess; // over the noise about it
 };
 
+std::size_t frameLength(double rate_Hz)
+{
+    const int wanted = static_cast<int>(std::lround(FRAME_s * rate_Hz));
+    return static_cast<std::size_t>(kiss_fftr_next_fast_size_real(wanted));
+}
+
 } // namespace
 
 Spectrum::Spectrum(double rate_Hz)
     : m_rate_Hz(rate_Hz)
-    , m_transform(nullptr, kiss_fftr_free)
+    , m_spectra(frameLength(rate_Hz), frameLength(rate_Hz), KEPT_FRAMES)
 {
-    const int wanted = static_cast<int>(std::lround(FRAME_s * rate_Hz));
-    const auto length = static_cast<std::size_t>(kiss_fftr_next_fast_size_real(wanted));
-    m_hop = length / 2;
-    for (std::size_t n = 0; n < length; ++n) {
-        const double value = 0.5 - 0.5 * std::cos(2.0 * PI * (static_cast<double>(n) + 0.5) /
-                                                  static_cast<double>(length));
-        m_window.push_back(static_cast<float>(value));
-        m_windowSquares += value * value;
-    }
-    m_transform.reset(kiss_fftr_alloc(static_cast<int>(length), 0, nullptr, nullptr));
-    m_input.resize(length);
-    m_bins = length / 2 + 1;
-    m_output.resize(m_bins);
-    m_powers.assign(m_bins * static_cast<std::size_t>(KEPT_FRAMES), 0.0F);
-}
-
-void Spectrum::push(const float* samples)
-{
-    for (std::size_t n = 0; n < m_window.size(); ++n)
-        m_input[n] = samples[n] * m_window[n];
-    kiss_fftr(m_transform.get(), m_input.data(), reinterpret_cast<kiss_fft_cpx*>(m_output.data()));
-    float* powers = &m_powers[static_cast<std::size_t>(m_frames % KEPT_FRAMES) * m_bins];
-    for (std::size_t bin = 0; bin < m_bins; ++bin)
-        powers[bin] = std::norm(m_output[bin]);
-    ++m_frames;
 }
 
 std::vector<double> Spectrum::meanPower(double seconds) const
 {
-    std::vector<double> mean(m_bins, 0.0);
-    const auto wanted = std::llround(seconds * m_rate_Hz / static_cast<double>(m_hop));
-    const std::int64_t count = std::min<std::int64_t>({wanted, m_frames, KEPT_FRAMES});
-    for (std::int64_t age = 1; age <= count; ++age) {
-        const float* powers =
-            &m_powers[static_cast<std::size_t>((m_frames - age) % KEPT_FRAMES) * m_bins];
-        for (std::size_t bin = 0; bin < m_bins; ++bin)
+    std::vector<double> mean(m_spectra.bins(), 0.0);
+    const auto wanted = std::llround(seconds * m_rate_Hz / static_cast<double>(hop()));
+    const std::int64_t count = m_spectra.available(wanted);
+    for (std::int64_t age = 0; age < count; ++age) {
+        const float* powers = m_spectra.frame(age);
+        for (std::size_t bin = 0; bin < m_spectra.bins(); ++bin)
             mean[bin] += static_cast<double>(powers[bin]);
     }
     // As variance of a sample of white noise.
     const double scale =
-        1.0 / (m_windowSquares * static_cast<double>(std::max<std::int64_t>(1, count)));
+        1.0 / (m_spectra.window().squares * static_cast<double>(std::max<std::int64_t>(1, count)));
     for (double& power : mean)
         power *= scale;
     return mean;
@@ -95,19 +76,19 @@ std::size_t Spectrum::reach(double baud) const
     return static_cast<std::size_t>(std::max(1L, std::lround(width_Hz / binWidth_Hz())));
 }
 
-std::vector<ByTone<double>> Spectrum::pairs(const Told& told, double baud, double seconds) const
+std::vector<ByTone<double>> Spectrum::pairs(const Known& known, double baud, double seconds) const
 {
     const std::vector<double> power = meanPower(seconds);
     const double width_Hz = binWidth_Hz();
     const auto binOf = [&](double tone_Hz) {
         return static_cast<std::size_t>(
-            std::clamp(tone_Hz / width_Hz, 0.0, static_cast<double>(m_bins - 1)));
+            std::clamp(tone_Hz / width_Hz, 0.0, static_cast<double>(m_spectra.bins() - 1)));
     };
     const std::size_t reach = this->reach(baud);
     const std::size_t first = std::max(binOf(LOWEST_TONE_Hz), reach);
     const std::size_t last =
-        std::min(binOf(std::min(HIGHEST_TONE_Hz, 0.47 * m_rate_Hz)), m_bins - 1 - reach);
-    std::vector<double> smooth(m_bins, 0.0);
+        std::min(binOf(std::min(HIGHEST_TONE_Hz, 0.47 * m_rate_Hz)), m_spectra.bins() - 1 - reach);
+    std::vector<double> smooth(m_spectra.bins(), 0.0);
     for (std::size_t bin = first; bin <= last; ++bin) {
         double sum = 0.0;
         double weights = 0.0;
@@ -155,17 +136,17 @@ std::vector<ByTone<double>> Spectrum::pairs(const Told& told, double baud, doubl
         double rank;
     };
     std::vector<Ranked> ranked;
-    const double tolerance_Hz = TOLD_SHIFT_TOLERANCE * (told.shift_Hz.value_or(0.0) + baud);
+    const double tolerance_Hz = KNOWN_SHIFT_TOLERANCE * (known.shift_Hz.value_or(0.0) + baud);
     for (const Peak& lower : peaks) {
         for (const Peak& upper : peaks) {
             const double shift_Hz = upper.tone_Hz - lower.tone_Hz;
             if (shift_Hz < LEAST_SHIFT_Hz || shift_Hz > MOST_SHIFT_Hz ||
                 shift_Hz < LEAST_INDEX * baud)
                 continue;
-            if (told.shift_Hz && std::fabs(shift_Hz - *told.shift_Hz) > tolerance_Hz)
+            if (known.shift_Hz && std::fabs(shift_Hz - *known.shift_Hz) > tolerance_Hz)
                 continue;
-            if (told.centre_Hz && std::fabs(0.5 * (upper.tone_Hz + lower.tone_Hz) -
-                                            *told.centre_Hz) > TOLD_TOLERANCE_Hz)
+            if (known.centre_Hz && std::fabs(0.5 * (upper.tone_Hz + lower.tone_Hz) -
+                                             *known.centre_Hz) > KNOWN_TOLERANCE_Hz)
                 continue;
             const double ratio = (upper.excess - 1.0) / (lower.excess - 1.0);
             if (ratio > MOST_UNEQUAL || ratio < 1.0 / MOST_UNEQUAL)
@@ -191,7 +172,7 @@ double Spectrum::noise(double lower_Hz, double upper_Hz, double baud, double sec
     for (double reach_Hz = NOISE_REACH_Hz; beside.size() < 16 && reach_Hz < m_rate_Hz;
          reach_Hz *= 2.0) {
         beside.clear();
-        for (std::size_t bin = 1; bin + 1 < m_bins; ++bin) {
+        for (std::size_t bin = 1; bin + 1 < m_spectra.bins(); ++bin) {
             const double at_Hz = static_cast<double>(bin) * width_Hz;
             const double nearest_Hz =
                 std::min(std::fabs(at_Hz - lower_Hz), std::fabs(at_Hz - upper_Hz));

@@ -2,13 +2,11 @@
 // Stage: where there may be a pair of tones, and how strong the noise about them is.
 #pragma once
 
+#include "signal/samples/powerspectra.h"
 #include "signal/teleprinter/line.h"
 #include "signal/teleprinter/tonepair.h"
 
-#include <complex>
 #include <cstdint>
-#include <kiss_fftr.h>
-#include <memory>
 #include <vector>
 
 namespace teleprinter {
@@ -19,10 +17,10 @@ public:
     explicit Spectrum(double rate_Hz);
 
     /// Samples between two frames, and of one.
-    std::int64_t hop() const { return static_cast<std::int64_t>(m_hop); }
-    std::size_t length() const { return m_window.size(); }
+    std::int64_t hop() const { return static_cast<std::int64_t>(length() / 2); }
+    std::size_t length() const { return m_spectra.window().values.size(); }
     /// The next frame: length() samples.
-    void push(const float* samples);
+    void push(const float* samples) { m_spectra.push(samples); }
 
     /// How wide a tone of a speed is, in steps of frequency to each side; speeds that are alike in
     /// this have the same pairs.
@@ -30,25 +28,17 @@ public:
 
     /// Pairs of tones, the likelier first, lower tone first; those of a speed are as wide as it.
     /// From the last so many seconds.
-    std::vector<ByTone<double>> pairs(const Told& told, double baud, double seconds) const;
+    std::vector<ByTone<double>> pairs(const Known& known, double baud, double seconds) const;
 
     /// Variance of a sample of noise that is everywhere as dense as about these tones.
     double noise(double lower_Hz, double upper_Hz, double baud, double seconds) const;
 
 private:
     std::vector<double> meanPower(double seconds) const;
-    double binWidth_Hz() const { return m_rate_Hz / static_cast<double>(m_window.size()); }
+    double binWidth_Hz() const { return m_rate_Hz / static_cast<double>(length()); }
 
     double m_rate_Hz;
-    std::size_t m_hop;
-    std::vector<float> m_window;
-    double m_windowSquares = 0.0;
-    std::vector<float> m_input;
-    std::vector<std::complex<float>> m_output;
-    std::unique_ptr<kiss_fftr_state, void (*)(void*)> m_transform;
-    std::size_t m_bins;
-    std::vector<float> m_powers; // ring of frames
-    std::int64_t m_frames = 0;
+    demodulator::PowerSpectra m_spectra;
 };
 
 } // namespace teleprinter

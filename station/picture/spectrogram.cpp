@@ -1,18 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "station/picture/spectrogram.h"
 
-#include <kiss_fftr.h>
+#include "signal/samples/powerspectra.h"
 
 #include <algorithm>
 #include <cmath>
-#include <complex>
-#include <memory>
 
 namespace inspect {
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
 constexpr double WINDOW_s = 0.032; // shorter than a dot of 35 words a minute
 constexpr double COLUMN_s = 0.008;
 constexpr double SILENCE = 1e-12; // -120 dB
@@ -42,19 +39,9 @@ Spectrogram spectrogram(const Seen& seen, const Stretch& time, double lowest_Hz,
     result.power_dB.resize(static_cast<std::size_t>(result.columns) *
                            static_cast<std::size_t>(result.rows));
 
-    std::vector<float> window(length);
-    double sum = 0.0;
-    for (std::size_t n = 0; n < length; ++n) {
-        window[n] =
-            static_cast<float>(0.5 - 0.5 * std::cos(2.0 * PI * (static_cast<double>(n) + 0.5) /
-                                                    static_cast<double>(length)));
-        sum += static_cast<double>(window[n]);
-    }
-    const double fullScale = 0.25 * sum * sum;
-    const std::unique_ptr<kiss_fftr_state, void (*)(void*)> transform(
-        kiss_fftr_alloc(static_cast<int>(size), 0, nullptr, nullptr), kiss_fftr_free);
-    std::vector<float> input(size, 0.0F);
-    std::vector<std::complex<float>> output(size / 2 + 1);
+    demodulator::PowerSpectra spectra(length, size, 1);
+    const double fullScale = 0.25 * spectra.window().sum * spectra.window().sum;
+    std::vector<float> frame(length);
     const auto count = static_cast<std::int64_t>(seen.samples.size());
     for (int column = 0; column < result.columns; ++column) {
         const double middle_s =
@@ -64,12 +51,12 @@ Spectrogram spectrogram(const Seen& seen, const Stretch& time, double lowest_Hz,
         for (std::size_t n = 0; n < length; ++n) {
             const std::int64_t at = first + static_cast<std::int64_t>(n);
             const bool known = at >= 0 && at < count;
-            input[n] = known ? window[n] * seen.samples[static_cast<std::size_t>(at)] : 0.0F;
+            frame[n] = known ? seen.samples[static_cast<std::size_t>(at)] : 0.0F;
         }
-        kiss_fftr(transform.get(), input.data(), reinterpret_cast<kiss_fft_cpx*>(output.data()));
+        spectra.push(frame.data());
         for (int row = 0; row < result.rows; ++row) {
             const auto bin = static_cast<std::size_t>(lastBin - row);
-            const double power = static_cast<double>(std::norm(output[bin])) / fullScale;
+            const double power = static_cast<double>(spectra.frame(0)[bin]) / fullScale;
             result
                 .power_dB[static_cast<std::size_t>(row) * static_cast<std::size_t>(result.columns) +
                           static_cast<std::size_t>(column)] =

@@ -148,7 +148,7 @@ private Q_SLOTS:
         QTest::addColumn<double>("snr_dB");
         QTest::addColumn<double>("most_s");
         for (const double speed : {8.0, 12.0, 20.0, 30.0, 40.0}) {
-            // Of a slow hand it takes longer until the first elements tell the speed.
+            // With a slow sender it takes longer until the first elements show the speed.
             const double most_s = speed < 10.0 ? 2.3 : (speed < 15.0 ? 2.0 : 1.0);
             for (const double snr : {20.0, 3.0})
                 QTest::newRow(qPrintable(QStringLiteral("%1 wpm, %2 dB").arg(speed).arg(snr)))
@@ -446,7 +446,7 @@ private Q_SLOTS:
         const std::vector<float> weak = sound("WEAK WEAK WEAK", hand, path, 8000.0, "weak");
         for (std::size_t n = 0; n < std::min(samples.size(), weak.size()); ++n)
             samples[n] += 0.5F * weak[n];
-        addNoise(samples, 8000.0, 0.9, 20.0, "told");
+        addNoise(samples, 8000.0, 0.9, 20.0, "known");
         QCOMPARE(read(decodeAll(samples, 8000.0)), QStringLiteral("STRONG STRONG STRONG"));
         CodeList list;
         demodulator::Demodulator demodulator({8000.0, 1000.0, {}}, list);

@@ -80,8 +80,8 @@ class tst_Receiver : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void toldNothingItReads_data();
-    void toldNothingItReads();
+    void itReadsWithoutSettings_data();
+    void itReadsWithoutSettings();
 
     void signalIsFoundWithinThreeSecondsOfKeying()
     {
@@ -194,21 +194,21 @@ private Q_SLOTS:
         path.snr_dB = 20.0;
         const std::vector<float> samples = sent(Machine(), path);
         Settings settings;
-        settings.told.codes = {Code::Ita2};
-        settings.told.baud = 45.45;
-        settings.told.shift_Hz = 170.0;
-        settings.told.centre_Hz = 1500.0;
-        settings.told.reversed = false;
+        settings.known.codes = {Code::Ita2};
+        settings.known.baud = 45.45;
+        settings.known.shift_Hz = 170.0;
+        settings.known.centre_Hz = 1500.0;
+        settings.known.reversed = false;
         QCOMPARE(receive(samples, settings).text, expected(TeleprinterCode::Ita2));
         Settings other = settings;
-        other.told.centre_Hz = 900.0;
+        other.known.centre_Hz = 900.0;
         QCOMPARE(receive(samples, other).text, QString());
         other = settings;
-        other.told.shift_Hz = 450.0;
+        other.known.shift_Hz = 450.0;
         QCOMPARE(receive(samples, other).text, QString());
         other = settings;
-        other.told.codes = {Code::Ccir476};
-        other.told.baud.reset();
+        other.known.codes = {Code::Ccir476};
+        other.known.baud.reset();
         QCOMPARE(receive(samples, other).text, QString());
     }
 
@@ -235,7 +235,7 @@ private Q_SLOTS:
     }
 };
 
-void tst_Receiver::toldNothingItReads_data()
+void tst_Receiver::itReadsWithoutSettings_data()
 {
     QTest::addColumn<Machine>("machine");
     QTest::addColumn<TonePath>("path");
@@ -284,7 +284,7 @@ void tst_Receiver::toldNothingItReads_data()
     });
 }
 
-void tst_Receiver::toldNothingItReads()
+void tst_Receiver::itReadsWithoutSettings()
 {
     QFETCH(Machine, machine);
     QFETCH(TonePath, path);
