@@ -15,9 +15,11 @@ QString isoTime(qint64 time_us)
     return QDateTime::fromMSecsSinceEpoch(time_us / 1000, Qt::UTC).toString(Qt::ISODateWithMs);
 }
 
-double rounded(double value, double step)
+// To so many decimals, as the double that is written with no more: a product with 0.1 would not be.
+double rounded(double value, int decimals)
 {
-    return std::round(value / step) * step;
+    const double scale = std::pow(10.0, decimals);
+    return std::round(value * scale) / scale;
 }
 
 } // namespace
@@ -34,21 +36,21 @@ QJsonObject toJson(const Transmission& transmission)
             object.insert(QLatin1String(name), text);
     };
     const auto addNumber = [&object](const char* name, const std::optional<double>& number,
-                                     double step) {
+                                     int decimals) {
         if (number)
-            object.insert(QLatin1String(name), rounded(*number, step));
+            object.insert(QLatin1String(name), rounded(*number, decimals));
     };
     addText("receiver", transmission.receiver);
     addText("source", transmission.source);
     addText("decoder", transmission.decoder);
     addText("map", transmission.map);
     addText("raw_text", transmission.rawText);
-    addNumber("tone_Hz", transmission.tone_Hz, 0.1);
-    addNumber("frequency_Hz", transmission.frequency_Hz, 0.1);
-    addNumber("speed_wpm", transmission.speed_wpm, 0.1);
-    addNumber("baud_rate", transmission.baudRate, 0.01);
-    addNumber("shift_Hz", transmission.shift_Hz, 0.1);
-    addNumber("snr_dB", transmission.snr_dB, 0.1);
+    addNumber("tone_Hz", transmission.tone_Hz, 1);
+    addNumber("frequency_Hz", transmission.frequency_Hz, 1);
+    addNumber("speed_wpm", transmission.speed_wpm, 1);
+    addNumber("baud_rate", transmission.baudRate, 2);
+    addNumber("shift_Hz", transmission.shift_Hz, 1);
+    addNumber("snr_dB", transmission.snr_dB, 1);
     if (transmission.isReversed)
         object.insert(QStringLiteral("reversed"), *transmission.isReversed);
     if (!transmission.unknownCodes.isEmpty())
