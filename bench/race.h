@@ -19,7 +19,7 @@ struct Racer
     std::function<void()> run;
 };
 
-/// Times `ours`. The counter "/name" tells how many times as fast as that peer it was, by the
+/// Times `ours`. The counter "/name" is how many times as fast as that peer it was, by the
 /// median of each. `count` is the work done by one run, in characters.
 inline void race(benchmark::State& state, std::int64_t count, const std::function<void()>& ours,
                  const std::vector<Racer>& peers)

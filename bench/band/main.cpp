@@ -2,79 +2,35 @@
 // Makes bands of many signals and scores receivers on them; see README.md.
 #include "band/bands.h"
 #include "band/score.h"
+#include "scoring.h"
 #include "signal/band/bandreceiver.h"
 #include "support/morsecode.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <sstream>
 #include <string>
-#include <sys/resource.h>
-#include <unistd.h>
 #include <vector>
 
 namespace {
+
+using bench::Cost;
 
 constexpr char UNKNOWN = '*'; // stands for a code of no character, as other programs write one
 
 struct Options
 {
     std::string set = "tune";
-    int seeds = 1;
+    std::size_t seeds = 1;
     std::string only;
-    unsigned threads = 0;
+    std::size_t threads = 0;
     bool show = false;
     std::vector<std::string> others;
-};
-
-struct Cost
-{
-    double signal_s = 0.0;
-    double processor_s = 0.0;
-    double wall_s = 0.0;
-};
-
-double processor_s(int who)
-{
-    rusage usage = {};
-    getrusage(who, &usage);
-    const auto seconds = [](const timeval& time) {
-        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
-    };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
-
-// Measures while it lives.
-class Meter
-{
-public:
-    Meter(Cost& cost, double signal_s, int who)
-        : m_cost(cost)
-        , m_who(who)
-        , m_processor_s(processor_s(who))
-        , m_begin(std::chrono::steady_clock::now())
-    {
-        m_cost.signal_s += signal_s;
-    }
-    ~Meter()
-    {
-        m_cost.processor_s += processor_s(m_who) - m_processor_s;
-        m_cost.wall_s +=
-            std::chrono::duration<double>(std::chrono::steady_clock::now() - m_begin).count();
-    }
-    Meter(const Meter&) = delete;
-    Meter& operator=(const Meter&) = delete;
-
-private:
-    Cost& m_cost;
-    int m_who;
-    double m_processor_s;
-    std::chrono::steady_clock::time_point m_begin;
 };
 
 // One text a transmission.
@@ -118,9 +74,9 @@ std::vector<bands::Received> ours(const bands::Band& band,
 {
     demodulator::BandSettings settings;
     settings.format = {band.rate_Hz, band.isComplex};
-    settings.threads = options.threads;
+    settings.threads = static_cast<unsigned>(options.threads);
     Texts texts;
-    const Meter meter(cost, band.duration_s, RUSAGE_SELF);
+    const bench::Meter meter(cost, band.duration_s);
     demodulator::BandReceiver receiver(settings, texts);
     constexpr std::size_t PIECE = 4096;
     for (std::size_t at = 0; at < samples.size(); at += PIECE)
@@ -130,41 +86,27 @@ std::vector<bands::Received> ours(const bands::Band& band,
 }
 
 // What a program writes of a recording: lines FREQUENCY:TEXT, the frequency in hertz.
-std::vector<bands::Received> theirs(std::string command, const bands::Band& band,
+std::vector<bands::Received> theirs(const std::string& command, const bands::Band& band,
                                     const std::string& wave, Cost& cost)
 {
-    const auto replace = [&command](const std::string& what, const std::string& with) {
-        for (std::size_t at = command.find(what); at != std::string::npos;
-             at = command.find(what, at + with.size()))
-            command.replace(at, what.size(), with);
-    };
-    replace("{rate}", std::to_string(std::lround(band.rate_Hz)));
-    replace("{}", wave);
+    std::istringstream output(bench::outputOf(
+        command, {{"{rate}", std::to_string(std::lround(band.rate_Hz))}, {"{}", wave}},
+        band.duration_s, cost));
     std::vector<bands::Received> received;
-    const Meter meter(cost, band.duration_s, RUSAGE_CHILDREN);
-    FILE* const pipe = popen(("{ " + command + "; } 2>/dev/null").c_str(), "r");
-    if (pipe == nullptr)
-        return received;
-    char line[4096];
-    while (fgets(line, sizeof line, pipe) != nullptr) {
+    for (std::string line; std::getline(output, line);) {
         char* text = nullptr;
-        const double tone_Hz = std::strtod(line, &text);
-        if (text == line || *text != ':')
-            continue;
-        std::string rest = text + 1;
-        while (!rest.empty() && rest.back() == '\n')
-            rest.pop_back();
+        const double tone_Hz = std::strtod(line.c_str(), &text);
         // They come in order; when is not said.
-        received.push_back({tone_Hz, static_cast<double>(received.size()), rest});
+        if (text != line.c_str() && *text == ':')
+            received.push_back({tone_Hz, static_cast<double>(received.size()), text + 1});
     }
-    pclose(pipe);
     return received;
 }
 
 template <typename Function>
 void forAll(const Options& options, const bands::Kind& kind, Function function)
 {
-    for (int seed = 1; seed <= options.seeds; ++seed) {
+    for (std::size_t seed = 1; seed <= options.seeds; ++seed) {
         const bands::Band band = bands::plan(kind, options.set + "-" + std::to_string(seed));
         function(band, bands::samplesOf(band));
     }
@@ -172,8 +114,7 @@ void forAll(const Options& options, const bands::Kind& kind, Function function)
 
 bool wanted(const Options& options, const bands::Kind& kind)
 {
-    return options.only.empty() ||
-           ("," + options.only + ",").find(std::string(",") + kind.name + ",") != std::string::npos;
+    return bench::isAmong(options.only, kind.name);
 }
 
 void show(const bands::Band& band, const bands::Score& score,
@@ -224,21 +165,11 @@ struct Row
 // A table in Markdown: our receiver beside other programs.
 int score(const Options& options)
 {
-    std::vector<std::pair<std::string, std::string>> peers;
-    for (const std::string& other : options.others) {
-        const std::size_t equals = other.find('=');
-        if (equals == std::string::npos) {
-            std::fprintf(stderr, "bands: '%s' is no NAME=COMMAND\n", other.c_str());
-            return 2;
-        }
-        peers.emplace_back(other.substr(0, equals), other.substr(equals + 1));
-    }
-    const std::string wave =
-        (std::filesystem::temp_directory_path() / ("bands-" + std::to_string(getpid()) + ".wav"))
-            .string();
+    const std::vector<bench::Peer> peers = bench::peersOf(options.others);
+    const bench::TemporaryWave wave;
     std::printf("| band | ours, error | strays a minute | processor s a s | s a s |");
-    for (const auto& peer : peers)
-        std::printf(" %s, error | strays a minute |", peer.first.c_str());
+    for (const bench::Peer& peer : peers)
+        std::printf(" %s, error | strays a minute |", peer.name.c_str());
     std::printf("\n|---|---:|---:|---:|---:|");
     for (std::size_t i = 0; i < peers.size(); ++i)
         std::printf("---:|---:|");
@@ -258,17 +189,17 @@ int score(const Options& options)
                        show(band, its, received);
                    if (peers.empty() || band.isComplex)
                        return;
-                   bands::writeWave(wave, band, samples);
+                   bands::writeWave(wave.path(), band, samples);
                    for (std::size_t i = 0; i < peers.size(); ++i) {
                        Cost theirCost;
                        rows[i].add(bands::scoreBestBin(
-                           band, theirs(peers[i].second, band, wave, theirCost)));
+                           band, theirs(peers[i].command, band, wave.path(), theirCost)));
                    }
                });
         std::printf("| %s |", kind.title);
         own.print();
         std::printf(" %.2f | %.2f |", cost.processor_s / cost.signal_s,
-                    cost.wall_s / cost.signal_s);
+                    cost.clock_s / cost.signal_s);
         for (const Row& row : rows) {
             if (row.count > 0)
                 row.print();
@@ -278,7 +209,6 @@ int score(const Options& options)
         std::printf("\n");
         std::fflush(stdout);
     }
-    std::filesystem::remove(wave);
     return 0;
 }
 
@@ -334,24 +264,13 @@ int main(int argc, char** argv)
 {
     const std::string command = argc > 1 ? argv[1] : "";
     Options options;
-    for (int i = 2; i < argc; ++i) {
-        const std::string argument = argv[i];
-        const bool more = i + 1 < argc;
-        if (argument == "--set" && more)
-            options.set = argv[++i];
-        else if (argument == "--only" && more)
-            options.only = argv[++i];
-        else if (argument == "--seeds" && more)
-            options.seeds = std::max(1, std::atoi(argv[++i]));
-        else if (argument == "--threads" && more)
-            options.threads = static_cast<unsigned>(std::max(0, std::atoi(argv[++i])));
-        else if (argument == "--show")
-            options.show = true;
-        else if (argument.compare(0, 2, "--") == 0)
-            return usage();
-        else
-            options.others.push_back(argument);
-    }
+    const std::vector<bench::Option> rows = {
+        {"--set", options.set},        {"--only", options.only},
+        {"--seeds", options.seeds, 1}, {"--threads", options.threads, 0},
+        {"--show", options.show},
+    };
+    if (!bench::readOptions(argc, argv, rows, options.others))
+        return usage();
     if (command == "list")
         return list();
     if (command == "make")

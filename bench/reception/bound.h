@@ -8,9 +8,9 @@
 
 namespace reception {
 
-/// Symbol codes of a recording whose tone, phase, level, noise and keying are steady: all are told,
-/// the speed to within 20 %, and each decision waits for 4 s. `clean` is the same recording without
-/// noise.
+/// Symbol codes of a recording whose tone, phase, level, noise and keying are steady: all of these
+/// are known, the speed to within 20 %, and each decision waits for 4 s. `clean` is the same
+/// recording without noise.
 std::vector<int> boundOf(const Recording& recording, const Recording& clean);
 
 } // namespace reception

@@ -54,7 +54,7 @@ Recording record(const Condition& condition, const std::string& kind, const std:
 /// 8 kHz, mono, 16 bit.
 void writeWave(const std::string& path, const std::vector<float>& samples);
 
-/// What may be heard where nobody keys.
+/// Sounds without Morse, in which nothing should be found.
 struct Silence
 {
     std::string title;

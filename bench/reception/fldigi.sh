@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # What fldigi copies from a recording: fldigi.sh WAVE TONE_Hz [WPM]
-# fldigi cannot look for a signal by itself, so the tone is always told, as by a click into its
-# waterfall. With WPM it is told the speed as well and filters to fit it. Further lines for its
+# fldigi cannot look for a signal by itself, so it is always given the tone, as by a click into its
+# waterfall. With WPM it is also given the speed and filters to fit it. Further lines for its
 # settings may stand in FLDIGI_SETTINGS. Needs fldigi, xvfb, curl and a C compiler.
 set -euo pipefail
 

@@ -3,23 +3,23 @@
 #include "morse/symbolcodes.h"
 #include "reception/bound.h"
 #include "reception/corpus.h"
+#include "scoring.h"
 #include "signal/morse/demodulator.h"
 #include "support/morsecode.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <numeric>
 #include <string>
-#include <sys/resource.h>
-#include <unistd.h>
 #include <vector>
 
 namespace {
+
+using bench::Cost;
+using bench::Rates;
 
 constexpr char UNKNOWN = '*'; // stands for a code of no character, as other programs write one
 
@@ -75,36 +75,19 @@ struct Options
     std::vector<std::string> others; // directory, or NAME=COMMAND
 };
 
-struct Cost
-{
-    double signal_s = 0.0;
-    double processor_s = 0.0;
-
-    double timesRealTime() const { return signal_s / std::max(processor_s, 1e-9); }
-};
-
-double processor_s(int who)
-{
-    rusage usage = {};
-    getrusage(who, &usage);
-    const auto seconds = [](const timeval& time) {
-        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
-    };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
-
-CodeList decode(const reception::Recording& recording, bool told,
+CodeList decode(const reception::Recording& recording, bool known,
                 const demodulator::Parameters& parameters, Cost& cost)
 {
     demodulator::Settings settings;
     settings.parameters = parameters;
     settings.sampleRate_Hz = reception::RATE_Hz;
-    if (told) {
+    if (known) {
         settings.tone_Hz = recording.tone_Hz;
         settings.speed_wpm = recording.speed_wpm;
     }
     CodeList sink;
-    const double begin_s = processor_s(RUSAGE_SELF);
+    const bench::Meter meter(cost,
+                             static_cast<double>(recording.samples.size()) / reception::RATE_Hz);
     demodulator::Demodulator demodulator(settings, sink);
     constexpr std::size_t PIECE = 80; // 10 ms
     for (std::size_t at = 0; at < recording.samples.size(); at += PIECE) {
@@ -113,39 +96,19 @@ CodeList decode(const reception::Recording& recording, bool told,
         demodulator.push(recording.samples.data() + at, count);
     }
     demodulator.finish();
-    cost.processor_s += processor_s(RUSAGE_SELF) - begin_s;
-    cost.signal_s += static_cast<double>(recording.samples.size()) / reception::RATE_Hz;
     return sink;
 }
 
-std::string replaced(std::string command, const std::string& what, const std::string& with)
-{
-    for (std::size_t at = command.find(what); at != std::string::npos;
-         at = command.find(what, at + with.size()))
-        command.replace(at, what.size(), with);
-    return command;
-}
-
-// What a program writes to its standard output for a recording.
+// What a program writes for a recording.
 std::string run(const std::string& command, const std::string& wave,
                 const reception::Recording& recording, Cost& cost)
 {
-    std::string line = replaced(command, "{}", wave);
-    line = replaced(line, "{tone}", std::to_string(std::lround(recording.tone_Hz)));
-    line = replaced(line, "{wpm}", std::to_string(std::lround(recording.speed_wpm)));
-    std::string text;
-    const double begin_s = processor_s(RUSAGE_CHILDREN);
-    FILE* pipe = popen(("{ " + line + "; } 2>/dev/null").c_str(), "r");
-    if (pipe == nullptr)
-        return text;
-    char buffer[4096];
-    for (std::size_t count = fread(buffer, 1, sizeof buffer, pipe); count > 0;
-         count = fread(buffer, 1, sizeof buffer, pipe))
-        text.append(buffer, count);
-    pclose(pipe);
-    cost.processor_s += processor_s(RUSAGE_CHILDREN) - begin_s;
-    cost.signal_s += static_cast<double>(recording.samples.size()) / reception::RATE_Hz;
-    return text;
+    return bench::outputOf(command,
+                           {{"{}", wave},
+                            {"{tone}", std::to_string(std::lround(recording.tone_Hz))},
+                            {"{wpm}", std::to_string(std::lround(recording.speed_wpm))}},
+                           static_cast<double>(recording.samples.size()) / reception::RATE_Hz,
+                           cost);
 }
 
 template <typename Function>
@@ -159,38 +122,9 @@ void forAll(const Options& options, const reception::Condition& condition, Funct
     }
 }
 
-// Error rates of recordings, in percent.
-struct Rates
-{
-    std::vector<double> each;
-
-    double mean() const
-    {
-        return std::accumulate(each.begin(), each.end(), 0.0) / static_cast<double>(each.size());
-    }
-    double standardError() const
-    {
-        const auto count = static_cast<double>(each.size());
-        double squares = 0.0;
-        for (const double rate : each)
-            squares += (rate - mean()) * (rate - mean());
-        return count > 1.0 ? std::sqrt(squares / (count - 1.0) / count) : 0.0;
-    }
-    std::string text() const
-    {
-        char buffer[64];
-        if (standardError() < 0.005)
-            std::snprintf(buffer, sizeof buffer, "%.2f", mean());
-        else
-            std::snprintf(buffer, sizeof buffer, "%.2f ± %.2f", mean(), standardError());
-        return buffer;
-    }
-};
-
 bool wanted(const Options& options, const reception::Condition& condition)
 {
-    return options.only.empty() ||
-           ("," + options.only + ",").find("," + condition.name + ",") != std::string::npos;
+    return bench::isAmong(options.only, condition.name);
 }
 
 int list()
@@ -211,7 +145,7 @@ int measure(const Options& options)
         Rates lenient; // codes of no character left out
         forAll(options, condition, [&](const reception::Recording& recording) {
             const CodeList heard =
-                decode(recording, options.ours == "told", options.parameters, cost);
+                decode(recording, options.ours == "known", options.parameters, cost);
             const std::string received = testsupport::textOfCodes(heard.codes, UNKNOWN);
             rates.each.push_back(100.0 * testsupport::characterErrorRate(recording.sent, received));
             lenient.each.push_back(
@@ -282,7 +216,7 @@ int delay(const Options& options)
         later.path.before_s = 5.0; // not at the very beginning of the input
         forAll(options, later, [&](const reception::Recording& recording) {
             const CodeList heard =
-                decode(recording, options.ours == "told", options.parameters, cost);
+                decode(recording, options.ours == "known", options.parameters, cost);
             const auto add = [](std::vector<double>& to, const std::vector<double>& from) {
                 to.insert(to.end(), from.begin(), from.end());
             };
@@ -298,7 +232,7 @@ int delay(const Options& options)
     return 0;
 }
 
-// What our demodulator hears where nobody keys.
+// False output of our demodulator without a signal.
 int noise(const Options& options)
 {
     constexpr double PIECE_s = 600.0;
@@ -352,42 +286,32 @@ int make(const Options& options)
     return 0;
 }
 
-// A table in Markdown: our demodulator, unaided and told, beside other programs.
+// A table in Markdown: our demodulator, unaided and with tone and speed known, and other programs.
 int score(const Options& options)
 {
-    std::vector<std::pair<std::string, std::string>> peers;
-    for (const std::string& other : options.others) {
-        const std::size_t equals = other.find('=');
-        if (equals == std::string::npos) {
-            std::fprintf(stderr, "reception: '%s' is no NAME=COMMAND\n", other.c_str());
-            return 2;
-        }
-        peers.emplace_back(other.substr(0, equals), other.substr(equals + 1));
-    }
+    const std::vector<bench::Peer> peers = bench::peersOf(options.others);
+    const bench::TemporaryWave wave;
     struct Column
     {
         std::string name;
         std::function<std::string(const reception::Recording&, Cost&)> read;
         Cost cost;
     };
-    const std::string wave = (std::filesystem::temp_directory_path() /
-                              ("reception-" + std::to_string(getpid()) + ".wav"))
-                                 .string();
     std::vector<Column> columns;
-    for (const bool told : {false, true}) {
-        if (options.ours == (told ? "unaided" : "told") || options.ours == "none")
+    for (const bool known : {false, true}) {
+        if (options.ours == (known ? "unaided" : "known") || options.ours == "none")
             continue;
-        const auto read = [told, &options](const reception::Recording& recording, Cost& cost) {
-            return testsupport::textOfCodes(decode(recording, told, options.parameters, cost).codes,
-                                            UNKNOWN);
+        const auto read = [known, &options](const reception::Recording& recording, Cost& cost) {
+            return testsupport::textOfCodes(
+                decode(recording, known, options.parameters, cost).codes, UNKNOWN);
         };
-        columns.push_back({told ? "ours, told" : "ours", read, {}});
+        columns.push_back({known ? "ours, known" : "ours", read, {}});
     }
-    for (const auto& peer : peers) {
+    for (const bench::Peer& peer : peers) {
         const auto read = [&](const reception::Recording& recording, Cost& cost) {
-            return run(peer.second, wave, recording, cost);
+            return run(peer.command, wave.path(), recording, cost);
         };
-        columns.push_back({peer.first, read, {}});
+        columns.push_back({peer.name, read, {}});
     }
     std::printf("| condition |");
     for (const Column& column : columns)
@@ -402,7 +326,7 @@ int score(const Options& options)
         std::vector<Rates> rates(columns.size());
         forAll(options, condition, [&](const reception::Recording& recording) {
             if (!peers.empty())
-                reception::writeWave(wave, recording.samples);
+                reception::writeWave(wave.path(), recording.samples);
             for (std::size_t i = 0; i < columns.size(); ++i) {
                 const std::string text = columns[i].read(recording, columns[i].cost);
                 rates[i].each.push_back(100.0 *
@@ -425,7 +349,7 @@ int score(const Options& options)
         noise.samples = testsupport::noise(600.0, 0.1, reception::RATE_Hz, "noise/" + options.set);
         noise.tone_Hz = 700.0;
         noise.speed_wpm = 20.0;
-        reception::writeWave(wave, noise.samples);
+        reception::writeWave(wave.path(), noise.samples);
         std::printf("| noise alone, characters in ten minutes |");
         for (Column& column : columns) {
             const std::string text = testsupport::asReceived(column.read(noise, column.cost));
@@ -434,7 +358,6 @@ int score(const Options& options)
         }
         std::printf("\n");
     }
-    std::filesystem::remove(wave);
     return 0;
 }
 
@@ -448,8 +371,8 @@ int usage()
                          "       reception delay [OPTION...]\n"
                          "       reception noise [--set NAME] [--hours HOURS] [--show]\n"
                          "options: --set NAME  --seeds COUNT  --only CONDITION,...  --kind KIND\n"
-                         "         --length CHARACTERS  --ours unaided|told|both|none  --show\n"
-                         "         --with PART.PARAMETER=VALUE (parameters.h), as often as wanted\n"
+                         "         --length CHARACTERS  --ours unaided|known|both|none  --show\n"
+                         "         --with PART.MEMBER=VALUE (parameters.h), as often as wanted\n"
                          "COMMAND writes text; {} is the recording, {tone} and {wpm} the truth\n");
     return 2;
 }
@@ -460,39 +383,21 @@ int main(int argc, char** argv)
 {
     const std::string command = argc > 1 ? argv[1] : "";
     Options options;
-    for (int i = 2; i < argc; ++i) {
-        const std::string argument = argv[i];
-        const bool more = i + 1 < argc;
-        if (argument == "--set" && more)
-            options.set = argv[++i];
-        else if (argument == "--only" && more)
-            options.only = argv[++i];
-        else if (argument == "--kind" && more)
-            options.kind = argv[++i];
-        else if (argument == "--seeds" && more)
-            options.seeds = static_cast<std::size_t>(std::max(1, std::atoi(argv[++i])));
-        else if (argument == "--length" && more)
-            options.length = static_cast<std::size_t>(std::max(2, std::atoi(argv[++i])));
-        else if (argument == "--hours" && more)
-            options.hours = std::atof(argv[++i]);
-        else if (argument == "--ours" && more)
-            options.ours = argv[++i];
-        else if (argument == "--with" && more) {
-            const std::string setting = argv[++i];
-            const std::size_t equals = setting.find('=');
-            if (equals == std::string::npos ||
-                !demodulator::setParameter(options.parameters, setting.substr(0, equals),
-                                           std::atof(setting.c_str() + equals + 1))) {
-                std::fprintf(stderr, "reception: '%s' sets no parameter\n", setting.c_str());
-                return 2;
-            }
-        } else if (argument == "--show")
-            options.show = true;
-        else if (argument.compare(0, 2, "--") == 0)
-            return usage();
-        else
-            options.others.push_back(argument);
-    }
+    const std::vector<bench::Option> rows = {
+        {"--set", options.set},
+        {"--only", options.only},
+        {"--kind", options.kind},
+        {"--seeds", options.seeds, 1},
+        {"--length", options.length, 2},
+        {"--hours", options.hours},
+        {"--ours", options.ours},
+        {"--show", options.show},
+        bench::Option([&options](const std::string& member, double value) {
+            return demodulator::setParameter(options.parameters, member, value);
+        }),
+    };
+    if (!bench::readOptions(argc, argv, rows, options.others))
+        return usage();
     if (command == "list")
         return list();
     if (command == "measure")
