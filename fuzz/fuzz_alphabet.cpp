@@ -28,7 +28,6 @@ void requirePlainEntries(const MorseAlphabet& alphabet, int fileBytes)
         }
     }
     require(characters <= fileBytes, "no more characters than bytes");
-    require(alphabet.lines.size() == alphabet.codes.size(), "every entry has its line");
 }
 
 void requireSameRewritten(const MorseAlphabet& alphabet)
@@ -88,6 +87,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (alphabet.codes.size() < 500)
         requireSameLookUps(alphabet, translator);
 
+    Faults faults;
+    const MorseAlphabet withFaults = readAlphabetFile(bytes, faults);
+    require(withFaults.codes == alphabet.codes, "faults change nothing in the table");
+    require(withFaults.lines.size() == alphabet.codes.size(), "every entry has its line");
     const lint::Report report = fuzzing::requireReport("input.mal", bytes);
     require(report.entryCount == alphabet.codes.size() &&
                 report.rightToLeft == alphabet.rightToLeft,

@@ -52,12 +52,15 @@ void storeEntry(const TableText& text, MorseAlphabet& alphabet, Faults& faults)
                      "there are no comments: the whole line becomes a key with an empty code");
     else if (!hasCode)
         faults.Error(number, "no tab: the whole line becomes a key with an empty code");
-    int& lineOfKey = alphabet.lines[key];
-    if (lineOfKey > 0) {
-        faults.Error(number, "the key %1 was given in line %2 already, which this line replaces",
-                     key, lineOfKey);
+    if (faults.AreWanted()) {
+        int& lineOfKey = alphabet.lines[key];
+        if (lineOfKey > 0) {
+            faults.Error(number,
+                         "the key %1 was given in line %2 already, which this line replaces", key,
+                         lineOfKey);
+        }
+        lineOfKey = number;
     }
-    lineOfKey = number;
     alphabet.codes.insert(key, code.toString());
 }
 

@@ -16,7 +16,7 @@ struct MorseAlphabet
     /// The character or word to be written, and its code in dots and dashes.
     QMap<QString, QString> codes;
     bool rightToLeft = false;
-    /// The line of the file that each of `codes` comes from.
+    /// The line of the file that each of `codes` comes from; empty when faults are not wanted.
     QHash<QString, int> lines;
 };
 

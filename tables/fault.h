@@ -63,6 +63,10 @@ public:
         Add(line, Fault::Severity::Warning, text, arguments...);
     }
 
+    /// Whether anybody asks for faults. If not, readers need not remember what only faults refer
+    /// to.
+    bool AreWanted() const { return m_most > 0; }
+
     /// Whether the next one would not be kept.
     bool IsFull() const { return m_kept.size() >= m_most; }
 

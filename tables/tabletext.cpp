@@ -17,7 +17,7 @@ bool isUtf8(const char* bytes, int size)
     return state.invalidChars == 0 && state.remainingChars == 0;
 }
 
-/// Tells `found` the number of each line that is no UTF-8, until it returns false.
+/// Calls `found` with the number of each line that is not UTF-8, until it returns false.
 template <typename Found>
 void findDamagedLines(const QByteArray& bytes, Found found)
 {
@@ -48,15 +48,17 @@ QString decodeOrTakeAsLatin1(const QByteArray& bytes, Faults& faults)
 
 QString decodeAsMarked(const QByteArray& bytes, Faults& faults)
 {
-    QTextCodec* const codec = QTextCodec::codecForUtfText(bytes, utf8());
-    if (codec != utf8()) {
+    QTextCodec* const plain = utf8();
+    QTextCodec* const codec = QTextCodec::codecForUtfText(bytes, plain);
+    const bool isPlain = codec == plain;
+    if (!isPlain) {
         faults.Warning(1, "the file is encoded as %1; alphabet files are UTF-8",
                        QString::fromLatin1(codec->name()));
     }
     // A state keeps a character that the end cuts off from being read as a damaged one.
     QTextCodec::ConverterState state;
     QString text = codec->toUnicode(bytes.constData(), bytes.size(), &state);
-    if (codec == utf8() && state.invalidChars > 0) {
+    if (isPlain && state.invalidChars > 0 && !faults.IsFull()) {
         findDamagedLines(bytes, [&](int number) {
             faults.Error(number, "invalid UTF-8: each bad byte is read as U+FFFD");
             return !faults.IsFull();
