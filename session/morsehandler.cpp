@@ -27,24 +27,15 @@ constexpr unsigned long long NO_TIMESTAMP = std::numeric_limits<unsigned long lo
 constexpr int SYMBOL_BUFFER_LIMIT = 30000;
 
 const QLatin1String CHARACTER_GAP("c");
-const QLatin1String WORD_GAP("w");
 const QLatin1String LINE_END("\n");
 const QLatin1String DASH("-");
 const QLatin1String CUT_ZERO("0");
-const QLatin1String DOT_TOO_SHORT("[DOT_TOO_SHORT]");
-const QLatin1String DASH_TOO_LONG("[DASH_TOO_LONG]");
-const QLatin1String PAUSE_TOO_SHORT("[PAUSE_TOO_SHORT]");
 
 const QLatin1String SOURCE_FILE("tools\\morsehandler\\morsehandler");
 
 bool isDigit(const QString& text)
 {
     return text.size() == 1 && text.at(0) >= QLatin1Char('0') && text.at(0) <= QLatin1Char('9');
-}
-
-bool isErrorMark(const QString& s)
-{
-    return s == DOT_TOO_SHORT || s == DASH_TOO_LONG || s == PAUSE_TOO_SHORT;
 }
 
 QString withTrailingBackslash(const QString& directory)
@@ -426,22 +417,31 @@ void MorseHandler::processOldestSymbol()
     if (m_symbolList.empty() || !m_bMorseAvailable || !m_bSessionActive)
         return;
     const auto done = qScopeGuard([this] { m_symbolList.pop_front(); });
-    const QString s = m_pTranslator->DecodeSymbol(m_symbolList.front() & MORSE_SYMBOL_MASK);
-    if (s == CHARACTER_GAP) {
+    const int code = m_symbolList.front() & MORSE_SYMBOL_MASK;
+    const QString s = m_pTranslator->DecodeSymbol(code);
+    switch (code) {
+    case eSYMBOL_NEW_CHAR:
         ProcessNewChar(s);
-    } else if (s == WORD_GAP) {
+        break;
+    case eSYMBOL_NEW_WORD:
         ProcessNewWord(s);
-    } else if (isErrorMark(s)) {
-        m_strErrorMarks += s;
-    } else if (s == LINE_END) {
+        break;
+    case eSYMBOL_NEW_LINE:
         if (!m_strCurrentSymbols.isEmpty())
             ProcessNewChar(CHARACTER_GAP);
         ProcessNewLine(s);
         m_pResultDataHandler->AppendText(LINE_END);
-    } else {
+        break;
+    case eSYMBOL_DOT_TOO_SHORT:
+    case eSYMBOL_DASH_TOO_LONG:
+    case eSYMBOL_PAUSE_TOO_SHORT:
+        m_strErrorMarks += s;
+        break;
+    default: // an element; of an unknown code, nothing
         AddToSymbolBuffer(s);
         m_strCurrentSymbols += s;
         SaveCodeAndText(s, QString());
+        break;
     }
 }
 
@@ -580,7 +580,7 @@ void MorseHandler::ProcessUpdateTunerDemodulatorSettings()
 
 // Session files.
 
-// The text first. Whoever hears of the text or of a file name may switch saving off or end the
+// The text first. An observer of the text or of a file name may switch saving off or end the
 // session, so each part asks again, and the arguments are none of the fields.
 void MorseHandler::SaveCodeAndText(const QString& code, const QString& text)
 {
