@@ -13,11 +13,11 @@ packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-d
 [[ ${1:-test} = @(build|package) ]] || packages+=(
     libbenchmark-dev libicu-dev
     ebook2cw sox catdoc libxml2-utils
-    abigail-tools man-db mandoc strace zsh fish
+    abigail-tools man-db mandoc strace zsh fish python3
 )
 [[ ${1:-test} != @(all|night) ]] || packages+=(
     clang-format
-    clang-tidy clazy cppcheck codespell shellcheck pyflakes3 python3
+    clang-tidy clazy cppcheck codespell shellcheck pyflakes3
     lintian minimodem
     clang libclang-rt-14-dev llvm
     python3-clang-14
