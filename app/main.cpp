@@ -66,7 +66,7 @@ int refuse(const QString& reason, const QString& hint)
     return morsehost::EXIT_BAD_USAGE;
 }
 
-// Whoever starts a program may have closed these three. What is opened next would take their place
+// The caller of a program may have closed these three. What is opened next would take their place
 // and be read or written in their stead.
 void openMissingDescriptors()
 {

@@ -20,7 +20,7 @@ QString whyNotReplaced(const QString& name, const QString& recording)
     if (!there.exists() && !there.isSymLink())
         return QString();
     if (!there.isFile())
-        return QStringLiteral("is there and no plain file");
+        return QStringLiteral("exists and is not a regular file");
     if (there.canonicalFilePath() == QFileInfo(recording).canonicalFilePath())
         return QStringLiteral("is the recording itself");
     return QString();

@@ -82,7 +82,7 @@ bool DecoderModulesCenter::ReadModulesFile()
     QMutexLocker lock(&g_mutex);
     QFile file(localPath(m_fileName));
     if (!openRegularFile(file)) {
-        // Whoever takes the trace may ask for the modules.
+        // The receiver of the trace may ask for the modules.
         lock.unlock();
         traceMessage(QStringLiteral("Decoder modules file can not be opened: ") + m_fileName,
                      QStringLiteral("shared\\source\\decodermoduelscenter"), 532);

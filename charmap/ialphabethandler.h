@@ -23,7 +23,7 @@ public:
     /// Loads the alphabet of that name; "None" is the empty one. False when it could not be
     /// loaded: the handler then translates as if there were no table.
     virtual bool SetAlphabet(const QString& name) = 0;
-    /// Tells which decoder produces the text. Loads nothing.
+    /// Sets the decoder that produces the text. Loads nothing.
     virtual void SetDecoder(const QString& decoder) = 0;
     /// Name of the current alphabet, as the handler completed it.
     virtual QString Alphabet() = 0;

@@ -111,7 +111,7 @@ void MappingDirectory::Init(QString selection)
 {
     if (!m_availableMaps)
         return;
-    // Whoever is notified of a step may delete the value, or cause another filling that replaces
+    // An observer of a step may delete the value, or cause another filling that replaces
     // this one.
     const int count = ++m_own->initCount;
     const auto isGoingOn = [&] { return m_availableMaps && m_own->initCount == count; };
@@ -127,7 +127,7 @@ void MappingDirectory::Init(QString selection)
     m_currentCharset = GetDecoderCharset();
     if (m_currentCharset == eCHARSET_BOTH)
         m_currentCharset = baseCharset(selection);
-    // Told to everybody, this object included, which switches to the map then.
+    // Notifies every observer, this object included, which then switches to the map.
     const bool isSelected =
         m_availableMaps->Select(fullString(charset(selection), m_currentCharset), nullptr);
     if (!isSelected && isGoingOn())

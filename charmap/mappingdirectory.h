@@ -28,8 +28,8 @@ class IVtClient;
 ///
 /// The values belong to the host; one that announces its deletion is forgotten, and whatever needs
 /// it is left undone from then on. All work is done on the thread that notifies or calls. A
-/// directory is not deleted from within a notification that it caused; in particular, whoever hears
-/// of change code 7 while `Init` fills the list must not delete it.
+/// directory is not deleted from within a notification that it caused; in particular, an observer
+/// of change code 7 must not delete it while `Init` fills the list.
 ///
 /// No operation throws, unless memory runs out or an observer throws; the destructor never does.
 class MORSEHANDLER_EXPORT MappingDirectory : public IObserver
@@ -63,7 +63,7 @@ public:
     bool SetDataInput_ValuePath(QString path, IVtClient* client);
     /// The translated text.
     bool SetDataOutput_ValuePath(QString path);
-    /// Its current item names the decoder. A change fills the available maps anew.
+    /// Its current item names the decoder. A change fills the available maps again.
     bool SetDecoder_ValuePath(QString path);
     /// Observed, without effect.
     bool SetFrequency_ValuePath(QString path);

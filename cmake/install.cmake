@@ -3,7 +3,7 @@
 # takes to compile against them, the program with its data, and the pages.
 include(CMakePackageConfigHelpers)
 
-# The program finds its libraries beside itself, wherever that is; where the system looks for
+# The program finds its libraries beside itself, in any folder; where the system looks for
 # libraries anyway, nothing has to be said.
 if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
     set_target_properties(morsehost PROPERTIES
@@ -74,7 +74,7 @@ install(FILES
     ${PROJECT_BINARY_DIR}/morsehandlerConfigVersion.cmake
     DESTINATION ${package} COMPONENT development)
 
-# For pkg-config: from wherever the files come to lie, or where the system looks anyway.
+# For pkg-config: relative to the installed files, or where the system looks anyway.
 if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
     set(pkgconfig_prefix /usr)
 else()

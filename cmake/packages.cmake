@@ -57,7 +57,7 @@ stand in for one's own: headers, find_package and pkg-config files, examples.")
 
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME morsehost)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SECTION hamradio)
-# Loaded when an archive is opened, so that nothing else tells of it.
+# Loaded when an archive is opened, so that no dependency of the program shows it.
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS libqt5sql5-sqlite)
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_SUGGESTS "morsehandler-doc, libqt5sql5-psql")
 set(CPACK_DEBIAN_PROGRAM_DESCRIPTION "decode Morse code from recordings and pipes

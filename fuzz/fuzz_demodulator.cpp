@@ -37,7 +37,7 @@ std::vector<float> floatingPoint(const QByteArray& bytes)
 }
 
 /// The first byte is the tone, the second the noise. Of the others the upper bit changes the tone
-/// for good, and 0 is one sample that is no number.
+/// for good, and 0 is one sample that is not a number.
 std::vector<float> keyed(const QByteArray& bytes, double rate_Hz)
 {
     fuzzing::Bytes keying(reinterpret_cast<const std::uint8_t*>(bytes.constData()),
@@ -154,6 +154,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const testsupport::CodeList pieces = heard(samples, settings, 1U + kind);
     require(std::equal(list.transmissions.begin(), list.transmissions.end(),
                        pieces.transmissions.begin(), pieces.transmissions.end(), isSame),
-            "pieces give what the whole gives, and what is no number is silence");
+            "pieces give what the whole gives, and what is not a number is silence");
     return 0;
 }

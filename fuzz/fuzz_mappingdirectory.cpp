@@ -151,7 +151,7 @@ private:
         (void)value.release(); // the tree has it
     }
 
-    /// Whoever hears of something may do something else.
+    /// Observers may do something else when they are notified.
     void Update(Observable*, TChangeCode code) override
     {
         m_wasDisturbed = true;
@@ -218,7 +218,7 @@ private:
         case 's': // observers may act from now on
             m_disturbances = m_bytes.byte() % 16;
             break;
-        case 'x': // another directory; none is deleted while it tells of something
+        case 'x': // another directory; none is deleted while it notifies observers
             if (m_depth > 1)
                 break;
             m_mapping = std::make_unique<MappingDirectory>(scenery().path());

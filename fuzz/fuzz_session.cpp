@@ -51,7 +51,7 @@ struct Frame
     QString text;
 };
 
-/// The handler as one would tell it to a colleague.
+/// The handler as one would explain it to a colleague.
 class Model
 {
 public:

@@ -96,7 +96,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     SimpleMorseHandler handler = alphabet.handler;
     const QString whole = handler.Translate(symbols);
     handler.ResetInternalState();
-    require(handler.Translate(symbols) == whole, "a handler that was reset starts afresh");
+    require(handler.Translate(symbols) == whole,
+            "a handler that was reset starts from the beginning");
     // No text of these alphabets is longer than "(prosign)" or so.
     require(whole.size() <= 16 * symbols.size(), "the text grows with the symbols");
 

@@ -62,13 +62,13 @@ protected:
     Observable();
     ~Observable();
 
-    /// Tells every observer but `cause`. The object may be gone when this returns.
+    /// Notifies every observer but `cause`. The object may be gone when this returns.
     void Notify(TChangeCode code, const IObserver* cause);
 
     /// No observer can register from now on.
     void RefuseObservers();
 
-    /// Expires with the object: for whoever has to know, after a notification, whether it is gone.
+    /// Expires with the object: shows, after a notification, whether the object still exists.
     std::weak_ptr<const void> Life() const;
 
 private:

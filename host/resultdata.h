@@ -12,7 +12,7 @@
 
 namespace TavikResultDataXml {
 
-// Of the report format, for whoever writes or reads it.
+// Of the report format, for its writers and readers.
 constexpr char VERSION_ATTRIBUTE[] = "Version";
 constexpr char DATE_TIME_FORMAT[] = "yyyy-MM-ddThh:mm:ss,zzzZ";
 constexpr char TIME_FORMAT[] = "hh:mm:ss,zzz";

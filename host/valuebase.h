@@ -30,8 +30,8 @@ enum ValueType : int {
 
 /// A named, observable node of the value tree.
 ///
-/// A value starts unnamed and outside the tree. Once inserted it belongs to the tree; whoever
-/// looked it up keeps a plain pointer and forgets it at change code 2. Deleting a value sets
+/// A value starts unnamed and outside the tree. Once inserted it belongs to the tree; a user that
+/// looked it up keeps a plain pointer and drops it at change code 2. Deleting a value sets
 /// state 1, sends code 2 to its observers and then takes it out of the tree.
 ///
 /// The virtual operations stand in the order in which the host's libraries call them; that order

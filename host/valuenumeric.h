@@ -42,7 +42,7 @@ private:
 
 /// Without a range (before `SetMinMax`, `SetMin` or `SetMax`) every number is accepted. With one,
 /// a number outside is clamped to the nearer end. A maximum below its minimum counts as equal to
-/// the minimum. What is no number (NaN) changes nothing, as a number, an end or a step.
+/// the minimum. What is not a number (NaN) changes nothing, as a number, an end or a step.
 template <typename T, typename Format, typename Stream = StreamFormat<T, Format>>
 class HOST_API ValueNumeric : public Value<T, Format, Stream>, public INumeric
 {

@@ -48,7 +48,7 @@ public:
     ~SimpleMorseHandler() override;
 
     void SetAlphabetsDir(const QString& dir) override;
-    /// Starts afresh with the file of that name; "None", in any letter case, is no alphabet. False
+    /// Starts again with the file of that name; "None", in any letter case, is no alphabet. False
     /// when there is no such file: `Alphabet` then gives the name all the same, and text passes
     /// through unchanged.
     bool SetAlphabet(const QString& name) override;

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Formats every C++ file; `format.sh --check` only tells whether that would change anything.
+# Formats every C++ file; `format.sh --check` only reports what that would change.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Stores the binary interface of both libraries anew, as they are built in build/dev. CONTRIBUTING.md
-# tells when that is allowed. Look at the difference, and commit it by itself with the reason.
+# Stores the binary interface of both libraries again, as they are built in build/dev. CONTRIBUTING.md
+# says when that is allowed. Look at the difference, and commit it by itself with the reason.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 # shellcheck source=tests/install/interface.sh

@@ -65,8 +65,8 @@ public:
 
     /// True when there is no name yet or the file has reached its limit.
     bool NeedsNewName() const;
-    /// Closes the file, if any, and begins anew at column 0; the name stays. Here and in `Close`, a
-    /// file that the disk has not taken whole goes to the unfinished ones.
+    /// Closes the file, if any, and begins again at column 0; the name stays. Here and in `Close`,
+    /// a file that the disk has not taken whole goes to the unfinished ones.
     void Begin();
     /// Creates the file under its name or, when that fails, under one that `makeName` sets. False
     /// when no file could be created; nothing is open then. Only for a closed file.

@@ -82,7 +82,7 @@ bool SaveLedger::isWritten(SessionFileKind kind, long long bytes, long long unit
         return false;
     }
     const bool isIn = settle(file);
-    note(row, !isIn, file.path, QStringLiteral("takes nothing more; is the disk full?"));
+    note(row, !isIn, file.path, QStringLiteral("cannot be written; is the disk full?"));
     return true;
 }
 

@@ -17,7 +17,7 @@
 
 namespace morsehost {
 
-/// Wakes whoever waits for any of several jobs.
+/// Wakes a thread that waits for any of several jobs.
 struct SoundBell
 {
     std::mutex mutex;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// One transmission, as every receiver tells of it when it is over.
+// One transmission, as every receiver reports it when it is over.
 #pragma once
 
 #include <QJsonObject>

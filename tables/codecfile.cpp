@@ -18,7 +18,7 @@ std::optional<QChar> displayCharacter(int line, QStringView value, Faults& fault
         return QChar(QLatin1Char(' '));
     const std::optional<int> number = numberIn(value, 16);
     if (!number) {
-        faults.Error(line, "the line is skipped: %1 is no number", value);
+        faults.Error(line, "the line is skipped: %1 is not a number", value);
         return std::nullopt;
     }
     if (!value.startsWith(QLatin1String("0x"))) {
@@ -66,8 +66,8 @@ void readEntry(const TableText& text, CharacterTable& table, Faults& faults)
     if (!character)
         return;
     if (line[0].unicode() > 0xFF) {
-        faults.Error(text.Number(), "the key %1 is no 8-bit character: the entry goes to byte 0x00",
-                     line[0]);
+        faults.Error(text.Number(),
+                     "the key %1 is not an 8-bit character: the entry goes to byte 0x00", line[0]);
     }
     table.Store(text.Number(), byteOf(line[0]), *character, faults);
 }

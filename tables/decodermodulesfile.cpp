@@ -84,7 +84,7 @@ quint32 possibleColumns(QStringView word)
     return columns;
 }
 
-/// 0 for what is no number.
+/// 0 for what is not a number.
 int integerIn(QStringView column)
 {
     return QString::fromRawData(column.data(), static_cast<int>(column.size())).toInt();

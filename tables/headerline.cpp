@@ -81,7 +81,7 @@ bool readHeader(TableText& text, Faults& faults)
         if (header->concernsDirection() &&
             (header->name != DIRECTION || header->value != LEFT_TO_RIGHT)) {
             faults.Error(text.Number(),
-                         "this is no right-to-left header: it is written \"@ TextDirection RL\", "
+                         "this is not a right-to-left header: write \"@ TextDirection RL\", "
                          "in these letter cases");
         }
     }

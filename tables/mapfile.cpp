@@ -21,7 +21,7 @@ signed char byteOfNumber(int line, QStringView key, int number, Faults& faults)
 {
     const auto byte = static_cast<uchar>(number);
     if (number < 0 || number > 0xFF) {
-        faults.Error(line, "the key %1 is no byte: its low 8 bits are %2", key, byte);
+        faults.Error(line, "the key %1 is not a byte: its low 8 bits are %2", key, byte);
     } else if (key.size() == 1) {
         faults.Warning(line, "the key %1 is the number %2, not the figure, which is byte %3", key,
                        number, static_cast<uchar>(key[0].unicode()));
@@ -41,9 +41,10 @@ signed char decoderCharacter(int line, QStringView key, Faults& faults)
         return 0;
     }
     if (key[0].unicode() > 0xFF) {
-        faults.Error(line, "the key %1 is no 8-bit character: the entry goes to byte 0x00", key);
+        faults.Error(line, "the key %1 is not an 8-bit character: the entry goes to byte 0x00",
+                     key);
     } else if (key.size() > 1) {
-        faults.Error(line, "%1 is no number: only its first character counts, byte %2", key,
+        faults.Error(line, "%1 is not a number: only its first character counts, byte %2", key,
                      static_cast<uchar>(key[0].unicode()));
     }
     return byteOf(key[0]);
@@ -62,9 +63,10 @@ QChar displayCharacter(int line, QStringView value, Faults& faults)
     }
     if (value.size() > 1 && !value.trimmed().isEmpty()) {
         faults.Error(line,
-                     number ? "%1 has no leading \"0x\" and is no character code: only its first "
-                              "character counts, %2"
-                            : "%1 is no number: only its first character counts, %2",
+                     number
+                         ? "%1 has no leading \"0x\" and is not a character code: only its first "
+                           "character counts, %2"
+                         : "%1 is not a number: only its first character counts, %2",
                      value, value[0]);
     }
     return value[0];

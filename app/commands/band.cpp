@@ -156,17 +156,19 @@ Command bandCommand()
 {
     std::vector<OptionRow> rows = bandOptionRows();
     const std::vector<OptionRow> own = {
-        {"least-snr", "DB", "leave out signals that are weaker, in 500 Hz (default: -30)"},
-        {"most", "N", "follow N signals at once, the strongest, 1 to 5000 (default: 2000)"},
+        {"least-snr", "DB",
+         "leave out signals with less than DB over the noise in 500 Hz (default: -30)"},
+        {"most", "N", "follow at most N signals, the strongest, 1 to 5000 (default: 2000)"},
         {"jobs", "N", "use N processors (default: all); the output does not depend on it"},
         {"form", "FORM",
          "lines: a line for each transmission; colon: FREQUENCY:TEXT, word by word (default: "
          "lines)"},
         {"n", "N", "with --form colon: a line at the first blank after N characters (default: 8)"},
-        {"json", nullptr, "print a JSON object a line per event"},
+        {"json", nullptr, "print one JSON object per line and event"},
         {"table", nullptr,
-         "show who sends now, in place; lines where standard output is no terminal"},
-        {"save", "DIR", "write the files of each signal into DIR, which is created if need be"},
+         "show the signals of the moment as a table; lines where standard output is not a "
+         "terminal"},
+        {"save", "DIR", "write the files of each signal into DIR (created when missing)"},
         {"start", "TIME",
          "time of the first sample, ISO 8601 (default: the clock for standard input, 1970 for a "
          "file)"},

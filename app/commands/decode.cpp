@@ -169,13 +169,13 @@ Command decodeCommand()
     for (const OptionRow& row : teleprinterOptionRows())
         rows.push_back(row);
     rows.push_back({"jobs", "N",
-                    "hear N recordings at once (default: one per processor); the output does not "
-                    "depend on it"});
+                    "decode N recordings in parallel (default: one per processor); the output does "
+                    "not depend on it"});
     return {
         {"decode", "FILE…|-", 1, std::numeric_limits<int>::max(),
-         "Decodes recordings (WAV, FLAC, Ogg, MP3) or standard input. On standard input come raw\n"
-         "samples (signed 16 bits, little-endian, mono) or a recording. Each character is written\n"
-         "as soon as it is decided.",
+         "Decodes recordings (WAV, FLAC, Ogg, MP3) or standard input: raw samples (signed 16 "
+         "bits,\n"
+         "little-endian, mono) or a recording. Each character is written as soon as it is decoded.",
          receptionOptionRows(rows, StartWords::TimeNowAuto),
          "  morsehost decode recording.flac\n"
          "  morsehost decode --decoder Baudot --map Russian recording.flac\n"

@@ -156,15 +156,15 @@ int run(Arguments& arguments)
         demodulator.finish();
     decoder.stop();
     if (isInterrupted()) {
-        complain(file.name(), QStringLiteral("not drawn, interrupted"));
+        complain(file.name(), QStringLiteral("interrupted, nothing was drawn"));
         return EXIT_BAD_INPUT;
     }
     if (!source->error().isEmpty())
         complain(sound.name, source->error());
     if (done_s < from_s + SHORTEST_LENGTH_S) {
         if (source->error().isEmpty())
-            complain(sound.name, QStringLiteral("ends after %1 s, too early for a stretch that "
-                                                "begins at %2 s")
+            complain(sound.name, QStringLiteral("ends after %1 s, before the stretch begins "
+                                                "at %2 s")
                                      .arg(done_s, 0, 'f', 3)
                                      .arg(from_s, 0, 'f', 3));
         return EXIT_BAD_INPUT;
@@ -184,8 +184,8 @@ std::vector<OptionRow> optionRows()
         {"from", "S", "where to begin: seconds, or a position such as 1:30 (default: 0)"},
         {"length", "S", "seconds to draw, at most 600 (default: 30)"},
         {"quick", nullptr,
-         "hear 60 seconds before the stretch instead of all that comes before it; the text may "
-         "differ from that of 'decode'"},
+         "begin 60 seconds before the stretch instead of at the beginning; the text may differ "
+         "from that of 'decode'"},
     };
     for (const OptionRow& row : soundOptionRows())
         rows.push_back(row);
@@ -202,15 +202,14 @@ std::vector<OptionRow> optionRows()
 
 Command inspectCommand()
 {
-    return {
-        {"inspect", "FILE|-", 1, 1,
-         "Draws what the demodulator saw. A row holds up to ten seconds: spectrogram and tone,\n"
-         "strength and what was expected of it, marks and gaps with their kinds, and the text.\n"
-         "Sound is read from its beginning, so that the picture shows what 'decode' decided.",
-         optionRows(),
-         "  morsehost inspect recording.flac --from 1:35 --length 20 -o doubt.svg\n"
-         "  morsehost inspect --band --length 60 band.flac -o band.svg\n"},
-        run};
+    return {{"inspect", "FILE|-", 1, 1,
+             "Draws what the demodulator saw. A row is ten seconds or less: spectrogram and tone,\n"
+             "strength and expected strength, marks and gaps with their kinds, and the text.\n"
+             "Sound is read from its beginning, so that the picture shows what 'decode' decided.",
+             optionRows(),
+             "  morsehost inspect recording.flac --from 1:35 --length 20 -o doubt.svg\n"
+             "  morsehost inspect --band --length 60 band.flac -o band.svg\n"},
+            run};
 }
 
 } // namespace morsehost

@@ -98,7 +98,7 @@ QString whyNotSelected(MapStation& station, const QString& map)
     const QStringList meant = station.mapsMeant(map);
     if (meant.isEmpty())
         return QStringLiteral("no map '%1' is offered (see 'morsehost maps')").arg(map);
-    return QStringLiteral("the map '%1' may be '%2'").arg(map, meant.join(QLatin1String("' or '")));
+    return QStringLiteral("the map '%1' can be '%2'").arg(map, meant.join(QLatin1String("' or '")));
 }
 
 // An operator at the station: what is typed is the decoder's text, but for lines that begin with a
@@ -279,15 +279,15 @@ Command mapCommand()
          "[FILE|-]",
          0,
          1,
-         "Translates a decoder's 8-bit characters live: through a map that can be changed on the\n"
-         "way. With --interactive, lines that begin with ':' are commands: :map NAME,\n"
-         ":decoder NAME, :maps, :history (all of it through the map in force), :clear, :enable,\n"
+         "Translates a decoder's 8-bit characters live: through a map that can be changed\n"
+         "meanwhile. With --interactive, lines that begin with ':' are commands: :map NAME,\n"
+         ":decoder NAME, :maps, :history (all of it through the current map), :clear, :enable,\n"
          ":disable.",
          {mapsOption(),
           {"map", "NAME", "the map, as ':maps' lists it (default: \"Default\", none)"},
           {"decoder", "NAME", "the decoder that wrote them, as 'morsehost decoders' lists it"},
           decoderModulesOption(),
-          {"interactive", nullptr, "obey lines that begin with ':'"},
+          {"interactive", nullptr, "execute lines that begin with ':'"},
           {"json", nullptr, "print one JSON object per line and event"}},
          "  morsehost map --decoder Baudot --map Russian received.txt\n"},
         run};

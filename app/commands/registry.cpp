@@ -29,7 +29,7 @@ const std::vector<Command>& commands()
 const std::vector<OptionRow>& programOptions()
 {
     static const std::vector<OptionRow> rows = {
-        {"help", nullptr, "show this help; 'morsehost help COMMAND' tells more"},
+        {"help", nullptr, "show this help; 'morsehost help COMMAND' shows that of a command"},
         {"version", nullptr, "show the version"},
     };
     return rows;

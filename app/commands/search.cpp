@@ -318,7 +318,7 @@ Command searchCommand()
               {"station", "NAME", "of this station only"},
               {"limit", "N", "at most N (default: 1000)"},
               {"follow", nullptr, "show what is archived from now on, as it comes"},
-              {"json", nullptr, "print a JSON object a line per transmission"},
+              {"json", nullptr, "print one JSON object per line and transmission"},
               {"csv", nullptr, "print comma-separated values with a header"},
               {"adif", nullptr, "print ADIF records"}},
              "  morsehost search DL0XYZ --since 2026-11-01 --frequency 7000-7040\n"

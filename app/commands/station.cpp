@@ -116,8 +116,8 @@ Command stationCommand()
              "CONFIG",
              1,
              1,
-             "Runs the receivers that CONFIG names, and archives what they hear. SIGHUP reads\n"
-             "CONFIG again; what it leaves as it was goes on undisturbed.",
+             "Runs the receivers that CONFIG names, and archives what they receive. SIGHUP reads\n"
+             "CONFIG again; receivers that did not change continue undisturbed.",
              {{"check", nullptr, "only check CONFIG"}},
              "  morsehost station --check station.ini\n"},
             run};

@@ -18,7 +18,7 @@ public:
 
     /// Redraws when the whole percent has changed.
     void show(double fraction);
-    /// Before text is written; `lineStaysOpen` tells whether it ends within a line.
+    /// Before text is written; `lineStaysOpen` is whether it ends within a line.
     void makeRoom(bool lineStaysOpen);
 
 private:

@@ -84,10 +84,9 @@ Arguments::Arguments(const CommandSyntax& syntax, const QStringList& words)
     else if (count < syntax.minOperands)
         fail(QStringLiteral("%1 is missing").arg(QString::fromUtf8(syntax.operands)));
     else if (count > syntax.maxOperands)
-        fail(
-            QStringLiteral("'%1' is one argument too many").arg(operands().at(syntax.maxOperands)));
+        fail(QStringLiteral("unexpected argument '%1'").arg(operands().at(syntax.maxOperands)));
     else if (operands().contains(QString()))
-        fail(QStringLiteral("an empty word names no file"));
+        fail(QStringLiteral("a file name is empty"));
     checkValues();
 }
 
@@ -106,7 +105,7 @@ QString Arguments::parserError(const QStringList& words) const
         return optionWord(row.name) == QLatin1Char('-') + word;
     };
     if (std::any_of(m_syntax.options.begin(), m_syntax.options.end(), isMeant))
-        return error + QStringLiteral("; -%1 has two dashes").arg(word);
+        return error + QStringLiteral("; write -%1").arg(word);
     return error;
 }
 

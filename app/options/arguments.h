@@ -48,7 +48,7 @@ public:
 
     bool isSet(const char* option) const;
     QString text(const char* option) const;
-    /// Absent without the option, or when its value is no number of that range.
+    /// Absent without the option, or when its value is not a number of that range.
     std::optional<double> number(const char* option, double min, double max);
     std::optional<int> wholeNumber(const char* option, int min, int max);
     /// Seconds of a position such as "90", "1:30" or "1:02:03.5"; likewise.

@@ -70,9 +70,9 @@ std::vector<OptionRow> bandOptionRows()
         {"rate", "HZ", "sample rate of raw samples, 4000 to 2400000 (default: 48000)"},
         {"center", "HZ", "frequency that 0 Hz of the input stands for (default: 0)"},
         {"only", "LO-HI", "leave out signals beyond these frequencies, in hertz"},
-        {"r", "HZ", "--rate, as background decoders of web receivers call it"},
-        {"i", nullptr, "--format s16, likewise"},
-        {"f", nullptr, "--format f32, likewise"},
+        {"r", "HZ", "the same as --rate, as web receivers call their decoders"},
+        {"i", nullptr, "the same as --format s16"},
+        {"f", nullptr, "the same as --format f32"},
     };
 }
 

@@ -62,9 +62,9 @@ std::vector<SoundRequest> readSoundOptions(Arguments& arguments)
         requests.push_back(request);
     }
     if (pipes > 1)
-        arguments.fail(QStringLiteral("standard input is read once"));
+        arguments.fail(QStringLiteral("'-' can be given only once"));
     if (pipes == 0 && common.rate_Hz)
-        arguments.fail(QStringLiteral("--rate is for standard input; a file knows its own"));
+        arguments.fail(QStringLiteral("--rate is for standard input; a file has its own"));
     return requests;
 }
 

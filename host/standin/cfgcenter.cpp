@@ -83,7 +83,7 @@ private:
     QMap<Key, QString> m_fromFile;
 };
 
-/// Never destroyed: whoever opened it may keep it.
+/// Never destroyed, since its users may keep it.
 Configuration& configuration()
 {
     static auto* const instance = new Configuration;

@@ -191,7 +191,7 @@ qint64 positionToAddAt(QFile& file)
         return -1;
     if (!tail.mid(tag + TAG_BYTES).trimmed().isEmpty())
         return -1;
-    int end = tag; // the white space before it is written anew
+    int end = tag; // the white space before it is written again
     while (end > 0 && std::isspace(static_cast<unsigned char>(tail.at(end - 1))))
         --end;
     return tailBegin + end;

@@ -44,7 +44,7 @@ HostTree::~HostTree()
     m_isClosing = true;
     while (!m_values.isEmpty()) {
         ValueBase* const value = m_values.first();
-        // A value whose deletion led here is deleted by whoever began that.
+        // A value whose deletion led here is deleted by the caller that began that.
         if (IsDeleted(value))
             HostTree::Remove(value);
         else

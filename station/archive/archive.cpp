@@ -155,7 +155,7 @@ bool contains(const ArchiveRecord& record, const std::vector<Wanted>& wanted)
 
 } // namespace
 
-/// What tells two kinds of database apart.
+/// The differences between two kinds of database.
 struct ArchiveDialect
 {
     const char* driver;
@@ -237,7 +237,7 @@ const ArchiveDialect POSTGRESQL = {
      "CREATE INDEX by_stop ON transmissions (stop_us)",
      "CREATE INDEX by_words ON transmissions USING gin (words)",
      "COMMENT ON TABLE transmissions IS '1'"},
-    // Ids are to be seen in the order in which they grow, whoever writes.
+    // Ids become visible in ascending order, whichever station writes.
     "SELECT pg_advisory_xact_lock(7025000)",
     "INSERT INTO transmissions (",
     " ON CONFLICT (key) DO NOTHING",

@@ -17,8 +17,8 @@ namespace morsehost {
 class ArchiveWriter
 {
 public:
-    /// Told of the archive's state when it changes, from the writer's thread: empty when it can be
-    /// reached again, else why not.
+    /// Called with the archive's state when it changes, from the writer's thread: empty when it can
+    /// be reached again, else why not.
     using StateListener = std::function<void(const QString& problem)>;
 
     struct Settings

@@ -192,7 +192,7 @@ OpenedBand openRecordedIQ(const QString& path)
                            .arg(counted(info.channels, "channel", "channels")));
     if (info.samplerate < demodulator::LOWEST_BAND_RATE_Hz ||
         info.samplerate > demodulator::HIGHEST_BAND_RATE_Hz)
-        return refused(QStringLiteral("has a sample rate of %1 Hz; %2 to %3 can be used")
+        return refused(QStringLiteral("has a sample rate of %1 Hz, which is not between %2 and %3")
                            .arg(info.samplerate)
                            .arg(demodulator::LOWEST_BAND_RATE_Hz, 0, 'f', 0)
                            .arg(demodulator::HIGHEST_BAND_RATE_Hz, 0, 'f', 0));

@@ -125,12 +125,12 @@ QString whyCut(QFile& file)
     const QByteArray begin = file.read(CONTAINER_MARK_BYTES);
     const qint64 declared = declaredSize(begin);
     if (declared > file.size())
-        return QStringLiteral("is cut: its header tells of %1 bytes, %2 are there")
+        return QStringLiteral("is truncated: its header announces %1 bytes, it has %2")
             .arg(declared)
             .arg(file.size());
     file.seek(std::max<qint64>(0, file.size() - PAGE_BYTES));
     if (begin.startsWith("OggS") && !endsAsOgg(file.read(PAGE_BYTES)))
-        return QStringLiteral("is cut: its last page is missing");
+        return QStringLiteral("is truncated: its last page is missing");
     return {};
 }
 

@@ -10,7 +10,7 @@ class QFile;
 
 namespace morsehost {
 
-/// So many bytes tell the kind, but for MP3 without a tag before it.
+/// This many bytes show the kind, except that of an MP3 without a tag before it.
 constexpr int CONTAINER_MARK_BYTES = 12;
 
 enum class Container {

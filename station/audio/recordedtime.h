@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// When a recording began, as its name or its broadcast chunk tells.
+// When a recording began, from its name or its broadcast chunk.
 #pragma once
 
 #include <QString>

@@ -190,11 +190,11 @@ OpenedRecording openDescriptor(int descriptor, std::optional<int> channel,
     SoundFile sound(sf_open_fd(descriptor, SFM_READ, &info, SF_TRUE));
     if (!sound) {
         return {nullptr,
-                QStringLiteral("is no recording that can be read: %1").arg(reasonOf(nullptr))};
+                QStringLiteral("is not a recording that can be read: %1").arg(reasonOf(nullptr))};
     }
     if (info.samplerate < demodulator::LOWEST_RATE_Hz ||
         info.samplerate > demodulator::HIGHEST_RATE_Hz)
-        return {nullptr, QStringLiteral("has %1 samples a second; %2 to %3 can be used")
+        return {nullptr, QStringLiteral("has %1 samples a second, which is not between %2 and %3")
                              .arg(info.samplerate)
                              .arg(demodulator::LOWEST_RATE_Hz)
                              .arg(demodulator::HIGHEST_RATE_Hz)};
@@ -366,8 +366,7 @@ OpenedSource openPipe(int descriptor, std::optional<int> rate_Hz, std::optional<
         return {openRawSamples(descriptor, begin, rate_Hz.value_or(DEFAULT_RATE_HZ)), {}};
     }
     if (rate_Hz)
-        return refused(
-            QStringLiteral("is a recording, which knows its own rate; leave --rate away"));
+        return refused(QStringLiteral("is a recording and has its own rate; leave --rate out"));
     if (container == Container::Streamed)
         return openStreamed(descriptor, begin, channel);
     return openWhole(descriptor, begin, channel);

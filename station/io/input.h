@@ -21,7 +21,7 @@ public:
     /// input, after an error, or when the program was interrupted.
     std::size_t read(char* data, std::size_t size);
 
-    /// From any thread: whoever waits for bytes gets none, now and later.
+    /// From any thread: a reader that waits for bytes gets none, now and later.
     void stop() { m_isStopped = true; }
 
     /// Empty when the input ended as it should.

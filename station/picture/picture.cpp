@@ -55,7 +55,7 @@ constexpr double HEADROOM = 1.35;                  // strength over the stronges
 constexpr std::int64_t LONGEST_STEP_us = 20000;    // steps further apart belong to two signals
 constexpr std::size_t LONGEST_AVERAGE_steps = 125; // half a second
 
-// Blue, orange, green and purple that the colour-blind tell apart.
+// Blue, orange, green and purple that the colour-blind can distinguish.
 const char STYLE[] =
     "text{font-family:'DejaVu Sans',Verdana,sans-serif;font-size:11px;fill:#333}"
     ".title{font-size:16px;font-weight:bold;fill:#111}"

@@ -55,7 +55,7 @@ const KeyRow KEYS[] = {
 };
 // clang-format on
 
-// The lines at which sections and keys stand, since QSettings does not tell.
+// The lines of sections and keys, which QSettings does not report.
 class Lines
 {
 public:

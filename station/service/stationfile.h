@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What a station is told to do: its file, read and checked.
+// What a station has to do: its file, read and checked.
 #pragma once
 
 #include <QString>

@@ -178,7 +178,7 @@ private Q_SLOTS:
         QCOMPARE(QFile::exists(path), isDrawn);
         const QByteArray error = "morsehost: standard input: ends after " +
                                  QByteArray::number(samples / 8000.0, 'f', 3) +
-                                 " s, too early for a stretch that begins at " +
+                                 " s, before the stretch begins at " +
                                  QByteArray::number(from.toDouble(), 'f', 3) + " s\n";
         QCOMPARE(ended.err, isDrawn ? QByteArray() : error);
         if (!isDrawn)
@@ -278,10 +278,9 @@ private Q_SLOTS:
         QTest::newRow("no such recording")
             << QStringList{"/nowhere/x.wav"} << QByteArray("no such file");
         QTest::newRow("no recording") << QStringList{TEST_DATA_DIR "/recordings/README.md"}
-                                      << QByteArray("no recording that can be read");
-        QTest::newRow("beyond the end")
-            << QStringList{RECORDING, "--from", "500"}
-            << QByteArray("too early for a stretch that begins at 500.000 s");
+                                      << QByteArray("not a recording that can be read");
+        QTest::newRow("beyond the end") << QStringList{RECORDING, "--from", "500"}
+                                        << QByteArray("before the stretch begins at 500.000 s");
         QTest::newRow("no such alphabet")
             << QStringList{RECORDING, "--alphabet", "Elvish"} << QByteArray("no such alphabet");
     }
@@ -330,7 +329,8 @@ private Q_SLOTS:
         for (const QString& path : {pipe, link, loose}) {
             const Ended ended = run({"inspect", RECORDING, "-o", path, "--length", "1"});
             QCOMPARE(ended.status, 1);
-            QCOMPARE(ended.err, "morsehost: " + path.toUtf8() + ": is there and no plain file\n");
+            QCOMPARE(ended.err,
+                     "morsehost: " + path.toUtf8() + ": exists and is not a regular file\n");
         }
         const Ended ended = run({"inspect", recording, "-o", recording, "--length", "1"});
         QCOMPARE(ended.status, 1);

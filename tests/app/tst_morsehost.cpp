@@ -199,7 +199,7 @@ private Q_SLOTS:
         QCOMPARE(ended.err, QByteArray());
         QCOMPARE(ended.status, 0);
         verifyOneLine(run({"decode", "--rate", "48000", "-"}, contentOf(path)), 1,
-                      "standard input: is a recording, which knows its own rate");
+                      "standard input: is a recording and has its own rate");
     }
 
     void mp3OfEveryRateIsKnownWithAndWithoutATag()
@@ -469,7 +469,7 @@ private Q_SLOTS:
         QCOMPARE(text.out.simplified(), QByteArray("CQ DE 5"));
     }
 
-    void toneAndSpeedMayBeTold()
+    void toneAndSpeedCanBeSet()
     {
         const Ended ended =
             run({"decode", "--tone", "700", "--wpm", "20", "-"}, raw(keyed("PARIS")));
@@ -554,10 +554,11 @@ private Q_SLOTS:
         QTest::newRow("missing") << "missing" << QByteArray("no such file");
         QTest::newRow("directory") << "directory" << QByteArray("is a directory");
         QTest::newRow("empty") << "empty" << QByteArray("is empty");
-        QTest::newRow("text") << "text" << QByteArray("no recording that can be read");
-        QTest::newRow("truncated header") << "header" << QByteArray("no recording");
+        QTest::newRow("text") << "text" << QByteArray("not a recording that can be read");
+        QTest::newRow("truncated header") << "header" << QByteArray("not a recording");
         QTest::newRow("rate too low")
-            << "rate" << QByteArray("has 3999 samples a second; 4000 to 768000 can be used");
+            << "rate"
+            << QByteArray("has 3999 samples a second, which is not between 4000 and 768000");
     }
 
     void badInputIsSaidInOneLine()
@@ -574,7 +575,7 @@ private Q_SLOTS:
         } else if (kind != "missing") {
             QVERIFY(file.open(QIODevice::WriteOnly));
             if (kind == "text")
-                file.write("Dear operator,\nthis is a letter.\n");
+                file.write("Good morning,\nthis is a letter.\n");
             else if (kind == "header")
                 file.write("RIFF\0\0\0\0WAVEfm", 15);
             file.close();
@@ -620,13 +621,13 @@ private Q_SLOTS:
         row("help for an unknown command", {"help", "decipher"}, "no command 'decipher' (see");
         row("--help for an unknown command", {"--help", "decipher"}, "no command 'decipher' (see");
         row("no operand", {"decode"}, "FILE…|- is missing");
-        row("two operands", {"inspect", "a", "b"}, "'b' is one argument too many");
-        row("an empty operand", {"decode", ""}, "an empty word names no file");
+        row("two operands", {"inspect", "a", "b"}, "unexpected argument 'b'");
+        row("an empty operand", {"decode", ""}, "a file name is empty");
         row("unknown option", {"decode", "--loud", "x"}, "no option '--loud' (");
         row("unknown option with a value", {"decode", "--loud=9", "x"}, "no option '--loud' (");
         row("unknown letter", {"decode", "-x", "x"}, "no option '-x' (");
         row("one dash too few", {"decode", "-tone", "700", "x"},
-            "no option '-tone'; --tone has two dashes (");
+            "no option '-tone'; write --tone (");
         row("a tone after an unknown option", {"decode", "--tone", "700", "--loud", "x"},
             "no option '--loud' (");
         row("value missing", {"decode", "x", "--tone"}, "missing value after '--tone' (");
@@ -641,7 +642,7 @@ private Q_SLOTS:
             "--tone is given twice (");
         row("one option three times", {"decode", "--wpm=9", "--wpm=9", "--wpm=9", "x"},
             "--wpm is given 3 times (");
-        row("tone is no number", {"decode", "--tone", "high", "x"}, "--tone takes");
+        row("tone is not a number", {"decode", "--tone", "high", "x"}, "--tone takes");
         row("tone is not finite", {"decode", "--tone", "nan", "x"}, "--tone takes");
         row("speed out of range", {"decode", "--wpm", "1000", "x"}, "--wpm takes");
         row("channel zero", {"decode", "--channel", "0", "x"}, "--channel takes");
@@ -1044,7 +1045,7 @@ private Q_SLOTS:
                  5000);
     }
 
-    // Only a file that is written tells that the disk is full.
+    // Only a file that is really written shows that the disk is full.
     void aFullDiskIsSaidAtTheStart()
     {
         QTemporaryDir dir;

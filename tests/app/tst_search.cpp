@@ -126,7 +126,7 @@ private Q_SLOTS:
         QProcess follower;
         follower.start(MORSEHOST_PATH, {"search", "--archive", archive(), "--follow", "OK2XYZ"});
         QVERIFY(follower.waitForStarted(LONG_ms));
-        // Nothing tells when it looks; so there is news until it has seen some.
+        // When it looks is not known; so news are added until it has seen some.
         for (int minute = 0; minute < 50 && follower.bytesAvailable() == 0; ++minute) {
             const QString time = QString("2026-05-13T10:%1:00Z").arg(minute, 2, 10, QChar('0'));
             QCOMPARE(decode(time).status, 0);

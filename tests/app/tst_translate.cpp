@@ -235,14 +235,14 @@ private Q_SLOTS:
         QCOMPARE(outcome.names().contains(QStringLiteral("Greek - ASCII")), ascii);
     }
 
-    void aDecoderWithoutACharacterSetIsTold_data()
+    void aDecoderWithoutACharacterSetIsReported_data()
     {
         QTest::addColumn<QString>("decoder");
         QTest::newRow("unknown") << QStringLiteral("Teleplay");
         QTest::newRow("letter N") << QStringLiteral("Morse");
     }
 
-    void aDecoderWithoutACharacterSetIsTold()
+    void aDecoderWithoutACharacterSetIsReported()
     {
         QFETCH(QString, decoder);
         const Outcome outcome = mapsOf(shippedMaps, decoder);
@@ -269,7 +269,7 @@ private Q_SLOTS:
                                       "Morse\tno character set\n\u00DCber\tITA2 and ASCII\n"));
     }
 
-    void aFileThatNamesNoDecoderIsTold()
+    void aFileThatNamesNoDecoderIsReported()
     {
         QString text;
         QTextStream out(&text);
@@ -279,7 +279,7 @@ private Q_SLOTS:
         QCOMPARE(text, QString());
     }
 
-    void aMissingFolderIsTold()
+    void aMissingFolderIsReported()
     {
         for (const Outcome& outcome :
              {alphabetsOf(QStringLiteral("/no/such")), mapsOf(QStringLiteral("/no/such"))}) {
@@ -443,7 +443,7 @@ private Q_SLOTS:
         QCOMPARE(output, QByteArray("a"));
     }
 
-    void anUnknownMapIsTold()
+    void anUnknownMapIsReported()
     {
         QByteArray output;
         const Outcome outcome = run(with(shippedMaps, "Klingon"), "A", output);
@@ -543,14 +543,14 @@ private Q_SLOTS:
                  QString());
     }
 
-    void anInputThatCannotBeReadIsTold()
+    void anInputThatCannotBeReadIsReported()
     {
         Pipe out;
         QVERIFY(translate::runTranslate(with(shippedMaps, "none"), -1, out.writer())
                     .startsWith(QStringLiteral("standard input: ")));
     }
 
-    void anOutputThatCannotBeWrittenIsTold()
+    void anOutputThatCannotBeWrittenIsReported()
     {
         const int full = open("/dev/full", O_WRONLY);
         QVERIFY(full >= 0);

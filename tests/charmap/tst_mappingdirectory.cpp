@@ -58,7 +58,7 @@ template struct PrivateMember<SavingStart, &MappingDirectory::InitSaveToFile>;
 
 namespace {
 
-/// Writes down every notification of the values it is given, and what is told to it.
+/// Records every notification of the values it is given, and its own notifications.
 class Log : public IObserver
 {
 public:
@@ -89,7 +89,7 @@ private:
     QMap<QString, ValueBase*> m_values;
 };
 
-/// Tells what a mapping directory hears.
+/// Records the notifications that a mapping directory gets.
 class HeardDirectory : public MappingDirectory
 {
 public:
@@ -348,7 +348,7 @@ private Q_SLOTS:
                  (QStringList{" - ASCII", "Greek - ASCII", "Hebrew - ASCII"}));
     }
 
-    // Notifications, in their order. "heard" is what the directory itself is told.
+    // Notifications, in their order. "heard" is a notification of the directory itself.
 
     void initIsHeardButNotObeyedBeforeItIsEnabled()
     {
@@ -799,7 +799,7 @@ private Q_SLOTS:
         QVERIFY(scene.directory.SetDataInput_ValuePath("d/other", nullptr));
         scene.input->SetValue("A", nullptr);
         QCOMPARE(scene.output->GetValue(), "");
-        // Still registered, as the log tells; but in nobody's way.
+        // Still registered, as the log shows, which does no harm.
         QCOMPARE(scene.log.lines.last(), "input 3 heard");
         delete scene.input;
         dynamic_cast<TextValue*>(scene.tree.Find("d/other"))->SetValue("B", nullptr);
@@ -894,7 +894,7 @@ private Q_SLOTS:
                  QStringList{"Exception catched in MorseTranslator::~MorseHandler"});
         QCOMPARE(traces.Traces().at(0).sourceFile, "tools\\morsehandler\\mappingdirectory");
         QCOMPARE(traces.Traces().at(0).line, 126);
-        input->SetValue("x", nullptr); // nobody is left to be told
+        input->SetValue("x", nullptr); // no observer is left
     }
 
     void aDeletedValueIsForgottenInEveryRole()
@@ -968,23 +968,23 @@ private Q_SLOTS:
         QVERIFY(again->GetValue());
     }
 
-    void valuesMayBeDeletedByThoseWhoAreTold_data()
+    void valuesMayBeDeletedByTheirObservers_data()
     {
-        QTest::addColumn<QString>("told");
+        QTest::addColumn<QString>("notified");
         QTest::addColumn<int>("code");
         QTest::addColumn<QString>("deleted");
-        for (const char* told : {"maps", "decoder", "input", "output", "direction", "max"}) {
+        for (const char* notified : {"maps", "decoder", "input", "output", "direction", "max"}) {
             for (const int code : {3, 7, 19}) {
                 for (const char* deleted : {"maps", "decoder", "input", "output", "direction"})
-                    QTest::addRow("%s %d deletes %s", told, code, deleted)
-                        << told << code << deleted;
+                    QTest::addRow("%s %d deletes %s", notified, code, deleted)
+                        << notified << code << deleted;
             }
         }
     }
 
-    void valuesMayBeDeletedByThoseWhoAreTold()
+    void valuesMayBeDeletedByTheirObservers()
     {
-        QFETCH(QString, told);
+        QFETCH(QString, notified);
         QFETCH(int, code);
         QFETCH(QString, deleted);
         struct Deleter : IObserver
@@ -1002,9 +1002,9 @@ private Q_SLOTS:
         deleter.tree = &scene.tree;
         deleter.code = code;
         deleter.path = "d/" + deleted;
-        if (told == "max")
+        if (notified == "max")
             scene.tree.Add<IntegerValue>("d/max");
-        auto* const observed = scene.tree.Find("d/" + told);
+        auto* const observed = scene.tree.Find("d/" + notified);
         observed->AddObserver(&deleter);
 
         const auto find = [&](const char* path) { return scene.tree.Find(path); };
@@ -1023,7 +1023,7 @@ private Q_SLOTS:
         select("d/maps", "Default");
         scene.directory.Enabled(false);
         QCOMPARE(scene.directory.translate("12").size(), 2);
-        if (auto* const remaining = find(qPrintable("d/" + told)))
+        if (auto* const remaining = find(qPrintable("d/" + notified)))
             remaining->DeleteObserver(&deleter);
     }
 
@@ -1265,7 +1265,7 @@ public:
     }
 
 private:
-    /// Does one more thing when it is told of something.
+    /// Does one more thing when it is notified.
     struct Saboteur : IObserver
     {
         explicit Saboteur(Turmoil& turmoil)
@@ -1381,7 +1381,7 @@ private:
             if (*held == value)
                 *held = nullptr;
         }
-        // One that is telling others of a change may be deleted as well.
+        // One that is notifying others of a change may be deleted as well.
         delete value;
     }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the pages show is what happens: their sessions are run, their code is that of the examples,
-// their links lead somewhere. tests/docs/pages.h tells how a block says what it is.
+// their links lead somewhere. tests/docs/pages.h describes how a block says what it is.
 #include "docs/blocks.h"
 #include "support/files.h"
 
@@ -119,7 +119,7 @@ QStringList checkFileNames(const Page& page)
     return complaints;
 }
 
-/// Every way of calling the program that a page shows, wherever it stands.
+/// Every way of calling the program that a page shows.
 QVector<QPair<int, QString>> calls(const Page& page)
 {
     static const QRegularExpression call(

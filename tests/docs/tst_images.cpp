@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// A picture that a page shows is what the program draws. scripts/renew-golden.sh draws it anew.
+// A picture that a page shows is what the program draws. scripts/renew-golden.sh renews it.
 #include "reception/corpus.h"
 #include "support/files.h"
 #include "support/pngpixels.h"
@@ -54,7 +54,7 @@ Parts partsOf(const QByteArray& svg)
     return parts;
 }
 
-// What tells them apart; empty when nothing does.
+// The difference between them; empty when there is none.
 QString difference(const QByteArray& drawnSvg, const QByteArray& shownSvg)
 {
     const Parts drawn = partsOf(drawnSvg);

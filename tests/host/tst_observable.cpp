@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What observers may do to each other and to the value while they are told of a change.
+// What observers may do to each other and to the value while they are notified of a change.
 #include "host/values.h"
 #include "support/recordingobserver.h"
 
@@ -111,7 +111,7 @@ private Q_SLOTS:
         value.DeleteObservers();
     }
 
-    void theCauseIsNotTold()
+    void theCauseIsNotNotified()
     {
         TextValue value;
         Registered cause(value);
@@ -259,7 +259,7 @@ private Q_SLOTS:
         second.onUpdate = [&](Observable*, TChangeCode) { seenBySecond.append(value.GetValue()); };
         value.SetValue(QStringLiteral("outer"), nullptr);
         QCOMPARE(seenByFirst, (QVector<QString>{QStringLiteral("outer"), QStringLiteral("inner")}));
-        // Two changes, two notifications; both are told when the second one holds already.
+        // Two changes, two notifications; both come when the second change is already made.
         QCOMPARE(seenBySecond,
                  (QVector<QString>{QStringLiteral("inner"), QStringLiteral("inner")}));
     }

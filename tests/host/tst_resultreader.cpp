@@ -95,7 +95,7 @@ private Q_SLOTS:
         QTest::newRow("no channel")
             << documentWith("\n<Transmission><DataBlock Format=\"0\" Flags=\"0\"/></Transmission>")
             << 2;
-        QTest::newRow("a channel that is no number")
+        QTest::newRow("a channel that is not a number")
             << documentWith("<Transmission><DataBlock Channel=\"one\" Format=\"0\" Flags=\"0\"/>"
                             "</Transmission>")
             << 1;

@@ -168,7 +168,7 @@ private Q_SLOTS:
     {
         RecordingObserver observer;
         auto* const text = findOrCreateValue<TextValue>(QStringLiteral("Morse/Text"), &observer);
-        text->AddObserver(&observer); // as whoever asked for the value does once more
+        text->AddObserver(&observer); // as the caller does once more
         text->SetValue(QStringLiteral("e"), nullptr);
         QCOMPARE(observer.Codes(), QVector<int>{eCHANGE_CONTENT});
         text->DeleteObserver(&observer);

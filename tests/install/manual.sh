@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# The manual page is well formed, and tells of every command and option what the program tells.
+# The manual page is well formed, and describes every command and option as the program's help does.
 set -euo pipefail
 
 page=$STAGE/share/man/man1/morsehost.1.gz

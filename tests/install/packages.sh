@@ -74,9 +74,9 @@ for name in libmorsehandler0 libhoststandin0; do
     ! grep -qE 'sndfile|kissfft|morsehandler|hoststandin' \
         <<<"$(dpkg-deb -f "$(package $name)" Depends)" || fail "$name depends on too much"
     grep -qE "^${name%0} 0 $name \(>= " <<<"$(dpkg-deb -I "$(package $name)" shlibs)" ||
-        fail "$name does not tell others how to depend on it"
+        fail "$name does not declare how others depend on it"
     [ "$(uname -m)" != x86_64 ] || diff "$SOURCE/cmake/debian/$name.symbols" \
-        <(dpkg-deb -I "$(package $name)" symbols) || fail "$name does not tell its symbols"
+        <(dpkg-deb -I "$(package $name)" symbols) || fail "$name does not declare its symbols"
 done
 
 # Unpacked elsewhere, it runs; and nothing in it knows where it was built.

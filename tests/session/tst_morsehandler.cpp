@@ -840,7 +840,7 @@ private Q_SLOTS:
         QCOMPARE(host.handler.GetCurrentMorseSymbolString(), symbols);
     }
 
-    void anObserverMayDeleteTheTextValueWhenItIsTold()
+    void anObserverMayDeleteTheTextValueWhenItIsNotified()
     {
         MorseFixture host;
         host.handler.StartNewMorseSession();
@@ -1017,7 +1017,7 @@ private Q_SLOTS:
         QCOMPARE(traces.Traces().at(0).sourceFile,
                  QStringLiteral("tools\\morsehandler\\morsehandler"));
         QCOMPARE(traces.Traces().at(0).line, 149);
-        values.symbol->SetValue(1, nullptr); // nobody is left to be told
+        values.symbol->SetValue(1, nullptr); // no observer is left
     }
 
     void anExceptionWhileALostFileIsTracedStaysInTheDestructor()

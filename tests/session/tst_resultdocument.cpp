@@ -92,7 +92,7 @@ class tst_ResultDocument : public QObject
 private Q_SLOTS:
     void initTestCase() { qputenv("TZ", "UTC"); }
 
-    // What the meta-objects tell
+    // From the meta-objects
 
     void metaObjectsHoldTheSlotsAndSignals_data()
     {

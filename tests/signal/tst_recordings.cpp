@@ -26,8 +26,8 @@ const char* const LONG_TEXT =
     "day between 1931 and then? the books know.";
 
 #ifdef __SANITIZE_ADDRESS__
-// The shortest signal runs through the same code; the rate of errors is what an ordinary build
-// tells.
+// The shortest signal runs through the same code; the rate of errors is checked in an ordinary
+// build.
 constexpr int SPEEDS_wpm[] = {40};
 #else
 constexpr int SPEEDS_wpm[] = {12, 20, 30, 40};

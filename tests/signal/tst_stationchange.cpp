@@ -81,7 +81,7 @@ private Q_SLOTS:
         QCOMPARE(add(change, {720.0, 20.0}, 1, 1.0), StationChange::Verdict::Other);
     }
 
-    // The first words of a station are no ground to tell another one from.
+    // The first words of a station are not enough to recognise another one.
     void fewMarksAreNoStation()
     {
         StationChange change(STEP_s);

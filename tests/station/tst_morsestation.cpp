@@ -217,7 +217,7 @@ private Q_SLOTS:
         QVERIFY(!MorseStation(m_tree, settings, log).start());
     }
 
-    // Several within a second, far more than names by the clock could tell apart.
+    // Several within a second, far more than the clock in their names can distinguish.
     void everyTransmissionHasADocumentOfItsOwn()
     {
         const QTemporaryDir dir;

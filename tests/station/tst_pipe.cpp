@@ -159,7 +159,7 @@ private Q_SLOTS:
         pipe.closeWriter();
         const OpenedSource opened = openPipe(pipe.reader(), std::nullopt, std::nullopt);
         QVERIFY(!opened.source);
-        QVERIFY2(opened.error.startsWith("is no recording"), qPrintable(opened.error));
+        QVERIFY2(opened.error.startsWith("is not a recording"), qPrintable(opened.error));
     }
 
     // Who saves goes on, and the reader gets all of it when it reads on.

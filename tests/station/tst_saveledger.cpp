@@ -72,7 +72,7 @@ private Q_SLOTS:
         for (int i = 0; i < 3; ++i)
             QVERIFY(m_ledger->isWritten(CODES, 1, 1));
         QCOMPARE(m_said.size(), 1);
-        QVERIFY2(m_said.last().contains("full: the code file takes nothing more"),
+        QVERIFY2(m_said.last().contains("full: the code file cannot be written"),
                  qPrintable(m_said.last()));
         QCOMPARE(m_ledger->losses().symbols, 3LL);
         codes.grow("-.-.");

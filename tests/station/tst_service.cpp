@@ -17,7 +17,7 @@ namespace {
 
 constexpr int LONG_ms = 120000;
 
-// Reads all of its input, then tells how many bytes it was as a transmission.
+// Reads all of its input, then reports the number of bytes as a transmission.
 const char* const COUNTING_DECODER = R"(#!/bin/sh
 echo rubbish
 echo '{"event":"transmission","number":1,"start":"2026-11-22T10:00:00.000Z","stop":"2026-11-22T10:00:05.000Z","text":"FIRST"}'

@@ -91,7 +91,7 @@ repeat=60
         QVERIFY(second.isSaved);
     }
 
-    void theArchiveIsInTheFolderUnlessTold()
+    void theArchiveIsInTheFolderByDefault()
     {
         QStringList faults;
         QCOMPARE(read("[station]\nfolder=kept\n[receiver a]\ncommand=x\n", faults).archive,

@@ -15,8 +15,8 @@ const char* morseOf(char character);
 char characterOf(const std::string& elements);
 
 /// Symbol codes of the host contract to text: 0 dot, 1 dash, 3 end of character, 4 end of word;
-/// a dash alone after a digit is a cut zero. Timing marks give nothing; a character unknown here
-/// gives `unknown`, or nothing when that is 0.
+/// a dash alone after a digit is a cut zero. Timing marks give no text; a character that has no
+/// code gives `unknown`, or nothing when that is 0.
 std::string textOfCodes(const std::vector<int>& codes, char unknown = 0);
 
 /// Upper case, runs of blanks as one, none at the ends; a T alone of its character after a digit

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// An observer that writes down what it is told, and may do something about it.
+// An observer that records its notifications, and may act on them.
 #pragma once
 
 #include "host/observable.h"

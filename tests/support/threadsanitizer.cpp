@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Tells the thread sanitizer what it cannot see in a Qt that was built without it: linked into
+// Shows the thread sanitizer what it cannot see in a Qt that was built without it: linked into
 // every test of a thread sanitizer build. Nothing of our own code is hidden from it.
 #include <QMutex>
 

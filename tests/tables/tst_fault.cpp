@@ -78,7 +78,7 @@ private Q_SLOTS:
         QCOMPARE(taken[2].line, 2);
     }
 
-    void whoeverAsksForNoneGetsNone()
+    void noneIsKeptWhereNoneIsAskedFor()
     {
         Faults faults(0);
         faults.Error(1, "x");

@@ -126,9 +126,9 @@ void tst_Lint::eachTrapHasItsFinding_data()
         "@ TextDirection RL\n@ Version 2\nא\t.-\n\n",
         {"1: right-to-left is switched off again by the header line 2"});
     row("a direction spelt otherwise is reported", mal, "@ TextDirection RTL\nא\t.-\n\n",
-        {"1: this is no right-to-left header"});
+        {"1: this is not a right-to-left header"});
     row("a direction in small letters is reported", mal, "@ textdirection RL\nא\t.-\n\n",
-        {"1: this is no right-to-left header"});
+        {"1: this is not a right-to-left header"});
     row("left-to-right may be said", mal, "@ TextDirection LR\nA\t.-\n\n", {});
     row("invalid UTF-8 is reported", mal, "A\t.-\n\xC4\t.-.-\n\n", {"2: invalid UTF-8"});
     row("a file that ends within a character is reported", mal, "A\t.-\n\n\xC4",
@@ -168,8 +168,8 @@ void tst_Lint::eachTrapHasItsFinding_data()
         {"4: the line is skipped: an entry is one character"});
     row("a codec number without 0x is skipped", codec, "title\nLR\nA;0x0410\nC;41\n",
         {"4: the line is skipped: a value is written with a leading \"0x\""});
-    row("a codec value that is no number is skipped", codec, "title\nLR\nA;0x0410\nC;Б\n",
-        {"4: the line is skipped: \"Б\" (U+0411) is no number"});
+    row("a codec value that is not a number is skipped", codec, "title\nLR\nA;0x0410\nC;Б\n",
+        {"4: the line is skipped: \"Б\" (U+0411) is not a number"});
     row("a codec value of 0 is not stored", codec, "title\nLR\nA;0x0410\nD;0x0\n",
         {"4: the value is 0"});
     row("a codec value above 16 bits is cut", codec, "title\nLR\nA;0x10410\n",
@@ -177,9 +177,9 @@ void tst_Lint::eachTrapHasItsFinding_data()
     row("half a surrogate pair is reported", codec, "title\nLR\nA;0xD83D\n",
         {"3: the character code U+D83D is half of a pair"});
     row("a codec key above U+00FF goes to byte 0", codec, "title\nLR\nЖ;0x0416\n",
-        {"3: the key \"Ж\" (U+0416) is no 8-bit character"});
+        {"3: the key \"Ж\" (U+0416) is not an 8-bit character"});
     row("a codec key of U+0100 goes to byte 0", codec, "title\nLR\n\u0100;0x0416\n",
-        {"3: the key \"\u0100\" (U+0100) is no 8-bit character"});
+        {"3: the key \"\u0100\" (U+0100) is not an 8-bit character"});
     row("a codec key of U+00FF is a byte", codec, "title\nLR\n\u00FF;0x0416\n", {});
     row("a codec key given twice is replaced", codec, "title\nLR\nA;0x0410\nA;0x0411\n",
         {"4: the byte 0x41 (\"A\") was given in line 3 already"});
@@ -209,44 +209,44 @@ void tst_Lint::eachTrapHasItsFinding_data()
     row("a header below a comment is an entry", map,
         "# title\n@ TextDirection\tRL\n0x41\t0x05D0\n\n",
         {"2: a header line below any other line is an entry",
-         "2: \"@ TextDirection\" is no number: only its first character counts",
-         "2: \"RL\" is no number: only its first character counts"});
+         "2: \"@ TextDirection\" is not a number: only its first character counts",
+         "2: \"RL\" is not a number: only its first character counts"});
     row("a header that is switched off by the next is reported in a map", map,
         "@ TextDirection RL\n@ Version 2\n0x41\t0x05D0\n\n",
         {"1: right-to-left is switched off again by the header line 2"});
     row("a line without a tab shows a blank", map, "0x41\t0x0410\n0x20\n\n",
         {"2: no tab: the line shows its byte as a blank"});
     row("a map key above 255 is cut", map, "0x141\t0x0410\n\n",
-        {"1: the key \"0x141\" is no byte: its low 8 bits are 0x41 (\"A\")"});
+        {"1: the key \"0x141\" is not a byte: its low 8 bits are 0x41 (\"A\")"});
     row("a digit as key is a number", map, "5\t0x0665\n\n",
         {"1? the key \"5\" (U+0035) is the number 5, not the figure, which is byte 0x35 (\"5\")"});
     row("a leading 0 makes a key octal", map, "065\t0x0410\n\n",
         {"1? the key \"065\" begins with 0 and is therefore octal: byte 0x35 (\"5\")"});
     row("a map key above U+00FF goes to byte 0", map, "Ж\t0x0416\n\n",
-        {"1: the key \"Ж\" (U+0416) is no 8-bit character"});
+        {"1: the key \"Ж\" (U+0416) is not an 8-bit character"});
     row("U+0100 is the first that is no byte", map, "\u0100\t0x0410\n\n",
-        {"1: the key \"\u0100\" (U+0100) is no 8-bit character"});
+        {"1: the key \"\u0100\" (U+0100) is not an 8-bit character"});
     row("U+00FF is the last that is one", map, "\u00FF\t0x0410\n\n", {});
     row("256 is the first number that is no byte", map, "256\t0x0410\n\n",
-        {"1: the key \"256\" is no byte: its low 8 bits are 0x00"});
+        {"1: the key \"256\" is not a byte: its low 8 bits are 0x00"});
     row("255 is the last that is one", map, "255\t0x0410\n\n", {});
     row("a number below 0 is no byte", map, "-1\t0x0410\n\n",
-        {"1: the key \"-1\" is no byte: its low 8 bits are 0xFF"});
+        {"1: the key \"-1\" is not a byte: its low 8 bits are 0xFF"});
     row("what looks like a placeholder is shown as it is", map, "%1x\t0x0410\n%2\t0x0411\n\n",
-        {"1: \"%1x\" is no number: only its first character counts, byte 0x25 (\"%\")",
-         "2: \"%2\" is no number: only its first character counts, byte 0x25 (\"%\")",
+        {"1: \"%1x\" is not a number: only its first character counts, byte 0x25 (\"%\")",
+         "2: \"%2\" is not a number: only its first character counts, byte 0x25 (\"%\")",
          "2: the byte 0x25 (\"%\") was given in line 1 already"});
     row("the whole of 16 bits fits", map, "A\t0xFFFE\n\n", {});
     row("only the first character of a map key counts", map, "AB\t0x0410\n\n",
-        {"1: \"AB\" is no number: only its first character counts, byte 0x41 (\"A\")"});
+        {"1: \"AB\" is not a number: only its first character counts, byte 0x41 (\"A\")"});
     row("an empty map key goes to byte 0", map, "\t0x0410\n\n", {"1: no key before the tab"});
-    row("a decimal value is no character code", map, "0x41\t65\n\n",
-        {"1: \"65\" has no leading \"0x\" and is no character code: only its first character "
+    row("a decimal value is not a character code", map, "0x41\t65\n\n",
+        {"1: \"65\" has no leading \"0x\" and is not a character code: only its first character "
          "counts, \"6\" (U+0036)"});
     row("a map value of several characters shows the first", map, "0x41\txyz\n\n",
-        {"1: \"xyz\" is no number: only its first character counts, \"x\""});
+        {"1: \"xyz\" is not a number: only its first character counts, \"x\""});
     row("a map value that only begins as a number is none", map, "0x41\t0x0410 # A\n\n",
-        {"1: \"0x0410 # A\" is no number"});
+        {"1: \"0x0410 # A\" is not a number"});
     row("a map value of 0 shows a blank", map, "0x41\t0x0000\n\n", {"1? the value is 0"});
     row("a map value above 16 bits is cut", map, "0x41\t0x10410\n\n",
         {"1: the character code does not fit in 16 bits"});

@@ -35,7 +35,7 @@ private Q_SLOTS:
         row("a digit is a number as key", "1\ta\n\n", {{1, "a"}});
         row("the low 8 bits of a key count", "0x141\ta\n-191\tb\n\n", {{'A', "b"}});
         row("a negative key", "-1\ta\n\n", {{255, "a"}});
-        row("a key that is no number is its first character", "ABC\ta\n0y\tb\n\n",
+        row("a key that is not a number is its first character", "ABC\ta\n0y\tb\n\n",
             {{'A', "a"}, {'0', "b"}});
         row("a number too large is its first character", "4294967296\ta\n\n", {{'4', "a"}});
         row("no key is byte 0", "\ta\n\n", {{0, "a"}});
@@ -44,8 +44,8 @@ private Q_SLOTS:
         row("no value is a blank", "A\t\nB\nC\t\t#\n\n", {{'A', " "}, {'B', " "}, {'C', " "}});
         row("blanks are a blank", "A\t      \t#UNDEFINED\n\n", {{'A', " "}});
         row("a decimal value is its first character", "A\t65\n\n", {{'A', "6"}});
-        row("0X is no number as value", "A\t0X41\n\n", {{'A', "0"}});
-        row("0x without digits is no number", "A\t0x\n\n", {{'A', "0"}});
+        row("0X is not a number as value", "A\t0X41\n\n", {{'A', "0"}});
+        row("0x without digits is not a number", "A\t0x\n\n", {{'A', "0"}});
         row("two code points are no number", "A\t0x05F2+0x05B7\n\n", {{'A', "0"}});
         row("the low 16 bits of a value count", "A\t0x10042\n\n", {{'A', "B"}});
         row("the value 0 is stored", "A\t0x0000\n\n", {{'A', QString(QChar(0))}});

@@ -128,7 +128,7 @@ private:
             delete value;
     }
 
-    // Whoever hears of something may do something else.
+    // Observers may do something else when they are notified.
     void Update(Observable*, TChangeCode code) override
     {
         if (code == eCHANGE_DELETED || --m_sabotages < 0)

@@ -42,7 +42,7 @@ int main()
 
     for (const int code : {0, 0, 0, 3, 1, 1, 1, 3, 0, 0, 0, 3}) {
         if (symbol->GetValue() == code)
-            symbol->HasChanged(eCHANGE_CONTENT, nullptr); // a value tells nobody that it stayed
+            symbol->HasChanged(eCHANGE_CONTENT, nullptr); // an equal value notifies nobody
         else
             symbol->SetValue(code, nullptr);
     }
