@@ -239,7 +239,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, begin);
         const Ended ended = run({"decode", "-"}, begin + QByteArray(100000, '\x40'));
-        verifyOneLine(ended, 1, "standard input: is no recording that can be read: ");
+        verifyOneLine(ended, 1, "standard input: is not a recording that can be read: ");
     }
 
     // As arecord writes it, which never knows how long it will go on.
