@@ -116,7 +116,7 @@ Command stationCommand()
              "CONFIG",
              1,
              1,
-             "Runs the receivers that CONFIG names, and archives what they receive. SIGHUP reads\n"
+             "Runs the receivers of CONFIG, and archives what they receive. SIGHUP reads\n"
              "CONFIG again; receivers that did not change continue undisturbed.",
              {{"check", nullptr, "only check CONFIG"}},
              "  morsehost station --check station.ini\n"},
