@@ -118,10 +118,13 @@ int run(Arguments& arguments)
     if (!file.open(sound.name))
         return EXIT_BAD_INPUT;
 
-    const double begin_s = arguments.isSet("quick") ? std::max(0.0, from_s - BEFORE_S) : 0.0;
-    source->skip(std::llround(begin_s * sound.demodulator.sampleRate_Hz));
+    const double rate_Hz = sound.demodulator.sampleRate_Hz;
+    long long done = arguments.isSet("quick")
+                         ? source->skip(std::llround(std::max(0.0, from_s - BEFORE_S) * rate_Hz))
+                         : 0;
+    double done_s = static_cast<double>(done) / rate_Hz;
     inspect::Notes notes({microseconds(from_s), microseconds(from_s + length_s)},
-                         microseconds(begin_s));
+                         microseconds(done_s));
     Listener listener(notes);
     HostTree tree;
     StationSettings settings;
@@ -137,10 +140,7 @@ int run(Arguments& arguments)
     demodulator::Demodulator demodulator(sound.demodulator, listener, &notes);
     std::vector<float> samples(PIECE_SAMPLES);
     Progress progress;
-    const double rate_Hz = sound.demodulator.sampleRate_Hz;
     const double end_s = from_s + length_s + AFTERWARDS_S;
-    long long done = std::llround(begin_s * rate_Hz);
-    double done_s = begin_s;
     bool isOver = false;
     while (done_s < end_s && !isOver) {
         const std::size_t count = source->read(samples.data(), samples.size());

@@ -27,6 +27,7 @@ namespace {
 
 constexpr int DEFAULT_RATE_HZ = 8000;
 constexpr std::size_t PIECE_BYTES = 65536;
+constexpr std::size_t PIECE_SAMPLES = 65536;
 
 // A header and what may stand around it; what has more bytes has sound.
 constexpr qint64 HEADER_BYTES = 4096;
@@ -117,15 +118,17 @@ public:
         return static_cast<std::size_t>(frames);
     }
 
-    void skip(long long count) override
+    long long skip(long long count) override
     {
-        if (m_info.seekable == 0) {
-            SampleSource::skip(count);
-            return;
-        }
-        const sf_count_t reached =
-            sf_seek(m_file.get(), std::min<sf_count_t>(count, m_info.frames), SEEK_SET);
-        m_read = std::max<sf_count_t>(reached, 0);
+        if (m_info.seekable == 0)
+            return SampleSource::skip(count);
+        const sf_count_t wanted = std::min<sf_count_t>(m_read + count, m_info.frames);
+        const sf_count_t reached = sf_seek(m_file.get(), wanted, SEEK_SET);
+        if (reached < 0)
+            return SampleSource::skip(count);
+        const sf_count_t passed = reached - m_read;
+        m_read = reached;
+        return passed;
     }
 
     QString error() const override { return m_error; }
@@ -326,16 +329,19 @@ OpenedSource openWhole(int descriptor, const QByteArray& begin, std::optional<in
 
 } // namespace
 
-void SampleSource::skip(long long count)
+long long SampleSource::skip(long long count)
 {
-    std::vector<float> samples(PIECE_BYTES);
-    while (count > 0) {
-        const auto wanted = std::min<std::size_t>(samples.size(), static_cast<std::size_t>(count));
+    std::vector<float> samples(PIECE_SAMPLES);
+    long long passed = 0;
+    while (passed < count) {
+        const auto wanted =
+            std::min<std::size_t>(samples.size(), static_cast<std::size_t>(count - passed));
         const std::size_t got = read(samples.data(), wanted);
         if (got == 0)
-            return;
-        count -= static_cast<long long>(got);
+            break;
+        passed += static_cast<long long>(got);
     }
+    return passed;
 }
 
 OpenedSource openRecording(const QString& path, std::optional<int> channel)

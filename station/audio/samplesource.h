@@ -25,8 +25,8 @@ public:
     /// Fills up to `count` samples and returns how many; 0 at the end of input, after an error, or
     /// when interrupted. A pipe gives what it has as soon as it has any.
     virtual std::size_t read(float* samples, std::size_t count) = 0;
-    /// Passes over up to `count` samples; less at the end of input.
-    virtual void skip(long long count);
+    /// Passes over up to `count` samples and returns how many; fewer at the end of input.
+    virtual long long skip(long long count);
     /// What ended the input before its end; empty when nothing did.
     virtual QString error() const = 0;
 };

@@ -2,6 +2,7 @@
 // `morsehost inspect` from outside: the picture shows what `morsehost decode` gives.
 #include "support/drawn.h"
 #include "support/files.h"
+#include "support/keyer.h"
 #include "support/program.h"
 
 #include <QDir>
@@ -12,6 +13,7 @@
 #include <QtTest>
 
 #include <csignal>
+#include <sndfile.hh>
 #include <sys/stat.h>
 
 namespace {
@@ -156,24 +158,31 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("from");
         QTest::addColumn<int>("samples");
+        QTest::addColumn<bool>("isQuick");
         QTest::addColumn<bool>("isDrawn");
-        QTest::newRow("no sample") << "0" << 0 << false;
-        QTest::newRow("a few samples") << "0" << 790 << false;
-        QTest::newRow("just enough") << "0" << 800 << true;
-        QTest::newRow("from the very end") << "25" << 200000 << false;
-        QTest::newRow("from shortly before the end") << "24.95" << 200000 << false;
-        QTest::newRow("the last of it") << "24.9" << 200000 << true;
-        QTest::newRow("from far behind the end") << "1000000000" << 8000 << false;
+        QTest::newRow("no sample") << "0" << 0 << false << false;
+        QTest::newRow("a few samples") << "0" << 790 << false << false;
+        QTest::newRow("just enough") << "0" << 800 << false << true;
+        QTest::newRow("from the very end") << "25" << 200000 << false << false;
+        QTest::newRow("from shortly before the end") << "24.95" << 200000 << false << false;
+        QTest::newRow("the last of it") << "24.9" << 200000 << false << true;
+        QTest::newRow("from far behind the end") << "1000000000" << 8000 << false << false;
+        QTest::newRow("quickly, from shortly before the end") << "79.95" << 640000 << true << false;
+        QTest::newRow("quickly, the last of it") << "79.9" << 640000 << true << true;
+        QTest::newRow("quickly, from far behind the end") << "500" << 8000 << true << false;
     }
     void aStretchHasToHoldATenthOfASecond()
     {
         QFETCH(QString, from);
         QFETCH(int, samples);
+        QFETCH(bool, isQuick);
         QFETCH(bool, isDrawn);
         QTemporaryDir dir;
         const QString path = dir.filePath("x.svg");
-        const Ended ended =
-            run({"inspect", "-", "--from", from, "-o", path}, QByteArray(2 * samples, '\0'));
+        QStringList words = {"inspect", "-", "--from", from, "-o", path};
+        if (isQuick)
+            words += "--quick";
+        const Ended ended = run(words, QByteArray(2 * samples, '\0'));
         QCOMPARE(ended.status, isDrawn ? 0 : 1);
         QCOMPARE(QFile::exists(path), isDrawn);
         const QByteArray error = "morsehost: standard input: ends after " +
@@ -239,6 +248,38 @@ private Q_SLOTS:
         QCOMPARE(quickMarks.size(), marks.size());
         for (std::size_t i = 0; i < marks.size(); ++i)
             QVERIFY(qAbs(quickMarks[i].number("x") - marks[i].number("x")) < 2.0);
+    }
+
+    // A dash that follows a figure is read as a zero until another character comes, so the text of
+    // many dashes shows whether the figure before them was heard.
+    void theQuickWayHearsAMinuteBeforeTheStretch_data()
+    {
+        QTest::addColumn<QString>("from");
+        QTest::addColumn<bool>("isHeard");
+        QTest::newRow("the figure is more than a minute before") << "80" << false;
+        QTest::newRow("the figure is less than a minute before") << "50" << true;
+    }
+
+    void theQuickWayHearsAMinuteBeforeTheStretch()
+    {
+        QFETCH(QString, from);
+        QFETCH(bool, isHeard);
+        QTemporaryDir dir;
+        const QString path = dir.filePath("x.wav");
+        const std::vector<float> sound = testsupport::sound(
+            "5" + std::string(250, 'T'), testsupport::Hand(), testsupport::Path(), 8000, "dashes");
+        SndfileHandle(QFile::encodeName(path).constData(), SFM_WRITE,
+                      SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1, 8000)
+            .write(sound.data(), static_cast<sf_count_t>(sound.size()));
+        const QStringList words = {"inspect", path,    "--from", from, "--length",
+                                   "5",       "--wpm", "20",     "-o", "-"};
+        const QString all = textOf(testsupport::readDrawn(run(words).out));
+        QVERIFY(all.size() > 10);
+        QCOMPARE(all, QString(all.size(), '0'));
+        const Drawn quick = testsupport::readDrawn(run(words + QStringList("--quick")).out);
+        QCOMPARE(quick.error, QString());
+        QCOMPARE(quick.rows, 1);
+        QCOMPARE(textOf(quick).contains('0'), isHeard);
     }
 
     void wrongUsageIsSaidInOneLine_data()
