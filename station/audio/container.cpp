@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "station/audio/container.h"
 
-#include <QFile>
 #include <QtEndian>
 
 #include <algorithm>
@@ -14,7 +13,7 @@ namespace {
 constexpr quint32 UNKNOWN_SIZE = 0x7FFFF000U;
 
 // The largest page of an Ogg file has 65307 bytes.
-constexpr qint64 PAGE_BYTES = 65536;
+static_assert(CONTAINER_END_BYTES >= 65307, "the last page has to be whole");
 constexpr int OGG_HEADER_BYTES = 27;
 constexpr int OGG_FLAGS = 5;
 constexpr int OGG_SEGMENTS = 26;
@@ -75,17 +74,17 @@ int mp3FrameBytes(const QByteArray& bytes, int at)
     return factor * bitRate_kBd * divisor / rate_Hz + field(9, 1);
 }
 
-// The file ends with a page that says that it is the last one, and is whole.
-bool endsAsOgg(const QByteArray& tail)
+// With a page that says that it is the last one, and is whole.
+bool endsAsOgg(const QByteArray& end)
 {
-    const int page = tail.lastIndexOf("OggS");
-    if (page < 0 || tail.size() < page + OGG_HEADER_BYTES)
+    const int page = end.lastIndexOf("OggS");
+    if (page < 0 || end.size() < page + OGG_HEADER_BYTES)
         return false;
-    const int segments = static_cast<unsigned char>(tail.at(page + OGG_SEGMENTS));
+    const int segments = static_cast<unsigned char>(end.at(page + OGG_SEGMENTS));
     int size = OGG_HEADER_BYTES + segments;
-    for (int i = 0; i < segments && page + OGG_HEADER_BYTES + i < tail.size(); ++i)
-        size += static_cast<unsigned char>(tail.at(page + OGG_HEADER_BYTES + i));
-    return (tail.at(page + OGG_FLAGS) & OGG_LAST_PAGE) != 0 && page + size <= tail.size();
+    for (int i = 0; i < segments && page + OGG_HEADER_BYTES + i < end.size(); ++i)
+        size += static_cast<unsigned char>(end.at(page + OGG_HEADER_BYTES + i));
+    return (end.at(page + OGG_FLAGS) & OGG_LAST_PAGE) != 0 && page + size <= end.size();
 }
 
 } // namespace
@@ -119,17 +118,14 @@ qint64 declaredSize(const QByteArray& begin)
     return size <= 8 || size >= UNKNOWN_SIZE ? -1 : qint64(size) + 8;
 }
 
-QString whyCut(QFile& file)
+QString whyCut(const QByteArray& begin, const QByteArray& end, qint64 size)
 {
-    file.seek(0);
-    const QByteArray begin = file.read(CONTAINER_MARK_BYTES);
     const qint64 declared = declaredSize(begin);
-    if (declared > file.size())
+    if (declared > size)
         return QStringLiteral("is truncated: its header announces %1 bytes, it has %2")
             .arg(declared)
-            .arg(file.size());
-    file.seek(std::max<qint64>(0, file.size() - PAGE_BYTES));
-    if (begin.startsWith("OggS") && !endsAsOgg(file.read(PAGE_BYTES)))
+            .arg(size);
+    if (begin.startsWith("OggS") && !endsAsOgg(end))
         return QStringLiteral("is truncated: its last page is missing");
     return {};
 }

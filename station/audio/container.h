@@ -6,8 +6,6 @@
 #include <QByteArray>
 #include <QString>
 
-class QFile;
-
 namespace morsehost {
 
 /// This many bytes show the kind, except that of an MP3 without a tag before it.
@@ -28,8 +26,12 @@ Container containerOf(const QByteArray& begin);
 /// writer did not know it, as it writes into a pipe.
 qint64 declaredSize(const QByteArray& begin);
 
-/// Why an open file is not all of what was recorded; empty when nothing shows that. Leaves the file
-/// anywhere.
-QString whyCut(QFile& file);
+/// So many bytes at its end tell whether it is there.
+constexpr int CONTAINER_END_BYTES = 65536;
+
+/// Why `size` bytes that begin and end so are not all of what was recorded; empty when nothing
+/// shows that. `begin` has CONTAINER_MARK_BYTES, `end` CONTAINER_END_BYTES or more, fewer where all
+/// of it is shorter.
+QString whyCut(const QByteArray& begin, const QByteArray& end, qint64 size);
 
 } // namespace morsehost

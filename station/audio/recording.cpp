@@ -5,6 +5,7 @@
 #include "station/audio/recordedtime.h"
 #include "station/audio/samplesource.h"
 #include "station/io/input.h"
+#include "station/io/interrupt.h"
 #include "station/io/systemtext.h"
 #include "tables/literal.h"
 
@@ -17,6 +18,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
+#include <mutex>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -55,22 +57,92 @@ QString reasonOf(SNDFILE* file)
     return reason;
 }
 
-/// What a recording is read from has to last as long as the recording.
-class Origin
+// Bytes on their way from one descriptor into a pipe, which is what a recording that arrives slowly
+// is read from: its reader knows no other way to wait.
+class Pump
 {
 public:
-    Origin() = default;
-    virtual ~Origin() = default;
-    Origin(const Origin&) = delete;
-    Origin& operator=(const Origin&) = delete;
+    Pump(int descriptor, QByteArray begin, int to)
+        : m_input(descriptor)
+        , m_begin(std::move(begin))
+        , m_to(to)
+        , m_thread([this] { run(); })
+    {
+    }
+    ~Pump()
+    {
+        m_input.stop();
+        m_thread.join();
+    }
+    Pump(const Pump&) = delete;
+    Pump& operator=(const Pump&) = delete;
+
+    /// Why what came is not all of what was recorded; empty while more may come.
+    QString whyCut() const
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_hasEnded ? morsehost::whyCut(m_begin, m_end, m_size) : QString();
+    }
+
+private:
+    void run()
+    {
+        std::vector<char> piece(PIECE_BYTES);
+        bool isTaken = pass(m_begin.constData(), static_cast<std::size_t>(m_begin.size()));
+        while (isTaken) {
+            const std::size_t count = m_input.read(piece.data(), piece.size());
+            isTaken = count > 0 && pass(piece.data(), count);
+        }
+        {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            m_hasEnded = true;
+        }
+        ::close(m_to);
+    }
+
+    bool pass(const char* data, std::size_t size)
+    {
+        {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            m_size += static_cast<qint64>(size);
+            m_end.append(data, static_cast<int>(size));
+            if (m_end.size() > 2 * CONTAINER_END_BYTES)
+                m_end.remove(0, m_end.size() - CONTAINER_END_BYTES);
+        }
+        return write(data, size);
+    }
+
+    // False when nobody reads any more; SIGPIPE is ignored in this program.
+    bool write(const char* data, std::size_t size) const
+    {
+        while (size > 0) {
+            const ssize_t written = ::write(m_to, data, size);
+            if (written < 0 && errno != EINTR)
+                return false;
+            if (written > 0) {
+                data += written;
+                size -= static_cast<std::size_t>(written);
+            }
+        }
+        return true;
+    }
+
+    Input m_input;
+    const QByteArray m_begin;
+    int m_to;
+    mutable std::mutex m_mutex; ///< of the next three
+    QByteArray m_end;           ///< the last CONTAINER_END_BYTES that came, or some more
+    qint64 m_size = 0;
+    bool m_hasEnded = false;
+    std::thread m_thread;
 };
 
 class Recording : public SampleSource
 {
 public:
-    Recording(std::unique_ptr<Origin> origin, SoundFile file, const SF_INFO& info,
+    Recording(std::unique_ptr<Pump> pump, SoundFile file, const SF_INFO& info,
               std::optional<int> channel)
-        : m_origin(std::move(origin))
+        : m_pump(std::move(pump))
         , m_file(std::move(file))
         , m_info(info)
         , m_channel(channel)
@@ -150,7 +222,7 @@ private:
 
     void noteEnd()
     {
-        if (!m_error.isEmpty())
+        if (!m_error.isEmpty() || isInterrupted())
             return;
         if (sf_error(m_file.get()) != SF_ERR_NO_ERROR)
             m_error = reasonOf(m_file.get());
@@ -158,12 +230,14 @@ private:
             m_error = QStringLiteral("ends after %1 of %2 seconds")
                           .arg(m_read / sampleRate_Hz(), 0, 'f', 1)
                           .arg(*frameCount() / sampleRate_Hz(), 0, 'f', 1);
+        else if (m_pump && !m_pump->whyCut().isEmpty())
+            m_error = m_pump->whyCut();
         else if (m_channelPower > 0 && m_meanPower < CANCELLED_SHARE * m_channelPower)
             m_error = QStringLiteral("its channels cancel each other out; take one of them with "
                                      "--channel 1");
     }
 
-    std::unique_ptr<Origin> m_origin; ///< goes after the file
+    std::unique_ptr<Pump> m_pump; ///< what the file reads from; null where that is a path
     SoundFile m_file;
     SF_INFO m_info;
     std::optional<int> m_channel;
@@ -187,7 +261,7 @@ struct OpenedRecording
 
 // The descriptor is closed with the recording, whatever becomes of it.
 OpenedRecording openDescriptor(int descriptor, std::optional<int> channel,
-                               std::unique_ptr<Origin> origin = nullptr)
+                               std::unique_ptr<Pump> pump = nullptr)
 {
     SF_INFO info = {};
     SoundFile sound(sf_open_fd(descriptor, SFM_READ, &info, SF_TRUE));
@@ -205,14 +279,21 @@ OpenedRecording openDescriptor(int descriptor, std::optional<int> channel,
         return {nullptr, QStringLiteral("has %1; there is no channel %2")
                              .arg(counted(info.channels, "channel", "channels"))
                              .arg(*channel)};
-    return {std::make_unique<Recording>(std::move(origin), std::move(sound), info, channel), {}};
+    return {std::make_unique<Recording>(std::move(pump), std::move(sound), info, channel), {}};
+}
+
+QString whyCutFile(const QString& path)
+{
+    QFile file(path);
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
+        return {};
+    const QByteArray begin = file.read(CONTAINER_MARK_BYTES);
+    file.seek(std::max<qint64>(0, file.size() - CONTAINER_END_BYTES));
+    return whyCut(begin, file.read(CONTAINER_END_BYTES), file.size());
 }
 
 OpenedSource openFile(const QString& path, std::optional<int> channel)
 {
-    QString cut;
-    if (QFile file(path); QFileInfo(path).isFile() && file.open(QIODevice::ReadOnly))
-        cut = whyCut(file);
     const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0)
         return refused(systemError(errno));
@@ -224,60 +305,9 @@ OpenedSource openFile(const QString& path, std::optional<int> channel)
         return refused(NO_SOUND + QStringLiteral(", yet it has %1 bytes; 'sox --ignore-length' "
                                                  "repairs it")
                                       .arg(size));
-    opened.recording->setError(cut);
+    opened.recording->setError(whyCutFile(path));
     return {std::move(opened.recording), {}};
 }
-
-// Bytes on their way from one descriptor into a pipe, which is what a recording that arrives slowly
-// is read from: its reader knows no other way to wait.
-class Pump : public Origin
-{
-public:
-    Pump(int descriptor, QByteArray begin, int to)
-        : m_input(descriptor)
-        , m_begin(std::move(begin))
-        , m_to(to)
-        , m_thread([this] { run(); })
-    {
-    }
-    ~Pump() override
-    {
-        m_input.stop();
-        m_thread.join();
-    }
-
-private:
-    void run()
-    {
-        std::vector<char> piece(PIECE_BYTES);
-        bool isTaken = write(m_begin.constData(), static_cast<std::size_t>(m_begin.size()));
-        while (isTaken) {
-            const std::size_t count = m_input.read(piece.data(), piece.size());
-            isTaken = count > 0 && write(piece.data(), count);
-        }
-        ::close(m_to);
-    }
-
-    // False when nobody reads any more; SIGPIPE is ignored in this program.
-    bool write(const char* data, std::size_t size) const
-    {
-        while (size > 0) {
-            const ssize_t written = ::write(m_to, data, size);
-            if (written < 0 && errno != EINTR)
-                return false;
-            if (written > 0) {
-                data += written;
-                size -= static_cast<std::size_t>(written);
-            }
-        }
-        return true;
-    }
-
-    Input m_input;
-    QByteArray m_begin;
-    int m_to;
-    std::thread m_thread;
-};
 
 OpenedSource openStreamed(int descriptor, const QByteArray& begin, std::optional<int> channel)
 {

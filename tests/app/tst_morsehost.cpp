@@ -589,24 +589,50 @@ private Q_SLOTS:
     void aTruncatedRecordingIsDecodedAsFarAsItGoes_data()
     {
         QTest::addColumn<int>("format");
-        QTest::newRow("flac") << (SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
-        QTest::newRow("wav") << (SF_FORMAT_WAV | SF_FORMAT_PCM_16);
-        QTest::newRow("aiff") << (SF_FORMAT_AIFF | SF_FORMAT_PCM_16);
-        QTest::newRow("ogg") << (SF_FORMAT_OGG | SF_FORMAT_VORBIS);
+        QTest::addColumn<bool>("fromPipe");
+        for (const bool fromPipe : {false, true}) {
+            const char* from = fromPipe ? " from a pipe" : "";
+            QTest::addRow("flac%s", from) << (SF_FORMAT_FLAC | SF_FORMAT_PCM_16) << fromPipe;
+            QTest::addRow("wav%s", from) << (SF_FORMAT_WAV | SF_FORMAT_PCM_16) << fromPipe;
+            QTest::addRow("aiff%s", from) << (SF_FORMAT_AIFF | SF_FORMAT_PCM_16) << fromPipe;
+            QTest::addRow("ogg%s", from) << (SF_FORMAT_OGG | SF_FORMAT_VORBIS) << fromPipe;
+        }
     }
 
     void aTruncatedRecordingIsDecodedAsFarAsItGoes()
     {
         QFETCH(int, format);
+        QFETCH(bool, fromPipe);
         QTemporaryDir dir;
         const QString path = dir.filePath("x");
         writeSound(path, format, keyed("PARIS PARIS PARIS PARIS"), RATE_HZ);
         QFile file(path);
         QVERIFY(file.resize(file.size() * 8 / 10));
-        const Ended ended = run({"decode", path});
+        const Ended ended =
+            fromPipe ? run({"decode", "-"}, contentOf(path)) : run({"decode", path});
         QVERIFY2(ended.out.startsWith("PARIS PAR"), ended.out.constData());
-        verifyOneLine(ended, 1, "/x: ");
+        verifyOneLine(ended, 1, fromPipe ? "standard input: " : "/x: ");
         QVERIFY2(!ended.err.contains("Error"), ended.err.constData());
+    }
+
+    // Who ends a reception knows that the end of the stream is missing.
+    void aStreamThatIsInterruptedIsNotCalledCut()
+    {
+        QTemporaryDir dir;
+        const QString path = dir.filePath("x.ogg");
+        writeSound(path, SF_FORMAT_OGG | SF_FORMAT_VORBIS, keyed("PARIS PARIS PARIS PARIS", 48000),
+                   48000);
+        QProcess process;
+        process.start(QStringLiteral(MORSEHOST_PATH), {"decode", "-"});
+        process.write(contentOf(path).chopped(100));
+        QByteArray out;
+        while (!out.contains("PARIS") && process.waitForReadyRead(60000))
+            out += process.readAllStandardOutput();
+        QVERIFY(out.contains("PARIS"));
+        ::kill(static_cast<pid_t>(process.processId()), SIGINT);
+        const Ended ended = testsupport::end(process);
+        QCOMPARE(ended.err, QByteArray());
+        QCOMPARE(ended.status, 0);
     }
 
     void wrongUsageIsSaidInOneLine_data()

@@ -3,15 +3,20 @@
 #include "station/audio/samplesource.h"
 #include "station/io/input.h"
 #include "station/io/output.h"
+#include "support/files.h"
 
+#include <QTemporaryDir>
 #include <QtTest>
 
 #include <fcntl.h>
+#include <random>
+#include <sndfile.hh>
 #include <thread>
 #include <unistd.h>
 
 using morsehost::OpenedSource;
 using morsehost::openPipe;
+using morsehost::openRecording;
 using morsehost::Output;
 using morsehost::WhenBusy;
 
@@ -160,6 +165,76 @@ private Q_SLOTS:
         const OpenedSource opened = openPipe(pipe.reader(), std::nullopt, std::nullopt);
         QVERIFY(!opened.source);
         QVERIFY2(opened.error.startsWith("is not a recording"), qPrintable(opened.error));
+    }
+
+    // Of more bytes than are remembered.
+    void theEndOfAnOggStreamIsMissed_data()
+    {
+        QTest::addColumn<int>("missing");
+        QTest::addColumn<QString>("error");
+        QTest::newRow("all is there") << 0 << QString();
+        QTest::newRow("the last byte is missing") << 1 << "is truncated: its last page is missing";
+        QTest::newRow("half of it is missing") << 150000 << "is truncated: its last page is missing";
+    }
+
+    void theEndOfAnOggStreamIsMissed()
+    {
+        QFETCH(int, missing);
+        QFETCH(QString, error);
+        QTemporaryDir dir;
+        const QString path = dir.filePath("x.ogg");
+        constexpr int PIECES = 60;
+        constexpr int PIECE = 48000;
+        {
+            std::mt19937 random(1);
+            SndfileHandle file(QFile::encodeName(path).constData(), SFM_WRITE,
+                               SF_FORMAT_OGG | SF_FORMAT_VORBIS, 1, PIECE);
+            for (int i = 0; i < PIECES; ++i) {
+                std::vector<float> noise(PIECE);
+                for (float& sample : noise)
+                    sample = static_cast<float>(static_cast<int>(random() % 2001) - 1000) / 4000.0F;
+                file.write(noise.data(), PIECE);
+            }
+        }
+        const QByteArray bytes = contentOf(path);
+        QVERIFY(bytes.size() > 2 * 150000);
+
+        QFile stream(writeFile(path, bytes.chopped(missing)));
+        QVERIFY(stream.open(QIODevice::ReadOnly | QIODevice::Unbuffered));
+        const OpenedSource opened = openPipe(stream.handle(), std::nullopt, std::nullopt);
+        QVERIFY2(opened.source, qPrintable(opened.error));
+        QVERIFY(samplesIn(*opened.source).size() > std::size_t(PIECES) * PIECE / 3);
+        QCOMPARE(opened.source->error(), error);
+    }
+
+    void skippingTellsHowFarItCame_data()
+    {
+        QTest::addColumn<bool>("isFile");
+        QTest::newRow("a pipe") << false;
+        QTest::newRow("a file") << true;
+    }
+
+    void skippingTellsHowFarItCame()
+    {
+        QFETCH(bool, isFile);
+        QTemporaryDir dir;
+        const QString path = dir.filePath("x.wav");
+        const std::vector<float> sound(1000, 0.5F);
+        SndfileHandle(QFile::encodeName(path).constData(), SFM_WRITE,
+                      SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1, 8000)
+            .write(sound.data(), 1000);
+        Pipe pipe;
+        pipe.write(contentOf(path));
+        pipe.closeWriter();
+        const OpenedSource opened = isFile ? openRecording(path, std::nullopt)
+                                           : openPipe(pipe.reader(), std::nullopt, std::nullopt);
+        QVERIFY2(opened.source, qPrintable(opened.error));
+        QCOMPARE(opened.source->skip(300), 300LL);
+        QCOMPARE(opened.source->skip(300), 300LL);
+        QCOMPARE(opened.source->skip(600), 400LL);
+        QCOMPARE(opened.source->skip(600), 0LL);
+        QCOMPARE(samplesIn(*opened.source).size(), std::size_t(0));
+        QCOMPARE(opened.source->error(), QString());
     }
 
     // Who saves goes on, and the reader gets all of it when it reads on.
