@@ -35,10 +35,19 @@ done
 echo "Installing: ${missing[*]}" >&2
 sudo=()
 [ "$(id -u)" -eq 0 ] || sudo=(sudo)
-export DEBIAN_FRONTEND=noninteractive
-# A fresh machine installs packages of its own in its first minutes: wait until it is done.
-until said=$("${sudo[@]}" apt-get update -qq 2>&1); do
-    grep -q 'Could not get lock' <<<"$said" || { echo "$said" >&2 && exit 1; }
+# In English, since what it says is looked at.
+apt_get() { "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive LC_ALL=C apt-get -qq "$@"; }
+
+# A fresh machine installs packages of its own in its first minutes: wait until it is done, as long
+# as the installation below waits.
+lock_timeout_s=600
+for ((waited_s = 0; ; waited_s += 2)); do
+    ! said=$(apt_get update 2>&1) || break
+    if [[ $said != *'Could not get lock'* ]] || [ $waited_s -ge $lock_timeout_s ]; then
+        echo "$said" >&2
+        exit 1
+    fi
+    [ $waited_s -gt 0 ] || echo "Waiting until another program has installed its packages" >&2
     sleep 2
 done
-"${sudo[@]}" apt-get install -y -qq -o DPkg::Lock::Timeout=600 --no-install-recommends "${missing[@]}" >/dev/null
+apt_get install -y -o DPkg::Lock::Timeout=$lock_timeout_s --no-install-recommends "${missing[@]}" >/dev/null
