@@ -12,3 +12,9 @@ flags=$(pkg-config --cflags --libs morsehandler morsehandler-hoststandin)
 "$CXX" -std=c++17 -fPIC "$SOURCE/tests/install/consumer/main.cpp" -o "$work/consumer" $flags
 text=$(LD_LIBRARY_PATH=$STAGE/$LIBDIR "$work/consumer")
 [ "$text" = SOS ] || { echo "said '$text'"; exit 1; }
+
+# Below /usr, where the linker looks anyway, it is told no folder.
+cmake -S "$SOURCE" -B "$work/system" -DCMAKE_INSTALL_PREFIX=/usr -DCMAKE_CXX_COMPILER="$CXX" \
+    >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
+folders=$(PKG_CONFIG_PATH=$work/system pkg-config --libs-only-L morsehandler morsehandler-hoststandin)
+[ -z "$folders" ] || { echo "needless: $folders"; exit 1; }
