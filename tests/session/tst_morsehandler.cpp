@@ -18,6 +18,7 @@
 #include <limits>
 #include <memory>
 #include <stdexcept>
+#include <type_traits>
 #include <utility>
 
 struct TimeString
@@ -40,6 +41,19 @@ struct AlphabetPath
     friend Type memberOf(AlphabetPath);
 };
 template struct PrivateMember<AlphabetPath, &MorseHandler::BuildAlphabetPath>;
+
+template <typename Handler, typename = void>
+struct HasPublicUpdate : std::false_type
+{
+};
+template <typename Handler>
+struct HasPublicUpdate<
+    Handler, std::void_t<decltype(std::declval<Handler&>().Update(nullptr, TChangeCode()))>>
+    : std::true_type
+{
+};
+static_assert(HasPublicUpdate<IObserver>::value && !HasPublicUpdate<MorseHandler>::value,
+              "values update a handler as their observer, and nobody else does");
 
 namespace {
 
