@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Tuner and demodulator as the result document's settings describe them.
+// Tuner and demodulator, for the library's request for them. The result document does not keep
+// them.
 #pragma once
 
 #include "signal/morse/demodulator.h"
