@@ -29,11 +29,19 @@ public:
         write(QStringLiteral("==> %1 <==\n").arg(printableLine(name)));
     }
 
-    // The line of a transmission ends with it, so a line feed that comes later is none.
+    // A blank is written before what follows it, so that no line ends with one. The line of a
+    // transmission ends with it, so a line feed that comes later is none.
     void text(const QString& text) override
     {
-        if (!text.isEmpty() && (m_lineIsOpen || text != QLatin1String("\n")))
-            write(printable(text));
+        if (text == QLatin1String("\n")) {
+            end();
+            return;
+        }
+        const bool endsWord = text.endsWith(QLatin1Char(' '));
+        const QString characters = endsWord ? text.chopped(1) : text;
+        if (!characters.isEmpty())
+            write((m_wordHasEnded ? QStringLiteral(" ") : QString()) + printable(characters));
+        m_wordHasEnded = m_lineIsOpen && (endsWord || (m_wordHasEnded && characters.isEmpty()));
     }
 
     void transmission(const Transmission& /*transmission*/) override { end(); }
@@ -48,6 +56,7 @@ private:
     void write(const QString& text)
     {
         m_lineIsOpen = !text.endsWith(QLatin1Char('\n'));
+        m_wordHasEnded = false;
         if (m_listener)
             m_listener(m_lineIsOpen);
         m_output.write(text.toUtf8());
@@ -55,6 +64,7 @@ private:
 
     LineListener m_listener;
     bool m_lineIsOpen = false;
+    bool m_wordHasEnded = false; ///< and another may follow in the line
 };
 
 class CodesReporter : public Reporter

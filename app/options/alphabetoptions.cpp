@@ -17,8 +17,6 @@ std::vector<OptionRow> alphabetOptionRows()
 
 AlphabetChoice readAlphabetOptions(Arguments& arguments)
 {
-    if (arguments.isSet("alphabets") && !arguments.isSet("alphabet"))
-        arguments.fail(QStringLiteral("--alphabets needs --alphabet NAME"));
     AlphabetChoice choice;
     choice.directory = arguments.isSet("alphabets") ? arguments.text("alphabets")
                                                     : dataDirectory(QStringLiteral("alphabets"));

@@ -399,7 +399,7 @@ private Q_SLOTS:
         QByteArray expected;
         for (const int i : {0, 1, 3, 4})
             expected += "==> " + paths.at(i).toUtf8() + " <==\n" +
-                        texts.at(i < 2 ? i : i - 1).toUtf8() + " \n";
+                        texts.at(i < 2 ? i : i - 1).toUtf8() + "\n";
         QCOMPARE(one.out, expected);
         for (const char* jobs : {"2", "8"}) {
             const Ended several = run(QStringList{"decode", "--jobs", jobs} + paths);
@@ -445,7 +445,7 @@ private Q_SLOTS:
         QByteArray out;
         while (!out.endsWith('\n') && process.waitForReadyRead(60000))
             out += process.readAllStandardOutput();
-        QCOMPARE(out, QByteArray("PARIS \n"));
+        QCOMPARE(out, QByteArray("PARIS\n"));
         process.closeWriteChannel();
         QCOMPARE(end(process).out, QByteArray());
     }
@@ -676,7 +676,6 @@ private Q_SLOTS:
         row("no time", {"decode", "--start", "yesterday", "x"}, "--start takes");
         row("too late a time", {"decode", "--start", "2200-01-01T00:00:00Z", "x"}, "--start takes");
         row("two forms", {"decode", "--codes", "--json", "x"}, "exclude each other");
-        row("directory without alphabet", {"decode", "--alphabets", "d", "x"}, "--alphabet NAME");
         row("frequency", {"decode", "--frequency", "-1", "x"}, "--frequency takes");
         row("symbols without operand", {"symbols"}, "missing");
         row("a speed of teleprinters with Morse", {"decode", "--baud", "abc", "x"},
@@ -837,6 +836,20 @@ private Q_SLOTS:
         const Ended ended =
             run({"symbols", "--alphabets", dir.path(), "--alphabet", "mine", "-"}, "0 1 3");
         QCOMPARE(ended.out, QByteArray("\xD7\x90\n"));
+    }
+
+    void aFolderOfOnesOwnMayHaveTheAlphabetOfDefault()
+    {
+        QTemporaryDir dir;
+        const QStringList words = {"symbols", "--alphabets", dir.path(), "-"};
+        verifyOneLine(run(words), 1, "International: no such alphabet in ");
+        writeFile(dir.filePath("International.mal"), "X\t.-\n\n");
+        QCOMPARE(run(words, "0 1 3").out, QByteArray("X\n"));
+    }
+
+    void noLineEndsWithABlank()
+    {
+        QCOMPARE(run({"symbols", "-"}, "0 3 4 4 1 3 4 5 4 0 3 4").out, QByteArray("E T\nE\n"));
     }
 
     void whatIsNoSymbolCodeIsSaidWithItsLine_data()
