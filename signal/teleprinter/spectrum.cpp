@@ -159,6 +159,7 @@ std::vector<ByTone<double>> Spectrum::pairs(const Known& known, double baud, dou
               [](const Ranked& a, const Ranked& b) { return a.rank > b.rank; });
     ranked.resize(std::min(ranked.size(), MOST_PAIRS));
     std::vector<ByTone<double>> pairs;
+    pairs.reserve(ranked.size());
     for (const Ranked& pair : ranked)
         pairs.push_back(pair.tones_Hz);
     return pairs;
