@@ -3,6 +3,8 @@
 #include "app/commands/registry.h"
 #include "app/manual/completion.h"
 #include "app/manual/manualpage.h"
+#include "station/transmission.h"
+#include "support/files.h"
 
 #include <QtTest>
 
@@ -168,6 +170,29 @@ private Q_SLOTS:
         commands.push_back({{"maps", "", 0, 0, "Lists.", {}, ""}, nothing});
         QVERIFY(bashCompletion(commands, {})
                     .contains(QStringLiteral("--map) _morsehost_listed maps; return")));
+    }
+
+    void thePageOfJsonTellsEveryFieldOfATransmission()
+    {
+        Transmission all;
+        for (QString* text :
+             {&all.receiver, &all.source, &all.decoder, &all.text, &all.rawText, &all.map})
+            *text = QStringLiteral("x");
+        for (std::optional<double>* number : {&all.tone_Hz, &all.frequency_Hz, &all.speed_wpm,
+                                              &all.baudRate, &all.shift_Hz, &all.snr_dB})
+            *number = 1.0;
+        all.isReversed = true;
+        all.unknownCodes += QStringLiteral(".-");
+        const QStringList fields = toJson(all).keys();
+        QCOMPARE(fields.size(), 18);
+        const QByteArray page =
+            contentOf(QStringLiteral(PROJECT_DATA_DIR "/../docs/formats/json.md"));
+        const int table = page.indexOf("## Fields of a transmission");
+        QVERIFY(table > 0);
+        for (const QString& field : fields) {
+            if (field != QLatin1String("event"))
+                QVERIFY2(page.indexOf("`" + field.toUtf8() + "`", table) > 0, qPrintable(field));
+        }
     }
 };
 
