@@ -26,7 +26,7 @@ Container containerOf(const QByteArray& begin);
 /// writer did not know it, as it writes into a pipe.
 qint64 declaredSize(const QByteArray& begin);
 
-/// So many bytes at its end tell whether it is there.
+/// This many bytes at its end show whether it is complete.
 constexpr int CONTAINER_END_BYTES = 65536;
 
 /// Why `size` bytes that begin and end so are not all of what was recorded; empty when nothing

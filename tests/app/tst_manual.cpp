@@ -172,7 +172,7 @@ private Q_SLOTS:
                     .contains(QStringLiteral("--map) _morsehost_listed maps; return")));
     }
 
-    void thePageOfJsonTellsEveryFieldOfATransmission()
+    void thePageOfJsonListsEveryFieldOfATransmission()
     {
         Transmission all;
         for (QString* text :

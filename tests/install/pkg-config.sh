@@ -13,7 +13,7 @@ flags=$(pkg-config --cflags --libs morsehandler morsehandler-hoststandin)
 text=$(LD_LIBRARY_PATH=$STAGE/$LIBDIR "$work/consumer")
 [ "$text" = SOS ] || { echo "said '$text'"; exit 1; }
 
-# Below /usr, where the linker looks anyway, it is told no folder.
+# Below /usr, where the linker looks anyway, no folder is named.
 cmake -S "$SOURCE" -B "$work/system" -DCMAKE_INSTALL_PREFIX=/usr -DCMAKE_CXX_COMPILER="$CXX" \
     >"$work/log" 2>&1 || { cat "$work/log"; exit 1; }
 folders=$(PKG_CONFIG_PATH=$work/system pkg-config --libs-only-L morsehandler morsehandler-hoststandin)

@@ -174,7 +174,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("error");
         QTest::newRow("all is there") << 0 << QString();
         QTest::newRow("the last byte is missing") << 1 << "is truncated: its last page is missing";
-        QTest::newRow("half of it is missing") << 150000 << "is truncated: its last page is missing";
+        QTest::newRow("half of it is missing")
+            << 150000 << "is truncated: its last page is missing";
     }
 
     void theEndOfAnOggStreamIsMissed()
@@ -207,14 +208,14 @@ private Q_SLOTS:
         QCOMPARE(opened.source->error(), error);
     }
 
-    void skippingTellsHowFarItCame_data()
+    void skippingReturnsHowFarItCame_data()
     {
         QTest::addColumn<bool>("isFile");
         QTest::newRow("a pipe") << false;
         QTest::newRow("a file") << true;
     }
 
-    void skippingTellsHowFarItCame()
+    void skippingReturnsHowFarItCame()
     {
         QFETCH(bool, isFile);
         QTemporaryDir dir;
