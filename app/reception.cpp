@@ -101,8 +101,10 @@ bool Reception::canArchive()
     return true;
 }
 
-StationListener& Reception::listener()
+StationListener& Reception::listener(const ReceivedSource& source)
 {
+    if (m_archiving && !source.recordingKey.isEmpty())
+        return m_recording.emplace(*m_reporter);
     if (m_archiving)
         return *m_archiving;
     return *m_reporter;
@@ -115,14 +117,15 @@ MorseStation& Reception::begin(const ReceivedSource& source, bool isOneOfSeveral
     settings.saveDirectory = m_options.saveDirectory;
     settings.start_us = source.start_us;
     settings.demodulator = source.demodulator;
-    m_station.emplace(m_tree, settings, listener());
+    m_source = source;
+    m_station.emplace(m_tree, settings, listener(source));
     m_station->start();
     if (isOneOfSeveral)
         m_reporter->source(source.name);
     return *m_station;
 }
 
-void Reception::end()
+void Reception::end(SourceEnd how)
 {
     if (!m_station)
         return;
@@ -131,7 +134,28 @@ void Reception::end()
     m_lost.characters += lost.characters;
     m_lost.documents += lost.documents;
     m_station.reset();
+    if (m_recording)
+        archiveRecording(how);
+    m_recording.reset();
     m_reporter->end();
+}
+
+// What is damaged may be read better by the next attempt.
+void Reception::archiveRecording(SourceEnd how)
+{
+    if (how == SourceEnd::Interrupted)
+        return;
+    QString error;
+    const std::unique_ptr<Archive> archive = Archive::open(m_options.archive, error);
+    const std::vector<ArchiveRecord>& records = m_recording->records();
+    const bool isAdded =
+        archive && (how == SourceEnd::Whole
+                        ? archive->addRecording(m_source.recordingKey, m_source.name, records)
+                        : archive->add(records));
+    if (isAdded)
+        return;
+    complain(QStringLiteral("archive"), archive ? archive->error() : error);
+    m_isArchiveIncomplete = true;
 }
 
 bool Reception::isPointless() const
@@ -148,7 +172,7 @@ int Reception::finish()
         complainOfLosses(m_options.saveDirectory, m_lost);
         status = EXIT_BAD_INPUT;
     }
-    if (m_archive && (!m_archive->flush() || m_archiving->lost() > 0)) {
+    if (m_archive && (!m_archive->flush() || m_archiving->lost() > 0 || m_isArchiveIncomplete)) {
         complain(QStringLiteral("archive"),
                  QStringLiteral("not all transmissions could be archived"));
         status = EXIT_BAD_INPUT;

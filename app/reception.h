@@ -7,6 +7,7 @@
 #include "app/reporter.h"
 #include "host/standin/hosttree.h"
 #include "station/archive/archivelistener.h"
+#include "station/archive/recordinglistener.h"
 #include "station/io/output.h"
 #include "station/morsestation.h"
 
@@ -23,7 +24,11 @@ struct ReceivedSource
     QString name;
     unsigned long long start_us = 0;
     std::optional<demodulator::Settings> demodulator;
+    QString recordingKey; ///< for the archive; empty for what comes but once
 };
+
+/// How a source ended.
+enum class SourceEnd { Whole, Damaged, Interrupted };
 
 class Reception
 {
@@ -34,7 +39,8 @@ public:
     bool canBegin();
     /// A station for the next source; it ends with `end`. Only where `canBegin`.
     MorseStation& begin(const ReceivedSource& source, bool isOneOfSeveral = false);
-    void end();
+    /// A recording of the archive that was interrupted is left to the next attempt.
+    void end(SourceEnd how = SourceEnd::Whole);
     /// All is over. Returns the exit status as far as output and files decide it.
     int finish();
 
@@ -44,7 +50,8 @@ public:
 private:
     StationSettings settings() const;
     bool canArchive();
-    StationListener& listener();
+    void archiveRecording(SourceEnd how);
+    StationListener& listener(const ReceivedSource& source);
 
     ReceptionOptions m_options;
     Output m_output;
@@ -52,6 +59,9 @@ private:
     std::optional<QTemporaryDir> m_unsent; ///< what waits to be archived
     std::unique_ptr<ArchiveWriter> m_archive;
     std::optional<ArchiveListener> m_archiving;
+    ReceivedSource m_source;
+    std::optional<RecordingListener> m_recording; ///< while it is collected
+    bool m_isArchiveIncomplete = false;
     HostTree m_tree;
     std::optional<MorseStation> m_station; ///< goes before the tree
     std::optional<bool> m_canBegin;        ///< once it was tried

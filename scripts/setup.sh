@@ -6,14 +6,14 @@
 set -euo pipefail
 
 packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-dev libkissfft-dev librsvg2-dev flac
-    libqt5sql5-sqlite libqt5sql5-psql libsystemd-dev
+    libqt5sql5-sqlite libqt5sql5-psql libsystemd-dev libboost-dev libssl-dev libcrypt-dev libmosquitto-dev
     gzip
 )
 [ "${1:-test}" = build ] || packages+=(doxygen dpkg-dev file)
 [[ ${1:-test} = @(build|package) ]] || packages+=(
     libbenchmark-dev libicu-dev
     ebook2cw sox catdoc libxml2-utils
-    abigail-tools man-db mandoc strace zsh fish python3
+    abigail-tools man-db mandoc strace zsh fish mosquitto openssl python3
 )
 [[ ${1:-test} != @(all|night) ]] || packages+=(
     clang-format
@@ -23,7 +23,7 @@ packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-d
     python3-clang-14
     gcovr
 )
-[ "${1:-test}" != night ] || packages+=(postgresql)
+[ "${1:-test}" != night ] || packages+=(postgresql chromium python3-websocket slurm-wlm)
 
 missing=()
 for package in "${packages[@]}"; do

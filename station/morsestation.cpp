@@ -5,6 +5,8 @@
 #include "morse/symbolcodes.h"
 #include "station/receiversettings.h"
 
+#include <QFileInfo>
+
 #include <utility>
 
 namespace morsehost {
@@ -103,7 +105,7 @@ void MorseStation::wireFiles()
         return;
     m_textFileName = m_values.add<TextValue>("TextFileName");
     m_codeFileName = m_values.add<TextValue>("CodeFileName");
-    m_values.add<TextValue>("DocumentName");
+    m_documentName = m_values.add<TextValue>("DocumentName");
     m_textFileName->AddObserver(this);
     m_codeFileName->AddObserver(this);
     m_handler->SetSaveDirectoryPath(m_settings.saveDirectory, m_values.path("TextFileName"),
@@ -174,6 +176,7 @@ void MorseStation::endTransmission(std::int64_t time_us)
     describeReceiver();
     m_saveDocument->HasChanged(eCHANGE_FORCED, nullptr);
     m_transmission.text = m_transmission.text.trimmed();
+    m_transmission.files = savedFiles();
     m_listener.transmission(m_transmission);
 }
 
@@ -232,6 +235,17 @@ void MorseStation::heard(const QString& text)
     if (m_isOpen && m_transmission.text.size() < MAX_TEXT)
         m_transmission.text += text;
     m_listener.text(text);
+}
+
+// Those that are there: a full disk may have kept any of them away.
+QStringList MorseStation::savedFiles()
+{
+    QStringList files;
+    for (TextValue* const name : {m_textFileName, m_codeFileName, m_documentName}) {
+        if (name && QFileInfo(name->GetValue()).isFile())
+            files += name->GetValue();
+    }
+    return files;
 }
 
 void MorseStation::describeReceiver()

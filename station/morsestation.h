@@ -69,6 +69,7 @@ private:
     void writeSymbol(int code);
     void heard(const QString& text);
     void describeReceiver();
+    QStringList savedFiles();
     void watchFiles(bool isElement);
 
     StationSettings m_settings;
@@ -85,6 +86,7 @@ private:
     TextValue* m_receiverSettings;
     TextValue* m_codeFileName = nullptr;
     TextValue* m_textFileName = nullptr;
+    TextValue* m_documentName = nullptr;
     std::optional<SaveLedger> m_ledger; ///< while something is saved
     std::optional<MorseHandler> m_handler;
 

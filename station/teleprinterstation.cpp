@@ -116,8 +116,10 @@ void TeleprinterStation::openFiles()
             name += QLatin1Char('_') + QString::number(attempt);
         const QString raw = folder.filePath(name + QLatin1String(".raw"));
         if (openNew(m_rawFile, raw)) {
-            if (openNew(m_textFile, folder.filePath(name + QLatin1String(".txt"))))
+            if (openNew(m_textFile, folder.filePath(name + QLatin1String(".txt")))) {
+                m_transmission.files = QStringList{m_textFile.fileName(), m_rawFile.fileName()};
                 return;
+            }
             m_rawFile.close();
             m_rawFile.remove();
         }

@@ -56,6 +56,8 @@ QJsonObject toJson(const Transmission& transmission)
     if (!transmission.unknownCodes.isEmpty())
         object.insert(QStringLiteral("unknown_codes"),
                       QJsonArray::fromStringList(transmission.unknownCodes));
+    if (!transmission.files.isEmpty())
+        object.insert(QStringLiteral("files"), QJsonArray::fromStringList(transmission.files));
     return object;
 }
 
@@ -89,9 +91,15 @@ Transmission transmissionOf(const QJsonObject& object)
     transmission.text = text("text");
     transmission.rawText = text("raw_text");
     transmission.map = text("map");
-    const QJsonArray codes = object.value(QLatin1String("unknown_codes")).toArray();
-    for (const QJsonValue& code : codes)
-        transmission.unknownCodes += code.toString();
+    const auto list = [&object](const char* name) {
+        QStringList texts;
+        const QJsonArray values = object.value(QLatin1String(name)).toArray();
+        for (const QJsonValue& value : values)
+            texts += value.toString();
+        return texts;
+    };
+    transmission.unknownCodes = list("unknown_codes");
+    transmission.files = list("files");
     return transmission;
 }
 

@@ -30,6 +30,7 @@ struct Transmission
     QString rawText;              ///< teleprinters: the characters before the map
     QString map;                  ///< name of the map or alphabet that was applied
     QStringList unknownCodes;     ///< Morse codes that the alphabet does not have, as ".-.-"
+    QStringList files;            ///< paths of what was saved of it: text, codes, document
 };
 
 /// The object `transmission` of every JSON output: "event" and the fields above by their names in

@@ -25,5 +25,6 @@ Command mapCommand();
 Command lintCommand();
 Command searchCommand();
 Command stationCommand();
+Command passwordCommand();
 
 } // namespace morsehost

@@ -8,8 +8,12 @@
 #include "app/console/progress.h"
 #include "app/options/soundoptions.h"
 #include "app/reception.h"
+#include "station/archive/archive.h"
+#include "station/archive/recording.h"
 #include "station/io/interrupt.h"
 #include "station/soundjob.h"
+
+#include <QHash>
 
 #include <algorithm>
 #include <chrono>
@@ -39,12 +43,13 @@ public:
         , m_atOnce(atOnce)
         , m_reception(options, [this](bool lineStaysOpen) { m_progress.makeRoom(lineStaysOpen); })
         , m_jobs(m_sounds.size())
+        , m_isOneOfSeveral(m_sounds.size() > 1)
     {
     }
 
     int run()
     {
-        bool isPossible = true;
+        bool isPossible = leaveOutArchived();
         for (m_current = 0; m_current < m_sounds.size() && isPossible; ++m_current) {
             isPossible = decodeCurrent();
             m_jobs[m_current].reset();
@@ -53,6 +58,50 @@ public:
     }
 
 private:
+    // What changes what is decoded: decoded otherwise, a recording is another one to the archive.
+    QStringList decodingWords(const SoundRequest& sound) const
+    {
+        const auto number = [](const auto& value) {
+            return value ? QString::number(*value, 'g', 15) : QString();
+        };
+        QStringList words = {QStringLiteral("Morse"), m_options.alphabet,
+                             number(m_options.frequency_Hz), number(sound.demodulator.tone_Hz),
+                             number(sound.demodulator.speed_wpm)};
+        words += sound.channel ? QString::number(*sound.channel) : QString();
+        words += QString::number(static_cast<int>(m_options.startRule));
+        words += QString::number(m_options.start_us);
+        return words;
+    }
+
+    // Each recording is archived once, however often it is tried. False when the archive cannot be
+    // asked.
+    bool leaveOutArchived()
+    {
+        if (m_options.archive.isEmpty())
+            return true;
+        QString error;
+        const std::unique_ptr<Archive> archive = Archive::open(m_options.archive, error);
+        std::vector<SoundRequest> wanted;
+        for (const SoundRequest& sound : m_sounds) {
+            const QString key =
+                sound.isPipe ? QString() : recordingKey(sound.name, decodingWords(sound));
+            const std::optional<bool> isThere =
+                archive && !key.isEmpty() ? archive->hasRecording(key) : std::optional<bool>(false);
+            if (!archive || !isThere) {
+                complainOf(QStringLiteral("archive"), archive ? archive->error() : error);
+                return false;
+            }
+            if (*isThere) {
+                complain(sound.name, QStringLiteral("is in the archive"));
+                continue;
+            }
+            m_keys.insert(sound.name, key);
+            wanted.push_back(sound);
+        }
+        m_sounds = std::move(wanted);
+        return true;
+    }
+
     // False when there is no use in going on.
     bool decodeCurrent()
     {
@@ -73,13 +122,16 @@ private:
             return complainOf(name, noStartTime());
         if (!canBegin())
             return false;
-        MorseStation& station =
-            m_reception.begin({name, *start_us, facts.demodulator}, m_sounds.size() > 1);
+        MorseStation& station = m_reception.begin(
+            {name, *start_us, facts.demodulator, m_keys.value(name)}, m_isOneOfSeveral);
         while (!job.isOver() && !m_reception.isPointless()) {
             if (!job.deliver(station))
                 wait(job);
         }
-        m_reception.end();
+        const bool isHeard = job.isOver() && !isInterrupted();
+        m_reception.end(!isHeard                ? SourceEnd::Interrupted
+                        : job.error().isEmpty() ? SourceEnd::Whole
+                                                : SourceEnd::Damaged);
         if (job.isOver() && !job.error().isEmpty())
             complainOf(name, job.error());
         return !m_reception.isPointless() && !isInterrupted();
@@ -135,6 +187,8 @@ private:
     Reception m_reception;
     SoundBell m_bell;
     std::vector<std::unique_ptr<SoundJob>> m_jobs; ///< each from its start to its end
+    bool m_isOneOfSeveral;
+    QHash<QString, QString> m_keys; ///< of recordings, for the archive
     std::size_t m_current = 0;
     std::size_t m_started = 0;
     int m_status = EXIT_DONE;

@@ -21,6 +21,7 @@ const std::vector<Command>& commands()
         lintCommand(),
         searchCommand(),
         stationCommand(),
+        passwordCommand(),
     };
     // clang-format on
     return rows;

@@ -5,13 +5,12 @@
 #include "app/console/complain.h"
 #include "app/console/exitstatus.h"
 #include "station/archive/archive.h"
+#include "station/archive/querytext.h"
 #include "station/io/interrupt.h"
 #include "station/io/output.h"
 
-#include <QDate>
 #include <QDateTime>
 #include <QFileInfo>
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QThread>
 
@@ -69,8 +68,6 @@ QJsonObject objectOf(const ArchivedTransmission& found)
     object.insert(QStringLiteral("id"), found.id);
     if (!found.record.station.isEmpty())
         object.insert(QStringLiteral("station"), found.record.station);
-    if (!found.record.files.isEmpty())
-        object.insert(QStringLiteral("files"), QJsonArray::fromStringList(found.record.files));
     return object;
 }
 
@@ -180,41 +177,24 @@ const Form FORMS[] = {
     {"adif", adifHeader, adifLine},
 };
 
-// A day or a time in UTC, as microseconds.
 std::optional<qint64> timeOption(Arguments& arguments, const char* option)
 {
     if (!arguments.isSet(option))
         return std::nullopt;
-    const QString text = arguments.text(option);
-    const QDate day = QDate::fromString(text, Qt::ISODate);
-    if (day.isValid() && text.size() == 10)
-        return QDateTime(day, QTime(0, 0), Qt::UTC).toMSecsSinceEpoch() * 1000;
-    if (const auto time_us = arguments.time(option))
-        return static_cast<qint64>(*time_us);
-    return std::nullopt;
+    const std::optional<qint64> time_us = archiveTimeOf(arguments.text(option));
+    if (!time_us)
+        arguments.fail(QStringLiteral("--%1 takes a day or a time from 1970 to 2106 such as "
+                                      "2026-05-12T10:15:00.250Z, not '%2'")
+                           .arg(QLatin1String(option), arguments.text(option)));
+    return time_us;
 }
 
-// "7000-7040" or "7025", in kHz.
 void readFrequency(Arguments& arguments, ArchiveQuery& query)
 {
-    if (!arguments.isSet("frequency"))
-        return;
     const QString text = arguments.text("frequency");
-    const QStringList ends = text.split(QLatin1Char('-'));
-    bool lowOk = false;
-    bool highOk = false;
-    const double low_kHz = ends.value(0).toDouble(&lowOk);
-    const double high_kHz = ends.value(ends.size() - 1).toDouble(&highOk);
-    if (ends.size() > 2 || !lowOk || !highOk || !(low_kHz >= 0) || !(high_kHz >= low_kHz) ||
-        high_kHz > 1e10) {
+    if (arguments.isSet("frequency") && !readArchiveFrequency(text, query))
         arguments.fail(
             QStringLiteral("--frequency takes KHZ or LOW-HIGH in kHz, not '%1'").arg(text));
-        return;
-    }
-    // One frequency means what is heard there: a receiver and a decoder miss it by a little.
-    const double around_Hz = ends.size() == 1 ? 500 : 0;
-    query.lowest_Hz = 1000 * low_kHz - around_Hz;
-    query.highest_Hz = 1000 * high_kHz + around_Hz;
 }
 
 bool write(Output& output, const std::vector<ArchivedTransmission>& found, const Form& form)

@@ -17,7 +17,7 @@ namespace morsehost {
 
 namespace {
 
-constexpr int SCHEMA_VERSION = 1;
+constexpr int SCHEMA_VERSION = 2;
 
 // So many rows are read and compared faster than an index of words is asked.
 constexpr int NARROW_ROWS = 20000;
@@ -104,7 +104,7 @@ const Column COLUMNS[] = {
     TEXT_COLUMN("raw_text", transmission.rawText),
     TEXT_COLUMN("map", transmission.map),
     LIST_COLUMN("unknown_codes", transmission.unknownCodes),
-    LIST_COLUMN("files", files),
+    LIST_COLUMN("files", transmission.files),
 };
 // clang-format on
 #undef TEXT_COLUMN
@@ -160,13 +160,14 @@ struct ArchiveDialect
 {
     const char* driver;
     std::vector<const char*> onOpening;
-    const char* version;             ///< a query
-    std::vector<const char*> schema; ///< of an empty database
-    const char* beforeAdding;        ///< within its transaction; null for nothing
-    const char* insertBefore;        ///< the column names
-    const char* insertBehind;        ///< the values
-    const char* join;                ///< of the index of words
-    const char* condition;           ///< that the words are there
+    const char* version; ///< a query
+    /// What makes an archive of version 1 of an empty database, of version 2 of that, and so on.
+    std::vector<std::vector<const char*>> schema;
+    const char* beforeAdding; ///< within its transaction; null for nothing
+    const char* insertInto;   ///< before the table
+    const char* insertBehind; ///< the values, for rows whose key is there already to be left alone
+    const char* join;         ///< of the index of words
+    const char* condition;    ///< that the words are there
     QString (*match)(const std::vector<Wanted>&);
 };
 
@@ -196,26 +197,28 @@ const ArchiveDialect SQLITE = {
     "QSQLITE",
     {"PRAGMA journal_mode = WAL", "PRAGMA synchronous = FULL", "PRAGMA cache_size = -65536"},
     "PRAGMA user_version",
-    {"CREATE TABLE transmissions (id INTEGER PRIMARY KEY AUTOINCREMENT, key TEXT NOT NULL UNIQUE, "
-     "station TEXT, receiver TEXT, source TEXT, decoder TEXT, number INTEGER, tone_hz REAL, "
-     "frequency_hz REAL, speed_wpm REAL, baud_rate REAL, shift_hz REAL, reversed INTEGER, "
-     "snr_db REAL, start_us INTEGER NOT NULL, stop_us INTEGER NOT NULL, text TEXT, raw_text TEXT, "
-     "map TEXT, unknown_codes TEXT, files TEXT)",
-     "CREATE INDEX by_start ON transmissions (start_us)",
-     "CREATE INDEX by_frequency ON transmissions (frequency_hz)",
-     "CREATE INDEX by_stop ON transmissions (stop_us)",
-     // Words alone are looked for, so places within a text need not be kept.
-     "CREATE VIRTUAL TABLE words USING fts5 (text, raw_text, content = 'transmissions', "
-     "content_rowid = 'id', detail = none, columnsize = 0, "
-     "tokenize = \"unicode61 remove_diacritics 0 categories 'L* N* M*'\")",
-     "CREATE TRIGGER words_added AFTER INSERT ON transmissions BEGIN "
-     "INSERT INTO words (rowid, text, raw_text) VALUES (new.id, new.text, new.raw_text); END",
-     "CREATE TRIGGER words_removed AFTER DELETE ON transmissions BEGIN "
-     "INSERT INTO words (words, rowid, text, raw_text) "
-     "VALUES ('delete', old.id, old.text, old.raw_text); END",
-     "PRAGMA user_version = 1"},
+    {{"CREATE TABLE transmissions (id INTEGER PRIMARY KEY AUTOINCREMENT, key TEXT NOT NULL UNIQUE, "
+      "station TEXT, receiver TEXT, source TEXT, decoder TEXT, number INTEGER, tone_hz REAL, "
+      "frequency_hz REAL, speed_wpm REAL, baud_rate REAL, shift_hz REAL, reversed INTEGER, "
+      "snr_db REAL, start_us INTEGER NOT NULL, stop_us INTEGER NOT NULL, text TEXT, raw_text TEXT, "
+      "map TEXT, unknown_codes TEXT, files TEXT)",
+      "CREATE INDEX by_start ON transmissions (start_us)",
+      "CREATE INDEX by_frequency ON transmissions (frequency_hz)",
+      "CREATE INDEX by_stop ON transmissions (stop_us)",
+      // Words alone are looked for, so places within a text need not be kept.
+      "CREATE VIRTUAL TABLE words USING fts5 (text, raw_text, content = 'transmissions', "
+      "content_rowid = 'id', detail = none, columnsize = 0, "
+      "tokenize = \"unicode61 remove_diacritics 0 categories 'L* N* M*'\")",
+      "CREATE TRIGGER words_added AFTER INSERT ON transmissions BEGIN "
+      "INSERT INTO words (rowid, text, raw_text) VALUES (new.id, new.text, new.raw_text); END",
+      "CREATE TRIGGER words_removed AFTER DELETE ON transmissions BEGIN "
+      "INSERT INTO words (words, rowid, text, raw_text) "
+      "VALUES ('delete', old.id, old.text, old.raw_text); END",
+      "PRAGMA user_version = 1"},
+     {"CREATE TABLE recordings (key TEXT PRIMARY KEY, source TEXT, transmissions INTEGER)",
+      "PRAGMA user_version = 2"}},
     nullptr,
-    "INSERT OR IGNORE INTO transmissions (",
+    "INSERT OR IGNORE INTO ",
     "",
     " JOIN words ON words.rowid = transmissions.id",
     "words MATCH ?",
@@ -226,20 +229,22 @@ const ArchiveDialect POSTGRESQL = {
     "QPSQL",
     {},
     "SELECT coalesce((SELECT obj_description(to_regclass('transmissions')))::int, 0)",
-    {"CREATE TABLE transmissions (id BIGSERIAL PRIMARY KEY, key TEXT NOT NULL UNIQUE, "
-     "station TEXT, receiver TEXT, source TEXT, decoder TEXT, number INTEGER, "
-     "tone_hz DOUBLE PRECISION, frequency_hz DOUBLE PRECISION, speed_wpm DOUBLE PRECISION, "
-     "baud_rate DOUBLE PRECISION, shift_hz DOUBLE PRECISION, reversed INTEGER, "
-     "snr_db DOUBLE PRECISION, start_us BIGINT NOT NULL, stop_us BIGINT NOT NULL, text TEXT, "
-     "raw_text TEXT, map TEXT, unknown_codes TEXT, files TEXT, words TSVECTOR)",
-     "CREATE INDEX by_start ON transmissions (start_us)",
-     "CREATE INDEX by_frequency ON transmissions (frequency_hz)",
-     "CREATE INDEX by_stop ON transmissions (stop_us)",
-     "CREATE INDEX by_words ON transmissions USING gin (words)",
-     "COMMENT ON TABLE transmissions IS '1'"},
+    {{"CREATE TABLE transmissions (id BIGSERIAL PRIMARY KEY, key TEXT NOT NULL UNIQUE, "
+      "station TEXT, receiver TEXT, source TEXT, decoder TEXT, number INTEGER, "
+      "tone_hz DOUBLE PRECISION, frequency_hz DOUBLE PRECISION, speed_wpm DOUBLE PRECISION, "
+      "baud_rate DOUBLE PRECISION, shift_hz DOUBLE PRECISION, reversed INTEGER, "
+      "snr_db DOUBLE PRECISION, start_us BIGINT NOT NULL, stop_us BIGINT NOT NULL, text TEXT, "
+      "raw_text TEXT, map TEXT, unknown_codes TEXT, files TEXT, words TSVECTOR)",
+      "CREATE INDEX by_start ON transmissions (start_us)",
+      "CREATE INDEX by_frequency ON transmissions (frequency_hz)",
+      "CREATE INDEX by_stop ON transmissions (stop_us)",
+      "CREATE INDEX by_words ON transmissions USING gin (words)",
+      "COMMENT ON TABLE transmissions IS '1'"},
+     {"CREATE TABLE recordings (key TEXT PRIMARY KEY, source TEXT, transmissions INTEGER)",
+      "COMMENT ON TABLE transmissions IS '2'"}},
     // Ids become visible in ascending order, whichever station writes.
     "SELECT pg_advisory_xact_lock(7025000)",
-    "INSERT INTO transmissions (",
+    "INSERT INTO ",
     " ON CONFLICT (key) DO NOTHING",
     "",
     "words @@ CAST(? AS tsquery)",
@@ -328,16 +333,17 @@ bool Archive::prepareSchema()
     const std::optional<qint64> version = number(QLatin1String(m_dialect.version));
     if (!version)
         return rollBack();
-    if (*version == 0) {
-        for (const char* const sql : m_dialect.schema) {
-            if (!run(QLatin1String(sql)))
-                return rollBack();
-        }
-    } else if (*version != SCHEMA_VERSION) {
+    if (*version < 0 || *version > SCHEMA_VERSION) {
         m_error = QStringLiteral("holds an archive of version %1, not %2")
                       .arg(*version)
                       .arg(SCHEMA_VERSION);
         return rollBack();
+    }
+    for (auto step = static_cast<std::size_t>(*version); step < m_dialect.schema.size(); ++step) {
+        for (const char* const sql : m_dialect.schema[step]) {
+            if (!run(QLatin1String(sql)))
+                return rollBack();
+        }
     }
     return run(QStringLiteral("COMMIT"));
 }
@@ -370,40 +376,16 @@ std::optional<qint64> Archive::number(const QString& sql, const QVariantList& va
     return query.value(0).toLongLong();
 }
 
-bool Archive::add(const std::vector<ArchiveRecord>& records)
+// All that the work does, or nothing of it.
+template <typename Work>
+bool Archive::transact(Work work)
 {
     QSqlDatabase database = QSqlDatabase::database(m_connection, false);
     if (!database.transaction()) {
         m_error = database.lastError().text();
         return false;
     }
-    const auto addAll = [&] {
-        if (m_dialect.beforeAdding && !run(QLatin1String(m_dialect.beforeAdding)))
-            return false;
-        QStringList marks;
-        for (std::size_t i = 0; i < std::size(COLUMNS); ++i)
-            marks += QStringLiteral("?");
-        const bool hasWords = isPostgresql(m_dialect);
-        QSqlQuery query(database);
-        query.prepare(QLatin1String(m_dialect.insertBefore) + columnNames() +
-                      QLatin1String(hasWords ? ", words" : "") + QStringLiteral(") VALUES (") +
-                      marks.join(QLatin1Char(',')) +
-                      QLatin1String(hasWords ? ", array_to_tsvector(?::text[]))" : ")") +
-                      QLatin1String(m_dialect.insertBehind));
-        for (const ArchiveRecord& record : records) {
-            for (const Column& column : COLUMNS)
-                query.addBindValue(column.get(record));
-            if (hasWords) {
-                const Transmission& transmission = record.transmission;
-                query.addBindValue(postgresqlArray(
-                    archiveWords(transmission.text + QLatin1Char(' ') + transmission.rawText)));
-            }
-            if (!run(query))
-                return false;
-        }
-        return true;
-    };
-    if (!addAll()) {
+    if ((m_dialect.beforeAdding && !run(QLatin1String(m_dialect.beforeAdding))) || !work()) {
         database.rollback();
         return false;
     }
@@ -413,6 +395,59 @@ bool Archive::add(const std::vector<ArchiveRecord>& records)
         return false;
     }
     return true;
+}
+
+bool Archive::insert(const std::vector<ArchiveRecord>& records)
+{
+    QStringList marks;
+    for (std::size_t i = 0; i < std::size(COLUMNS); ++i)
+        marks += QStringLiteral("?");
+    const bool hasWords = isPostgresql(m_dialect);
+    QSqlQuery query(QSqlDatabase::database(m_connection, false));
+    query.prepare(QLatin1String(m_dialect.insertInto) + QStringLiteral("transmissions (") +
+                  columnNames() + QLatin1String(hasWords ? ", words" : "") +
+                  QStringLiteral(") VALUES (") + marks.join(QLatin1Char(',')) +
+                  QLatin1String(hasWords ? ", array_to_tsvector(?::text[]))" : ")") +
+                  QLatin1String(m_dialect.insertBehind));
+    for (const ArchiveRecord& record : records) {
+        for (const Column& column : COLUMNS)
+            query.addBindValue(column.get(record));
+        if (hasWords) {
+            const Transmission& transmission = record.transmission;
+            query.addBindValue(postgresqlArray(
+                archiveWords(transmission.text + QLatin1Char(' ') + transmission.rawText)));
+        }
+        if (!run(query))
+            return false;
+    }
+    return true;
+}
+
+bool Archive::add(const std::vector<ArchiveRecord>& records)
+{
+    return transact([&] { return insert(records); });
+}
+
+bool Archive::addRecording(const QString& key, const QString& source,
+                           const std::vector<ArchiveRecord>& records)
+{
+    return transact([&] {
+        QSqlQuery query(QSqlDatabase::database(m_connection, false));
+        query.prepare(QLatin1String(m_dialect.insertInto) +
+                      QStringLiteral("recordings (key, source, transmissions) VALUES (?, ?, ?)") +
+                      QLatin1String(m_dialect.insertBehind));
+        query.addBindValue(key);
+        query.addBindValue(storable(source));
+        query.addBindValue(static_cast<int>(records.size()));
+        return run(query) && (query.numRowsAffected() == 0 || insert(records));
+    });
+}
+
+std::optional<bool> Archive::hasRecording(const QString& key)
+{
+    const std::optional<qint64> rows =
+        number(QStringLiteral("SELECT count(*) FROM recordings WHERE key = ?"), {key});
+    return rows ? std::optional<bool>(*rows > 0) : std::nullopt;
 }
 
 // Whether few enough rows fulfil the conditions for all of them to be read.
@@ -461,6 +496,10 @@ std::optional<std::vector<ArchivedTransmission>> Archive::search(const ArchiveQu
         all.add("station = ?", wantedQuery.station);
     if (wantedQuery.after > 0)
         all.add("id > ?", wantedQuery.after);
+    if (wantedQuery.before)
+        all.add("id < ?", *wantedQuery.before);
+    if (wantedQuery.id)
+        all.add("id = ?", *wantedQuery.id);
 
     const std::vector<Wanted> wanted = wantedWords(wantedQuery.words);
     // An index of words gives its rows one after the other; where time or frequency leave few,

@@ -28,8 +28,10 @@ struct ArchiveQuery
     QString decoder;
     QString receiver;
     QString station;
-    int limit = 1000; ///< so many at most
-    qint64 after = 0; ///< only those that were archived later than the one of this id
+    int limit = 1000;             ///< so many at most
+    qint64 after = 0;             ///< only those that were archived later than the one of this id
+    std::optional<qint64> before; ///< only those that were archived earlier than the one of this id
+    std::optional<qint64> id;     ///< only this one
     bool isOldestFirst = false;
 };
 
@@ -56,6 +58,11 @@ public:
 
     /// All of them or none. Those whose key is there already are left as they are.
     bool add(const std::vector<ArchiveRecord>& records);
+    /// The same for all of a recording, with the key that recordingKey gave. Where that is there
+    /// already, nothing is added.
+    bool addRecording(const QString& key, const QString& source,
+                      const std::vector<ArchiveRecord>& records);
+    std::optional<bool> hasRecording(const QString& key);
     /// The latest archived first, unless the query says otherwise.
     std::optional<std::vector<ArchivedTransmission>> search(const ArchiveQuery& query);
     std::optional<qint64> count();
@@ -72,6 +79,9 @@ private:
     bool prepareSchema();
     bool run(const QString& sql);
     bool run(QSqlQuery& query);
+    template <typename Work>
+    bool transact(Work work);
+    bool insert(const std::vector<ArchiveRecord>& records);
     std::optional<qint64> number(const QString& sql, const QVariantList& values = {});
     bool isNarrow(const QString& conditions, const QVariantList& values);
 

@@ -87,7 +87,6 @@ void visitFields(Record& record, Visit visit)
     auto& transmission = record.transmission;
     visit("key", record.key);
     visit("station", record.station);
-    visit("files", record.files);
     visit("receiver", transmission.receiver);
     visit("source", transmission.source);
     visit("decoder", transmission.decoder);
@@ -104,6 +103,7 @@ void visitFields(Record& record, Visit visit)
     visit("raw_text", transmission.rawText);
     visit("map", transmission.map);
     visit("unknown_codes", transmission.unknownCodes);
+    visit("files", transmission.files);
 }
 
 } // namespace

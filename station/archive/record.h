@@ -19,7 +19,6 @@ struct ArchiveRecord
     QString key;
     QString station; ///< name of the machine that received it; empty where there is one only
     Transmission transmission;
-    QStringList files; ///< what was saved of it: text file, code file, document
 };
 
 /// The key of a transmission out of a recording or receiver: the same for the same station,

@@ -13,7 +13,7 @@ namespace morsehost {
 namespace {
 
 // What waits for a decoder; some seconds of the widest input.
-constexpr qint64 MAX_WAITING_BYTES = 16 * 1024 * 1024;
+constexpr qint64 MAX_WAITING_BYTES = qint64{16} << 20;
 // Longer lines are none of a decoder's.
 constexpr int MAX_LINE_BYTES = 4 * 1024 * 1024;
 constexpr int MAX_ERROR_CHARACTERS = 300;
@@ -99,6 +99,11 @@ void Receiver::setState(ReceiverState state, const QString& problem)
 
 void Receiver::start()
 {
+    // A recording that takes longer than its repetition is heard to its end.
+    if (m_decoder && m_decoder->state() != QProcess::NotRunning) {
+        m_again.start(m_surroundings.firstPause_ms);
+        return;
+    }
     m_isStopping = false;
     m_decoderError.clear();
     startDecoder();
@@ -177,6 +182,7 @@ void Receiver::forward(const QByteArray& samples)
     if (!m_run.isValid())
         m_run.start();
     setState(ReceiverState::Running);
+    Q_EMIT heard(samples);
     if (m_decoder->bytesToWrite() > MAX_WAITING_BYTES) {
         m_bytesLost += samples.size();
         return;

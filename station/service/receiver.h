@@ -63,6 +63,8 @@ public:
 Q_SIGNALS:
     /// An object that the decoder wrote.
     void decoded(const QJsonObject& object);
+    /// What the source sent, on its way to the decoder.
+    void heard(const QByteArray& samples);
     void stateChanged();
 
 private:

@@ -6,15 +6,17 @@
 
 #include <QDateTime>
 #include <QDir>
-#include <QJsonArray>
 
 #include <set>
+#include <utility>
 
 namespace morsehost {
 
 namespace {
 
 constexpr int LOOK_ms = 10000; // at the day and at the limits
+constexpr int TICK_ms = 250;   // of what is shown live
+constexpr std::size_t MOST_UNKEPT = 10000;
 
 QString today()
 {
@@ -30,6 +32,12 @@ StationService::StationService(const QString& program, QObject* parent)
     connect(&m_daily, &QTimer::timeout, this, [this] {
         changeDay();
         keepWithinLimits();
+        keepUnsent();
+        tellPublishers();
+    });
+    connect(&m_tick, &QTimer::timeout, this, [this] {
+        for (Publisher* const publisher : m_publishers)
+            publisher->tick();
     });
 }
 
@@ -68,7 +76,8 @@ bool StationService::configure(const StationConfiguration& configuration, QStrin
         }
     }
     const bool isFolderNew = configuration.folder != m_configuration.folder;
-    m_configuration = configuration;
+    const StationConfiguration before = std::exchange(m_configuration, configuration);
+    configurePublishers(before);
 
     std::set<QString> wanted;
     for (const ReceiverSettings& settings : configuration.receivers)
@@ -80,6 +89,7 @@ bool StationService::configure(const StationConfiguration& configuration, QStrin
         }
         it->second->stop();
         Q_EMIT reported(QStringLiteral("%1: removed").arg(it->first));
+        m_spectra.erase(it->first);
         it = m_receivers.erase(it);
     }
     for (const ReceiverSettings& settings : configuration.receivers) {
@@ -95,25 +105,82 @@ bool StationService::configure(const StationConfiguration& configuration, QStrin
         Receiver* const source = receiver.get();
         connect(source, &Receiver::decoded, this,
                 [this, source](const QJsonObject& object) { take(*source, object); });
+        m_spectra.erase(settings.name);
+        m_spectra.emplace(settings.name, SpectrumTap(settings.samples));
+        connect(source, &Receiver::heard, this,
+                [this, source](const QByteArray& samples) { show(*source, samples); });
         connect(source, &Receiver::stateChanged, this, [this, source] {
             const QString& problem = source->problem();
             Q_EMIT reported(
                 QStringLiteral("%1: %2%3")
                     .arg(source->settings().name, stateName(source->state()),
                          problem.isEmpty() ? QString() : QStringLiteral(": ") + problem));
+            tellPublishers();
         });
         source->start();
     }
+    tellPublishers();
     m_daily.start(LOOK_ms);
+    m_tick.start(TICK_ms);
     return true;
+}
+
+void StationService::configurePublishers(const StationConfiguration& before)
+{
+    const StationConfiguration& now = m_configuration;
+    const bool isPageAsBefore = now.page == before.page && now.name == before.name &&
+                                now.archive == before.archive && now.folder == before.folder;
+    const auto report = [this](const QString& line) {
+        // Also from threads of the publishers.
+        QMetaObject::invokeMethod(this, [this, line] { Q_EMIT reported(line); });
+    };
+    m_publishers.clear();
+    if (!isPageAsBefore)
+        m_page.reset(); // its address may be wanted again
+    if (!m_page && !now.page.address.isEmpty())
+        m_page =
+            std::make_unique<PagePublisher>(now.page, now.name, now.archive, now.folder, report);
+    if (!(now.mqtt == before.mqtt))
+        m_mqtt.reset(); // two never share a folder
+    if (!m_mqtt && !now.mqtt.url.isEmpty()) {
+        m_mqtt = std::make_unique<MqttPublisher>(now.mqtt, report);
+        if (!m_mqtt->error().isEmpty())
+            report(QStringLiteral("mqtt: %1: %2").arg(now.mqtt.folder, m_mqtt->error()));
+    }
+    for (Publisher* const publisher :
+         {static_cast<Publisher*>(m_page.get()), static_cast<Publisher*>(m_mqtt.get())}) {
+        if (publisher)
+            m_publishers.push_back(publisher);
+    }
+}
+
+void StationService::tellPublishers()
+{
+    std::vector<ReceiverFacts> all;
+    for (const auto& [name, receiver] : m_receivers) {
+        all.push_back({name, receiver->settings().decoder, stateName(receiver->state()),
+                       receiver->problem(), receiver->bytesLost()});
+    }
+    for (Publisher* const publisher : m_publishers)
+        publisher->receivers(all);
+}
+
+int StationService::pagePort() const
+{
+    return m_page ? m_page->port() : 0;
 }
 
 void StationService::stop()
 {
     m_daily.stop();
+    m_tick.stop();
     for (const auto& [name, receiver] : m_receivers)
         receiver->stop();
     m_receivers.clear();
+    m_publishers.clear();
+    m_page.reset();
+    m_mqtt.reset();
+    keepUnsent();
     if (m_archive)
         m_archive->flush();
     m_archive.reset();
@@ -137,25 +204,47 @@ QString StationService::saveFolder(const ReceiverSettings& settings) const
 
 void StationService::take(const Receiver& receiver, const QJsonObject& object)
 {
+    for (Publisher* const publisher : m_publishers)
+        publisher->heard(receiver.settings().name, object);
     if (object.value(QLatin1String("event")) != QLatin1String("transmission"))
         return;
     ArchiveRecord record;
     record.station = m_configuration.name;
     record.transmission = transmissionOf(object);
     record.transmission.receiver = receiver.settings().name;
-    const QJsonArray files = object.value(QLatin1String("files")).toArray();
-    for (const QJsonValue& file : files)
-        record.files += file.toString();
     record.key = archiveKey(record.station, record.transmission);
-    if (m_archive && !m_archive->add(record)) {
-        if (!m_isArchiveReported)
-            Q_EMIT reported(
-                QStringLiteral("archive: a transmission is lost: %1").arg(m_archive->error()));
-        m_isArchiveReported = true;
-    } else {
-        m_isArchiveReported = false;
-    }
+    m_unkept.push_back(record);
+    keepUnsent();
+    for (Publisher* const publisher : m_publishers)
+        publisher->transmission(record);
     Q_EMIT received(record);
+}
+
+// What a full disk does not take is kept in memory until there is room.
+void StationService::keepUnsent()
+{
+    while (!m_unkept.empty() && m_archive && m_archive->add(m_unkept.front()))
+        m_unkept.pop_front();
+    if (m_unkept.empty() && m_isDiskReported)
+        Q_EMIT reported(QStringLiteral("archive: the disk takes transmissions again"));
+    if (!m_unkept.empty() && !m_isDiskReported)
+        Q_EMIT reported(
+            QStringLiteral("archive: %1; the latest %2 transmissions are kept in memory")
+                .arg(m_archive ? m_archive->error() : QString())
+                .arg(MOST_UNKEPT));
+    m_isDiskReported = !m_unkept.empty();
+    if (m_unkept.size() > MOST_UNKEPT)
+        m_unkept.pop_front();
+}
+
+// Only while there is a page to look at.
+void StationService::show(const Receiver& receiver, const QByteArray& samples)
+{
+    if (!m_page)
+        return;
+    const QString& name = receiver.settings().name;
+    for (const QJsonObject& row : m_spectra.at(name).hear(samples))
+        m_page->heard(name, row);
 }
 
 void StationService::changeDay()

@@ -4,13 +4,16 @@
 
 #include "station/archive/record.h"
 #include "station/archive/writer.h"
+#include "station/page/pagepublisher.h"
 #include "station/service/receiver.h"
+#include "station/service/spectrumtap.h"
 #include "station/service/stationfile.h"
 
 #include <QObject>
 #include <QString>
 #include <QTimer>
 
+#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
@@ -34,6 +37,8 @@ public:
     void stop();
 
     std::vector<const Receiver*> receivers() const;
+    /// Of the page; 0 while there is none.
+    int pagePort() const;
 
 Q_SIGNALS:
     /// A line for the log.
@@ -42,6 +47,10 @@ Q_SIGNALS:
 
 private:
     void take(const Receiver& receiver, const QJsonObject& object);
+    void configurePublishers(const StationConfiguration& before);
+    void tellPublishers();
+    void keepUnsent();
+    void show(const Receiver& receiver, const QByteArray& samples);
     void changeDay();
     void keepWithinLimits();
     QString saveFolder(const ReceiverSettings& settings) const;
@@ -50,8 +59,14 @@ private:
     StationConfiguration m_configuration;
     std::unique_ptr<ArchiveWriter> m_archive;
     std::map<QString, std::unique_ptr<Receiver>> m_receivers; ///< by name
+    std::map<QString, SpectrumTap> m_spectra;                 ///< likewise
+    std::unique_ptr<PagePublisher> m_page;
+    std::unique_ptr<MqttPublisher> m_mqtt;
+    std::vector<Publisher*> m_publishers; ///< those that there are
     QTimer m_daily;
-    bool m_isArchiveReported = false;
+    QTimer m_tick;
+    std::deque<ArchiveRecord> m_unkept; ///< that the disk has not taken, the oldest first
+    bool m_isDiskReported = false;
 };
 
 } // namespace morsehost

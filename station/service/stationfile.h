@@ -2,6 +2,9 @@
 // What a station has to do: its file, read and checked.
 #pragma once
 
+#include "station/mqtt/mqttpublisher.h"
+#include "station/page/stationpage.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -9,6 +12,17 @@
 #include <vector>
 
 namespace morsehost {
+
+/// Raw samples as a receiver's source sends them.
+struct SampleFormat
+{
+    enum class Word { S16, F32, U8, S8 };
+
+    Word word = Word::S16;
+    double rate_Hz = 8000;
+    bool isComplex = false; ///< pairs of I and Q
+    double center_Hz = 0;   ///< what 0 Hz of I and Q stands for
+};
 
 /// One `[receiver NAME]`.
 struct ReceiverSettings
@@ -23,8 +37,9 @@ struct ReceiverSettings
     QString decoder = QStringLiteral("Morse"); ///< "band", or a decoder's name
     /// Words for the decoder's command line, from the keys that it understands.
     QStringList options;
-    bool isSaved = true; ///< files are kept in a folder a day
-    int stall_s = 30;    ///< without a sample for so long, it counts as stalled; 0 for never
+    SampleFormat samples; ///< of a command or an address
+    bool isSaved = true;  ///< files are kept in a folder a day
+    int stall_s = 30;     ///< without a sample for so long, it counts as stalled; 0 for never
 
     bool operator==(const ReceiverSettings& other) const;
 };
@@ -36,6 +51,8 @@ struct StationConfiguration
     QString archive;          ///< URL
     int keepDays = 0;         ///< 0 for ever
     double keepGigabytes = 0; ///< of files; 0 for all
+    PageSettings page;
+    MqttSettings mqtt;
     std::vector<ReceiverSettings> receivers;
 };
 

@@ -2,12 +2,17 @@
 // The archive: what goes in comes out, once, and is found. On a file of this machine, or in the
 // database that MORSEHANDLER_TEST_POSTGRESQL names.
 #include "station/archive/archive.h"
+#include "station/archive/recording.h"
 
 #include <QFile>
+#include <QSqlDatabase>
+#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <atomic>
 #include <limits>
+#include <thread>
 
 using morsehost::Archive;
 using morsehost::ArchivedTransmission;
@@ -79,7 +84,6 @@ private Q_SLOTS:
         ArchiveRecord record;
         record.key = "key";
         record.station = "north";
-        record.files = QStringList{"/a b/c.txt", "/d\"e.xml"};
         morsehost::Transmission& transmission = record.transmission;
         transmission.number = 7;
         transmission.receiver = "hf1";
@@ -98,6 +102,7 @@ private Q_SLOTS:
         transmission.rawText = "PRIWET";
         transmission.map = "Russian - ITA2";
         transmission.unknownCodes = QStringList{".-.-.-.-"};
+        transmission.files = QStringList{"/a b/c.txt", "/d\"e.xml"};
         QVERIFY2(m_archive->add({record}), qPrintable(m_archive->error()));
         const auto found = m_archive->search({});
         QVERIFY(found);
@@ -125,6 +130,90 @@ private Q_SLOTS:
         QVERIFY(m_archive->add({record, recordOf("THIRD")}));
         QCOMPARE(textsOf(m_archive->search({})), QStringList({"THIRD", "SECOND", "FIRST"}));
         QCOMPARE(*m_archive->count(), 3);
+    }
+
+    void aRecordingIsArchivedOnceAndWhole()
+    {
+        // A server keeps what another run has noted.
+        const QString key = QUuid::createUuid().toString();
+        QCOMPARE(*m_archive->hasRecording(key), false);
+        QVERIFY(m_archive->addRecording(key, "a.flac", {recordOf("FIRST"), recordOf("SECOND")}));
+        QCOMPARE(*m_archive->hasRecording(key), true);
+        // Another attempt, which heard something else.
+        QVERIFY(m_archive->addRecording(key, "a.flac", {recordOf("FIRST"), recordOf("OTHER")}));
+        QCOMPARE(textsOf(m_archive->search({})), QStringList({"SECOND", "FIRST"}));
+        // One that holds nothing is known all the same.
+        const QString silent = QUuid::createUuid().toString();
+        QVERIFY(m_archive->addRecording(silent, "b.flac", {}));
+        QCOMPARE(*m_archive->hasRecording(silent), true);
+    }
+
+    void twoThatArchiveOneRecordingArchiveItOnce()
+    {
+        const QString key = QUuid::createUuid().toString();
+        std::vector<std::thread> threads;
+        std::atomic<int> good{0};
+        for (int i = 0; i < 4; ++i) {
+            threads.emplace_back([this, i, key, &good] {
+                QString error;
+                const auto own = Archive::open(path(), error);
+                good += own && own->addRecording(key, "a.flac", {recordOf(QString::number(i))});
+            });
+        }
+        for (std::thread& thread : threads)
+            thread.join();
+        QCOMPARE(good.load(), 4);
+        QCOMPARE(*m_archive->count(), 1);
+    }
+
+    void contentAndDecodingMakeTheKeyOfARecording()
+    {
+        const auto keyOf = [this](const char* name, const QByteArray& content,
+                                  const QStringList& words) {
+            QFile file(m_folder.filePath(name));
+            if (!file.open(QIODevice::WriteOnly) || file.write(content) < 0)
+                qFatal("no file");
+            file.close();
+            return morsehost::recordingKey(file.fileName(), words);
+        };
+        const QString key = keyOf("a.wav", "sound", {"Morse"});
+        QVERIFY(!key.isEmpty());
+        QCOMPARE(keyOf("b.wav", "sound", {"Morse"}), key);
+        QVERIFY(keyOf("a.wav", "sounds", {"Morse"}) != key);
+        QVERIFY(keyOf("a.wav", "sound", {"Baudot"}) != key);
+        QVERIFY(keyOf("a.wav", "sound", {"Morse", ""}) != keyOf("a.wav", "sound", {"", "Morse"}));
+        // Of long ones pieces count, the first and the last among them.
+        QByteArray large(20 << 20, 'x');
+        const QString whole = keyOf("a.wav", large, {});
+        large[large.size() - 1] = 'y';
+        QVERIFY(keyOf("a.wav", large, {}) != whole);
+        large[large.size() - 1] = 'x';
+        large[0] = 'y';
+        QVERIFY(keyOf("a.wav", large, {}) != whole);
+        QCOMPARE(morsehost::recordingKey(m_folder.filePath("gone.wav"), {}), QString());
+        QCOMPARE(morsehost::recordingKey(m_folder.path(), {}), QString());
+    }
+
+    void anArchiveOfTheFirstVersionIsTakenOver()
+    {
+        if (path().startsWith("postgresql:"))
+            QSKIP("a server has one archive, of this version");
+        QVERIFY(m_archive->add({recordOf("BEFORE")}));
+        m_archive.reset();
+        {
+            QSqlDatabase database = QSqlDatabase::addDatabase("QSQLITE", "first");
+            database.setDatabaseName(path());
+            QVERIFY(database.open());
+            QSqlQuery query(database);
+            QVERIFY(query.exec("DROP TABLE recordings") && query.exec("PRAGMA user_version = 1"));
+            database.close();
+        }
+        QSqlDatabase::removeDatabase("first");
+        QString error;
+        m_archive = Archive::open(path(), error);
+        QVERIFY2(m_archive, qPrintable(error));
+        QCOMPARE(textsOf(m_archive->search({})), QStringList({"BEFORE"}));
+        QCOMPARE(*m_archive->hasRecording("none"), false);
     }
 
     void wordsAreFoundWhole_data()

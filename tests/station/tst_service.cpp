@@ -164,6 +164,83 @@ private Q_SLOTS:
         QCOMPARE(service.receivers().size(), std::size_t(1));
     }
 
+    void aRecordingIsHeardToItsEndBeforeItBeginsAgain()
+    {
+        // Takes longer than the second after which it is to begin again.
+        const QString log = m_folder.filePath("order.txt");
+        const QByteArray script = "#!/bin/sh\necho begin >>" + log.toUtf8() +
+                                  "\nsleep 2.5\necho end >>" + log.toUtf8() + '\n';
+        Receiver::Surroundings surroundings;
+        surroundings.program = program(script.constData());
+        surroundings.firstPause_ms = 50;
+        ReceiverSettings settings;
+        settings.name = "loop";
+        settings.file = log;
+        settings.repeat_s = 1;
+        Receiver receiver(settings, surroundings);
+        receiver.start();
+        const auto lines = [&log] {
+            QFile file(log);
+            return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(lines().count("begin") >= 3, LONG_ms);
+        QVERIFY(lines().startsWith("begin\nend\nbegin\nend\nbegin\n"));
+    }
+
+    void aPageShowsWhatIsReceived()
+    {
+        StationService service(program(COUNTING_DECODER));
+        StationConfiguration made =
+            configuration({commandReceiver("hf", "head -c 30000 /dev/zero")});
+        made.page.address = "127.0.0.1";
+        QStringList lines;
+        connect(&service, &StationService::reported,
+                [&lines](const QString& line) { lines += line; });
+        QString error;
+        QVERIFY(service.configure(made, error));
+        const int port = service.pagePort();
+        QVERIFY(port > 0);
+        QTcpSocket reader;
+        reader.connectToHost("127.0.0.1", static_cast<quint16>(port));
+        QVERIFY(reader.waitForConnected(LONG_ms));
+        reader.write("GET /events HTTP/1.1\r\nHost: localhost\r\n\r\n");
+        QByteArray bytes;
+        QTRY_VERIFY_WITH_TIMEOUT((bytes += reader.readAll()).contains("\"text\":\"30000\""),
+                                 LONG_ms);
+        QVERIFY(bytes.contains("\"name\":\"hf\""));
+        QVERIFY(!lines.filter(QString("page: http://127.0.0.1:%1").arg(port)).isEmpty());
+        // The same page again is not disturbed; without it, readers are ended.
+        QVERIFY(service.configure(made, error));
+        QCOMPARE(service.pagePort(), port);
+        made.page = PageSettings();
+        QVERIFY(service.configure(made, error));
+        QCOMPARE(service.pagePort(), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(reader.state(), QAbstractSocket::UnconnectedState, LONG_ms);
+    }
+
+    void aPageThatHasNoPlaceDoesNotStopTheReceivers()
+    {
+        QTcpServer taken;
+        QVERIFY(taken.listen(QHostAddress::LocalHost));
+        StationService service(program(COUNTING_DECODER));
+        StationConfiguration made =
+            configuration({commandReceiver("hf", "head -c 30000 /dev/zero")});
+        made.page.address = "127.0.0.1";
+        made.page.port = taken.serverPort();
+        QStringList lines;
+        connect(&service, &StationService::reported,
+                [&lines](const QString& line) { lines += line; });
+        int received = 0;
+        connect(&service, &StationService::received, [&received] { ++received; });
+        QString error;
+        QVERIFY(service.configure(made, error));
+        QTRY_VERIFY_WITH_TIMEOUT(received >= 2, LONG_ms);
+        QCOMPARE(service.pagePort(), 0);
+        QCOMPARE(lines.filter("tried again").size(), 1);
+        taken.close();
+        QTRY_VERIFY_WITH_TIMEOUT(service.pagePort() == made.page.port, LONG_ms);
+    }
+
     void aFolderThatCannotBeMadeIsRefused()
     {
         StationService service(program(COUNTING_DECODER));

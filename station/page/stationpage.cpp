@@ -1,0 +1,304 @@
+// SPDX-License-Identifier: MIT
+#include "station/page/stationpage.h"
+
+#include "station/archive/archive.h"
+#include "station/archive/querytext.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QUrl>
+
+#include <algorithm>
+
+// Resources of a static library have to be asked for, outside of any namespace.
+static void loadSite()
+{
+    Q_INIT_RESOURCE(site);
+}
+
+namespace morsehost {
+
+namespace {
+
+constexpr int MOST_FOUND = 200;
+constexpr int USUALLY_FOUND = 50;
+constexpr int MOST_WORDS = 16;
+constexpr qint64 MOST_FILE_BYTES = qint64{64} << 20;
+
+struct SiteFile
+{
+    const char* path; ///< as it is asked for
+    const char* name;
+    const char* type;
+};
+const SiteFile SITE[] = {
+    {"", "index.html", "text/html; charset=utf-8"},
+    {"page.css", "page.css", "text/css; charset=utf-8"},
+    {"page.js", "page.js", "text/javascript; charset=utf-8"},
+    {"icon.svg", "icon.svg", "image/svg+xml"},
+};
+
+HttpAnswer plain(int status, const char* text)
+{
+    HttpAnswer answer;
+    answer.status = status;
+    answer.type = "text/plain; charset=utf-8";
+    answer.body = QByteArray(text) + '\n';
+    return answer;
+}
+
+HttpAnswer notFound()
+{
+    return plain(404, "There is no such page.");
+}
+
+HttpAnswer json(const QJsonObject& object)
+{
+    HttpAnswer answer;
+    answer.type = "application/json";
+    answer.body = QJsonDocument(object).toJson(QJsonDocument::Compact);
+    return answer;
+}
+
+// "name", "name:80", "[::1]:80"
+QString hostName(const QString& host)
+{
+    if (host.startsWith(QLatin1Char('[')))
+        return host.mid(1).section(QLatin1Char(']'), 0, 0);
+    return host.section(QLatin1Char(':'), 0, 0);
+}
+
+// Another site can make its own name stand for this machine, but no address.
+bool isAddress(const QString& name)
+{
+    const bool isVersion6 = name.contains(QLatin1Char(':'));
+    return !name.isEmpty() && std::all_of(name.begin(), name.end(), [isVersion6](QChar c) {
+        const char letter = c.toLatin1();
+        const bool isHex = (letter >= 'a' && letter <= 'f') || (letter >= 'A' && letter <= 'F');
+        return (letter >= '0' && letter <= '9') || letter == '.' ||
+               (isVersion6 && (isHex || letter == ':'));
+    });
+}
+
+QJsonObject foundObject(const ArchivedTransmission& found)
+{
+    QJsonObject object = shownObject(found.record);
+    object.insert(QStringLiteral("id"), QString::number(found.id));
+    return object;
+}
+
+// Readers of the page are not shown where the database is.
+HttpAnswer archiveIsAway()
+{
+    HttpAnswer answer = plain(503, "The archive cannot be reached.");
+    answer.retryAfter_s = 5;
+    return answer;
+}
+
+} // namespace
+
+bool PageSettings::operator==(const PageSettings& other) const
+{
+    return address == other.address && port == other.port && passwordHash == other.passwordHash &&
+           certificate == other.certificate && key == other.key && hosts == other.hosts;
+}
+
+StationPage::StationPage(const PageSettings& settings, const Sources& sources)
+    : m_settings(settings)
+    , m_sources(sources)
+{
+    loadSite();
+    if (!settings.passwordHash.isEmpty())
+        m_gate = std::make_unique<PasswordGate>(settings.passwordHash);
+}
+
+bool StationPage::isForUs(const HttpRequest& request) const
+{
+    const QString host = QString::fromStdString(request.host);
+    const QString name = hostName(host).toLower();
+    if (!isAddress(name) && name != QLatin1String("localhost") &&
+        !m_settings.hosts.contains(name, Qt::CaseInsensitive))
+        return false;
+    const QString scheme =
+        m_settings.certificate.isEmpty() ? QStringLiteral("http://") : QStringLiteral("https://");
+    return request.origin.empty() ||
+           QString::fromStdString(request.origin).compare(scheme + host, Qt::CaseInsensitive) == 0;
+}
+
+PasswordGate::Answer StationPage::admit(const HttpRequest& request)
+{
+    if (!m_gate)
+        return PasswordGate::Answer::Right;
+    const QByteArray words = QByteArray::fromStdString(request.authorization);
+    const int blank = words.indexOf(' ');
+    if (blank < 0 || words.left(blank).toLower() != "basic")
+        return PasswordGate::Answer::Wrong;
+    const QByteArray both = QByteArray::fromBase64(words.mid(blank + 1).trimmed());
+    const int colon = both.indexOf(':');
+    // There is one password, whatever name is typed beside it.
+    return colon < 0 ? PasswordGate::Answer::Wrong : m_gate->check(both.mid(colon + 1));
+}
+
+HttpAnswer StationPage::answer(const HttpRequest& request)
+{
+    if (request.method != "GET" && request.method != "HEAD")
+        return plain(405, "This page is only read.");
+    if (!isForUs(request))
+        return plain(421, "This page is not called by that name; its file can name it: hosts=");
+    switch (admit(request)) {
+    case PasswordGate::Answer::Right:
+        break;
+    case PasswordGate::Answer::Wrong: {
+        HttpAnswer answer = plain(401, "This page wants a password.");
+        answer.asksPassword = true;
+        return answer;
+    }
+    case PasswordGate::Answer::Busy: {
+        HttpAnswer answer = plain(503, "Another password is being checked.");
+        answer.retryAfter_s = 1;
+        return answer;
+    }
+    }
+    const QByteArray target = QByteArray::fromStdString(request.target);
+    if (!target.startsWith('/'))
+        return notFound();
+    const int mark = target.indexOf('?');
+    const QString path = QString::fromLatin1(mark < 0 ? target : target.left(mark));
+    QUrlQuery query;
+    if (mark >= 0)
+        query.setQuery(QString::fromLatin1(target.mid(mark + 1).replace('+', ' ')));
+    return answerPath(path.mid(1).split(QLatin1Char('/')), query);
+}
+
+// Names are compared, never looked up in a folder.
+HttpAnswer StationPage::answerPath(const QStringList& path, const QUrlQuery& query)
+{
+    if (path.size() == 1) {
+        for (const SiteFile& file : SITE) {
+            if (path[0] != QLatin1String(file.path))
+                continue;
+            QFile resource(QStringLiteral(":/site/") + QLatin1String(file.name));
+            if (!resource.open(QIODevice::ReadOnly))
+                return notFound();
+            HttpAnswer answer;
+            answer.type = file.type;
+            answer.body = resource.readAll();
+            return answer;
+        }
+        if (path[0] == QLatin1String("events")) {
+            HttpAnswer answer;
+            answer.type = "text/event-stream";
+            answer.events = m_sources.live.subscribe();
+            return answer;
+        }
+        if (path[0] == QLatin1String("search"))
+            return search(query);
+        return notFound();
+    }
+    bool isNumber = false;
+    const qint64 id = path[1].toLongLong(&isNumber);
+    if (path[0] != QLatin1String("transmission") || !isNumber)
+        return notFound();
+    if (path.size() == 2)
+        return transmission(id);
+    const int index = path.value(3).toInt(&isNumber);
+    if (path.size() == 4 && path[2] == QLatin1String("file") && isNumber)
+        return file(id, index);
+    return notFound();
+}
+
+HttpAnswer StationPage::search(const QUrlQuery& query) const
+{
+    const auto value = [&query](const char* name) {
+        return query.queryItemValue(QLatin1String(name), QUrl::FullyDecoded).trimmed();
+    };
+    ArchiveQuery wanted;
+    wanted.words = value("words").split(QLatin1Char(' '), Qt::SkipEmptyParts).mid(0, MOST_WORDS);
+    wanted.decoder = value("decoder");
+    wanted.receiver = value("receiver");
+    wanted.station = value("station");
+    const auto readTime = [&value](const char* name, std::optional<qint64>& time_us) {
+        time_us = archiveTimeOf(value(name));
+        return time_us || value(name).isEmpty();
+    };
+    if (!readTime("since", wanted.since_us) || !readTime("until", wanted.until_us))
+        return plain(400, "A time is a day or an ISO 8601 time, in UTC.");
+    if (!value("frequency").isEmpty() && !readArchiveFrequency(value("frequency"), wanted))
+        return plain(400, "A frequency is in kHz: 7025 or 7000-7040.");
+    bool isNumber = false;
+    const int limit = value("limit").toInt(&isNumber);
+    wanted.limit = isNumber ? std::clamp(limit, 1, MOST_FOUND) : USUALLY_FOUND;
+    const qint64 before = value("before").toLongLong(&isNumber);
+    if (isNumber)
+        wanted.before = before;
+
+    QString error;
+    const auto archive = Archive::open(m_sources.archive, error);
+    const auto found = archive ? archive->search(wanted) : std::nullopt;
+    if (!found)
+        return archiveIsAway();
+    QJsonArray transmissions;
+    for (const ArchivedTransmission& one : *found)
+        transmissions.append(foundObject(one));
+    return json(
+        {{QStringLiteral("found"), transmissions},
+         {QStringLiteral("more"), int(found->size()) == wanted.limit},
+         {QStringLiteral("last"), found->empty() ? QString() : QString::number(found->back().id)}});
+}
+
+static std::optional<std::vector<ArchivedTransmission>> findById(const QString& url, qint64 id)
+{
+    ArchiveQuery wanted;
+    wanted.id = id;
+    wanted.limit = 1;
+    QString error;
+    const auto archive = Archive::open(url, error);
+    return archive ? archive->search(wanted) : std::nullopt;
+}
+
+HttpAnswer StationPage::transmission(qint64 id) const
+{
+    const auto found = findById(m_sources.archive, id);
+    if (!found)
+        return archiveIsAway();
+    if (found->empty())
+        return notFound();
+    QJsonObject object = foundObject(found->front());
+    object.insert(QStringLiteral("text"), found->front().record.transmission.text);
+    return json(object);
+}
+
+HttpAnswer StationPage::file(qint64 id, int index) const
+{
+    const auto found = findById(m_sources.archive, id);
+    if (!found)
+        return archiveIsAway();
+    if (found->empty())
+        return notFound();
+    const QStringList& files = found->front().record.transmission.files;
+    if (index < 0 || index >= files.size())
+        return notFound();
+    // Of another station, which shares the archive, a path may name anything here.
+    const QString path = QFileInfo(files[index]).canonicalFilePath();
+    const QString folder = QFileInfo(m_sources.folder).canonicalFilePath();
+    QFile file(path);
+    if (path.isEmpty() || folder.isEmpty() || !path.startsWith(folder + QLatin1Char('/')) ||
+        !QFileInfo(path).isFile() || file.size() > MOST_FILE_BYTES ||
+        !file.open(QIODevice::ReadOnly))
+        return notFound();
+    HttpAnswer answer;
+    answer.type = "application/octet-stream";
+    answer.body = file.readAll();
+    const QString name = QFileInfo(path).fileName();
+    for (const QChar c : name) {
+        const bool isPlain = c.unicode() < 128 && (c.isLetterOrNumber() || c == QLatin1Char('.') ||
+                                                   c == QLatin1Char('-'));
+        answer.fileName += isPlain ? c.toLatin1() : '_';
+    }
+    return answer;
+}
+
+} // namespace morsehost

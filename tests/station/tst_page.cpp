@@ -1,0 +1,572 @@
+// SPDX-License-Identifier: MIT
+// The page of a station, asked by real requests: good ones, bad ones, and readers that never read.
+#include "station/page/stationpage.h"
+
+#include "station/archive/archive.h"
+#include "support/program.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSslSocket>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace morsehost;
+
+namespace {
+
+constexpr int LONG_ms = 120000;
+const QString SCRIPT = "<script>alert(1)</script> & \"DL0XYZ\"";
+
+struct Reply
+{
+    int status = 0;
+    QByteArray head;
+    QByteArray body;
+};
+
+Reply replyOf(const QByteArray& bytes)
+{
+    Reply reply;
+    const int end = bytes.indexOf("\r\n\r\n");
+    reply.head = bytes.left(end);
+    reply.body = end < 0 ? QByteArray() : bytes.mid(end + 4);
+    reply.status = reply.head.split(' ').value(1).toInt();
+    return reply;
+}
+
+QByteArray readAll(QTcpSocket& socket)
+{
+    QByteArray bytes;
+    while (socket.waitForReadyRead(LONG_ms))
+        bytes += socket.readAll();
+    return bytes + socket.readAll();
+}
+
+// Until what came holds the text.
+bool readUntil(QTcpSocket& socket, const QByteArray& text, QByteArray& bytes)
+{
+    while (!bytes.contains(text)) {
+        if (!socket.waitForReadyRead(LONG_ms))
+            return false;
+        bytes += socket.readAll();
+    }
+    return true;
+}
+
+QByteArray get(const QByteArray& target, const QByteArray& more = "Host: localhost\r\n")
+{
+    return "GET " + target + " HTTP/1.1\r\nConnection: close\r\n" + more + "\r\n";
+}
+
+QByteArray basic(const QByteArray& password)
+{
+    return "Host: localhost\r\nAuthorization: Basic " + ("me:" + password).toBase64() + "\r\n";
+}
+
+ArchiveRecord recordOf(const QString& text, const QStringList& files = {})
+{
+    ArchiveRecord record;
+    record.station = "north";
+    record.transmission.receiver = "hf";
+    record.transmission.decoder = "Morse";
+    record.transmission.start_us = 1700000000000000;
+    record.transmission.stop_us = 1700000005000000;
+    record.transmission.frequency_Hz = 7025000;
+    record.transmission.text = text;
+    record.transmission.files = files;
+    record.key = archiveKey(record.station, record.transmission);
+    return record;
+}
+
+} // namespace
+
+class TestPage : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_folder;
+
+    struct Site
+    {
+        LiveFeed live;
+        StationPage page;
+        HttpServer server;
+
+        Site(const PageSettings& settings, const HttpSettings& http, const QString& folder)
+            : live("north")
+            , page(settings, {live, folder + "/archive.db", folder + "/kept"})
+            , server(http, page)
+        {
+        }
+    };
+
+    static HttpSettings local()
+    {
+        HttpSettings http;
+        http.address = "127.0.0.1";
+        return http;
+    }
+
+    std::unique_ptr<Site> site(const PageSettings& settings = {},
+                               const HttpSettings& http = local()) const
+    {
+        auto made = std::make_unique<Site>(settings, http, m_folder.path());
+        if (!made->server.error().isEmpty())
+            qFatal("%s", qPrintable(made->server.error()));
+        return made;
+    }
+
+    static std::unique_ptr<QTcpSocket> connectTo(const Site& site)
+    {
+        auto socket = std::make_unique<QTcpSocket>();
+        socket->connectToHost("127.0.0.1", static_cast<quint16>(site.server.port()));
+        if (!socket->waitForConnected(LONG_ms))
+            qFatal("no connection");
+        return socket;
+    }
+
+    static Reply ask(const Site& site, const QByteArray& request)
+    {
+        const auto socket = connectTo(site);
+        socket->write(request);
+        return replyOf(readAll(*socket));
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        QVERIFY(QDir(m_folder.path()).mkpath("kept/files"));
+        for (const char* const name : {"/kept/files/heard here.txt", "/secret.txt"}) {
+            QFile file(m_folder.path() + name);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write("content");
+        }
+        QString error;
+        const auto archive = Archive::open(m_folder.filePath("archive.db"), error);
+        QVERIFY2(archive, qPrintable(error));
+        QVERIFY(
+            archive->add({recordOf(SCRIPT), recordOf("CQ CQ DE G3ABC"),
+                          recordOf("WITH FILES", {m_folder.filePath("kept/files/heard here.txt"),
+                                                  m_folder.filePath("secret.txt"),
+                                                  m_folder.filePath("kept/../secret.txt")})}));
+    }
+
+    void eachFileOfTheSiteIsServedWithAStrictPolicy_data()
+    {
+        QTest::addColumn<QByteArray>("path");
+        QTest::addColumn<QByteArray>("type");
+        QTest::newRow("the page") << QByteArray("/") << QByteArray("text/html; charset=utf-8");
+        QTest::newRow("its style")
+            << QByteArray("/page.css") << QByteArray("text/css; charset=utf-8");
+        QTest::newRow("its script")
+            << QByteArray("/page.js") << QByteArray("text/javascript; charset=utf-8");
+        QTest::newRow("its icon") << QByteArray("/icon.svg") << QByteArray("image/svg+xml");
+    }
+
+    void eachFileOfTheSiteIsServedWithAStrictPolicy()
+    {
+        QFETCH(QByteArray, path);
+        QFETCH(QByteArray, type);
+        const auto served = site();
+        const Reply reply = ask(*served, get(path));
+        QCOMPARE(reply.status, 200);
+        QVERIFY(reply.head.contains("Content-Type: " + type));
+        QVERIFY(reply.head.contains("Content-Security-Policy: default-src 'none'"));
+        QVERIFY(reply.head.contains("X-Content-Type-Options: nosniff"));
+        QVERIFY(!reply.body.isEmpty());
+        const Reply head = ask(*served, "HEAD" + get(path).mid(3));
+        QCOMPARE(head.status, 200);
+        QVERIFY(head.head.contains("Content-Length: " + QByteArray::number(reply.body.size())));
+        QVERIFY(head.body.isEmpty());
+    }
+
+    void thePageLoadsNothingFromElsewhereAndHoldsNoScript()
+    {
+        const auto served = site();
+        const QByteArray page = ask(*served, get("/")).body;
+        QVERIFY(!page.contains("http://") && !page.contains("https://") && !page.contains("//"));
+        QCOMPARE(page.count("<script"), 1);
+        QVERIFY(page.contains("<script src=\"/page.js\" defer></script>"));
+        const QByteArray script = ask(*served, get("/page.js")).body;
+        for (const char* const way : {"innerHTML", "outerHTML", "insertAdjacentHTML",
+                                      "document.write", "eval(", "new Function"})
+            QVERIFY2(!script.contains(way), way);
+    }
+
+    void onlyItsOwnNamesAreAnswered_data()
+    {
+        QTest::addColumn<QByteArray>("fields");
+        QTest::addColumn<int>("status");
+        const auto row = [](const char* name, const char* fields, int status) {
+            QTest::newRow(name) << QByteArray(fields) << status;
+        };
+        row("localhost", "Host: localhost:8073\r\n", 200);
+        row("an address", "Host: 127.0.0.1\r\n", 200);
+        row("a new address", "Host: [::1]:8073\r\n", 200);
+        row("a name of the file", "Host: Radio.Example:8073\r\n", 200);
+        row("another name", "Host: evil.example\r\n", 421);
+        row("a name of digits and a letter", "Host: 127.0.0.1.evil.example\r\n", 421);
+        row("a name that is empty", "Host: \r\n", 421);
+        row("no name", "", 400);
+        row("two names", "Host: localhost\r\nHost: evil.example\r\n", 400);
+        row("its own origin", "Host: localhost\r\nOrigin: http://localhost\r\n", 200);
+        row("another origin", "Host: localhost\r\nOrigin: http://evil.example\r\n", 421);
+        row("another scheme", "Host: localhost\r\nOrigin: https://localhost\r\n", 421);
+        row("an origin that hides", "Host: localhost\r\nOrigin: null\r\n", 421);
+    }
+
+    void onlyItsOwnNamesAreAnswered()
+    {
+        QFETCH(QByteArray, fields);
+        QFETCH(int, status);
+        PageSettings settings;
+        settings.hosts = QStringList{"radio.example"};
+        const auto served = site(settings);
+        QCOMPARE(ask(*served, get("/", fields)).status, status);
+    }
+
+    void badRequestsAreRefused_data()
+    {
+        QTest::addColumn<QByteArray>("request");
+        QTest::addColumn<int>("status");
+        const auto row = [](const char* name, const QByteArray& request, int status) {
+            QTest::newRow(name) << request << status;
+        };
+        const QByteArray host = "Host: localhost\r\n";
+        row("another method", "POST / HTTP/1.1\r\n" + host + "Connection: close\r\n\r\n", 405);
+        row("a method that nobody knows",
+            "FETCH / HTTP/1.1\r\n" + host + "Connection: close\r\n\r\n", 405);
+        row("no HTTP", "\x16\x03\x01 rubbish\r\n\r\n", 400);
+        row("a header without an end", "GET / HTTP/1.1\r\n" + host + "X: " + QByteArray(20000, 'x'),
+            431);
+        row("a thousand fields",
+            "GET / HTTP/1.1\r\n" + host + QByteArray("X: y\r\n").repeated(5000) + "\r\n", 431);
+        row("a long path", "GET /" + QByteArray(20000, 'x'), 431);
+        row("a long body", "GET / HTTP/1.1\r\n" + host + "Content-Length: 1000000000\r\n\r\n", 413);
+        row("a length that is none", "GET / HTTP/1.1\r\n" + host + "Content-Length: x\r\n\r\n",
+            400);
+        row("up", get("/../secret.txt"), 404);
+        row("up, encoded", get("/%2e%2e/secret.txt"), 404);
+        row("up from a file", get("/transmission/3/file/../../../secret.txt"), 404);
+        row("a path of the system", get("//etc/passwd"), 404);
+        row("an address", get("http://localhost/"), 404);
+        row("no transmission", get("/transmission/999"), 404);
+        row("a transmission that is no number", get("/transmission/1'--"), 404);
+        row("a number that is too large", get("/transmission/99999999999999999999"), 404);
+        row("no file", get("/transmission/3/file/3"), 404);
+        row("a negative file", get("/transmission/3/file/-1"), 404);
+        row("a file elsewhere", get("/transmission/3/file/1"), 404);
+        row("a file elsewhere, by way of the folder", get("/transmission/3/file/2"), 404);
+        row("a time that is none", get("/search?since=yesterday"), 400);
+        row("a frequency that is none", get("/search?frequency=high"), 400);
+    }
+
+    void badRequestsAreRefused()
+    {
+        QFETCH(QByteArray, request);
+        QFETCH(int, status);
+        const auto served = site();
+        QCOMPARE(ask(*served, request).status, status);
+        QCOMPARE(ask(*served, get("/")).status, 200);
+    }
+
+    void whoSendsTooSlowlyIsDropped_data()
+    {
+        QTest::addColumn<QByteArray>("begin");
+        QTest::newRow("nothing") << QByteArray();
+        QTest::newRow("half a header") << QByteArray("GET / HTTP/1.1\r\nHost: loc");
+        QTest::newRow("a body that does not come")
+            << QByteArray("GET / HTTP/1.1\r\nHost: localhost\r\nContent-Length: 5\r\n\r\nab");
+    }
+
+    void whoSendsTooSlowlyIsDropped()
+    {
+        QFETCH(QByteArray, begin);
+        HttpSettings http = local();
+        http.requestTime = std::chrono::milliseconds(300);
+        const auto served = site({}, http);
+        const auto socket = connectTo(*served);
+        socket->write(begin);
+        QCOMPARE(readAll(*socket), QByteArray());
+        QCOMPARE(socket->state(), QAbstractSocket::UnconnectedState);
+        QTRY_COMPARE_WITH_TIMEOUT(served->server.connections(), 0, LONG_ms);
+    }
+
+    void aConnectionServesOneRequestAfterTheOther()
+    {
+        const auto served = site();
+        const auto socket = connectTo(*served);
+        const QByteArray request = "GET /icon.svg HTTP/1.1\r\nHost: localhost\r\n\r\n";
+        socket->write(request + request);
+        QByteArray bytes;
+        while (bytes.count("</svg>") < 2 && socket->waitForReadyRead(LONG_ms))
+            bytes += socket->readAll();
+        QCOMPARE(bytes.count("HTTP/1.1 200 OK"), 2);
+    }
+
+    void moreConnectionsThanAreAllowedAreClosed()
+    {
+        HttpSettings http = local();
+        http.mostConnections = 2;
+        const auto served = site({}, http);
+        const auto first = connectTo(*served);
+        const auto second = connectTo(*served);
+        QTRY_COMPARE_WITH_TIMEOUT(served->server.connections(), 2, LONG_ms);
+        const auto third = connectTo(*served);
+        QCOMPARE(readAll(*third), QByteArray());
+        first->disconnectFromHost();
+        QTRY_COMPARE_WITH_TIMEOUT(served->server.connections(), 1, LONG_ms);
+        QCOMPARE(ask(*served, get("/")).status, 200);
+    }
+
+    void thePasswordIsAskedFor()
+    {
+        PageSettings settings;
+        settings.passwordHash = hashOfPassword("räuberleiter: 7");
+        QVERIFY(isPasswordHash(settings.passwordHash));
+        const auto served = site(settings);
+        for (const char* const path : {"/", "/page.js", "/events", "/search", "/transmission/1"}) {
+            const Reply reply = ask(*served, get(path));
+            QCOMPARE(reply.status, 401);
+            QVERIFY(reply.head.contains("WWW-Authenticate: Basic"));
+        }
+        QCOMPARE(ask(*served, get("/", basic("wrong"))).status, 401);
+        QCOMPARE(ask(*served, get("/", basic(""))).status, 401);
+        QCOMPARE(ask(*served, get("/", basic(QByteArray(2000, 'x')))).status, 401);
+        QCOMPARE(ask(*served, get("/", "Host: localhost\r\nAuthorization: Basic ???\r\n")).status,
+                 401);
+        QCOMPARE(ask(*served, get("/", "Host: localhost\r\nAuthorization: Bearer x\r\n")).status,
+                 401);
+        QCOMPARE(ask(*served, get("/", basic("räuberleiter: 7"))).status, 200);
+        QCOMPARE(ask(*served, get("/", basic("räuberleiter: 7"))).status, 200);
+        QCOMPARE(ask(*served, get("/", basic("wrong"))).status, 401);
+    }
+
+    void hashesDifferAndOthersAreNone()
+    {
+        QVERIFY(hashOfPassword("a") != hashOfPassword("a"));
+        QCOMPARE(hashOfPassword(QByteArray(600, 'x')), QByteArray());
+        QVERIFY(!isPasswordHash("secret"));
+        QVERIFY(!isPasswordHash(""));
+        QVERIFY(!isPasswordHash("$nothing$of$this"));
+    }
+
+    void whatWasKeyedIsDataNeverMarkup()
+    {
+        const auto served = site();
+        const Reply reply = ask(*served, get("/search?words=DL0*"));
+        QCOMPARE(reply.status, 200);
+        QVERIFY(reply.head.contains("Content-Type: application/json"));
+        const QJsonArray found =
+            QJsonDocument::fromJson(reply.body).object().value("found").toArray();
+        QCOMPARE(found.size(), 1);
+        QCOMPARE(found[0].toObject().value("text").toString(), SCRIPT);
+    }
+
+    void theArchiveIsSearched_data()
+    {
+        QTest::addColumn<QByteArray>("query");
+        QTest::addColumn<int>("found");
+        QTest::newRow("all") << QByteArray("") << 3;
+        QTest::newRow("a word") << QByteArray("words=g3abc") << 1;
+        QTest::newRow("two words") << QByteArray("words=CQ+g3abc") << 1;
+        QTest::newRow("two words, encoded") << QByteArray("words=CQ%20g3abc") << 1;
+        QTest::newRow("a frequency") << QByteArray("frequency=7000-7040") << 3;
+        QTest::newRow("another frequency") << QByteArray("frequency=14000") << 0;
+        QTest::newRow("another time") << QByteArray("since=2026-01-01") << 0;
+        QTest::newRow("another station") << QByteArray("station=south") << 0;
+        QTest::newRow("few") << QByteArray("limit=2") << 2;
+        QTest::newRow("earlier ones") << QByteArray("before=2") << 1;
+        QTest::newRow("quotes") << QByteArray("words=%22%27%3B--") << 3;
+    }
+
+    void theArchiveIsSearched()
+    {
+        QFETCH(QByteArray, query);
+        QFETCH(int, found);
+        const auto served = site();
+        const Reply reply = ask(*served, get("/search?" + query));
+        QCOMPARE(reply.status, 200);
+        QCOMPARE(QJsonDocument::fromJson(reply.body).object().value("found").toArray().size(),
+                 found);
+    }
+
+    void aTransmissionAndItsFilesAreShown()
+    {
+        const auto served = site();
+        const Reply one = ask(*served, get("/transmission/3"));
+        QCOMPARE(one.status, 200);
+        const QJsonObject object = QJsonDocument::fromJson(one.body).object();
+        QCOMPARE(object.value("text").toString(), QString("WITH FILES"));
+        QCOMPARE(object.value("files").toArray().at(0).toString(), QString("heard here.txt"));
+        QVERIFY(!one.body.contains(m_folder.path().toUtf8()));
+        const Reply file = ask(*served, get("/transmission/3/file/0"));
+        QCOMPARE(file.status, 200);
+        QCOMPARE(file.body, QByteArray("content"));
+        QVERIFY(file.head.contains("filename=\"heard_here.txt\""));
+    }
+
+    void anArchiveThatIsAwayIsSaid()
+    {
+        LiveFeed live("north");
+        StationPage page({}, {live, "/dev/null/archive.db", m_folder.path()});
+        HttpRequest request;
+        request.method = "GET";
+        request.host = "localhost";
+        for (const char* const target : {"/search", "/transmission/1", "/transmission/1/file/0"}) {
+            request.target = target;
+            const HttpAnswer answer = page.answer(request);
+            QCOMPARE(answer.status, 503);
+            QVERIFY(!answer.body.contains("null"));
+        }
+    }
+
+    void whatGoesOnComesLive()
+    {
+        const auto served = site();
+        served->live.receivers({{"hf", "Morse", "running", "", 0}});
+        served->live.transmission(recordOf("BEFORE"));
+        const auto socket = connectTo(*served);
+        socket->write("GET /events HTTP/1.1\r\nHost: localhost\r\n\r\n");
+        QByteArray bytes;
+        QVERIFY(readUntil(*socket, "\"station\":\"north\"", bytes));
+        QVERIFY(bytes.contains("Content-Type: text/event-stream"));
+        QVERIFY(bytes.contains("event: state\ndata: "));
+        QVERIFY(bytes.contains("\"name\":\"hf\""));
+        QVERIFY(bytes.contains("BEFORE"));
+        bytes.clear();
+        for (const char c : QByteArray("CQ"))
+            served->live.heard("hf", {{"event", "character"}, {"text", QString(QChar(c))}});
+        served->live.heard("hf", {{"event", "word"}});
+        served->live.flush();
+        QVERIFY(readUntil(*socket, "\"text\":\"CQ \"", bytes));
+        QCOMPARE(bytes.count("event: signals"), 1);
+        served->live.transmission(recordOf(SCRIPT));
+        QVERIFY(readUntil(*socket, "\"start\":", bytes));
+        QVERIFY(bytes.contains("event: transmission\n"));
+        served->live.receivers({{"hf", "Morse", "down", "no tuner", 0}});
+        QVERIFY(readUntil(*socket, "no tuner", bytes));
+        served->live.receivers({});
+        QVERIFY(readUntil(*socket, "event: removed", bytes));
+    }
+
+    void signalsOfABandComeAndGo()
+    {
+        LiveFeed live("north");
+        live.receivers({{"band", "band", "running", "", 0}});
+        const QJsonObject found = {{"event", "signal"},
+                                   {"state", "found"},
+                                   {"number", 7},
+                                   {"frequency_Hz", 7025000.0},
+                                   {"snr_dB", 12.0}};
+        live.heard("band", found);
+        live.heard("band", {{"event", "text"}, {"number", 7}, {"text", "E"}});
+        const std::string state = live.subscribe()->take();
+        QVERIFY(state.find("\"frequency_Hz\":7025000") != std::string::npos);
+        const auto reader = live.subscribe();
+        reader->take();
+        live.heard("band", {{"event", "signal"}, {"state", "lost"}, {"number", 7}});
+        live.flush();
+        QVERIFY(reader->take().find("\"gone\":[7]") != std::string::npos);
+        QVERIFY(live.subscribe()->take().find("7025000") == std::string::npos);
+    }
+
+    void aReaderThatNeverReadsIsDroppedAndOthersMissNothing()
+    {
+        const auto served = site();
+        const QByteArray request = "GET /events HTTP/1.1\r\nHost: localhost\r\n\r\n";
+        const auto idle = connectTo(*served);
+        idle->setReadBufferSize(1);
+        idle->write(request);
+        QVERIFY(idle->waitForBytesWritten(LONG_ms));
+        const auto busy = connectTo(*served);
+        busy->write(request);
+        QByteArray bytes;
+        QVERIFY(readUntil(*busy, "event: state", bytes));
+        QTRY_COMPARE_WITH_TIMEOUT(served->server.connections(), 2, LONG_ms);
+        const QString filling(4000, 'x');
+        int sent = 0;
+        qint64 taken = 0;
+        while (served->server.connections() == 2) {
+            const QString text = QString::number(++sent) + filling;
+            served->live.transmission(recordOf(text));
+            bytes.clear();
+            QVERIFY(readUntil(*busy, "\"text\":\"" + QByteArray::number(sent) + "x", bytes));
+            taken += bytes.size();
+            QVERIFY2(taken < 100000000, "a reader that never reads is still there");
+        }
+        QVERIFY(sent > 1);
+    }
+
+    void aStreamIsBounded()
+    {
+        EventStream stream(10);
+        QVERIFY(stream.push("12345"));
+        QVERIFY(stream.push("67890"));
+        QCOMPARE(stream.take(), std::string("1234567890"));
+        QVERIFY(stream.push("12345"));
+        QVERIFY(!stream.push("678901"));
+        QVERIFY(stream.isClosed());
+        QCOMPARE(stream.take(), std::string());
+        QVERIFY(!stream.push("1"));
+    }
+
+    void aServerEndsWhileReadersLook()
+    {
+        auto served = site();
+        const auto socket = connectTo(*served);
+        socket->write("GET /events HTTP/1.1\r\nHost: localhost\r\n\r\n");
+        QByteArray bytes;
+        QVERIFY(readUntil(*socket, "event: state", bytes));
+        served.reset();
+        readAll(*socket);
+        QCOMPARE(socket->state(), QAbstractSocket::UnconnectedState);
+    }
+
+    void anAddressThatIsTakenIsReported()
+    {
+        const auto served = site();
+        HttpSettings http = local();
+        http.port = served->server.port();
+        const HttpServer second(http, served->page);
+        QVERIFY(!second.error().isEmpty());
+        QCOMPARE(ask(*served, get("/")).status, 200);
+    }
+
+    void aCertificateGivesTls()
+    {
+        const QString certificate = m_folder.filePath("certificate.pem");
+        const QString key = m_folder.filePath("key.pem");
+        QCOMPARE(
+            QProcess::execute("openssl", {"req", "-x509", "-newkey", "ec", "-pkeyopt",
+                                          "ec_paramgen_curve:prime256v1", "-nodes", "-subj",
+                                          "/CN=localhost", "-keyout", key, "-out", certificate}),
+            0);
+        HttpSettings http = local();
+        http.certificate = certificate;
+        http.key = key;
+        PageSettings settings;
+        settings.certificate = certificate;
+        const auto served = site(settings, http);
+        QSslSocket socket;
+        socket.setPeerVerifyMode(QSslSocket::VerifyNone);
+        socket.connectToHostEncrypted("127.0.0.1", static_cast<quint16>(served->server.port()));
+        QVERIFY2(socket.waitForEncrypted(LONG_ms), qPrintable(socket.errorString()));
+        socket.write(get("/", "Host: localhost\r\nOrigin: https://localhost\r\n"));
+        QCOMPARE(replyOf(readAll(socket)).status, 200);
+        // Whoever speaks no TLS gets nothing.
+        QCOMPARE(ask(*served, get("/")).status, 0);
+
+        http.key = m_folder.filePath("none.pem");
+        const HttpServer without(http, served->page);
+        QVERIFY(without.error().startsWith(http.key));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPage)
+#include "tst_page.moc"
