@@ -10,7 +10,10 @@ if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
         INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 endif()
 install(TARGETS morsehost COMPONENT program)
-install(DIRECTORY data/ DESTINATION ${CMAKE_INSTALL_DATADIR}/morsehandler COMPONENT program)
+install(DIRECTORY data/ DESTINATION ${CMAKE_INSTALL_DATADIR}/morsehandler COMPONENT program
+    PATTERN slurm EXCLUDE)
+install(PROGRAMS data/slurm/morsehost-cluster.sh
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/morsehandler/slurm COMPONENT program)
 install(FILES station/service/morsehost.service DESTINATION lib/systemd/system COMPONENT program)
 
 if(UNIX AND NOT APPLE)

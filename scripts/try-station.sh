@@ -1,8 +1,10 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# A station with a database of its own, which is killed and started again in the middle: ends with
-# status 0 only when each transmission that the station reported is in the archive, once. Needs the
-# package postgresql and a build; `try-station.sh BUILD` takes that one (default: build/dev).
+# A station with a database and a broker of its own, both of which are killed and started again in the
+# middle, and its page in a browser: ends with status 0 only when each transmission that the station
+# reported is in the archive, once, was told to the broker, and the page shows what it must. Needs the
+# packages postgresql, mosquitto, chromium and python3-websocket, and a build; `try-station.sh BUILD` takes
+# that one (default: build/dev). PICTURE names a file for a screenshot of the page.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -11,8 +13,10 @@ server=$(dirname "$(find /usr/lib/postgresql -name initdb | sort | tail -n 1)")
 work=$(mktemp -d)
 chmod 755 "$work"
 station=
+broker=
+listener=
 finish() {
-    [ -z "$station" ] || kill "$station" 2>/dev/null || true
+    for process in $station $broker $listener; do kill "$process" 2>/dev/null || true; done
     database stop -m immediate >/dev/null 2>&1 || true
     rm -rf "$work"
 }
@@ -48,11 +52,32 @@ url=postgresql://radio@127.0.0.1:$port/postgres
 echo "The archive's tests, in the database:"
 MORSEHANDLER_TEST_POSTGRESQL=$url "$build/bin/tst_archive" | tail -n 2 | head -n 1
 
+# A broker, and one that listens to it. Returns when both are there.
+brokerPort=$((port + 1))
+broker() {
+    printf 'listener %d 127.0.0.1\nallow_anonymous true\n' $brokerPort >"$work/broker.conf"
+    PATH=/usr/sbin:$PATH mosquitto -c "$work/broker.conf" >/dev/null 2>&1 &
+    broker=$!
+    until mosquitto_pub -h 127.0.0.1 -p $brokerPort -t ready -m 1 2>/dev/null; do read -rt 0.2 <> <(:) || true; done
+    mosquitto_sub -h 127.0.0.1 -p $brokerPort -t ready -t 'radio/try/receiver/+/transmission' >"$work/told$1" &
+    listener=$!
+    until grep -q ready "$work/told$1"; do
+        mosquitto_pub -h 127.0.0.1 -p $brokerPort -t ready -m ready
+        read -rt 0.2 <> <(:) || true
+    done
+}
+broker 1
+
+pagePort=$((port + 2))
 cat >"$work/station.ini" <<INI
 [station]
 name=try
 folder=$work/kept
 archive=$url
+[page]
+listen=127.0.0.1:$pagePort
+[mqtt]
+url=mqtt://127.0.0.1:$brokerPort/radio
 [receiver evening]
 file=$PWD/data/samples/evening.flac
 repeat=2
@@ -66,7 +91,10 @@ station=$!
 search() { "$build/bin/morsehost" search --archive "$url" --limit 100000 "$@"; }
 await 'GOOD EVENING' search
 await '73 DE OK2XYZ' cat "$work/station.log"
+PATH=/usr/bin:$PATH scripts/see-page.py "http://127.0.0.1:$pagePort/" "${PICTURE:-$work/page.png}" live running \
+    'the command ended with status 3' 'GOOD EVENING' && echo "The page shows what it must"
 database stop -m immediate >/dev/null
+kill -9 "$broker" "$listener"
 await 'are kept and sent later' cat "$work/station.log"
 before=$(grep -c 'GOOD EVENING' "$work/station.log")
 until [ "$(grep -c 'GOOD EVENING' "$work/station.log")" -gt $((before + 1)) ]; do
@@ -74,6 +102,11 @@ until [ "$(grep -c 'GOOD EVENING' "$work/station.log")" -gt $((before + 1)) ]; d
 done
 database start >/dev/null
 await 'works again' cat "$work/station.log"
+# It is not told anything before somebody listens.
+kill -STOP "$station"
+broker 2
+kill -CONT "$station"
+await 'mqtt: connected.*mqtt: connected' sh -c "grep mqtt: '$work/station.log' | tr '\n' ' '"
 await 'broken: down: the command ended with status 3' cat "$work/station.log"
 kill "$station"
 wait "$station"
@@ -82,5 +115,9 @@ station=
 grep -oP '(evening|overs): \K[A-Z0-9= ]+$' "$work/station.log" | sort >"$work/reported"
 search --json | grep -oP '"text":"\K[^"]*' | sort >"$work/archived"
 search --json | grep -oP '"(receiver|start)":"\K[^"]*' | paste - - | sort | uniq -d >"$work/twice"
+identities() { grep -oP '"(receiver|start)":"\K[^"]*' | paste - - | sort -u; }
+search --json | identities >"$work/archived-ones"
+cat "$work"/told[12] | identities >"$work/told-ones"
+diff "$work/archived-ones" "$work/told-ones" && echo "told to the broker $(wc -l <"$work/told-ones")"
 echo "reported $(wc -l <"$work/reported"), archived $(wc -l <"$work/archived"), twice $(wc -l <"$work/twice")"
 diff "$work/reported" "$work/archived" && [ ! -s "$work/twice" ] && [ -s "$work/reported" ]
