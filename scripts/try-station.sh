@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 # A station with a database and a broker of its own, both of which are killed and started again in the
 # middle, and its page in a browser: ends with status 0 only when each transmission that the station
-# reported is in the archive, once, was told to the broker, and the page shows what it must. Needs the
+# reported is in the archive, once, was reported to the broker, and the page shows what it must. Needs the
 # packages postgresql, mosquitto, chromium and python3-websocket, and a build; `try-station.sh BUILD` takes
 # that one (default: build/dev). PICTURE names a file for a screenshot of the page.
 set -euo pipefail
@@ -59,9 +59,9 @@ broker() {
     PATH=/usr/sbin:$PATH mosquitto -c "$work/broker.conf" >/dev/null 2>&1 &
     broker=$!
     until mosquitto_pub -h 127.0.0.1 -p $brokerPort -t ready -m 1 2>/dev/null; do read -rt 0.2 <> <(:) || true; done
-    mosquitto_sub -h 127.0.0.1 -p $brokerPort -t ready -t 'radio/try/receiver/+/transmission' >"$work/told$1" &
+    mosquitto_sub -h 127.0.0.1 -p $brokerPort -t ready -t 'radio/try/receiver/+/transmission' >"$work/sent$1" &
     listener=$!
-    until grep -q ready "$work/told$1"; do
+    until grep -q ready "$work/sent$1"; do
         mosquitto_pub -h 127.0.0.1 -p $brokerPort -t ready -m ready
         read -rt 0.2 <> <(:) || true
     done
@@ -102,7 +102,7 @@ until [ "$(grep -c 'GOOD EVENING' "$work/station.log")" -gt $((before + 1)) ]; d
 done
 database start >/dev/null
 await 'works again' cat "$work/station.log"
-# It is not told anything before somebody listens.
+# Nothing is sent before somebody listens.
 kill -STOP "$station"
 broker 2
 kill -CONT "$station"
@@ -117,7 +117,7 @@ search --json | grep -oP '"text":"\K[^"]*' | sort >"$work/archived"
 search --json | grep -oP '"(receiver|start)":"\K[^"]*' | paste - - | sort | uniq -d >"$work/twice"
 identities() { grep -oP '"(receiver|start)":"\K[^"]*' | paste - - | sort -u; }
 search --json | identities >"$work/archived-ones"
-cat "$work"/told[12] | identities >"$work/told-ones"
-diff "$work/archived-ones" "$work/told-ones" && echo "told to the broker $(wc -l <"$work/told-ones")"
+cat "$work"/sent[12] | identities >"$work/sent-ones"
+diff "$work/archived-ones" "$work/sent-ones" && echo "sent to the broker $(wc -l <"$work/sent-ones")"
 echo "reported $(wc -l <"$work/reported"), archived $(wc -l <"$work/archived"), twice $(wc -l <"$work/twice")"
 diff "$work/reported" "$work/archived" && [ ! -s "$work/twice" ] && [ -s "$work/reported" ]

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Where a station tells what goes on: its page, a broker.
+// Where a station reports what goes on: its page, a broker.
 #pragma once
 
 #include <QJsonObject>

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int MAX_LINE_BYTES = 1024;
 
-// Whoever looks over a shoulder does not see what is typed.
+// A person who looks over a shoulder does not see what is typed.
 class HiddenTyping
 {
 public:

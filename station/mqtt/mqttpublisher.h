@@ -32,11 +32,11 @@ QString mqttUrlFault(const QString& url);
 ///   receiver/NAME/state           an object: state, problem, decoder, bytes_lost; retained
 ///   receiver/NAME/transmission    the object of each transmission, with its key
 /// Each transmission is on disk before `transmission` returns, and leaves it when the broker has
-/// confirmed it: in order, and at least once. The same key tells a repetition.
+/// confirmed it: in order, and at least once. The same key shows a repetition.
 class MqttPublisher : public Publisher
 {
 public:
-    /// Told from the publisher's thread: that it is connected, or why not.
+    /// Called from the publisher's thread: that it is connected, or why not.
     using Report = std::function<void(const QString& line)>;
 
     MqttPublisher(const MqttSettings& settings, Report report);

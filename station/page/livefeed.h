@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What goes on at the station now, for whoever looks at it: the whole state for one who comes, then
-// what changes.
+// What goes on at the station now, for those who look at it: the whole state for one who comes,
+// then what changes.
 #pragma once
 
 #include "station/archive/record.h"
@@ -20,7 +20,7 @@
 
 namespace morsehost {
 
-/// As a Publisher is told, but from any thread. What is kept is bounded: signals of a receiver,
+/// Called as a Publisher is, but from any thread. What is kept is bounded: signals of a receiver,
 /// last words of a signal, the latest transmissions.
 class LiveFeed
 {

@@ -14,7 +14,7 @@ namespace morsehost {
 class PagePublisher : public Publisher
 {
 public:
-    /// Told from the station's thread, once each: an error, or where the page is.
+    /// Called from the station's thread, once each: an error, or where the page is.
     using Report = std::function<void(const QString& line)>;
 
     PagePublisher(const PageSettings& settings, const QString& station, const QString& archive,

@@ -33,7 +33,7 @@ StationService::StationService(const QString& program, QObject* parent)
         changeDay();
         keepWithinLimits();
         keepUnsent();
-        tellPublishers();
+        notifyPublishers();
     });
     connect(&m_tick, &QTimer::timeout, this, [this] {
         for (Publisher* const publisher : m_publishers)
@@ -115,11 +115,11 @@ bool StationService::configure(const StationConfiguration& configuration, QStrin
                 QStringLiteral("%1: %2%3")
                     .arg(source->settings().name, stateName(source->state()),
                          problem.isEmpty() ? QString() : QStringLiteral(": ") + problem));
-            tellPublishers();
+            notifyPublishers();
         });
         source->start();
     }
-    tellPublishers();
+    notifyPublishers();
     m_daily.start(LOOK_ms);
     m_tick.start(TICK_ms);
     return true;
@@ -154,7 +154,7 @@ void StationService::configurePublishers(const StationConfiguration& before)
     }
 }
 
-void StationService::tellPublishers()
+void StationService::notifyPublishers()
 {
     std::vector<ReceiverFacts> all;
     for (const auto& [name, receiver] : m_receivers) {

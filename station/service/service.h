@@ -48,7 +48,7 @@ Q_SIGNALS:
 private:
     void take(const Receiver& receiver, const QJsonObject& object);
     void configurePublishers(const StationConfiguration& before);
-    void tellPublishers();
+    void notifyPublishers();
     void keepUnsent();
     void show(const Receiver& receiver, const QByteArray& samples);
     void changeDay();

@@ -559,7 +559,7 @@ private Q_SLOTS:
         QVERIFY2(socket.waitForEncrypted(LONG_ms), qPrintable(socket.errorString()));
         socket.write(get("/", "Host: localhost\r\nOrigin: https://localhost\r\n"));
         QCOMPARE(replyOf(readAll(socket)).status, 200);
-        // Whoever speaks no TLS gets nothing.
+        // A client that speaks no TLS gets nothing.
         QCOMPARE(ask(*served, get("/")).status, 0);
 
         http.key = m_folder.filePath("none.pem");
