@@ -286,49 +286,68 @@ private:
         auto rival =
             std::make_unique<Follower>(guess(*found), m_rate_Hz, now - span, m_settings, m_sink);
         rival->process(m_history, m_finder);
-        if (!rival->chain().confirmed() || rival->chain().verdict() != MorseJudge::Verdict::Morse)
+        if (!rival->chain().confirmed() || rival->chain().verdict() != MorseJudge::Verdict::Morse ||
+            isOneOfSeveral(rival->chain()) || m_finder.hasComplement(found->tone_Hz, frames))
             return;
         m_candidate = std::move(rival);
         m_candidateSince = now - span;
         promote();
     }
 
-    // What is no Morse is left alone for a while, so that something else can be heard.
-    void refuse(double tone_Hz)
+    // What is no Morse is left alone for a while, so that something else can be heard. Lengths say
+    // the more, the more of them were heard.
+    void refuse(const SignalChain& chain, bool isOneOfSeveral)
     {
         if (m_refused.size() == MOST_REFUSED)
             m_refused.pop_front();
-        m_refused.push_back({tone_Hz, m_history.end() + samplesIn(attention().refused_s)});
+        const double refused_s = isOneOfSeveral
+                                     ? attention().refused_s
+                                     : std::min(attention().refused_s,
+                                                attention().refusedPerMark_s * chain.judgedMarks());
+        m_refused.push_back({chain.tone_Hz(), m_history.end() + samplesIn(refused_s)});
     }
 
-    // Lengths that are no Morse, or two tones in turn at a teleprinter's rate.
-    bool isNoMorse(const SignalChain& chain) const
+    // Two tones in turn at a teleprinter's rate, or more than two at any.
+    bool isOneOfSeveral(const SignalChain& chain) const
     {
-        return chain.verdict() == MorseJudge::Verdict::Other ||
-               (chain.unit_s() < attention().teleprinterUnit_s &&
-                m_finder.frames() % hopsOf(attention().searchEvery_s) == 0 &&
-                m_finder.hasComplement(chain.tone_Hz(), framesIn(attention().search_s)));
+        if (m_finder.frames() % hopsOf(attention().searchEvery_s) != 0)
+            return false;
+        const std::int64_t frames = framesIn(attention().search_s);
+        return m_finder.hasComplement(chain.tone_Hz(), frames)
+                   ? chain.unit_s() < attention().teleprinterUnit_s
+                   : m_finder.takesTurns(chain.tone_Hz(), frames);
     }
 
     void dropWhatIsNoMorse()
     {
-        while (!m_refused.empty() && m_refused.front().until_sample <= m_history.end())
-            m_refused.pop_front();
-        if (m_active && isNoMorse(m_active->chain())) {
-            m_active->chain().finish();
-            m_heardUntil = m_history.end();
-            refuse(m_active->chain().tone_Hz());
-            m_active.reset();
+        const std::int64_t now = m_history.end();
+        m_refused.erase(
+            std::remove_if(m_refused.begin(), m_refused.end(),
+                           [now](const Refused& refused) { return refused.until_sample <= now; }),
+            m_refused.end());
+        if (m_active) {
+            const SignalChain& chain = m_active->chain();
+            const bool isOne = isOneOfSeveral(chain);
+            if (isOne || chain.verdict() == MorseJudge::Verdict::Other) {
+                m_active->chain().finish();
+                m_heardUntil = now;
+                refuse(chain, isOne);
+                m_active.reset();
+            }
         }
         if (!m_candidate || !m_candidate->chain().confirmed())
             return;
-        const bool isOther = isNoMorse(m_candidate->chain());
-        const std::int64_t heard = m_history.end() - m_candidate->firstMark_sample();
-        if (isOther || heard > samplesIn(attention().unsure_s)) {
-            if (isOther)
-                refuse(m_candidate->chain().tone_Hz());
+        const SignalChain& chain = m_candidate->chain();
+        const bool isOne = isOneOfSeveral(chain);
+        // Lengths are odd at a wrong speed as well.
+        const bool isOdd =
+            chain.verdict() == MorseJudge::Verdict::Other &&
+            (chain.margin() > attention().sureMargin || chain.judgedMarks() > attention().oddMarks);
+        if (isOne || isOdd)
+            refuse(chain, isOne);
+        if (isOne || isOdd ||
+            now - m_candidate->firstMark_sample() > samplesIn(attention().unsure_s))
             m_candidate.reset();
-        }
     }
 
     // The strongest keyed tone where one may be.
@@ -409,7 +428,7 @@ private:
         double tone_Hz;
         std::int64_t until_sample;
     };
-    std::deque<Refused> m_refused; // in order of time
+    std::deque<Refused> m_refused; // the oldest first
 };
 
 Demodulator::Demodulator(const Settings& settings, SymbolSink& sink, Observer* observer)

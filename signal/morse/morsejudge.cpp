@@ -44,7 +44,7 @@ bool MorseJudge::isMore(double count, double share, double deviations) const
     return count > 0.5 + expected + deviations * std::sqrt(expected * (1.0 - share));
 }
 
-bool MorseJudge::isOdd(double deviations) const
+bool MorseJudge::isOdd(double deviations, double mostAlone) const
 {
     // Squares of normal deviations scatter by sqrt(2 / n) of their mean.
     const double allowed = m_parameters.mostDotDeviation_units *
@@ -53,16 +53,19 @@ bool MorseJudge::isOdd(double deviations) const
     return isMore(m_between, m_parameters.mostBetween, deviations) ||
            isMore(m_long, m_parameters.mostLong, deviations) ||
            isMore(m_foreign, m_parameters.mostForeign, deviations) ||
-           isMore(m_marks - m_innerGaps, m_parameters.mostAlone, deviations) ||
+           isMore(m_marks - m_innerGaps, mostAlone, deviations) ||
            m_dotSquares - m_dotLengths * m_dotLengths / std::max(1.0, m_dots) > allowed;
 }
 
 MorseJudge::Verdict MorseJudge::verdict() const
 {
-    if (m_marks >= m_parameters.leastMarks && isOdd(m_parameters.deviations))
+    if (m_marks >= m_parameters.leastMarks &&
+        isOdd(m_parameters.deviations, m_parameters.mostAlone))
         return Verdict::Other;
+    const double mostAlone =
+        m_marks < m_parameters.leastMarks ? m_parameters.usuallyAlone : m_parameters.mostAlone;
     // Dots alone are what a row of equal tones looks like.
-    if (!(m_innerGaps > 0.0) || !(m_dashes > 0.0) || isOdd(0.0))
+    if (!(m_innerGaps > 0.0) || !(m_dashes > 0.0) || isOdd(0.0, mostAlone))
         return Verdict::Unsure;
     return m_dots > 0.0 ? Verdict::Morse : Verdict::Dashes;
 }

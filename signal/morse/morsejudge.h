@@ -28,10 +28,12 @@ public:
         Other,  ///< so many marks do not belong in Morse that it is no chance
     };
     Verdict verdict() const;
+    /// Marks that were judged; older ones count less.
+    double marks() const { return m_marks; }
 
 private:
     bool isMore(double count, double share, double deviations) const;
-    bool isOdd(double deviations) const;
+    bool isOdd(double deviations, double mostAlone) const;
 
     JudgeParameters m_parameters;
     // Counts that forget.

@@ -81,6 +81,10 @@ struct BurstParameters
 {
     double burst = 4.0;  ///< times the usual power beside the tone (rows: static, clicks)
     double muted = 0.01; ///< of it: a squelch is no measure of what is usual
+    // Where noise is heard otherwise, a moment without any was lost on the way and says nothing:
+    // no longer than this, and no more often than in this share of time (row: holes).
+    double longestLoss_s = 0.05;
+    double mostLost = 0.1;
     // Noise of a moment in the past counts as it was then when it was so much more than now (rows:
     // noise that falls).
     double formerNoise = 1.5;
@@ -235,7 +239,14 @@ struct TrellisParameters
 struct DecisionParameters
 {
     double review_s = 0.032; ///< decisions are looked at so often
-    double delay_s = 0.9;    ///< what is older is decided (rows: snr-3, and delay)
+    // What is older is decided (rows: snr-3, and delay). Of a signal whose dots have more energy
+    // over noise density than this, and whose speed is sure by this margin, in proportion less, but
+    // not less than these (rows: jumps, static, scatter).
+    double delay_s = 0.9;
+    double strongDot = 100.0;
+    double sureMargin = 40.0;
+    double leastDelay_s = 0.28;
+    double leastDelay_units = 5.0;
     // Log likelihood of keying over noise that makes a signal a signal: noise reaches it once in
     // e^25 tries, with some hundred tries a second (rows: noise).
     double confirmingGain = 25.0;
@@ -259,11 +270,19 @@ struct JudgeParameters
     // keys one mark of fourteen between dot and dash, a teleprinter one of four.
     double mostBetween = 0.1;
     double mostLong = 0.03;
-    double mostForeign = 0.25;
-    double mostAlone = 0.7; ///< after a gap that is not within a character
+    double mostForeign = 0.1;
+    // Of marks after a gap that is not within a character: notes and syllables are mostly alone, of
+    // text two in five marks are. While few were heard, more than usual is not believed.
+    double mostAlone = 0.7;
+    double usuallyAlone = 0.5;
     double mostDotDeviation_units = 0.28;
     double resolution_steps = 1.0; ///< deviation of a length that the grid of steps adds
     double deviations = 1.5;       ///< of a count that chance may add to these
+    // Tones of a voice and of instruments glide; one mark's tone is known to within an error that
+    // noise makes, and counts as another's when it is so far off and so many errors more (rows:
+    // speech, music; wobble5 and settle30 for too little).
+    double strayTone_Hz = 8.0;
+    double strayErrors = 4.0;
     double leastMarks = 10.0;
     double memory_marks = 60.0;
 };
@@ -309,9 +328,12 @@ struct AttentionParameters
     double mostCompared_s = 6.0;
     double compareEvery_s = 1.536;
     double otherTone_Hz = 40.0;
-    // A tone that was no Morse is left alone for so long (rows: rtty10, speech10); a candidate
+    // A tone that was no Morse is left alone for so long for each mark that was judged, and at most
+    // for so long (rows: rtty10, speech10; wpm6 for too long); a candidate
     // that stays without dots, dashes or company is given up after so long, and given at the end of
     // the input only when it is shorter than so many marks (rows: time pips, dialling tones).
+    double oddMarks = 20.0; ///< that are so many are odd at any speed
+    double refusedPerMark_s = 1.5;
     double refused_s = 30.0;
     double unsure_s = 7.0;
     int loneMarks = 4;

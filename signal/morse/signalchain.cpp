@@ -135,12 +135,25 @@ void SignalChain::review(bool last)
     follow(heardMarks(path, isForeign));
     if (m_state != State::Confirmed || !m_released)
         return;
-    const std::int64_t until = last ? now : now - steps(m_parameters.decision.delay_s);
     const Level& level = m_likelihood.level();
+    const std::int64_t until = last ? now : now - steps(delay_s(level));
     m_decider.give(path, isForeign, now, until,
                    {m_tone_Hz, IN_500_Hz * level.signal / level.noise});
     if (m_classifier.lastMarkEnd_us() > 0 && !m_classifier.active())
         m_state = State::Ended;
+}
+
+// How long a later mark may still change what was heard.
+double SignalChain::delay_s(const Level& level) const
+{
+    const DecisionParameters& decision = m_parameters.decision;
+    if (m_margin < decision.sureMargin)
+        return decision.delay_s;
+    const double dot = level.signal * level.dot_steps / std::max(level.noise, 1e-30);
+    const double least =
+        std::max(decision.leastDelay_s, decision.leastDelay_units * m_unit_steps * m_step_s);
+    return std::clamp(decision.delay_s * decision.strongDot / dot,
+                      std::min(least, decision.delay_s), decision.delay_s);
 }
 
 // What the path says of the signal as a whole.
@@ -170,10 +183,11 @@ void SignalChain::look(const Path& path, const std::vector<bool>& isForeign)
         m_carrierUntil = m_likelihood.end();
 }
 
-// Marks that are old enough are counted once; those of the last seconds as the path has them now.
+// Of a signal that is given, marks that are decided are counted once; all others as the path has
+// them now, since at another speed they were others.
 void SignalChain::judge(const Path& path, const std::vector<bool>& isForeign)
 {
-    const std::int64_t settled = m_likelihood.end() - steps(m_parameters.tone.span_s);
+    const std::int64_t settled = m_likelihood.end() - steps(m_parameters.decision.delay_s);
     MorseJudge all = m_judge;
     std::int64_t judged = m_judged;
     double gap_units = 0.0;
@@ -187,14 +201,15 @@ void SignalChain::judge(const Path& path, const std::vector<bool>& isForeign)
         }
         if ((segment.begin_step + segment.end_step) / 2 < judged)
             continue;
-        all.mark({units, segment.unit_steps, gap_units, isForeign[i]});
+        all.mark({units, segment.unit_steps, gap_units, isForeign[i] || strays(segment)});
         judged = segment.end_step;
-        if (segment.end_step < settled) {
+        if (m_released && segment.end_step < settled) {
             m_judge = all;
             m_judged = judged;
         }
     }
     m_verdict = all.verdict();
+    m_judgedMarks = all.marks();
 }
 
 // The marks of the path that have ended and are recent enough to matter.
@@ -260,14 +275,32 @@ void SignalChain::follow(std::vector<HeardMark> marks)
                           estimate.concentration);
 }
 
+// How far its own tone is from the one expected.
+double SignalChain::offset_Hz(const Segment& mark) const
+{
+    if (m_likelihood.end() - mark.begin_step > MarkLikelihood::KEPT_STEPS / 2)
+        return 0.0;
+    const std::complex<double> turn = m_likelihood.advance(mark.begin_step, mark.end_step, 1);
+    return std::arg(turn) / (TWO_PI * m_step_s);
+}
+
 // Belongs to another signal, whose tone is far off.
 bool SignalChain::foreign(const Segment& mark) const
 {
-    if (m_likelihood.end() - mark.begin_step > MarkLikelihood::KEPT_STEPS / 2)
-        return false;
-    const std::complex<double> turn = m_likelihood.advance(mark.begin_step, mark.end_step, 1);
-    const double offset_Hz = std::arg(turn) / (TWO_PI * m_step_s);
-    return std::fabs(offset_Hz) > m_parameters.tone.foreign_Hz;
+    return std::fabs(offset_Hz(mark)) > m_parameters.tone.foreign_Hz;
+}
+
+// Its tone is farther off than that of a transmitter may be, and than noise explains.
+bool SignalChain::strays(const Segment& mark) const
+{
+    const Level& level = m_likelihood.level();
+    const double ratio = level.signal / std::max(level.noise, 1e-30);
+    const auto length = static_cast<double>(mark.end_step - mark.begin_step);
+    // Deviation of the angle between two steps, averaged over a mark.
+    const double error = std::sqrt((1.0 + 0.5 / ratio) / (ratio * length));
+    const double error_Hz = error / (TWO_PI * m_step_s);
+    return std::fabs(offset_Hz(mark)) >
+           m_parameters.judge.strayTone_Hz + m_parameters.judge.strayErrors * error_Hz;
 }
 
 } // namespace demodulator

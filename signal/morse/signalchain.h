@@ -61,6 +61,8 @@ public:
     bool confirmed() const { return m_state != State::Listening; }
     /// Whether what was heard of late is Morse.
     MorseJudge::Verdict verdict() const { return m_verdict; }
+    /// Marks that the verdict rests on; older ones count less.
+    double judgedMarks() const { return m_judgedMarks; }
     /// Marks of the path found so far; once confirmed, those of the last seconds.
     std::int64_t marks() const { return m_marks; }
     /// Log likelihood of its speed over all others.
@@ -96,11 +98,14 @@ private:
     std::size_t slot(std::int64_t step) const;
     void setLevel(double signal, double noise);
     void review(bool last);
+    double delay_s(const Level& level) const;
     void look(const Path& path, const std::vector<bool>& isForeign);
     std::vector<HeardMark> heardMarks(const Path& path, const std::vector<bool>& isForeign) const;
     void judge(const Path& path, const std::vector<bool>& isForeign);
     void follow(std::vector<HeardMark> marks);
+    double offset_Hz(const Segment& mark) const;
     bool foreign(const Segment& mark) const;
+    bool strays(const Segment& mark) const;
 
     Parameters m_parameters;
     MarkLikelihood m_likelihood;
@@ -122,6 +127,7 @@ private:
     std::int64_t m_marks = 0;
     double m_margin = 0.0;
     MorseJudge::Verdict m_verdict = MorseJudge::Verdict::Unsure;
+    double m_judgedMarks = 0.0;
     // Of marks that a later path does not reach back to.
     MorseJudge m_judge;
     std::int64_t m_judged = 0;  // end of the last of them

@@ -14,6 +14,10 @@ namespace {
 constexpr double LOWEST_Hz = 60.0; // below that, a filter's edge and hum
 // The power of noise in a bin is exponentially distributed: so much of its mean is its median.
 constexpr double MEDIAN_OF_POWER = 0.693;
+// Tones in turn: what all others lose when ours comes, in variance at least and at most, and how
+// opposite they are to it.
+constexpr double LEAST_SWAP = 0.3;
+constexpr double IN_TURN = 0.6;
 
 // The value below which one in so many lies.
 double quantile(std::vector<float>& values, std::size_t oneIn)
@@ -115,6 +119,40 @@ bool ToneFinder::hasComplement(double tone_Hz, std::int64_t count) const
             return true;
     }
     return false;
+}
+
+bool ToneFinder::takesTurns(double tone_Hz, std::int64_t count) const
+{
+    count = m_spectra.available(count);
+    if (count < 4)
+        return false;
+    const std::size_t first = binOf(LOWEST_Hz);
+    const std::size_t last = binOf(HIGHEST_TONE_SHARE * m_rate_Hz);
+    const std::size_t below = binOf(tone_Hz - m_parameters.noiseNearest_Hz);
+    const std::size_t above = binOf(tone_Hz + m_parameters.noiseNearest_Hz);
+    double ownSum = 0.0;
+    double ownSquares = 0.0;
+    double restSum = 0.0;
+    double restSquares = 0.0;
+    double products = 0.0;
+    for (std::int64_t age = 0; age < count; ++age) {
+        const float* powers = m_spectra.frame(age);
+        double own = 0.0;
+        double rest = 0.0;
+        for (std::size_t bin = first; bin <= last; ++bin)
+            (bin > below && bin < above ? own : rest) += static_cast<double>(powers[bin]);
+        ownSum += own;
+        ownSquares += own * own;
+        restSum += rest;
+        restSquares += rest * rest;
+        products += own * rest;
+    }
+    const auto frames = static_cast<double>(count);
+    const double ownVariance = ownSquares - ownSum * ownSum / frames;
+    const double restVariance = restSquares - restSum * restSum / frames;
+    const double common = products - ownSum * restSum / frames;
+    return restVariance > LEAST_SWAP * ownVariance && restVariance < ownVariance / LEAST_SWAP &&
+           common < -IN_TURN * std::sqrt(ownVariance * restVariance);
 }
 
 double ToneFinder::noiseNear(double tone_Hz, std::int64_t count) const

@@ -51,6 +51,10 @@ public:
     /// Whether another tone is on whenever this one is off, as with frequency shift keying.
     bool hasComplement(double tone_Hz, std::int64_t count) const;
 
+    /// Whether this tone is one of several that take turns, so that the power of all together stays
+    /// the same.
+    bool takesTurns(double tone_Hz, std::int64_t count) const;
+
     /// Noise power of one sample as ToneCandidate::noise, near any tone, over the newest frames.
     double noiseNear(double tone_Hz, std::int64_t count) const;
 
