@@ -270,18 +270,18 @@ struct JudgeParameters
     // keys one mark of fourteen between dot and dash, a teleprinter one of four.
     double mostBetween = 0.1;
     double mostLong = 0.03;
-    double mostForeign = 0.1;
+    double mostForeign = 0.25;
     // Of marks after a gap that is not within a character: notes and syllables are mostly alone, of
     // text two in five marks are. While few were heard, more than usual is not believed.
     double mostAlone = 0.7;
-    double usuallyAlone = 0.5;
+    double usuallyAlone = 0.7;
     double mostDotDeviation_units = 0.28;
     double resolution_steps = 1.0; ///< deviation of a length that the grid of steps adds
     double deviations = 1.5;       ///< of a count that chance may add to these
     // Tones of a voice and of instruments glide; one mark's tone is known to within an error that
     // noise makes, and counts as another's when it is so far off and so many errors more (rows:
     // speech, music; wobble5 and settle30 for too little).
-    double strayTone_Hz = 8.0;
+    double strayTone_Hz = 30.0;
     double strayErrors = 4.0;
     double leastMarks = 10.0;
     double memory_marks = 60.0;
