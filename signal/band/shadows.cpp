@@ -59,9 +59,9 @@ double Shadows::ghostAt(double tone_Hz, double frequency_Hz) const
 double Shadows::mirrored(std::int64_t frame, double mirror_Hz, double noise) const
 {
     const std::int64_t last = m_survey.end() - 1;
+    const std::int64_t first = std::max<std::int64_t>(0, last - COMPARED_FRAMES + 1);
     double power = 0.0;
-    for (std::int64_t near = std::max(frame - 1, last - COMPARED_FRAMES + 1);
-         near <= std::min(frame + 1, last); ++near)
+    for (std::int64_t near = std::max(frame - 1, first); near <= std::min(frame + 1, last); ++near)
         power = std::max(power, m_survey.power(near, mirror_Hz));
     return MARGIN * std::max(0.0, power - noise);
 }

@@ -15,7 +15,7 @@ namespace {
 constexpr double PI = 3.14159265358979323846;
 constexpr std::size_t SIZE = 2048;
 constexpr double ROWS_A_SECOND = 4.0;
-constexpr double LOWEST_dB = -140.0;
+constexpr double LOWEST_dB = -127.0; // so that full scale is the highest that a byte holds
 constexpr double STEPS_A_dB = 2.0;
 constexpr double SILENCE = 1e-14;
 

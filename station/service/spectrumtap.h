@@ -22,7 +22,7 @@ public:
 
     /// Rows that these bytes complete: "event" spectrum, "low_Hz" and "high_Hz" of its edges, "of"
     /// whether those are "frequency_Hz" or "tone_Hz", and "levels", the lowest frequency first, as
-    /// bytes in Base64: half decibels above -140 dB, a tone of full scale being 0 dB.
+    /// bytes in Base64: half decibels above -127 dB, a tone of full scale being 0 dB.
     std::vector<QJsonObject> hear(const QByteArray& bytes);
 
 private:

@@ -145,7 +145,13 @@ public:
 
     void fail(const QString& text, const char* key = "")
     {
-        m_faults.push_back({m_lines.of(m_section, QLatin1String(key)), text});
+        const ConfigurationFault fault = {m_lines.of(m_section, QLatin1String(key)), text};
+        const auto isSame = [&fault](const ConfigurationFault& other) {
+            return other.line == fault.line && other.text == fault.text;
+        };
+        // A key that serves two purposes is read twice.
+        if (std::none_of(m_faults.begin(), m_faults.end(), isSame))
+            m_faults.push_back(fault);
     }
 
     QString text(const char* key)
