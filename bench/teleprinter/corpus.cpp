@@ -248,6 +248,18 @@ const std::vector<Condition>& conditions()
                     machine.stop_bits = 1.0;
                     path.shift_Hz = 200.0;
                 }),
+        changed("ascii150", "ASCII, 150 Bd, 170 Hz, 7 bits, +15 dB", 15.0,
+                [](Machine& machine, TonePath&) {
+                    machine.code = TeleprinterCode::Ascii7;
+                    machine.baud = 150.0;
+                    machine.stop_bits = 1.0;
+                }),
+        changed("ascii200", "ASCII, 200 Bd, 170 Hz, 8 bits, +15 dB", 15.0,
+                [](Machine& machine, TonePath&) {
+                    machine.code = TeleprinterCode::Ascii8;
+                    machine.baud = 200.0;
+                    machine.stop_bits = 1.0;
+                }),
         changed("sitor6", "Sitor-B, +6 dB", 6.0,
                 [](Machine& machine, TonePath&) {
                     machine.code = TeleprinterCode::SitorB;

@@ -54,6 +54,7 @@ struct Options
     std::string text; ///< file of a text to send in place of those of the corpus
     double hours = 0.2;
     bool show = false;
+    teleprinter::Parameters parameters;
     std::vector<std::string> others; // directory, or NAME=COMMAND
 };
 
@@ -75,9 +76,10 @@ double processor_s(int who)
     return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
-TextList receive(const std::vector<float>& samples, Cost& cost)
+TextList receive(const std::vector<float>& samples, const Options& options, Cost& cost)
 {
     teleprinter::Settings settings;
+    settings.parameters = options.parameters;
     settings.sampleRate_Hz = teleprinterbench::RATE_Hz;
     TextList sink;
     const double begin_s = processor_s(RUSAGE_SELF);
@@ -92,6 +94,16 @@ TextList receive(const std::vector<float>& samples, Cost& cost)
     cost.processor_s += processor_s(RUSAGE_SELF) - begin_s;
     cost.signal_s += static_cast<double>(samples.size()) / teleprinterbench::RATE_Hz;
     return sink;
+}
+
+void showLines(const TextList& heard)
+{
+    for (std::size_t i = 0; i < heard.lines.size(); ++i) {
+        const teleprinter::Line& line = heard.lines[i];
+        std::printf("line at %.1f s: %d data bits, %.2f Bd, %.1f Hz about %.1f Hz, %s\n",
+                    heard.found_s[i], line.kind.dataBits, line.baud, line.shift_Hz(),
+                    line.centre_Hz(), line.isReversed() ? "reversed" : "normal");
+    }
 }
 
 std::string replaced(std::string command, const std::string& what, const std::string& with)
@@ -195,16 +207,12 @@ int measure(const Options& options)
         double latest_s = 0.0;
         std::size_t transmissions = 0;
         forAll(options, condition, [&](const Recording& recording) {
-            const TextList heard = receive(recording.samples, cost);
+            const TextList heard = receive(recording.samples, options, cost);
             rates.each.push_back(100.0 * teleprinterbench::errorRate(recording.sent, heard.text));
             latest_s = std::max(latest_s, heard.found_s.empty() ? 999.0 : heard.found_s.front());
             transmissions += heard.lines.size();
             if (options.show) {
-                for (const teleprinter::Line& line : heard.lines)
-                    std::printf("line %.2f Bd, %.1f Hz, centre %.1f Hz (sent %.1f), %s\n",
-                                line.baud, line.shift_Hz(), line.centre_Hz(),
-                                recording.path.centre_Hz,
-                                line.isReversed() ? "reversed" : "normal");
+                showLines(heard);
                 std::printf("sent %s\n", recording.sent.c_str());
                 std::printf("got  %s\n", heard.text.c_str());
             }
@@ -231,14 +239,20 @@ int silence(const Options& options)
     std::printf("| what | minutes | transmissions | characters | times real time |\n"
                 "|---|---:|---:|---:|---:|\n");
     for (const teleprinterbench::Other& other : teleprinterbench::others()) {
+        if (other.title.find(options.only) == std::string::npos)
+            continue;
         Cost cost;
         std::size_t transmissions = 0;
         std::size_t characters = 0;
         const auto pieces = static_cast<std::size_t>(std::ceil(options.hours * 3600.0 / PIECE_s));
         for (const std::string& seed : reception::seeds(options.set, pieces)) {
-            const TextList heard = receive(other.make(PIECE_s, seed), cost);
+            const TextList heard = receive(other.make(PIECE_s, seed), options, cost);
             transmissions += heard.lines.size();
             characters += heard.text.size();
+            if (options.show) {
+                showLines(heard);
+                std::printf("got  %s\n", heard.text.c_str());
+            }
         }
         std::printf("| %s | %.0f | %zu | %zu | %.0f |\n", other.title.c_str(),
                     static_cast<double>(pieces) * PIECE_s / 60.0, transmissions, characters,
@@ -293,8 +307,8 @@ int score(const Options& options)
         std::vector<Rates> others(options.others.size());
         forAll(options, condition, [&](const Recording& recording) {
             rates.each.push_back(
-                100.0 *
-                teleprinterbench::errorRate(recording.sent, receive(recording.samples, ours).text));
+                100.0 * teleprinterbench::errorRate(
+                            recording.sent, receive(recording.samples, options, ours).text));
             if (!options.others.empty())
                 reception::writeWave(wave.string(), recording.samples);
             for (std::size_t i = 0; i < options.others.size(); ++i) {
@@ -324,7 +338,8 @@ int usage()
 {
     std::fprintf(stderr, "usage: teleprinter list | measure | score | make | silence\n"
                          "       [--set NAME] [--seeds N] [--length N] [--only A,B] [--hours H]\n"
-                         "       [--text FILE] [--show] [DIRECTORY | NAME=COMMAND ...]\n");
+                         "       [--text FILE] [--show] [--with PART.MEMBER=VALUE]\n"
+                         "       [DIRECTORY | NAME=COMMAND ...]\n");
     return 2;
 }
 
@@ -353,7 +368,16 @@ int main(int argc, char** argv)
             options.text = value();
         else if (argument == "--show")
             options.show = true;
-        else
+        else if (argument == "--with") {
+            const std::string setting = value();
+            const std::size_t equals = setting.find('=');
+            if (equals == std::string::npos ||
+                !teleprinter::setParameter(options.parameters, setting.substr(0, equals),
+                                           std::strtod(setting.c_str() + equals + 1, nullptr))) {
+                std::fprintf(stderr, "no such parameter: %s\n", setting.c_str());
+                return 2;
+            }
+        } else
             options.others.push_back(argument);
     }
     if (options.command == "list")

@@ -5,6 +5,7 @@
 #include "signal/teleprinter/tracking.h"
 
 #include <algorithm>
+#include <bitset>
 #include <cmath>
 #include <map>
 
@@ -12,27 +13,7 @@ namespace teleprinter {
 
 namespace {
 
-// A line has been found when so many characters hold together so well.
-constexpr int LEAST_CHARACTERS = 8;
-constexpr double LEAST_FRAMING = 10.0;      // in all
-constexpr double LEAST_FRAMING_MEAN = 0.35; // a character; 1.39 is all there can be
-constexpr double LEAST_SCORE_MEAN = 2.0;    // a character
-constexpr double LEAST_OCCUPIED = 0.4;
-constexpr double MOST_UNEXPLAINED = 0.1;
-// Share of the commonest character: all that hum and other regular sounds bring, and a third of
-// what phasing signals look like.
-constexpr double TOO_OFTEN = 0.8;
-constexpr double OFTEN = 0.33;
-// And when no other line is nearly as likely.
-constexpr double LEAST_MARGIN = 15.0;
-
-constexpr std::size_t REFINED = 4; // of the first attempts
-constexpr int ROUNDS = 2;
-
-// The tones of one signal are on in turn: their energies go against each other.
-constexpr double EXCLUSION_s = 0.012;
-constexpr double LEAST_EXCLUSION = 0.12;
-constexpr std::size_t MOST_PAIRS = 4;
+constexpr double MOST_FORM = 1.3; // of a word of seven elements that is one of 35
 
 struct Attempt
 {
@@ -41,11 +22,14 @@ struct Attempt
     std::vector<Decided> characters;
 };
 
-Attempt attemptStartStop(const Evidence& evidence, const LineKind& kind)
+Attempt attemptStartStop(const Evidence& evidence, const LineKind& kind,
+                         const Parameters& parameters)
 {
+    const AcquisitionParameters& own = parameters.acquisition;
     FrameSearch search;
+    search.parameters = parameters.framing;
     search.format.dataBits = kind.dataBits;
-    const Frames frames = findFrames(evidence, search, PausePrior(), 0, false);
+    const Frames frames = findFrames(evidence, search, PausePrior(parameters.framing), 0, false);
     Attempt attempt;
     Fit& fit = attempt.acquired.fit;
     fit.score = static_cast<double>(frames.score);
@@ -59,9 +43,24 @@ Attempt attemptStartStop(const Evidence& evidence, const LineKind& kind)
     }
     std::map<unsigned, int> words;
     int commonest = 0;
-    for (const Frame& frame : frames.list)
+    std::size_t changes = 0;
+    int firstMarks = 0;
+    for (const Frame& frame : frames.list) {
+        firstMarks += static_cast<int>(frame.word & 1U);
         commonest = std::max(commonest, ++words[frame.word]);
+        const unsigned elements = frame.word << 1U | 1U << (kind.dataBits + 1U);
+        const unsigned within = (1U << (kind.dataBits + 1U)) - 1U;
+        changes += std::bitset<16>((elements ^ elements >> 1U) & within).count();
+    }
+    fit.regular = static_cast<double>(changes) /
+                  std::max(1.0, static_cast<double>(fit.characters) * (kind.dataBits + 1));
+    // Where tones are exchanged, the eighth element of ASCII, which is always the same, comes to
+    // stand for a stop, and the start for the first element.
+    if (kind.code == Code::Ascii &&
+        std::min(firstMarks, fit.characters - firstMarks) * own.steadyFirst < fit.characters)
+        fit.score -= own.costOfSteadyFirst * fit.characters;
     fit.commonest = static_cast<double>(commonest) / std::max(1, fit.characters);
+    fit.formed = static_cast<double>(attempt.characters.size()) / std::max(1, fit.characters);
     fit.occupied = static_cast<double>(frames.list.size()) * search.format.nodes() /
                    std::max(1, evidence.grid.count);
     fit.unexplained = frames.list.empty()
@@ -93,13 +92,14 @@ Attempt attemptSynchronous(const Evidence& evidence)
                 {evidence.grid.at(at), ccir476Elements()[chosen], WORD_ELEMENTS});
     }
     fit.commonest = static_cast<double>(commonest) / std::max(1, fit.characters);
+    fit.formed = fit.framing / (MOST_FORM * std::max(1, fit.characters));
     return attempt;
 }
 
-Attempt attempt(const Evidence& evidence, const LineKind& kind)
+Attempt attempt(const Evidence& evidence, const LineKind& kind, const Parameters& parameters)
 {
     return kind.code == Code::Ccir476 ? attemptSynchronous(evidence)
-                                      : attemptStartStop(evidence, kind);
+                                      : attemptStartStop(evidence, kind, parameters);
 }
 
 Grid gridOver(const TonePair& tones, double bit)
@@ -117,9 +117,8 @@ void exchangeTones(Evidence& evidence)
 }
 
 // How much the energies of two tones go against each other, 0 to 1.
-double exclusionOf(const TonePair& tones, double rate_Hz)
+double exclusionOf(const TonePair& tones, double step)
 {
-    const double step = EXCLUSION_s * rate_Hz;
     double count = 0.0;
     ByTone<double> sums = {0.0, 0.0};
     ByTone<double> squares = {0.0, 0.0};
@@ -142,26 +141,36 @@ double exclusionOf(const TonePair& tones, double rate_Hz)
                : -(products - sums[SPACE] * sums[MARK] / count) / std::sqrt(spread);
 }
 
-bool isSure(const Fit& fit)
+// Mean amplitude of the tone that is off over that of the one that is on.
+double contrastOf(const TonePair& tones, const std::vector<Decided>& characters, double bit)
 {
-    return fit.characters >= LEAST_CHARACTERS && fit.framing >= LEAST_FRAMING &&
-           fit.framing >= LEAST_FRAMING_MEAN * fit.characters &&
-           fit.score >= LEAST_SCORE_MEAN * fit.characters && fit.occupied >= LEAST_OCCUPIED &&
-           fit.unexplained <= MOST_UNEXPLAINED && fit.commonest <= TOO_OFTEN;
+    ByTone<double> sums = {0.0, 0.0}; // off, on
+    for (const Decided& character : characters) {
+        for (int element = 0; element < character.count; ++element) {
+            const double begin = character.begin + element * bit;
+            const bool isMark = (character.elements >> element & 1U) != 0;
+            sums[isMark ? 0 : 1] += std::abs(tones.sum(SPACE, begin, begin + bit));
+            sums[isMark ? 1 : 0] += std::abs(tones.sum(MARK, begin, begin + bit));
+        }
+    }
+    return sums[1] > 0.0 ? sums[0] / sums[1] : 1.0;
 }
 
 class Search
 {
 public:
-    Search(const demodulator::SampleHistory& history, const Spectrum& spectrum, double rate_Hz,
-           const Known& known, std::int64_t begin, std::int64_t end)
-        : m_history(history)
-        , m_spectrum(spectrum)
-        , m_rate_Hz(rate_Hz)
+    Search(const Input& input, const Known& known, std::int64_t begin, std::int64_t end,
+           const Line* followed)
+        : m_parameters(input.parameters)
+        , m_own(input.parameters.acquisition)
+        , m_history(input.history)
+        , m_spectrum(input.spectrum)
+        , m_rate_Hz(input.rate_Hz)
         , m_known(known)
+        , m_followed(followed)
         , m_begin(begin)
         , m_end(end)
-        , m_span_s(static_cast<double>(end - begin) / rate_Hz)
+        , m_span_s(static_cast<double>(end - begin) / input.rate_Hz)
     {
     }
 
@@ -179,20 +188,41 @@ public:
             for (std::size_t i = 0; i < mixed[width].size(); ++i)
                 tryPair(mixed[width][i], tones[width][i], baud, kinds);
         }
+        if (m_followed != nullptr)
+            tryFollowed();
         return decide();
     }
 
 private:
+    bool isFollowed(const Acquired& acquired) const
+    {
+        return m_followed != nullptr && isSameLine(acquired.line, *m_followed);
+    }
+
+    bool isSure(const Acquired& acquired) const
+    {
+        const Fit& fit = acquired.fit;
+        const Line& line = acquired.line;
+        return std::min(line.mark_Hz, line.space_Hz) >= LOWEST_TONE_Hz &&
+               (line.kind.code != Code::Ascii || fit.regular <= m_own.mostRegular) &&
+               fit.characters >= m_own.leastCharacters && fit.framing >= m_own.leastFraming &&
+               fit.framing >= m_own.leastFramingMean * fit.characters &&
+               fit.score >= m_own.leastScoreMean * fit.characters &&
+               fit.occupied >= m_own.leastOccupied && fit.unexplained <= m_own.mostUnexplained &&
+               fit.commonest <= m_own.tooOften && fit.contrast <= m_own.mostContrast;
+    }
+
     // Pairs of tones of which one is on at a time.
     void mix(double baud, std::vector<ByTone<double>>& tones, std::vector<TonePair>& mixed)
     {
         for (const ByTone<double>& pair : m_spectrum.pairs(m_known, baud, m_span_s)) {
             TonePair both(m_history, m_rate_Hz, pair, m_begin, m_end);
-            if (exclusionOf(both, m_rate_Hz) < LEAST_EXCLUSION)
+            const double step_s = std::min(m_own.exclusion_s, m_own.exclusion_bits / baud);
+            if (exclusionOf(both, step_s * m_rate_Hz) < m_own.leastExclusion)
                 continue;
             tones.push_back(pair);
             mixed.push_back(std::move(both));
-            if (tones.size() == MOST_PAIRS)
+            if (tones.size() == static_cast<std::size_t>(m_own.mostPairs))
                 break;
         }
     }
@@ -201,14 +231,15 @@ private:
                  const std::vector<LineKind>& kinds)
     {
         const double noise = m_spectrum.noise(tones_Hz[0], tones_Hz[1], baud, m_span_s);
-        Evidence evidence = weigh(mixed, gridOver(mixed, m_rate_Hz / baud), m_rate_Hz, noise);
+        Evidence evidence = weigh(mixed, gridOver(mixed, m_rate_Hz / baud), m_rate_Hz, noise,
+                                  m_parameters.evidence);
         for (const bool reversed : {false, true}) {
             if (reversed)
                 exchangeTones(evidence);
             if (m_known.reversed && *m_known.reversed != reversed)
                 continue;
             for (const LineKind& kind : kinds) {
-                Attempt tried = attempt(evidence, kind);
+                Attempt tried = attempt(evidence, kind, m_parameters);
                 tried.noise = noise;
                 tried.acquired.line = {kind, tones_Hz[reversed ? 0 : 1], tones_Hz[reversed ? 1 : 0],
                                        baud};
@@ -217,10 +248,25 @@ private:
         }
     }
 
+    void tryFollowed()
+    {
+        const double noise = m_spectrum.noise(std::min(m_followed->mark_Hz, m_followed->space_Hz),
+                                              std::max(m_followed->mark_Hz, m_followed->space_Hz),
+                                              m_followed->baud, m_span_s);
+        const TonePair tones(m_history, m_rate_Hz, {m_followed->space_Hz, m_followed->mark_Hz},
+                             m_begin, m_end);
+        Attempt tried = attempt(weigh(tones, gridOver(tones, m_rate_Hz / m_followed->baud),
+                                      m_rate_Hz, noise, m_parameters.evidence),
+                                m_followed->kind, m_parameters);
+        tried.noise = noise;
+        tried.acquired.line = *m_followed;
+        m_attempts.push_back(std::move(tried));
+    }
+
     // The same with tones and clock set right.
     void refine(Attempt& tried)
     {
-        for (int round = 0; round < ROUNDS; ++round) {
+        for (int round = 0; round < m_own.rounds; ++round) {
             Line line = tried.acquired.line;
             const double bit = m_rate_Hz / line.baud;
             Tracking tracking;
@@ -238,56 +284,81 @@ private:
                 line.baud /= 1.0 + tracking.lengthError();
             const TonePair tones(m_history, m_rate_Hz, {line.space_Hz, line.mark_Hz}, m_begin,
                                  m_end);
-            const Evidence evidence =
-                weigh(tones, gridOver(tones, m_rate_Hz / line.baud), m_rate_Hz, tried.noise);
+            const Evidence evidence = weigh(tones, gridOver(tones, m_rate_Hz / line.baud),
+                                            m_rate_Hz, tried.noise, m_parameters.evidence);
             const double noise = tried.noise;
-            tried = attempt(evidence, line.kind);
+            tried = attempt(evidence, line.kind, m_parameters);
             tried.noise = noise;
             tried.acquired.line = line;
+            tried.acquired.fit.contrast =
+                contrastOf(tones, tried.characters, m_rate_Hz / line.baud);
         }
     }
 
     std::optional<Acquired> decide()
     {
-        const auto isBetter = [](const Attempt& a, const Attempt& b) {
+        // What fits in strength alone, at another speed, has no form.
+        const auto isBetter = [this](const Attempt& a, const Attempt& b) {
+            const bool hasForm = a.acquired.fit.framing >= m_own.leastForm;
+            if (hasForm != (b.acquired.fit.framing >= m_own.leastForm))
+                return hasForm;
             return a.acquired.fit.score > b.acquired.fit.score;
         };
         std::stable_sort(m_attempts.begin(), m_attempts.end(), isBetter);
-        const std::size_t count = std::min(REFINED, m_attempts.size());
-        if (count == 0 || m_attempts.front().acquired.fit.framing < 0.3 * LEAST_FRAMING)
+        if (m_attempts.empty() || m_attempts.front().acquired.fit.framing < m_own.leastForm)
             return std::nullopt;
-        for (std::size_t i = 0; i < count; ++i)
-            refine(m_attempts[i]);
+        const auto count = std::min(static_cast<std::size_t>(m_own.refined), m_attempts.size());
+        for (std::size_t i = 0; i < m_attempts.size(); ++i) {
+            if (i < count || isFollowed(m_attempts[i].acquired))
+                refine(m_attempts[i]);
+        }
         // The phasing signals of a synchronous line are also one start-stop character again and
         // again.
         const bool isSynchronous =
-            std::any_of(m_attempts.begin(), m_attempts.end(), [](const Attempt& tried) {
-                return tried.acquired.line.kind.code == Code::Ccir476 && isSure(tried.acquired.fit);
+            std::any_of(m_attempts.begin(), m_attempts.end(), [this](const Attempt& tried) {
+                return tried.acquired.line.kind.code == Code::Ccir476 && isSure(tried.acquired);
             });
         if (isSynchronous)
             m_attempts.erase(std::remove_if(m_attempts.begin(), m_attempts.end(),
-                                            [](const Attempt& tried) {
+                                            [this](const Attempt& tried) {
                                                 return tried.acquired.line.kind.code !=
                                                            Code::Ccir476 &&
-                                                       tried.acquired.fit.commonest > OFTEN;
+                                                       tried.acquired.fit.commonest > m_own.often;
                                             }),
                              m_attempts.end());
         std::stable_sort(m_attempts.begin(), m_attempts.end(), isBetter);
+        if (m_attempts.empty())
+            return std::nullopt;
         const Acquired& best = m_attempts.front().acquired;
-        if (!isSure(best.fit))
+        const bool isNoBetter =
+            std::any_of(m_attempts.begin(), m_attempts.end(), [&](const Attempt& tried) {
+                const Fit& own = tried.acquired.fit;
+                return isFollowed(tried.acquired) &&
+                       (best.fit.score <= own.score ||
+                        best.fit.formed <= own.formed + m_own.toChange);
+            });
+        if (isNoBetter)
+            return std::nullopt;
+        if (!isSure(best))
             return std::nullopt;
         for (const Attempt& other : m_attempts) {
+            const Fit& fit = other.acquired.fit;
+            const bool hasForm = fit.framing >= m_own.leastForm;
             if (!isSameLine(other.acquired.line, best.line) &&
-                other.acquired.fit.score > best.fit.score - LEAST_MARGIN)
+                fit.score > (hasForm ? best.fit.score - m_own.leastMargin
+                                     : best.fit.score * m_own.mostStronger))
                 return std::nullopt;
         }
         return best;
     }
 
+    const Parameters& m_parameters;
+    const AcquisitionParameters& m_own;
     const demodulator::SampleHistory& m_history;
     const Spectrum& m_spectrum;
     double m_rate_Hz;
     const Known& m_known;
+    const Line* m_followed;
     std::int64_t m_begin;
     std::int64_t m_end;
     double m_span_s;
@@ -296,11 +367,10 @@ private:
 
 } // namespace
 
-std::optional<Acquired> acquire(const demodulator::SampleHistory& history, const Spectrum& spectrum,
-                                double rate_Hz, const Known& known, std::int64_t begin,
-                                std::int64_t end)
+std::optional<Acquired> acquire(const Input& input, const Known& known, std::int64_t begin,
+                                std::int64_t end, const Line* followed)
 {
-    return Search(history, spectrum, rate_Hz, known, begin, end).run();
+    return Search(input, known, begin, end, followed).run();
 }
 
 } // namespace teleprinter

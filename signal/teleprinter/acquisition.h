@@ -4,6 +4,7 @@
 // hold together as those of no other sound do.
 #pragma once
 
+#include "signal/teleprinter/channel.h"
 #include "signal/teleprinter/framing.h"
 #include "signal/teleprinter/line.h"
 #include "signal/teleprinter/spectrum.h"
@@ -19,10 +20,14 @@ struct Fit
     double score = 0.0;   ///< logarithm of the likelihood against noise alone
     double framing = 0.0; ///< part of it that the form of the characters brings
     int characters = 0;
+    double formed = 0.0;   ///< share of them that have their form
     double occupied = 0.0; ///< share of the span that characters take
     /// Share of it, from the first character on, that is neither character nor mark.
     double unexplained = 0.0;
     double commonest = 0.0; ///< share of the commonest character among them
+    /// Mean amplitude of the tone that is off over that of the one that is on; once refined.
+    double contrast = 1.0;
+    double regular = 0.0; ///< share of neighbouring elements that differ
 };
 
 struct Acquired
@@ -32,9 +37,9 @@ struct Acquired
     double begin = 0.0; ///< of a synchronous line: a sample at which a word begins
 };
 
-/// `begin` and `end`: samples of the history. Nothing where nothing is sure.
-std::optional<Acquired> acquire(const demodulator::SampleHistory& history, const Spectrum& spectrum,
-                                double rate_Hz, const Known& known, std::int64_t begin,
-                                std::int64_t end);
+/// `begin` and `end`: samples of the history. Nothing where nothing is sure, or nothing
+/// that fits clearly better than the line that is `followed` already.
+std::optional<Acquired> acquire(const Input& input, const Known& known, std::int64_t begin,
+                                std::int64_t end, const Line* followed = nullptr);
 
 } // namespace teleprinter

@@ -4,6 +4,7 @@
 
 #include "signal/samples/samples.h"
 #include "signal/teleprinter/line.h"
+#include "signal/teleprinter/parameters.h"
 #include "signal/teleprinter/spectrum.h"
 
 #include <cstdint>
@@ -17,6 +18,7 @@ struct Input
 {
     const demodulator::SampleHistory& history;
     const Spectrum& spectrum;
+    const Parameters& parameters;
     double rate_Hz;
 };
 

@@ -13,14 +13,7 @@ constexpr double PI = 3.14159265358979323846;
 
 // Levels are followed at every fourth node, looking ahead as far as back.
 constexpr int STRIDE = 4;
-constexpr double FOLLOWED_s = 0.25;
 constexpr int ROUNDS = 3;
-constexpr float LEAST_STRENGTH = 0.05F;
-// What a tone leaves in the other's filter is no noise but grows with it: beyond this, a stronger
-// signal is no surer.
-constexpr double MOST_STRENGTH_per_s = 4500.0;
-// The level over the whole span counts as much as so many elements nearby.
-constexpr float STEADY_bits = 0.5F;
 
 constexpr int TABLE_STEPS = 32; // for each unit of the argument
 constexpr int TABLE_END = 32;
@@ -49,7 +42,8 @@ float likelihoodOf(float strength, float energy)
 
 // Strength of both tones at every STRIDE-th node, from the energy in either filter (1: noise
 // alone).
-ByTone<std::vector<float>> followLevels(const ByTone<std::vector<float>>& energies, float keep)
+ByTone<std::vector<float>> followLevels(const ByTone<std::vector<float>>& energies, float keep,
+                                        const EvidenceParameters& own)
 {
     const std::size_t count = energies[MARK].size();
     ByTone<std::vector<float>> strengths;
@@ -60,7 +54,7 @@ ByTone<std::vector<float>> followLevels(const ByTone<std::vector<float>>& energi
             mean += energy;
         mean /= static_cast<float>(std::max<std::size_t>(1, count));
         // A tone that is on half of the time
-        steady[tone] = std::max(LEAST_STRENGTH, 2.0F * (mean - 1.0F));
+        steady[tone] = std::max(own.leastStrength, 2.0F * (mean - 1.0F));
         strengths[tone].assign(count, steady[tone]);
     }
     std::vector<float> shares(count);
@@ -83,14 +77,14 @@ ByTone<std::vector<float>> followLevels(const ByTone<std::vector<float>>& energi
                 allWeights += weights[i];
                 allExcess += excess[i];
             }
-            steady[tone] = std::max(LEAST_STRENGTH, allExcess / allWeights);
+            steady[tone] = std::max(own.leastStrength, allExcess / allWeights);
             smoothen(weights, keep);
             smoothen(excess, keep);
-            constexpr float STEADY_WEIGHT = STEADY_bits * NODES / STRIDE;
+            const float steadyWeight = own.steady_bits * NODES / STRIDE;
             for (std::size_t i = 0; i < count; ++i)
                 strengths[tone][i] =
-                    std::max(LEAST_STRENGTH, (excess[i] + STEADY_WEIGHT * steady[tone]) /
-                                                 (weights[i] + STEADY_WEIGHT));
+                    std::max(own.leastStrength, (excess[i] + steadyWeight * steady[tone]) /
+                                                    (weights[i] + steadyWeight));
         }
     }
     return strengths;
@@ -130,7 +124,8 @@ float logBesselI0(float x)
     return table[index] + (place - static_cast<float>(index)) * (table[index + 1] - table[index]);
 }
 
-Evidence weigh(const TonePair& tones, const Grid& grid, double rate_Hz, double noise)
+Evidence weigh(const TonePair& tones, const Grid& grid, double rate_Hz, double noise,
+               const EvidenceParameters& own)
 {
     Evidence evidence;
     evidence.grid = grid;
@@ -148,9 +143,9 @@ Evidence weigh(const TonePair& tones, const Grid& grid, double rate_Hz, double n
         }
     }
     const double stride_s = grid.bit * STRIDE / NODES / rate_Hz;
-    const auto most = static_cast<float>(MOST_STRENGTH_per_s * grid.bit / rate_Hz);
+    const auto most = static_cast<float>(own.mostStrength_per_s * grid.bit / rate_Hz);
     const ByTone<std::vector<float>> levels =
-        followLevels(energies, static_cast<float>(std::exp(-stride_s / FOLLOWED_s)));
+        followLevels(energies, static_cast<float>(std::exp(-stride_s / own.followed_s)), own);
     ByTone<std::vector<float>> gains;
     for (std::size_t place = 0; place < levels[MARK].size(); ++place) {
         const float noisier =

@@ -3,6 +3,7 @@
 // fade apart; from that comes how much likelier a span is with a tone in it than with noise alone.
 #pragma once
 
+#include "signal/teleprinter/parameters.h"
 #include "signal/teleprinter/tonepair.h"
 
 #include <complex>
@@ -39,7 +40,8 @@ struct Evidence
 };
 
 /// `noise`: variance of a sample, of the density of noise about the tones.
-Evidence weigh(const TonePair& tones, const Grid& grid, double rate_Hz, double noise);
+Evidence weigh(const TonePair& tones, const Grid& grid, double rate_Hz, double noise,
+               const EvidenceParameters& parameters = {});
 
 /// What a signal of some strength gains by a known phase.
 float phaseGain(float strength);

@@ -13,23 +13,7 @@ namespace {
 constexpr float LOG_2 = 0.693147F;
 constexpr float IMPOSSIBLE = -1e30F;
 
-// Costs, as logarithms of probabilities.
-constexpr float SILENCE_BEGINS = -6.0F;
-constexpr float SIGNAL_BEGINS = -6.0F;
-constexpr float CHARACTER = -1.0F;
-
-// A start that is none by any reading need not be looked at again.
-constexpr float WORTH_REFINING = -6.0F;
-
-// An element that is surer than this is not doubted; of the others, so many are tried both ways.
-constexpr float DOUBTED = 7.0F;
-constexpr std::size_t MOST_DOUBTED = 5;
 constexpr int MOST_BITS = 10;
-
-constexpr float LEARNT_FROM = 12.0F; // characters, until the pauses are believed to be known
-constexpr float LEAST_LEARNT = 1.0F;
-constexpr float REMEMBERED = 60.0F;
-constexpr float ANYTHING = 0.05F; // share of pauses that are like no other
 
 using Words = std::array<std::complex<float>, MOST_BITS + 1>;
 
@@ -38,7 +22,8 @@ class Candidate
 {
 public:
     Candidate(const Evidence& evidence, const FrameSearch& search, int node)
-        : m_evidence(evidence)
+        : m_own(search.parameters)
+        , m_evidence(evidence)
         , m_node(static_cast<std::size_t>(node))
         , m_bits(static_cast<std::size_t>(search.format.dataBits))
     {
@@ -72,10 +57,11 @@ public:
         std::array<std::size_t, MOST_BITS> doubted = {};
         std::size_t count = 0;
         for (std::size_t bit = 0; bit < m_bits; ++bit) {
-            if (std::fabs(margin(bit)) < DOUBTED)
+            if (std::fabs(margin(bit)) < m_own.doubted)
                 doubted[count++] = bit;
         }
-        const std::size_t tried = std::min(count, MOST_DOUBTED);
+        const std::size_t tried =
+            std::min(count, static_cast<std::size_t>(std::max(0, m_own.mostDoubted)));
         std::partial_sort(doubted.begin(), doubted.begin() + static_cast<std::ptrdiff_t>(tried),
                           doubted.begin() + static_cast<std::ptrdiff_t>(count),
                           [this](std::size_t a, std::size_t b) {
@@ -130,6 +116,7 @@ private:
         return score;
     }
 
+    const FramingParameters& m_own;
     const Evidence& m_evidence;
     std::size_t m_node;
     std::size_t m_bits;
@@ -152,8 +139,9 @@ struct Start
 
 } // namespace
 
-PausePrior::PausePrior()
-    : m_counts(LONGEST + 1, 0.0F)
+PausePrior::PausePrior(const FramingParameters& parameters)
+    : m_parameters(parameters)
+    , m_counts(LONGEST + 1, 0.0F)
     , m_logs(LONGEST + 2)
 {
     update();
@@ -162,7 +150,7 @@ PausePrior::PausePrior()
 void PausePrior::learn(int nodes, float weight)
 {
     for (float& count : m_counts)
-        count *= 1.0F - weight / REMEMBERED;
+        count *= 1.0F - weight / m_parameters.remembered;
     for (int offset = -2; offset <= 2; ++offset) {
         const int at = nodes + offset;
         constexpr float KERNEL[] = {0.1F, 0.2F, 0.4F, 0.2F, 0.1F};
@@ -176,8 +164,9 @@ void PausePrior::update()
     float sum = 0.0F;
     for (const float count : m_counts)
         sum += count;
-    m_isFlat = sum < LEAST_LEARNT;
-    const float known = (1.0F - ANYTHING) * std::min(1.0F, sum / LEARNT_FROM);
+    m_isFlat = sum < m_parameters.leastLearnt;
+    const float known =
+        (1.0F - m_parameters.anyPause) * std::min(1.0F, sum / m_parameters.learntFrom);
     for (int nodes = 0; nodes <= LONGEST; ++nodes) {
         const float learnt = sum > 0.0F ? m_counts[static_cast<std::size_t>(nodes)] / sum : 0.0F;
         const float any = (1.0F - known) * 0.8F / static_cast<float>(LONGEST + 1);
@@ -190,6 +179,7 @@ void PausePrior::update()
 Frames findFrames(const Evidence& evidence, const FrameSearch& search, const PausePrior& pauses,
                   int from, bool afterFrame)
 {
+    const FramingParameters& own = search.parameters;
     const int frame = search.format.nodes();
     const int last = evidence.grid.count - (2 + search.format.dataBits) * NODES; // last start
     Frames frames;
@@ -221,12 +211,12 @@ Frames findFrames(const Evidence& evidence, const FrameSearch& search, const Pau
         idle[i + 1] = idle[i] + mark;
         if (ends[i] > marking.score)
             marking = {ends[i], node};
-        if (ends[i] + SILENCE_BEGINS > silent.score)
-            silent = {ends[i] + SILENCE_BEGINS, node};
-        if (marking.score + SILENCE_BEGINS > silent.score)
-            silent = {marking.score + SILENCE_BEGINS, marking.lastEnd};
-        if (silent.score + SIGNAL_BEGINS > marking.score)
-            marking = {silent.score + SIGNAL_BEGINS, silent.lastEnd};
+        if (ends[i] + own.silenceBegins > silent.score)
+            silent = {ends[i] + own.silenceBegins, node};
+        if (marking.score + own.silenceBegins > silent.score)
+            silent = {marking.score + own.silenceBegins, marking.lastEnd};
+        if (silent.score + own.signalBegins > marking.score)
+            marking = {silent.score + own.signalBegins, silent.lastEnd};
 
         // Never out of silence: a machine sends mark before its first character.
         Start start;
@@ -243,11 +233,11 @@ Frames findFrames(const Evidence& evidence, const FrameSearch& search, const Pau
         starts[i] = start;
 
         Candidate candidate(evidence, search, node);
-        if (search.coherent && candidate.score() > WORTH_REFINING)
+        if (search.coherent && candidate.score() > own.worthRefining)
             candidate.refine(turns);
         words[i] = candidate.word();
         scores[i] = candidate.score();
-        ends[i + static_cast<std::size_t>(frame)] = start.score + candidate.score() + CHARACTER;
+        ends[i + static_cast<std::size_t>(frame)] = start.score + candidate.score() + own.character;
         marking.score += mark;
     }
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "signal/teleprinter/evidence.h"
+#include "signal/teleprinter/parameters.h"
 
 #include <vector>
 
@@ -24,7 +25,7 @@ struct FrameFormat
 class PausePrior
 {
 public:
-    PausePrior();
+    explicit PausePrior(const FramingParameters& parameters = {});
 
     /// Nodes beyond FrameFormat::nodes(); longer ones are all alike.
     static constexpr int LONGEST = 3 * NODES;
@@ -42,6 +43,7 @@ public:
     void update();
 
 private:
+    FramingParameters m_parameters;
     std::vector<float> m_counts;
     std::vector<float> m_logs;
     bool m_isFlat = true;
@@ -67,6 +69,7 @@ struct FrameSearch
     /// known so well.
     bool coherent = false;
     double turn = 0.0;
+    FramingParameters parameters;
 };
 
 struct Frames

@@ -44,7 +44,7 @@ std::vector<LineKind> kindsToTry(const Known& known)
             kinds.push_back(row);
             continue;
         }
-        // With a known speed, each code and length is tried once, at that speed.
+        // Known a speed, each code and length is tried once, at the speed known.
         const bool isThere = std::any_of(kinds.begin(), kinds.end(), [&](const LineKind& kind) {
             return kind.code == row.code && kind.dataBits == row.dataBits;
         });

@@ -44,7 +44,7 @@ struct Line
 /// The tones are a little off at most, all else is equal.
 bool isSameLine(const Line& a, const Line& b);
 
-/// Limits of what can be set and found.
+/// Limits of what can be known and found.
 constexpr double LOWEST_BAUD = 40.0;
 constexpr double HIGHEST_BAUD = 300.0;
 constexpr double LEAST_SHIFT_Hz = 70.0;
@@ -62,7 +62,7 @@ struct Known
     std::optional<bool> reversed;
 };
 
-/// The rows of lineKinds() that fit what is known; a speed of no row adds rows of its own.
+/// The rows of lineKinds() that fit what was known; a speed of no row brings rows of its own.
 std::vector<LineKind> kindsToTry(const Known& known);
 
 } // namespace teleprinter

@@ -22,17 +22,6 @@ namespace {
 constexpr double LOWEST_RATE_Hz = 4000.0;
 constexpr double HIGHEST_RATE_Hz = 768000.0;
 constexpr double HISTORY_s = 16.0;
-constexpr double SEARCH_EVERY_s = 0.5;
-// A strong signal is found in the shorter span, a weak one in the longer.
-constexpr double SHORT_SEARCH_s = 2.5;
-constexpr double LONG_SEARCH_s = 7.0;
-constexpr int LONG_SEARCH_EVERY = 4; // searches
-// The wait between searches grows where there is nothing to be found.
-constexpr double WAIT_GROWS = 1.15;
-constexpr double LONGEST_WAIT_s = 1.5;
-constexpr double CHECK_EVERY_s = 2.5;
-constexpr int CHECKS = 2;
-constexpr double HEARD_AGAIN_s = 9.0; // of what came before a signal was noticed
 
 bool usable(double rate_Hz)
 {
@@ -48,14 +37,15 @@ class Receiver::Private
 public:
     Private(const Settings& settings, TextSink& sink)
         : m_settings(settings)
+        , m_own(m_settings.parameters.search)
         , m_messages(sink)
         , m_decimator(settings.sampleRate_Hz)
         , m_rate_Hz(m_decimator.outputRate_Hz())
         , m_history(static_cast<std::size_t>(HISTORY_s * m_rate_Hz))
-        , m_spectrum(m_rate_Hz)
+        , m_spectrum(m_rate_Hz, settings.parameters.spectrum)
         , m_frame(m_spectrum.length())
     {
-        m_nextSearch = samples(SHORT_SEARCH_s);
+        m_nextSearch = samples(m_own.short_s);
     }
 
     void push(const float* input, std::size_t count)
@@ -113,8 +103,8 @@ private:
             search();
             m_nextSearch = m_history.end() + samples(m_wait_s);
             // What is no teleprinter needs no looking at twice a second.
-            m_wait_s = std::min(LONGEST_WAIT_s, WAIT_GROWS * m_wait_s);
-        } else if (m_channel && m_checks < CHECKS && m_history.end() >= m_nextSearch) {
+            m_wait_s = std::min(m_own.longestWait_s, m_own.waitGrows * m_wait_s);
+        } else if (m_channel && m_checks < m_own.checks && m_history.end() >= m_nextSearch) {
             check();
         }
         if (!m_channel)
@@ -126,18 +116,18 @@ private:
         }
     }
 
-    std::optional<Acquired> find(double seconds) const
+    std::optional<Acquired> find(double seconds, const Line* followed = nullptr) const
     {
         const std::int64_t end = m_history.end();
         const std::int64_t begin =
             std::max({m_heardUntil, end - samples(seconds), std::int64_t{0}});
-        return acquire(m_history, m_spectrum, m_rate_Hz, m_settings.known, begin, end);
+        return acquire(input(), m_settings.known, begin, end, followed);
     }
 
     void search()
     {
-        const bool isLong = m_searches++ % LONG_SEARCH_EVERY == LONG_SEARCH_EVERY - 1;
-        if (const auto found = find(isLong ? LONG_SEARCH_s : SHORT_SEARCH_s))
+        const bool isLong = m_searches++ % m_own.longEvery == m_own.longEvery - 1;
+        if (const auto found = find(isLong ? m_own.long_s : m_own.short_s))
             open(*found);
     }
 
@@ -145,8 +135,8 @@ private:
     void check()
     {
         ++m_checks;
-        m_nextSearch = m_history.end() + samples(CHECK_EVERY_s);
-        const auto found = find(SHORT_SEARCH_s);
+        m_nextSearch = m_history.end() + samples(m_own.checkEvery_s);
+        const auto found = find(m_own.short_s, &m_channel->line());
         if (!found || isSameLine(found->line, m_channel->line()))
             return;
         stop();
@@ -157,18 +147,17 @@ private:
     {
         const std::int64_t end = m_history.end();
         const std::int64_t from =
-            std::max({m_heardUntil, end - samples(HEARD_AGAIN_s), std::int64_t{0}});
-        const Input input = {m_history, m_spectrum, m_rate_Hz};
+            std::max({m_heardUntil, end - samples(m_own.heardAgain_s), std::int64_t{0}});
         const LineKind& kind = found.line.kind;
         m_channel = kind.code == Code::Ccir476
-                        ? makeTimeDiversityChannel(input, found.line, found.begin, from)
-                        : makeStartStopChannel(input, found.line, from);
+                        ? makeTimeDiversityChannel(input(), found.line, found.begin, from)
+                        : makeStartStopChannel(input(), found.line, from);
         m_reader = kind.code == Code::Ascii ? makeAsciiReader(kind.dataBits)
                                             : makeIta2Reader(m_settings.unshift);
         m_messages.begin(kind.code == Code::Ccir476);
         m_isWaiting = false;
         m_checks = 0;
-        m_nextSearch = end + samples(CHECK_EVERY_s);
+        m_nextSearch = end + samples(m_own.checkEvery_s);
     }
 
     void give(const std::vector<Word>& words)
@@ -199,10 +188,13 @@ private:
         write(m_reader->finish());
         m_messages.end();
         m_channel.reset();
-        m_wait_s = SEARCH_EVERY_s;
+        m_wait_s = m_own.every_s;
     }
 
+    Input input() const { return {m_history, m_spectrum, m_settings.parameters, m_rate_Hz}; }
+
     Settings m_settings;
+    const SearchParameters& m_own;
     Messages m_messages;
     demodulator::Decimator m_decimator;
     double m_rate_Hz;
@@ -213,7 +205,7 @@ private:
     std::int64_t m_frames = 0;
     std::int64_t m_nextSearch = 0;
     std::int64_t m_searches = 0;
-    double m_wait_s = SEARCH_EVERY_s;
+    double m_wait_s = m_own.every_s;
     int m_checks = 0;              // of the line that is followed
     std::int64_t m_heardUntil = 0; // what is before belongs to a signal that is over
     std::unique_ptr<Channel> m_channel;

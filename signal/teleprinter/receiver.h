@@ -3,6 +3,7 @@
 #pragma once
 
 #include "signal/teleprinter/line.h"
+#include "signal/teleprinter/parameters.h"
 #include "signal/teleprinter/textreader.h"
 
 #include <cstddef>
@@ -31,6 +32,7 @@ struct Settings
     double sampleRate_Hz = 8000.0;
     Known known;
     Unshift unshift = Unshift::WhereSenderDoes;
+    Parameters parameters; ///< as they are, unless something is measured
 };
 
 /// Precondition: 4 kHz <= sampleRate_Hz <= 768 kHz; a receiver of any other rate hears nothing.

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <kiss_fftr.h>
 
 namespace teleprinter {
@@ -12,16 +13,10 @@ namespace {
 constexpr double PI = 3.14159265358979323846;
 constexpr double FRAME_s = 0.128;
 constexpr std::int64_t KEPT_FRAMES = 128; // 8 s
-constexpr double LEAST_EXCESS = 1.35;     // power of a tone over that of the noise about it
-constexpr double MOST_UNEQUAL = 300.0;    // powers of two tones of one signal that fades
 constexpr std::size_t MOST_PEAKS = 7;
 constexpr std::size_t MOST_PAIRS = 8;
-constexpr double KNOWN_TOLERANCE_Hz = 50.0;
-constexpr double KNOWN_SHIFT_TOLERANCE = 0.12; // of the shift, and as much of the speed
-constexpr double LEAST_INDEX = 0.45;           // shift over speed
-constexpr double LEAST_REACH_Hz = 22.0;
-constexpr double TONE_REACH = 0.25; // of the speed
-constexpr double NOISE_REACH_Hz = 250.0;
+constexpr double USUAL_NARROW_SHIFTS_Hz[] = {170.0, 200.0};
+constexpr std::size_t MOST_HUMPS = 2;
 
 double median(std::vector<double> values)
 {
@@ -32,12 +27,6 @@ double median(std::vector<double> values)
     return *middle;
 }
 
-struct Peak
-{
-    double tone_Hz;
-    double excess; // over the noise about it
-};
-
 std::size_t frameLength(double rate_Hz)
 {
     const int wanted = static_cast<int>(std::lround(FRAME_s * rate_Hz));
@@ -46,8 +35,9 @@ std::size_t frameLength(double rate_Hz)
 
 } // namespace
 
-Spectrum::Spectrum(double rate_Hz)
-    : m_rate_Hz(rate_Hz)
+Spectrum::Spectrum(double rate_Hz, const SpectrumParameters& parameters)
+    : m_parameters(parameters)
+    , m_rate_Hz(rate_Hz)
     , m_spectra(frameLength(rate_Hz), frameLength(rate_Hz), KEPT_FRAMES)
 {
 }
@@ -72,19 +62,19 @@ std::vector<double> Spectrum::meanPower(double seconds) const
 
 std::size_t Spectrum::reach(double baud) const
 {
-    const double width_Hz = std::max(LEAST_REACH_Hz, TONE_REACH * baud);
+    const double width_Hz = std::max(m_parameters.leastReach_Hz, m_parameters.toneReach * baud);
     return static_cast<std::size_t>(std::max(1L, std::lround(width_Hz / binWidth_Hz())));
 }
 
-std::vector<ByTone<double>> Spectrum::pairs(const Known& known, double baud, double seconds) const
+// Humps so wide to each side, the strongest first.
+std::vector<Spectrum::Peak> Spectrum::peaks(const std::vector<double>& power,
+                                            std::size_t reach) const
 {
-    const std::vector<double> power = meanPower(seconds);
     const double width_Hz = binWidth_Hz();
     const auto binOf = [&](double tone_Hz) {
         return static_cast<std::size_t>(
             std::clamp(tone_Hz / width_Hz, 0.0, static_cast<double>(m_spectra.bins() - 1)));
     };
-    const std::size_t reach = this->reach(baud);
     const std::size_t first = std::max(binOf(LOWEST_TONE_Hz), reach);
     const std::size_t last =
         std::min(binOf(std::min(HIGHEST_TONE_Hz, 0.47 * m_rate_Hz)), m_spectra.bins() - 1 - reach);
@@ -123,36 +113,66 @@ std::vector<ByTone<double>> Spectrum::pairs(const Known& known, double baud, dou
             moment += excess * static_cast<double>(k);
         }
         const double excess = smooth[bin] / std::max(floor, 1e-14);
-        if (excess > LEAST_EXCESS)
+        if (excess > m_parameters.leastExcess)
             peaks.push_back({moment / weights * width_Hz, excess});
     }
     std::sort(peaks.begin(), peaks.end(),
               [](const Peak& a, const Peak& b) { return a.excess > b.excess; });
     peaks.resize(std::min(peaks.size(), MOST_PEAKS));
+    return peaks;
+}
 
+std::vector<ByTone<double>> Spectrum::pairs(const Known& known, double baud, double seconds) const
+{
+    const std::vector<double> power = meanPower(seconds);
     struct Ranked
     {
         ByTone<double> tones_Hz;
         double rank;
     };
     std::vector<Ranked> ranked;
-    const double tolerance_Hz = KNOWN_SHIFT_TOLERANCE * (known.shift_Hz.value_or(0.0) + baud);
-    for (const Peak& lower : peaks) {
-        for (const Peak& upper : peaks) {
+    const auto isAtCentre = [&](double centre_Hz) {
+        return !known.centre_Hz ||
+               std::fabs(centre_Hz - *known.centre_Hz) <= m_parameters.knownTolerance_Hz;
+    };
+
+    const std::vector<Peak> tones = peaks(power, reach(baud));
+    const double tolerance_Hz =
+        m_parameters.knownShiftTolerance * (known.shift_Hz.value_or(0.0) + baud);
+    for (const Peak& lower : tones) {
+        for (const Peak& upper : tones) {
             const double shift_Hz = upper.tone_Hz - lower.tone_Hz;
             if (shift_Hz < LEAST_SHIFT_Hz || shift_Hz > MOST_SHIFT_Hz ||
-                shift_Hz < LEAST_INDEX * baud)
+                shift_Hz < m_parameters.leastIndex * baud)
                 continue;
             if (known.shift_Hz && std::fabs(shift_Hz - *known.shift_Hz) > tolerance_Hz)
                 continue;
-            if (known.centre_Hz && std::fabs(0.5 * (upper.tone_Hz + lower.tone_Hz) -
-                                             *known.centre_Hz) > KNOWN_TOLERANCE_Hz)
+            if (!isAtCentre(0.5 * (upper.tone_Hz + lower.tone_Hz)))
                 continue;
             const double ratio = (upper.excess - 1.0) / (lower.excess - 1.0);
-            if (ratio > MOST_UNEQUAL || ratio < 1.0 / MOST_UNEQUAL)
+            if (ratio > m_parameters.mostUnequal || ratio < 1.0 / m_parameters.mostUnequal)
                 continue;
             ranked.push_back(
                 {{lower.tone_Hz, upper.tone_Hz}, std::log(upper.excess * lower.excess)});
+        }
+    }
+
+    // A shift that is little more than the speed makes one hump of both tones.
+    std::vector<double> shifts(std::begin(USUAL_NARROW_SHIFTS_Hz),
+                               std::end(USUAL_NARROW_SHIFTS_Hz));
+    if (known.shift_Hz)
+        shifts = {*known.shift_Hz};
+    for (const double shift_Hz : shifts) {
+        if (shift_Hz < m_parameters.leastIndex * baud || shift_Hz > m_parameters.mostMerged * baud)
+            continue;
+        const auto half =
+            static_cast<std::size_t>(std::lround(0.5 * (shift_Hz + baud) / binWidth_Hz()));
+        std::vector<Peak> humps = peaks(power, half);
+        humps.resize(std::min(humps.size(), MOST_HUMPS));
+        for (const Peak& hump : humps) {
+            if (isAtCentre(hump.tone_Hz))
+                ranked.push_back({{hump.tone_Hz - 0.5 * shift_Hz, hump.tone_Hz + 0.5 * shift_Hz},
+                                  2.0 * std::log(hump.excess)});
         }
     }
     std::sort(ranked.begin(), ranked.end(),
@@ -170,7 +190,7 @@ double Spectrum::noise(double lower_Hz, double upper_Hz, double baud, double sec
     const std::vector<double> power = meanPower(seconds);
     const double width_Hz = binWidth_Hz();
     std::vector<double> beside;
-    for (double reach_Hz = NOISE_REACH_Hz; beside.size() < 16 && reach_Hz < m_rate_Hz;
+    for (double reach_Hz = m_parameters.noiseReach_Hz; beside.size() < 16 && reach_Hz < m_rate_Hz;
          reach_Hz *= 2.0) {
         beside.clear();
         for (std::size_t bin = 1; bin + 1 < m_spectra.bins(); ++bin) {
@@ -178,7 +198,7 @@ double Spectrum::noise(double lower_Hz, double upper_Hz, double baud, double sec
             const double nearest_Hz =
                 std::min(std::fabs(at_Hz - lower_Hz), std::fabs(at_Hz - upper_Hz));
             if (at_Hz > lower_Hz - reach_Hz && at_Hz < upper_Hz + reach_Hz &&
-                nearest_Hz > 1.5 * baud)
+                nearest_Hz > m_parameters.noiseDistance * baud)
                 beside.push_back(power[bin]);
         }
     }

@@ -4,9 +4,11 @@
 
 #include "signal/samples/powerspectra.h"
 #include "signal/teleprinter/line.h"
+#include "signal/teleprinter/parameters.h"
 #include "signal/teleprinter/tonepair.h"
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace teleprinter {
@@ -14,7 +16,7 @@ namespace teleprinter {
 class Spectrum
 {
 public:
-    explicit Spectrum(double rate_Hz);
+    explicit Spectrum(double rate_Hz, const SpectrumParameters& parameters = {});
 
     /// Samples between two frames, and of one.
     std::int64_t hop() const { return static_cast<std::int64_t>(length() / 2); }
@@ -34,9 +36,17 @@ public:
     double noise(double lower_Hz, double upper_Hz, double baud, double seconds) const;
 
 private:
+    struct Peak
+    {
+        double tone_Hz;
+        double excess; // over the noise about it
+    };
+
+    std::vector<Peak> peaks(const std::vector<double>& power, std::size_t reach) const;
     std::vector<double> meanPower(double seconds) const;
     double binWidth_Hz() const { return m_rate_Hz / static_cast<double>(length()); }
 
+    SpectrumParameters m_parameters;
     double m_rate_Hz;
     demodulator::PowerSpectra m_spectra;
 };

@@ -13,20 +13,6 @@ namespace teleprinter {
 namespace {
 
 constexpr double PI = 3.14159265358979323846;
-constexpr int SPAN_words = 16;
-constexpr double BEFORE_s = 0.5; // heard again, for the levels
-constexpr double NOISE_s = 3.0;
-// The clock is seen from how the begins of words move, span by span.
-constexpr double BEGIN_GAIN = 0.5;
-constexpr double LENGTH_GAIN = 0.08;
-constexpr int KNOWN_AFTER = 2;        // spans, until the phases are kept through a word
-constexpr float PRESENT = 2.0F;       // of a word: logarithm of the likelihood of a signal
-constexpr float PRESENT_TWICE = 6.0F; // of a character
-constexpr float DOUBTFUL = 3.0F;      // margin of a character
-constexpr float FORMLESS = 0.2F;      // mean of a word; 1.3 is all there can be
-constexpr double OVER_AFTER_s = 3.0;
-constexpr float FADED = 0.95F; // of what was known of the order, a character
-constexpr float SURE_ORDER = 6.0F;
 constexpr std::size_t MOST_WAITING = 150; // words, about 10 s
 
 class TimeDiversityChannel : public Channel
@@ -34,6 +20,7 @@ class TimeDiversityChannel : public Channel
 public:
     TimeDiversityChannel(const Input& input, const Line& line, double begin, std::int64_t from)
         : m_input(input)
+        , m_own(input.parameters.timeDiversity)
         , m_line(line)
         , m_bit(input.rate_Hz / line.baud)
     {
@@ -46,9 +33,9 @@ public:
         std::vector<Word> words;
         while (!m_isOver) {
             const double room = (static_cast<double>(end) - m_next) / m_bit / WORD_ELEMENTS;
-            const int count = room > SPAN_words + 1.0 ? SPAN_words
-                              : isLast                ? std::max(0, static_cast<int>(room))
-                                                      : 0;
+            const int count = room > m_own.span_words + 1.0 ? m_own.span_words
+                              : isLast                      ? std::max(0, static_cast<int>(room))
+                                                            : 0;
             if (count == 0)
                 break;
             decide(count, words);
@@ -72,29 +59,30 @@ private:
     {
         const double rate_Hz = m_input.rate_Hz;
         const double node = m_bit / NODES;
-        const int before = static_cast<int>(BEFORE_s * rate_Hz / node);
+        const int before = static_cast<int>(m_own.before_s * rate_Hz / node);
         const Grid grid = {m_next - before * node, m_bit, before + count * WORD_NODES};
         const double end = m_next + count * WORD_ELEMENTS * m_bit;
         const TonePair tones(m_input.history, rate_Hz, {m_line.space_Hz, m_line.mark_Hz},
                              static_cast<std::int64_t>(std::floor(grid.begin)),
                              static_cast<std::int64_t>(std::ceil(end + m_bit)));
-        const double noise =
-            m_input.spectrum.noise(std::min(m_line.mark_Hz, m_line.space_Hz),
-                                   std::max(m_line.mark_Hz, m_line.space_Hz), m_line.baud, NOISE_s);
-        const Evidence evidence = weigh(tones, grid, rate_Hz, noise);
+        const double noise = m_input.spectrum.noise(std::min(m_line.mark_Hz, m_line.space_Hz),
+                                                    std::max(m_line.mark_Hz, m_line.space_Hz),
+                                                    m_line.baud, m_own.noise_s);
+        const Evidence evidence = weigh(tones, grid, rate_Hz, noise, m_input.parameters.evidence);
         const double turn = 2.0 * PI * (m_line.mark_Hz - m_line.space_Hz) * m_bit / rate_Hz;
         std::vector<Decided> seen;
         float score = 0.0F;
         float form = 0.0F;
         for (int word = 0; word < count; ++word) {
             const int at = before + word * WORD_NODES;
-            const WordLikelihoods likelihoods =
-                m_spans < KNOWN_AFTER ? weighWords(evidence, at) : weighWords(evidence, at, turn);
+            const WordLikelihoods likelihoods = m_spans < m_own.knownAfter
+                                                    ? weighWords(evidence, at)
+                                                    : weighWords(evidence, at, turn);
             const Chosen chosen = choose(likelihoods);
             const float mean = meanOf(likelihoods);
             score += mean;
             form += mean - anyWord(evidence, at);
-            if (mean > PRESENT)
+            if (mean > m_own.present)
                 seen.push_back({grid.at(at), ccir476Elements()[chosen.word], WORD_ELEMENTS});
             m_slots.push_back({likelihoods, grid.at(at)});
             if (m_slots.size() > REPEATED_AFTER)
@@ -102,11 +90,11 @@ private:
             give(words);
         }
         const double passed_s = count * WORD_ELEMENTS * m_bit / rate_Hz;
-        const bool isPresent = score > PRESENT * static_cast<float>(count);
-        const bool isForm = form > FORMLESS * static_cast<float>(count);
+        const bool isPresent = score > m_own.present * static_cast<float>(count);
+        const bool isForm = form > m_own.formless * static_cast<float>(count);
         m_absent_s = isPresent && isForm ? 0.0 : m_absent_s + passed_s;
         m_wasHeard = m_wasHeard || (isPresent && isForm);
-        m_isOver = m_wasHeard && m_absent_s > OVER_AFTER_s;
+        m_isOver = m_wasHeard && m_absent_s > m_own.overAfter_s;
         m_next = end;
         ++m_spans;
         follow(tones, seen);
@@ -121,8 +109,8 @@ private:
         const float alike = meanOf(combine(direct.words, repeated.words)) - meanOf(direct.words) -
                             meanOf(repeated.words);
         const std::size_t parity = (m_given + m_slots.size() - 1 - REPEATED_AFTER) % 2;
-        m_alike[parity] = FADED * m_alike[parity] + std::clamp(alike, -8.0F, 8.0F);
-        m_isOrdered = m_isOrdered || std::fabs(m_alike[0] - m_alike[1]) > SURE_ORDER;
+        m_alike[parity] = m_own.faded * m_alike[parity] + std::clamp(alike, -8.0F, 8.0F);
+        m_isOrdered = m_isOrdered || std::fabs(m_alike[0] - m_alike[1]) > m_own.sureOrder;
     }
 
     void give(std::vector<Word>& words)
@@ -154,10 +142,10 @@ private:
     {
         const double begin = m_slots.front().begin;
         const Chosen chosen = choose(likelihoods);
-        if (meanOf(likelihoods) > PRESENT_TWICE)
+        if (meanOf(likelihoods) > m_own.presentTwice)
             words.push_back({chosen.word, begin, begin + WORD_ELEMENTS * m_bit,
-                             m_isMissed || chosen.margin < DOUBTFUL});
-        m_isMissed = meanOf(likelihoods) <= PRESENT_TWICE;
+                             m_isMissed || chosen.margin < m_own.doubtful});
+        m_isMissed = meanOf(likelihoods) <= m_own.presentTwice;
     }
 
     static float anyWord(const Evidence& evidence, int node)
@@ -172,17 +160,18 @@ private:
     {
         if (seen.size() < 2)
             return;
-        Tracking tracking;
+        Tracking tracking(m_input.parameters.tracking);
         tracking.add(tones, seen, m_bit);
         const double rate_Hz = m_input.rate_Hz;
         followTones(tracking, m_line, rate_Hz, m_bit);
         const double late = tracking.beginError(m_bit);
-        m_next += BEGIN_GAIN * late;
-        m_bit += LENGTH_GAIN * late / (SPAN_words * WORD_ELEMENTS);
+        m_next += m_own.beginGain * late;
+        m_bit += m_own.lengthGain * late / (m_own.span_words * WORD_ELEMENTS);
         m_line.baud = rate_Hz / m_bit;
     }
 
     Input m_input;
+    const TimeDiversityParameters& m_own;
     Line m_line;
     double m_bit;
     double m_next; // where the next word begins

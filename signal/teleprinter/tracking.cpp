@@ -9,12 +9,8 @@ namespace teleprinter {
 namespace {
 
 constexpr double PI = 3.14159265358979323846;
-constexpr double LENGTH_STEP = 0.008;  // of an element
-constexpr double LEAST_SCATTER = 0.02; // radians, squared
-// What the tones may drift from one time to the next.
-constexpr double CENTRE_DRIFT_Hz2 = 0.15;
-constexpr double SHIFT_DRIFT_Hz2 = 0.02;
-constexpr double BEGIN_STEP = 0.15; // of an element
+constexpr double LENGTH_STEP = 0.008; // of an element
+constexpr double BEGIN_STEP = 0.15;   // of an element
 
 // Where the parabola through three equally spaced heights has its top, in steps from the middle.
 double topOf(const double (&heights)[3])
@@ -82,7 +78,7 @@ double Tracking::fineVariance_Hz2(std::size_t tone, double rate_Hz, double bit) 
     if (m_magnitudes[tone] <= 0.0)
         return perRadian_Hz * perRadian_Hz;
     const double scatter = 2.0 * (1.0 - std::abs(m_turns[tone]) / m_magnitudes[tone]);
-    return (scatter + LEAST_SCATTER) / m_counts[tone] * perRadian_Hz * perRadian_Hz;
+    return (scatter + m_parameters.leastScatter) / m_counts[tone] * perRadian_Hz * perRadian_Hz;
 }
 
 double Tracking::lengthError() const
@@ -97,15 +93,17 @@ double Tracking::beginError(double bit) const
 
 void followTones(const Tracking& tracking, Line& line, double rate_Hz, double bit)
 {
+    const TrackingParameters& own = tracking.parameters();
     const double space_Hz = tracking.fineToneError_Hz(SPACE, rate_Hz, bit);
     const double mark_Hz = tracking.fineToneError_Hz(MARK, rate_Hz, bit);
     const double space_Hz2 = tracking.fineVariance_Hz2(SPACE, rate_Hz, bit);
     const double mark_Hz2 = tracking.fineVariance_Hz2(MARK, rate_Hz, bit);
     const double both_Hz2 = space_Hz2 * mark_Hz2 / (space_Hz2 + mark_Hz2);
     const double centreError_Hz = both_Hz2 * (space_Hz / space_Hz2 + mark_Hz / mark_Hz2);
-    const double centre_Hz = centreError_Hz * CENTRE_DRIFT_Hz2 / (CENTRE_DRIFT_Hz2 + both_Hz2);
+    const double centre_Hz =
+        centreError_Hz * own.centreDrift_Hz2 / (own.centreDrift_Hz2 + both_Hz2);
     const double shift_Hz =
-        (mark_Hz - space_Hz) * SHIFT_DRIFT_Hz2 / (SHIFT_DRIFT_Hz2 + space_Hz2 + mark_Hz2);
+        (mark_Hz - space_Hz) * own.shiftDrift_Hz2 / (own.shiftDrift_Hz2 + space_Hz2 + mark_Hz2);
     line.mark_Hz += centre_Hz + 0.5 * shift_Hz;
     line.space_Hz += centre_Hz - 0.5 * shift_Hz;
 }

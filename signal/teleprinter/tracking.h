@@ -3,6 +3,7 @@
 #pragma once
 
 #include "signal/teleprinter/line.h"
+#include "signal/teleprinter/parameters.h"
 #include "signal/teleprinter/tonepair.h"
 
 #include <complex>
@@ -22,8 +23,14 @@ struct Decided
 class Tracking
 {
 public:
+    explicit Tracking(const TrackingParameters& parameters = {})
+        : m_parameters(parameters)
+    {
+    }
+
     /// Takes characters into account; `bit` is the length of an element in samples.
     void add(const TonePair& tones, const std::vector<Decided>& characters, double bit);
+    const TrackingParameters& parameters() const { return m_parameters; }
     /// How far a tone is above where it was looked for; unambiguous within a baud.
     double toneError_Hz(std::size_t tone, double rate_Hz, double bit) const;
     /// The same from one element to the next: finer, within half a baud.
@@ -36,6 +43,7 @@ public:
     double beginError(double bit) const;
 
 private:
+    TrackingParameters m_parameters;
     ByTone<std::complex<double>> m_halves = {0.0, 0.0};
     ByTone<std::complex<double>> m_turns = {0.0, 0.0}; // from one element to the next
     ByTone<double> m_magnitudes = {0.0, 0.0};          // of these

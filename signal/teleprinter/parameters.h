@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: MIT
+// What the stages are tuned by. Behind the figures stand rows of bench/teleprinter that tell a good
+// value from a bad one; "silence" is what is heard there where no teleprinter sends.
+#pragma once
+
+#include <string>
+
+namespace teleprinter {
+
+/// Where tones may be (spectrum.h).
+struct SpectrumParameters
+{
+    double leastExcess = 1.35;         ///< power of a tone over that of the noise about it
+    double mostUnequal = 300.0;        ///< powers of two tones of one signal (row: selective)
+    double knownTolerance_Hz = 50.0;   ///< of a centre that was known
+    double knownShiftTolerance = 0.12; ///< of a shift that was known, and as much of the speed
+    double leastIndex = 0.45;          ///< shift over speed (row: ascii300)
+    double mostMerged = 1.6;           ///< shift over speed up to which tones make one hump
+    double leastReach_Hz = 22.0;       ///< width of a tone to each side, at least
+    double toneReach = 0.25;           ///< the same, of the speed
+    double noiseReach_Hz = 250.0;      ///< beyond the tones, where noise is measured
+    double noiseDistance = 1.5;        ///< of that from the tones, at least, in speeds
+};
+
+/// How strong the tones are (evidence.h).
+struct EvidenceParameters
+{
+    double followed_s = 0.1;  ///< levels are averaged over so much, both ways (row: rayleigh)
+    float steady_bits = 0.1F; ///< the level of the whole span counts as so many elements nearby
+    float leastStrength = 0.05F;
+    /// What a tone leaves in the other's filter is no noise but grows with it: beyond this, a
+    /// stronger signal is no surer (row: echo).
+    double mostStrength_per_s = 4500.0;
+};
+
+/// Characters and pauses (framing.h). Costs are logarithms of probabilities.
+struct FramingParameters
+{
+    float silenceBegins = -6.0F;
+    float signalBegins = -6.0F;
+    float character = -1.0F;
+    /// A start that is worse than this by any reading is not looked at again.
+    float worthRefining = -6.0F;
+    float doubted = 7.0F; ///< an element that is surer than this is not tried both ways
+    int mostDoubted = 5;  ///< of the others, so many are
+    float learntFrom =
+        12.0F; ///< characters, until the pauses are believed to be known (row: typed)
+    float leastLearnt = 1.0F;
+    float remembered = 60.0F; ///< characters
+    float anyPause = 0.05F;   ///< share of pauses that are like no other
+};
+
+/// How tones are followed (tracking.h).
+struct TrackingParameters
+{
+    double leastScatter = 0.02; ///< radians, squared
+    // What the tones may drift from one time to the next (row: drift).
+    double centreDrift_Hz2 = 0.15;
+    double shiftDrift_Hz2 = 0.02;
+};
+
+/// Whether there is a line (acquisition.h). Rows: snr-4 for too strict, silence for too lax.
+struct AcquisitionParameters
+{
+    // So many characters hold together so well.
+    int leastCharacters = 8;
+    double leastFraming = 10.0;     ///< in all
+    double leastFramingMean = 0.35; ///< a character; 1.39 is all there can be
+    double leastScoreMean = 2.0;    ///< a character
+    double leastOccupied = 0.4;     ///< of the span
+    double mostUnexplained = 0.1;   ///< of the span
+    // Share of the commonest character: all that hum and other regular sounds bring, and a third of
+    // what phasing signals look like.
+    double tooOften = 0.8;
+    double often = 0.33;
+    /// Share of neighbouring elements that differ, of characters of seven or eight: hum beats, text
+    /// does not. ITA2 has a test text that does.
+    double mostRegular = 0.75;
+    double leastMargin = 15.0; ///< over any other line
+    /// Framing from which an attempt is a rival by its form; of others, only one that fits so much
+    /// better in strength is (row: ascii300).
+    double leastForm = 3.0;
+    double mostStronger = 1.1;
+    /// Share of characters by which more have to have the form of another line than of the one that
+    /// is followed (rows: ascii300, stop1).
+    double toChange = 0.1;
+    /// Of Fit::contrast: 0.55 is noise at both tones.
+    double mostContrast = 0.46;
+    /// The first element of ASCII is the same but once in so many characters, and what each
+    /// character loses for it (row: ascii200).
+    int steadyFirst = 20;
+    double costOfSteadyFirst = 2.0;
+    int refined = 4; ///< of the first attempts
+    int rounds = 2;
+    // The tones of one signal are on in turn: their energies go against each other.
+    // These are summed up over the shorter of two spans.
+    double exclusion_s = 0.012;
+    double exclusion_bits = 0.9;
+    double leastExclusion = 0.12;
+    int mostPairs = 4; ///< of tones, for each width
+};
+
+/// A start-stop line that is followed (startstop.h).
+struct StartStopParameters
+{
+    // Decided in spans of so much, of which the last part only helps to decide what is before it.
+    double span_s = 2.0;
+    double ahead_s = 0.7;
+    double leastAhead_characters = 3.0;
+    double before_s = 0.5;   ///< heard again, for the levels
+    double noise_s = 3.0;    ///< over which the noise is measured
+    double lengthGain = 0.3; ///< share of the clock's error in a span that is followed (row: fast)
+    double mostLengthError = 0.05;
+    int knownAfter = 2;         ///< spans, until phases are kept through a character (row: snr-2)
+    double overAfter_s = 3.0;   ///< without either tone (row: rayleigh)
+    double idleAtMost_s = 20.0; ///< without a character
+    float present_per_s = 8.0F; ///< logarithm of the likelihood of a signal
+    float leastFramingMean = 0.1F;
+    float goodFrame = 3.0F; ///< score from which a character shows tones and clock
+    float doubtful = 3.0F;  ///< least margin of an element
+};
+
+/// A line in time diversity (timediversity.h).
+struct TimeDiversityParameters
+{
+    int span_words = 16;
+    double before_s = 0.5;
+    double noise_s = 3.0;
+    // The clock is seen from how the begins of words move, span by span.
+    double beginGain = 0.5;
+    double lengthGain = 0.08;
+    int knownAfter = 2;
+    float present = 2.0F;      ///< of a word: logarithm of the likelihood of a signal
+    float presentTwice = 9.0F; ///< of a character
+    float doubtful = 3.0F;     ///< margin of a character
+    float formless = 0.2F;     ///< mean of a word; 1.3 is all there can be
+    double overAfter_s = 3.0;
+    // Which words repeat others.
+    float faded = 0.95F; ///< of what was known of the order, a character
+    float sureOrder = 6.0F;
+};
+
+/// When is looked for a line (receiver.h).
+struct SearchParameters
+{
+    double every_s = 0.5;
+    // A strong signal is found in the shorter span, a weak one in the longer.
+    double short_s = 2.5;
+    double long_s = 7.0;
+    int longEvery = 4; ///< searches
+    // The wait between searches grows where there is nothing to be found.
+    double waitGrows = 1.15;
+    double longestWait_s = 1.5;
+    // The first seconds may have looked like another line than what follows.
+    double checkEvery_s = 2.5;
+    int checks = 2;
+    double heardAgain_s = 9.0; ///< of what came before a signal was noticed
+};
+
+struct Parameters
+{
+    SpectrumParameters spectrum;
+    EvidenceParameters evidence;
+    FramingParameters framing;
+    TrackingParameters tracking;
+    AcquisitionParameters acquisition;
+    StartStopParameters startStop;
+    TimeDiversityParameters timeDiversity;
+    SearchParameters search;
+};
+
+/// Sets "part.member" by its name, for sweeps; false when there is none, or it is no number.
+bool setParameter(Parameters& parameters, const std::string& name, double value);
+
+} // namespace teleprinter
