@@ -80,7 +80,7 @@ struct AcquisitionParameters
     /// Framing from which an attempt is a rival by its form; of others, only one that fits so much
     /// better in strength is (row: ascii300).
     double leastForm = 3.0;
-    double mostStronger = 1.1;
+    double mostStronger = 1.0;
     /// Share of characters by which more have to have the form of another line than of the one that
     /// is followed (rows: ascii300, stop1).
     double toChange = 0.1;
