@@ -235,7 +235,7 @@ private Q_SLOTS:
         const QString longer = dir.filePath("longer.flac");
         QProcess sox;
         sox.start("sox", {RECORDING, longer, "pad", "100"});
-        QVERIFY(sox.waitForFinished(60000));
+        QVERIFY(sox.waitForFinished(testsupport::HANGS_ms));
         QCOMPARE(sox.exitCode(), 0);
         const QStringList words = {"inspect",  longer, "--from", "1:55",
                                    "--length", "20",   "-o",     "-"};

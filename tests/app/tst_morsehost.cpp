@@ -255,7 +255,7 @@ private Q_SLOTS:
         process.start(QStringLiteral(MORSEHOST_PATH), {"decode", "-"});
         process.write(bytes);
         QByteArray out;
-        while (!out.contains("PARIS PARIS") && process.waitForReadyRead(60000))
+        while (!out.contains("PARIS PARIS") && process.waitForReadyRead(testsupport::HANGS_ms))
             out += process.readAllStandardOutput();
         QVERIFY2(out.contains("PARIS PARIS"), out.constData());
         process.closeWriteChannel();
@@ -443,7 +443,7 @@ private Q_SLOTS:
         append(samples, std::vector<float>(static_cast<std::size_t>(10 * RATE_HZ)));
         process.write(raw(samples));
         QByteArray out;
-        while (!out.endsWith('\n') && process.waitForReadyRead(60000))
+        while (!out.endsWith('\n') && process.waitForReadyRead(testsupport::HANGS_ms))
             out += process.readAllStandardOutput();
         QCOMPARE(out, QByteArray("PARIS\n"));
         process.closeWriteChannel();
@@ -626,7 +626,7 @@ private Q_SLOTS:
         process.start(QStringLiteral(MORSEHOST_PATH), {"decode", "-"});
         process.write(contentOf(path).chopped(100));
         QByteArray out;
-        while (!out.contains("PARIS") && process.waitForReadyRead(60000))
+        while (!out.contains("PARIS") && process.waitForReadyRead(testsupport::HANGS_ms))
             out += process.readAllStandardOutput();
         QVERIFY(out.contains("PARIS"));
         ::kill(static_cast<pid_t>(process.processId()), SIGINT);
