@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the stages are tuned by. Behind the figures stand rows of bench/teleprinter that tell a good
+// What the stages are tuned by. Behind the figures stand rows of bench/teleprinter that show a good
 // value from a bad one; "silence" is what is heard there where no teleprinter sends.
 #pragma once
 

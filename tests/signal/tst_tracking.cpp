@@ -83,7 +83,7 @@ private Q_SLOTS:
         QVERIFY(isNear(tracking.beginError(BIT), 0.0, 0.02 * BIT));
     }
 
-    // Each tone by itself, and beyond what one element to the next can tell.
+    // Each tone by itself, and beyond what one element to the next can show.
     void tonesAreFoundEachByItself()
     {
         Off off;
