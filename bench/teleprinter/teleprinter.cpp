@@ -1,23 +1,23 @@
 // SPDX-License-Identifier: MIT
 // Makes the corpus and scores decoders on it; see README.md.
 #include "reception/corpus.h"
+#include "scoring.h"
 #include "signal/teleprinter/receiver.h"
 #include "teleprinter/corpus.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <numeric>
 #include <string>
-#include <sys/resource.h>
-#include <unistd.h>
 #include <vector>
 
 namespace {
 
+using bench::Cost;
+using bench::Meter;
+using bench::Rates;
 using teleprinterbench::Condition;
 using teleprinterbench::Recording;
 
@@ -58,31 +58,13 @@ struct Options
     std::vector<std::string> others; // directory, or NAME=COMMAND
 };
 
-struct Cost
-{
-    double signal_s = 0.0;
-    double processor_s = 0.0;
-
-    double timesRealTime() const { return signal_s / std::max(processor_s, 1e-9); }
-};
-
-double processor_s(int who)
-{
-    rusage usage = {};
-    getrusage(who, &usage);
-    const auto seconds = [](const timeval& time) {
-        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
-    };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
-
 TextList receive(const std::vector<float>& samples, const Options& options, Cost& cost)
 {
     teleprinter::Settings settings;
     settings.parameters = options.parameters;
     settings.sampleRate_Hz = teleprinterbench::RATE_Hz;
     TextList sink;
-    const double begin_s = processor_s(RUSAGE_SELF);
+    const Meter meter(cost, static_cast<double>(samples.size()) / teleprinterbench::RATE_Hz);
     teleprinter::Receiver receiver(settings, sink);
     constexpr std::size_t PIECE = 800;
     for (std::size_t at = 0; at < samples.size(); at += PIECE) {
@@ -91,8 +73,6 @@ TextList receive(const std::vector<float>& samples, const Options& options, Cost
         receiver.push(samples.data() + at, count);
     }
     receiver.finish();
-    cost.processor_s += processor_s(RUSAGE_SELF) - begin_s;
-    cost.signal_s += static_cast<double>(samples.size()) / teleprinterbench::RATE_Hz;
     return sink;
 }
 
@@ -106,77 +86,27 @@ void showLines(const TextList& heard)
     }
 }
 
-std::string replaced(std::string command, const std::string& what, const std::string& with)
+// As short as a number can be written.
+std::string plain(double number)
 {
-    for (std::size_t at = command.find(what); at != std::string::npos;
-         at = command.find(what, at + with.size()))
-        command.replace(at, what.size(), with);
-    return command;
+    char text[32];
+    std::snprintf(text, sizeof text, "%g", number);
+    return text;
 }
 
-// What a program writes to its standard output for a recording.
+// What another program writes for a recording.
 std::string run(const std::string& command, const std::string& wave, const Condition& condition,
                 const Recording& recording, Cost& cost)
 {
     const double half_Hz = (recording.path.reversed ? -0.5 : 0.5) * recording.path.shift_Hz;
-    char baud[32];
-    std::snprintf(baud, sizeof baud, "%g", condition.machine.baud);
-    std::string line = replaced(command, "{}", wave);
-    line = replaced(line, "{baud}", baud);
-    line =
-        replaced(line, "{mark}", std::to_string(std::lround(recording.path.centre_Hz + half_Hz)));
-    line =
-        replaced(line, "{space}", std::to_string(std::lround(recording.path.centre_Hz - half_Hz)));
-    char stop[32];
-    std::snprintf(stop, sizeof stop, "%g", condition.machine.stop_bits);
-    line = replaced(line, "{stop}", stop);
-    std::string text;
-    const double begin_s = processor_s(RUSAGE_CHILDREN);
-    FILE* pipe = popen(("{ " + line + "; } 2>/dev/null").c_str(), "r");
-    if (pipe == nullptr)
-        return text;
-    char buffer[4096];
-    for (std::size_t count = fread(buffer, 1, sizeof buffer, pipe); count > 0;
-         count = fread(buffer, 1, sizeof buffer, pipe))
-        text.append(buffer, count);
-    pclose(pipe);
-    cost.processor_s += processor_s(RUSAGE_CHILDREN) - begin_s;
-    cost.signal_s += static_cast<double>(recording.samples.size()) / teleprinterbench::RATE_Hz;
-    return text;
-}
-
-// Error rates of recordings, in percent.
-struct Rates
-{
-    std::vector<double> each;
-
-    double mean() const
-    {
-        return std::accumulate(each.begin(), each.end(), 0.0) / static_cast<double>(each.size());
-    }
-    double standardError() const
-    {
-        const auto count = static_cast<double>(each.size());
-        double squares = 0.0;
-        for (const double rate : each)
-            squares += (rate - mean()) * (rate - mean());
-        return count > 1.0 ? std::sqrt(squares / (count - 1.0) / count) : 0.0;
-    }
-    std::string text() const
-    {
-        char buffer[64];
-        if (standardError() < 0.005)
-            std::snprintf(buffer, sizeof buffer, "%.2f", mean());
-        else
-            std::snprintf(buffer, sizeof buffer, "%.2f ± %.2f", mean(), standardError());
-        return buffer;
-    }
-};
-
-bool wanted(const Options& options, const Condition& condition)
-{
-    return options.only.empty() ||
-           ("," + options.only + ",").find("," + condition.name + ",") != std::string::npos;
+    return bench::outputOf(
+        command,
+        {{"{}", wave},
+         {"{baud}", plain(condition.machine.baud)},
+         {"{mark}", std::to_string(std::lround(recording.path.centre_Hz + half_Hz))},
+         {"{space}", std::to_string(std::lround(recording.path.centre_Hz - half_Hz))},
+         {"{stop}", plain(condition.machine.stop_bits)}},
+        static_cast<double>(recording.samples.size()) / teleprinterbench::RATE_Hz, cost);
 }
 
 template <typename Function>
@@ -200,7 +130,7 @@ int measure(const Options& options)
 {
     Cost all;
     for (const Condition& condition : teleprinterbench::conditions()) {
-        if (!wanted(options, condition))
+        if (!bench::isAmong(options.only, condition.name))
             continue;
         Rates rates;
         Cost cost;
@@ -224,8 +154,7 @@ int measure(const Options& options)
             std::printf(" %.1f", rate);
         std::printf("\n");
         std::fflush(stdout);
-        all.signal_s += cost.signal_s;
-        all.processor_s += cost.processor_s;
+        all += cost;
     }
     std::printf("%.0f s of signal in %.2f s of processor time: %.0f times real time\n",
                 all.signal_s, all.processor_s, all.timesRealTime());
@@ -267,7 +196,7 @@ int make(const Options& options)
     const std::filesystem::path directory = options.others.empty() ? "." : options.others.front();
     std::filesystem::create_directories(directory);
     for (const Condition& condition : teleprinterbench::conditions()) {
-        if (!wanted(options, condition))
+        if (!bench::isAmong(options.only, condition.name))
             continue;
         if (!options.text.empty()) {
             std::ifstream file(options.text, std::ios::binary);
@@ -289,32 +218,31 @@ int make(const Options& options)
 // A table: ours and other programs on the same recordings.
 int score(const Options& options)
 {
+    const std::vector<bench::Peer> peers = bench::peersOf(options.others);
     std::printf("| condition | ours |");
-    for (const std::string& other : options.others)
-        std::printf(" %s |", other.substr(0, other.find('=')).c_str());
+    for (const bench::Peer& peer : peers)
+        std::printf(" %s |", peer.name.c_str());
     std::printf("\n|---|---:|");
-    for (std::size_t i = 0; i < options.others.size(); ++i)
+    for (std::size_t i = 0; i < peers.size(); ++i)
         std::printf("---:|");
     std::printf("\n");
     Cost ours;
-    std::vector<Cost> costs(options.others.size());
-    const std::filesystem::path wave = std::filesystem::temp_directory_path() /
-                                       ("teleprinter-" + std::to_string(getpid()) + ".wav");
+    std::vector<Cost> costs(peers.size());
+    const bench::TemporaryWave wave;
     for (const Condition& condition : teleprinterbench::conditions()) {
-        if (!wanted(options, condition))
+        if (!bench::isAmong(options.only, condition.name))
             continue;
         Rates rates;
-        std::vector<Rates> others(options.others.size());
+        std::vector<Rates> others(peers.size());
         forAll(options, condition, [&](const Recording& recording) {
             rates.each.push_back(
                 100.0 * teleprinterbench::errorRate(
                             recording.sent, receive(recording.samples, options, ours).text));
-            if (!options.others.empty())
-                reception::writeWave(wave.string(), recording.samples);
-            for (std::size_t i = 0; i < options.others.size(); ++i) {
-                const std::string& other = options.others[i];
-                const std::string received = run(other.substr(other.find('=') + 1), wave.string(),
-                                                 condition, recording, costs[i]);
+            if (!peers.empty())
+                reception::writeWave(wave.path(), recording.samples);
+            for (std::size_t i = 0; i < peers.size(); ++i) {
+                const std::string received =
+                    run(peers[i].command, wave.path(), condition, recording, costs[i]);
                 others[i].each.push_back(100.0 *
                                          teleprinterbench::errorRate(recording.sent, received));
             }
@@ -329,8 +257,6 @@ int score(const Options& options)
     for (const Cost& cost : costs)
         std::printf(" %.0f |", cost.timesRealTime());
     std::printf("\n");
-    std::error_code ignored;
-    std::filesystem::remove(wave, ignored);
     return 0;
 }
 
@@ -351,35 +277,20 @@ int main(int argc, char** argv)
         return usage();
     Options options;
     options.command = argv[1];
-    for (int i = 2; i < argc; ++i) {
-        const std::string argument = argv[i];
-        const auto value = [&] { return i + 1 < argc ? std::string(argv[++i]) : std::string(); };
-        if (argument == "--set")
-            options.set = value();
-        else if (argument == "--seeds")
-            options.seeds = std::strtoul(value().c_str(), nullptr, 10);
-        else if (argument == "--length")
-            options.length = std::strtoul(value().c_str(), nullptr, 10);
-        else if (argument == "--only")
-            options.only = value();
-        else if (argument == "--hours")
-            options.hours = std::strtod(value().c_str(), nullptr);
-        else if (argument == "--text")
-            options.text = value();
-        else if (argument == "--show")
-            options.show = true;
-        else if (argument == "--with") {
-            const std::string setting = value();
-            const std::size_t equals = setting.find('=');
-            if (equals == std::string::npos ||
-                !teleprinter::setParameter(options.parameters, setting.substr(0, equals),
-                                           std::strtod(setting.c_str() + equals + 1, nullptr))) {
-                std::fprintf(stderr, "no such parameter: %s\n", setting.c_str());
-                return 2;
-            }
-        } else
-            options.others.push_back(argument);
-    }
+    const std::vector<bench::Option> rows = {
+        {"--set", options.set},
+        {"--seeds", options.seeds, 1},
+        {"--length", options.length, 1},
+        {"--only", options.only},
+        {"--hours", options.hours},
+        {"--text", options.text},
+        {"--show", options.show},
+        bench::Option([&options](const std::string& member, double value) {
+            return teleprinter::setParameter(options.parameters, member, value);
+        }),
+    };
+    if (!bench::readOptions(argc, argv, rows, options.others))
+        return usage();
     if (options.command == "list")
         return list();
     if (options.command == "measure")

@@ -1,129 +1,101 @@
 // SPDX-License-Identifier: MIT
 #include "signal/teleprinter/parameters.h"
 
-#include <cmath>
-#include <variant>
+#include "signal/parameterrow.h"
 
 namespace teleprinter {
 
-namespace {
-
-struct Row
-{
-    const char* name;
-    std::variant<double*, float*, int*> value;
-};
-
-} // namespace
-
 bool setParameter(Parameters& parameters, const std::string& name, double value)
 {
-#define ROW(member)                                                                                \
-    Row                                                                                            \
-    {                                                                                              \
-#member, &parameters.member                                                                \
-    }
-    const Row rows[] = {
-        ROW(spectrum.leastExcess),
-        ROW(spectrum.mostUnequal),
-        ROW(spectrum.knownTolerance_Hz),
-        ROW(spectrum.knownShiftTolerance),
-        ROW(spectrum.leastIndex),
-        ROW(spectrum.mostMerged),
-        ROW(spectrum.leastReach_Hz),
-        ROW(spectrum.toneReach),
-        ROW(spectrum.noiseReach_Hz),
-        ROW(spectrum.noiseDistance),
-        ROW(evidence.followed_s),
-        ROW(evidence.steady_bits),
-        ROW(evidence.leastStrength),
-        ROW(evidence.mostStrength_per_s),
-        ROW(framing.silenceBegins),
-        ROW(framing.signalBegins),
-        ROW(framing.character),
-        ROW(framing.worthRefining),
-        ROW(framing.doubted),
-        ROW(framing.mostDoubted),
-        ROW(framing.learntFrom),
-        ROW(framing.leastLearnt),
-        ROW(framing.remembered),
-        ROW(framing.anyPause),
-        ROW(tracking.leastScatter),
-        ROW(tracking.centreDrift_Hz2),
-        ROW(tracking.shiftDrift_Hz2),
-        ROW(acquisition.leastCharacters),
-        ROW(acquisition.leastFraming),
-        ROW(acquisition.leastFramingMean),
-        ROW(acquisition.leastScoreMean),
-        ROW(acquisition.leastOccupied),
-        ROW(acquisition.mostUnexplained),
-        ROW(acquisition.tooOften),
-        ROW(acquisition.often),
-        ROW(acquisition.mostRegular),
-        ROW(acquisition.leastMargin),
-        ROW(acquisition.leastForm),
-        ROW(acquisition.mostStronger),
-        ROW(acquisition.toChange),
-        ROW(acquisition.mostContrast),
-        ROW(acquisition.steadyFirst),
-        ROW(acquisition.costOfSteadyFirst),
-        ROW(acquisition.refined),
-        ROW(acquisition.rounds),
-        ROW(acquisition.exclusion_s),
-        ROW(acquisition.exclusion_bits),
-        ROW(acquisition.leastExclusion),
-        ROW(acquisition.mostPairs),
-        ROW(startStop.span_s),
-        ROW(startStop.ahead_s),
-        ROW(startStop.leastAhead_characters),
-        ROW(startStop.before_s),
-        ROW(startStop.noise_s),
-        ROW(startStop.lengthGain),
-        ROW(startStop.mostLengthError),
-        ROW(startStop.knownAfter),
-        ROW(startStop.overAfter_s),
-        ROW(startStop.idleAtMost_s),
-        ROW(startStop.present_per_s),
-        ROW(startStop.leastFramingMean),
-        ROW(startStop.goodFrame),
-        ROW(startStop.doubtful),
-        ROW(timeDiversity.span_words),
-        ROW(timeDiversity.before_s),
-        ROW(timeDiversity.noise_s),
-        ROW(timeDiversity.beginGain),
-        ROW(timeDiversity.lengthGain),
-        ROW(timeDiversity.knownAfter),
-        ROW(timeDiversity.present),
-        ROW(timeDiversity.presentTwice),
-        ROW(timeDiversity.doubtful),
-        ROW(timeDiversity.formless),
-        ROW(timeDiversity.overAfter_s),
-        ROW(timeDiversity.faded),
-        ROW(timeDiversity.sureOrder),
-        ROW(search.every_s),
-        ROW(search.short_s),
-        ROW(search.long_s),
-        ROW(search.longEvery),
-        ROW(search.waitGrows),
-        ROW(search.longestWait_s),
-        ROW(search.checkEvery_s),
-        ROW(search.checks),
-        ROW(search.heardAgain_s),
-    };
-#undef ROW
-    if (!std::isfinite(value))
-        return false;
-    for (const Row& row : rows) {
-        if (name != row.name)
-            continue;
-        std::visit(
-            [value](auto* member) {
-                *member = static_cast<std::decay_t<decltype(*member)>>(value);
-            },
-            row.value);
-        return true;
-    }
-    return false;
+    return demodulator::setByName(
+        {
+            PARAMETER_ROW(spectrum.leastExcess),
+            PARAMETER_ROW(spectrum.mostUnequal),
+            PARAMETER_ROW(spectrum.knownTolerance_Hz),
+            PARAMETER_ROW(spectrum.knownShiftTolerance),
+            PARAMETER_ROW(spectrum.leastIndex),
+            PARAMETER_ROW(spectrum.mostMerged),
+            PARAMETER_ROW(spectrum.leastReach_Hz),
+            PARAMETER_ROW(spectrum.toneReach),
+            PARAMETER_ROW(spectrum.noiseReach_Hz),
+            PARAMETER_ROW(spectrum.noiseDistance),
+            PARAMETER_ROW(evidence.followed_s),
+            PARAMETER_ROW(evidence.steady_bits),
+            PARAMETER_ROW(evidence.leastStrength),
+            PARAMETER_ROW(evidence.mostStrength_per_s),
+            PARAMETER_ROW(framing.silenceBegins),
+            PARAMETER_ROW(framing.signalBegins),
+            PARAMETER_ROW(framing.character),
+            PARAMETER_ROW(framing.worthRefining),
+            PARAMETER_ROW(framing.doubted),
+            PARAMETER_ROW(framing.mostDoubted),
+            PARAMETER_ROW(framing.learntFrom),
+            PARAMETER_ROW(framing.leastLearnt),
+            PARAMETER_ROW(framing.remembered),
+            PARAMETER_ROW(framing.anyPause),
+            PARAMETER_ROW(tracking.leastScatter),
+            PARAMETER_ROW(tracking.centreDrift_Hz2),
+            PARAMETER_ROW(tracking.shiftDrift_Hz2),
+            PARAMETER_ROW(acquisition.leastCharacters),
+            PARAMETER_ROW(acquisition.leastFraming),
+            PARAMETER_ROW(acquisition.leastFramingMean),
+            PARAMETER_ROW(acquisition.leastScoreMean),
+            PARAMETER_ROW(acquisition.leastOccupied),
+            PARAMETER_ROW(acquisition.mostUnexplained),
+            PARAMETER_ROW(acquisition.tooOften),
+            PARAMETER_ROW(acquisition.often),
+            PARAMETER_ROW(acquisition.mostRegular),
+            PARAMETER_ROW(acquisition.leastMargin),
+            PARAMETER_ROW(acquisition.leastForm),
+            PARAMETER_ROW(acquisition.mostStronger),
+            PARAMETER_ROW(acquisition.toChange),
+            PARAMETER_ROW(acquisition.mostContrast),
+            PARAMETER_ROW(acquisition.steadyFirst),
+            PARAMETER_ROW(acquisition.costOfSteadyFirst),
+            PARAMETER_ROW(acquisition.refined),
+            PARAMETER_ROW(acquisition.rounds),
+            PARAMETER_ROW(acquisition.exclusion_s),
+            PARAMETER_ROW(acquisition.exclusion_bits),
+            PARAMETER_ROW(acquisition.leastExclusion),
+            PARAMETER_ROW(acquisition.mostPairs),
+            PARAMETER_ROW(startStop.span_s),
+            PARAMETER_ROW(startStop.ahead_s),
+            PARAMETER_ROW(startStop.leastAhead_characters),
+            PARAMETER_ROW(startStop.before_s),
+            PARAMETER_ROW(startStop.noise_s),
+            PARAMETER_ROW(startStop.lengthGain),
+            PARAMETER_ROW(startStop.mostLengthError),
+            PARAMETER_ROW(startStop.knownAfter),
+            PARAMETER_ROW(startStop.overAfter_s),
+            PARAMETER_ROW(startStop.idleAtMost_s),
+            PARAMETER_ROW(startStop.present_per_s),
+            PARAMETER_ROW(startStop.leastFramingMean),
+            PARAMETER_ROW(startStop.goodFrame),
+            PARAMETER_ROW(startStop.doubtful),
+            PARAMETER_ROW(timeDiversity.span_words),
+            PARAMETER_ROW(timeDiversity.before_s),
+            PARAMETER_ROW(timeDiversity.noise_s),
+            PARAMETER_ROW(timeDiversity.beginGain),
+            PARAMETER_ROW(timeDiversity.lengthGain),
+            PARAMETER_ROW(timeDiversity.knownAfter),
+            PARAMETER_ROW(timeDiversity.present),
+            PARAMETER_ROW(timeDiversity.presentTwice),
+            PARAMETER_ROW(timeDiversity.doubtful),
+            PARAMETER_ROW(timeDiversity.formless),
+            PARAMETER_ROW(timeDiversity.overAfter_s),
+            PARAMETER_ROW(timeDiversity.faded),
+            PARAMETER_ROW(timeDiversity.sureOrder),
+            PARAMETER_ROW(search.every_s),
+            PARAMETER_ROW(search.short_s),
+            PARAMETER_ROW(search.long_s),
+            PARAMETER_ROW(search.longEvery),
+            PARAMETER_ROW(search.waitGrows),
+            PARAMETER_ROW(search.longestWait_s),
+            PARAMETER_ROW(search.checkEvery_s),
+            PARAMETER_ROW(search.checks),
+            PARAMETER_ROW(search.heardAgain_s),
+        },
+        name, value);
 }
 
 } // namespace teleprinter

@@ -119,6 +119,11 @@ QString archiveKey(const QString& station, const Transmission& transmission)
     return QUuid::createUuidV5(keyNamespace(), all).toString(QUuid::WithoutBraces);
 }
 
+ArchiveRecord archiveRecordOf(const QString& station, const Transmission& transmission)
+{
+    return {archiveKey(station, transmission), station, transmission};
+}
+
 QByteArray toLine(const ArchiveRecord& record)
 {
     Object object;

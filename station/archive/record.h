@@ -25,6 +25,9 @@ struct ArchiveRecord
 /// receiver, source, decoder, signal number, begin and text.
 QString archiveKey(const QString& station, const Transmission& transmission);
 
+/// The record of a transmission that a station received, its key included.
+ArchiveRecord archiveRecordOf(const QString& station, const Transmission& transmission);
+
 /// One line without a line end, for a spool. `archiveRecordOf` reads it back exactly.
 QByteArray toLine(const ArchiveRecord& record);
 /// Nothing for whatever is no such line.

@@ -208,11 +208,9 @@ void StationService::take(const Receiver& receiver, const QJsonObject& object)
         publisher->heard(receiver.settings().name, object);
     if (object.value(QLatin1String("event")) != QLatin1String("transmission"))
         return;
-    ArchiveRecord record;
-    record.station = m_configuration.name;
-    record.transmission = transmissionOf(object);
-    record.transmission.receiver = receiver.settings().name;
-    record.key = archiveKey(record.station, record.transmission);
+    Transmission transmission = transmissionOf(object);
+    transmission.receiver = receiver.settings().name;
+    const ArchiveRecord record = archiveRecordOf(m_configuration.name, transmission);
     m_unkept.push_back(record);
     keepUnsent();
     for (Publisher* const publisher : m_publishers)

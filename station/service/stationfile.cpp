@@ -9,6 +9,7 @@
 #include <QSettings>
 
 #include <algorithm>
+#include <optional>
 
 namespace morsehost {
 
@@ -145,94 +146,105 @@ public:
 
     void fail(const QString& text, const char* key = "")
     {
-        const ConfigurationFault fault = {m_lines.of(m_section, QLatin1String(key)), text};
-        const auto isSame = [&fault](const ConfigurationFault& other) {
-            return other.line == fault.line && other.text == fault.text;
-        };
-        // A key that serves two purposes is read twice.
-        if (std::none_of(m_faults.begin(), m_faults.end(), isSame))
-            m_faults.push_back(fault);
+        m_faults.push_back({m_lines.of(m_section, QLatin1String(key)), text});
     }
 
-    QString text(const char* key)
+    bool has(const char* key) const { return m_settings.contains(pathOf(key)); }
+    /// Values that are none give nothing, or `otherwise`: check() has the faults.
+    QString text(const char* key) const
     {
-        const QVariant value = m_settings.value(m_section + QLatin1Char('/') + QLatin1String(key));
-        // A comma separates the parts of a list.
-        if (value.type() == QVariant::StringList) {
-            fail(QStringLiteral("%1 holds a comma: put the value between quotes")
-                     .arg(QLatin1String(key)),
-                 key);
-            return {};
-        }
-        return value.toString().trimmed();
+        const QVariant value = m_settings.value(pathOf(key));
+        return isList(value) ? QString() : value.toString().trimmed();
     }
-
-    bool has(const char* key)
+    double number(const char* key, double otherwise) const
     {
-        return m_settings.contains(m_section + QLatin1Char('/') + QLatin1String(key));
+        return has(key) ? numberOf(rowOf(key), text(key)).value_or(otherwise) : otherwise;
     }
-
-    double number(const char* key, double otherwise)
+    bool isOn(const char* key, bool otherwise) const
     {
-        if (!has(key))
-            return otherwise;
-        const KeyRow& row = rowOf(key);
-        bool ok = false;
-        const double value = text(key).toDouble(&ok);
-        if (ok && value >= row.least && value <= row.most &&
-            (row.kind != Kind::WholeNumber || value == double(qint64(value))))
-            return value;
-        fail(QStringLiteral("%1 takes a %2number from %3 to %4, not '%5'")
-                 .arg(QLatin1String(key),
-                      QLatin1String(row.kind == Kind::WholeNumber ? "whole " : ""))
-                 .arg(row.least, 0, 'g', 12)
-                 .arg(row.most, 0, 'g', 12)
-                 .arg(text(key)),
-             key);
-        return otherwise;
+        return has(key) ? switchOf(text(key)).value_or(otherwise) : otherwise;
     }
 
-    bool isOn(const char* key, bool otherwise)
-    {
-        if (!has(key))
-            return otherwise;
-        const QString value = text(key).toLower();
-        if (value == QLatin1String("true") || value == QLatin1String("yes"))
-            return true;
-        if (value == QLatin1String("false") || value == QLatin1String("no"))
-            return false;
-        fail(QStringLiteral("%1 takes true or false, not '%2'").arg(QLatin1String(key), value),
-             key);
-        return otherwise;
-    }
-
-    // Keys that nobody knows are mistyped ones.
-    void checkKeys()
+    /// Every key: whether there is one of that name, and what it holds.
+    void check()
     {
         m_settings.beginGroup(m_section);
         const QStringList keys = m_settings.childKeys();
         m_settings.endGroup();
         for (const QString& key : keys) {
-            bool isKnown = false;
-            for (const KeyRow& row : KEYS)
-                isKnown = isKnown || (qstrcmp(m_kind, row.key.section) == 0 &&
-                                      key == QLatin1String(row.key.name));
-            if (!isKnown)
+            const QByteArray name = key.toUtf8();
+            const KeyRow* const row = findRow(name.constData());
+            if (!row)
                 fail(
                     QStringLiteral("no key '%1' in a [%2] section").arg(key, QLatin1String(m_kind)),
-                    key.toUtf8().constData());
+                    name.constData());
+            else
+                checkValue(*row, key);
         }
     }
 
 private:
-    const KeyRow& rowOf(const char* key) const
+    QString pathOf(const char* key) const
     {
-        const KeyRow* found = &KEYS[0];
+        return m_section + QLatin1Char('/') + QLatin1String(key);
+    }
+
+    // A comma separates the parts of a list.
+    static bool isList(const QVariant& value) { return value.type() == QVariant::StringList; }
+
+    static std::optional<double> numberOf(const KeyRow& row, const QString& text)
+    {
+        bool ok = false;
+        const double value = text.toDouble(&ok);
+        if (!ok || value < row.least || value > row.most ||
+            (row.kind == Kind::WholeNumber && value != double(qint64(value))))
+            return std::nullopt;
+        return value;
+    }
+
+    static std::optional<bool> switchOf(const QString& text)
+    {
+        const QString value = text.toLower();
+        if (value == QLatin1String("true") || value == QLatin1String("yes"))
+            return true;
+        if (value == QLatin1String("false") || value == QLatin1String("no"))
+            return false;
+        return std::nullopt;
+    }
+
+    void checkValue(const KeyRow& row, const QString& key)
+    {
+        const QString value = text(row.key.name);
+        if (isList(m_settings.value(pathOf(row.key.name))))
+            fail(QStringLiteral("%1 holds a comma: put the value between quotes").arg(key),
+                 row.key.name);
+        else if (row.kind == Kind::Switch && !switchOf(value))
+            fail(QStringLiteral("%1 takes true or false, not '%2'").arg(key, value.toLower()),
+                 row.key.name);
+        else if ((row.kind == Kind::Number || row.kind == Kind::WholeNumber) &&
+                 !numberOf(row, value))
+            fail(QStringLiteral("%1 takes a %2number from %3 to %4, not '%5'")
+                     .arg(key, QLatin1String(row.kind == Kind::WholeNumber ? "whole " : ""))
+                     .arg(row.least, 0, 'g', 12)
+                     .arg(row.most, 0, 'g', 12)
+                     .arg(value),
+                 row.key.name);
+    }
+
+    const KeyRow* findRow(const char* key) const
+    {
         for (const KeyRow& row : KEYS) {
             if (qstrcmp(row.key.section, m_kind) == 0 && qstrcmp(row.key.name, key) == 0)
-                found = &row;
+                return &row;
         }
-        return *found;
+        return nullptr;
+    }
+
+    const KeyRow& rowOf(const char* key) const
+    {
+        const KeyRow* const row = findRow(key);
+        Q_ASSERT(row);
+        return *row;
     }
 
     QSettings& m_settings;
@@ -291,7 +303,7 @@ PageSettings readPage(SectionReader& section, const QDir& beside)
     if (page.certificate.isEmpty() != page.key.isEmpty())
         section.fail(QStringLiteral("certificate and key belong together"));
     page.hosts = section.text("hosts").split(QLatin1Char(' '), Qt::SkipEmptyParts);
-    section.checkKeys();
+    section.check();
     return page;
 }
 
@@ -302,7 +314,7 @@ MqttSettings readMqtt(SectionReader& section, const QDir& beside)
     if (const QString fault = mqttUrlFault(mqtt.url); !fault.isEmpty())
         section.fail(QStringLiteral("url: %1").arg(fault), "url");
     mqtt.ca = readPath(section, "ca", beside);
-    section.checkKeys();
+    section.check();
     return mqtt;
 }
 
@@ -369,11 +381,9 @@ ReceiverSettings readReceiver(SectionReader& section, const QString& name, const
                 receiver.options += option;
             continue;
         }
-        if (row.kind != Kind::Text)
-            section.number(row.key.name, 0);
         receiver.options += {option, section.text(row.key.name)};
     }
-    section.checkKeys();
+    section.check();
     return receiver;
 }
 
@@ -427,7 +437,7 @@ StationConfiguration readConfiguration(const QString& path, std::vector<Configur
         configuration.archive = QDir(configuration.folder).filePath(QStringLiteral("archive.db"));
     configuration.keepDays = int(station.number("keep_days", 0));
     configuration.keepGigabytes = station.number("keep_gigabytes", 0);
-    station.checkKeys();
+    station.check();
 
     for (const QString& section : lines.sections()) {
         if (section == stationSection)
