@@ -54,7 +54,7 @@ Machine machine(TeleprinterCode code, double baud, double stop_bits = 1.5)
 
 } // namespace
 
-class TestAcquisition : public QObject
+class tst_Acquisition : public QObject
 {
     Q_OBJECT
 
@@ -164,5 +164,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestAcquisition)
+QTEST_GUILESS_MAIN(tst_Acquisition)
 #include "tst_acquisition.moc"

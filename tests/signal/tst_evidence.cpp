@@ -65,7 +65,7 @@ std::size_t misread(const Evidence& evidence, const std::string& elements)
 
 } // namespace
 
-class TestEvidence : public QObject
+class tst_Evidence : public QObject
 {
     Q_OBJECT
 
@@ -156,5 +156,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestEvidence)
+QTEST_GUILESS_MAIN(tst_Evidence)
 #include "tst_evidence.moc"

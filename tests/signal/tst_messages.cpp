@@ -29,7 +29,7 @@ public:
 
 } // namespace
 
-class TestMessages : public QObject
+class tst_Messages : public QObject
 {
     Q_OBJECT
 
@@ -91,5 +91,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestMessages)
+QTEST_APPLESS_MAIN(tst_Messages)
 #include "tst_messages.moc"

@@ -42,7 +42,7 @@ bool hasPair(const std::vector<ByTone<double>>& pairs, double centre_Hz, double 
 
 } // namespace
 
-class TestSpectrum : public QObject
+class tst_Spectrum : public QObject
 {
     Q_OBJECT
 
@@ -120,5 +120,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestSpectrum)
+QTEST_GUILESS_MAIN(tst_Spectrum)
 #include "tst_spectrum.moc"

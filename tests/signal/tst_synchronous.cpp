@@ -51,7 +51,7 @@ WordLikelihoods only(unsigned word, float likelihood)
 
 } // namespace
 
-class TestSynchronous : public QObject
+class tst_Synchronous : public QObject
 {
     Q_OBJECT
 
@@ -122,5 +122,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestSynchronous)
+QTEST_GUILESS_MAIN(tst_Synchronous)
 #include "tst_synchronous.moc"

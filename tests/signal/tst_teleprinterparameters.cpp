@@ -6,7 +6,7 @@
 
 using namespace teleprinter;
 
-class TestTeleprinterParameters : public QObject
+class tst_TeleprinterParameters : public QObject
 {
     Q_OBJECT
 
@@ -32,5 +32,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TestTeleprinterParameters)
+QTEST_APPLESS_MAIN(tst_TeleprinterParameters)
 #include "tst_teleprinterparameters.moc"

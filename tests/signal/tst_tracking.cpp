@@ -69,7 +69,7 @@ bool isNear(double got, double expected, double tolerance)
 
 } // namespace
 
-class TestTracking : public QObject
+class tst_Tracking : public QObject
 {
     Q_OBJECT
 
@@ -143,5 +143,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestTracking)
+QTEST_GUILESS_MAIN(tst_Tracking)
 #include "tst_tracking.moc"

@@ -3,6 +3,7 @@
 #include "station/mqtt/mqttpublisher.h"
 
 #include "station/archive/record.h"
+#include "support/program.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -19,8 +20,6 @@
 using namespace morsehost;
 
 namespace {
-
-constexpr int LONG_ms = 120000;
 
 ArchiveRecord recordOf(int number)
 {
@@ -112,7 +111,7 @@ QStringList numbers(int first, int last)
 
 } // namespace
 
-class TestMqtt : public QObject
+class tst_Mqtt : public QObject
 {
     Q_OBJECT
 
@@ -130,23 +129,21 @@ class TestMqtt : public QObject
         file.close();
         const QString program = QStandardPaths::findExecutable(
             "mosquitto", {"/usr/sbin", "/usr/local/sbin", "/usr/bin"});
+        m_broker.setProcessChannelMode(QProcess::MergedChannels);
         m_broker.start(program, {"-c", path});
-        if (!m_broker.waitForStarted(LONG_ms))
+        if (!m_broker.waitForStarted(testsupport::HANGS_ms))
             qFatal("no broker: the package mosquitto brings one");
-        QTcpSocket socket;
-        for (int i = 0; i < 10000; ++i) {
-            socket.connectToHost("127.0.0.1", static_cast<quint16>(m_port));
-            if (socket.waitForConnected(LONG_ms))
-                return;
-            QTest::qWait(10);
-        }
-        qFatal("the broker does not listen");
+        QByteArray log;
+        while (!log.contains("running") && m_broker.waitForReadyRead(testsupport::HANGS_ms))
+            log += m_broker.readAll();
+        if (!log.contains("running"))
+            qFatal("the broker does not listen: %s", log.constData());
     }
 
     void killBroker()
     {
         m_broker.kill();
-        m_broker.waitForFinished(LONG_ms);
+        m_broker.waitForFinished(testsupport::HANGS_ms);
     }
 
     MqttSettings settings(const QString& folder) const
@@ -173,24 +170,25 @@ private Q_SLOTS:
     void transmissionsAndStatesReachSubscribers()
     {
         Subscriber subscriber(m_port);
-        QTRY_VERIFY_WITH_TIMEOUT(subscriber.isReady(), LONG_ms);
+        QTRY_VERIFY_WITH_TIMEOUT(subscriber.isReady(), testsupport::HANGS_ms);
         {
             MqttPublisher publisher(settings("simple"), [](const QString&) {});
             QCOMPARE(publisher.error(), QString());
             publisher.receivers({{"hf", "Morse", "running", "", 0}});
             publisher.transmission(recordOf(1));
             QTRY_COMPARE_WITH_TIMEOUT(
-                subscriber.texts("radio/north/receiver/hf/transmission").size(), 1, LONG_ms);
+                subscriber.texts("radio/north/receiver/hf/transmission").size(), 1,
+                testsupport::HANGS_ms);
             QTRY_COMPARE_WITH_TIMEOUT(subscriber.payloads("radio/north/receiver/hf/state").size(),
-                                      1, LONG_ms);
+                                      1, testsupport::HANGS_ms);
             publisher.receivers({{"hf", "Morse", "down", "no tuner", 0}});
             QTRY_COMPARE_WITH_TIMEOUT(subscriber.payloads("radio/north/receiver/hf/state").size(),
-                                      2, LONG_ms);
+                                      2, testsupport::HANGS_ms);
             QVERIFY(
                 subscriber.payloads("radio/north/receiver/hf/state").last().contains("no tuner"));
         }
         QTRY_COMPARE_WITH_TIMEOUT(subscriber.payloads("radio/north/state"),
-                                  (QStringList{"online", "offline"}), LONG_ms);
+                                  (QStringList{"online", "offline"}), testsupport::HANGS_ms);
         const QJsonObject object =
             QJsonDocument::fromJson(
                 subscriber.payloads("radio/north/receiver/hf/transmission").first().toUtf8())
@@ -208,16 +206,17 @@ private Q_SLOTS:
         {
             Subscriber first(m_port);
             QTRY_VERIFY_WITH_TIMEOUT(!first.payloads("radio/north/receiver/old/state").isEmpty(),
-                                     LONG_ms);
+                                     testsupport::HANGS_ms);
             publisher.receivers({{"hf", "Morse", "running", "", 0}});
             QTRY_VERIFY_WITH_TIMEOUT(
-                first.payloads("radio/north/receiver/old/state").contains(QString()), LONG_ms);
+                first.payloads("radio/north/receiver/old/state").contains(QString()),
+                testsupport::HANGS_ms);
         }
         Subscriber later(m_port);
         QTRY_VERIFY_WITH_TIMEOUT(!later.payloads("radio/north/receiver/hf/state").isEmpty(),
-                                 LONG_ms);
+                                 testsupport::HANGS_ms);
         QTRY_COMPARE_WITH_TIMEOUT(later.payloads("radio/north/state"), QStringList{"online"},
-                                  LONG_ms);
+                                  testsupport::HANGS_ms);
         QCOMPARE(later.payloads("radio/north/receiver/old/state"), QStringList());
     }
 
@@ -239,15 +238,15 @@ private Q_SLOTS:
                 const std::lock_guard<std::mutex> lock(mutex);
                 return !reports.filter("kept and sent later").isEmpty();
             };
-            QTRY_VERIFY_WITH_TIMEOUT(isSaid(), LONG_ms);
+            QTRY_VERIFY_WITH_TIMEOUT(isSaid(), testsupport::HANGS_ms);
         }
         // Another process goes on where that one ended.
         Subscriber subscriber(m_port);
-        QTRY_VERIFY_WITH_TIMEOUT(subscriber.isReady(), LONG_ms);
+        QTRY_VERIFY_WITH_TIMEOUT(subscriber.isReady(), testsupport::HANGS_ms);
         MqttPublisher publisher(settings("away"), note);
         publisher.transmission(recordOf(31));
         const QByteArray topic = "radio/north/receiver/hf/transmission";
-        QTRY_VERIFY_WITH_TIMEOUT(subscriber.texts(topic).contains("31"), LONG_ms);
+        QTRY_VERIFY_WITH_TIMEOUT(subscriber.texts(topic).contains("31"), testsupport::HANGS_ms);
         QCOMPARE(subscriber.texts(topic), numbers(1, 31));
     }
 
@@ -259,11 +258,11 @@ private Q_SLOTS:
         int number = 0;
         for (int round = 0; round < 3; ++round) {
             Subscriber subscriber(m_port);
-            QTRY_VERIFY_WITH_TIMEOUT(subscriber.isReady(), LONG_ms);
+            QTRY_VERIFY_WITH_TIMEOUT(subscriber.isReady(), testsupport::HANGS_ms);
             for (int i = 0; i < 50; ++i)
                 publisher.transmission(recordOf(++number));
             QTRY_VERIFY_WITH_TIMEOUT(subscriber.texts(topic).contains(QString::number(number)),
-                                     LONG_ms);
+                                     testsupport::HANGS_ms);
             all += subscriber.texts(topic);
             killBroker();
             startBroker();
@@ -295,5 +294,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestMqtt)
+QTEST_GUILESS_MAIN(tst_Mqtt)
 #include "tst_mqtt.moc"

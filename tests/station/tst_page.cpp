@@ -6,7 +6,6 @@
 #include "support/program.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -19,7 +18,6 @@ using namespace morsehost;
 
 namespace {
 
-constexpr int LONG_ms = 120000;
 const QString SCRIPT = "<script>alert(1)</script> & \"DL0XYZ\"";
 
 struct Reply
@@ -42,7 +40,7 @@ Reply replyOf(const QByteArray& bytes)
 QByteArray readAll(QTcpSocket& socket)
 {
     QByteArray bytes;
-    while (socket.waitForReadyRead(LONG_ms))
+    while (socket.waitForReadyRead(testsupport::HANGS_ms))
         bytes += socket.readAll();
     return bytes + socket.readAll();
 }
@@ -51,7 +49,7 @@ QByteArray readAll(QTcpSocket& socket)
 bool readUntil(QTcpSocket& socket, const QByteArray& text, QByteArray& bytes)
 {
     while (!bytes.contains(text)) {
-        if (!socket.waitForReadyRead(LONG_ms))
+        if (!socket.waitForReadyRead(testsupport::HANGS_ms))
             return false;
         bytes += socket.readAll();
     }
@@ -85,7 +83,7 @@ ArchiveRecord recordOf(const QString& text, const QStringList& files = {})
 
 } // namespace
 
-class TestPage : public QObject
+class tst_Page : public QObject
 {
     Q_OBJECT
 
@@ -125,7 +123,7 @@ class TestPage : public QObject
     {
         auto socket = std::make_unique<QTcpSocket>();
         socket->connectToHost("127.0.0.1", static_cast<quint16>(site.server.port()));
-        if (!socket->waitForConnected(LONG_ms))
+        if (!socket->waitForConnected(testsupport::HANGS_ms))
             qFatal("no connection");
         return socket;
     }
@@ -294,7 +292,7 @@ private Q_SLOTS:
         socket->write(begin);
         QCOMPARE(readAll(*socket), QByteArray());
         QCOMPARE(socket->state(), QAbstractSocket::UnconnectedState);
-        QTRY_COMPARE_WITH_TIMEOUT(served->server.connections(), 0, LONG_ms);
+        QTRY_COMPARE_WITH_TIMEOUT(served->server.connections(), 0, testsupport::HANGS_ms);
     }
 
     void aConnectionServesOneRequestAfterTheOther()
@@ -304,7 +302,7 @@ private Q_SLOTS:
         const QByteArray request = "GET /icon.svg HTTP/1.1\r\nHost: localhost\r\n\r\n";
         socket->write(request + request);
         QByteArray bytes;
-        while (bytes.count("</svg>") < 2 && socket->waitForReadyRead(LONG_ms))
+        while (bytes.count("</svg>") < 2 && socket->waitForReadyRead(testsupport::HANGS_ms))
             bytes += socket->readAll();
         QCOMPARE(bytes.count("HTTP/1.1 200 OK"), 2);
     }
@@ -316,11 +314,11 @@ private Q_SLOTS:
         const auto served = site({}, http);
         const auto first = connectTo(*served);
         const auto second = connectTo(*served);
-        QTRY_COMPARE_WITH_TIMEOUT(served->server.connections(), 2, LONG_ms);
+        QTRY_COMPARE_WITH_TIMEOUT(served->server.connections(), 2, testsupport::HANGS_ms);
         const auto third = connectTo(*served);
         QCOMPARE(readAll(*third), QByteArray());
         first->disconnectFromHost();
-        QTRY_COMPARE_WITH_TIMEOUT(served->server.connections(), 1, LONG_ms);
+        QTRY_COMPARE_WITH_TIMEOUT(served->server.connections(), 1, testsupport::HANGS_ms);
         QCOMPARE(ask(*served, get("/")).status, 200);
     }
 
@@ -483,12 +481,12 @@ private Q_SLOTS:
         const auto idle = connectTo(*served);
         idle->setReadBufferSize(1);
         idle->write(request);
-        QVERIFY(idle->waitForBytesWritten(LONG_ms));
+        QVERIFY(idle->waitForBytesWritten(testsupport::HANGS_ms));
         const auto busy = connectTo(*served);
         busy->write(request);
         QByteArray bytes;
         QVERIFY(readUntil(*busy, "event: state", bytes));
-        QTRY_COMPARE_WITH_TIMEOUT(served->server.connections(), 2, LONG_ms);
+        QTRY_COMPARE_WITH_TIMEOUT(served->server.connections(), 2, testsupport::HANGS_ms);
         const QString filling(4000, 'x');
         int sent = 0;
         qint64 taken = 0;
@@ -556,7 +554,7 @@ private Q_SLOTS:
         QSslSocket socket;
         socket.setPeerVerifyMode(QSslSocket::VerifyNone);
         socket.connectToHostEncrypted("127.0.0.1", static_cast<quint16>(served->server.port()));
-        QVERIFY2(socket.waitForEncrypted(LONG_ms), qPrintable(socket.errorString()));
+        QVERIFY2(socket.waitForEncrypted(testsupport::HANGS_ms), qPrintable(socket.errorString()));
         socket.write(get("/", "Host: localhost\r\nOrigin: https://localhost\r\n"));
         QCOMPARE(replyOf(readAll(socket)).status, 200);
         // A client that speaks no TLS gets nothing.
@@ -568,5 +566,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestPage)
+QTEST_GUILESS_MAIN(tst_Page)
 #include "tst_page.moc"

@@ -4,6 +4,7 @@
 #include "station/service/service.h"
 
 #include "station/archive/archive.h"
+#include "support/program.h"
 
 #include <QFile>
 #include <QTcpServer>
@@ -14,8 +15,6 @@
 using namespace morsehost;
 
 namespace {
-
-constexpr int LONG_ms = 120000;
 
 // Reads all of its input, then reports the number of bytes as a transmission.
 const char* const COUNTING_DECODER = R"(#!/bin/sh
@@ -73,7 +72,7 @@ private Q_SLOTS:
         QVERIFY2(service.configure(
                      configuration({commandReceiver("hf", "head -c 30000 /dev/zero")}), error),
                  qPrintable(error));
-        QTRY_VERIFY_WITH_TIMEOUT(received >= 2, LONG_ms);
+        QTRY_VERIFY_WITH_TIMEOUT(received >= 2, testsupport::HANGS_ms);
         service.stop();
         const std::unique_ptr<Archive> archive =
             Archive::open(m_folder.filePath("kept/archive.db"), error);
@@ -107,7 +106,7 @@ private Q_SLOTS:
             decoders += object.value("text") == QJsonValue("FIRST") ? 1 : 0;
         });
         receiver.start();
-        QTRY_VERIFY_WITH_TIMEOUT(decoders >= 3, LONG_ms);
+        QTRY_VERIFY_WITH_TIMEOUT(decoders >= 3, testsupport::HANGS_ms);
         QVERIFY(downs >= 1);
         QCOMPARE(problem, QString("no such tuner"));
     }
@@ -116,11 +115,11 @@ private Q_SLOTS:
     {
         Receiver::Surroundings surroundings;
         surroundings.program = program(COUNTING_DECODER);
-        ReceiverSettings settings = commandReceiver("hf", "echo; sleep 1000");
+        ReceiverSettings settings = commandReceiver("hf", "echo; exec tail -f /dev/null");
         settings.stall_s = 1;
         Receiver receiver(settings, surroundings);
         receiver.start();
-        QTRY_VERIFY_WITH_TIMEOUT(receiver.state() == ReceiverState::Down, LONG_ms);
+        QTRY_VERIFY_WITH_TIMEOUT(receiver.state() == ReceiverState::Down, testsupport::HANGS_ms);
         QCOMPARE(receiver.problem(), QString("no samples for 1 s"));
     }
 
@@ -138,11 +137,11 @@ private Q_SLOTS:
         connect(&receiver, &Receiver::decoded,
                 [&](const QJsonObject& object) { texts += object.value("text").toString(); });
         receiver.start();
-        QTRY_VERIFY_WITH_TIMEOUT(server.hasPendingConnections(), LONG_ms);
+        QTRY_VERIFY_WITH_TIMEOUT(server.hasPendingConnections(), testsupport::HANGS_ms);
         QTcpSocket* const client = server.nextPendingConnection();
         client->write(QByteArray(5000, 'x'));
         client->disconnectFromHost();
-        QTRY_VERIFY_WITH_TIMEOUT(texts.contains("5000"), LONG_ms);
+        QTRY_VERIFY_WITH_TIMEOUT(texts.contains("5000"), testsupport::HANGS_ms);
         QCOMPARE(receiver.state(), ReceiverState::Down);
     }
 
@@ -183,7 +182,7 @@ private Q_SLOTS:
             QFile file(log);
             return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
         };
-        QTRY_VERIFY_WITH_TIMEOUT(lines().count("begin") >= 3, LONG_ms);
+        QTRY_VERIFY_WITH_TIMEOUT(lines().count("begin") >= 3, testsupport::HANGS_ms);
         QVERIFY(lines().startsWith("begin\nend\nbegin\nend\nbegin\n"));
     }
 
@@ -202,11 +201,11 @@ private Q_SLOTS:
         QVERIFY(port > 0);
         QTcpSocket reader;
         reader.connectToHost("127.0.0.1", static_cast<quint16>(port));
-        QVERIFY(reader.waitForConnected(LONG_ms));
+        QVERIFY(reader.waitForConnected(testsupport::HANGS_ms));
         reader.write("GET /events HTTP/1.1\r\nHost: localhost\r\n\r\n");
         QByteArray bytes;
         QTRY_VERIFY_WITH_TIMEOUT((bytes += reader.readAll()).contains("\"text\":\"30000\""),
-                                 LONG_ms);
+                                 testsupport::HANGS_ms);
         QVERIFY(bytes.contains("\"name\":\"hf\""));
         QVERIFY(!lines.filter(QString("page: http://127.0.0.1:%1").arg(port)).isEmpty());
         // The same page again is not disturbed; without it, readers are ended.
@@ -215,7 +214,8 @@ private Q_SLOTS:
         made.page = PageSettings();
         QVERIFY(service.configure(made, error));
         QCOMPARE(service.pagePort(), 0);
-        QTRY_COMPARE_WITH_TIMEOUT(reader.state(), QAbstractSocket::UnconnectedState, LONG_ms);
+        QTRY_COMPARE_WITH_TIMEOUT(reader.state(), QAbstractSocket::UnconnectedState,
+                                  testsupport::HANGS_ms);
     }
 
     void aPageThatHasNoPlaceDoesNotStopTheReceivers()
@@ -234,11 +234,11 @@ private Q_SLOTS:
         connect(&service, &StationService::received, [&received] { ++received; });
         QString error;
         QVERIFY(service.configure(made, error));
-        QTRY_VERIFY_WITH_TIMEOUT(received >= 2, LONG_ms);
+        QTRY_VERIFY_WITH_TIMEOUT(received >= 2, testsupport::HANGS_ms);
         QCOMPARE(service.pagePort(), 0);
         QCOMPARE(lines.filter("tried again").size(), 1);
         taken.close();
-        QTRY_VERIFY_WITH_TIMEOUT(service.pagePort() == made.page.port, LONG_ms);
+        QTRY_VERIFY_WITH_TIMEOUT(service.pagePort() == made.page.port, testsupport::HANGS_ms);
     }
 
     void aFolderThatCannotBeMadeIsRefused()

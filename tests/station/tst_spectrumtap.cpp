@@ -52,7 +52,7 @@ QByteArray toneOf(const SampleFormat& format, double tone_Hz)
 
 } // namespace
 
-class TestSpectrumTap : public QObject
+class tst_SpectrumTap : public QObject
 {
     Q_OBJECT
 
@@ -127,5 +127,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestSpectrumTap)
+QTEST_GUILESS_MAIN(tst_SpectrumTap)
 #include "tst_spectrumtap.moc"
