@@ -197,7 +197,9 @@ private:
 int run(Arguments& arguments)
 {
     const ReceptionOptions options = readReceptionOptions(arguments, StartWords::TimeNowAuto);
-    std::vector<SoundRequest> sounds = readSoundOptions(arguments);
+    const bool isTeleprinter = isTeleprinterAsked(arguments);
+    std::vector<SoundRequest> sounds =
+        readSoundOptions(arguments, isTeleprinter ? teleprinterTones() : ToneRange());
     const int processors = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
     const int atOnce = arguments.wholeNumber("jobs", 1, MAX_JOBS).value_or(processors);
     if (options.startRule == StartRule::Given && sounds.size() > 1)
@@ -210,7 +212,7 @@ int run(Arguments& arguments)
     const auto decodeMorse = [&](std::vector<SoundRequest> requests) {
         return Decoding(options, std::move(requests), static_cast<std::size_t>(atOnce)).run();
     };
-    if (isTeleprinterAsked(arguments))
+    if (isTeleprinter)
         return decodeTeleprinters(arguments, options, sounds, decodeMorse);
     return decodeMorse(std::move(sounds));
 }
@@ -219,7 +221,9 @@ int run(Arguments& arguments)
 
 Command decodeCommand()
 {
-    std::vector<OptionRow> rows = soundOptionRows();
+    const ToneRange tones = teleprinterTones();
+    std::vector<OptionRow> rows = soundOptionRows("; of a teleprinter midway between its tones, " +
+                                                  range(tones.lowest_Hz, tones.highest_Hz));
     for (const OptionRow& row : teleprinterOptionRows())
         rows.push_back(row);
     rows.push_back({"jobs", "N",

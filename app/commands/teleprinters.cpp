@@ -7,7 +7,6 @@
 #include "app/options/tableoptions.h"
 #include "app/reporter.h"
 #include "host/standin/hosttree.h"
-#include "signal/morse/limits.h"
 #include "station/io/folder.h"
 #include "station/io/interrupt.h"
 #include "station/teleprinterstation.h"
@@ -77,14 +76,13 @@ bool isInTable(const QString& decoder, const QString& modulesFile)
                        [&](const Quillon::DecoderModule& row) { return row.name == decoder; });
 }
 
-teleprinter::Settings readSettings(Arguments& arguments)
+teleprinter::Settings readSettings(Arguments& arguments, const SoundRequest& sound)
 {
     using namespace teleprinter;
     teleprinter::Settings settings;
     settings.known.baud = arguments.number("baud", LOWEST_BAUD, HIGHEST_BAUD);
     settings.known.shift_Hz = arguments.number("shift", LEAST_SHIFT_Hz, MOST_SHIFT_Hz);
-    settings.known.centre_Hz =
-        arguments.number("tone", LOWEST_TONE_Hz, demodulator::HIGHEST_SET_TONE_Hz);
+    settings.known.centre_Hz = sound.demodulator.tone_Hz;
     if (arguments.isSet("reverse"))
         settings.known.reversed = true;
     const QString unshift = arguments.text("unshift-on-space");
@@ -294,6 +292,11 @@ std::vector<OptionRow> teleprinterOptionRows()
     };
 }
 
+ToneRange teleprinterTones()
+{
+    return {teleprinter::LOWEST_SET_TONE_Hz, teleprinter::HIGHEST_SET_TONE_Hz};
+}
+
 bool isTeleprinterAsked(const Arguments& arguments)
 {
     return arguments.isSet(DECODER) && arguments.text(DECODER) != MORSE;
@@ -311,7 +314,7 @@ void refuseTeleprinterOptions(Arguments& arguments)
 int decodeTeleprinters(Arguments& arguments, const ReceptionOptions& options,
                        const std::vector<SoundRequest>& sounds, const MorseDecoding& decodeMorse)
 {
-    const teleprinter::Settings settings = readSettings(arguments);
+    const teleprinter::Settings settings = readSettings(arguments, sounds.front());
     for (const char* option : {"wpm", "codes", "archive", "alphabet"}) {
         if (arguments.isSet(option))
             arguments.fail(QStringLiteral("--%1 is for Morse").arg(QLatin1String(option)));

@@ -4,6 +4,7 @@
 
 #include "app/options/arguments.h"
 #include "app/options/receptionoptions.h"
+#include "app/options/soundoptions.h"
 #include "station/audio/sound.h"
 
 #include <functional>
@@ -13,6 +14,9 @@ namespace morsehost {
 
 /// --decoder, --map, --maps, --decoders, --baud, --shift, --reverse, --unshift-on-space
 std::vector<OptionRow> teleprinterOptionRows();
+
+/// What --tone takes of them: midway between the tones.
+ToneRange teleprinterTones();
 
 /// What decodes Morse, for sounds that turn out to be that.
 using MorseDecoding = std::function<int(std::vector<SoundRequest>)>;

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "app/options/soundoptions.h"
 
-#include "signal/morse/limits.h"
-
 #include <cmath>
 
 namespace morsehost {
@@ -24,7 +22,7 @@ std::string range(double lowest, double highest)
     return plain(lowest) + " to " + plain(highest);
 }
 
-std::vector<OptionRow> soundOptionRows()
+std::vector<OptionRow> soundOptionRows(const std::string& moreOfTone)
 {
     using namespace demodulator;
     return {
@@ -34,22 +32,23 @@ std::vector<OptionRow> soundOptionRows()
              " (default: 8000)"},
         {"tone", "HZ",
          "look for the tone within " + plain(SET_TONE_TOLERANCE_Hz) + " Hz of this, " +
-             range(LOWEST_SET_TONE_Hz, HIGHEST_SET_TONE_Hz) + " (default: any from " +
-             plain(LOWEST_TONE_Hz) + " to " + plain(HIGHEST_TONE_Hz) + ")"},
+             range(LOWEST_SET_TONE_Hz, HIGHEST_SET_TONE_Hz) + moreOfTone + " (default: any from " +
+             range(LOWEST_TONE_Hz, HIGHEST_TONE_Hz) + ")"},
         {"wpm", "N",
          "expect this speed in words per minute, within " + plain(100 * (SET_SPEED_TOLERANCE - 1)) +
-             " percent, " + range(LOWEST_SET_SPEED_wpm, HIGHEST_SET_SPEED_wpm) + " (default: any)"},
+             " percent, " + range(LOWEST_SET_SPEED_wpm, HIGHEST_SET_SPEED_wpm) +
+             " (default: any from " + range(LOWEST_SPEED_wpm, HIGHEST_SPEED_wpm) + ")"},
     };
 }
 
-std::vector<SoundRequest> readSoundOptions(Arguments& arguments)
+std::vector<SoundRequest> readSoundOptions(Arguments& arguments, const ToneRange& tones)
 {
     SoundRequest common;
     using namespace demodulator;
     common.channel = arguments.wholeNumber("channel", 1, MAX_CHANNELS);
     common.rate_Hz = arguments.wholeNumber("rate", static_cast<int>(LOWEST_RATE_Hz),
                                            static_cast<int>(HIGHEST_RATE_Hz));
-    common.demodulator.tone_Hz = arguments.number("tone", LOWEST_SET_TONE_Hz, HIGHEST_SET_TONE_Hz);
+    common.demodulator.tone_Hz = arguments.number("tone", tones.lowest_Hz, tones.highest_Hz);
     common.demodulator.speed_wpm =
         arguments.number("wpm", LOWEST_SET_SPEED_wpm, HIGHEST_SET_SPEED_wpm);
     std::vector<SoundRequest> requests;

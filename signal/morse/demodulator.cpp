@@ -3,8 +3,8 @@
 // lets the channel speak once it is sure of a signal.
 #include "signal/morse/demodulator.h"
 
+#include "signal/limits.h"
 #include "signal/morse/baseband.h"
-#include "signal/morse/limits.h"
 #include "signal/morse/observer.h"
 #include "signal/morse/signalchain.h"
 #include "signal/morse/tonefinder.h"

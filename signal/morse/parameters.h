@@ -3,6 +3,8 @@
 // bench that shows when it is wrong. The bench passes other values to try them without building.
 #pragma once
 
+#include "signal/limits.h"
+
 #include <string>
 #include <vector>
 
@@ -134,12 +136,12 @@ struct TimingParameters
 {
     // Speeds are tried on a logarithmic scale; of a known speed, only those within a tolerance. The
     // prior is that of amateur traffic: a deviation of the logarithm (rows: clean, wpm8, wpm45).
-    double fastest_wpm = 64.0;
-    double slowest_wpm = 5.0;
+    double fastest_wpm = HIGHEST_SPEED_wpm + 4.0; // some to spare, for a hand that hurries
+    double slowest_wpm = LOWEST_SPEED_wpm;
     double speedRatio = 1.05;
     double usual_wpm = 20.0;
     double usualDeviation = 0.5;
-    double knownTolerance = 1.2;
+    double knownTolerance = SET_SPEED_TOLERANCE;
 
     // Longer gaps are silence: this is where tables end, by time and by the mean of a word gap.
     double longestGap_s = 2.6;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "signal/morse/tonefinder.h"
 
-#include "signal/morse/limits.h"
+#include "signal/limits.h"
 #include "signal/timing.h"
 
 #include <algorithm>

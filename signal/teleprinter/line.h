@@ -2,6 +2,8 @@
 // What a teleprinter signal is known by: its decoder, speed, tones and polarity.
 #pragma once
 
+#include "signal/limits.h"
+
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -51,6 +53,9 @@ constexpr double LEAST_SHIFT_Hz = 70.0;
 constexpr double MOST_SHIFT_Hz = 1100.0;
 constexpr double LOWEST_TONE_Hz = 200.0;
 constexpr double HIGHEST_TONE_Hz = 3600.0;
+/// Midway between the tones, as it can be set.
+constexpr double LOWEST_SET_TONE_Hz = LOWEST_TONE_Hz;
+constexpr double HIGHEST_SET_TONE_Hz = demodulator::HIGHEST_SET_TONE_Hz;
 
 /// What is known of a signal beforehand; the rest is found.
 struct Known

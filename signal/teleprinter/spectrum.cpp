@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "signal/teleprinter/spectrum.h"
 
+#include "signal/limits.h"
+
 #include <algorithm>
 #include <cmath>
 #include <iterator>
@@ -77,7 +79,8 @@ std::vector<Spectrum::Peak> Spectrum::peaks(const std::vector<double>& power,
     };
     const std::size_t first = std::max(binOf(LOWEST_TONE_Hz), reach);
     const std::size_t last =
-        std::min(binOf(std::min(HIGHEST_TONE_Hz, 0.47 * m_rate_Hz)), m_spectra.bins() - 1 - reach);
+        std::min(binOf(std::min(HIGHEST_TONE_Hz, demodulator::HIGHEST_TONE_SHARE * m_rate_Hz)),
+                 m_spectra.bins() - 1 - reach);
     std::vector<double> smooth(m_spectra.bins(), 0.0);
     for (std::size_t bin = first; bin <= last; ++bin) {
         double sum = 0.0;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "signal/morse/limits.h"
+#include "signal/limits.h"
 #include "station/audio/container.h"
 #include "station/audio/rawpipe.h"
 #include "station/audio/recordedtime.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "station/audio/sound.h"
 
-#include "signal/morse/limits.h"
+#include "signal/limits.h"
 
 #include <cmath>
 #include <unistd.h>

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "station/service/stationfile.h"
 
+#include "signal/limits.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -61,8 +63,8 @@ const KeyRow KEYS[] = {
     {{RECEIVER, "frequency", "receive frequency in Hz"}, Kind::Number, 1, 3e12, "frequency"},
     {{RECEIVER, "alphabet", "Morse alphabet"}, Kind::Text, 0, 0, "alphabet"},
     {{RECEIVER, "map", "map for a teleprinter's characters"}, Kind::Text, 0, 0, "map"},
-    {{RECEIVER, "tone", "pitch in Hz to keep to"}, Kind::Number, 50, 1e6, "tone"},
-    {{RECEIVER, "wpm", "speed to keep to"}, Kind::Number, 1, 200, "wpm"},
+    {{RECEIVER, "tone", "pitch in Hz to keep to"}, Kind::Number, demodulator::LOWEST_SET_TONE_Hz, demodulator::HIGHEST_SET_TONE_Hz, "tone"},
+    {{RECEIVER, "wpm", "speed to keep to"}, Kind::Number, demodulator::LOWEST_SET_SPEED_wpm, demodulator::HIGHEST_SET_SPEED_wpm, "wpm"},
 };
 // clang-format on
 

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 // What the manual page and the completion make of the tables of commands.
 #include "app/commands/registry.h"
+#include "app/commands/teleprinters.h"
 #include "app/manual/completion.h"
 #include "app/manual/manualpage.h"
+#include "signal/teleprinter/line.h"
 #include "station/transmission.h"
 #include "support/files.h"
 
@@ -193,6 +195,37 @@ private Q_SLOTS:
             if (field != QLatin1String("event"))
                 QVERIFY2(page.indexOf("`" + field.toUtf8() + "`", table) > 0, qPrintable(field));
         }
+    }
+
+    void thePagesStateTheLimitsOfTheDemodulator_data()
+    {
+        using namespace demodulator;
+        QTest::addColumn<QString>("page");
+        QTest::addColumn<QString>("sentence");
+        const auto row = [](const char* page, const char* sentence, double lowest, double highest) {
+            QTest::newRow(sentence)
+                << page << QString(sentence).arg(QString::fromStdString(range(lowest, highest)));
+        };
+        row("README.md", "%1 samples a second", LOWEST_RATE_Hz, HIGHEST_RATE_Hz);
+        row("docs/operator-guide.md", "%1 samples a second", LOWEST_RATE_Hz, HIGHEST_RATE_Hz);
+        row("docs/operator-guide.md", "tones from %1 Hz", LOWEST_TONE_Hz, HIGHEST_TONE_Hz);
+        row("docs/operator-guide.md", "speeds from %1 words a minute", LOWEST_SPEED_wpm,
+            HIGHEST_SPEED_wpm);
+        row("docs/operator-guide.md", "`--tone HZ` (%1)", LOWEST_SET_TONE_Hz, HIGHEST_SET_TONE_Hz);
+        row("docs/operator-guide.md", "`--wpm N` (%1)", LOWEST_SET_SPEED_wpm,
+            HIGHEST_SET_SPEED_wpm);
+        row("docs/teleprinters.md", "`--tone HZ` (%1;", teleprinterTones().lowest_Hz,
+            teleprinterTones().highest_Hz);
+        row("docs/teleprinters.md", "shifts of %1 Hz", teleprinter::LEAST_SHIFT_Hz,
+            teleprinter::MOST_SHIFT_Hz);
+    }
+
+    void thePagesStateTheLimitsOfTheDemodulator()
+    {
+        QFETCH(QString, page);
+        QFETCH(QString, sentence);
+        const QByteArray content = contentOf(QStringLiteral(PROJECT_DATA_DIR "/../") + page);
+        QVERIFY2(QString::fromUtf8(content).simplified().contains(sentence), qPrintable(sentence));
     }
 };
 

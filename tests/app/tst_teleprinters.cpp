@@ -146,8 +146,10 @@ private Q_SLOTS:
         QTest::newRow("odd shift") << QStringList{"--decoder", "Baudot", "--shift", "5"}
                                    << QByteArray("--shift takes a number from 70 to 1100");
         QTest::newRow("tone outside the band")
-            << QStringList{"--decoder", "Baudot", "--tone", "9000"}
-            << QByteArray("--tone takes a number");
+            << QStringList{"--decoder", "Baudot", "--tone", "3550"}
+            << QByteArray("--tone takes a number from 200 to 3500");
+        QTest::newRow("tone of Morse only") << QStringList{"--decoder", "auto", "--tone", "150"}
+                                            << QByteArray("--tone takes a number from 200 to 3500");
         QTest::newRow("odd word") << QStringList{"--decoder", "Baudot", "--unshift-on-space", "x"}
                                   << QByteArray("--unshift-on-space takes 'yes' or 'no'");
         QTest::newRow("an option of Morse") << QStringList{"--decoder", "Baudot", "--wpm", "20"}

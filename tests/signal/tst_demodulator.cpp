@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "signal/morse/demodulator.h"
 
+#include "signal/limits.h"
 #include "support/codelist.h"
 #include "support/keyer.h"
 #include "support/othersounds.h"
@@ -90,10 +91,10 @@ private Q_SLOTS:
     {
         QTest::addColumn<double>("tone_Hz");
         QTest::addColumn<double>("speed_wpm");
-        QTest::newRow("lowest tone") << 150.0 << 20.0;
-        QTest::newRow("highest tone") << 3500.0 << 20.0;
-        QTest::newRow("slowest hand") << 700.0 << 5.0;
-        QTest::newRow("fastest hand") << 700.0 << 60.0;
+        QTest::newRow("lowest tone") << demodulator::LOWEST_TONE_Hz << 20.0;
+        QTest::newRow("highest tone") << demodulator::HIGHEST_TONE_Hz << 20.0;
+        QTest::newRow("slowest hand") << 700.0 << demodulator::LOWEST_SPEED_wpm;
+        QTest::newRow("fastest hand") << 700.0 << demodulator::HIGHEST_SPEED_wpm;
     }
     void theLimitsOfToneAndSpeedAreHeard()
     {

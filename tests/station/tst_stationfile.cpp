@@ -130,6 +130,12 @@ repeat=60
         QTest::newRow("out of range")
             << head + one + "rate=1\n"
             << "5: rate takes a whole number from 4000 to 10000000, not '1'";
+        QTest::newRow("a tone that is not heard")
+            << head + one + "tone=3600\n"
+            << "5: tone takes a number from 50 to 3500, not '3600'";
+        QTest::newRow("a speed that is not heard")
+            << head + one + "wpm=90\n"
+            << "5: wpm takes a number from 4 to 80, not '90'";
         QTest::newRow("no such key")
             << head + "colour=red\n" + one << "3: no key 'colour' in a [station] section";
         QTest::newRow("no such section")

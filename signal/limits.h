@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What the demodulator accepts and looks for. Options, help texts and documents take the limits
+// What the demodulators accept and look for. Options, help texts and documents take the limits
 // from here.
 #pragma once
 
@@ -20,6 +20,10 @@ constexpr double HIGHEST_TONE_SHARE = 0.47;
 constexpr double LOWEST_SET_TONE_Hz = 50.0;
 constexpr double HIGHEST_SET_TONE_Hz = HIGHEST_TONE_Hz;
 constexpr double SET_TONE_TOLERANCE_Hz = 50.0;
+
+/// Speeds that are found when none is set.
+constexpr double LOWEST_SPEED_wpm = 5.0;
+constexpr double HIGHEST_SPEED_wpm = 60.0;
 
 /// Speeds that can be set, and by which factor the signal may be faster or slower.
 constexpr double LOWEST_SET_SPEED_wpm = 4.0;
