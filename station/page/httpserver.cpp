@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <optional>
+#include <sstream>
 #include <thread>
 #include <type_traits>
 
@@ -49,16 +50,16 @@ const Fixed FIXED_FIELDS[] = {
     {"Cache-Control", "no-store"},
 };
 
-using Response = http::response<http::string_body>;
-
 std::string stringOf(const QByteArray& bytes)
 {
     return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
 }
 
-Response responseOf(const HttpAnswer& answer, bool isHead)
+// The body goes the way of everything else that is sent, as bytes: templates that send headers and
+// bodies in pieces would be a third of what the compiler does for the whole program.
+std::string headerOf(const HttpAnswer& answer, bool isKept)
 {
-    Response response;
+    http::response<http::empty_body> response;
     response.result(static_cast<unsigned>(answer.status));
     for (const Fixed& field : FIXED_FIELDS)
         response.set(field.name, field.value);
@@ -73,12 +74,12 @@ Response responseOf(const HttpAnswer& answer, bool isHead)
         response.set(http::field::retry_after, std::to_string(answer.retryAfter_s));
     if (answer.status == 405)
         response.set(http::field::allow, "GET, HEAD");
-    if (answer.events)
-        return response; // its length is not known
-    response.content_length(static_cast<std::uint64_t>(answer.body.size()));
-    if (!isHead)
-        response.body() = stringOf(answer.body);
-    return response;
+    if (!answer.events) // whose length is not known
+        response.content_length(static_cast<std::uint64_t>(answer.body.size()));
+    response.keep_alive(isKept);
+    std::ostringstream text;
+    text << response.base();
+    return text.str();
 }
 
 // What all connections share.
@@ -204,26 +205,33 @@ private:
     void send(const HttpAnswer& answer)
     {
         const bool isLive = answer.events && !m_isHead;
-        m_response = responseOf(answer, m_isHead);
-        m_response.keep_alive(m_isKept && !isLive);
+        m_isKept = m_isKept && !isLive;
+        m_out = headerOf(answer, m_isKept);
         if (isLive)
             watch(answer.events);
-        m_serializer.emplace(m_response);
+        else if (!m_isHead)
+            m_out += stringOf(answer.body);
+        write();
+    }
+
+    void write()
+    {
         lowest().expires_after(m_shared.settings.readerTime);
-        const auto sent = [self = this->shared_from_this()](Error error, std::size_t) {
-            if (error)
-                return;
-            if (self->m_events)
-                self->sendEvents();
-            else if (self->m_isKept)
-                self->read();
-            else
-                self->end();
-        };
-        if (isLive)
-            http::async_write_header(m_stream, *m_serializer, sent);
+        asio::async_write(m_stream, asio::buffer(m_out),
+                          [self = this->shared_from_this()](Error error, std::size_t) {
+                              if (!error)
+                                  self->wasWritten();
+                          });
+    }
+
+    void wasWritten()
+    {
+        if (m_events)
+            sendEvents();
+        else if (m_isKept)
+            read();
         else
-            http::async_write(m_stream, *m_serializer, sent);
+            end();
     }
 
     void watch(const std::shared_ptr<EventStream>& events)
@@ -255,12 +263,7 @@ private:
         if (m_out.empty())
             m_out = ":\n\n"; // a comment
         m_isPulseDue = false;
-        lowest().expires_after(m_shared.settings.readerTime);
-        asio::async_write(m_stream, asio::buffer(m_out),
-                          [self = this->shared_from_this()](Error error, std::size_t) {
-                              if (!error)
-                                  self->sendEvents();
-                          });
+        write();
     }
 
     void waitForEvents()
@@ -292,8 +295,6 @@ private:
     Stream m_stream;
     beast::flat_buffer m_buffer;
     std::optional<http::request_parser<http::string_body>> m_parser;
-    Response m_response;
-    std::optional<http::response_serializer<http::string_body>> m_serializer;
     bool m_isHead = false;
     bool m_isKept = false;
     std::shared_ptr<EventStream> m_events;
