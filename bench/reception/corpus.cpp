@@ -525,9 +525,10 @@ const std::vector<Silence>& silences()
                            return disturbed(duration_s, seed, change);
                        }};
     };
-    const auto falling = [](const char* title, double drop_dB) {
-        return Silence{title, [drop_dB](double duration_s, const std::string& seed) {
-                           return testsupport::fallingNoise(duration_s, drop_dB, RATE_Hz, seed);
+    const auto falling = [](const char* title, double drop_dB, double loud_s = 10.0) {
+        return Silence{title, [=](double duration_s, const std::string& seed) {
+                           return testsupport::fallingNoise(duration_s, loud_s, drop_dB, RATE_Hz,
+                                                            seed);
                        }};
     };
     // Sounds of some other kind, 26 dB over the noise in 500 Hz.
@@ -564,6 +565,8 @@ const std::vector<Silence>& silences()
         falling("noise that falls by 40 dB, four times a minute", 40.0),
         falling("noise that falls to nothing, four times a minute",
                 std::numeric_limits<double>::infinity()),
+        falling("noise, 3 of 15 s, 40 dB less between", 40.0, 3.0),
+        falling("noise, 3 of 15 s, nothing between", std::numeric_limits<double>::infinity(), 3.0),
         instead("a teleprinter",
                 [](double duration_s, const std::string& seed) {
                     return testsupport::teleprinter(duration_s, 1000.0, RATE_Hz, seed);

@@ -151,10 +151,7 @@ public:
         if (!m_active)
             search(2.0 * HISTORY_s); // whatever the age of the candidate
         dropWhatIsNoMorse();
-        if (m_candidate && m_candidate->chain().confirmed() && takesOver() &&
-            (m_candidate->chain().verdict() == MorseJudge::Verdict::Morse ||
-             m_candidate->chain().marks() < attention().loneMarks))
-            promote();
+        promoteIf(&Private::isEnoughAtTheEnd);
         if (m_active)
             m_active->chain().finish();
     }
@@ -212,8 +209,7 @@ private:
         dropWhatIsNoMorse();
         if (m_active && m_finder.frames() % hopsOf(attention().compareEvery_s) == 0)
             yieldToStronger();
-        if (m_candidate && m_candidate->chain().confirmed() && takesOver() && heardEnough())
-            promote();
+        promoteIf(&Private::isHeardEnough);
     }
 
     // What fills the gaps of keying is noise as well, a harmonic of hum say.
@@ -225,23 +221,30 @@ private:
                               : std::max(beside, m_finder.noiseInGaps(chain.tone_Hz(), frames));
     }
 
-    bool heardEnough() const
+    bool isHeardEnough(const Follower& follower) const
     {
         using Verdict = MorseJudge::Verdict;
-        const Verdict verdict = m_candidate->chain().verdict();
-        const std::int64_t heard = m_history.end() - m_candidate->firstMark_sample();
-        const std::int64_t marks = m_candidate->chain().marks();
-        if (m_candidate->chain().unit_s() < attention().quickUnit_s &&
-            marks < attention().quick_marks)
+        const SignalChain& chain = follower.chain();
+        const Verdict verdict = chain.verdict();
+        const std::int64_t heard = m_history.end() - follower.firstMark_sample();
+        const std::int64_t marks = chain.marks();
+        if (chain.unit_s() < attention().quickUnit_s && marks < attention().quick_marks)
             return false;
         if (heard > samplesIn(attention().heardFirstAtMost_s))
             return verdict == Verdict::Morse || verdict == Verdict::Dashes;
         const bool surveyed = m_finder.frames() > framesIn(attention().search_s);
         const bool sure = surveyed && heard > samplesIn(attention().sureAfter_s) &&
                           marks >= attention().sureAfter_marks &&
-                          m_candidate->chain().margin() > attention().sureMargin;
+                          chain.margin() > attention().sureMargin;
         return verdict == Verdict::Morse && (sure || (heard > samplesIn(attention().heardFirst_s) &&
                                                       marks >= attention().heardFirst_marks));
+    }
+
+    // At the end of the input, what was sent last may be short.
+    bool isEnoughAtTheEnd(const Follower& follower) const
+    {
+        return follower.chain().verdict() == MorseJudge::Verdict::Morse ||
+               follower.chain().marks() < attention().loneMarks;
     }
 
     bool takesOver() const
@@ -249,21 +252,41 @@ private:
         return !m_active || m_candidate->firstMark_sample() > m_active->lastMark_sample();
     }
 
-    // By now tone and level are known far better than when the candidate was noticed, so that its
-    // signal is heard a second time from its beginning.
+    // The signal of the candidate, heard a second time from its beginning: by now tone and level
+    // are known far better than when it was noticed.
+    std::unique_ptr<Follower> candidateAgain(std::int64_t since, Observer* observer) const
+    {
+        const std::int64_t begin =
+            std::max({m_candidateSince, since,
+                      m_candidate->firstMark_sample() - samplesIn(attention().beforeFirst_s)});
+        auto again = std::make_unique<Follower>(m_candidate->chain().heard(), m_rate_Hz, begin,
+                                                m_settings, m_sink, observer);
+        again->process(m_history, m_finder);
+        return again;
+    }
+
+    // Where noise sets in, its edge looks keyed while its level is a guess: what is no signal when
+    // it is heard again stays a candidate.
+    void promoteIf(bool (Private::*isEnough)(const Follower&) const)
+    {
+        if (!m_candidate || !m_candidate->chain().confirmed() || !takesOver() ||
+            !(this->*isEnough)(*m_candidate))
+            return;
+        auto again = candidateAgain(m_active ? m_active->lastMark_sample() : m_heardUntil, nullptr);
+        if (again->chain().confirmed() && (this->*isEnough)(*again))
+            promote();
+        else
+            m_candidate = std::move(again);
+    }
+
     void promote()
     {
         if (m_active) {
             m_active->chain().finish();
             m_heardUntil = m_active->lastGiven_sample();
         }
-        const std::int64_t begin =
-            std::max({m_candidateSince, m_heardUntil,
-                      m_candidate->firstMark_sample() - samplesIn(attention().beforeFirst_s)});
-        m_active = std::make_unique<Follower>(m_candidate->chain().heard(), m_rate_Hz, begin,
-                                              m_settings, m_sink, m_observer);
+        m_active = candidateAgain(m_heardUntil, m_observer);
         m_candidate.reset();
-        m_active->process(m_history, m_finder);
         m_active->chain().release();
     }
 

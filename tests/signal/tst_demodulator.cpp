@@ -383,16 +383,20 @@ private Q_SLOTS:
         add("dialling tones", dialling(40.0, 8000.0, "test"));
         add("time pips", timePips(40.0, 8000.0, "test"));
         add("phase keying", phaseKeying(40.0, 8000.0, "test"));
-        QTest::newRow("noise that falls by 10 dB") << fallingNoise(40.0, 10.0, 8000.0, "test");
-        QTest::newRow("noise that falls by 30 dB") << fallingNoise(40.0, 30.0, 8000.0, "test");
-        QTest::newRow("noise that falls to nothing")
-            << fallingNoise(40.0, std::numeric_limits<double>::infinity(), 8000.0, "test");
+        const double toNothing_dB = std::numeric_limits<double>::infinity();
+        for (const double drop_dB : {10.0, 30.0, toNothing_dB})
+            QTest::addRow("noise that falls by %g dB", drop_dB)
+                << fallingNoise(40.0, 10.0, drop_dB, 8000.0, "test");
+        for (const double drop_dB : {40.0, toNothing_dB})
+            QTest::addRow("a squelch that opens for 3 s, %g dB", drop_dB)
+                << fallingNoise(720.0, 3.0, drop_dB, 8000.0, "test");
     }
     void whatIsNoMorseGivesNothing()
     {
         QFETCH(std::vector<float>, samples);
         const CodeList list = decodeAll(samples, 8000.0);
         QVERIFY2(list.text().empty(), list.text().c_str());
+        QVERIFY(list.transmissions.empty());
     }
     void aSignalIsReadRightAfterTheNoiseFell()
     {

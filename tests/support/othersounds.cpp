@@ -217,7 +217,7 @@ std::vector<float> phaseKeying(double duration_s, double rate_Hz, const std::str
     return samples;
 }
 
-std::vector<float> fallingNoise(double duration_s, double drop_dB, double rate_Hz,
+std::vector<float> fallingNoise(double duration_s, double loud_s, double drop_dB, double rate_Hz,
                                 const std::string& seed)
 {
     Random random(seed + "/falling");
@@ -225,7 +225,7 @@ std::vector<float> fallingNoise(double duration_s, double drop_dB, double rate_H
     const double low = std::isinf(drop_dB) ? 0.0 : std::pow(10.0, -drop_dB / 20.0);
     for (std::size_t n = 0; n < samples.size(); ++n) {
         const double time_s = static_cast<double>(n) / rate_Hz;
-        const bool isLow = std::fmod(time_s, 15.0) >= 10.0;
+        const bool isLow = std::fmod(time_s, 15.0) >= loud_s;
         samples[n] = static_cast<float>(0.2 * (isLow ? low : 1.0) * random.gauss());
     }
     return samples;

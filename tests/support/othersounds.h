@@ -30,8 +30,8 @@ std::vector<float> music(double duration_s, double rate_Hz, const std::string& s
 /// Phase reversals at 31.25 baud.
 std::vector<float> phaseKeying(double duration_s, double rate_Hz, const std::string& seed);
 
-/// White noise that falls every 10 s, by `drop_dB` and back up 5 s later; infinite: to nothing.
-std::vector<float> fallingNoise(double duration_s, double drop_dB, double rate_Hz,
+/// White noise that falls every 15 s, `loud_s` after it rose, by `drop_dB`; infinite: to nothing.
+std::vector<float> fallingNoise(double duration_s, double loud_s, double drop_dB, double rate_Hz,
                                 const std::string& seed);
 
 } // namespace testsupport
