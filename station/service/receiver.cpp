@@ -7,6 +7,9 @@
 #include <algorithm>
 #include <csignal>
 #include <sys/prctl.h>
+#include <sys/types.h>
+#include <unistd.h>
+#include <utility>
 
 namespace morsehost {
 
@@ -17,16 +20,10 @@ constexpr qint64 MAX_WAITING_BYTES = qint64{16} << 20;
 // Longer lines are none of a decoder's.
 constexpr int MAX_LINE_BYTES = 4 * 1024 * 1024;
 constexpr int MAX_ERROR_CHARACTERS = 300;
-constexpr int FINISH_ms = 10000;
+constexpr int FINISH_ms = 10000; // of a decoder, what it has been given
+constexpr int LEAVE_ms = 1000;   // of a command that is asked to end
 // After so long a run, the next pause is short again.
 constexpr int GOOD_RUN_ms = 60000;
-
-// Ends with the station, also when that is killed.
-class Child : public QProcess
-{
-protected:
-    void setupChildProcess() override { prctl(PR_SET_PDEATHSIG, SIGTERM); }
-};
 
 bool isRecording(const ReceiverSettings& settings)
 {
@@ -52,6 +49,12 @@ QStringList decoderWords(const ReceiverSettings& settings, const QString& saveFo
     return words;
 }
 
+// What a process said at its end.
+QString lastWords(const QByteArray& errors)
+{
+    return QString::fromUtf8(errors).simplified().right(MAX_ERROR_CHARACTERS);
+}
+
 } // namespace
 
 QString stateName(ReceiverState state)
@@ -68,6 +71,58 @@ QString stateName(ReceiverState state)
     }
     return QStringLiteral("down");
 }
+
+// Ends with the station, also when that is killed. What it started ends with it: of a command line
+// any process may hold the tuner.
+class Receiver::Child : public QProcess
+{
+public:
+    bool isThere() const { return state() != QProcess::NotRunning; }
+
+    // Asks it to end; kills it when it has not after so long.
+    void leave(int patience_ms)
+    {
+        // Before it runs, it would take the signal as this process does.
+        waitForStarted(FINISH_ms);
+        signalAll(SIGTERM);
+        killAfter(patience_ms);
+    }
+
+    void killAfter(int patience_ms)
+    {
+        QTimer::singleShot(patience_ms, this, [this] { signalAll(SIGKILL); });
+    }
+
+    // The same, waiting for it.
+    void wait(int patience_ms)
+    {
+        if (!isThere() || waitForFinished(patience_ms))
+            return;
+        signalAll(SIGKILL);
+        waitForFinished(FINISH_ms);
+    }
+
+protected:
+    void setupChildProcess() override
+    {
+        setpgid(0, 0);
+        prctl(PR_SET_PDEATHSIG, SIGTERM);
+    }
+
+private:
+    void signalAll(int number)
+    {
+        if (isThere() && processId() > 0)
+            ::kill(static_cast<pid_t>(-processId()), number);
+    }
+};
+
+class Receiver::Decoder : public Child
+{
+public:
+    QByteArray line; ///< unfinished
+    QString lastError;
+};
 
 Receiver::Receiver(const ReceiverSettings& settings, const Surroundings& surroundings,
                    QObject* parent)
@@ -99,13 +154,13 @@ void Receiver::setState(ReceiverState state, const QString& problem)
 
 void Receiver::start()
 {
-    // A recording that takes longer than its repetition is heard to its end.
-    if (m_decoder && m_decoder->state() != QProcess::NotRunning) {
+    // A recording that takes longer than its repetition is heard to its end; a tuner is free when
+    // the command that used it has ended.
+    const bool isRecordingHeard = isRecording(m_settings) && m_decoder && m_decoder->isThere();
+    if (isRecordingHeard || !m_finishing.empty() || (m_source && m_source->isThere())) {
         m_again.start(m_surroundings.firstPause_ms);
         return;
     }
-    m_isStopping = false;
-    m_decoderError.clear();
     startDecoder();
     if (!isRecording(m_settings))
         startSource();
@@ -115,20 +170,24 @@ void Receiver::start()
 
 void Receiver::startDecoder()
 {
-    m_line.clear();
-    m_decoder = std::make_unique<Child>();
-    connect(m_decoder.get(), &QProcess::readyReadStandardOutput, this, &Receiver::readDecoder);
-    connect(m_decoder.get(), &QProcess::readyReadStandardError, this, &Receiver::readDecoderErrors);
-    connect(m_decoder.get(), QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
-            &Receiver::decoderEnded);
-    connect(m_decoder.get(), &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
-        if (error == QProcess::FailedToStart)
-            goDown(QStringLiteral("the decoder cannot be started"));
+    m_decoder = std::make_unique<Decoder>();
+    Decoder* const decoder = m_decoder.get();
+    connect(decoder, &QProcess::readyReadStandardOutput, this, [this, decoder] { read(*decoder); });
+    connect(decoder, &QProcess::readyReadStandardError, this,
+            [decoder] { decoder->lastError = lastWords(decoder->readAllStandardError()); });
+    connect(decoder, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
+            [this, decoder] { decoderEnded(*decoder); });
+    connect(decoder, &QProcess::errorOccurred, this, [this, decoder](QProcess::ProcessError error) {
+        if (error != QProcess::FailedToStart)
+            return;
+        decoder->lastError = QStringLiteral("the decoder cannot be started");
+        decoderEnded(*decoder);
     });
-    m_decoder->start(m_surroundings.program, decoderWords(m_settings, m_surroundings.saveFolder));
+    decoder->start(m_surroundings.program, decoderWords(m_settings, m_surroundings.saveFolder));
     if (isRecording(m_settings)) {
-        m_decoder->closeWriteChannel();
+        decoder->closeWriteChannel();
         setState(ReceiverState::Running);
+        Q_EMIT begun();
     }
 }
 
@@ -136,35 +195,37 @@ void Receiver::startSource()
 {
     if (m_settings.stall_s > 0)
         m_stall.start(m_settings.stall_s * 1000);
-    if (!m_settings.tcp.isEmpty()) {
-        m_socket = std::make_unique<QTcpSocket>();
-        connect(m_socket.get(), &QTcpSocket::readyRead, this,
-                [this] { forward(m_socket->readAll()); });
-        connect(m_socket.get(), &QTcpSocket::disconnected, this,
-                [this] { sourceEnded(QStringLiteral("the connection was closed")); });
-        connect(m_socket.get(), &QTcpSocket::errorOccurred, this,
-                [this] { sourceEnded(m_socket->errorString()); });
-        m_socket->setReadBufferSize(MAX_WAITING_BYTES);
-        m_socket->connectToHost(
-            m_settings.tcp.section(QLatin1Char(':'), 0, -2),
-            static_cast<quint16>(m_settings.tcp.section(QLatin1Char(':'), -1).toInt()));
+    if (m_settings.tcp.isEmpty()) {
+        startCommand();
         return;
     }
+    m_socket = std::make_unique<QTcpSocket>();
+    connect(m_socket.get(), &QTcpSocket::readyRead, this, [this] { forward(m_socket->readAll()); });
+    connect(m_socket.get(), &QTcpSocket::disconnected, this,
+            [this] { sourceEnded(QStringLiteral("the connection was closed")); });
+    connect(m_socket.get(), &QTcpSocket::errorOccurred, this,
+            [this] { sourceEnded(m_socket->errorString()); });
+    m_socket->setReadBufferSize(MAX_WAITING_BYTES);
+    m_socket->connectToHost(
+        m_settings.tcp.section(QLatin1Char(':'), 0, -2),
+        static_cast<quint16>(m_settings.tcp.section(QLatin1Char(':'), -1).toInt()));
+}
+
+void Receiver::startCommand()
+{
+    m_sourceError.clear();
     m_source = std::make_unique<Child>();
     m_source->setStandardInputFile(QProcess::nullDevice());
     connect(m_source.get(), &QProcess::readyReadStandardOutput, this,
             [this] { forward(m_source->readAllStandardOutput()); });
-    connect(m_source.get(), &QProcess::readyReadStandardError, this, [this] {
-        m_decoderError = QString::fromUtf8(m_source->readAllStandardError())
-                             .simplified()
-                             .right(MAX_ERROR_CHARACTERS);
-    });
+    connect(m_source.get(), &QProcess::readyReadStandardError, this,
+            [this] { m_sourceError = lastWords(m_source->readAllStandardError()); });
     connect(m_source.get(), QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
             [this](int code) {
                 forward(m_source->readAllStandardOutput());
-                sourceEnded(m_decoderError.isEmpty()
+                sourceEnded(m_sourceError.isEmpty()
                                 ? QStringLiteral("the command ended with status %1").arg(code)
-                                : m_decoderError);
+                                : m_sourceError);
             });
     connect(m_source.get(), &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart)
@@ -190,103 +251,111 @@ void Receiver::forward(const QByteArray& samples)
     m_decoder->write(samples);
 }
 
-void Receiver::readDecoder()
+void Receiver::read(Decoder& decoder)
 {
-    m_line += m_decoder->readAllStandardOutput();
+    QByteArray& line = decoder.line;
+    line += decoder.readAllStandardOutput();
     int begin = 0;
-    for (int end = m_line.indexOf('\n'); end >= 0; end = m_line.indexOf('\n', begin)) {
-        const QJsonDocument document = QJsonDocument::fromJson(m_line.mid(begin, end - begin));
+    for (int end = line.indexOf('\n'); end >= 0; end = line.indexOf('\n', begin)) {
+        const QJsonDocument document = QJsonDocument::fromJson(line.mid(begin, end - begin));
         begin = end + 1;
         if (document.isObject())
             Q_EMIT decoded(document.object());
     }
-    m_line.remove(0, begin);
-    if (m_line.size() > MAX_LINE_BYTES)
-        m_line.clear();
-}
-
-void Receiver::readDecoderErrors()
-{
-    m_decoderError = QString::fromUtf8(m_decoder->readAllStandardError())
-                         .simplified()
-                         .right(MAX_ERROR_CHARACTERS);
+    line.remove(0, begin);
+    if (line.size() > MAX_LINE_BYTES)
+        line.clear();
 }
 
 void Receiver::sourceEnded(const QString& problem)
 {
-    if (!m_isStopping)
-        goDown(problem);
+    goDown(problem);
 }
 
-void Receiver::decoderEnded()
+void Receiver::decoderEnded(Decoder& decoder)
 {
-    readDecoder();
-    if (m_isStopping)
-        return;
-    if (isRecording(m_settings)) {
-        const bool isGood =
-            m_decoder->exitStatus() == QProcess::NormalExit && m_decoder->exitCode() == 0;
-        if (isGood && m_settings.repeat_s == 0)
-            setState(ReceiverState::Ended);
-        else if (!isGood)
-            goDown(m_decoderError.isEmpty() ? QStringLiteral("the decoder ended") : m_decoderError);
+    read(decoder);
+    if (&decoder != m_decoder.get()) {
+        forget(decoder);
         return;
     }
-    goDown(m_decoderError.isEmpty() ? QStringLiteral("the decoder ended") : m_decoderError);
+    const QString problem =
+        decoder.lastError.isEmpty() ? QStringLiteral("the decoder ended") : decoder.lastError;
+    const bool isGood = decoder.error() == QProcess::UnknownError &&
+                        decoder.exitStatus() == QProcess::NormalExit && decoder.exitCode() == 0;
+    if (!isRecording(m_settings) || !isGood)
+        goDown(problem);
+    else if (m_settings.repeat_s == 0)
+        setState(ReceiverState::Ended);
 }
 
-// The source first, so that the decoder finishes what it has been given.
-void Receiver::endDecoder()
+void Receiver::forget(Decoder& decoder)
+{
+    const auto found = std::find_if(m_finishing.begin(), m_finishing.end(),
+                                    [&decoder](const auto& one) { return one.get() == &decoder; });
+    if (found == m_finishing.end())
+        return;
+    // It may be the one that reports just now.
+    found->release()->deleteLater();
+    m_finishing.erase(found);
+}
+
+void Receiver::endSource()
 {
     m_stall.stop();
     if (m_source) {
         m_source->disconnect(this);
-        // Before it runs, it would take the signal as this process does.
-        m_source->waitForStarted(FINISH_ms);
-        m_source->terminate();
-        if (!m_source->waitForFinished(1000)) {
-            m_source->kill();
-            m_source->waitForFinished(FINISH_ms);
-        }
-        // It may be the one that reports just now.
-        m_source.release()->deleteLater();
+        m_source->closeReadChannel(QProcess::StandardOutput);
+        m_source->leave(LEAVE_ms);
     }
     if (m_socket) {
         m_socket->disconnect(this);
         m_socket->abort();
+        // It may be the one that reports just now.
         m_socket.release()->deleteLater();
     }
+}
+
+// It finishes what it has been given, while another may already be there.
+void Receiver::dismissDecoder()
+{
     if (!m_decoder)
         return;
-    if (m_decoder->state() != QProcess::NotRunning) {
-        disconnect(m_decoder.get(), QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished),
-                   this, nullptr);
-        m_decoder->closeWriteChannel();
-        if (isRecording(m_settings)) {
-            m_decoder->waitForStarted(FINISH_ms);
-            m_decoder->terminate();
-        }
-        if (!m_decoder->waitForFinished(FINISH_ms)) {
-            m_decoder->kill();
-            m_decoder->waitForFinished(FINISH_ms);
-        }
-        readDecoder();
+    Decoder* const decoder = m_decoder.get();
+    if (!decoder->isThere()) {
+        m_decoder.release()->deleteLater();
+        return;
     }
-    m_decoder->disconnect(this);
-    m_decoder.release()->deleteLater();
+    m_finishing.push_back(std::move(m_decoder));
+    decoder->closeWriteChannel();
+    if (isRecording(m_settings))
+        decoder->leave(FINISH_ms);
+    else
+        decoder->killAfter(FINISH_ms);
+}
+
+void Receiver::end()
+{
+    m_again.stop();
+    endSource();
+    dismissDecoder();
 }
 
 void Receiver::stop()
 {
-    m_isStopping = true;
-    m_again.stop();
-    endDecoder();
+    end();
+    if (m_source)
+        m_source->wait(LEAVE_ms);
+    while (!m_finishing.empty()) {
+        Decoder& oldest = *m_finishing.front();
+        oldest.wait(FINISH_ms);
+        forget(oldest);
+    }
 }
 
 void Receiver::goDown(const QString& problem)
 {
-    m_isStopping = true;
-    endDecoder();
+    end();
     setState(ReceiverState::Down, problem);
     if (m_run.isValid() && m_run.elapsed() > GOOD_RUN_ms)
         m_pause_ms = m_surroundings.firstPause_ms;
@@ -303,8 +372,8 @@ void Receiver::changeSaveFolder(const QString& folder)
     // A recording takes the folder when it begins again.
     if (isRecording(m_settings) || m_state != ReceiverState::Running)
         return;
-    stop();
-    start();
+    dismissDecoder();
+    startDecoder();
 }
 
 } // namespace morsehost

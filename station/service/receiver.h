@@ -12,6 +12,7 @@
 #include <QTimer>
 
 #include <memory>
+#include <vector>
 
 class QTcpSocket;
 
@@ -54,10 +55,13 @@ public:
     qint64 bytesLost() const { return m_bytesLost; }
 
     void start();
-    /// Ends the source, lets the decoder finish what it has, and returns when it has; after a few
-    /// seconds the decoder is ended without that.
+    /// Ends the source and lets the decoder finish what it has; after a few seconds the decoder is
+    /// ended without that. Returns at once.
+    void end();
+    /// The same, and returns when both have ended.
     void stop();
-    /// The folder that the next decoder saves into. The running one is ended in order and replaced.
+    /// The folder that the next decoder saves into. The running one is replaced and finishes what
+    /// it has; the source goes on.
     void changeSaveFolder(const QString& folder);
 
 Q_SIGNALS:
@@ -65,17 +69,24 @@ Q_SIGNALS:
     void decoded(const QJsonObject& object);
     /// What the source sent, on its way to the decoder.
     void heard(const QByteArray& samples);
+    /// A recording is heard from its beginning.
+    void begun();
     void stateChanged();
 
 private:
+    class Child;
+    class Decoder;
+
     void startDecoder();
     void startSource();
+    void startCommand();
     void forward(const QByteArray& samples);
-    void readDecoder();
-    void readDecoderErrors();
+    void read(Decoder& decoder);
     void sourceEnded(const QString& problem);
-    void decoderEnded();
-    void endDecoder();
+    void decoderEnded(Decoder& decoder);
+    void forget(Decoder& decoder);
+    void endSource();
+    void dismissDecoder();
     void goDown(const QString& problem);
     void setState(ReceiverState state, const QString& problem = {});
 
@@ -83,17 +94,16 @@ private:
     Surroundings m_surroundings;
     ReceiverState m_state = ReceiverState::Starting;
     QString m_problem;
-    std::unique_ptr<QProcess> m_source;
+    std::unique_ptr<Child> m_source;
+    QString m_sourceError;
     std::unique_ptr<QTcpSocket> m_socket;
-    std::unique_ptr<QProcess> m_decoder;
-    QByteArray m_line; ///< of the decoder, unfinished
-    QString m_decoderError;
+    std::unique_ptr<Decoder> m_decoder;                ///< that gets the samples
+    std::vector<std::unique_ptr<Decoder>> m_finishing; ///< those before it that have not ended yet
     QTimer m_stall;
     QTimer m_again;
     QElapsedTimer m_run; ///< since the first sample
     int m_pause_ms;
     qint64 m_bytesLost = 0;
-    bool m_isStopping = false;
 };
 
 } // namespace morsehost
