@@ -84,7 +84,9 @@ BandOptions readOptions(Arguments& arguments)
             QDir::cleanPath(QDir::current().absoluteFilePath(arguments.text("save")));
     // A pipe is heard now, unless it is said otherwise.
     const auto now_us = static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) * 1000;
-    station.start_us = arguments.time("start").value_or(request.isPipe ? now_us : 0);
+    const bool isNow = arguments.text("start") == QLatin1String("now");
+    const std::optional<unsigned long long> given_us = isNow ? now_us : arguments.time("start");
+    station.start_us = given_us.value_or(request.isPipe ? now_us : 0);
     return options;
 }
 
@@ -170,8 +172,8 @@ Command bandCommand()
          "terminal"},
         {"save", "DIR", "write the files of each signal into DIR (created when missing)"},
         {"start", "TIME",
-         "time of the first sample, ISO 8601 (default: the clock for standard input, 1970 for a "
-         "file)"},
+         "time of the first sample: ISO 8601, or 'now', by the clock (default: 'now' for standard "
+         "input, 1970-01-01 00:00 UTC for a file)"},
     };
     rows.insert(rows.end(), own.begin(), own.end());
     for (const OptionRow& row : alphabetOptionRows())
