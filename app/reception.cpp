@@ -118,11 +118,28 @@ MorseStation& Reception::begin(const ReceivedSource& source, bool isOneOfSeveral
     settings.start_us = source.start_us;
     settings.demodulator = source.demodulator;
     m_source = source;
-    m_station.emplace(m_tree, settings, listener(source));
+    StationListener* listener = &this->listener(source);
+    if (m_options.hasPictures)
+        listener = &m_pictures.emplace(*listener, m_options.saveDirectory);
+    m_station.emplace(m_tree, settings, *listener);
+    if (m_pictures)
+        m_pictures->feed(*m_station);
     m_station->start();
     if (isOneOfSeveral)
         m_reporter->source(source.name);
     return *m_station;
+}
+
+demodulator::SymbolSink& Reception::sink()
+{
+    if (m_pictures)
+        return *m_pictures;
+    return *m_station;
+}
+
+demodulator::Observer* Reception::observer()
+{
+    return m_pictures ? &*m_pictures : nullptr;
 }
 
 void Reception::end(SourceEnd how)
@@ -134,6 +151,7 @@ void Reception::end(SourceEnd how)
     m_lost.characters += lost.characters;
     m_lost.documents += lost.documents;
     m_station.reset();
+    m_pictures.reset();
     if (m_recording)
         archiveRecording(how);
     m_recording.reset();

@@ -5,6 +5,7 @@
 
 #include "app/options/receptionoptions.h"
 #include "app/reporter.h"
+#include "app/transmissionpictures.h"
 #include "host/standin/hosttree.h"
 #include "station/archive/archivelistener.h"
 #include "station/archive/recordinglistener.h"
@@ -39,6 +40,9 @@ public:
     bool canBegin();
     /// A station for the next source; it ends with `end`. Only where `canBegin`.
     MorseStation& begin(const ReceivedSource& source, bool isOneOfSeveral = false);
+    /// Where what is heard of the current source goes; the observer only with pictures.
+    demodulator::SymbolSink& sink();
+    demodulator::Observer* observer();
     /// A recording of the archive that was interrupted is left to the next attempt.
     void end(SourceEnd how = SourceEnd::Whole);
     /// All is over. Returns the exit status as far as output and files decide it.
@@ -63,6 +67,7 @@ private:
     std::optional<RecordingListener> m_recording; ///< while it is collected
     bool m_isArchiveIncomplete = false;
     HostTree m_tree;
+    std::optional<TransmissionPictures> m_pictures;
     std::optional<MorseStation> m_station; ///< goes before the tree
     std::optional<bool> m_canBegin;        ///< once it was tried
     SaveLosses m_lost;

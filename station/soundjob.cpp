@@ -15,12 +15,13 @@ namespace {
 // Text appears with every piece, so a piece is a small part of a character.
 constexpr std::size_t PIECE_SAMPLES = 512;
 
-// Some hours of keying.
+// Some hours of keying; with the sound itself, half a minute.
 constexpr std::size_t MAX_EVENTS = std::size_t(1) << 18;
+constexpr std::size_t MAX_OBSERVED_EVENTS = std::size_t(1) << 13;
 
 } // namespace
 
-class SoundJob::Collector : public demodulator::SymbolSink
+class SoundJob::Collector : public demodulator::SymbolSink, public demodulator::Observer
 {
 public:
     explicit Collector(SoundJob& job)
@@ -30,24 +31,41 @@ public:
 
     void transmissionStarted(std::int64_t time_us) override
     {
-        m_job.add({Kind::Started, 0, time_us, {}});
+        m_job.add([=](auto& sink, auto*) { sink.transmissionStarted(time_us); });
     }
     void symbol(int code, std::int64_t time_us) override
     {
-        m_job.add({Kind::Symbol, code, time_us, {}});
+        m_job.add([=](auto& sink, auto*) { sink.symbol(code, time_us); });
     }
     void transmissionStopped(std::int64_t time_us, const demodulator::SignalReport& report) override
     {
-        m_job.add({Kind::Stopped, 0, time_us, report});
+        m_job.add([=](auto& sink, auto*) { sink.transmissionStopped(time_us, report); });
+    }
+
+    void sound(const float* samples, std::size_t count, double rate_Hz) override
+    {
+        m_job.add(
+            [piece = std::vector<float>(samples, samples + count), rate_Hz](auto&, auto* observer) {
+                observer->sound(piece.data(), piece.size(), rate_Hz);
+            });
+    }
+    void step(const demodulator::FollowedStep& step) override
+    {
+        m_job.add([step](auto&, auto* observer) { observer->step(step); });
+    }
+    void mark(std::int64_t begin_us, std::int64_t end_us, double unit_us) override
+    {
+        m_job.add([=](auto&, auto* observer) { observer->mark(begin_us, end_us, unit_us); });
     }
 
 private:
     SoundJob& m_job;
 };
 
-SoundJob::SoundJob(SoundRequest request, SoundBell& bell)
+SoundJob::SoundJob(SoundRequest request, SoundBell& bell, bool isObserved)
     : m_request(std::move(request))
     , m_bell(bell)
+    , m_isObserved(isObserved)
     , m_thread([this] { run(); })
 {
 }
@@ -80,7 +98,8 @@ void SoundJob::run()
 void SoundJob::hear(SampleSource& source)
 {
     Collector collector(*this);
-    demodulator::Demodulator demodulator(m_request.demodulator, collector);
+    demodulator::Demodulator demodulator(m_request.demodulator, collector,
+                                         m_isObserved ? &collector : nullptr);
     std::vector<float> samples(PIECE_SAMPLES);
     const std::optional<long long> all = source.frameCount();
     long long done = 0;
@@ -113,12 +132,13 @@ void SoundJob::publish(const SoundFacts& facts)
     m_bell.rung.notify_all();
 }
 
-void SoundJob::add(const Event& event)
+void SoundJob::add(Event event)
 {
+    const std::size_t most = m_isObserved ? MAX_OBSERVED_EVENTS : MAX_EVENTS;
     {
         std::unique_lock<std::mutex> lock(m_bell.mutex);
-        m_bell.rung.wait(lock, [this] { return m_events.size() < MAX_EVENTS || m_isStopped; });
-        m_events.push_back(event);
+        m_bell.rung.wait(lock, [&] { return m_events.size() < most || m_isStopped; });
+        m_events.push_back(std::move(event));
     }
     m_bell.rung.notify_all();
 }
@@ -129,7 +149,7 @@ const SoundFacts* SoundJob::facts() const
     return m_facts ? &*m_facts : nullptr;
 }
 
-bool SoundJob::deliver(demodulator::SymbolSink& sink)
+bool SoundJob::deliver(demodulator::SymbolSink& sink, demodulator::Observer* observer)
 {
     std::deque<Event> events;
     {
@@ -137,19 +157,8 @@ bool SoundJob::deliver(demodulator::SymbolSink& sink)
         events.swap(m_events);
     }
     m_bell.rung.notify_all();
-    for (const Event& event : events) {
-        switch (event.kind) {
-        case Kind::Started:
-            sink.transmissionStarted(event.time_us);
-            break;
-        case Kind::Symbol:
-            sink.symbol(event.code, event.time_us);
-            break;
-        case Kind::Stopped:
-            sink.transmissionStopped(event.time_us, event.report);
-            break;
-        }
-    }
+    for (const Event& event : events)
+        event(sink, observer);
     return !events.empty();
 }
 

@@ -3,6 +3,7 @@
 // other is decoded.
 #pragma once
 
+#include "signal/morse/observer.h"
 #include "signal/morse/symbolsink.h"
 #include "station/audio/sound.h"
 
@@ -10,6 +11,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -36,8 +38,9 @@ struct SoundFacts
 class SoundJob
 {
 public:
-    /// Begins at once. The bell outlives the job.
-    SoundJob(SoundRequest request, SoundBell& bell);
+    /// Begins at once. The bell outlives the job. What an observer of the demodulator sees is kept
+    /// only where it is wanted.
+    SoundJob(SoundRequest request, SoundBell& bell, bool isObserved = false);
     /// Stops it where it is.
     ~SoundJob();
     SoundJob(const SoundJob&) = delete;
@@ -46,8 +49,9 @@ public:
     /// Null until the first samples are there, or are known not to come.
     const SoundFacts* facts() const;
     /// Hands on what has been heard since the last call; to be called from one thread, again and
-    /// again, since a job waits when much has not been fetched. False when there was nothing.
-    bool deliver(demodulator::SymbolSink& sink);
+    /// again, since a job waits when much has not been fetched. The observer is that of a job that
+    /// is observed. False when there was nothing.
+    bool deliver(demodulator::SymbolSink& sink, demodulator::Observer* observer = nullptr);
     /// All has been heard; there may still be something to deliver.
     bool isDone() const;
     /// Done, and all is delivered.
@@ -58,23 +62,18 @@ public:
     std::optional<double> progress() const;
 
 private:
-    enum class Kind : std::uint8_t { Started, Symbol, Stopped };
-    struct Event
-    {
-        Kind kind;
-        int code;
-        std::int64_t time_us;
-        demodulator::SignalReport report; ///< of what has stopped
-    };
+    /// A call to be made later.
+    using Event = std::function<void(demodulator::SymbolSink&, demodulator::Observer*)>;
     class Collector;
 
     void run();
     void hear(SampleSource& source);
     void publish(const SoundFacts& facts);
-    void add(const Event& event);
+    void add(Event event);
 
     SoundRequest m_request;
     SoundBell& m_bell;
+    const bool m_isObserved;
     std::atomic<bool> m_isStopped{false};
     std::atomic<double> m_progress{-1.0};
     // Behind the bell's mutex.

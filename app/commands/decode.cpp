@@ -122,10 +122,10 @@ private:
             return complainOf(name, noStartTime());
         if (!canBegin())
             return false;
-        MorseStation& station = m_reception.begin(
-            {name, *start_us, facts.demodulator, m_keys.value(name)}, m_isOneOfSeveral);
+        m_reception.begin({name, *start_us, facts.demodulator, m_keys.value(name)},
+                          m_isOneOfSeveral);
         while (!job.isOver() && !m_reception.isPointless()) {
-            if (!job.deliver(station))
+            if (!job.deliver(m_reception.sink(), m_reception.observer()))
                 wait(job);
         }
         const bool isHeard = job.isOver() && !isInterrupted();
@@ -161,7 +161,8 @@ private:
             running += m_jobs[i]->isDone() ? 0 : 1;
         while (m_started < m_sounds.size() && m_started < m_current + MAX_AHEAD &&
                (m_started == m_current || running < m_atOnce)) {
-            m_jobs[m_started] = std::make_unique<SoundJob>(m_sounds[m_started], m_bell);
+            m_jobs[m_started] =
+                std::make_unique<SoundJob>(m_sounds[m_started], m_bell, m_options.hasPictures);
             ++m_started;
             ++running;
         }
@@ -196,7 +197,10 @@ private:
 
 int run(Arguments& arguments)
 {
-    const ReceptionOptions options = readReceptionOptions(arguments, StartWords::TimeNowAuto);
+    ReceptionOptions options = readReceptionOptions(arguments, StartWords::TimeNowAuto);
+    options.hasPictures = arguments.isSet("pictures");
+    if (options.hasPictures && options.saveDirectory.isEmpty())
+        arguments.fail(QStringLiteral("--pictures needs --save"));
     const bool isTeleprinter = isTeleprinterAsked(arguments);
     std::vector<SoundRequest> sounds =
         readSoundOptions(arguments, isTeleprinter ? teleprinterTones() : ToneRange());
@@ -229,6 +233,8 @@ Command decodeCommand()
     rows.push_back({"jobs", "N",
                     "decode N recordings in parallel (default: one per processor); the output does "
                     "not depend on it"});
+    rows.push_back(
+        {"pictures", nullptr, "with --save: a picture of each transmission, as inspect draws it"});
     return {
         {"decode", "FILE…|-", 1, std::numeric_limits<int>::max(),
          "Decodes recordings (WAV, FLAC, Ogg, MP3) or standard input: raw samples (signed 16 "

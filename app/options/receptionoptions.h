@@ -31,6 +31,7 @@ struct ReceptionOptions
     StartRule startRule = StartRule::Unsaid;
     unsigned long long start_us = 0;
     bool trace = false;
+    bool hasPictures = false; ///< one of each transmission is saved
 };
 
 /// Microseconds since 1970-01-01 00:00 UTC at which the first sample of `sound` was taken, which

@@ -35,10 +35,34 @@ void Notes::sound(const float* samples, std::size_t count, double rate_Hz)
                                         static_cast<std::int64_t>(count));
     };
     m_seen.rate_Hz = rate_Hz;
-    m_seen.firstSample = std::max(first, index(m_begin_us, 0.0));
+    if (m_seen.samples.empty())
+        m_seen.firstSample = std::max(first, *m_nextSample);
     m_seen.samples.insert(m_seen.samples.end(), samples + wanted(first),
                           samples + std::max(wanted(first), wanted(last)));
     *m_nextSample += static_cast<std::int64_t>(count);
+}
+
+void Notes::forgetBefore(std::int64_t time_us)
+{
+    if (time_us <= m_seen.stretch.from_us)
+        return;
+    m_seen.stretch.from_us = time_us;
+    const auto first =
+        static_cast<std::int64_t>((static_cast<double>(time_us) / 1e6 - AROUND_s) * m_seen.rate_Hz);
+    const auto forgotten = std::clamp<std::int64_t>(
+        first - m_seen.firstSample, 0, static_cast<std::int64_t>(m_seen.samples.size()));
+    m_seen.samples.erase(m_seen.samples.begin(), m_seen.samples.begin() + forgotten);
+    m_seen.firstSample += forgotten;
+    const auto forget = [](auto& things, auto isOver) {
+        things.erase(things.begin(), std::find_if_not(things.begin(), things.end(), isOver));
+    };
+    const auto isOver = [time_us](const auto& thing) { return thing.end_us <= time_us; };
+    forget(m_seen.steps, [time_us](const auto& step) { return step.time_us < time_us; });
+    forget(m_seen.marks, isOver);
+    forget(m_seen.gaps, isOver);
+    forget(m_seen.characters, isOver);
+    forget(m_seen.transmissions,
+           [time_us](const Transmission& one) { return one.end_us && *one.end_us <= time_us; });
 }
 
 void Notes::step(const demodulator::FollowedStep& step)

@@ -83,6 +83,8 @@ public:
     explicit Notes(const Stretch& stretch, std::int64_t begin_us = 0);
 
     const Seen& seen() const { return m_seen; }
+    /// The stretch begins then, or where it did if that is later.
+    void forgetBefore(std::int64_t time_us);
 
     void transmissionStarted(std::int64_t time_us) override;
     void symbol(int code, std::int64_t time_us) override;

@@ -8,6 +8,9 @@
 #include <QDir>
 #include <QFile>
 #include <QImage>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -40,6 +43,43 @@ class tst_Inspect : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void decodeKeepsAPictureOfEachTransmission()
+    {
+        QTemporaryDir dir;
+        const QStringList words = {"decode",   "--json",     "--save",
+                                   dir.path(), "--pictures", RECORDING};
+        const Ended ended = run(words);
+        QCOMPARE(ended.err, QByteArray());
+        QStringList pictures;
+        const QList<QByteArray> lines = ended.out.split('\n');
+        for (const QByteArray& line : lines) {
+            const QJsonObject object = QJsonDocument::fromJson(line).object();
+            if (object.value("event") != QJsonValue("transmission"))
+                continue;
+            const QString path = object.value("files").toArray().last().toString();
+            pictures += path;
+            const Drawn drawn = testsupport::readDrawn(contentOf(path));
+            QCOMPARE(drawn.error, QString());
+            QCOMPARE(textOf(drawn), object.value("text").toString().remove(' '));
+            // Each by itself: with the flags at which it begins and ends, and no other's.
+            QCOMPARE(drawn.inRows("flagname").size(), std::size_t(2));
+        }
+        QCOMPARE(pictures.size(), 3);
+        QCOMPARE(QDir(dir.path()).entryList({"*_picture.svg"}).size(), 3);
+        // They show the same where several are heard at once, and take no place of others.
+        QCOMPARE(run(words + QStringList{QStringLiteral(TEST_DATA_DIR "/recordings/noisy25.flac")})
+                     .status,
+                 0);
+        QVERIFY(QFile::exists(QString(pictures[0]).replace("_picture", "_picture_2")));
+    }
+
+    void decodeKeepsNoPictureOfWhatItDoesNotSave()
+    {
+        const Ended ended = run({"decode", "--pictures", RECORDING});
+        QCOMPARE(ended.status, 2);
+        QVERIFY(ended.err.contains("--pictures needs --save"));
+    }
+
     void itDrawsWhatDecodeGives_data()
     {
         QTest::addColumn<QString>("recording");

@@ -218,6 +218,28 @@ private Q_SLOTS:
         QVERIFY(std::equal(seen.samples.begin(), seen.samples.end(), first));
     }
 
+    void whatIsForgottenLeavesWhatAStretchThatBeginsThenHas()
+    {
+        const std::vector<float> samples = sounds(TEXT, 20.0);
+        Notes notes({0, 8000000});
+        demodulate(samples, notes);
+        notes.forgetBefore(3000000);
+        notes.forgetBefore(5000000);
+        notes.forgetBefore(4000000); // is forgotten already
+        Notes wanted({5000000, 8000000});
+        demodulate(samples, wanted);
+        const Seen& seen = notes.seen();
+        QCOMPARE(seen.stretch.from_us, wanted.seen().stretch.from_us);
+        QCOMPARE(seen.firstSample, wanted.seen().firstSample);
+        QCOMPARE(seen.samples, wanted.seen().samples);
+        QCOMPARE(seen.steps.size(), wanted.seen().steps.size());
+        QCOMPARE(seen.steps.front().time_us, wanted.seen().steps.front().time_us);
+        QCOMPARE(seen.marks.size(), wanted.seen().marks.size());
+        QCOMPARE(seen.marks.front().begin_us, wanted.seen().marks.front().begin_us);
+        QCOMPARE(seen.gaps.size(), wanted.seen().gaps.size());
+        QCOMPARE(seen.characters.size(), wanted.seen().characters.size());
+    }
+
     void stepsThatBeginInThePastReplaceWhatWasThere()
     {
         Notes notes({0, 1000000});
