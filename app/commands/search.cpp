@@ -6,6 +6,7 @@
 #include "app/console/exitstatus.h"
 #include "station/archive/archive.h"
 #include "station/archive/querytext.h"
+#include "station/archive/receptions.h"
 #include "station/io/interrupt.h"
 #include "station/io/output.h"
 
@@ -44,10 +45,22 @@ QString onOneLine(const QString& text)
     return line;
 }
 
-QByteArray textLine(const ArchivedTransmission& found)
+// A further reception is set off, and says who has heard it.
+QString also(const ArchiveRecord& record)
 {
-    const Transmission& transmission = found.record.transmission;
-    QStringList fields{utc(transmission.start_us).toString(Qt::ISODate)};
+    QStringList names{record.station, record.transmission.receiver};
+    names.removeAll(QString());
+    return QStringLiteral("  also %1").arg(onOneLine(names.join(QLatin1Char('/'))));
+}
+
+QByteArray textLine(const Reception& reception)
+{
+    const ArchiveRecord& record = reception.transmission.record;
+    const Transmission& transmission = record.transmission;
+    QStringList fields;
+    if (reception.copyOf)
+        fields += also(record);
+    fields += utc(transmission.start_us).toString(Qt::ISODate);
     const auto add = [&fields](const std::optional<double>& number, double scale, int decimals,
                                const char* unit) {
         if (number)
@@ -62,25 +75,28 @@ QByteArray textLine(const ArchivedTransmission& found)
     return fields.join(QLatin1String("  ")).toUtf8() + '\n';
 }
 
-QJsonObject objectOf(const ArchivedTransmission& found)
+QJsonObject objectOf(const Reception& reception)
 {
+    const ArchivedTransmission& found = reception.transmission;
     QJsonObject object = toJson(found.record.transmission);
     object.insert(QStringLiteral("id"), found.id);
+    if (reception.copyOf)
+        object.insert(QStringLiteral("copy_of"), *reception.copyOf);
     if (!found.record.station.isEmpty())
         object.insert(QStringLiteral("station"), found.record.station);
     return object;
 }
 
-QByteArray jsonLine(const ArchivedTransmission& found)
+QByteArray jsonLine(const Reception& reception)
 {
-    return QJsonDocument(objectOf(found)).toJson(QJsonDocument::Compact) + '\n';
+    return QJsonDocument(objectOf(reception)).toJson(QJsonDocument::Compact) + '\n';
 }
 
 // The columns of the CSV form in their order: the members of the JSON object, but for "event".
 constexpr const char* CSV_COLUMNS[] = {
-    "id",       "station", "receiver", "source",       "number",        "decoder",   "map",
-    "start",    "stop",    "tone_Hz",  "frequency_Hz", "speed_wpm",     "baud_rate", "shift_Hz",
-    "reversed", "snr_dB",  "text",     "raw_text",     "unknown_codes", "files",
+    "id",       "copy_of",  "station", "receiver", "source",       "number",        "decoder",
+    "map",      "start",    "stop",    "tone_Hz",  "frequency_Hz", "speed_wpm",     "baud_rate",
+    "shift_Hz", "reversed", "snr_dB",  "text",     "raw_text",     "unknown_codes", "files",
 };
 
 // What is not known is empty; the values of a list stand on a line each.
@@ -117,9 +133,9 @@ QByteArray csvHeader()
     return csvRow(names);
 }
 
-QByteArray csvLine(const ArchivedTransmission& found)
+QByteArray csvLine(const Reception& reception)
 {
-    const QJsonObject object = objectOf(found);
+    const QJsonObject object = objectOf(reception);
     QStringList fields;
     for (const char* column : CSV_COLUMNS)
         fields += csvField(object.value(QLatin1String(column)));
@@ -141,9 +157,12 @@ QByteArray adifHeader()
            adifField("PROGRAMID", QStringLiteral("morsehost")) + "<EOH>\n";
 }
 
-QByteArray adifLine(const ArchivedTransmission& found)
+// A log has each transmission once.
+QByteArray adifLine(const Reception& reception)
 {
-    const Transmission& transmission = found.record.transmission;
+    if (reception.copyOf)
+        return {};
+    const Transmission& transmission = reception.transmission.record.transmission;
     const QDateTime start = utc(transmission.start_us);
     QByteArray line =
         adifField("QSO_DATE", start.toString(QStringLiteral("yyyyMMdd"))) +
@@ -162,7 +181,7 @@ struct Form
 {
     const char* option; ///< null for the default
     QByteArray (*header)();
-    QByteArray (*line)(const ArchivedTransmission&);
+    QByteArray (*line)(const Reception&);
 };
 
 QByteArray noHeader()
@@ -199,7 +218,7 @@ void readFrequency(Arguments& arguments, ArchiveQuery& query)
 
 bool write(Output& output, const std::vector<ArchivedTransmission>& found, const Form& form)
 {
-    for (const ArchivedTransmission& one : found)
+    for (const Reception& one : joinReceptions(found))
         output.write(form.line(one));
     return !output.hasFailed();
 }

@@ -17,7 +17,7 @@ namespace morsehost {
 
 namespace {
 
-constexpr int SCHEMA_VERSION = 2;
+constexpr int SCHEMA_VERSION = 3;
 
 // So many rows are read and compared faster than an index of words is asked.
 constexpr int NARROW_ROWS = 20000;
@@ -55,10 +55,11 @@ QStringList listOf(const QVariant& json)
     return list;
 }
 
-// A database that speaks SQL keeps no NUL in a text.
+// A database that speaks SQL keeps no NUL in a text, and compares nothing with what is null.
 QString storable(QString text)
 {
-    return text.replace(QChar(QChar::Null), QChar(QChar::ReplacementCharacter));
+    return text.isNull() ? QStringLiteral("")
+                         : text.replace(QChar(QChar::Null), QChar(QChar::ReplacementCharacter));
 }
 
 // clang-format off
@@ -168,6 +169,7 @@ struct ArchiveDialect
     const char* insertBehind; ///< the values, for rows whose key is there already to be left alone
     const char* join;         ///< of the index of words
     const char* condition;    ///< that the words are there
+    const char* size;         ///< a query: bytes in use
     QString (*match)(const std::vector<Wanted>&);
 };
 
@@ -216,12 +218,16 @@ const ArchiveDialect SQLITE = {
       "VALUES ('delete', old.id, old.text, old.raw_text); END",
       "PRAGMA user_version = 1"},
      {"CREATE TABLE recordings (key TEXT PRIMARY KEY, source TEXT, transmissions INTEGER)",
-      "PRAGMA user_version = 2"}},
+      "PRAGMA user_version = 2"},
+     {"UPDATE transmissions SET station = '' WHERE station IS NULL", "DROP INDEX by_stop",
+      "CREATE INDEX by_station ON transmissions (station, stop_us)", "PRAGMA user_version = 3"}},
     nullptr,
     "INSERT OR IGNORE INTO ",
     "",
     " JOIN words ON words.rowid = transmissions.id",
     "words MATCH ?",
+    "SELECT (page_count - freelist_count) * page_size "
+    "FROM pragma_page_count, pragma_freelist_count, pragma_page_size",
     sqliteMatch,
 };
 
@@ -241,13 +247,17 @@ const ArchiveDialect POSTGRESQL = {
       "CREATE INDEX by_words ON transmissions USING gin (words)",
       "COMMENT ON TABLE transmissions IS '1'"},
      {"CREATE TABLE recordings (key TEXT PRIMARY KEY, source TEXT, transmissions INTEGER)",
-      "COMMENT ON TABLE transmissions IS '2'"}},
+      "COMMENT ON TABLE transmissions IS '2'"},
+     {"UPDATE transmissions SET station = '' WHERE station IS NULL", "DROP INDEX by_stop",
+      "CREATE INDEX by_station ON transmissions (station, stop_us)",
+      "COMMENT ON TABLE transmissions IS '3'"}},
     // Ids become visible in ascending order, whichever station writes.
     "SELECT pg_advisory_xact_lock(7025000)",
     "INSERT INTO ",
     " ON CONFLICT (key) DO NOTHING",
     "",
     "words @@ CAST(? AS tsquery)",
+    "SELECT 0",
     postgresqlMatch,
 };
 
@@ -560,14 +570,25 @@ std::optional<qint64> Archive::latest()
     return number(QStringLiteral("SELECT coalesce(max(id), 0) FROM transmissions"));
 }
 
-std::optional<qint64> Archive::removeBefore(qint64 stop_us)
+std::optional<qint64> Archive::removeBefore(qint64 stop_us, const std::optional<QString>& station,
+                                            int most)
 {
     QSqlQuery query(QSqlDatabase::database(m_connection, false));
-    query.prepare(QStringLiteral("DELETE FROM transmissions WHERE stop_us < ?"));
+    query.prepare(QStringLiteral("DELETE FROM transmissions WHERE id IN (SELECT id FROM "
+                                 "transmissions WHERE stop_us < ? %1 ORDER BY stop_us LIMIT ?)")
+                      .arg(QLatin1String(station ? "AND station = ?" : "")));
     query.addBindValue(stop_us);
+    if (station)
+        query.addBindValue(storable(*station));
+    query.addBindValue(most);
     if (!run(query))
         return std::nullopt;
     return query.numRowsAffected();
+}
+
+std::optional<qint64> Archive::size()
+{
+    return number(QLatin1String(m_dialect.size));
 }
 
 } // namespace morsehost

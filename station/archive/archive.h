@@ -7,6 +7,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <limits>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -68,8 +69,12 @@ public:
     std::optional<qint64> count();
     /// The id of the latest one; 0 when there is none.
     std::optional<qint64> latest();
-    /// Removes what stopped before that time; returns how many.
-    std::optional<qint64> removeBefore(qint64 stop_us);
+    /// Removes what stopped before that time, the oldest first, `most` at most, and of one station
+    /// where it is given; returns how many.
+    std::optional<qint64> removeBefore(qint64 stop_us, const std::optional<QString>& station = {},
+                                       int most = std::numeric_limits<int>::max());
+    /// Bytes of a file that hold something; 0 of a server, which keeps more than transmissions.
+    std::optional<qint64> size();
 
     const QString& error() const { return m_error; }
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <condition_variable>
+#include <limits>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -15,6 +16,8 @@ namespace morsehost {
 namespace {
 
 constexpr int RECORDS_AT_ONCE = 500;
+// A short while, so that what comes meanwhile is sent soon.
+constexpr int REMOVED_AT_ONCE = 1000;
 
 } // namespace
 
@@ -68,6 +71,15 @@ public:
         return m_isIdle;
     }
 
+    void prune(const ArchiveLimits& limits)
+    {
+        {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            m_limits = limits;
+        }
+        m_changed.notify_all();
+    }
+
 private:
     void run()
     {
@@ -78,7 +90,9 @@ private:
             if (lines.empty()) {
                 m_isIdle = true;
                 m_changed.notify_all();
-                m_changed.wait(lock, [this] { return m_isStopping || !m_isIdle; });
+                m_changed.wait(lock, [this] { return m_isStopping || !m_isIdle || m_limits; });
+                if (!m_isStopping && m_isIdle)
+                    removeSome(lock);
                 continue;
             }
             m_triesNow = false;
@@ -118,6 +132,38 @@ private:
         return problem;
     }
 
+    void removeSome(std::unique_lock<std::mutex>& lock)
+    {
+        const ArchiveLimits limits = *std::exchange(m_limits, std::nullopt);
+        lock.unlock();
+        QString problem;
+        if (!m_archive)
+            m_archive = Archive::open(m_settings.url, problem);
+        const bool isMore = m_archive && removeSome(limits);
+        lock.lock();
+        if (isMore && !m_limits)
+            m_limits = limits;
+    }
+
+    // Whether there may be more.
+    bool removeSome(const ArchiveLimits& limits)
+    {
+        std::optional<qint64> removed = 0;
+        if (limits.before_us)
+            removed = m_archive->removeBefore(*limits.before_us, limits.station, REMOVED_AT_ONCE);
+        if (removed && *removed == 0 && limits.mostBytes > 0) {
+            const std::optional<qint64> size = m_archive->size();
+            if (!size)
+                removed.reset();
+            else if (*size > limits.mostBytes)
+                removed = m_archive->removeBefore(std::numeric_limits<qint64>::max(),
+                                                  limits.station, REMOVED_AT_ONCE);
+        }
+        if (!removed)
+            m_archive.reset(); // a connection that failed once may be dead
+        return removed.value_or(0) > 0;
+    }
+
     Settings m_settings;
     StateListener m_listener;
     std::mutex m_mutex; ///< guards what follows, up to the thread's own
@@ -126,6 +172,7 @@ private:
     bool m_isStopping = false;
     bool m_isIdle = false;
     bool m_triesNow = false;
+    std::optional<ArchiveLimits> m_limits; ///< that have to be looked at
     long long m_failures = 0;
     // The thread's own.
     std::unique_ptr<Archive> m_archive;
@@ -153,6 +200,11 @@ bool ArchiveWriter::add(const ArchiveRecord& record)
 bool ArchiveWriter::flush()
 {
     return m_d->flush();
+}
+
+void ArchiveWriter::prune(const ArchiveLimits& limits)
+{
+    m_d->prune(limits);
 }
 
 } // namespace morsehost

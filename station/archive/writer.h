@@ -9,8 +9,20 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace morsehost {
+
+/// Which transmissions of a station do not stay.
+struct ArchiveLimits
+{
+    QString station;
+    std::optional<qint64> before_us; ///< those that stopped before this time
+    qint64 mostBytes =
+        0; ///< the oldest, until an archive in a file is as small; 0: as large as it is
+
+    bool isAny() const { return before_us.has_value() || mostBytes > 0; }
+};
 
 /// Each record is on disk before `add` returns, and is sent from there by a thread of its own: in
 /// order, once. While the archive cannot be reached it is tried again, with growing pauses.
@@ -44,6 +56,9 @@ public:
     /// Waits until all is sent. False when the archive cannot be reached now; then what is left
     /// waits in the folder.
     bool flush();
+    /// Removes what does not stay, when nothing waits to be sent. Returns at once; while the
+    /// archive cannot be reached, nothing is removed.
+    void prune(const ArchiveLimits& limits);
 
 private:
     class Private;

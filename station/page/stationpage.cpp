@@ -3,6 +3,7 @@
 
 #include "station/archive/archive.h"
 #include "station/archive/querytext.h"
+#include "station/archive/receptions.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -241,8 +242,12 @@ HttpAnswer StationPage::search(const QUrlQuery& query) const
     if (!found)
         return archiveIsAway();
     QJsonArray transmissions;
-    for (const ArchivedTransmission& one : *found)
-        transmissions.append(foundObject(one));
+    for (const Reception& one : joinReceptions(*found)) {
+        QJsonObject object = foundObject(one.transmission);
+        if (one.copyOf)
+            object.insert(QStringLiteral("copy_of"), QString::number(*one.copyOf));
+        transmissions.append(object);
+    }
     return json(
         {{QStringLiteral("found"), transmissions},
          {QStringLiteral("more"), int(found->size()) == wanted.limit},
@@ -290,9 +295,11 @@ HttpAnswer StationPage::file(qint64 id, int index) const
         !file.open(QIODevice::ReadOnly))
         return notFound();
     HttpAnswer answer;
-    answer.type = "application/octet-stream";
-    answer.body = file.readAll();
     const QString name = QFileInfo(path).fileName();
+    // A picture is shown within the page; opened by itself, it is a file like the others.
+    answer.type =
+        name.endsWith(QLatin1String(".svg")) ? "image/svg+xml" : "application/octet-stream";
+    answer.body = file.readAll();
     for (const QChar c : name) {
         const bool isPlain = c.unicode() < 128 && (c.isLetterOrNumber() || c == QLatin1Char('.') ||
                                                    c == QLatin1Char('-'));

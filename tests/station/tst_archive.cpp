@@ -208,7 +208,11 @@ private Q_SLOTS:
             database.setDatabaseName(old);
             QVERIFY(database.open());
             QSqlQuery query(database);
-            QVERIFY(query.exec("DROP TABLE recordings") && query.exec("PRAGMA user_version = 1"));
+            for (const char* const sql :
+                 {"DROP TABLE recordings", "DROP INDEX by_station",
+                  "CREATE INDEX by_stop ON transmissions (stop_us)",
+                  "UPDATE transmissions SET station = NULL", "PRAGMA user_version = 1"})
+                QVERIFY2(query.exec(sql), sql);
             database.close();
         }
         QSqlDatabase::removeDatabase("first");
@@ -216,6 +220,8 @@ private Q_SLOTS:
         QVERIFY2(archive, qPrintable(error));
         QCOMPARE(textsOf(archive->search({})), QStringList({"BEFORE"}));
         QCOMPARE(*archive->hasRecording("none"), false);
+        // What had no station is of the station without a name.
+        QCOMPARE(*archive->removeBefore(100 * SECOND_us, QString()), 1);
     }
 
     void wordsAreFoundWhole_data()
@@ -294,6 +300,37 @@ private Q_SLOTS:
         QCOMPARE(*m_archive->latest(), 0);
         QVERIFY(m_archive->add({recordOf("NEXT")}));
         QVERIFY(*m_archive->latest() > before);
+    }
+
+    void aStationRemovesItsOwnTheOldestFirst()
+    {
+        const auto of = [](const QString& station, const QString& text, qint64 start_s) {
+            ArchiveRecord record = recordOf(text, start_s);
+            record.station = station;
+            record.key = text;
+            return record;
+        };
+        QVERIFY(m_archive->add({of("north", "N3", 300), of("south", "S1", 100),
+                                of("north", "N1", 100), of("north", "N2", 200), of("", "X", 100)}));
+        QCOMPARE(*m_archive->removeBefore(1000 * SECOND_us, QString("north"), 2), 2);
+        QCOMPARE(textsOf(m_archive->search({})), QStringList({"X", "S1", "N3"}));
+        QCOMPARE(*m_archive->removeBefore(1000 * SECOND_us, QString()), 1);
+        QCOMPARE(textsOf(m_archive->search({})), QStringList({"S1", "N3"}));
+    }
+
+    void theSizeIsThatOfWhatIsKept()
+    {
+        if (qEnvironmentVariableIsSet("MORSEHANDLER_TEST_POSTGRESQL"))
+            QSKIP("a server keeps more than transmissions");
+        std::vector<ArchiveRecord> records;
+        for (int i = 0; i < 2000; ++i)
+            records.push_back(recordOf(QString("CQ TEST ").repeated(40) + QString::number(i), i));
+        const qint64 before = *m_archive->size();
+        QVERIFY(m_archive->add(records));
+        const qint64 full = *m_archive->size();
+        QVERIFY(full > before + 2000 * 300);
+        QCOMPARE(*m_archive->removeBefore(1000 * SECOND_us), 995);
+        QVERIFY(*m_archive->size() < full - 900 * 300);
     }
 
     void twoProcessesWriteOneArchive()

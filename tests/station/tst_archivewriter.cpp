@@ -3,6 +3,7 @@
 #include "station/archive/archive.h"
 #include "station/archive/spool.h"
 #include "station/archive/writer.h"
+#include "support/program.h"
 
 #include <QDir>
 #include <QFile>
@@ -58,6 +59,36 @@ class tst_ArchiveWriter : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void whatIsTooOldLeavesTheArchive()
+    {
+        const QTemporaryDir folder;
+        const QString url = folder.filePath("archive.db");
+        ArchiveWriter writer({url, folder.filePath("unsent")});
+        for (const char* const text : {"A", "B", "C"}) {
+            ArchiveRecord record;
+            record.station = "north";
+            record.key = text;
+            record.transmission.text = text;
+            record.transmission.stop_us = text[0];
+            QVERIFY(writer.add(record));
+        }
+        QVERIFY(writer.flush());
+        ArchiveLimits limits;
+        limits.station = "south";
+        limits.before_us = 'C';
+        writer.prune(limits);
+        limits.station = "north";
+        limits.before_us = 'B';
+        writer.prune(limits);
+        QTRY_COMPARE_WITH_TIMEOUT(archivedTexts(url), QStringList({"B", "C"}),
+                                  testsupport::HANGS_ms);
+        // An archive is never as small as a byte, so all of the station's go.
+        limits.before_us.reset();
+        limits.mostBytes = 1;
+        writer.prune(limits);
+        QTRY_COMPARE_WITH_TIMEOUT(archivedTexts(url), QStringList(), testsupport::HANGS_ms);
+    }
+
     void linesWaitInOrderUntilTheyAreTaken()
     {
         const QTemporaryDir folder;
