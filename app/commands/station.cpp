@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // morsehost station: receivers, decoders and archive as a file says, until it is ended.
 #include "app/commands/commands.h"
+#include "app/commands/teleprinters.h"
 
 #include "app/console/complain.h"
 #include "app/console/exitstatus.h"
@@ -53,7 +54,7 @@ void report(const QString& line)
 bool readChecked(const QString& path, StationConfiguration& configuration)
 {
     std::vector<ConfigurationFault> faults;
-    configuration = readConfiguration(path, faults);
+    configuration = readConfiguration(path, teleprinterDecoders(), faults);
     for (const ConfigurationFault& fault : faults) {
         complain(fault.line > 0 ? QStringLiteral("%1:%2").arg(path).arg(fault.line) : path,
                  fault.text);

@@ -257,9 +257,7 @@ Choice chooseDecoder(SoundRequest sound, const teleprinter::Settings& settings)
 
 QString whyNoDecoder(const QString& decoder, const QString& modulesFile)
 {
-    QStringList names = {MORSE};
-    for (const Decoder& row : DECODERS)
-        names += QLatin1String(row.name);
+    const QStringList names = QStringList{MORSE} + teleprinterDecoders();
     if (!isInTable(decoder, modulesFile))
         return QStringLiteral("no decoder '%1' (see 'morsehost decoders')").arg(decoder);
     return QStringLiteral("there is no demodulator for '%1', only for %2")
@@ -267,6 +265,14 @@ QString whyNoDecoder(const QString& decoder, const QString& modulesFile)
 }
 
 } // namespace
+
+QStringList teleprinterDecoders()
+{
+    QStringList names;
+    for (const Decoder& row : DECODERS)
+        names += QLatin1String(row.name);
+    return names;
+}
 
 std::vector<OptionRow> teleprinterOptionRows()
 {
@@ -315,7 +321,7 @@ int decodeTeleprinters(Arguments& arguments, const ReceptionOptions& options,
                        const std::vector<SoundRequest>& sounds, const MorseDecoding& decodeMorse)
 {
     const teleprinter::Settings settings = readSettings(arguments, sounds.front());
-    for (const char* option : {"wpm", "codes", "archive", "alphabet"}) {
+    for (const char* option : {"wpm", "codes", "archive", "alphabet", "pictures"}) {
         if (arguments.isSet(option))
             arguments.fail(QStringLiteral("--%1 is for Morse").arg(QLatin1String(option)));
     }

@@ -7,6 +7,8 @@
 #include "app/options/soundoptions.h"
 #include "station/audio/sound.h"
 
+#include <QStringList>
+
 #include <functional>
 #include <vector>
 
@@ -17,6 +19,9 @@ std::vector<OptionRow> teleprinterOptionRows();
 
 /// What --tone takes of them: midway between the tones.
 ToneRange teleprinterTones();
+
+/// The decoders that there is a demodulator for, beside Morse.
+QStringList teleprinterDecoders();
 
 /// What decodes Morse, for sounds that turn out to be that.
 using MorseDecoding = std::function<int(std::vector<SoundRequest>)>;

@@ -2,6 +2,7 @@
 #include "station/service/retention.h"
 
 #include <QDate>
+#include <QDateTime>
 #include <QDir>
 #include <QDirIterator>
 
@@ -21,6 +22,15 @@ qint64 bytesBelow(const QString& folder)
 }
 
 } // namespace
+
+qint64 beginOfKeptDays_us(const QString& today, int keepDays)
+{
+    return QDate::fromString(today, Qt::ISODate)
+               .addDays(-keepDays)
+               .startOfDay(Qt::UTC)
+               .toMSecsSinceEpoch() *
+           1000;
+}
 
 QStringList removeOldDays(const QString& folder, int keepDays, qint64 keepBytes,
                           const QString& today)

@@ -13,4 +13,8 @@ namespace morsehost {
 QStringList removeOldDays(const QString& folder, int keepDays, qint64 keepBytes,
                           const QString& today);
 
+/// The time before which nothing stays, in microseconds since 1970-01-01 00:00 UTC: the begin of
+/// the day that is `keepDays` days before `today`.
+qint64 beginOfKeptDays_us(const QString& today, int keepDays);
+
 } // namespace morsehost

@@ -36,6 +36,7 @@ StationService::StationService(const QString& program, QObject* parent)
         notifyPublishers();
     });
     connect(&m_tick, &QTimer::timeout, this, [this] {
+        showRecordings();
         for (Publisher* const publisher : m_publishers)
             publisher->tick();
     });
@@ -90,6 +91,7 @@ bool StationService::configure(const StationConfiguration& configuration, QStrin
         it->second->stop();
         Q_EMIT reported(QStringLiteral("%1: removed").arg(it->first));
         m_spectra.erase(it->first);
+        m_recordings.erase(it->first);
         it = m_receivers.erase(it);
     }
     for (const ReceiverSettings& settings : configuration.receivers) {
@@ -105,10 +107,19 @@ bool StationService::configure(const StationConfiguration& configuration, QStrin
         Receiver* const source = receiver.get();
         connect(source, &Receiver::decoded, this,
                 [this, source](const QJsonObject& object) { take(*source, object); });
+        m_recordings.erase(settings.name);
         m_spectra.erase(settings.name);
         m_spectra.emplace(settings.name, SpectrumTap(settings.samples));
-        connect(source, &Receiver::heard, this,
-                [this, source](const QByteArray& samples) { show(*source, samples); });
+        // Only while there is a page to look at.
+        connect(source, &Receiver::heard, this, [this, source](const QByteArray& samples) {
+            const QString& name = source->settings().name;
+            if (m_page)
+                show(name, m_spectra.at(name).hear(samples));
+        });
+        connect(source, &Receiver::begun, this, [this, source] {
+            m_recordings.insert_or_assign(source->settings().name,
+                                          RecordingTap(source->settings()));
+        });
         connect(source, &Receiver::stateChanged, this, [this, source] {
             const QString& problem = source->problem();
             Q_EMIT reported(
@@ -174,9 +185,13 @@ void StationService::stop()
 {
     m_daily.stop();
     m_tick.stop();
+    // All at once, and then each is waited for.
+    for (const auto& [name, receiver] : m_receivers)
+        receiver->end();
     for (const auto& [name, receiver] : m_receivers)
         receiver->stop();
     m_receivers.clear();
+    m_recordings.clear();
     m_publishers.clear();
     m_page.reset();
     m_mqtt.reset();
@@ -235,14 +250,18 @@ void StationService::keepUnsent()
         m_unkept.pop_front();
 }
 
-// Only while there is a page to look at.
-void StationService::show(const Receiver& receiver, const QByteArray& samples)
+void StationService::show(const QString& receiver, const std::vector<QJsonObject>& rows)
+{
+    for (const QJsonObject& row : rows)
+        m_page->heard(receiver, row);
+}
+
+void StationService::showRecordings()
 {
     if (!m_page)
         return;
-    const QString& name = receiver.settings().name;
-    for (const QJsonObject& row : m_spectra.at(name).hear(samples))
-        m_page->heard(name, row);
+    for (auto& [name, recording] : m_recordings)
+        show(name, recording.advance(TICK_ms / 1000.0));
 }
 
 void StationService::changeDay()
@@ -258,6 +277,13 @@ void StationService::keepWithinLimits()
                                               qint64(m_configuration.keepGigabytes * 1e9), today());
     for (const QString& day : removed)
         Q_EMIT reported(QStringLiteral("files of %1 removed").arg(day));
+    ArchiveLimits limits;
+    limits.station = m_configuration.name;
+    if (m_configuration.archiveDays > 0)
+        limits.before_us = beginOfKeptDays_us(today(), m_configuration.archiveDays);
+    limits.mostBytes = qint64(m_configuration.archiveGigabytes * 1e9);
+    if (limits.isAny())
+        m_archive->prune(limits);
 }
 
 } // namespace morsehost

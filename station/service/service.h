@@ -6,6 +6,7 @@
 #include "station/archive/writer.h"
 #include "station/page/pagepublisher.h"
 #include "station/service/receiver.h"
+#include "station/service/recordingtap.h"
 #include "station/service/spectrumtap.h"
 #include "station/service/stationfile.h"
 
@@ -17,6 +18,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <vector>
 
 namespace morsehost {
 
@@ -50,7 +52,8 @@ private:
     void configurePublishers(const StationConfiguration& before);
     void notifyPublishers();
     void keepUnsent();
-    void show(const Receiver& receiver, const QByteArray& samples);
+    void show(const QString& receiver, const std::vector<QJsonObject>& rows);
+    void showRecordings();
     void changeDay();
     void keepWithinLimits();
     QString saveFolder(const ReceiverSettings& settings) const;
@@ -60,6 +63,7 @@ private:
     std::unique_ptr<ArchiveWriter> m_archive;
     std::map<QString, std::unique_ptr<Receiver>> m_receivers; ///< by name
     std::map<QString, SpectrumTap> m_spectra;                 ///< likewise
+    std::map<QString, RecordingTap> m_recordings;             ///< likewise, of those that are heard
     std::unique_ptr<PagePublisher> m_page;
     std::unique_ptr<MqttPublisher> m_mqtt;
     std::vector<Publisher*> m_publishers; ///< those that there are

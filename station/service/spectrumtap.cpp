@@ -86,16 +86,28 @@ std::vector<QJsonObject> SpectrumTap::hear(const QByteArray& bytes)
     std::vector<QJsonObject> rows;
     m_rest += bytes;
     int used = 0;
-    for (; used + m_sampleBytes <= m_rest.size(); used += m_sampleBytes) {
-        m_samples.push_back(sampleAt(m_rest.constData() + used));
-        if (m_samples.size() < SIZE)
-            continue;
-        transform();
-        if (m_spectra == m_spectraPerRow)
-            rows.push_back(row());
-    }
+    for (; used + m_sampleBytes <= m_rest.size(); used += m_sampleBytes)
+        add(sampleAt(m_rest.constData() + used), rows);
     m_rest.remove(0, used);
     return rows;
+}
+
+std::vector<QJsonObject> SpectrumTap::hear(const std::vector<std::complex<float>>& samples)
+{
+    std::vector<QJsonObject> rows;
+    for (const std::complex<float> sample : samples)
+        add(sample, rows);
+    return rows;
+}
+
+void SpectrumTap::add(std::complex<float> sample, std::vector<QJsonObject>& rows)
+{
+    m_samples.push_back(sample);
+    if (m_samples.size() < SIZE)
+        return;
+    transform();
+    if (m_spectra == m_spectraPerRow)
+        rows.push_back(row());
 }
 
 void SpectrumTap::transform()

@@ -24,8 +24,11 @@ public:
     /// whether those are "frequency_Hz" or "tone_Hz", and "levels", the lowest frequency first, as
     /// bytes in Base64: half decibels above -127 dB, a tone of full scale being 0 dB.
     std::vector<QJsonObject> hear(const QByteArray& bytes);
+    /// The same of samples, full scale +-1.
+    std::vector<QJsonObject> hear(const std::vector<std::complex<float>>& samples);
 
 private:
+    void add(std::complex<float> sample, std::vector<QJsonObject>& rows);
     std::complex<float> sampleAt(const char* bytes) const;
     void transform();
     QJsonObject row();

@@ -47,10 +47,12 @@ struct ReceiverSettings
 struct StationConfiguration
 {
     QString name;
-    QString folder;           ///< of all that is kept
-    QString archive;          ///< URL
-    int keepDays = 0;         ///< 0 for ever
-    double keepGigabytes = 0; ///< of files; 0 for all
+    QString folder;              ///< of all that is kept
+    QString archive;             ///< URL
+    int keepDays = 0;            ///< 0 for ever
+    double keepGigabytes = 0;    ///< of files; 0 for all
+    int archiveDays = 0;         ///< of transmissions; 0 for ever
+    double archiveGigabytes = 0; ///< of an archive in a file; 0 for all
     PageSettings page;
     MqttSettings mqtt;
     std::vector<ReceiverSettings> receivers;
@@ -63,8 +65,9 @@ struct ConfigurationFault
     QString text;
 };
 
-/// Reads the file. With faults, what could not be understood has its default.
-StationConfiguration readConfiguration(const QString& path,
+/// Reads the file. `teleprinters` are the decoders that there are beside Morse and band. With
+/// faults, what could not be understood has its default.
+StationConfiguration readConfiguration(const QString& path, const QStringList& teleprinters,
                                        std::vector<ConfigurationFault>& faults);
 
 /// A row of what the file may hold, for the check and for the manual.

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Rows of a waterfall from the bytes that a receiver sends.
+#include "station/service/recordingtap.h"
 #include "station/service/spectrumtap.h"
 
 #include <QtTest>
@@ -101,6 +102,21 @@ private Q_SLOTS:
         // 0.9 of full scale is -0.9 dB; between two lines up to 1.4 dB are lost.
         const double level_dB = uchar(*strongest) / 2.0 - 127.0;
         QVERIFY2(level_dB > -3.0 && level_dB < 0.0, qPrintable(QString::number(level_dB)));
+    }
+
+    void aRecordingSoundsAtItsOwnSpeed()
+    {
+        morsehost::ReceiverSettings settings;
+        settings.file = PROJECT_DATA_DIR "/samples/evening.flac"; // 8000 samples a second
+        morsehost::RecordingTap tap(settings);
+        std::size_t rows = 0;
+        for (int quarter = 0; quarter < 8; ++quarter)
+            rows += tap.advance(0.25).size();
+        QCOMPARE(rows, std::size_t(2 * 8000 / 2048));
+        QVERIFY(!tap.advance(600).empty());
+        QVERIFY(tap.advance(1).empty()); // it is over
+        settings.file = "/dev/zero";
+        QVERIFY(morsehost::RecordingTap(settings).advance(1).empty());
     }
 
     void wideInputGivesFewRows()

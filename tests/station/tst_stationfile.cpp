@@ -37,7 +37,8 @@ class tst_StationFile : public QObject
         const QString file = path(QString("station%1.ini").arg(++m_count));
         write(file, content);
         std::vector<ConfigurationFault> found;
-        const StationConfiguration configuration = readConfiguration(file, found);
+        const StationConfiguration configuration =
+            readConfiguration(file, {"Baudot", "Sitor-B"}, found);
         for (const ConfigurationFault& fault : found)
             faults += QString::number(fault.line) + ": " + fault.text;
         return configuration;
@@ -54,6 +55,7 @@ folder=kept
 archive=postgresql://host/radio
 keep_days=30
 keep_gigabytes=1.5
+archive_days=365
 [page]
 listen="[::1]:8074"
 password=$y$j9T$F5Jx5fExrKuPp53xLKQ..1$X3DX6M94c7o.9agCG9G317fhZg9SqC.5i5rd.RhAtQ7
@@ -67,15 +69,24 @@ ca=evening.flac
 command="rtl_fm -f 7.025M | sox - -t raw -"
 decoder=Baudot
 map=Russian
+baud=45.45
+shift=170
+reverse=yes
 rate=12000
-format=f32
-iq=true
-center=7e6
 stall=5
 save=no
 [receiver loop]
 file=evening.flac
+pictures=true
 repeat=60
+[receiver band]
+tcp="[::1]:1234"
+decoder=band
+rate=192000
+format=f32
+iq=true
+center=7e6
+only=7000000-7040000
 )",
                                                         faults);
         QCOMPARE(faults, QStringList());
@@ -84,6 +95,7 @@ repeat=60
         QCOMPARE(configuration.archive, QString("postgresql://host/radio"));
         QCOMPARE(configuration.keepDays, 30);
         QCOMPARE(configuration.keepGigabytes, 1.5);
+        QCOMPARE(configuration.archiveDays, 365);
         QCOMPARE(configuration.page.address, QString("::1"));
         QCOMPARE(configuration.page.port, 8074);
         QVERIFY(configuration.page.passwordHash.startsWith("$y$"));
@@ -94,19 +106,24 @@ repeat=60
         QCOMPARE(configuration.mqtt.ca, path("evening.flac"));
         QCOMPARE(configuration.mqtt.station, QString("north"));
         QCOMPARE(configuration.mqtt.folder, path("kept/unpublished"));
-        QCOMPARE(configuration.receivers.size(), std::size_t(2));
+        QCOMPARE(configuration.receivers.size(), std::size_t(3));
         const ReceiverSettings& first = configuration.receivers[0];
         QCOMPARE(first.name, QString("hf-1"));
         QCOMPARE(first.command, QString("rtl_fm -f 7.025M | sox - -t raw -"));
         QCOMPARE(first.decoder, QString("Baudot"));
         QCOMPARE(first.stall_s, 5);
         QVERIFY(!first.isSaved);
-        QCOMPARE(first.options, QStringList({"--rate", "12000", "--format", "f32", "--iq",
-                                             "--center", "7e6", "--map", "Russian"}));
+        QCOMPARE(first.options, QStringList({"--rate", "12000", "--map", "Russian", "--baud",
+                                             "45.45", "--shift", "170", "--reverse"}));
         const ReceiverSettings& second = configuration.receivers[1];
         QCOMPARE(second.file, path("evening.flac"));
         QCOMPARE(second.repeat_s, 60);
         QCOMPARE(second.decoder, QString("Morse"));
+        QCOMPARE(second.options, QStringList({"--pictures"}));
+        const ReceiverSettings& third = configuration.receivers[2];
+        QCOMPARE(third.options, QStringList({"--rate", "192000", "--format", "f32", "--iq",
+                                             "--center", "7e6", "--only", "7000000-7040000"}));
+        QVERIFY(third.samples.isComplex);
         QVERIFY(second.isSaved);
     }
 
@@ -162,6 +179,23 @@ repeat=60
         QTest::newRow("a format that nobody knows")
             << head + one + "format=s24\n"
             << "5: format takes s16, f32, u8 or s8, not 's24'";
+        QTest::newRow("no such decoder")
+            << head + one + "decoder=Moorse\n"
+            << "5: decoder takes Morse, band, Baudot, Sitor-B, not 'Moorse'";
+        QTest::newRow("a key of another decoder") << head + one + "baud=50\n"
+                                                  << "5: baud is not for the decoder Morse";
+        QTest::newRow("a key of a single signal") << head + one + "decoder=band\nwpm=20\n"
+                                                  << "6: wpm is not for the decoder band";
+        QTest::newRow("a rate of a file") << head + "[receiver a]\nfile=.\nrate=8000\n"
+                                          << "5: rate is for a command or an address; a file has "
+                                             "its own";
+        QTest::newRow("pictures of nothing") << head + one + "pictures=yes\nsave=no\n"
+                                             << "5: pictures need save=true";
+        QTest::newRow("the size of a server")
+            << QByteArray("[station]\nfolder=kept\narchive=postgresql://h/r\n"
+                          "archive_gigabytes=1\n") +
+                   one
+            << "4: archive_gigabytes is for an archive in a file";
         QTest::newRow("a section twice")
             << head + one + one << "5: 'receiver a' stands in line 3 already";
         QTest::newRow("rubbish") << head + one + "rubbish\n"
@@ -214,11 +248,17 @@ repeat=60
     void aFileThatCannotBeReadIsAFault()
     {
         std::vector<ConfigurationFault> faults;
-        readConfiguration(path("missing.ini"), faults);
+        readConfiguration(path("missing.ini"), {}, faults);
         QCOMPARE(faults.size(), std::size_t(1));
         faults.clear();
-        readConfiguration("/dev/zero", faults);
+        readConfiguration("/dev/zero", {}, faults);
         QCOMPARE(faults.size(), std::size_t(1));
+    }
+
+    void whatIsKeptBeginsWithADay()
+    {
+        QCOMPARE(beginOfKeptDays_us("2026-11-22", 1), 1795219200000000); // 2026-11-21
+        QCOMPARE(beginOfKeptDays_us("2026-03-01", 1), 1772236800000000); // 2026-02-28
     }
 
     void oldDaysGoFirst()
