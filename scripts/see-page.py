@@ -8,6 +8,7 @@ python3-websocket.
 """
 import base64
 import json
+import os
 import subprocess
 import sys
 import tempfile
@@ -17,30 +18,43 @@ import urllib.request
 import websocket
 
 PATIENCE_s = 120
+PAUSE_s = 0.2
 
 
 def main():
     url, picture, *texts = sys.argv[1:]
     with tempfile.TemporaryDirectory() as profile:
-        browser = subprocess.Popen(
-            ["chromium", "--headless", "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage",
-             "--remote-debugging-port=0", "--remote-allow-origins=*", "--window-size=1000,1400",
-             "--user-data-dir=" + profile, "about:blank"],
-            stderr=subprocess.PIPE, text=True)
+        # What the browser says goes into a file, since nobody empties a pipe.
+        with open(os.path.join(profile, "log"), "w") as log:
+            browser = subprocess.Popen(
+                ["chromium", "--headless", "--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage",
+                 "--remote-debugging-port=0", "--remote-allow-origins=*", "--window-size=1000,1400",
+                 "--user-data-dir=" + profile, "about:blank"],
+                stdout=log, stderr=log)
         try:
-            return look(browser, url, picture, texts)
+            return look(port_of(browser, profile), url, picture, texts)
         finally:
             browser.kill()
             browser.wait()
 
 
-def look(browser, url, picture, texts):
-    port = None
-    for line in browser.stderr:
-        if "DevTools listening on ws://" in line:
-            port = line.split("ws://")[1].split("/")[0].rsplit(":", 1)[1]
-            break
-    with urllib.request.urlopen("http://127.0.0.1:%s/json" % port) as answer:
+def port_of(browser, profile):
+    """Of the debugging interface, which the browser writes into its profile when it is there."""
+    path = os.path.join(profile, "DevToolsActivePort")
+    end = time.monotonic() + PATIENCE_s
+    while browser.poll() is None and time.monotonic() < end:
+        if os.path.exists(path):
+            with open(path) as file:
+                lines = file.read().split("\n")
+            if len(lines) > 1:
+                return int(lines[0])
+        time.sleep(PAUSE_s)
+    with open(os.path.join(profile, "log")) as log:
+        sys.exit("the browser does not start:\n" + log.read()[-2000:])
+
+
+def look(port, url, picture, texts):
+    with urllib.request.urlopen("http://127.0.0.1:%d/json" % port) as answer:
         page = next(one for one in json.load(answer) if one["type"] == "page")
     socket = websocket.create_connection(page["webSocketDebuggerUrl"], timeout=PATIENCE_s)
     faults = []
@@ -67,6 +81,8 @@ def look(browser, url, picture, texts):
     while missing and time.monotonic() < end:
         shown = ask("Runtime.evaluate", expression="document.body.innerText").get("result", {}).get("value", "")
         missing = [text for text in texts if text not in shown]
+        if missing:
+            time.sleep(PAUSE_s)
     image = ask("Page.captureScreenshot", format="png")
     with open(picture, "wb") as file:
         file.write(base64.b64decode(image["data"]))

@@ -2,9 +2,10 @@
 # SPDX-License-Identifier: MIT
 # A station with a database and a broker of its own, both of which are killed and started again in the
 # middle, and its page in a browser: ends with status 0 only when each transmission that the station
-# reported is in the archive, once, was reported to the broker, and the page shows what it must. Needs the
-# packages postgresql, mosquitto, chromium and python3-websocket, and a build; `try-station.sh BUILD` takes
-# that one (default: build/dev). PICTURE names a file for a screenshot of the page.
+# reported is in the archive, once, was reported to the broker, and the page shows what it must. Its
+# receivers are a recording in a loop, a command, a band, a teleprinter and a command that fails. Needs the
+# packages of `setup.sh night`, and a build; `try-station.sh BUILD` takes that one (default: build/dev).
+# PICTURE names a file for a screenshot of the page.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -29,13 +30,14 @@ as_server() {
 database() {
     as_server "$server/pg_ctl" -D "$work/database/data" -w -t 120 -l "$work/database/log" "$@"
 }
-# await TEXT WORDS...: until the command's output holds the text; two minutes at most.
+pause() { read -rt 0.2 <> <(:) || true; }
+# await TEXT WORDS...: until the command's output holds the text; five minutes at most.
 await() {
-    local text=$1 end=$((SECONDS + 120))
+    local text=$1 end=$((SECONDS + 300))
     shift
     until "$@" 2>/dev/null | grep -q -- "$text"; do
         [ $SECONDS -lt $end ] || { echo "waited in vain for '$text'"; cat "$work/station.log"; exit 1; }
-        read -rt 0.2 <> <(:) || true
+        pause
     done
 }
 
@@ -50,7 +52,8 @@ database start >/dev/null
 url=postgresql://radio@127.0.0.1:$port/postgres
 
 echo "The archive's tests, in the database:"
-MORSEHANDLER_TEST_POSTGRESQL=$url "$build/bin/tst_archive" | tail -n 2 | head -n 1
+MORSEHANDLER_TEST_POSTGRESQL=$url "$build/bin/tst_archive" >"$work/tests.log" || { cat "$work/tests.log" && exit 1; }
+grep '^Totals' "$work/tests.log"
 
 # A broker, and one that listens to it. Returns when both are there.
 brokerPort=$((port + 1))
@@ -58,15 +61,20 @@ broker() {
     printf 'listener %d 127.0.0.1\nallow_anonymous true\n' $brokerPort >"$work/broker.conf"
     PATH=/usr/sbin:$PATH mosquitto -c "$work/broker.conf" >/dev/null 2>&1 &
     broker=$!
-    until mosquitto_pub -h 127.0.0.1 -p $brokerPort -t ready -m 1 2>/dev/null; do read -rt 0.2 <> <(:) || true; done
-    mosquitto_sub -h 127.0.0.1 -p $brokerPort -t ready -t 'radio/try/receiver/+/transmission' >"$work/sent$1" &
+    until mosquitto_pub -h 127.0.0.1 -p $brokerPort -t ready -m 1 2>/dev/null; do pause; done
+    stdbuf -oL mosquitto_sub -q 1 -h 127.0.0.1 -p $brokerPort -t ready -t 'radio/try/receiver/+/transmission' \
+        >"$work/sent$1" &
     listener=$!
     until grep -q ready "$work/sent$1"; do
         mosquitto_pub -h 127.0.0.1 -p $brokerPort -t ready -m ready
-        read -rt 0.2 <> <(:) || true
+        pause
     done
 }
 broker 1
+
+# A teleprinter; each time it is heard at another moment.
+echo 'THE QUICK BROWN FOX JUMPS OVER THE LAZY DOG RYRYRYRY' |
+    minimodem --tx --file "$work/teleprinter.wav" --samplerate 8000 rtty
 
 pagePort=$((port + 2))
 cat >"$work/station.ini" <<INI
@@ -81,25 +89,47 @@ url=mqtt://127.0.0.1:$brokerPort/radio
 [receiver evening]
 file=$PWD/data/samples/evening.flac
 repeat=2
+pictures=true
 [receiver overs]
 command="sox $PWD/data/samples/three-overs.flac -t raw -r 8000 -e signed -b 16 -c 1 - && sleep 3600"
+[receiver contest]
+file=$PWD/data/samples/bands/contest.flac
+decoder=band
+repeat=20
+[receiver teleprinter]
+file=$work/teleprinter.wav
+decoder=Baudot
+repeat=5
 [receiver broken]
 command=exit 3
 INI
+"$build/bin/morsehost" station --check "$work/station.ini"
 "$build/bin/morsehost" station "$work/station.ini" 2>"$work/station.log" &
 station=$!
-search() { "$build/bin/morsehost" search --archive "$url" --limit 100000 "$@"; }
+search() { "$build/bin/morsehost" search --archive "$url" --limit 1000000 "$@"; }
 await 'GOOD EVENING' search
 await '73 DE OK2XYZ' cat "$work/station.log"
+await 'QUICK BROWN' search --receiver teleprinter
+await ' ' search --receiver contest
 PATH=/usr/bin:$PATH scripts/see-page.py "http://127.0.0.1:$pagePort/" "${PICTURE:-$work/page.png}" live running \
-    'the command ended with status 3' 'GOOD EVENING' && echo "The page shows what it must"
+    'the command ended with status 3' 'GOOD EVENING' 'QUICK BROWN' && echo "The page shows what it must"
+
+reported() {
+    grep -cP '^\S+ (evening|overs|contest|teleprinter): (?!starting|running|down|ended)' "$work/station.log" || true
+}
+sent() { grep -c '"key"' "$work/sent$1" || true; }
+# Both are killed when nothing is on its way between station and listener: what a broker has taken and
+# not yet given, it alone can lose.
 database stop -m immediate >/dev/null
-kill -9 "$broker" "$listener"
-await 'are kept and sent later' cat "$work/station.log"
-before=$(grep -c 'GOOD EVENING' "$work/station.log")
-until [ "$(grep -c 'GOOD EVENING' "$work/station.log")" -gt $((before + 1)) ]; do
-    read -rt 0.2 <> <(:) || true
+while kill -STOP "$station" && [ "$(reported)" -ne "$(sent 1)" ]; do
+    kill -CONT "$station"
+    pause
 done
+kill -9 "$broker" "$listener"
+kill -CONT "$station"
+await 'are kept and sent later' cat "$work/station.log"
+before=$(reported)
+until [ "$(reported)" -gt $((before + 5)) ]; do pause; done
 database start >/dev/null
 await 'works again' cat "$work/station.log"
 # Nothing is sent before somebody listens.
@@ -112,12 +142,35 @@ kill "$station"
 wait "$station"
 station=
 
-grep -oP '(evening|overs): \K[A-Z0-9= ]+$' "$work/station.log" | sort >"$work/reported"
-search --json | grep -oP '"text":"\K[^"]*' | sort >"$work/archived"
-search --json | grep -oP '"(receiver|start)":"\K[^"]*' | paste - - | sort | uniq -d >"$work/twice"
-identities() { grep -oP '"(receiver|start)":"\K[^"]*' | paste - - | sort -u; }
-search --json | identities >"$work/archived-ones"
-cat "$work"/sent[12] | identities >"$work/sent-ones"
-diff "$work/archived-ones" "$work/sent-ones" && echo "sent to the broker $(wc -l <"$work/sent-ones")"
-echo "reported $(wc -l <"$work/reported"), archived $(wc -l <"$work/archived"), twice $(wc -l <"$work/twice")"
-diff "$work/reported" "$work/archived" && [ ! -s "$work/twice" ] && [ -s "$work/reported" ]
+search --json >"$work/archived"
+cat "$work"/sent[12] >"$work/sent"
+python3 - "$work" <<'PYTHON'
+import json, re, sys
+from collections import Counter
+work = sys.argv[1]
+line = re.compile(r"\S+ (evening|overs|contest|teleprinter):(?! (?:starting|running|down|ended)\b) ?(.*)")
+reported = Counter()
+for text in open(work + "/station.log", encoding="utf-8"):
+    if match := line.match(text.rstrip("\n")):
+        reported[match.groups()] += 1
+def objects(name):
+    return [json.loads(text) for text in open(work + "/" + name, encoding="utf-8") if text.startswith("{")]
+def shown(one):
+    return one["receiver"], " ".join((one["text"]).split())
+def identity(one):
+    return one["receiver"], one["number"], one["start"], one["text"]
+archived = Counter(map(shown, objects("archived")))
+twice = [key for key, count in Counter(map(identity, objects("archived"))).items() if count > 1]
+sent = objects("sent")
+missing = reported - archived
+added = archived - reported
+keys = {one["key"] for one in sent}
+same = {identity(one) for one in objects("archived")} ^ {identity(one) for one in sent}
+print("reported %d, archived %d, missing %d, there twice %d" %
+      (sum(reported.values()), sum(archived.values()), sum(missing.values()), len(twice)))
+print("sent to the broker %d, of these again %d" % (len(sent), len(sent) - len(keys)))
+for what, found in (("missing", missing), ("not reported", added), ("twice", twice), ("archived or sent alone", same)):
+    for one in list(found)[:5]:
+        print("BAD: %s: %s" % (what, one))
+sys.exit(0 if reported and not missing and not added and not twice and not same else 1)
+PYTHON
