@@ -23,7 +23,9 @@ step logged fuzz-coverage scripts/fuzz-coverage.sh
 step logged mutants-library scripts/mutate.py library --seed "$(date +%j)"
 step logged mutants-host scripts/mutate.py host --seed "$(date +%j)"
 step logged station scripts/try-station.sh build/asan
+step logged faults scripts/try-faults.sh build/asan
 step logged cluster scripts/try-cluster.sh build/asan
 step logged long-run scripts/long-run.sh 24
+step logged hours scripts/try-hours.sh 2
 step logged packages scripts/package.sh
 report_steps

@@ -510,6 +510,8 @@ std::optional<std::vector<ArchivedTransmission>> Archive::search(const ArchiveQu
         all.add("id < ?", *wantedQuery.before);
     if (wantedQuery.id)
         all.add("id = ?", *wantedQuery.id);
+    if (!wantedQuery.key.isEmpty())
+        all.add("key = ?", wantedQuery.key);
 
     const std::vector<Wanted> wanted = wantedWords(wantedQuery.words);
     // An index of words gives its rows one after the other; where time or frequency leave few,

@@ -33,6 +33,7 @@ struct ArchiveQuery
     qint64 after = 0;             ///< only those that were archived later than the one of this id
     std::optional<qint64> before; ///< only those that were archived earlier than the one of this id
     std::optional<qint64> id;     ///< only this one
+    QString key;                  ///< only the one of this key
     bool isOldestFirst = false;
 };
 

@@ -199,15 +199,14 @@ HttpAnswer StationPage::answerPath(const QStringList& path, const QUrlQuery& que
             return search(query);
         return notFound();
     }
-    bool isNumber = false;
-    const qint64 id = path[1].toLongLong(&isNumber);
-    if (path[0] != QLatin1String("transmission") || !isNumber)
+    if (path[0] != QLatin1String("transmission"))
         return notFound();
     if (path.size() == 2)
-        return transmission(id);
+        return transmission(path[1]);
+    bool isNumber = false;
     const int index = path.value(3).toInt(&isNumber);
     if (path.size() == 4 && path[2] == QLatin1String("file") && isNumber)
-        return file(id, index);
+        return file(path[1], index);
     return notFound();
 }
 
@@ -254,19 +253,28 @@ HttpAnswer StationPage::search(const QUrlQuery& query) const
          {QStringLiteral("last"), found->empty() ? QString() : QString::number(found->back().id)}});
 }
 
-static std::optional<std::vector<ArchivedTransmission>> findById(const QString& url, qint64 id)
+// By its id, or by its key: what is shown live has no id yet.
+static std::optional<std::vector<ArchivedTransmission>> findOne(const QString& url,
+                                                                const QString& name)
 {
     ArchiveQuery wanted;
-    wanted.id = id;
+    bool isNumber = false;
+    const qint64 id = name.toLongLong(&isNumber);
+    if (isNumber)
+        wanted.id = id;
+    else
+        wanted.key = name;
     wanted.limit = 1;
+    if (name.isEmpty())
+        return std::vector<ArchivedTransmission>();
     QString error;
     const auto archive = Archive::open(url, error);
     return archive ? archive->search(wanted) : std::nullopt;
 }
 
-HttpAnswer StationPage::transmission(qint64 id) const
+HttpAnswer StationPage::transmission(const QString& name) const
 {
-    const auto found = findById(m_sources.archive, id);
+    const auto found = findOne(m_sources.archive, name);
     if (!found)
         return archiveIsAway();
     if (found->empty())
@@ -276,9 +284,9 @@ HttpAnswer StationPage::transmission(qint64 id) const
     return json(object);
 }
 
-HttpAnswer StationPage::file(qint64 id, int index) const
+HttpAnswer StationPage::file(const QString& one, int index) const
 {
-    const auto found = findById(m_sources.archive, id);
+    const auto found = findOne(m_sources.archive, one);
     if (!found)
         return archiveIsAway();
     if (found->empty())

@@ -46,8 +46,8 @@ private:
     PasswordGate::Answer admit(const HttpRequest& request);
     HttpAnswer answerPath(const QStringList& path, const QUrlQuery& query);
     HttpAnswer search(const QUrlQuery& query) const;
-    HttpAnswer transmission(qint64 id) const;
-    HttpAnswer file(qint64 id, int index) const;
+    HttpAnswer transmission(const QString& name) const;
+    HttpAnswer file(const QString& name, int index) const;
 
     PageSettings m_settings;
     Sources m_sources;

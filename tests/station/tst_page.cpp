@@ -139,7 +139,8 @@ private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(QDir(m_folder.path()).mkpath("kept/files"));
-        for (const char* const name : {"/kept/files/heard here.txt", "/secret.txt"}) {
+        for (const char* const name :
+             {"/kept/files/heard here.txt", "/kept/files/a_picture.svg", "/secret.txt"}) {
             QFile file(m_folder.path() + name);
             QVERIFY(file.open(QIODevice::WriteOnly));
             file.write("content");
@@ -147,11 +148,12 @@ private Q_SLOTS:
         QString error;
         const auto archive = Archive::open(m_folder.filePath("archive.db"), error);
         QVERIFY2(archive, qPrintable(error));
-        QVERIFY(
-            archive->add({recordOf(SCRIPT), recordOf("CQ CQ DE G3ABC"),
-                          recordOf("WITH FILES", {m_folder.filePath("kept/files/heard here.txt"),
-                                                  m_folder.filePath("secret.txt"),
-                                                  m_folder.filePath("kept/../secret.txt")})}));
+        QVERIFY(archive->add(
+            {recordOf(SCRIPT), recordOf("CQ CQ DE G3ABC"),
+             recordOf("WITH FILES",
+                      {m_folder.filePath("kept/files/heard here.txt"),
+                       m_folder.filePath("secret.txt"), m_folder.filePath("kept/../secret.txt"),
+                       m_folder.filePath("kept/files/a_picture.svg")})}));
     }
 
     void eachFileOfTheSiteIsServedWithAStrictPolicy_data()
@@ -256,7 +258,8 @@ private Q_SLOTS:
         row("no transmission", get("/transmission/999"), 404);
         row("a transmission that is no number", get("/transmission/1'--"), 404);
         row("a number that is too large", get("/transmission/99999999999999999999"), 404);
-        row("no file", get("/transmission/3/file/3"), 404);
+        row("no file", get("/transmission/3/file/4"), 404);
+        row("no name", get("/transmission/"), 404);
         row("a negative file", get("/transmission/3/file/-1"), 404);
         row("a file elsewhere", get("/transmission/3/file/1"), 404);
         row("a file elsewhere, by way of the folder", get("/transmission/3/file/2"), 404);
@@ -403,10 +406,19 @@ private Q_SLOTS:
         QCOMPARE(object.value("text").toString(), QString("WITH FILES"));
         QCOMPARE(object.value("files").toArray().at(0).toString(), QString("heard here.txt"));
         QVERIFY(!one.body.contains(m_folder.path().toUtf8()));
+        const QByteArray byKey = "/transmission/" + object.value("key").toString().toUtf8();
+        QCOMPARE(ask(*served, get(byKey)).body, one.body);
+        QCOMPARE(ask(*served, get(byKey + "/file/0")).body, QByteArray("content"));
         const Reply file = ask(*served, get("/transmission/3/file/0"));
         QCOMPARE(file.status, 200);
         QCOMPARE(file.body, QByteArray("content"));
         QVERIFY(file.head.contains("filename=\"heard_here.txt\""));
+        QVERIFY(file.head.contains("Content-Type: application/octet-stream"));
+        const Reply picture = ask(*served, get("/transmission/3/file/3"));
+        QCOMPARE(picture.body, QByteArray("content"));
+        QVERIFY(picture.head.contains("Content-Type: image/svg+xml"));
+        // Opened by itself it is a file, in which nothing runs.
+        QVERIFY(picture.head.contains("Content-Disposition: attachment"));
     }
 
     void anArchiveThatIsAwayIsSaid()

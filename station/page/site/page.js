@@ -39,14 +39,10 @@ function factsOf(one) {
 function transmissionItem(one) {
     const item = element("li", one.copy_of ? "copy" : "");
     item.append(element("div", "facts", factsOf(one)));
-    if (one.id) {
-        const open = textElement("button", "text", one.text);
-        open.type = "button";
-        open.addEventListener("click", () => showDetail(one.id));
-        item.append(open);
-    } else {
-        item.append(textElement("div", "text", one.text));
-    }
+    const open = textElement("button", "text", one.text);
+    open.type = "button";
+    open.addEventListener("click", () => showDetail(one.id || one.key));
+    item.append(open);
     return item;
 }
 
@@ -67,8 +63,8 @@ const FIELDS = [
     ["Unknown codes", (one) => (one.unknown_codes || []).join(" ")],
 ];
 
-async function showDetail(id) {
-    const path = "/transmission/" + encodeURIComponent(id);
+async function showDetail(name) {
+    const path = "/transmission/" + encodeURIComponent(name);
     const answer = await fetch(path);
     if (!answer.ok)
         return;
