@@ -183,6 +183,7 @@ void Receiver::startDecoder()
         decoder->lastError = QStringLiteral("the decoder cannot be started");
         decoderEnded(*decoder);
     });
+    m_begunBytes = 0;
     decoder->start(m_surroundings.program, decoderWords(m_settings, m_surroundings.saveFolder));
     if (isRecording(m_settings)) {
         decoder->closeWriteChannel();
@@ -243,12 +244,23 @@ void Receiver::forward(const QByteArray& samples)
     if (!m_run.isValid())
         m_run.start();
     setState(ReceiverState::Running);
-    Q_EMIT heard(samples);
-    if (m_decoder->bytesToWrite() > MAX_WAITING_BYTES) {
-        m_bytesLost += samples.size();
-        return;
-    }
-    m_decoder->write(samples);
+    const bool isTooMuch = m_decoder->bytesToWrite() > MAX_WAITING_BYTES;
+    const QByteArray kept = isTooMuch ? withoutWholeSamples(samples) : samples;
+    m_bytesLost += samples.size() - kept.size();
+    const int size = sampleBytes(m_settings.samples);
+    m_begunBytes = (m_begunBytes + kept.size() % size) % size;
+    Q_EMIT heard(kept);
+    m_decoder->write(kept);
+}
+
+// What is left out are whole samples, so that those behind are read as they are meant.
+QByteArray Receiver::withoutWholeSamples(const QByteArray& samples)
+{
+    const int size = sampleBytes(m_settings.samples);
+    const int begin = (size - m_begunBytes) % size;
+    if (samples.size() <= begin)
+        return samples;
+    return samples.left(begin) + samples.right((samples.size() - begin) % size);
 }
 
 void Receiver::read(Decoder& decoder)

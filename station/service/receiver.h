@@ -81,6 +81,7 @@ private:
     void startSource();
     void startCommand();
     void forward(const QByteArray& samples);
+    QByteArray withoutWholeSamples(const QByteArray& samples);
     void read(Decoder& decoder);
     void sourceEnded(const QString& problem);
     void decoderEnded(Decoder& decoder);
@@ -104,6 +105,7 @@ private:
     QElapsedTimer m_run; ///< since the first sample
     int m_pause_ms;
     qint64 m_bytesLost = 0;
+    int m_begunBytes = 0; ///< of the sample that the decoder has got a part of
 };
 
 } // namespace morsehost

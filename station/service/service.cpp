@@ -17,6 +17,8 @@ namespace {
 constexpr int LOOK_ms = 10000; // at the day and at the limits
 constexpr int TICK_ms = 250;   // of what is shown live
 constexpr std::size_t MOST_UNKEPT = 10000;
+// Of a waterfall, since the last tick; who sends faster floods no page.
+constexpr int MOST_ROWS = 8;
 
 QString today()
 {
@@ -36,6 +38,7 @@ StationService::StationService(const QString& program, QObject* parent)
         notifyPublishers();
     });
     connect(&m_tick, &QTimer::timeout, this, [this] {
+        m_rowsShown.clear();
         showRecordings();
         for (Publisher* const publisher : m_publishers)
             publisher->tick();
@@ -113,8 +116,10 @@ bool StationService::configure(const StationConfiguration& configuration, QStrin
         // Only while there is a page to look at.
         connect(source, &Receiver::heard, this, [this, source](const QByteArray& samples) {
             const QString& name = source->settings().name;
-            if (m_page)
+            if (m_page && m_rowsShown[name] < MOST_ROWS)
                 show(name, m_spectra.at(name).hear(samples));
+            else
+                m_spectra.at(name).skip(samples);
         });
         connect(source, &Receiver::begun, this, [this, source] {
             m_recordings.insert_or_assign(source->settings().name,
@@ -252,8 +257,11 @@ void StationService::keepUnsent()
 
 void StationService::show(const QString& receiver, const std::vector<QJsonObject>& rows)
 {
-    for (const QJsonObject& row : rows)
-        m_page->heard(receiver, row);
+    int& shown = m_rowsShown[receiver];
+    for (const QJsonObject& row : rows) {
+        if (shown++ < MOST_ROWS)
+            m_page->heard(receiver, row);
+    }
 }
 
 void StationService::showRecordings()

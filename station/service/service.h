@@ -64,6 +64,7 @@ private:
     std::map<QString, std::unique_ptr<Receiver>> m_receivers; ///< by name
     std::map<QString, SpectrumTap> m_spectra;                 ///< likewise
     std::map<QString, RecordingTap> m_recordings;             ///< likewise, of those that are heard
+    std::map<QString, int> m_rowsShown;                       ///< likewise, since the last tick
     std::unique_ptr<PagePublisher> m_page;
     std::unique_ptr<MqttPublisher> m_mqtt;
     std::vector<Publisher*> m_publishers; ///< those that there are

@@ -19,20 +19,6 @@ constexpr double LOWEST_dB = -127.0; // so that full scale is the highest that a
 constexpr double STEPS_A_dB = 2.0;
 constexpr double SILENCE = 1e-14;
 
-int wordBytes(SampleFormat::Word word)
-{
-    switch (word) {
-    case SampleFormat::Word::F32:
-        return 4;
-    case SampleFormat::Word::S16:
-        return 2;
-    case SampleFormat::Word::U8:
-    case SampleFormat::Word::S8:
-        break;
-    }
-    return 1;
-}
-
 // Bytes come in the order of this machine.
 float wordAt(const char* bytes, SampleFormat::Word word)
 {
@@ -59,7 +45,7 @@ float wordAt(const char* bytes, SampleFormat::Word word)
 
 SpectrumTap::SpectrumTap(const SampleFormat& format)
     : m_format(format)
-    , m_sampleBytes(wordBytes(format.word) * (format.isComplex ? 2 : 1))
+    , m_sampleBytes(sampleBytes(format))
     , m_spectraPerRow(std::max(
           1, static_cast<int>(format.rate_Hz / (ROWS_A_SECOND * static_cast<double>(SIZE)))))
     , m_transform(kiss_fft_alloc(static_cast<int>(SIZE), 0, nullptr, nullptr), kiss_fft_free)
@@ -90,6 +76,11 @@ std::vector<QJsonObject> SpectrumTap::hear(const QByteArray& bytes)
         add(sampleAt(m_rest.constData() + used), rows);
     m_rest.remove(0, used);
     return rows;
+}
+
+void SpectrumTap::skip(const QByteArray& bytes)
+{
+    m_rest = (m_rest + bytes).right((m_rest.size() + bytes.size()) % m_sampleBytes);
 }
 
 std::vector<QJsonObject> SpectrumTap::hear(const std::vector<std::complex<float>>& samples)

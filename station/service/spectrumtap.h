@@ -24,7 +24,9 @@ public:
     /// whether those are "frequency_Hz" or "tone_Hz", and "levels", the lowest frequency first, as
     /// bytes in Base64: half decibels above -127 dB, a tone of full scale being 0 dB.
     std::vector<QJsonObject> hear(const QByteArray& bytes);
-    /// The same of samples, full scale +-1.
+    /// What nobody looks at; the next bytes continue behind it.
+    void skip(const QByteArray& bytes);
+    /// As the first, of samples, full scale +-1.
     std::vector<QJsonObject> hear(const std::vector<std::complex<float>>& samples);
 
 private:

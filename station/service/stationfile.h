@@ -24,6 +24,9 @@ struct SampleFormat
     double center_Hz = 0;   ///< what 0 Hz of I and Q stands for
 };
 
+/// Bytes of a sample, or of a pair.
+int sampleBytes(const SampleFormat& format);
+
 /// One `[receiver NAME]`.
 struct ReceiverSettings
 {

@@ -123,6 +123,48 @@ private Q_SLOTS:
         QCOMPARE(receiver.problem(), QString("no samples for 1 s"));
     }
 
+    void whatADecoderDoesNotTakeIsLostInWholeSamples()
+    {
+        const QString gate = m_folder.filePath("gate");
+        Receiver::Surroundings surroundings;
+        surroundings.program = program(("#!/bin/sh\nuntil [ -e '" + gate.toUtf8() +
+                                        "' ]; do sleep 0.1; done\n"
+                                        "echo '{\"bytes\":'$(wc -c)'}'\n")
+                                           .constData());
+        ReceiverSettings settings =
+            commandReceiver("hf", "printf x; head -c 60000003 /dev/zero; printf yyyy");
+        settings.samples.isComplex = true; // 4 bytes each
+        Receiver receiver(settings, surroundings);
+        qint64 arrived = -1;
+        connect(&receiver, &Receiver::decoded, [&arrived](const QJsonObject& object) {
+            arrived = qint64(object.value("bytes").toDouble());
+        });
+        receiver.start();
+        QTRY_VERIFY_WITH_TIMEOUT(receiver.state() == ReceiverState::Down, testsupport::HANGS_ms);
+        QFile file(gate);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QTRY_VERIFY_WITH_TIMEOUT(arrived >= 0, testsupport::HANGS_ms);
+        QVERIFY(receiver.bytesLost() > 0);
+        QCOMPARE(arrived + receiver.bytesLost(), qint64(60000008));
+        QCOMPARE(receiver.bytesLost() % 4, qint64(0));
+    }
+
+    void whatACommandHasStartedEndsWithIt()
+    {
+        const QString log = m_folder.filePath("ended");
+        Receiver::Surroundings surroundings;
+        surroundings.program = program(COUNTING_DECODER);
+        // The shell waits for a process that writes no more.
+        Receiver receiver(
+            commandReceiver("hf", "(trap 'echo ended >" + log +
+                                      "; exit' TERM; echo; while :; do sleep 0.1; done); true"),
+            surroundings);
+        receiver.start();
+        QTRY_VERIFY_WITH_TIMEOUT(receiver.state() == ReceiverState::Running, testsupport::HANGS_ms);
+        receiver.stop();
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(log), testsupport::HANGS_ms);
+    }
+
     void aConnectionIsReadLikeACommand()
     {
         QTcpServer server;

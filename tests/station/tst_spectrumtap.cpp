@@ -119,6 +119,18 @@ private Q_SLOTS:
         QVERIFY(morsehost::RecordingTap(settings).advance(1).empty());
     }
 
+    void whatIsSkippedCutsNoSample()
+    {
+        SampleFormat format;
+        const QByteArray bytes = toneOf(format, 650.0);
+        SpectrumTap whole(format);
+        SpectrumTap part(format);
+        const auto rows = whole.hear(bytes.mid(2 * 2047));
+        part.skip(bytes.left(1001));
+        part.skip(bytes.mid(1001, 2 * 2048 - 1001 - 1));
+        QCOMPARE(part.hear(bytes.mid(2 * 2048 - 1)), rows);
+    }
+
     void wideInputGivesFewRows()
     {
         SampleFormat format;
