@@ -335,6 +335,14 @@ const std::vector<Other>& others()
              [](double duration_s, const std::string& seed) {
                  return data(duration_s, 100.0, seed);
              }},
+            {"shift-keyed data, 200 Bd",
+             [](double duration_s, const std::string& seed) {
+                 return data(duration_s, 200.0, seed);
+             }},
+            {"shift-keyed data, 300 Bd",
+             [](double duration_s, const std::string& seed) {
+                 return data(duration_s, 300.0, seed);
+             }},
         };
         for (const reception::Silence& silence : reception::silences())
             list.push_back({silence.title, silence.make});

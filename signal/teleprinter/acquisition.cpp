@@ -56,8 +56,10 @@ Attempt attemptStartStop(const Evidence& evidence, const LineKind& kind,
                   std::max(1.0, static_cast<double>(fit.characters) * (kind.dataBits + 1));
     // Where tones are exchanged, the eighth element of ASCII, which is always the same, comes to
     // stand for a stop, and the start for the first element.
-    if (kind.code == Code::Ascii &&
-        std::min(firstMarks, fit.characters - firstMarks) * own.steadyFirst < fit.characters)
+    fit.isSteadyFirst =
+        kind.code == Code::Ascii &&
+        std::min(firstMarks, fit.characters - firstMarks) * own.steadyFirst < fit.characters;
+    if (fit.isSteadyFirst)
         fit.score -= own.costOfSteadyFirst * fit.characters;
     fit.commonest = static_cast<double>(commonest) / std::max(1, fit.characters);
     fit.formed = static_cast<double>(attempt.characters.size()) / std::max(1, fit.characters);
@@ -199,6 +201,14 @@ private:
         return m_followed != nullptr && isSameLine(acquired.line, *m_followed);
     }
 
+    // Nothing but a line of this very kind has nearly all characters in their form.
+    bool isWhole(const Fit& fit) const
+    {
+        return !fit.isSteadyFirst && fit.characters >= m_own.leastWhole &&
+               fit.formed >= m_own.wholeFormed &&
+               fit.framing >= m_own.wholeFramingMean * fit.characters;
+    }
+
     bool isSure(const Acquired& acquired) const
     {
         const Fit& fit = acquired.fit;
@@ -215,10 +225,13 @@ private:
     // Pairs of tones of which one is on at a time.
     void mix(double baud, std::vector<ByTone<double>>& tones, std::vector<TonePair>& mixed)
     {
-        for (const ByTone<double>& pair : m_spectrum.pairs(m_known, baud, m_span_s)) {
+        for (const TonesFound& found : m_spectrum.pairs(m_known, baud, m_span_s)) {
+            const ByTone<double>& pair = found.tones_Hz;
             TonePair both(m_history, m_rate_Hz, pair, m_begin, m_end);
             const double step_s = std::min(m_own.exclusion_s, m_own.exclusion_bits / baud);
-            if (exclusionOf(both, step_s * m_rate_Hz) < m_own.leastExclusion)
+            const bool canExclude =
+                !found.areMerged || pair[1] - pair[0] > m_own.excludesFrom * baud;
+            if (canExclude && exclusionOf(both, step_s * m_rate_Hz) < m_own.leastExclusion)
                 continue;
             tones.push_back(pair);
             mixed.push_back(std::move(both));
@@ -299,6 +312,8 @@ private:
     {
         // What fits in strength alone, at another speed, has no form.
         const auto isBetter = [this](const Attempt& a, const Attempt& b) {
+            if (isWhole(a.acquired.fit) != isWhole(b.acquired.fit))
+                return isWhole(a.acquired.fit);
             const bool hasForm = a.acquired.fit.framing >= m_own.leastForm;
             if (hasForm != (b.acquired.fit.framing >= m_own.leastForm))
                 return hasForm;
@@ -343,6 +358,8 @@ private:
             return std::nullopt;
         for (const Attempt& other : m_attempts) {
             const Fit& fit = other.acquired.fit;
+            if (isWhole(best.fit) && !isWhole(fit))
+                continue;
             const bool hasForm = fit.framing >= m_own.leastForm;
             if (!isSameLine(other.acquired.line, best.line) &&
                 fit.score > (hasForm ? best.fit.score - m_own.leastMargin

@@ -27,7 +27,8 @@ struct Fit
     double commonest = 0.0; ///< share of the commonest character among them
     /// Mean amplitude of the tone that is off over that of the one that is on; once refined.
     double contrast = 1.0;
-    double regular = 0.0; ///< share of neighbouring elements that differ
+    double regular = 0.0;       ///< share of neighbouring elements that differ
+    bool isSteadyFirst = false; ///< ASCII: the first element hardly ever differs
 };
 
 struct Acquired

@@ -124,6 +124,20 @@ private:
     float m_score = 0.0F;
 };
 
+// Of a character that begins at a node and goes on behind the last one: what can be seen of it.
+float scoreOfBegin(const Evidence& evidence, std::size_t node)
+{
+    const std::size_t count = evidence.likelihoods[MARK].size();
+    float score = 0.0F;
+    for (std::size_t at = node; at < count; at += NODES) {
+        const float space = evidence.likelihoods[SPACE][at];
+        const float element =
+            at == node ? space : std::max(space, evidence.likelihoods[MARK][at]) - LOG_2;
+        score += element * static_cast<float>(std::min<std::size_t>(NODES, count - at)) / NODES;
+    }
+    return score;
+}
+
 // The best way to be at a node between characters, and where it came from.
 struct Between
 {
@@ -191,7 +205,7 @@ Frames findFrames(const Evidence& evidence, const FrameSearch& search, const Pau
 
     const auto size = static_cast<std::size_t>(last + frame + 1);
     std::vector<float> ends(size, IMPOSSIBLE); // best score with a character ending at a node
-    std::vector<float> idle(size, 0.0F);       // sum of the likelihood of mark up to a node
+    std::vector<float> idle(size + 1, 0.0F);   // sum of the likelihood of mark up to a node
     std::vector<Start> starts(size);
     std::vector<unsigned> words(size, 0);
     std::vector<float> scores(size, 0.0F);
@@ -202,7 +216,8 @@ Frames findFrames(const Evidence& evidence, const FrameSearch& search, const Pau
     else
         marking.score = silent.score = 0.0F;
 
-    for (int node = from; node <= last; ++node) {
+    Start cut; // into a character that is not over at the last node
+    for (int node = from; node < static_cast<int>(size); ++node) {
         const auto i = static_cast<std::size_t>(node);
         // The element that has its middle here shows whether the line idles.
         const auto middle = static_cast<std::size_t>(std::max(0, node - NODES / 2));
@@ -231,6 +246,13 @@ Frames findFrames(const Evidence& evidence, const FrameSearch& search, const Pau
                 start = {score, node - pause};
         }
         starts[i] = start;
+        if (node > last) {
+            const float score = start.score + scoreOfBegin(evidence, i) + own.character;
+            if (score > cut.score)
+                cut = {score, start.lastEnd};
+            marking.score += mark;
+            continue;
+        }
 
         Candidate candidate(evidence, search, node);
         if (search.coherent && candidate.score() > own.worthRefining)
@@ -241,14 +263,12 @@ Frames findFrames(const Evidence& evidence, const FrameSearch& search, const Pau
         marking.score += mark;
     }
 
-    // The best way to the end of what can be seen: through a character, or between them.
+    // The best way to the end of what can be seen: between characters, or within one.
     int end = marking.score > silent.score ? marking.lastEnd : silent.lastEnd;
     float best = std::max(marking.score, silent.score);
-    for (int node = last + 1; node < static_cast<int>(size); ++node) {
-        if (ends[static_cast<std::size_t>(node)] > best) {
-            best = ends[static_cast<std::size_t>(node)];
-            end = node;
-        }
+    if (cut.score > best) {
+        best = cut.score;
+        end = cut.lastEnd;
     }
     frames.score = best;
     while (end >= from + frame) {

@@ -81,6 +81,11 @@ struct AcquisitionParameters
     /// better in strength is (row: ascii300).
     double leastForm = 3.0;
     double mostStronger = 1.0;
+    /// So many characters, of which so many have their form, and so well: no other line is a rival
+    /// that has not as much (row: ascii300).
+    int leastWhole = 20;
+    double wholeFormed = 0.95;
+    double wholeFramingMean = 1.2;
     /// Share of characters by which more have to have the form of another line than of the one that
     /// is followed (rows: ascii300, stop1).
     double toChange = 0.1;
@@ -88,7 +93,7 @@ struct AcquisitionParameters
     double mostContrast = 0.46;
     /// The first element of ASCII is the same but once in so many characters, and what each
     /// character loses for it (row: ascii200).
-    int steadyFirst = 20;
+    int steadyFirst = 8;
     double costOfSteadyFirst = 2.0;
     int refined = 4; ///< of the first attempts
     int rounds = 2;
@@ -97,7 +102,8 @@ struct AcquisitionParameters
     double exclusion_s = 0.012;
     double exclusion_bits = 0.9;
     double leastExclusion = 0.12;
-    int mostPairs = 4; ///< of tones, for each width
+    double excludesFrom = 0.75; ///< shift over speed; nearer tones overlap (row: ascii300)
+    int mostPairs = 4;          ///< of tones, for each width
 };
 
 /// A start-stop line that is followed (startstop.h).

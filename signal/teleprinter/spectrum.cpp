@@ -125,12 +125,12 @@ std::vector<Spectrum::Peak> Spectrum::peaks(const std::vector<double>& power,
     return peaks;
 }
 
-std::vector<ByTone<double>> Spectrum::pairs(const Known& known, double baud, double seconds) const
+std::vector<TonesFound> Spectrum::pairs(const Known& known, double baud, double seconds) const
 {
     const std::vector<double> power = meanPower(seconds);
     struct Ranked
     {
-        ByTone<double> tones_Hz;
+        TonesFound found;
         double rank;
     };
     std::vector<Ranked> ranked;
@@ -156,7 +156,7 @@ std::vector<ByTone<double>> Spectrum::pairs(const Known& known, double baud, dou
             if (ratio > m_parameters.mostUnequal || ratio < 1.0 / m_parameters.mostUnequal)
                 continue;
             ranked.push_back(
-                {{lower.tone_Hz, upper.tone_Hz}, std::log(upper.excess * lower.excess)});
+                {{{lower.tone_Hz, upper.tone_Hz}, false}, std::log(upper.excess * lower.excess)});
         }
     }
 
@@ -174,17 +174,18 @@ std::vector<ByTone<double>> Spectrum::pairs(const Known& known, double baud, dou
         humps.resize(std::min(humps.size(), MOST_HUMPS));
         for (const Peak& hump : humps) {
             if (isAtCentre(hump.tone_Hz))
-                ranked.push_back({{hump.tone_Hz - 0.5 * shift_Hz, hump.tone_Hz + 0.5 * shift_Hz},
-                                  2.0 * std::log(hump.excess)});
+                ranked.push_back(
+                    {{{hump.tone_Hz - 0.5 * shift_Hz, hump.tone_Hz + 0.5 * shift_Hz}, true},
+                     2.0 * std::log(hump.excess)});
         }
     }
     std::sort(ranked.begin(), ranked.end(),
               [](const Ranked& a, const Ranked& b) { return a.rank > b.rank; });
     ranked.resize(std::min(ranked.size(), MOST_PAIRS));
-    std::vector<ByTone<double>> pairs;
+    std::vector<TonesFound> pairs;
     pairs.reserve(ranked.size());
     for (const Ranked& pair : ranked)
-        pairs.push_back(pair.tones_Hz);
+        pairs.push_back(pair.found);
     return pairs;
 }
 

@@ -13,6 +13,12 @@
 
 namespace teleprinter {
 
+struct TonesFound
+{
+    ByTone<double> tones_Hz; ///< lower tone first
+    bool areMerged;          ///< make one hump; their energies may not go against each other
+};
+
 class Spectrum
 {
 public:
@@ -28,9 +34,9 @@ public:
     /// this have the same pairs.
     std::size_t reach(double baud) const;
 
-    /// Pairs of tones, the likelier first, lower tone first; those of a speed are as wide as it.
-    /// From the last so many seconds.
-    std::vector<ByTone<double>> pairs(const Known& known, double baud, double seconds) const;
+    /// Pairs of tones, the likelier first; those of a speed are as wide as it. From the last so
+    /// many seconds.
+    std::vector<TonesFound> pairs(const Known& known, double baud, double seconds) const;
 
     /// Variance of a sample of noise that is everywhere as dense as about these tones.
     double noise(double lower_Hz, double upper_Hz, double baud, double seconds) const;

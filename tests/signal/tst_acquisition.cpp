@@ -79,6 +79,9 @@ private Q_SLOTS:
         add("ASCII, 110 Bd", machine(T::Ascii7Even, 110.0, 2.0), 170.0, Code::Ascii);
         add("ASCII, 150 Bd", machine(T::Ascii7, 150.0, 1.0), 170.0, Code::Ascii);
         add("ASCII, 200 Bd", machine(T::Ascii8, 200.0, 1.0), 170.0, Code::Ascii);
+        add("ASCII, 300 Bd", machine(T::Ascii8, 300.0, 1.0), 200.0, Code::Ascii);
+        add("ASCII, 300 Bd, reversed", machine(T::Ascii8, 300.0, 1.0), 200.0, Code::Ascii, true);
+        add("ASCII, 300 Bd, parity", machine(T::Ascii7Even, 300.0, 1.0), 200.0, Code::Ascii);
         add("Sitor-B", machine(T::SitorB, 100.0), 170.0, Code::Ccir476);
     }
     void eachKindOfLineIsFoundAsWhatItIs()

@@ -29,10 +29,11 @@ std::vector<float> keyed(const Machine& machine, TonePath path)
                             path, RATE_Hz, "spectrum");
 }
 
-bool hasPair(const std::vector<ByTone<double>>& pairs, double centre_Hz, double shift_Hz,
+bool hasPair(const std::vector<TonesFound>& pairs, double centre_Hz, double shift_Hz,
              double tolerance_Hz)
 {
-    for (const ByTone<double>& pair : pairs) {
+    for (const TonesFound& found : pairs) {
+        const ByTone<double>& pair = found.tones_Hz;
         if (std::fabs(pair[0] - centre_Hz + 0.5 * shift_Hz) < tolerance_Hz &&
             std::fabs(pair[1] - centre_Hz - 0.5 * shift_Hz) < tolerance_Hz)
             return true;
