@@ -51,7 +51,14 @@ void complainOfLosses(const QString& folder, const SaveLosses& lost)
 } // namespace
 
 Reception::Reception(const ReceptionOptions& options, LineListener listener)
+    : Reception(options, TeleprinterChoice(), std::move(listener))
+{
+}
+
+Reception::Reception(const ReceptionOptions& options, const TeleprinterChoice& choice,
+                     LineListener listener)
     : m_options(options)
+    , m_choice(choice)
     , m_output(STDOUT_FILENO, options.saveDirectory.isEmpty() ? WhenBusy::Wait : WhenBusy::Keep)
     , m_reporter(makeReporter(options.form, m_output, std::move(listener)))
 {
@@ -69,18 +76,47 @@ StationSettings Reception::settings() const
     return settings;
 }
 
-bool Reception::canBegin()
+TeleprinterSettings Reception::settings(const QString& decoder) const
 {
-    if (m_canBegin)
-        return *m_canBegin;
-    m_canBegin = MorseStation(m_tree, settings(), *m_reporter).start();
-    if (!*m_canBegin)
-        complainOfAlphabet(m_options.alphabet, m_options.alphabetDirectory);
-    else if (!m_options.saveDirectory.isEmpty())
-        m_canBegin = canSaveInto(m_options.saveDirectory);
-    if (*m_canBegin && !m_options.archive.isEmpty())
-        m_canBegin = canArchive();
-    return *m_canBegin;
+    TeleprinterSettings settings;
+    settings.place = QStringLiteral("Receiver1");
+    settings.decoder = decoder;
+    settings.mapsDirectory = m_choice.mapsDirectory;
+    settings.map = m_choice.map;
+    settings.frequency_Hz = m_options.frequency_Hz;
+    return settings;
+}
+
+bool Reception::canBegin(const QString& decoder)
+{
+    const auto tried = m_canBegin.find(decoder);
+    if (tried != m_canBegin.end())
+        return tried->second;
+    const bool canBegin = canShow(decoder) && canKeep();
+    m_canBegin[decoder] = canBegin;
+    return canBegin;
+}
+
+bool Reception::canShow(const QString& decoder)
+{
+    if (decoder != QLatin1String(MORSE_DECODER)) {
+        const QString refusal = TeleprinterStation(m_tree, settings(decoder), *m_reporter).start();
+        if (!refusal.isEmpty())
+            complain(refusal);
+        return refusal.isEmpty();
+    }
+    if (MorseStation(m_tree, settings(), *m_reporter).start())
+        return true;
+    complainOfAlphabet(m_options.alphabet, m_options.alphabetDirectory);
+    return false;
+}
+
+bool Reception::canKeep()
+{
+    if (!m_canKeep)
+        m_canKeep = (m_options.saveDirectory.isEmpty() || canSaveInto(m_options.saveDirectory)) &&
+                    (m_options.archive.isEmpty() || canArchive());
+    return *m_canKeep;
 }
 
 bool Reception::canArchive()
@@ -130,28 +166,51 @@ MorseStation& Reception::begin(const ReceivedSource& source, bool isOneOfSeveral
     return *m_station;
 }
 
-demodulator::SymbolSink& Reception::sink()
+SoundSinks Reception::sinks()
 {
+    SoundSinks sinks;
+    if (m_station)
+        sinks.morse = &*m_station;
     if (m_pictures)
-        return *m_pictures;
-    return *m_station;
+        sinks.morse = &*m_pictures;
+    if (m_pictures)
+        sinks.observer = &*m_pictures;
+    if (m_teleprinter)
+        sinks.teleprinter = &*m_teleprinter;
+    return sinks;
 }
 
-demodulator::Observer* Reception::observer()
+TeleprinterStation& Reception::beginTeleprinter(const ReceivedSource& source,
+                                                const QString& decoder, bool isOneOfSeveral)
 {
-    return m_pictures ? &*m_pictures : nullptr;
+    TeleprinterSettings settings = this->settings(decoder);
+    settings.source = source.name;
+    settings.saveDirectory = m_options.saveDirectory;
+    settings.start_us = source.start_us;
+    m_source = source;
+    m_teleprinter.emplace(m_tree, settings, listener(source));
+    m_teleprinter->start();
+    if (isOneOfSeveral)
+        m_reporter->source(source.name);
+    return *m_teleprinter;
 }
 
 void Reception::end(SourceEnd how)
 {
-    if (!m_station)
+    if (!m_station && !m_teleprinter)
         return;
-    const SaveLosses lost = m_station->stop();
-    m_lost.symbols += lost.symbols;
-    m_lost.characters += lost.characters;
-    m_lost.documents += lost.documents;
-    m_station.reset();
-    m_pictures.reset();
+    if (m_station) {
+        const SaveLosses lost = m_station->stop();
+        m_lost.symbols += lost.symbols;
+        m_lost.characters += lost.characters;
+        m_lost.documents += lost.documents;
+        m_station.reset();
+        m_pictures.reset();
+    }
+    if (m_teleprinter) {
+        m_lostTransmissions += m_teleprinter->lost();
+        m_teleprinter.reset();
+    }
     if (m_recording)
         archiveRecording(how);
     m_recording.reset();
@@ -188,6 +247,12 @@ int Reception::finish()
     int status = EXIT_DONE;
     if (m_lost.any()) {
         complainOfLosses(m_options.saveDirectory, m_lost);
+        status = EXIT_BAD_INPUT;
+    }
+    if (m_lostTransmissions > 0) {
+        complain(m_options.saveDirectory,
+                 counted(m_lostTransmissions, "transmission", "transmissions") +
+                     QStringLiteral(" could not be saved as a whole"));
         status = EXIT_BAD_INPUT;
     }
     if (m_archive && (!m_archive->flush() || m_archiving->lost() > 0 || m_isArchiveIncomplete)) {

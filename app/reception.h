@@ -4,16 +4,21 @@
 #pragma once
 
 #include "app/options/receptionoptions.h"
+#include "app/options/teleprinteroptions.h"
 #include "app/reporter.h"
 #include "app/transmissionpictures.h"
 #include "host/standin/hosttree.h"
 #include "station/archive/archivelistener.h"
 #include "station/archive/recordinglistener.h"
+#include "station/decoders.h"
 #include "station/io/output.h"
 #include "station/morsestation.h"
+#include "station/soundjob.h"
+#include "station/teleprinterstation.h"
 
 #include <QTemporaryDir>
 
+#include <map>
 #include <memory>
 #include <optional>
 
@@ -35,14 +40,19 @@ class Reception
 {
 public:
     explicit Reception(const ReceptionOptions& options, LineListener listener = {});
+    /// Of the choice, what follows the decoder counts.
+    Reception(const ReceptionOptions& options, const TeleprinterChoice& choice,
+              LineListener listener);
 
-    /// False, and said on standard error, when there is no such alphabet or nothing can be saved.
-    bool canBegin();
-    /// A station for the next source; it ends with `end`. Only where `canBegin`.
+    /// False, and said on standard error, when there is no such alphabet or map for the decoder, or
+    /// nothing can be saved.
+    bool canBegin(const QString& decoder = QLatin1String(MORSE_DECODER));
+    // A station for the next source; it ends with `end`. Only where `canBegin`.
     MorseStation& begin(const ReceivedSource& source, bool isOneOfSeveral = false);
+    TeleprinterStation& beginTeleprinter(const ReceivedSource& source, const QString& decoder,
+                                         bool isOneOfSeveral);
     /// Where what is heard of the current source goes; the observer only with pictures.
-    demodulator::SymbolSink& sink();
-    demodulator::Observer* observer();
+    SoundSinks sinks();
     /// A recording of the archive that was interrupted is left to the next attempt.
     void end(SourceEnd how = SourceEnd::Whole);
     /// All is over. Returns the exit status as far as output and files decide it.
@@ -53,11 +63,15 @@ public:
 
 private:
     StationSettings settings() const;
+    TeleprinterSettings settings(const QString& decoder) const;
+    bool canShow(const QString& decoder);
+    bool canKeep();
     bool canArchive();
     void archiveRecording(SourceEnd how);
     StationListener& listener(const ReceivedSource& source);
 
     ReceptionOptions m_options;
+    TeleprinterChoice m_choice;
     Output m_output;
     std::unique_ptr<Reporter> m_reporter;
     std::optional<QTemporaryDir> m_unsent; ///< what waits to be archived
@@ -68,9 +82,12 @@ private:
     bool m_isArchiveIncomplete = false;
     HostTree m_tree;
     std::optional<TransmissionPictures> m_pictures;
-    std::optional<MorseStation> m_station; ///< goes before the tree
-    std::optional<bool> m_canBegin;        ///< once it was tried
+    std::optional<MorseStation> m_station;           ///< goes before the tree
+    std::optional<TeleprinterStation> m_teleprinter; ///< likewise
+    std::map<QString, bool> m_canBegin;              ///< decoders that were tried
+    std::optional<bool> m_canKeep;                   ///< once it was tried
     SaveLosses m_lost;
+    long long m_lostTransmissions = 0; ///< of teleprinters
 };
 
 } // namespace morsehost

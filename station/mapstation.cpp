@@ -16,6 +16,7 @@ MapStation::MapStation(HostTree& tree, const QString& place, const QString& maps
     , m_input(m_values.add<TextValue>("Input"))
     , m_output(m_values.add<TextValue>("Output"))
     , m_rightToLeft(m_values.add<FlagValue>("RightToLeft"))
+    , m_saveToFile(m_values.add<FlagValue>("SaveToFile"))
     , m_directory(mapsDirectory)
 {
     m_output->AddObserver(this);
@@ -23,6 +24,7 @@ MapStation::MapStation(HostTree& tree, const QString& place, const QString& maps
     m_directory.SetTextDirectionRTL_ValuePath(m_values.path("RightToLeft"));
     m_directory.SetDataInput_ValuePath(m_values.path("Input"), nullptr);
     m_directory.SetDataOutput_ValuePath(m_values.path("Output"));
+    m_directory.SetSaveToFile_ValuePath(m_values.path("SaveToFile"));
     m_directory.SetMaxNumberOfChars_ValuePath(m_values.path("MaxNumberOfChars"));
     m_directory.SetDecoder_ValuePath(m_values.path("Decoder"));
     m_directory.Init(QString());
@@ -65,6 +67,14 @@ void MapStation::receive(const QString& text)
         m_input->HasChanged(eCHANGE_CONTENT, nullptr);
     else
         m_input->SetValue(text, nullptr);
+}
+
+void MapStation::stop()
+{
+    // A forced evaluation translates the input once more, so that nothing may be left in it.
+    m_input->SetValue(QString(), nullptr);
+    m_input->HasChanged(eCHANGE_FORCED, nullptr);
+    m_saveToFile->HasChanged(eCHANGE_FORCED, nullptr);
 }
 
 QStringList MapStation::maps()

@@ -37,6 +37,8 @@ public:
     /// What is offered under `name`, or under it and a character set.
     QStringList mapsMeant(const QString& name);
     void receive(const QString& text);
+    /// What was received ends here: a stop for the observers of the output.
+    void stop();
 
     QStringList maps();
     QString currentMap();
@@ -54,6 +56,7 @@ private:
     TextValue* m_input;
     TextValue* m_output;
     FlagValue* m_rightToLeft;
+    FlagValue* m_saveToFile;
     MappingDirectory m_directory; ///< goes before the values
 };
 

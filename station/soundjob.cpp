@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "station/soundjob.h"
 
+#include "station/decoders.h"
+#include "station/finddecoder.h"
 #include "station/io/interrupt.h"
 
 #include <QDateTime>
@@ -21,41 +23,73 @@ constexpr std::size_t MAX_OBSERVED_EVENTS = std::size_t(1) << 13;
 
 } // namespace
 
-class SoundJob::Collector : public demodulator::SymbolSink, public demodulator::Observer
+class SoundJob::SymbolCollector : public demodulator::SymbolSink, public demodulator::Observer
 {
 public:
-    explicit Collector(SoundJob& job)
+    explicit SymbolCollector(SoundJob& job)
         : m_job(job)
     {
     }
 
     void transmissionStarted(std::int64_t time_us) override
     {
-        m_job.add([=](auto& sink, auto*) { sink.transmissionStarted(time_us); });
+        m_job.add([=](const SoundSinks& sinks) { sinks.morse->transmissionStarted(time_us); });
     }
     void symbol(int code, std::int64_t time_us) override
     {
-        m_job.add([=](auto& sink, auto*) { sink.symbol(code, time_us); });
+        m_job.add([=](const SoundSinks& sinks) { sinks.morse->symbol(code, time_us); });
     }
     void transmissionStopped(std::int64_t time_us, const demodulator::SignalReport& report) override
     {
-        m_job.add([=](auto& sink, auto*) { sink.transmissionStopped(time_us, report); });
+        m_job.add(
+            [=](const SoundSinks& sinks) { sinks.morse->transmissionStopped(time_us, report); });
     }
 
     void sound(const float* samples, std::size_t count, double rate_Hz) override
     {
-        m_job.add(
-            [piece = std::vector<float>(samples, samples + count), rate_Hz](auto&, auto* observer) {
-                observer->sound(piece.data(), piece.size(), rate_Hz);
-            });
+        m_job.add([piece = std::vector<float>(samples, samples + count),
+                   rate_Hz](const SoundSinks& sinks) {
+            sinks.observer->sound(piece.data(), piece.size(), rate_Hz);
+        });
     }
     void step(const demodulator::FollowedStep& step) override
     {
-        m_job.add([step](auto&, auto* observer) { observer->step(step); });
+        m_job.add([=](const SoundSinks& sinks) { sinks.observer->step(step); });
     }
     void mark(std::int64_t begin_us, std::int64_t end_us, double unit_us) override
     {
-        m_job.add([=](auto&, auto* observer) { observer->mark(begin_us, end_us, unit_us); });
+        m_job.add(
+            [=](const SoundSinks& sinks) { sinks.observer->mark(begin_us, end_us, unit_us); });
+    }
+
+private:
+    SoundJob& m_job;
+};
+
+class SoundJob::TextCollector : public teleprinter::TextSink
+{
+public:
+    explicit TextCollector(SoundJob& job)
+        : m_job(job)
+    {
+    }
+
+    void transmissionStarted(const teleprinter::Line& line, std::int64_t time_us) override
+    {
+        m_job.add([=](const SoundSinks& sinks) {
+            sinks.teleprinter->transmissionStarted(line, time_us);
+        });
+    }
+    void character(std::uint8_t character, std::int64_t time_us) override
+    {
+        m_job.add(
+            [=](const SoundSinks& sinks) { sinks.teleprinter->character(character, time_us); });
+    }
+    void transmissionStopped(const teleprinter::Line& line, std::int64_t time_us) override
+    {
+        m_job.add([=](const SoundSinks& sinks) {
+            sinks.teleprinter->transmissionStopped(line, time_us);
+        });
     }
 
 private:
@@ -82,11 +116,20 @@ SoundJob::~SoundJob()
 
 void SoundJob::run()
 {
-    const OpenedSource opened = openSound(m_request);
+    OpenedSource opened;
+    if (m_request.decoder == QLatin1String(DECODER_AS_FOUND)) {
+        const FoundDecoder found =
+            findDecoder(m_request, [this] { return m_isStopped || isInterrupted(); });
+        m_request.decoder = found.decoder;
+        m_remark = found.remark;
+        opened.error = found.error;
+    }
+    if (opened.error.isEmpty())
+        opened = openSound(m_request);
     if (opened.source)
         hear(*opened.source);
     else
-        publish({opened.error, m_request.demodulator, {}, 0});
+        publish({opened.error, m_request.decoder, m_remark, m_request.demodulator, {}, 0});
     {
         const std::lock_guard<std::mutex> lock(m_bell.mutex);
         m_isDone = true;
@@ -97,9 +140,28 @@ void SoundJob::run()
 
 void SoundJob::hear(SampleSource& source)
 {
-    Collector collector(*this);
-    demodulator::Demodulator demodulator(m_request.demodulator, collector,
-                                         m_isObserved ? &collector : nullptr);
+    if (m_request.decoder == QLatin1String(MORSE_DECODER)) {
+        SymbolCollector collector(*this);
+        demodulator::Demodulator demodulator(m_request.demodulator, collector,
+                                             m_isObserved ? &collector : nullptr);
+        hearWith(demodulator, source);
+        return;
+    }
+    if (const auto code = codeOfDecoder(m_request.decoder))
+        m_request.teleprinter.known.codes = {*code};
+    TextCollector collector(*this);
+    teleprinter::Receiver receiver(m_request.teleprinter, collector);
+    hearWith(receiver, source);
+}
+
+template <typename Receiver>
+void SoundJob::hearWith(Receiver& receiver, SampleSource& source)
+{
+    const auto factsAt = [&](unsigned long long arrived_us) {
+        return SoundFacts{
+            {},        m_request.decoder, m_remark, m_request.demodulator, source.recorded_us(),
+            arrived_us};
+    };
     std::vector<float> samples(PIECE_SAMPLES);
     const std::optional<long long> all = source.frameCount();
     long long done = 0;
@@ -107,20 +169,18 @@ void SoundJob::hear(SampleSource& source)
     while (!m_isStopped && !isInterrupted()) {
         const std::size_t count = source.read(samples.data(), samples.size());
         if (std::exchange(isFirst, false))
-            publish({{},
-                     m_request.demodulator,
-                     source.recorded_us(),
-                     static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) * 1000});
+            publish(factsAt(static_cast<unsigned long long>(QDateTime::currentMSecsSinceEpoch()) *
+                            1000));
         if (count == 0)
             break;
-        demodulator.push(samples.data(), count);
+        receiver.push(samples.data(), count);
         done += static_cast<long long>(count);
         if (all)
             m_progress = static_cast<double>(done) / static_cast<double>(*all);
     }
     if (isFirst)
-        publish({{}, m_request.demodulator, source.recorded_us(), 0});
-    demodulator.finish();
+        publish(factsAt(0));
+    receiver.finish();
 }
 
 void SoundJob::publish(const SoundFacts& facts)
@@ -149,7 +209,7 @@ const SoundFacts* SoundJob::facts() const
     return m_facts ? &*m_facts : nullptr;
 }
 
-bool SoundJob::deliver(demodulator::SymbolSink& sink, demodulator::Observer* observer)
+bool SoundJob::deliver(const SoundSinks& sinks)
 {
     std::deque<Event> events;
     {
@@ -158,7 +218,7 @@ bool SoundJob::deliver(demodulator::SymbolSink& sink, demodulator::Observer* obs
     }
     m_bell.rung.notify_all();
     for (const Event& event : events)
-        event(sink, observer);
+        event(sinks);
     return !events.empty();
 }
 

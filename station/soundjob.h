@@ -5,6 +5,7 @@
 
 #include "signal/morse/observer.h"
 #include "signal/morse/symbolsink.h"
+#include "signal/teleprinter/receiver.h"
 #include "station/audio/sound.h"
 
 #include <atomic>
@@ -29,17 +30,27 @@ struct SoundBell
 /// What is known once the first samples are there.
 struct SoundFacts
 {
-    QString error; ///< why there is no sound; empty when there is
+    QString error;   ///< why there is no sound; empty when there is
+    QString decoder; ///< Morse or a teleprinter's: the one that was asked for, or found
+    QString remark;  ///< what was found, if that was asked for
     demodulator::Settings demodulator;
     std::optional<unsigned long long> recorded_us; ///< as the recording says; UTC
     unsigned long long arrived_us = 0; ///< the clock when the first sample was there; UTC
 };
 
+/// Where it goes: Morse or teleprinter, by the decoder.
+struct SoundSinks
+{
+    demodulator::SymbolSink* morse = nullptr;
+    demodulator::Observer* observer = nullptr; ///< beside `morse`
+    teleprinter::TextSink* teleprinter = nullptr;
+};
+
 class SoundJob
 {
 public:
-    /// Begins at once. The bell outlives the job. What an observer of the demodulator sees is kept
-    /// only where it is wanted.
+    /// Begins at once. The bell outlives the job. The request's decoder may be DECODER_AS_FOUND.
+    /// What an observer of the demodulator of Morse sees is kept only where it is wanted.
     SoundJob(SoundRequest request, SoundBell& bell, bool isObserved = false);
     /// Stops it where it is.
     ~SoundJob();
@@ -51,7 +62,7 @@ public:
     /// Hands on what has been heard since the last call; to be called from one thread, again and
     /// again, since a job waits when much has not been fetched. The observer is that of a job that
     /// is observed. False when there was nothing.
-    bool deliver(demodulator::SymbolSink& sink, demodulator::Observer* observer = nullptr);
+    bool deliver(const SoundSinks& sinks);
     /// All has been heard; there may still be something to deliver.
     bool isDone() const;
     /// Done, and all is delivered.
@@ -63,15 +74,19 @@ public:
 
 private:
     /// A call to be made later.
-    using Event = std::function<void(demodulator::SymbolSink&, demodulator::Observer*)>;
-    class Collector;
+    using Event = std::function<void(const SoundSinks&)>;
+    class SymbolCollector;
+    class TextCollector;
 
     void run();
     void hear(SampleSource& source);
+    template <typename Receiver>
+    void hearWith(Receiver& receiver, SampleSource& source);
     void publish(const SoundFacts& facts);
     void add(Event event);
 
     SoundRequest m_request;
+    QString m_remark;
     SoundBell& m_bell;
     const bool m_isObserved;
     std::atomic<bool> m_isStopped{false};

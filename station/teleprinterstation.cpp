@@ -92,6 +92,7 @@ void TeleprinterStation::shown(const QString& text)
 
 void TeleprinterStation::transmissionStopped(const teleprinter::Line& line, std::int64_t time_us)
 {
+    m_maps.stop();
     m_transmission.stop_us = static_cast<qint64>(timeOf(time_us));
     m_transmission.tone_Hz = std::round(line.centre_Hz());
     m_transmission.baudRate = line.kind.baud;

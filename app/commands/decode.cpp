@@ -1,15 +1,17 @@
 // SPDX-License-Identifier: MIT
 // morsehost decode: sound to text.
 #include "app/commands/commands.h"
-#include "app/commands/teleprinters.h"
 
 #include "app/console/complain.h"
 #include "app/console/exitstatus.h"
 #include "app/console/progress.h"
 #include "app/options/soundoptions.h"
+#include "app/options/teleprinteroptions.h"
 #include "app/reception.h"
 #include "station/archive/archive.h"
 #include "station/archive/recording.h"
+#include "station/decoders.h"
+#include "station/finddecoder.h"
 #include "station/io/interrupt.h"
 #include "station/soundjob.h"
 
@@ -37,11 +39,14 @@ constexpr std::chrono::milliseconds REFRESH(100);
 class Decoding
 {
 public:
-    Decoding(const ReceptionOptions& options, std::vector<SoundRequest> sounds, std::size_t atOnce)
+    Decoding(const ReceptionOptions& options, const TeleprinterChoice& choice,
+             std::vector<SoundRequest> sounds, std::size_t atOnce)
         : m_options(options)
+        , m_choice(choice)
         , m_sounds(std::move(sounds))
         , m_atOnce(atOnce)
-        , m_reception(options, [this](bool lineStaysOpen) { m_progress.makeRoom(lineStaysOpen); })
+        , m_reception(options, choice,
+                      [this](bool lineStaysOpen) { m_progress.makeRoom(lineStaysOpen); })
         , m_jobs(m_sounds.size())
         , m_isOneOfSeveral(m_sounds.size() > 1)
     {
@@ -64,12 +69,18 @@ private:
         const auto number = [](const auto& value) {
             return value ? QString::number(*value, 'g', 15) : QString();
         };
-        QStringList words = {QStringLiteral("Morse"), m_options.alphabet,
-                             number(m_options.frequency_Hz), number(sound.demodulator.tone_Hz),
+        QStringList words = {sound.decoder, m_options.alphabet, number(m_options.frequency_Hz),
+                             number(sound.demodulator.tone_Hz),
                              number(sound.demodulator.speed_wpm)};
         words += sound.channel ? QString::number(*sound.channel) : QString();
         words += QString::number(static_cast<int>(m_options.startRule));
         words += QString::number(m_options.start_us);
+        if (sound.decoder == QLatin1String(MORSE_DECODER))
+            return words;
+        const teleprinter::Known& known = sound.teleprinter.known;
+        words += {m_choice.map, number(known.baud), number(known.shift_Hz),
+                  QString::number(static_cast<int>(known.reversed.value_or(false))),
+                  QString::number(static_cast<int>(sound.teleprinter.unshift))};
         return words;
     }
 
@@ -106,26 +117,35 @@ private:
     bool decodeCurrent()
     {
         // A pipe may bring nothing for long; what is wrong is said before.
-        if (m_sounds[m_current].isPipe && !canBegin())
+        const SoundRequest& sound = m_sounds[m_current];
+        if (sound.isPipe && sound.decoder != QLatin1String(DECODER_AS_FOUND) &&
+            !canBegin(sound.decoder))
             return false;
         startJobs();
         SoundJob& job = *m_jobs[m_current];
         while (!job.facts())
             wait(job);
-        const QString& name = m_sounds[m_current].name;
+        const QString& name = sound.name;
         const SoundFacts& facts = *job.facts();
         if (!facts.error.isEmpty())
             return complainOf(name, facts.error);
+        if (!facts.remark.isEmpty()) {
+            m_progress.makeRoom(false);
+            complain(name, facts.remark);
+        }
         const std::optional<unsigned long long> start_us =
-            startTime(m_options, m_sounds[m_current], facts.recorded_us, facts.arrived_us);
+            startTime(m_options, sound, facts.recorded_us, facts.arrived_us);
         if (!start_us)
             return complainOf(name, noStartTime());
-        if (!canBegin())
+        if (!canBegin(facts.decoder))
             return false;
-        m_reception.begin({name, *start_us, facts.demodulator, m_keys.value(name)},
-                          m_isOneOfSeveral);
+        const ReceivedSource source = {name, *start_us, facts.demodulator, m_keys.value(name)};
+        if (facts.decoder == QLatin1String(MORSE_DECODER))
+            m_reception.begin(source, m_isOneOfSeveral);
+        else
+            m_reception.beginTeleprinter(source, facts.decoder, m_isOneOfSeveral);
         while (!job.isOver() && !m_reception.isPointless()) {
-            if (!job.deliver(m_reception.sink(), m_reception.observer()))
+            if (!job.deliver(m_reception.sinks()))
                 wait(job);
         }
         const bool isHeard = job.isOver() && !isInterrupted();
@@ -137,9 +157,9 @@ private:
         return !m_reception.isPointless() && !isInterrupted();
     }
 
-    bool canBegin()
+    bool canBegin(const QString& decoder)
     {
-        if (m_reception.canBegin())
+        if (m_reception.canBegin(decoder))
             return true;
         m_status = EXIT_BAD_INPUT;
         return false;
@@ -182,6 +202,7 @@ private:
     }
 
     ReceptionOptions m_options;
+    TeleprinterChoice m_choice;
     std::vector<SoundRequest> m_sounds;
     std::size_t m_atOnce;
     Progress m_progress;
@@ -201,24 +222,19 @@ int run(Arguments& arguments)
     options.hasPictures = arguments.isSet("pictures");
     if (options.hasPictures && options.saveDirectory.isEmpty())
         arguments.fail(QStringLiteral("--pictures needs --save"));
-    const bool isTeleprinter = isTeleprinterAsked(arguments);
-    std::vector<SoundRequest> sounds =
-        readSoundOptions(arguments, isTeleprinter ? teleprinterTones() : ToneRange());
+    std::vector<SoundRequest> sounds = readSoundOptions(arguments, tonesToSet(arguments));
     const int processors = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
     const int atOnce = arguments.wholeNumber("jobs", 1, MAX_JOBS).value_or(processors);
     if (options.startRule == StartRule::Given && sounds.size() > 1)
         arguments.fail(QStringLiteral("--start TIME is for one recording; several take "
                                       "--start auto"));
-    if (!isTeleprinterAsked(arguments))
-        refuseTeleprinterOptions(arguments);
+    const TeleprinterChoice choice =
+        readTeleprinterOptions(arguments, {"wpm", "codes", "alphabet", "pictures"}, sounds);
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
-    const auto decodeMorse = [&](std::vector<SoundRequest> requests) {
-        return Decoding(options, std::move(requests), static_cast<std::size_t>(atOnce)).run();
-    };
-    if (isTeleprinter)
-        return decodeTeleprinters(arguments, options, sounds, decodeMorse);
-    return decodeMorse(std::move(sounds));
+    if (!canDecode(arguments, choice))
+        return EXIT_BAD_INPUT;
+    return Decoding(options, choice, std::move(sounds), static_cast<std::size_t>(atOnce)).run();
 }
 
 } // namespace

@@ -3,14 +3,18 @@
 #include "app/commands/commands.h"
 
 #include "app/commands/inspectband.h"
+#include "app/commands/inspectstretch.h"
+#include "app/commands/inspectteleprinter.h"
 #include "app/console/complain.h"
 #include "app/console/exitstatus.h"
-#include "app/console/progress.h"
 #include "app/options/alphabetoptions.h"
 #include "app/options/bandoptions.h"
 #include "app/options/soundoptions.h"
+#include "app/options/teleprinteroptions.h"
 #include "app/picturefile.h"
 #include "signal/morse/demodulator.h"
+#include "station/decoders.h"
+#include "station/finddecoder.h"
 #include "station/io/interrupt.h"
 #include "station/morsestation.h"
 #include "station/picture/notes.h"
@@ -19,24 +23,14 @@
 #include <QFileInfo>
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 
 namespace morsehost {
 
 namespace {
 
-constexpr std::size_t PIECE_SAMPLES = 4096;
 constexpr double DEFAULT_LENGTH_S = 30;
-constexpr double SHORTEST_LENGTH_S = 0.1;
 constexpr double LATEST_S = 1e9; // microseconds of more would not fit
-
-// With --quick, for a signal to be found and followed before the stretch.
-constexpr double BEFORE_S = 60;
-
-// What is heard so long after a stretch changes nothing in it any more: the longest silence that
-// ends a transmission, the beginning that is heard out first, and some to spare.
-constexpr double AFTERWARDS_S = 30;
 
 // Has every code decoded as `decode` would, and notes what came of it.
 class Listener : public demodulator::SymbolSink, public StationListener
@@ -76,11 +70,6 @@ private:
     MorseStation* m_station = nullptr;
 };
 
-std::int64_t microseconds(double time_s)
-{
-    return std::llround(1e6 * time_s);
-}
-
 // Of a band's options those that a single signal has no use for.
 std::vector<OptionRow> bandRows()
 {
@@ -94,7 +83,7 @@ int run(Arguments& arguments)
 {
     const double from_s = arguments.position("from", LATEST_S).value_or(0);
     const double length_s =
-        arguments.number("length", SHORTEST_LENGTH_S, inspect::LONGEST_STRETCH_s)
+        arguments.number("length", SHORTEST_LENGTH_s, inspect::LONGEST_STRETCH_s)
             .value_or(DEFAULT_LENGTH_S);
     if (arguments.isSet("band"))
         return inspectBand(arguments, from_s, length_s);
@@ -103,12 +92,22 @@ int run(Arguments& arguments)
             arguments.fail(optionWord(row.name) + QStringLiteral(" is for --band"));
     }
     const AlphabetChoice alphabet = readAlphabetOptions(arguments);
-    const std::vector<SoundRequest> sounds = readSoundOptions(arguments);
+    std::vector<SoundRequest> sounds = readSoundOptions(arguments, tonesToSet(arguments));
+    const TeleprinterChoice choice = readTeleprinterOptions(arguments, {"wpm", "alphabet"}, sounds);
     PictureFile file(arguments);
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
+    if (!canDecode(arguments, choice))
+        return EXIT_BAD_INPUT;
 
     SoundRequest sound = sounds.front();
+    if (choice.decoder == QLatin1String(DECODER_AS_FOUND)) {
+        const FoundDecoder found = findDecoder(sound, isInterrupted);
+        complain(sound.name, found.error.isEmpty() ? found.remark : found.error);
+        if (!found.error.isEmpty())
+            return EXIT_BAD_INPUT;
+        sound.decoder = found.decoder;
+    }
     const OpenedSource opened = openSound(sound);
     if (!opened.source) {
         complain(sound.name, opened.error);
@@ -118,13 +117,11 @@ int run(Arguments& arguments)
     if (!file.open(sound.name))
         return EXIT_BAD_INPUT;
 
-    const double rate_Hz = sound.demodulator.sampleRate_Hz;
-    long long done = arguments.isSet("quick")
-                         ? source->skip(std::llround(std::max(0.0, from_s - BEFORE_S) * rate_Hz))
-                         : 0;
-    double done_s = static_cast<double>(done) / rate_Hz;
-    inspect::Notes notes({microseconds(from_s), microseconds(from_s + length_s)},
-                         microseconds(done_s));
+    const StretchChoice stretch = {from_s, length_s, arguments.isSet("quick")};
+    if (sound.decoder != QLatin1String(MORSE_DECODER))
+        return inspectTeleprinter(*source, sound, stretch, choice, file);
+    StretchReader reader(*source, sound, stretch);
+    inspect::Notes notes(reader.stretch(), reader.begin_us());
     Listener listener(notes);
     HostTree tree;
     StationSettings settings;
@@ -138,40 +135,13 @@ int run(Arguments& arguments)
     }
     listener.feed(decoder);
     demodulator::Demodulator demodulator(sound.demodulator, listener, &notes);
-    std::vector<float> samples(PIECE_SAMPLES);
-    Progress progress;
-    const double end_s = from_s + length_s + AFTERWARDS_S;
-    bool isOver = false;
-    while (done_s < end_s && !isOver) {
-        const std::size_t count = source->read(samples.data(), samples.size());
-        demodulator.push(samples.data(), count);
-        done += static_cast<long long>(count);
-        done_s = static_cast<double>(done) / rate_Hz;
-        isOver = count == 0;
-        const auto all = source->frameCount();
-        const double all_s = all ? static_cast<double>(*all) / rate_Hz : end_s;
-        progress.show(done_s / std::min(all_s, end_s));
-    }
-    if (isOver)
-        demodulator.finish();
+    reader.hear(demodulator);
     decoder.stop();
-    if (isInterrupted()) {
-        complain(file.name(), QStringLiteral("interrupted, nothing was drawn"));
+    if (!reader.canDraw(file.name()))
         return EXIT_BAD_INPUT;
-    }
-    if (!source->error().isEmpty())
-        complain(sound.name, source->error());
-    if (done_s < from_s + SHORTEST_LENGTH_S) {
-        if (source->error().isEmpty())
-            complain(sound.name, QStringLiteral("ends after %1 s, before the stretch begins "
-                                                "at %2 s")
-                                     .arg(done_s, 0, 'f', 3)
-                                     .arg(from_s, 0, 'f', 3));
-        return EXIT_BAD_INPUT;
-    }
 
     inspect::Seen seen = notes.seen();
-    seen.stretch.to_us = std::min(seen.stretch.to_us, microseconds(done_s));
+    seen.stretch.to_us = std::min(seen.stretch.to_us, reader.end_us());
     if (!file.write(inspect::picture(seen, QFileInfo(sound.name).fileName())))
         return EXIT_BAD_INPUT;
     return source->error().isEmpty() ? EXIT_DONE : EXIT_BAD_INPUT;
@@ -187,7 +157,11 @@ std::vector<OptionRow> optionRows()
          "begin 60 seconds before the stretch instead of at the beginning; the text may differ "
          "from that of 'decode'"},
     };
-    for (const OptionRow& row : soundOptionRows())
+    const ToneRange tones = teleprinterTones();
+    for (const OptionRow& row : soundOptionRows("; of a teleprinter midway between its tones, " +
+                                                range(tones.lowest_Hz, tones.highest_Hz)))
+        rows.push_back(row);
+    for (const OptionRow& row : teleprinterOptionRows())
         rows.push_back(row);
     rows.push_back({"band", nullptr,
                     "draw a whole band: the waterfall, and each signal's text along its trace"});
@@ -204,10 +178,12 @@ Command inspectCommand()
 {
     return {{"inspect", "FILE|-", 1, 1,
              "Draws what the demodulator saw. A row is ten seconds or less: spectrogram and tone,\n"
-             "strength and expected strength, marks and gaps with their kinds, and the text.\n"
+             "strength and expected strength, marks and gaps with their kinds, and the text; of a\n"
+             "teleprinter both tones, how strong each is in each element, and the characters.\n"
              "Sound is read from its beginning, so that the picture shows what 'decode' decided.",
              optionRows(),
              "  morsehost inspect recording.flac --from 1:35 --length 20 -o doubt.svg\n"
+             "  morsehost inspect --decoder Baudot recording.flac -o teleprinter.svg\n"
              "  morsehost inspect --band --length 60 band.flac -o band.svg\n"},
             run};
 }

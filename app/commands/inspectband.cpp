@@ -63,7 +63,7 @@ int inspectBand(Arguments& arguments, double from_s, double length_s)
     const BandChoice choice = readBandOptions(arguments);
     const AlphabetChoice alphabet = readAlphabetOptions(arguments);
     PictureFile file(arguments);
-    for (const char* const option : {"channel", "tone", "wpm", "quick"}) {
+    for (const char* const option : {"channel", "tone", "wpm", "quick", "decoder"}) {
         if (arguments.isSet(option))
             arguments.fail(
                 QStringLiteral("--%1 is for a single signal").arg(QLatin1String(option)));

@@ -29,6 +29,7 @@ struct Word
     double begin = 0.0;    ///< samples of the input
     double end = 0.0;
     bool isDoubtful = false; ///< may be another one, or one before it may have been missed
+    double repeat = -1.0;    ///< where it begins again, in time diversity
 };
 
 class Channel

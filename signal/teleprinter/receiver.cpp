@@ -5,6 +5,7 @@
 
 #include "signal/samples/samples.h"
 #include "signal/teleprinter/acquisition.h"
+#include "signal/teleprinter/ccir476.h"
 #include "signal/teleprinter/ita2.h"
 #include "signal/teleprinter/messages.h"
 #include "signal/teleprinter/spectrum.h"
@@ -31,12 +32,14 @@ bool usable(double rate_Hz)
 } // namespace
 
 TextSink::~TextSink() = default;
+Observer::~Observer() = default;
 
 class Receiver::Private
 {
 public:
-    Private(const Settings& settings, TextSink& sink)
+    Private(const Settings& settings, TextSink& sink, Observer* observer)
         : m_settings(settings)
+        , m_observer(observer)
         , m_own(m_settings.parameters.search)
         , m_messages(sink)
         , m_decimator(settings.sampleRate_Hz)
@@ -69,6 +72,12 @@ public:
     }
 
 private:
+    struct Time
+    {
+        std::int64_t begin_us;
+        std::int64_t end_us;
+    };
+
     std::int64_t samples(double seconds) const
     {
         return static_cast<std::int64_t>(seconds * m_rate_Hz);
@@ -81,6 +90,8 @@ private:
     // Every step happens at a place of the input that does not depend on how it was cut.
     void take()
     {
+        if (m_observer != nullptr)
+            m_observer->sound(m_working.data(), m_working.size(), m_rate_Hz);
         std::size_t at = 0;
         while (at < m_working.size()) {
             const std::int64_t due =
@@ -155,7 +166,7 @@ private:
         m_reader = kind.code == Code::Ascii ? makeAsciiReader(kind.dataBits)
                                             : makeIta2Reader(m_settings.unshift);
         m_messages.begin(kind.code == Code::Ccir476);
-        m_isWaiting = false;
+        m_unread.clear();
         m_checks = 0;
         m_nextSearch = end + samples(m_own.checkEvery_s);
     }
@@ -164,23 +175,61 @@ private:
     {
         const bool isSynchronous = m_channel->line().kind.code == Code::Ccir476;
         for (const Word& word : words) {
-            // A shift belongs to the character that it is for.
-            if (!m_isWaiting)
-                m_begin_us = time_us(word.begin);
-            m_end_us = time_us(word.end);
+            if (m_observer != nullptr)
+                show(word);
             // Phasing signals are no characters.
             if (isSynchronous && word.elements > ITA2_LETTERS)
                 continue;
-            const std::string text = m_reader->read(word.elements, word.isDoubtful);
-            m_isWaiting = text.empty();
-            write(text);
+            m_unread.push_back({time_us(word.begin), time_us(word.end)});
+            write(m_reader->read(word.elements, word.isDoubtful));
         }
     }
 
+    // Each character has the time of its word. A shift belongs to the character that it is for.
     void write(const std::string& text)
     {
-        for (const char c : text)
-            m_messages.character(c, m_begin_us, m_end_us, m_channel->line());
+        if (text.empty())
+            return;
+        const bool isEachItsOwn = text.size() == m_unread.size();
+        for (std::size_t i = 0; i < text.size(); ++i)
+            m_messages.character(text[i], m_unread[isEachItsOwn ? i : 0].begin_us,
+                                 (isEachItsOwn ? m_unread[i] : m_unread.back()).end_us,
+                                 m_channel->line());
+        m_unread.clear();
+    }
+
+    void show(const Word& word) const
+    {
+        const Line& line = m_channel->line();
+        const LineKind& kind = line.kind;
+        SeenWord seen = {};
+        seen.begin_us = time_us(word.begin);
+        seen.end_us = time_us(word.end);
+        seen.element_us = 1e6 / line.baud;
+        seen.mark_Hz = line.mark_Hz;
+        seen.space_Hz = line.space_Hz;
+        seen.isStartStop = kind.code != Code::Ccir476;
+        if (kind.code != Code::Ascii && word.elements == ITA2_LETTERS)
+            seen.kind = SeenWord::Kind::Letters;
+        else if (kind.code != Code::Ascii && word.elements == ITA2_FIGURES)
+            seen.kind = SeenWord::Kind::Figures;
+        if (seen.isStartStop) {
+            seen.elements = word.elements << 1U | 1U << (kind.dataBits + 1U);
+            seen.count = kind.dataBits + 2;
+            m_observer->word(seen);
+            return;
+        }
+        if (word.elements > ITA2_LETTERS)
+            seen.kind = SeenWord::Kind::Phasing;
+        seen.elements = ccir476Elements()[word.elements];
+        seen.count = kind.dataBits;
+        m_observer->word(seen);
+        seen.end_us = time_us(word.repeat + word.end - word.begin);
+        seen.begin_us = time_us(word.repeat);
+        seen.kind = SeenWord::Kind::Repeat;
+        if (word.elements == PHASING_2)
+            seen.elements = ccir476Elements()[PHASING_1];
+        m_observer->word(seen);
     }
 
     void stop()
@@ -194,6 +243,7 @@ private:
     Input input() const { return {m_history, m_spectrum, m_settings.parameters, m_rate_Hz}; }
 
     Settings m_settings;
+    Observer* m_observer;
     const SearchParameters& m_own;
     Messages m_messages;
     demodulator::Decimator m_decimator;
@@ -210,13 +260,12 @@ private:
     std::int64_t m_heardUntil = 0; // what is before belongs to a signal that is over
     std::unique_ptr<Channel> m_channel;
     std::unique_ptr<TextReader> m_reader;
-    bool m_isWaiting = false;    // what was read has not given a character yet
-    std::int64_t m_begin_us = 0; // of what gives the next character
-    std::int64_t m_end_us = 0;
+    std::vector<Time> m_unread; // words that have not given a character yet
 };
 
-Receiver::Receiver(const Settings& settings, TextSink& sink)
-    : m_d(usable(settings.sampleRate_Hz) ? std::make_unique<Private>(settings, sink) : nullptr)
+Receiver::Receiver(const Settings& settings, TextSink& sink, Observer* observer)
+    : m_d(usable(settings.sampleRate_Hz) ? std::make_unique<Private>(settings, sink, observer)
+                                         : nullptr)
 {
 }
 

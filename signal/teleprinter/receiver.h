@@ -3,6 +3,7 @@
 #pragma once
 
 #include "signal/teleprinter/line.h"
+#include "signal/teleprinter/observer.h"
 #include "signal/teleprinter/parameters.h"
 #include "signal/teleprinter/textreader.h"
 
@@ -36,7 +37,7 @@ struct Settings
 };
 
 /// Precondition: 4 kHz <= sampleRate_Hz <= 768 kHz; a receiver of any other rate hears nothing.
-/// The sink must outlive the receiver. Not for use from several threads at once.
+/// Sink and observer must outlive the receiver. Not for use from several threads at once.
 ///
 /// A transmission is a signal from its begin to its end; of Sitor-B, one message from ZCZC to NNNN.
 ///
@@ -45,7 +46,7 @@ struct Settings
 class Receiver
 {
 public:
-    Receiver(const Settings& settings, TextSink& sink);
+    Receiver(const Settings& settings, TextSink& sink, Observer* observer = nullptr);
     ~Receiver();
     Receiver(const Receiver&) = delete;
     Receiver& operator=(const Receiver&) = delete;

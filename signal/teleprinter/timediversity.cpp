@@ -144,7 +144,8 @@ private:
         const Chosen chosen = choose(likelihoods);
         if (meanOf(likelihoods) > m_own.presentTwice)
             words.push_back({chosen.word, begin, begin + WORD_ELEMENTS * m_bit,
-                             m_isMissed || chosen.margin < m_own.doubtful});
+                             m_isMissed || chosen.margin < m_own.doubtful,
+                             m_slots[REPEATED_AFTER].begin});
         m_isMissed = meanOf(likelihoods) <= m_own.presentTwice;
     }
 

@@ -28,6 +28,7 @@ OpenedSource openSound(SoundRequest& request)
         return opened;
     demodulator::Settings& settings = request.demodulator;
     settings.sampleRate_Hz = opened.source->sampleRate_Hz();
+    request.teleprinter.sampleRate_Hz = settings.sampleRate_Hz;
     const double highest_Hz = demodulator::HIGHEST_TONE_SHARE * settings.sampleRate_Hz;
     if (settings.tone_Hz && *settings.tone_Hz > highest_Hz)
         return {nullptr, QStringLiteral("a tone of %1 Hz cannot be heard at %2 samples a second, "

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "signal/morse/demodulator.h"
+#include "signal/teleprinter/receiver.h"
 #include "station/audio/samplesource.h"
 
 #include <QString>
@@ -17,11 +18,13 @@ struct SoundRequest
     QString name; ///< path of a recording, or of standard input its name in messages
     bool isPipe = false;
     std::optional<int> channel;
-    std::optional<int> rate_Hz; ///< of raw samples
-    demodulator::Settings demodulator;
+    std::optional<int> rate_Hz;                ///< of raw samples
+    QString decoder = QStringLiteral("Morse"); ///< what it is heard as
+    demodulator::Settings demodulator;         ///< for Morse
+    teleprinter::Settings teleprinter;         ///< for any other decoder
 };
 
-/// Opens it, and sets the demodulator's rate. Nothing is read of a terminal.
+/// Opens it, and sets the rate of both demodulators. Nothing is read of a terminal.
 OpenedSource openSound(SoundRequest& request);
 
 } // namespace morsehost

@@ -9,7 +9,6 @@ namespace inspect {
 
 namespace {
 
-constexpr double AROUND_s = 0.1; // sound kept on both sides, for windows that reach over the edge
 constexpr double CHARACTER_GAP_units = 3.0;
 constexpr double WORD_GAP_units = 7.0;
 
@@ -17,29 +16,14 @@ constexpr double WORD_GAP_units = 7.0;
 
 Notes::Notes(const Stretch& stretch, std::int64_t begin_us)
     : m_begin_us(begin_us)
+    , m_sound(stretch, begin_us)
 {
     m_seen.stretch = stretch;
 }
 
 void Notes::sound(const float* samples, std::size_t count, double rate_Hz)
 {
-    const auto index = [rate_Hz](std::int64_t time_us, double around_s) {
-        return static_cast<std::int64_t>((static_cast<double>(time_us) / 1e6 + around_s) * rate_Hz);
-    };
-    const std::int64_t first = std::max<std::int64_t>(0, index(m_seen.stretch.from_us, -AROUND_s));
-    const std::int64_t last = index(m_seen.stretch.to_us, AROUND_s);
-    if (!m_nextSample)
-        m_nextSample = index(m_begin_us, 0.0);
-    const auto wanted = [&](std::int64_t sample) {
-        return std::clamp<std::int64_t>(sample - *m_nextSample, 0,
-                                        static_cast<std::int64_t>(count));
-    };
-    m_seen.rate_Hz = rate_Hz;
-    if (m_seen.samples.empty())
-        m_seen.firstSample = std::max(first, *m_nextSample);
-    m_seen.samples.insert(m_seen.samples.end(), samples + wanted(first),
-                          samples + std::max(wanted(first), wanted(last)));
-    *m_nextSample += static_cast<std::int64_t>(count);
+    m_sound.hear(samples, count, rate_Hz, m_seen);
 }
 
 void Notes::forgetBefore(std::int64_t time_us)
@@ -47,12 +31,7 @@ void Notes::forgetBefore(std::int64_t time_us)
     if (time_us <= m_seen.stretch.from_us)
         return;
     m_seen.stretch.from_us = time_us;
-    const auto first =
-        static_cast<std::int64_t>((static_cast<double>(time_us) / 1e6 - AROUND_s) * m_seen.rate_Hz);
-    const auto forgotten = std::clamp<std::int64_t>(
-        first - m_seen.firstSample, 0, static_cast<std::int64_t>(m_seen.samples.size()));
-    m_seen.samples.erase(m_seen.samples.begin(), m_seen.samples.begin() + forgotten);
-    m_seen.firstSample += forgotten;
+    m_sound.forgetBefore(time_us, m_seen);
     const auto forget = [](auto& things, auto isOver) {
         things.erase(things.begin(), std::find_if_not(things.begin(), things.end(), isOver));
     };

@@ -4,6 +4,7 @@
 
 #include "signal/morse/observer.h"
 #include "signal/morse/symbolsink.h"
+#include "station/picture/sound.h"
 
 #include <QString>
 
@@ -12,18 +13,6 @@
 #include <vector>
 
 namespace inspect {
-
-/// Microseconds since the first sample.
-struct Stretch
-{
-    std::int64_t from_us = 0;
-    std::int64_t to_us = 0;
-
-    bool touches(std::int64_t begin_us, std::int64_t end_us) const
-    {
-        return begin_us < to_us && end_us > from_us;
-    }
-};
 
 enum class MarkKind : std::uint8_t { Dot, Dash, Carrier };
 enum class GapKind : std::uint8_t { Inner, Character, Word };
@@ -55,19 +44,10 @@ struct Character
     QString text;     ///< empty where the elements have no meaning
 };
 
-struct Transmission
-{
-    std::int64_t begin_us;
-    std::optional<std::int64_t> end_us;
-};
-
 /// Everything that touches the stretch, in order of time.
-struct Seen
+struct Seen : Sound
 {
     Stretch stretch;
-    double rate_Hz = 0.0;         ///< of the samples, 0 when there are none
-    std::int64_t firstSample = 0; ///< index of the first sample that was kept, since the beginning
-    std::vector<float> samples;   ///< of the stretch, and a little around it
     std::vector<demodulator::FollowedStep> steps;
     std::vector<Mark> marks;
     std::vector<Gap> gaps;
@@ -104,11 +84,11 @@ private:
 
     Seen m_seen;
     std::int64_t m_begin_us;
-    std::optional<std::int64_t> m_nextSample; // since the beginning of the recording
-    std::optional<Mark> m_mark;               // its codes may still come
-    std::optional<Gap> m_gap;                 // after the last mark
-    std::optional<Character> m_character;     // its end has not come
-    std::optional<Character> m_ended;         // waits for its text
+    SoundKeeper m_sound;
+    std::optional<Mark> m_mark;           // its codes may still come
+    std::optional<Gap> m_gap;             // after the last mark
+    std::optional<Character> m_character; // its end has not come
+    std::optional<Character> m_ended;     // waits for its text
 };
 
 } // namespace inspect

@@ -16,16 +16,17 @@ constexpr double SILENCE = 1e-12; // -120 dB
 
 } // namespace
 
-Spectrogram spectrogram(const Seen& seen, const Stretch& time, double lowest_Hz, double highest_Hz)
+Spectrogram spectrogram(const Sound& sound, const Stretch& time, double lowest_Hz,
+                        double highest_Hz)
 {
     Spectrogram result;
-    if (!(seen.rate_Hz > 0.0))
+    if (!(sound.rate_Hz > 0.0))
         return result;
-    const auto length = static_cast<std::size_t>(std::lround(WINDOW_s * seen.rate_Hz));
+    const auto length = static_cast<std::size_t>(std::lround(WINDOW_s * sound.rate_Hz));
     std::size_t size = 2;
     while (size < 2 * length)
         size *= 2;
-    const double bin_Hz = seen.rate_Hz / static_cast<double>(size);
+    const double bin_Hz = sound.rate_Hz / static_cast<double>(size);
     const int firstBin = std::max(1, static_cast<int>(std::lround(lowest_Hz / bin_Hz)));
     const int lastBin = std::min(static_cast<int>(size / 2) - 1,
                                  static_cast<int>(std::lround(highest_Hz / bin_Hz)));
@@ -42,16 +43,16 @@ Spectrogram spectrogram(const Seen& seen, const Stretch& time, double lowest_Hz,
     demodulator::PowerSpectra spectra(length, size, 1);
     const double fullScale = 0.25 * spectra.window().sum * spectra.window().sum;
     std::vector<float> frame(length);
-    const auto count = static_cast<std::int64_t>(seen.samples.size());
+    const auto count = static_cast<std::int64_t>(sound.samples.size());
     for (int column = 0; column < result.columns; ++column) {
         const double middle_s =
             static_cast<double>(time.from_us) / 1e6 + (column + 0.5) * duration_s / result.columns;
-        const std::int64_t first = std::llround(middle_s * seen.rate_Hz) -
-                                   static_cast<std::int64_t>(length / 2) - seen.firstSample;
+        const std::int64_t first = std::llround(middle_s * sound.rate_Hz) -
+                                   static_cast<std::int64_t>(length / 2) - sound.firstSample;
         for (std::size_t n = 0; n < length; ++n) {
             const std::int64_t at = first + static_cast<std::int64_t>(n);
             const bool known = at >= 0 && at < count;
-            frame[n] = known ? seen.samples[static_cast<std::size_t>(at)] : 0.0F;
+            frame[n] = known ? sound.samples[static_cast<std::size_t>(at)] : 0.0F;
         }
         spectra.push(frame.data());
         for (int row = 0; row < result.rows; ++row) {

@@ -2,7 +2,7 @@
 // The power of sound over time and frequency.
 #pragma once
 
-#include "station/picture/notes.h"
+#include "station/picture/sound.h"
 
 #include <vector>
 
@@ -16,8 +16,9 @@ struct Spectrogram
     std::vector<float> power_dB;              ///< full-scale tone: 0 dB; row by row
 };
 
-/// Of the sound in `seen`; silence where it has none. Empty when it has no rate, or where no
-/// frequency lies between the two.
-Spectrogram spectrogram(const Seen& seen, const Stretch& time, double lowest_Hz, double highest_Hz);
+/// Silence where the sound has none. Empty when it has no rate, or where no frequency lies between
+/// the two.
+Spectrogram spectrogram(const Sound& sound, const Stretch& time, double lowest_Hz,
+                        double highest_Hz);
 
 } // namespace inspect

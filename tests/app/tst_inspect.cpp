@@ -181,6 +181,63 @@ private Q_SLOTS:
         QVERIFY(drawn.allText().contains("12.000 s to 14."));
     }
 
+    void teleprinterIsDrawnWithTonesElementsAndText()
+    {
+        const QString recording = QStringLiteral(TEST_DATA_DIR "/teleprinters/minimodem-ita2.flac");
+        const QStringList decoder = {"--decoder", "Baudot", "--map", "Russian"};
+        QTemporaryDir dir;
+        const QString path = dir.filePath("picture.svg");
+        const Ended ended = run(QStringList{"inspect", recording, "-o", path} + decoder);
+        QCOMPARE(ended.err, QByteArray());
+        QCOMPARE(ended.status, 0);
+        const Drawn drawn = testsupport::readDrawn(contentOf(path));
+        QCOMPARE(drawn.error, QString());
+        const Ended decoded = run(QStringList{"decode", recording} + decoder);
+        QString expected = QString::fromUtf8(decoded.out);
+        expected.remove(QRegularExpression("\\s"));
+        QCOMPARE(textOf(drawn), expected);
+        QVERIFY2(drawn.allText().contains("45.45 Bd, mark 2125 Hz, space 1955 Hz") ||
+                     drawn.allText().contains("45.45 Bd, mark 1585 Hz, space 1415 Hz"),
+                 qPrintable(drawn.allText()));
+        for (const char* kind : {"tone", "strength", "start", "stop", "mark", "space"}) {
+            for (const DrawnPiece& piece : drawn.inRows(kind))
+                QVERIFY2(piece.attributes.value("d").contains('l'), kind);
+            QCOMPARE(drawn.inRows(kind).empty(), false);
+        }
+        const auto shifts = drawn.inRows("shift");
+        QVERIFY(std::any_of(shifts.begin(), shifts.end(), [](const DrawnPiece& piece) {
+            return piece.text == QString("\u2191");
+        }));
+        const QString image = dir.filePath("picture.png");
+        QCOMPARE(run(QStringList{"inspect", recording, "-o", image} + decoder).status, 0);
+        QVERIFY(QImage(image).width() > 1000);
+    }
+
+    void aStretchOfATeleprinterHoldsItsOwnTextAlone()
+    {
+        const QString recording = QStringLiteral(TEST_DATA_DIR "/teleprinters/navtex.flac");
+        QTemporaryDir dir;
+        const QString path = dir.filePath("picture.svg");
+        const Ended ended = run({"inspect", recording, "-o", path, "--decoder", "auto", "--from",
+                                 "5", "--length", "4"});
+        QCOMPARE(ended.status, 0);
+        QVERIFY(ended.err.contains("Sitor-B"));
+        const Drawn drawn = testsupport::readDrawn(contentOf(path));
+        QCOMPARE(drawn.rows, 1);
+        const QString text = textOf(drawn);
+        QVERIFY2(text.size() > 10 && text.size() < 4 * 8, qPrintable(text));
+        QString whole = QString::fromUtf8(run({"decode", "--decoder", "Sitor-B", recording}).out);
+        whole.remove(QRegularExpression("\\s"));
+        QVERIFY2(whole.contains(text), qPrintable(text));
+        QVERIFY(!drawn.inRows("again").empty());
+        const Ended none = run({"inspect", QString(PROJECT_DATA_DIR "/samples/evening.flac"), "-o",
+                                path, "--decoder", "Baudot"});
+        QCOMPARE(none.status, 0);
+        QVERIFY(testsupport::readDrawn(contentOf(path))
+                    .allText()
+                    .contains("no teleprinter was found in this stretch"));
+    }
+
     void withoutASignalThePictureSaysSo()
     {
         QTemporaryDir dir;

@@ -120,6 +120,59 @@ private Q_SLOTS:
         QVERIFY(ended.out.startsWith("ZCZC NA12\n"));
     }
 
+    void severalComeInTheirOrderHoweverManyAreHeardAtOnce()
+    {
+        QStringList recordings;
+        for (const char* name : {"navtex", "minimodem-ascii", "minimodem-ita2"})
+            recordings += RECORDINGS + name + ".flac";
+        recordings += QString(PROJECT_DATA_DIR "/samples/evening.flac");
+        const auto decoded = [&recordings](const char* jobs) {
+            return run(QStringList{"decode", "--decoder", "auto", "--json", "--jobs", jobs} +
+                       recordings);
+        };
+        const Ended one = decoded("1");
+        QCOMPARE(one.status, 0);
+        int at = -1;
+        for (const char* said : {"Sitor-B", "ASCII RTTY", "Baudot", "decoded as Morse"}) {
+            const int next = one.err.indexOf(said);
+            QVERIFY2(next > at, one.err.constData());
+            at = next;
+        }
+        QCOMPARE(one.out.count("\"event\":\"transmission\""), 5);
+        const Ended three = decoded("3");
+        QCOMPARE(three.out, one.out);
+        QCOMPARE(three.err, one.err);
+    }
+
+    void recordingIsArchivedOnce()
+    {
+        QTemporaryDir folder;
+        const QStringList words = {"decode",
+                                   "--decoder",
+                                   "Baudot",
+                                   "--map",
+                                   "Russian",
+                                   "--archive",
+                                   folder.filePath("heard.db"),
+                                   RECORDINGS + "minimodem-ita2.flac"};
+        QCOMPARE(run(words).status, 0);
+        const Ended again = run(words);
+        QCOMPARE(again.status, 0);
+        QVERIFY2(again.err.contains("is in the archive"), again.err.constData());
+        const Ended found =
+            run({"search", "--archive", folder.filePath("heard.db"), "--json", "МОСКВЫ"});
+        QCOMPARE(found.status, 0);
+        QCOMPARE(found.out.count('\n'), 1);
+        const QJsonObject object = QJsonDocument::fromJson(found.out).object();
+        QCOMPARE(object["decoder"].toString(), QString("Baudot"));
+        QCOMPARE(object["baud_rate"].toDouble(), 45.45);
+        QVERIFY(object["raw_text"].toString().contains("MOSKWY"));
+        // Through another map it is another text.
+        const Ended other = run({"decode", "--decoder", "Baudot", "--archive",
+                                 folder.filePath("heard.db"), RECORDINGS + "minimodem-ita2.flac"});
+        QVERIFY2(other.err.isEmpty(), other.err.constData());
+    }
+
     void whatIsNoTeleprinterGivesNothing()
     {
         const Ended ended =

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "station/picture/spectrogram.h"
 
+#include "station/picture/notes.h"
+
 #include <QtTest>
 #include <cmath>
 

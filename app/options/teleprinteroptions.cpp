@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: MIT
+#include "app/options/teleprinteroptions.h"
+
+#include "app/console/complain.h"
+#include "app/options/tableoptions.h"
+#include "station/decoders.h"
+#include "station/finddecoder.h"
+#include "tables/decodermodulesfile.h"
+#include "tables/hostpath.h"
+#include "tables/regularfile.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace morsehost {
+
+namespace {
+
+constexpr char DECODER[] = "decoder";
+const QLatin1String NO_MAP("Default");
+
+QString decoderAsked(const Arguments& arguments)
+{
+    return arguments.isSet(DECODER) ? arguments.text(DECODER)
+                                    : QString(QLatin1String(MORSE_DECODER));
+}
+
+bool isInTable(const QString& decoder, const QString& modulesFile)
+{
+    QFile file(localPath(modulesFile));
+    if (!openRegularFile(file))
+        return false;
+    const std::vector<Quillon::DecoderModule> modules =
+        Quillon::readDecoderModulesFile(file.readAll());
+    return std::any_of(modules.begin(), modules.end(),
+                       [&](const Quillon::DecoderModule& row) { return row.name == decoder; });
+}
+
+QString whyNoDecoder(const QString& decoder, const QString& modulesFile)
+{
+    if (!isInTable(decoder, modulesFile))
+        return QStringLiteral("no decoder '%1' (see 'morsehost decoders')").arg(decoder);
+    return QStringLiteral("there is no demodulator for '%1', only for %2")
+        .arg(decoder, decodersAtHand().join(QLatin1String(", ")));
+}
+
+teleprinter::Settings readReceiver(Arguments& arguments)
+{
+    using namespace teleprinter;
+    teleprinter::Settings settings;
+    settings.known.baud = arguments.number("baud", LOWEST_BAUD, HIGHEST_BAUD);
+    settings.known.shift_Hz = arguments.number("shift", LEAST_SHIFT_Hz, MOST_SHIFT_Hz);
+    if (arguments.isSet("reverse"))
+        settings.known.reversed = true;
+    const QString unshift = arguments.text("unshift-on-space");
+    if (unshift == QLatin1String("yes"))
+        settings.unshift = Unshift::OnBlank;
+    else if (unshift == QLatin1String("no"))
+        settings.unshift = Unshift::Never;
+    else if (!unshift.isEmpty())
+        arguments.fail(
+            QStringLiteral("--unshift-on-space takes 'yes' or 'no', not '%1'").arg(unshift));
+    return settings;
+}
+
+} // namespace
+
+std::vector<OptionRow> teleprinterOptionRows()
+{
+    using namespace teleprinter;
+    return {
+        {DECODER, "NAME",
+         "Morse, Baudot, \"ASCII RTTY\", Sitor-B, or auto: what is found in the recording "
+         "(default: "
+         "Morse)"},
+        {"map", "NAME", "teleprinters: the map behind the decoder (default: \"Default\", none)"},
+        mapsOption(),
+        decoderModulesOption(),
+        {"baud", "BD",
+         "teleprinters: the speed, " + range(LOWEST_BAUD, HIGHEST_BAUD) +
+             " (default: any of the usual ones)"},
+        {"shift", "HZ",
+         "teleprinters: between the tones, " + range(LEAST_SHIFT_Hz, MOST_SHIFT_Hz) +
+             " (default: any)"},
+        {"reverse", nullptr, "teleprinters: mark is the lower tone (default: either)"},
+        {"unshift-on-space", "yes|no",
+         "Baudot, Sitor-B: a blank brings back the letters (default: where the sender repeats the "
+         "figure shift after blanks)"},
+    };
+}
+
+ToneRange teleprinterTones()
+{
+    return {teleprinter::LOWEST_SET_TONE_Hz, teleprinter::HIGHEST_SET_TONE_Hz};
+}
+
+ToneRange tonesToSet(const Arguments& arguments)
+{
+    return decoderAsked(arguments) == QLatin1String(MORSE_DECODER) ? ToneRange()
+                                                                   : teleprinterTones();
+}
+
+TeleprinterChoice readTeleprinterOptions(Arguments& arguments,
+                                         std::initializer_list<const char*> forMorse,
+                                         std::vector<SoundRequest>& sounds)
+{
+    TeleprinterChoice choice;
+    choice.decoder = decoderAsked(arguments);
+    choice.mapsDirectory = directoryOption(arguments, "maps", "maps");
+    choice.map = arguments.isSet("map") ? arguments.text("map") : QString(NO_MAP);
+    if (choice.decoder == QLatin1String(MORSE_DECODER)) {
+        for (const OptionRow& row : teleprinterOptionRows()) {
+            if (QLatin1String(row.name) != QLatin1String(DECODER) && arguments.isSet(row.name))
+                arguments.fail(QStringLiteral("%1 needs the --%2 of a teleprinter")
+                                   .arg(optionWord(row.name), QLatin1String(DECODER)));
+        }
+        return choice;
+    }
+    const teleprinter::Settings receiver = readReceiver(arguments);
+    for (SoundRequest& sound : sounds) {
+        sound.decoder = choice.decoder;
+        sound.teleprinter = receiver;
+        sound.teleprinter.known.centre_Hz = sound.demodulator.tone_Hz;
+    }
+    for (const char* const option : forMorse) {
+        if (arguments.isSet(option))
+            arguments.fail(QStringLiteral("--%1 is for Morse").arg(QLatin1String(option)));
+    }
+    return choice;
+}
+
+bool canDecode(const Arguments& arguments, const TeleprinterChoice& choice)
+{
+    if (choice.decoder == QLatin1String(MORSE_DECODER))
+        return true;
+    if (!configureDecoderModules(arguments))
+        return false;
+    if (choice.decoder != QLatin1String(DECODER_AS_FOUND) && !codeOfDecoder(choice.decoder)) {
+        complain(whyNoDecoder(choice.decoder, decoderModulesFile(arguments)));
+        return false;
+    }
+    if (QFileInfo(choice.mapsDirectory).isDir())
+        return true;
+    complain(choice.mapsDirectory, QStringLiteral("no such folder"));
+    return false;
+}
+
+} // namespace morsehost

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#include "station/decoders.h"
+
+namespace morsehost {
+
+namespace {
+
+using teleprinter::Code;
+
+struct Row
+{
+    const char* decoder;
+    Code code;
+};
+
+constexpr Row TELEPRINTERS[] = {
+    {"Baudot", Code::Ita2},
+    {"ASCII RTTY", Code::Ascii},
+    {"Sitor-B", Code::Ccir476},
+};
+
+} // namespace
+
+QString decoderOf(Code code)
+{
+    for (const Row& row : TELEPRINTERS) {
+        if (row.code == code)
+            return QLatin1String(row.decoder);
+    }
+    return QString();
+}
+
+std::optional<Code> codeOfDecoder(const QString& decoder)
+{
+    for (const Row& row : TELEPRINTERS) {
+        if (decoder == QLatin1String(row.decoder))
+            return row.code;
+    }
+    return std::nullopt;
+}
+
+QStringList decodersAtHand()
+{
+    QStringList names = {QLatin1String(MORSE_DECODER)};
+    for (const Row& row : TELEPRINTERS)
+        names += QLatin1String(row.decoder);
+    return names;
+}
+
+} // namespace morsehost
