@@ -39,9 +39,9 @@ std::optional<Code> codeOfDecoder(const QString& decoder)
     return std::nullopt;
 }
 
-QStringList decodersAtHand()
+QStringList teleprinterDecoders()
 {
-    QStringList names = {QLatin1String(MORSE_DECODER)};
+    QStringList names;
     for (const Row& row : TELEPRINTERS)
         names += QLatin1String(row.decoder);
     return names;

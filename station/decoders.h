@@ -17,7 +17,6 @@ constexpr char MORSE_DECODER[] = "Morse";
 QString decoderOf(teleprinter::Code code);
 std::optional<teleprinter::Code> codeOfDecoder(const QString& decoder);
 
-/// All of them, Morse first.
-QStringList decodersAtHand();
+QStringList teleprinterDecoders();
 
 } // namespace morsehost

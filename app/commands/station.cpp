@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // morsehost station: receivers, decoders and archive as a file says, until it is ended.
 #include "app/commands/commands.h"
-#include "app/commands/teleprinters.h"
 
 #include "app/console/complain.h"
 #include "app/console/exitstatus.h"
+#include "station/decoders.h"
 #include "station/service/service.h"
 
 #include <QCoreApplication>

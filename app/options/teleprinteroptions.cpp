@@ -42,8 +42,9 @@ QString whyNoDecoder(const QString& decoder, const QString& modulesFile)
 {
     if (!isInTable(decoder, modulesFile))
         return QStringLiteral("no decoder '%1' (see 'morsehost decoders')").arg(decoder);
+    const QStringList names = QStringList(QLatin1String(MORSE_DECODER)) + teleprinterDecoders();
     return QStringLiteral("there is no demodulator for '%1', only for %2")
-        .arg(decoder, decodersAtHand().join(QLatin1String(", ")));
+        .arg(decoder, names.join(QLatin1String(", ")));
 }
 
 teleprinter::Settings readReceiver(Arguments& arguments)

@@ -22,6 +22,23 @@ struct Attempt
     std::vector<Decided> characters;
 };
 
+double evenPausesOf(const std::vector<Frame>& frames)
+{
+    constexpr int AS_LONG = 3; // nodes
+    std::vector<int> pauses;
+    for (std::size_t i = 1; i < frames.size(); ++i)
+        pauses.push_back(frames[i].pause);
+    if (pauses.empty())
+        return 0.0;
+    const auto middle = pauses.begin() + static_cast<std::ptrdiff_t>(pauses.size() / 2);
+    std::nth_element(pauses.begin(), middle, pauses.end());
+    const int usual = *middle;
+    const auto even = std::count_if(pauses.begin(), pauses.end(), [usual](int pause) {
+        return pause >= 0 && std::abs(pause - usual) <= AS_LONG;
+    });
+    return static_cast<double>(even) / static_cast<double>(pauses.size());
+}
+
 Attempt attemptStartStop(const Evidence& evidence, const LineKind& kind,
                          const Parameters& parameters)
 {
@@ -61,6 +78,7 @@ Attempt attemptStartStop(const Evidence& evidence, const LineKind& kind,
         std::min(firstMarks, fit.characters - firstMarks) * own.steadyFirst < fit.characters;
     if (fit.isSteadyFirst)
         fit.score -= own.costOfSteadyFirst * fit.characters;
+    fit.evenPauses = evenPausesOf(frames.list);
     fit.commonest = static_cast<double>(commonest) / std::max(1, fit.characters);
     fit.formed = static_cast<double>(attempt.characters.size()) / std::max(1, fit.characters);
     fit.occupied = static_cast<double>(frames.list.size()) * search.format.nodes() /
@@ -215,7 +233,9 @@ private:
         const Line& line = acquired.line;
         return std::min(line.mark_Hz, line.space_Hz) >= LOWEST_TONE_Hz &&
                (line.kind.code != Code::Ascii || fit.regular <= m_own.mostRegular) &&
-               fit.characters >= m_own.leastCharacters && fit.framing >= m_own.leastFraming &&
+               fit.characters >= (fit.evenPauses >= m_own.evenPauses ? m_own.leastCharacters
+                                                                     : m_own.leastTyped) &&
+               fit.framing >= m_own.leastFraming &&
                fit.framing >= m_own.leastFramingMean * fit.characters &&
                fit.score >= m_own.leastScoreMean * fit.characters &&
                fit.occupied >= m_own.leastOccupied && fit.unexplained <= m_own.mostUnexplained &&

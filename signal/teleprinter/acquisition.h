@@ -28,6 +28,7 @@ struct Fit
     /// Mean amplitude of the tone that is off over that of the one that is on; once refined.
     double contrast = 1.0;
     double regular = 0.0;       ///< share of neighbouring elements that differ
+    double evenPauses = 1.0;    ///< share of pauses that are as long as most are
     bool isSteadyFirst = false; ///< ASCII: the first element hardly ever differs
 };
 

@@ -37,6 +37,8 @@ bool setParameter(Parameters& parameters, const std::string& name, double value)
             PARAMETER_ROW(tracking.centreDrift_Hz2),
             PARAMETER_ROW(tracking.shiftDrift_Hz2),
             PARAMETER_ROW(acquisition.leastCharacters),
+            PARAMETER_ROW(acquisition.leastTyped),
+            PARAMETER_ROW(acquisition.evenPauses),
             PARAMETER_ROW(acquisition.leastFraming),
             PARAMETER_ROW(acquisition.leastFramingMean),
             PARAMETER_ROW(acquisition.leastScoreMean),

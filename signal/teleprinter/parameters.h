@@ -64,6 +64,10 @@ struct AcquisitionParameters
 {
     // So many characters hold together so well.
     int leastCharacters = 8;
+    /// So many where not this share of pauses is alike: a machine sends even ones, other data of
+    /// the same speed look like characters with pauses of any number of elements.
+    int leastTyped = 20;
+    double evenPauses = 0.8;
     double leastFraming = 10.0;     ///< in all
     double leastFramingMean = 0.35; ///< a character; 1.39 is all there can be
     double leastScoreMean = 2.0;    ///< a character
