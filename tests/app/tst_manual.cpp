@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // What the manual page and the completion make of the tables of commands.
 #include "app/commands/registry.h"
-#include "app/commands/teleprinters.h"
 #include "app/manual/completion.h"
 #include "app/manual/manualpage.h"
+#include "app/options/teleprinteroptions.h"
 #include "signal/teleprinter/line.h"
 #include "station/transmission.h"
 #include "support/files.h"
