@@ -98,8 +98,9 @@ if wanted away; then
     stop
     compare "$work/server/archive.db" "$work/away.log"
     # In the order in which they were received.
-    rows "$work/server/archive.db" | grep -oP '"receiver":"evening0".*"start":"\K[^"]*' >"$work/begins"
-    sort -rc "$work/begins" || bad "not in their order"
+    rows "$work/server/archive.db" | grep '"receiver":"evening0"' | grep -oP '"(id|start)":"?\K[^",]*' | paste - - |
+        sort -n | cut -f 2 >"$work/begins"
+    sort -c "$work/begins" || bad "not in their order"
 fi
 
 if wanted clock && command -v faketime >/dev/null; then

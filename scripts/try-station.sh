@@ -111,7 +111,7 @@ await 'GOOD EVENING' search
 await '73 DE OK2XYZ' cat "$work/station.log"
 await 'QUICK BROWN' search --receiver teleprinter
 await ' ' search --receiver contest
-PATH=/usr/bin:$PATH scripts/see-page.py "http://127.0.0.1:$pagePort/" "${PICTURE:-$work/page.png}" live running \
+PATH=/usr/bin:$PATH scripts/see-page.py --open 'GOOD EVENING' "http://127.0.0.1:$pagePort/" "${PICTURE:-$work/page.png}" live running \
     'the command ended with status 3' 'GOOD EVENING' 'QUICK BROWN' && echo "The page shows what it must"
 
 reported() {

@@ -8,6 +8,8 @@
 #include <limits>
 #include <map>
 #include <numeric>
+#include <set>
+#include <utility>
 
 namespace morsehost {
 
@@ -92,8 +94,9 @@ std::vector<Reception> joinReceptions(const std::vector<ArchivedTransmission>& f
     std::stable_sort(byBegin.begin(), byBegin.end(), [&found](std::size_t a, std::size_t b) {
         return found[a].record.transmission.start_us < found[b].record.transmission.start_us;
     });
-    // Each is in the group of the first one that it equals.
+    // Each is in the group of the first one that it equals, where its receiver is not in it.
     std::vector<std::size_t> group(found.size());
+    std::map<std::size_t, std::set<std::pair<QString, QString>>> receivers; // by group
     std::vector<std::size_t> open; // those that may still go on, in the order of their begins
     for (const std::size_t index : byBegin) {
         const ArchiveRecord& record = found[index].record;
@@ -103,10 +106,13 @@ std::vector<Reception> joinReceptions(const std::vector<ArchivedTransmission>& f
         open.erase(std::remove_if(open.begin(), open.end(), isOver), open.end());
         if (open.size() > MOST_AT_ONCE)
             open.erase(open.begin());
+        const auto receiver = std::make_pair(record.station, record.transmission.receiver);
         const auto same = std::find_if(open.begin(), open.end(), [&](std::size_t other) {
-            return isSameTransmission(record, found[other].record);
+            return receivers[group[other]].count(receiver) == 0 &&
+                   isSameTransmission(record, found[other].record);
         });
         group[index] = same == open.end() ? index : group[*same];
+        receivers[group[index]].insert(receiver);
         open.push_back(index);
     }
     std::map<std::size_t, std::vector<std::size_t>> members; // by group, in their order

@@ -24,7 +24,8 @@ struct Reception
 /// The best has the highest signal-to-noise ratio, then the longest text.
 bool isSameTransmission(const ArchiveRecord& one, const ArchiveRecord& other);
 
-/// Those that belong together stand together, the best first, at the place of the first of them.
+/// Those that belong together stand together, the best first, at the place of the first of them. A
+/// receiver has heard each but once.
 std::vector<Reception> joinReceptions(const std::vector<ArchivedTransmission>& found);
 
 } // namespace morsehost

@@ -118,6 +118,14 @@ private Q_SLOTS:
         QCOMPARE(orderOf(found), QString("9 6 5=6 8=6 7"));
         QCOMPARE(orderOf({}), QString());
     }
+
+    void aReceiverHasHeardEachOnce()
+    {
+        // Sent twice without a pause, so that their times overlap.
+        QCOMPARE(orderOf({heard(4, "south", TEXT, 1.0, 105), heard(3, "north", TEXT, 2.0, 105),
+                          heard(2, "south", TEXT, 1.0), heard(1, "north", TEXT, 2.0)}),
+                 QString("3 4=3 1 2=1"));
+    }
 };
 
 QTEST_GUILESS_MAIN(tst_Receptions)

@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: MIT
+// `morsehost station` from outside: the example that ships is heard, shown, archived and ended.
+#include "support/files.h"
+#include "support/program.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <csignal>
+
+using testsupport::HANGS_ms;
+using testsupport::run;
+
+namespace {
+
+const QByteArray TEXT = "GOOD EVENING FROM THE NORTH SEA";
+
+} // namespace
+
+class tst_Station : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_folder;
+    QProcess m_station;
+    QByteArray m_log;
+
+    QString config() const { return m_folder.filePath("station.ini"); }
+
+    // The example, but with places of its own and a port that is free.
+    QByteArray example() const
+    {
+        QByteArray content = contentOf(PROJECT_DATA_DIR "/station/example.ini");
+        content.replace("/usr/share/morsehandler", PROJECT_DATA_DIR);
+        content.replace("/var/lib/morsehost", m_folder.filePath("kept").toUtf8());
+        content.replace("127.0.0.1:8073", "127.0.0.1:0");
+        return content;
+    }
+
+    bool hasReported(const QByteArray& text, int times = 1)
+    {
+        m_log += m_station.readAllStandardError();
+        return m_log.count(text) >= times;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        writeFile(config(), example());
+        QCOMPARE(run({"station", "--check", config()}).status, 0);
+        m_station.start(MORSEHOST_PATH, {"station", config()});
+        QVERIFY(m_station.waitForStarted(HANGS_ms));
+        QTRY_VERIFY_WITH_TIMEOUT(hasReported("evening: CQ CQ DE DL0XYZ"), HANGS_ms);
+    }
+
+    void thePageShowsIt()
+    {
+        const QRegularExpression line("page: http://127\\.0\\.0\\.1:(\\d+)");
+        const int port = line.match(m_log).captured(1).toInt();
+        QVERIFY2(port > 0, m_log.constData());
+        QTcpSocket reader;
+        reader.connectToHost("127.0.0.1", static_cast<quint16>(port));
+        QVERIFY(reader.waitForConnected(HANGS_ms));
+        reader.write("GET /events HTTP/1.1\r\nHost: localhost\r\n\r\n");
+        QByteArray bytes;
+        QTRY_VERIFY_WITH_TIMEOUT((bytes += reader.readAll()).contains(TEXT), HANGS_ms);
+        QTRY_VERIFY_WITH_TIMEOUT((bytes += reader.readAll()).contains("event: spectrum"), HANGS_ms);
+    }
+
+    void theArchiveHasIt()
+    {
+        const QString archive = m_folder.filePath("kept/archive.db");
+        const auto search = [&archive] {
+            return run({"search", "--archive", archive, "--json", "DL0XYZ"}).out;
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(search().contains(TEXT), HANGS_ms);
+        const QJsonObject found = QJsonDocument::fromJson(search().split('\n').first()).object();
+        QCOMPARE(found.value("station").toString(), QString("example"));
+        QCOMPARE(found.value("receiver").toString(), QString("evening"));
+        const QJsonArray files = found.value("files").toArray();
+        QVERIFY(!files.isEmpty());
+        for (const QJsonValue& file : files)
+            QVERIFY2(QFile::exists(file.toString()), qPrintable(file.toString()));
+    }
+
+    void theFileIsReadAgainWhereItHasNoFault()
+    {
+        QFile::remove(config());
+        writeFile(config(), example() + "[receiver wrong]\nrate=fast\n");
+        ::kill(static_cast<pid_t>(m_station.processId()), SIGHUP);
+        QTRY_VERIFY_WITH_TIMEOUT(hasReported("not taken over"), HANGS_ms);
+        QVERIFY(!m_log.contains("wrong: "));
+        QFile::remove(config());
+        writeFile(config(), example() + "[receiver second]\ncommand=exec cat /dev/zero\n");
+        ::kill(static_cast<pid_t>(m_station.processId()), SIGHUP);
+        QTRY_VERIFY_WITH_TIMEOUT(hasReported("second: running"), HANGS_ms);
+        // What was there before goes on.
+        QVERIFY(!m_log.contains("evening: down"));
+        QVERIFY(!m_log.contains("evening: removed"));
+        QCOMPARE(m_log.count("evening: running"), 1);
+    }
+
+    void itEndsInOrder()
+    {
+        m_station.terminate();
+        QVERIFY(m_station.waitForFinished(HANGS_ms));
+        QCOMPARE(m_station.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(m_station.exitCode(), 0);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_Station)
+#include "tst_station.moc"
