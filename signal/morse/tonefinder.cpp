@@ -97,7 +97,8 @@ bool ToneFinder::hasComplement(double tone_Hz, std::int64_t count) const
     if (count < 4)
         return false;
     const std::size_t own = binOf(tone_Hz);
-    const std::size_t first = binOf(std::max(LOWEST_Hz, tone_Hz - m_parameters.farthestShift_Hz));
+    const std::size_t first =
+        std::min(own, binOf(std::max(LOWEST_Hz, tone_Hz - m_parameters.farthestShift_Hz)));
     const std::size_t last = binOf(tone_Hz + m_parameters.farthestShift_Hz);
     const std::vector<float> mean = meanPower(count, first, last);
     const double ownMean = static_cast<double>(mean[own - first]);
@@ -200,6 +201,8 @@ double ToneFinder::noiseInGaps(double tone_Hz, std::int64_t count) const
 double ToneFinder::noiseBeside(double tone_Hz, std::int64_t count) const
 {
     const auto side = [&](double from_Hz, double to_Hz) {
+        if (from_Hz >= to_Hz)
+            return 0.0;
         std::vector<float> powers = meanPower(count, binOf(from_Hz), binOf(to_Hz));
         return median(powers) / m_spectra.window().squares;
     };
