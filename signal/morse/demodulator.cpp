@@ -310,7 +310,7 @@ private:
             std::make_unique<Follower>(guess(*found), m_rate_Hz, now - span, m_settings, m_sink);
         rival->process(m_history, m_finder);
         if (!rival->chain().confirmed() || rival->chain().verdict() != MorseJudge::Verdict::Morse ||
-            isOneOfSeveral(rival->chain()) || m_finder.hasComplement(found->tone_Hz, frames))
+            isOneOfSeveral(*rival) || m_finder.hasComplement(found->tone_Hz, frames))
             return;
         m_candidate = std::move(rival);
         m_candidateSince = now - span;
@@ -331,11 +331,15 @@ private:
     }
 
     // Two tones in turn at a teleprinter's rate, or more than two at any.
-    bool isOneOfSeveral(const SignalChain& chain) const
+    bool isOneOfSeveral(const Follower& follower) const
     {
         if (m_finder.frames() % hopsOf(attention().searchEvery_s) != 0)
             return false;
-        const std::int64_t frames = framesIn(attention().search_s);
+        const SignalChain& chain = follower.chain();
+        // Noise that fell just when the signal began is no tone in turn with it.
+        const std::int64_t heard = (m_history.end() - follower.firstMark_sample()) /
+                                   static_cast<std::int64_t>(m_finder.hop());
+        const std::int64_t frames = std::min(framesIn(attention().search_s), heard - 2);
         return m_finder.hasComplement(chain.tone_Hz(), frames)
                    ? chain.unit_s() < attention().teleprinterUnit_s
                    : m_finder.takesTurns(chain.tone_Hz(), frames);
@@ -350,27 +354,55 @@ private:
             m_refused.end());
         if (m_active) {
             const SignalChain& chain = m_active->chain();
-            const bool isOne = isOneOfSeveral(chain);
+            const bool isOne = isOneOfSeveral(*m_active);
             if (isOne || chain.verdict() == MorseJudge::Verdict::Other) {
                 m_active->chain().finish();
-                m_heardUntil = now;
-                refuse(chain, isOne);
+                m_heardUntil = m_active->lastGiven_sample();
+                if (isOne || !hearsOtherwise(*m_active)) {
+                    m_heardUntil = now;
+                    refuse(chain, isOne);
+                }
                 m_active.reset();
             }
         }
         if (!m_candidate || !m_candidate->chain().confirmed())
             return;
         const SignalChain& chain = m_candidate->chain();
-        const bool isOne = isOneOfSeveral(chain);
+        const bool isOne = isOneOfSeveral(*m_candidate);
         // Lengths are odd at a wrong speed as well.
         const bool isOdd =
             chain.verdict() == MorseJudge::Verdict::Other &&
             (chain.margin() > attention().sureMargin || chain.judgedMarks() > attention().oddMarks);
+        if (isOdd && !isOne && hearsOtherwise(*m_candidate))
+            return;
         if (isOne || isOdd)
             refuse(chain, isOne);
         if (isOne || isOdd ||
             now - m_candidate->firstMark_sample() > samplesIn(attention().unsure_s))
             m_candidate.reset();
+    }
+
+    // A keyed tone beside what was followed, which is Morse when it is heard at its own tone and
+    // level: noticed at its very beginning, or another station. It is the candidate then.
+    bool hearsOtherwise(const Follower& former)
+    {
+        const std::int64_t now = m_history.end();
+        const auto found = findTone(framesIn(attention().search_s));
+        if (!found ||
+            std::fabs(found->tone_Hz - former.chain().tone_Hz()) > attention().refusedWidth_Hz)
+            return false;
+        const std::int64_t begin =
+            std::max<std::int64_t>(0, now - samplesIn(attention().heardAgain_s));
+        auto again =
+            std::make_unique<Follower>(guess(*found), m_rate_Hz, begin, m_settings, m_sink);
+        again->process(m_history, m_finder);
+        if (!again->chain().confirmed() || again->chain().verdict() == MorseJudge::Verdict::Other)
+            return false;
+        m_candidate = std::move(again);
+        m_candidateSince = begin;
+        m_candidateBegin = now;
+        m_candidateLevel = found->level;
+        return true;
     }
 
     // The strongest keyed tone where one may be.

@@ -33,6 +33,7 @@ std::vector<ParameterRow> rowsOf(Parameters& parameters)
         PARAMETER_ROW(tone.largestPull_Hz),
         PARAMETER_ROW(tone.largestRatio),
         PARAMETER_ROW(tone.foreign_Hz),
+        PARAMETER_ROW(tone.sureErrors),
         PARAMETER_ROW(phase.weakestDot),
         PARAMETER_ROW(phase.strongestDot),
         PARAMETER_ROW(phase.leastMarks),

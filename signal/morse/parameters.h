@@ -56,8 +56,10 @@ struct ToneParameters
     double largestPull_Hz = 1.0;    ///< per review
     // The tone of a very strong signal is no more certain than at this ratio: sidebands of keying.
     double largestRatio = 100.0;
-    // Marks so far off are somebody else's (rows: stations, neighbour).
+    // Marks so far off are somebody else's (rows: stations, neighbour). How often a mark turned is
+    // counted where half a turn is so many deviations of what noise does (rows: stations, snr0).
     double foreign_Hz = 30.0;
+    double sureErrors = 4.0;
 };
 
 /// The phase of the next mark (phasetracker.h).

@@ -236,6 +236,7 @@ std::vector<HeardMark> SignalChain::heardMarks(const Path& path,
         mark.sum = m_likelihood.sum(begin, end);
         mark.turn = m_likelihood.advance(begin, end, lag);
         mark.lag_s = static_cast<double>(lag) * m_step_s;
+        mark.wholeTurns = wholeTurns(begin, end, lag);
         mark.tone_Hz = static_cast<double>(m_tones[slot(at)]);
         mark.cycles =
             m_cycles[slot(at)] + (middle - static_cast<double>(at)) * m_step_s * mark.tone_Hz;
@@ -275,32 +276,49 @@ void SignalChain::follow(std::vector<HeardMark> marks)
                           estimate.concentration);
 }
 
-// How far its own tone is from the one expected.
-double SignalChain::offset_Hz(const Segment& mark) const
+// How far a mark's own tone is from the one expected, from step to step.
+double SignalChain::offset_Hz(std::int64_t begin_step, std::int64_t end_step) const
 {
-    if (m_likelihood.end() - mark.begin_step > MarkLikelihood::KEPT_STEPS / 2)
+    if (m_likelihood.end() - begin_step > MarkLikelihood::KEPT_STEPS / 2)
         return 0.0;
-    const std::complex<double> turn = m_likelihood.advance(mark.begin_step, mark.end_step, 1);
+    const std::complex<double> turn = m_likelihood.advance(begin_step, end_step, 1);
     return std::arg(turn) / (TWO_PI * m_step_s);
+}
+
+// What noise does to that: the deviation of the angle between two steps, averaged over a mark.
+double SignalChain::offsetError_Hz(std::int64_t length_steps) const
+{
+    const Level& level = m_likelihood.level();
+    const double ratio = level.signal / std::max(level.noise, 1e-30);
+    const double error =
+        std::sqrt((1.0 + 0.5 / ratio) / (ratio * static_cast<double>(length_steps)));
+    return error / (TWO_PI * m_step_s);
+}
+
+// Of a mark's phase within a lag, where noise leaves no doubt: somebody who answers beside the tone
+// turns more than once in a third of a dash.
+double SignalChain::wholeTurns(std::int64_t begin_step, std::int64_t end_step,
+                               std::int64_t lag) const
+{
+    const double perHertz = static_cast<double>(lag) * m_step_s;
+    if (m_parameters.tone.sureErrors * offsetError_Hz(end_step - begin_step) * perHertz > 0.5)
+        return 0.0;
+    const double within = std::arg(m_likelihood.advance(begin_step, end_step, lag)) / TWO_PI;
+    return std::round(offset_Hz(begin_step, end_step) * perHertz - within);
 }
 
 // Belongs to another signal, whose tone is far off.
 bool SignalChain::foreign(const Segment& mark) const
 {
-    return std::fabs(offset_Hz(mark)) > m_parameters.tone.foreign_Hz;
+    return std::fabs(offset_Hz(mark.begin_step, mark.end_step)) > m_parameters.tone.foreign_Hz;
 }
 
 // Its tone is farther off than that of a transmitter may be, and than noise explains.
 bool SignalChain::strays(const Segment& mark) const
 {
-    const Level& level = m_likelihood.level();
-    const double ratio = level.signal / std::max(level.noise, 1e-30);
-    const auto length = static_cast<double>(mark.end_step - mark.begin_step);
-    // Deviation of the angle between two steps, averaged over a mark.
-    const double error = std::sqrt((1.0 + 0.5 / ratio) / (ratio * length));
-    const double error_Hz = error / (TWO_PI * m_step_s);
-    return std::fabs(offset_Hz(mark)) >
-           m_parameters.judge.strayTone_Hz + m_parameters.judge.strayErrors * error_Hz;
+    return std::fabs(offset_Hz(mark.begin_step, mark.end_step)) >
+           m_parameters.judge.strayTone_Hz +
+               m_parameters.judge.strayErrors * offsetError_Hz(mark.end_step - mark.begin_step);
 }
 
 } // namespace demodulator

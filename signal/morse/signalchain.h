@@ -103,7 +103,9 @@ private:
     std::vector<HeardMark> heardMarks(const Path& path, const std::vector<bool>& isForeign) const;
     void judge(const Path& path, const std::vector<bool>& isForeign);
     void follow(std::vector<HeardMark> marks);
-    double offset_Hz(const Segment& mark) const;
+    double offset_Hz(std::int64_t begin_step, std::int64_t end_step) const;
+    double offsetError_Hz(std::int64_t length_steps) const;
+    double wholeTurns(std::int64_t begin_step, std::int64_t end_step, std::int64_t lag) const;
     bool foreign(const Segment& mark) const;
     bool strays(const Segment& mark) const;
 

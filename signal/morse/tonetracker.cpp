@@ -27,7 +27,8 @@ double trackTone(const std::vector<HeardMark>& marks, double tone_Hz, double sig
         if (mark.isForeign || mark.end_s > parameters.span_s || !(std::abs(mark.turn) > 0.0))
             continue;
         const double perHertz = TWO_PI * mark.lag_s;
-        const double offset_Hz = mark.tone_Hz + std::arg(mark.turn) / perHertz - tone_Hz;
+        const double turned = std::arg(mark.turn) + TWO_PI * mark.wholeTurns;
+        const double offset_Hz = mark.tone_Hz + turned / perHertz - tone_Hz;
         const double information = std::abs(mark.turn) / leastNoise * perHertz * perHertz;
         const double weight =
             std::exp(-mark.middle_s / parameters.memory_s) /

@@ -96,6 +96,37 @@ private Q_SLOTS:
         QTest::newRow("slowest hand") << 700.0 << demodulator::LOWEST_SPEED_wpm;
         QTest::newRow("fastest hand") << 700.0 << demodulator::HIGHEST_SPEED_wpm;
     }
+    void theLimitsOfWhatCanBeSetAreHeard_data()
+    {
+        QTest::addColumn<double>("tone_Hz");
+        QTest::addColumn<double>("speed_wpm");
+        QTest::newRow("lowest tone") << demodulator::LOWEST_SET_TONE_Hz << 20.0;
+        QTest::newRow("a tone with noise on one side only") << 100.0 << 20.0;
+        QTest::newRow("highest tone") << demodulator::HIGHEST_SET_TONE_Hz << 20.0;
+        QTest::newRow("slowest hand") << 700.0 << demodulator::LOWEST_SET_SPEED_wpm;
+        QTest::newRow("fastest hand") << 700.0 << demodulator::HIGHEST_SET_SPEED_wpm;
+    }
+    void theLimitsOfWhatCanBeSetAreHeard()
+    {
+        QFETCH(double, tone_Hz);
+        QFETCH(double, speed_wpm);
+        Hand hand;
+        hand.speed_wpm = speed_wpm;
+        Path path;
+        path.tone_Hz = tone_Hz;
+        path.snr_dB = 20.0;
+        path.after_s = 4.0;
+        const std::vector<float> samples = sound("CQ DE AB1C AB1C", hand, path, 8000.0, "set");
+        CodeList list;
+        demodulator::Settings settings;
+        settings.sampleRate_Hz = 8000.0;
+        settings.tone_Hz = tone_Hz;
+        settings.speed_wpm = speed_wpm;
+        demodulator::Demodulator demodulator(settings, list);
+        demodulator.push(samples.data(), samples.size());
+        demodulator.finish();
+        QCOMPARE(read(list), QStringLiteral("CQ DE AB1C AB1C"));
+    }
     void theLimitsOfToneAndSpeedAreHeard()
     {
         QFETCH(double, tone_Hz);
@@ -106,8 +137,9 @@ private Q_SLOTS:
         path.tone_Hz = tone_Hz;
         path.snr_dB = 20.0;
         path.after_s = 4.0;
-        const CodeList list = decodeAll(sound("CQ DE AB1C", hand, path, 8000.0, "limits"), 8000.0);
-        QCOMPARE(read(list), QStringLiteral("CQ DE AB1C"));
+        const CodeList list =
+            decodeAll(sound("CQ DE AB1C AB1C", hand, path, 8000.0, "limits"), 8000.0);
+        QCOMPARE(read(list), QStringLiteral("CQ DE AB1C AB1C"));
     }
     void theCutOfTheInputChangesNothing()
     {
@@ -212,6 +244,35 @@ private Q_SLOTS:
         const LiveList list = decodeAsItComes(samples);
         QCOMPARE(read(list), QStringLiteral("XY2Z DE AB1C K R R AB1C DE XY2Z K"));
         QVERIFY2(list.longestDelay_s < 1.1, qPrintable(QString::number(list.longestDelay_s)));
+    }
+    void anAnswerNearTheToneIsReadWhole_data()
+    {
+        QTest::addColumn<double>("offset_Hz");
+        for (const double offset_Hz : {8.0, 16.0, 23.0, 31.0, 37.0, 45.0})
+            QTest::addRow("%g Hz", offset_Hz) << offset_Hz;
+    }
+    void anAnswerNearTheToneIsReadWhole()
+    {
+        QFETCH(double, offset_Hz);
+        std::vector<float> samples;
+        const auto add = [&](double tone_Hz, double speed_wpm, float level) {
+            Hand hand;
+            hand.speed_wpm = speed_wpm;
+            Path path;
+            path.tone_Hz = tone_Hz;
+            path.before_s = 0.6;
+            path.after_s = 0.6;
+            for (const float sample : sound(TEXT, hand, path, 8000.0, "near"))
+                samples.push_back(level * sample);
+        };
+        for (int over = 0; over < 3; ++over) {
+            add(700.0, 25.0, 1.0F);
+            add(700.0 + offset_Hz, 29.0, 0.6F);
+        }
+        addNoise(samples, 8000.0, 0.9, 15.0, "near");
+        const QString received = read(decodeAll(samples, 8000.0));
+        // Until it is sure that another one sends, a few characters may be lost.
+        QVERIFY2(received.count(TEXT_READ.mid(5)) == 6, qPrintable(received));
     }
     void aLongSilenceEndsATransmission()
     {
@@ -398,15 +459,29 @@ private Q_SLOTS:
         QVERIFY2(list.text().empty(), list.text().c_str());
         QVERIFY(list.transmissions.empty());
     }
+    void aSignalIsReadRightAfterTheNoiseFell_data()
+    {
+        QTest::addColumn<double>("amplitude");
+        QTest::addColumn<double>("pause_s");
+        for (const double amplitude : {0.05, 0.1, 0.15, 0.2, 0.5, 0.9}) {
+            for (const double pause_s : {0.0, 0.2, 0.5})
+                QTest::addRow("%g after %g s", amplitude, pause_s) << amplitude << pause_s;
+        }
+    }
+    // The power of the noise that was may be that of the signal.
     void aSignalIsReadRightAfterTheNoiseFell()
     {
+        QFETCH(double, amplitude);
+        QFETCH(double, pause_s);
         Path path;
-        path.before_s = 10.0;
+        path.before_s = 10.0 + pause_s;
         std::vector<float> samples = sound(TEXT, Hand(), path, 8000.0, "after");
+        for (float& sample : samples)
+            sample *= static_cast<float>(amplitude);
         const std::vector<float> before = noise(10.0, 0.1, 8000.0, "before");
         for (std::size_t n = 0; n < before.size(); ++n)
             samples[n] = before[n];
-        addNoise(samples, 8000.0, 0.9, 30.0, "after");
+        addNoise(samples, 8000.0, amplitude, 30.0, "after");
         QCOMPARE(read(decodeAll(samples, 8000.0)), TEXT_READ);
     }
     void aSignalIsReadBesideATeleprinter()
