@@ -76,9 +76,10 @@ bool StretchReader::canDraw(const QString& picture) const
     if (done_s >= m_choice.from_s + SHORTEST_LENGTH_s)
         return true;
     if (m_source.error().isEmpty())
-        complain(m_name, QStringLiteral("ends after %1 s, before the stretch begins at %2 s")
-                             .arg(done_s, 0, 'f', 3)
-                             .arg(m_choice.from_s, 0, 'f', 3));
+        complain(m_name, QStringLiteral("less than %1 s after %2 s: it ends after %3 s")
+                             .arg(SHORTEST_LENGTH_S)
+                             .arg(m_choice.from_s, 0, 'f', 3)
+                             .arg(done_s, 0, 'f', 3));
     return false;
 }
 

@@ -22,6 +22,7 @@ namespace {
 
 // What is longer is no code, however it goes on.
 constexpr int MAX_WORD_BYTES = 64;
+constexpr int MAX_CODE = 0xFF; // the eighth bit is the decoder's own
 
 // The words of a text, however it is cut into pieces, with the line that each stands on.
 class WordReader
@@ -92,7 +93,7 @@ int run(Arguments& arguments)
     while (error.isEmpty() && !reception.isPointless() && words->next(word)) {
         bool ok = false;
         const int code = word.toInt(&ok);
-        if (!ok) {
+        if (!ok || code < 0 || code > MAX_CODE) {
             error = QStringLiteral("line %1: '%2' is no symbol code")
                         .arg(words->line())
                         .arg(QString::fromUtf8(word.constData(), word.size()));

@@ -5,6 +5,10 @@
 #include "tables/lint/lint.h"
 #include "tables/tableformat.h"
 
+#include <QFileInfo>
+#include <cerrno>
+#include <cstring>
+
 namespace translate {
 
 namespace {
@@ -34,9 +38,16 @@ LintOutcome lintFiles(const QStringList& files, QTextStream& out)
     LintOutcome outcome;
     int checked = 0;
     for (const QString& file : files) {
-        if (!lint::isTable(file))
+        if (!lint::isTable(file) && QFileInfo(file).isFile())
             continue;
         ++checked;
+        if (!lint::isTable(file)) {
+            outcome.failures += QStringLiteral("%1: %2").arg(
+                file, QFileInfo::exists(file) ? QStringLiteral("is not a file")
+                                              : QString::fromLocal8Bit(std::strerror(ENOENT)));
+            outcome.isClean = false;
+            continue;
+        }
         const lint::Report report = lint::lintFile(file);
         if (!report.failure.isEmpty())
             outcome.failures += QStringLiteral("%1: %2").arg(file, report.failure);

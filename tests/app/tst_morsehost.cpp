@@ -903,6 +903,21 @@ private Q_SLOTS:
         }
     }
 
+    void whatIsNoSymbolCodeIsSaid_data()
+    {
+        QTest::addColumn<QByteArray>("word");
+        for (const char* word : {"-1", "256", "abc", "4294967297"})
+            QTest::newRow(word) << QByteArray(word);
+    }
+    void whatIsNoSymbolCodeIsSaid()
+    {
+        QFETCH(QByteArray, word);
+        const Ended ended = run({"symbols", "-"}, "0 3\n255 " + word + " 0 3");
+        QCOMPARE(ended.status, 1);
+        QCOMPARE(ended.err,
+                 "morsehost: standard input: line 2: '" + word + "' is no symbol code\n");
+        QVERIFY(ended.out.startsWith("E"));
+    }
     void symbolFilesThatCannotBeReadAreSaid()
     {
         QTemporaryDir dir;

@@ -377,6 +377,26 @@ private Q_SLOTS:
         QVERIFY(alone.error.startsWith(QStringLiteral("no file to check")));
     }
 
+    void whatIsNoFileIsReportedBesideTables_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("error");
+        QTest::newRow("a name mistyped")
+            << shippedAlphabets + "/Greek.mla"
+            << shippedAlphabets + "/Greek.mla: No such file or directory";
+        QTest::newRow("a folder") << shippedAlphabets << shippedAlphabets + ": is not a file";
+        QTest::newRow("a device") << "/dev/null"
+                                  << "/dev/null: is not a file";
+    }
+    void whatIsNoFileIsReportedBesideTables()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, error);
+        const Outcome outcome = lintOf({shippedAlphabets + "/Greek.mal", name});
+        QCOMPARE(outcome.out, QString());
+        QCOMPARE(outcome.error, error);
+    }
+
     void findingsAreWrittenInTheStyleOfCompilers()
     {
         QTemporaryDir folder;
