@@ -6,7 +6,6 @@
 #include "app/options/alphabetoptions.h"
 #include "host/standin/tracelog.h"
 #include "host/trace.h"
-#include "station/archive/archive.h"
 #include "station/io/folder.h"
 #include "station/io/systemtext.h"
 
@@ -61,6 +60,8 @@ Reception::Reception(const ReceptionOptions& options, const TeleprinterChoice& c
     , m_choice(choice)
     , m_output(STDOUT_FILENO, options.saveDirectory.isEmpty() ? WhenBusy::Wait : WhenBusy::Keep)
     , m_reporter(makeReporter(options.form, m_output, std::move(listener)))
+    , m_archive(options.archive)
+    , m_listener(*m_reporter, m_archive)
 {
     if (options.trace)
         setTraceMask(PLUGIN_TRACE_CLASS);
@@ -115,35 +116,14 @@ bool Reception::canKeep()
 {
     if (!m_canKeep)
         m_canKeep = (m_options.saveDirectory.isEmpty() || canSaveInto(m_options.saveDirectory)) &&
-                    (m_options.archive.isEmpty() || canArchive());
+                    m_archive.canBegin();
     return *m_canKeep;
-}
-
-bool Reception::canArchive()
-{
-    QString error;
-    if (!Archive::open(m_options.archive, error)) {
-        complain(QStringLiteral("archive"), error);
-        return false;
-    }
-    m_unsent.emplace();
-    m_archive = std::make_unique<ArchiveWriter>(
-        ArchiveWriter::Settings{m_options.archive, m_unsent->filePath(QStringLiteral("unsent"))});
-    if (!m_archive->error().isEmpty()) {
-        complain(m_unsent->path(), m_archive->error());
-        return false;
-    }
-    m_archiving.emplace(*m_reporter, *m_archive);
-    return true;
 }
 
 StationListener& Reception::listener(const ReceivedSource& source)
 {
-    if (m_archiving && !source.recordingKey.isEmpty())
-        return m_recording.emplace(*m_reporter);
-    if (m_archiving)
-        return *m_archiving;
-    return *m_reporter;
+    m_archive.begin(source.recordingKey, source.name);
+    return m_listener;
 }
 
 MorseStation& Reception::begin(const ReceivedSource& source, bool isOneOfSeveral)
@@ -153,7 +133,6 @@ MorseStation& Reception::begin(const ReceivedSource& source, bool isOneOfSeveral
     settings.saveDirectory = m_options.saveDirectory;
     settings.start_us = source.start_us;
     settings.demodulator = source.demodulator;
-    m_source = source;
     StationListener* listener = &this->listener(source);
     if (m_options.hasPictures)
         listener = &m_pictures.emplace(*listener, m_options.saveDirectory);
@@ -187,7 +166,6 @@ TeleprinterStation& Reception::beginTeleprinter(const ReceivedSource& source,
     settings.source = source.name;
     settings.saveDirectory = m_options.saveDirectory;
     settings.start_us = source.start_us;
-    m_source = source;
     m_teleprinter.emplace(m_tree, settings, listener(source));
     m_teleprinter->start();
     if (isOneOfSeveral)
@@ -211,28 +189,8 @@ void Reception::end(SourceEnd how)
         m_lostTransmissions += m_teleprinter->lost();
         m_teleprinter.reset();
     }
-    if (m_recording)
-        archiveRecording(how);
-    m_recording.reset();
+    m_archive.end(how);
     m_reporter->end();
-}
-
-// What is damaged may be read better by the next attempt.
-void Reception::archiveRecording(SourceEnd how)
-{
-    if (how == SourceEnd::Interrupted)
-        return;
-    QString error;
-    const std::unique_ptr<Archive> archive = Archive::open(m_options.archive, error);
-    const std::vector<ArchiveRecord>& records = m_recording->records();
-    const bool isAdded =
-        archive && (how == SourceEnd::Whole
-                        ? archive->addRecording(m_source.recordingKey, m_source.name, records)
-                        : archive->add(records));
-    if (isAdded)
-        return;
-    complain(QStringLiteral("archive"), archive ? archive->error() : error);
-    m_isArchiveIncomplete = true;
 }
 
 bool Reception::isPointless() const
@@ -255,11 +213,8 @@ int Reception::finish()
                      QStringLiteral(" could not be saved as a whole"));
         status = EXIT_BAD_INPUT;
     }
-    if (m_archive && (!m_archive->flush() || m_archiving->lost() > 0 || m_isArchiveIncomplete)) {
-        complain(QStringLiteral("archive"),
-                 QStringLiteral("not all transmissions could be archived"));
+    if (!m_archive.finish())
         status = EXIT_BAD_INPUT;
-    }
     if (!m_output.error().isEmpty()) {
         complain(QStringLiteral("standard output"), m_output.error());
         status = EXIT_BAD_INPUT;

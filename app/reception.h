@@ -5,18 +5,15 @@
 
 #include "app/options/receptionoptions.h"
 #include "app/options/teleprinteroptions.h"
+#include "app/receptionarchive.h"
 #include "app/reporter.h"
 #include "app/transmissionpictures.h"
 #include "host/standin/hosttree.h"
-#include "station/archive/archivelistener.h"
-#include "station/archive/recordinglistener.h"
 #include "station/decoders.h"
 #include "station/io/output.h"
 #include "station/morsestation.h"
 #include "station/soundjob.h"
 #include "station/teleprinterstation.h"
-
-#include <QTemporaryDir>
 
 #include <map>
 #include <memory>
@@ -32,9 +29,6 @@ struct ReceivedSource
     std::optional<demodulator::Settings> demodulator;
     QString recordingKey; ///< for the archive; empty for what comes but once
 };
-
-/// How a source ended.
-enum class SourceEnd { Whole, Damaged, Interrupted };
 
 class Reception
 {
@@ -53,7 +47,6 @@ public:
                                          bool isOneOfSeveral);
     /// Where what is heard of the current source goes; the observer only with pictures.
     SoundSinks sinks();
-    /// A recording of the archive that was interrupted is left to the next attempt.
     void end(SourceEnd how = SourceEnd::Whole);
     /// All is over. Returns the exit status as far as output and files decide it.
     int finish();
@@ -66,20 +59,14 @@ private:
     TeleprinterSettings settings(const QString& decoder) const;
     bool canShow(const QString& decoder);
     bool canKeep();
-    bool canArchive();
-    void archiveRecording(SourceEnd how);
     StationListener& listener(const ReceivedSource& source);
 
     ReceptionOptions m_options;
     TeleprinterChoice m_choice;
     Output m_output;
     std::unique_ptr<Reporter> m_reporter;
-    std::optional<QTemporaryDir> m_unsent; ///< what waits to be archived
-    std::unique_ptr<ArchiveWriter> m_archive;
-    std::optional<ArchiveListener> m_archiving;
-    ReceivedSource m_source;
-    std::optional<RecordingListener> m_recording; ///< while it is collected
-    bool m_isArchiveIncomplete = false;
+    ReceptionArchive m_archive;
+    ArchivingListener m_listener;
     HostTree m_tree;
     std::optional<TransmissionPictures> m_pictures;
     std::optional<MorseStation> m_station;           ///< goes before the tree

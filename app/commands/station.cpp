@@ -4,7 +4,6 @@
 
 #include "app/console/complain.h"
 #include "app/console/exitstatus.h"
-#include "station/decoders.h"
 #include "station/service/service.h"
 
 #include <QCoreApplication>
@@ -54,7 +53,7 @@ void report(const QString& line)
 bool readChecked(const QString& path, StationConfiguration& configuration)
 {
     std::vector<ConfigurationFault> faults;
-    configuration = readConfiguration(path, teleprinterDecoders(), faults);
+    configuration = readConfiguration(path, faults);
     for (const ConfigurationFault& fault : faults) {
         complain(fault.line > 0 ? QStringLiteral("%1:%2").arg(path).arg(fault.line) : path,
                  fault.text);

@@ -3,6 +3,7 @@
 
 #include "signal/limits.h"
 #include "signal/teleprinter/line.h"
+#include "station/decoders.h"
 
 #include <QDir>
 #include <QFile>
@@ -350,13 +351,12 @@ bool isUsableName(const QString& name)
 
 unsigned useOf(const QString& decoder)
 {
-    if (decoder == QLatin1String("Morse"))
+    if (decoder == QLatin1String(MORSE_DECODER))
         return MORSE;
     return decoder == QLatin1String("band") ? BAND : TELEPRINTER;
 }
 
-ReceiverSettings readReceiver(SectionReader& section, const QString& name, const QDir& beside,
-                              const QStringList& teleprinters)
+ReceiverSettings readReceiver(SectionReader& section, const QString& name, const QDir& beside)
 {
     ReceiverSettings receiver;
     receiver.name = name;
@@ -401,6 +401,7 @@ ReceiverSettings readReceiver(SectionReader& section, const QString& name, const
         section.fail(QStringLiteral("format takes s16, f32, u8 or s8, not '%1'").arg(format),
                      "format");
     const unsigned use = useOf(receiver.decoder);
+    const QStringList teleprinters = teleprinterDecoders();
     if (use == TELEPRINTER && !teleprinters.contains(receiver.decoder))
         section.fail(QStringLiteral("decoder takes Morse, band, %1, not '%2'")
                          .arg(teleprinters.join(QLatin1String(", ")), receiver.decoder),
@@ -465,8 +466,7 @@ const std::vector<ConfigurationKey>& configurationKeys()
     return keys;
 }
 
-StationConfiguration readConfiguration(const QString& path, const QStringList& teleprinters,
-                                       std::vector<ConfigurationFault>& faults)
+StationConfiguration readConfiguration(const QString& path, std::vector<ConfigurationFault>& faults)
 {
     StationConfiguration configuration;
     QFile file(path);
@@ -530,7 +530,7 @@ StationConfiguration readConfiguration(const QString& path, const QStringList& t
         }
         SectionReader reader(settings, lines, section, RECEIVER, faults);
         configuration.receivers.push_back(
-            readReceiver(reader, section.mid(prefix.size()).trimmed(), beside, teleprinters));
+            readReceiver(reader, section.mid(prefix.size()).trimmed(), beside));
     }
     if (configuration.receivers.empty())
         faults.push_back({0, QStringLiteral("names no receiver")});

@@ -68,9 +68,8 @@ struct ConfigurationFault
     QString text;
 };
 
-/// Reads the file. `teleprinters` are the decoders that there are beside Morse and band. With
-/// faults, what could not be understood has its default.
-StationConfiguration readConfiguration(const QString& path, const QStringList& teleprinters,
+/// Reads the file. With faults, what could not be understood has its default.
+StationConfiguration readConfiguration(const QString& path,
                                        std::vector<ConfigurationFault>& faults);
 
 /// A row of what the file may hold, for the check and for the manual.

@@ -122,6 +122,29 @@ private Q_SLOTS:
         QCOMPARE(search({}).out.count('\n'), 3);
     }
 
+    void aBandIsArchivedOnceAndWhole()
+    {
+        const QString url = m_folder.filePath("band.db");
+        const auto band = [&url](const QStringList& more) {
+            return run(QStringList{"band", "--archive", url, "--start", "2026-05-12T10:15:00Z",
+                                   "--only", "600-800"} +
+                       more + QStringList{SAMPLE});
+        };
+        const auto texts = [&url] { return run({"search", "--archive", url}).out.count('\n'); };
+        const Ended first = band({});
+        QCOMPARE(first.err, QByteArray());
+        QCOMPARE(first.status, 0);
+        QCOMPARE(first.out.count('\n'), 3);
+        QCOMPARE(texts(), 3);
+        const Ended again = band({});
+        QVERIFY(again.err.endsWith("is in the archive\n"));
+        QCOMPARE(again.status, 0);
+        QCOMPARE(again.out, QByteArray());
+        // Heard otherwise, it is another one.
+        QCOMPARE(band({"--most", "1"}).err, QByteArray());
+        QCOMPARE(texts(), 3); // of which the archive has all already
+    }
+
     void whatComesLaterIsFollowed()
     {
         QProcess follower;

@@ -37,8 +37,7 @@ class tst_StationFile : public QObject
         const QString file = path(QString("station%1.ini").arg(++m_count));
         write(file, content);
         std::vector<ConfigurationFault> found;
-        const StationConfiguration configuration =
-            readConfiguration(file, {"Baudot", "Sitor-B"}, found);
+        const StationConfiguration configuration = readConfiguration(file, found);
         for (const ConfigurationFault& fault : found)
             faults += QString::number(fault.line) + ": " + fault.text;
         return configuration;
@@ -181,7 +180,7 @@ only=7000000-7040000
             << "5: format takes s16, f32, u8 or s8, not 's24'";
         QTest::newRow("no such decoder")
             << head + one + "decoder=Moorse\n"
-            << "5: decoder takes Morse, band, Baudot, Sitor-B, not 'Moorse'";
+            << "5: decoder takes Morse, band, Baudot, ASCII RTTY, Sitor-B, not 'Moorse'";
         QTest::newRow("a key of another decoder") << head + one + "baud=50\n"
                                                   << "5: baud is not for the decoder Morse";
         QTest::newRow("a key of a single signal") << head + one + "decoder=band\nwpm=20\n"
@@ -248,10 +247,10 @@ only=7000000-7040000
     void aFileThatCannotBeReadIsAFault()
     {
         std::vector<ConfigurationFault> faults;
-        readConfiguration(path("missing.ini"), {}, faults);
+        readConfiguration(path("missing.ini"), faults);
         QCOMPARE(faults.size(), std::size_t(1));
         faults.clear();
-        readConfiguration("/dev/zero", {}, faults);
+        readConfiguration("/dev/zero", faults);
         QCOMPARE(faults.size(), std::size_t(1));
     }
 
