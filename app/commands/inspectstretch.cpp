@@ -77,7 +77,7 @@ bool StretchReader::canDraw(const QString& picture) const
         return true;
     if (m_source.error().isEmpty())
         complain(m_name, QStringLiteral("less than %1 s after %2 s: it ends after %3 s")
-                             .arg(SHORTEST_LENGTH_S)
+                             .arg(SHORTEST_LENGTH_s)
                              .arg(m_choice.from_s, 0, 'f', 3)
                              .arg(done_s, 0, 'f', 3));
     return false;
