@@ -15,7 +15,7 @@ namespace morsehost {
 class RecordingTap
 {
 public:
-    /// Of a pipe, which is read but once, or what cannot be read, there are no rows.
+    /// Of what cannot be read there are no rows.
     explicit RecordingTap(const ReceiverSettings& settings);
 
     /// Rows of the next so many seconds.

@@ -33,7 +33,7 @@ struct ReceiverSettings
     QString name;
     // Where its samples come from: one of these is not empty.
     QString command;  ///< run by the shell, its standard output read
-    QString file;     ///< a recording, or a pipe that has a name
+    QString file;     ///< a recording
     QString tcp;      ///< "host:port"
     int repeat_s = 0; ///< of a recording: it begins again so long after it began; 0 for once
 

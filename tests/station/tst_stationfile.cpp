@@ -10,6 +10,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <sys/stat.h>
+
 using namespace morsehost;
 
 namespace {
@@ -124,6 +126,19 @@ only=7000000-7040000
                                              "--center", "7e6", "--only", "7000000-7040000"}));
         QVERIFY(third.samples.isComplex);
         QVERIFY(second.isSaved);
+    }
+
+    void aNamedPipeIsReadLikeACommand()
+    {
+        QCOMPARE(mkfifo(QFile::encodeName(path("it's")).constData(), 0600), 0);
+        QStringList faults;
+        const StationConfiguration configuration =
+            read("[station]\nfolder=kept\n[receiver a]\nfile=it's\nrate=12000\n", faults);
+        QCOMPARE(faults, QStringList());
+        const ReceiverSettings& receiver = configuration.receivers[0];
+        QCOMPARE(receiver.command, "exec cat '" + path("it'\\''s") + "'");
+        QCOMPARE(receiver.file, QString());
+        QCOMPARE(receiver.options, QStringList({"--rate", "12000"}));
     }
 
     void theArchiveIsInTheFolderByDefault()
