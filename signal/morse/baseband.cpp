@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "signal/morse/baseband.h"
 
+#include "signal/numbers.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -8,7 +10,6 @@ namespace demodulator {
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
 constexpr int WINDOW_STEPS = 3; // Hann windows three steps long, one a step, add up to a flat sum
 
 } // namespace

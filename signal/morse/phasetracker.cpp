@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "signal/morse/phasetracker.h"
 
+#include "signal/numbers.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -8,7 +10,6 @@ namespace demodulator {
 
 namespace {
 
-constexpr double TWO_PI = 6.283185307179586;
 double wrapped(double radians)
 {
     return std::remainder(radians, TWO_PI);

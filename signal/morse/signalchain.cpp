@@ -4,6 +4,7 @@
 #include "signal/morse/leveltracker.h"
 #include "signal/morse/phasetracker.h"
 #include "signal/morse/tonetracker.h"
+#include "signal/numbers.h"
 #include "signal/timing.h"
 
 #include <algorithm>
@@ -13,7 +14,6 @@ namespace demodulator {
 
 namespace {
 
-constexpr double TWO_PI = 6.283185307179586;
 // Signal over noise of one step to power of the tone over noise in 500 Hz: half the amplitude
 // squared is half the power, and the noise of a step is that of 1 / STEP_s on both sides of 0.
 constexpr double IN_500_Hz = 1.0 / (500.0 * STEP_s);

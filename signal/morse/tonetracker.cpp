@@ -1,16 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "signal/morse/tonetracker.h"
 
+#include "signal/numbers.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace demodulator {
-
-namespace {
-
-constexpr double TWO_PI = 6.283185307179586;
-
-} // namespace
 
 double trackTone(const std::vector<HeardMark>& marks, double tone_Hz, double signal, double noise,
                  const ToneParameters& parameters)

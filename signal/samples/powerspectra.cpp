@@ -1,17 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "signal/samples/powerspectra.h"
 
+#include "signal/numbers.h"
+
 #include <algorithm>
 #include <cmath>
 #include <kiss_fftr.h>
 
 namespace demodulator {
-
-namespace {
-
-constexpr double PI = 3.14159265358979323846;
-
-} // namespace
 
 Window::Window(std::size_t length)
 {

@@ -1,15 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "signal/teleprinter/evidence.h"
 
+#include "signal/numbers.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
 
 namespace teleprinter {
 
-namespace {
+using demodulator::PI;
 
-constexpr double PI = 3.14159265358979323846;
+namespace {
 
 // Levels are followed at every fourth node, looking ahead as far as back.
 constexpr int STRIDE = 4;

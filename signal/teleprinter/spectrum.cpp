@@ -2,6 +2,7 @@
 #include "signal/teleprinter/spectrum.h"
 
 #include "signal/limits.h"
+#include "signal/numbers.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,9 +11,10 @@
 
 namespace teleprinter {
 
+using demodulator::PI;
+
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
 constexpr double FRAME_s = 0.128;
 constexpr std::int64_t KEPT_FRAMES = 128; // 8 s
 constexpr std::size_t MOST_PEAKS = 7;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "signal/teleprinter/startstop.h"
 
+#include "signal/numbers.h"
 #include "signal/teleprinter/framing.h"
 #include "signal/teleprinter/tracking.h"
 
@@ -9,9 +10,9 @@
 
 namespace teleprinter {
 
-namespace {
+using demodulator::PI;
 
-constexpr double PI = 3.14159265358979323846;
+namespace {
 
 class StartStopChannel : public Channel
 {

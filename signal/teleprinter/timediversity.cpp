@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "signal/teleprinter/timediversity.h"
 
+#include "signal/numbers.h"
 #include "signal/teleprinter/synchronous.h"
 #include "signal/teleprinter/tracking.h"
 
@@ -10,9 +11,10 @@
 
 namespace teleprinter {
 
+using demodulator::PI;
+
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
 constexpr std::size_t MOST_WAITING = 150; // words, about 10 s
 
 class TimeDiversityChannel : public Channel

@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "signal/teleprinter/tonepair.h"
 
+#include "signal/numbers.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace teleprinter {
 
-namespace {
-
-constexpr double PI = 3.14159265358979323846;
-
-} // namespace
+using demodulator::PI;
 
 TonePair::TonePair(const demodulator::SampleHistory& history, double rate_Hz,
                    ByTone<double> tones_Hz, std::int64_t begin, std::int64_t end)

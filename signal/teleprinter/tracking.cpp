@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "signal/teleprinter/tracking.h"
 
+#include "signal/numbers.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace teleprinter {
 
+using demodulator::PI;
+
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
 constexpr double LENGTH_STEP = 0.008; // of an element
 constexpr double BEGIN_STEP = 0.15;   // of an element
 

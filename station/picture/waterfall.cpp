@@ -8,7 +8,6 @@ namespace inspect {
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
 constexpr double SILENCE = 1e-14; // -140 dB
 
 } // namespace
@@ -22,6 +21,7 @@ Waterfall::Waterfall(const demodulator::BandFormat& format, const Stretch& stret
     , m_next(-std::llround(static_cast<double>(stretch.from_us) * 1e-6 * format.rate_Hz))
     , m_end(std::llround(static_cast<double>(stretch.to_us - stretch.from_us) * 1e-6 *
                          format.rate_Hz))
+    , m_window(m_length)
     , m_transform(kiss_fft_alloc(static_cast<int>(m_size), 0, nullptr, nullptr), kiss_fft_free)
     , m_output(m_size)
 {
@@ -35,14 +35,7 @@ Waterfall::Waterfall(const demodulator::BandFormat& format, const Stretch& stret
     m_rows = static_cast<int>(std::min<long>(maxRows, m_lastBin - m_firstBin + 1));
     m_lowest_Hz = (static_cast<double>(m_firstBin) - 0.5) * bin_Hz;
     m_highest_Hz = (static_cast<double>(m_lastBin) + 0.5) * bin_Hz;
-    double sum = 0.0;
-    for (std::size_t n = 0; n < m_length; ++n) {
-        const double value = 0.5 - 0.5 * std::cos(2.0 * PI * (static_cast<double>(n) + 0.5) /
-                                                  static_cast<double>(m_length));
-        m_window.push_back(static_cast<float>(value));
-        sum += value;
-    }
-    m_fullScale = (m_isComplex ? 1.0 : 0.25) * sum * sum;
+    m_fullScale = (m_isComplex ? 1.0 : 0.25) * m_window.sum * m_window.sum;
     m_input.reserve(m_size);
 }
 
@@ -52,7 +45,7 @@ void Waterfall::push(const std::complex<float>* samples, std::size_t count)
         // Columns begin when they should, though no whole number of samples lies between them.
         if (m_next < std::llround(m_begun * m_column) && m_input.empty())
             continue;
-        m_input.push_back(samples[n] * m_window[m_input.size()]);
+        m_input.push_back(samples[n] * m_window.values[m_input.size()]);
         if (m_input.size() == m_length)
             addColumn();
     }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "signal/band/stepbank.h"
+#include "signal/samples/powerspectra.h"
 #include "station/picture/notes.h"
 
 #include <kiss_fft.h>
@@ -51,7 +52,7 @@ private:
     int m_rows;
     double m_lowest_Hz;
     double m_highest_Hz;
-    std::vector<float> m_window;
+    demodulator::Window m_window;
     double m_fullScale;
     std::unique_ptr<kiss_fft_state, void (*)(void*)> m_transform;
     std::vector<std::complex<float>> m_input;

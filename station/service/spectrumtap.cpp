@@ -12,7 +12,6 @@ namespace morsehost {
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
 constexpr std::size_t SIZE = 2048;
 constexpr double ROWS_A_SECOND = 4.0;
 constexpr double LOWEST_dB = -127.0; // so that full scale is the highest that a byte holds
@@ -49,13 +48,10 @@ SpectrumTap::SpectrumTap(const SampleFormat& format)
     , m_spectraPerRow(std::max(
           1, static_cast<int>(format.rate_Hz / (ROWS_A_SECOND * static_cast<double>(SIZE)))))
     , m_transform(kiss_fft_alloc(static_cast<int>(SIZE), 0, nullptr, nullptr), kiss_fft_free)
+    , m_window(SIZE)
     , m_spectrum(SIZE)
     , m_power(SIZE)
 {
-    for (std::size_t n = 0; n < SIZE; ++n)
-        m_window.push_back(static_cast<float>(
-            0.5 -
-            0.5 * std::cos(2.0 * PI * (static_cast<double>(n) + 0.5) / static_cast<double>(SIZE))));
     m_samples.reserve(SIZE);
 }
 
@@ -104,7 +100,7 @@ void SpectrumTap::add(std::complex<float> sample, std::vector<QJsonObject>& rows
 void SpectrumTap::transform()
 {
     for (std::size_t n = 0; n < SIZE; ++n)
-        m_samples[n] *= m_window[n];
+        m_samples[n] *= m_window.values[n];
     static_assert(sizeof(kiss_fft_cpx) == sizeof(std::complex<float>));
     kiss_fft(m_transform.get(), reinterpret_cast<const kiss_fft_cpx*>(m_samples.data()),
              reinterpret_cast<kiss_fft_cpx*>(m_spectrum.data()));
@@ -120,8 +116,8 @@ QJsonObject SpectrumTap::row()
     // Of sound, one half mirrors the other.
     const std::size_t first = m_format.isComplex ? 0 : SIZE / 2;
     const double half = m_format.isComplex ? 1.0 : 0.5;
-    const double fullScale = half * half * 0.25 * static_cast<double>(SIZE) *
-                             static_cast<double>(SIZE) * static_cast<double>(m_spectra);
+    const double fullScale =
+        half * half * m_window.sum * m_window.sum * static_cast<double>(m_spectra);
     QByteArray levels;
     for (std::size_t n = first; n < SIZE; ++n) {
         const double level_dB = 10.0 * std::log10(m_power[n] / fullScale + SILENCE);

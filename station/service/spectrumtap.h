@@ -2,6 +2,7 @@
 // The spectrum of what a receiver sends, a few rows a second, for a waterfall.
 #pragma once
 
+#include "signal/samples/powerspectra.h"
 #include "station/service/stationfile.h"
 
 #include <QByteArray>
@@ -40,7 +41,7 @@ private:
     int m_spectraPerRow;
     QByteArray m_rest; ///< of a sample that has not come whole
     std::unique_ptr<kiss_fft_state, void (*)(void*)> m_transform;
-    std::vector<float> m_window;
+    demodulator::Window m_window;
     std::vector<std::complex<float>> m_samples;
     std::vector<std::complex<float>> m_spectrum;
     std::vector<double> m_power; ///< summed up, the lowest frequency first
