@@ -17,19 +17,10 @@
 #include <iconv.h>
 #include <sys/stat.h>
 
-struct CodecNameToFile
-{
-    using Type = QString (CodecHandler::*)(const QString&);
-    friend Type memberOf(CodecNameToFile);
-};
-template struct PrivateMember<CodecNameToFile, &CodecHandler::codecNameToFile>;
-
-struct FileToCodecName
-{
-    using Type = QString (CodecHandler::*)(const QString&);
-    friend Type memberOf(FileToCodecName);
-};
-template struct PrivateMember<FileToCodecName, &CodecHandler::fileToCodecName>;
+PRIVATE_MEMBER(CodecNameToFile, CodecHandler, codecNameToFile,
+               QString (CodecHandler::*)(const QString&));
+PRIVATE_MEMBER(FileToCodecName, CodecHandler, fileToCodecName,
+               QString (CodecHandler::*)(const QString&));
 
 namespace {
 

@@ -21,40 +21,11 @@
 #include <memory>
 #include <utility>
 
-struct IpcIdentifier
-{
-    using Type = QString MappingDirectory::*;
-    friend Type memberOf(IpcIdentifier);
-};
-template struct PrivateMember<IpcIdentifier, &MappingDirectory::m_ipcIdentifier>;
-
-struct TimeString
-{
-    using Type = QString (MappingDirectory::*)();
-    friend Type memberOf(TimeString);
-};
-template struct PrivateMember<TimeString, &MappingDirectory::CreateTimeString>;
-
-struct OutputFile
-{
-    using Type = QFile MappingDirectory::*;
-    friend Type memberOf(OutputFile);
-};
-template struct PrivateMember<OutputFile, &MappingDirectory::m_outputFile>;
-
-struct FilenameCreation
-{
-    using Type = void (MappingDirectory::*)();
-    friend Type memberOf(FilenameCreation);
-};
-template struct PrivateMember<FilenameCreation, &MappingDirectory::CreateFilename>;
-
-struct SavingStart
-{
-    using Type = void (MappingDirectory::*)();
-    friend Type memberOf(SavingStart);
-};
-template struct PrivateMember<SavingStart, &MappingDirectory::InitSaveToFile>;
+PRIVATE_MEMBER(IpcIdentifier, MappingDirectory, m_ipcIdentifier, QString MappingDirectory::*);
+PRIVATE_MEMBER(TimeString, MappingDirectory, CreateTimeString, QString (MappingDirectory::*)());
+PRIVATE_MEMBER(OutputFile, MappingDirectory, m_outputFile, QFile MappingDirectory::*);
+PRIVATE_MEMBER(FilenameCreation, MappingDirectory, CreateFilename, void (MappingDirectory::*)());
+PRIVATE_MEMBER(SavingStart, MappingDirectory, InitSaveToFile, void (MappingDirectory::*)());
 
 namespace {
 

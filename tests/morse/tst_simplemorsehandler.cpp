@@ -10,40 +10,15 @@
 
 #include <sys/stat.h>
 
-struct ConvertOneChar
-{
-    using Type = QString (SimpleMorseHandler::*)(const QString&);
-    friend Type memberOf(ConvertOneChar);
-};
-template struct PrivateMember<ConvertOneChar, &SimpleMorseHandler::ConvertOneChar>;
-
-struct Decoder
-{
-    using Type = QString SimpleMorseHandler::*;
-    friend Type memberOf(Decoder);
-};
-template struct PrivateMember<Decoder, &SimpleMorseHandler::m_decoder>;
-
-struct ReadDefaultAlphabet
-{
-    using Type = void (SimpleMorseHandler::*)();
-    friend Type memberOf(ReadDefaultAlphabet);
-};
-template struct PrivateMember<ReadDefaultAlphabet, &SimpleMorseHandler::readDefaultAlphabet>;
-
-struct FileToCodecName
-{
-    using Type = QString (SimpleMorseHandler::*)(const QString&);
-    friend Type memberOf(FileToCodecName);
-};
-template struct PrivateMember<FileToCodecName, &SimpleMorseHandler::fileToCodecName>;
-
-struct CodecNameToFile
-{
-    using Type = QString (SimpleMorseHandler::*)(const QString&);
-    friend Type memberOf(CodecNameToFile);
-};
-template struct PrivateMember<CodecNameToFile, &SimpleMorseHandler::codecNameToFile>;
+PRIVATE_MEMBER(ConvertOneChar, SimpleMorseHandler, ConvertOneChar,
+               QString (SimpleMorseHandler::*)(const QString&));
+PRIVATE_MEMBER(Decoder, SimpleMorseHandler, m_decoder, QString SimpleMorseHandler::*);
+PRIVATE_MEMBER(ReadDefaultAlphabet, SimpleMorseHandler, readDefaultAlphabet,
+               void (SimpleMorseHandler::*)());
+PRIVATE_MEMBER(FileToCodecName, SimpleMorseHandler, fileToCodecName,
+               QString (SimpleMorseHandler::*)(const QString&));
+PRIVATE_MEMBER(CodecNameToFile, SimpleMorseHandler, codecNameToFile,
+               QString (SimpleMorseHandler::*)(const QString&));
 
 namespace {
 

@@ -21,26 +21,9 @@
 #include <type_traits>
 #include <utility>
 
-struct TimeString
-{
-    using Type = QString (MorseHandler::*)();
-    friend Type memberOf(TimeString);
-};
-template struct PrivateMember<TimeString, &MorseHandler::CreateTimeString>;
-
-struct Identifier
-{
-    using Type = QString MorseHandler::*;
-    friend Type memberOf(Identifier);
-};
-template struct PrivateMember<Identifier, &MorseHandler::m_strIpcIdentifier>;
-
-struct AlphabetPath
-{
-    using Type = QString (MorseHandler::*)();
-    friend Type memberOf(AlphabetPath);
-};
-template struct PrivateMember<AlphabetPath, &MorseHandler::BuildAlphabetPath>;
+PRIVATE_MEMBER(TimeString, MorseHandler, CreateTimeString, QString (MorseHandler::*)());
+PRIVATE_MEMBER(Identifier, MorseHandler, m_strIpcIdentifier, QString MorseHandler::*);
+PRIVATE_MEMBER(AlphabetPath, MorseHandler, BuildAlphabetPath, QString (MorseHandler::*)());
 
 template <typename Handler, typename = void>
 struct HasPublicUpdate : std::false_type

@@ -22,26 +22,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-struct SaveDirectory
-{
-    using Type = QString MorseHandler::*;
-    friend Type memberOf(SaveDirectory);
-};
-template struct PrivateMember<SaveDirectory, &MorseHandler::m_strSaveDirectory>;
-
-struct CodeName
-{
-    using Type = QString MorseHandler::*;
-    friend Type memberOf(CodeName);
-};
-template struct PrivateMember<CodeName, &MorseHandler::m_strCodeFileName>;
-
-struct TextName
-{
-    using Type = QString MorseHandler::*;
-    friend Type memberOf(TextName);
-};
-template struct PrivateMember<TextName, &MorseHandler::m_strTextFileName>;
+PRIVATE_MEMBER(SaveDirectory, MorseHandler, m_strSaveDirectory, QString MorseHandler::*);
+PRIVATE_MEMBER(CodeName, MorseHandler, m_strCodeFileName, QString MorseHandler::*);
+PRIVATE_MEMBER(TextName, MorseHandler, m_strTextFileName, QString MorseHandler::*);
 
 namespace {
 

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "tables/codecfile.h"
 
+#include "support/tablecontent.h"
+
 #include <QRandomGenerator>
 #include <QRegExp>
 #include <QtTest>
 
-using Bytes = QMap<int, QString>;
+using namespace testsupport;
 
 class tst_CodecFile : public QObject
 {
@@ -111,16 +113,10 @@ private Q_SLOTS:
     void hugeAndBinaryContentIsRead_data()
     {
         QTest::addColumn<QByteArray>("content");
-        QByteArray lines;
-        for (int i = 0; i < 1000 * 1000; ++i)
-            lines += "B;0x42\n";
-        QByteArray binary;
-        for (int i = 0; i < 1000 * 1000; ++i)
-            binary += static_cast<char>(i * 7 + i / 256);
-        QTest::newRow("a line of 100 MB") << QByteArray(100 * 1000 * 1000, 'x');
-        QTest::newRow("a number of 100 MB") << QByteArray("B;0x" + QByteArray(100000000, '1'));
-        QTest::newRow("a million lines") << lines;
-        QTest::newRow("binary") << binary;
+        QTest::newRow("a line of 10 MB") << QByteArray(HUGE_BYTES, 'x');
+        QTest::newRow("a number of 10 MB") << QByteArray("B;0x" + QByteArray(HUGE_BYTES, '1'));
+        QTest::newRow("a million lines") << QByteArray("B;0x42\n").repeated(MANY_LINES);
+        QTest::newRow("binary") << binaryContent();
     }
 
     void hugeAndBinaryContentIsRead()
@@ -128,15 +124,6 @@ private Q_SLOTS:
         QFETCH(QByteArray, content);
         const Bytes bytes = bytesOf(readCodecFile("\n\n" + content + "\nA;0x41\n"));
         QCOMPARE(bytes.value('A'), "A");
-    }
-
-private:
-    static Bytes bytesOf(const CharacterTable& table)
-    {
-        Bytes bytes;
-        for (auto entry = table.characters.cbegin(); entry != table.characters.cend(); ++entry)
-            bytes.insert(static_cast<uchar>(entry.key()), *entry);
-        return bytes;
     }
 };
 

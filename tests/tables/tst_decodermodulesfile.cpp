@@ -2,12 +2,14 @@
 #include "tables/decodermodulesfile.h"
 
 #include "support/decodermodules.h"
+#include "support/tablecontent.h"
 
 #include <QRandomGenerator>
 #include <QRegExp>
 #include <QtTest>
 
 using namespace Quillon;
+using namespace testsupport;
 using Modules = std::vector<DecoderModule>;
 
 class tst_DecoderModulesFile : public QObject
@@ -274,20 +276,13 @@ private Q_SLOTS:
     void hugeAndBinaryContentIsRead_data()
     {
         QTest::addColumn<QByteArray>("content");
-        QByteArray binary;
-        QByteArray lines;
-        for (int i = 0; i < 1000 * 1000; ++i) {
-            binary += static_cast<char>(i * 7 + i / 256);
-            lines += "# id\n";
-        }
-        const int huge = 100 * 1000 * 1000;
-        QTest::newRow("a line of ten million digits") << QByteArray(10 * 1000 * 1000, '7');
-        QTest::newRow("a line of 100 MB") << QByteArray(huge, 'x');
-        QTest::newRow("100 MB of blanks") << QByteArray(huge, ' ');
-        QTest::newRow("100 MB of columns") << QByteArray("1 ").repeated(huge / 2);
-        QTest::newRow("NUL bytes") << QByteArray(huge / 10, '\0');
-        QTest::newRow("a million lines") << lines;
-        QTest::newRow("binary") << binary;
+        QTest::newRow("a line of ten million digits") << QByteArray(HUGE_BYTES, '7');
+        QTest::newRow("a line of 10 MB") << QByteArray(HUGE_BYTES, 'x');
+        QTest::newRow("10 MB of blanks") << QByteArray(HUGE_BYTES, ' ');
+        QTest::newRow("10 MB of columns") << QByteArray("1 ").repeated(HUGE_BYTES / 2);
+        QTest::newRow("NUL bytes") << QByteArray(HUGE_BYTES, '\0');
+        QTest::newRow("a million lines") << QByteArray("# id\n").repeated(MANY_LINES);
+        QTest::newRow("binary") << binaryContent();
     }
 
     void hugeAndBinaryContentIsRead()

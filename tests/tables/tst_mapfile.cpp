@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "tables/mapfile.h"
 
+#include "support/tablecontent.h"
+
 #include <QtTest>
 
-using Bytes = QMap<int, QString>;
+using namespace testsupport;
 
 class tst_MapFile : public QObject
 {
@@ -93,24 +95,15 @@ private Q_SLOTS:
     void hugeAndBinaryContentIsRead_data()
     {
         QTest::addColumn<QByteArray>("content");
-        QByteArray lines;
-        QByteArray headers;
-        for (int i = 0; i < 1000 * 1000; ++i) {
-            lines += "0x42\t0x62\n";
-            headers += "@ name value\n";
-        }
-        QByteArray binary;
-        for (int i = 0; i < 1000 * 1000; ++i)
-            binary += static_cast<char>(i * 7 + i / 256);
-        const QByteArray tabs(100 * 1000 * 1000, '\t');
-        QTest::newRow("a line of 100 MB") << QByteArray(100 * 1000 * 1000, 'x');
-        QTest::newRow("100 MB of tabs") << tabs;
-        QTest::newRow("100 MB of blanks behind @") << QByteArray("@" + QByteArray(100000000, ' '));
-        QTest::newRow("a number of 100 MB")
-            << QByteArray("0x" + QByteArray(100000000, '0') + "\tb");
-        QTest::newRow("a million lines") << lines;
-        QTest::newRow("a million header lines") << headers;
-        QTest::newRow("binary") << binary;
+        QTest::newRow("a line of 10 MB") << QByteArray(HUGE_BYTES, 'x');
+        QTest::newRow("10 MB of tabs") << QByteArray(HUGE_BYTES, '\t');
+        QTest::newRow("10 MB of blanks behind @") << QByteArray("@" + QByteArray(HUGE_BYTES, ' '));
+        QTest::newRow("a number of 10 MB")
+            << QByteArray("0x" + QByteArray(HUGE_BYTES, '0') + "\tb");
+        QTest::newRow("a million lines") << QByteArray("0x42\t0x62\n").repeated(MANY_LINES);
+        QTest::newRow("a million header lines")
+            << QByteArray("@ name value\n").repeated(MANY_LINES);
+        QTest::newRow("binary") << binaryContent();
     }
 
     void hugeAndBinaryContentIsRead()
@@ -118,15 +111,6 @@ private Q_SLOTS:
         QFETCH(QByteArray, content);
         const Bytes bytes = bytesOf(readMapFile(content + "\n0x41\t0x61\n\n"));
         QCOMPARE(bytes.value('A'), "a");
-    }
-
-private:
-    static Bytes bytesOf(const CharacterTable& table)
-    {
-        Bytes bytes;
-        for (auto entry = table.characters.cbegin(); entry != table.characters.cend(); ++entry)
-            bytes.insert(static_cast<uchar>(entry.key()), *entry);
-        return bytes;
     }
 };
 
