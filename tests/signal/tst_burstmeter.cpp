@@ -5,6 +5,7 @@
 
 #include <QtTest>
 #include <cmath>
+#include <limits>
 
 using namespace demodulator;
 
@@ -64,6 +65,39 @@ private Q_SLOTS:
         for (int step = 0; step < 3000; ++step)
             meter.noiseOf(0.001, 1.0);
         QCOMPARE(meter.noiseOf(1.0, 1.0), 0.0);
+    }
+    // A step says nothing when the noise of an open receiver is missing from it.
+    void aMomentWithoutNoiseWasLost()
+    {
+        BurstMeter meter = used(1.0);
+        for (int step = 1; step <= 12; ++step) // less than 50 ms
+            QCOMPARE(meter.noiseOf(0.01, 1.0), std::numeric_limits<double>::infinity());
+        QCOMPARE(meter.noiseOf(0.01, 1.0), 0.0); // it was no moment
+        meter.noiseOf(1.0, 1.0);
+        QCOMPARE(meter.noiseOf(0.01, 1.0), std::numeric_limits<double>::infinity());
+        QCOMPARE(meter.noiseOf(0.011, 1.0), 0.0);
+    }
+    void aReceiverThatIsOftenMutedLosesNothing()
+    {
+        // One step of eight, and one of twelve.
+        for (const int period : {8, 12}) {
+            BurstMeter meter = used(1.0);
+            double last = -1.0;
+            for (int step = 1; step <= 24 * 100; ++step) {
+                const double noise = meter.noiseOf(step % period == 0 ? 0.0 : 1.0, 1.0);
+                if (step % period == 0)
+                    last = noise;
+                else
+                    QCOMPARE(noise, 0.0);
+            }
+            QCOMPARE(last, period == 8 ? 0.0 : std::numeric_limits<double>::infinity());
+        }
+    }
+    void atFirstItIsNotKnownWhetherNoiseIsMissing()
+    {
+        BurstMeter meter({}, STEP_s, 1.0);
+        meter.noiseOf(1.0, 1.0);
+        QCOMPARE(meter.noiseOf(0.0, 1.0), 0.0);
     }
 };
 

@@ -134,6 +134,44 @@ private Q_SLOTS:
         QVERIFY(!heard(testsupport::sound("PARIS PARIS PARIS", {}, path, 8000.0, "one"))
                      .hasComplement(700.0, 94));
     }
+    void tonesOfATuneTakeTurns()
+    {
+        // Notes of a fifth of a second, one after the other.
+        std::vector<float> samples = testsupport::noise(4.0, 0.02, 8000.0, "tune");
+        const double notes_Hz[] = {700.0, 880.0, 1100.0, 880.0};
+        const auto noteAt = [&notes_Hz](std::size_t n) { return notes_Hz[(n / 1600) % 4]; };
+        for (std::size_t n = 0; n < samples.size(); ++n)
+            samples[n] += static_cast<float>(
+                0.3 * std::sin(6.283185307 * noteAt(n) * static_cast<double>(n) / 8000.0));
+        const ToneFinder finder = heard(samples);
+        for (const double tone_Hz : {700.0, 880.0, 1100.0})
+            QVERIFY(finder.takesTurns(tone_Hz, 94));
+        QVERIFY(!finder.takesTurns(700.0, 3)); // too few to say
+    }
+    void aKeyedToneTakesNoTurns()
+    {
+        QVERIFY(!heard(keyed(700.0, 20.0, "alone")).takesTurns(700.0, 94));
+        testsupport::Path path;
+        path.snr_dB = 20.0;
+        path.neighbours = {{300.0, -3.0, 24.0}};
+        QVERIFY(!heard(testsupport::sound("PARIS PARIS PARIS", {}, path, 8000.0, "two hands"))
+                     .takesTurns(700.0, 94));
+    }
+    void aToneBesideAStrongerOneInTurnIsItsOwn()
+    {
+        // Their powers go against each other, but one is a tenth of the other: a click's, or noise
+        // that a receiver's gain lets through when the key is up.
+        std::vector<float> samples = testsupport::noise(4.0, 0.002, 8000.0, "gain");
+        for (std::size_t n = 0; n < samples.size(); ++n) {
+            const bool down = (n / 1600) % 2 == 0;
+            const double t = static_cast<double>(n) / 8000.0;
+            samples[n] += static_cast<float>(down ? 0.3 * std::sin(6.283185307 * 700.0 * t)
+                                                  : 0.1 * std::sin(6.283185307 * 1100.0 * t));
+        }
+        const ToneFinder finder = heard(samples);
+        QVERIFY(!finder.takesTurns(700.0, 94));
+        QVERIFY(!finder.takesTurns(1100.0, 94));
+    }
     void whatIsLeftOutIsNotFound()
     {
         testsupport::Path path;
