@@ -30,6 +30,7 @@ struct Options
     std::string only;
     std::size_t threads = 0;
     bool show = false;
+    demodulator::BandParameters parameters;
     std::vector<std::string> others;
 };
 
@@ -75,6 +76,7 @@ std::vector<bands::Received> ours(const bands::Band& band,
     demodulator::BandSettings settings;
     settings.format = {band.rate_Hz, band.isComplex};
     settings.threads = static_cast<unsigned>(options.threads);
+    settings.parameters = options.parameters;
     Texts texts;
     const bench::Meter meter(cost, band.duration_s);
     demodulator::BandReceiver receiver(settings, texts);
@@ -248,13 +250,15 @@ int list()
 
 int usage()
 {
-    std::fprintf(stderr, "usage: bands list\n"
-                         "       bands make [OPTION...] DIRECTORY\n"
-                         "       bands score [OPTION...] [NAME=COMMAND...]\n"
-                         "options: --set NAME  --seeds COUNT  --only BAND,...  --threads COUNT\n"
-                         "         --show\n"
-                         "COMMAND writes lines FREQUENCY:TEXT; {} is the recording, {rate} its\n"
-                         "sample rate\n");
+    std::fprintf(stderr,
+                 "usage: bands list\n"
+                 "       bands make [OPTION...] DIRECTORY\n"
+                 "       bands score [OPTION...] [NAME=COMMAND...]\n"
+                 "options: --set NAME  --seeds COUNT  --only BAND,...  --threads COUNT\n"
+                 "         --show  --with PART.MEMBER=VALUE (parameters.h of the band or of\n"
+                 "         Morse), as often as wanted\n"
+                 "COMMAND writes lines FREQUENCY:TEXT; {} is the recording, {rate} its\n"
+                 "sample rate\n");
     return 2;
 }
 
@@ -265,9 +269,14 @@ int main(int argc, char** argv)
     const std::string command = argc > 1 ? argv[1] : "";
     Options options;
     const std::vector<bench::Option> rows = {
-        {"--set", options.set},        {"--only", options.only},
-        {"--seeds", options.seeds, 1}, {"--threads", options.threads, 0},
+        {"--set", options.set},
+        {"--only", options.only},
+        {"--seeds", options.seeds, 1},
+        {"--threads", options.threads, 0},
         {"--show", options.show},
+        bench::Option([&options](const std::string& member, double value) {
+            return demodulator::setParameter(options.parameters, member, value);
+        }),
     };
     if (!bench::readOptions(argc, argv, rows, options.others))
         return usage();

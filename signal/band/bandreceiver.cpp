@@ -4,10 +4,12 @@
 // then, one after the other, who has come and who has gone.
 #include "signal/band/bandreceiver.h"
 
+#include "signal/band/bandmemory.h"
 #include "signal/band/listener.h"
 #include "signal/band/shadows.h"
 #include "signal/band/survey.h"
 #include "signal/band/workers.h"
+#include "signal/samples/samples.h"
 #include "signal/timing.h"
 
 #include <algorithm>
@@ -19,46 +21,11 @@ namespace demodulator {
 
 namespace {
 
-constexpr float LARGEST_SAMPLE = 8.0F; // well over full scale: clipped signals stay clipped
-
 constexpr std::int64_t BATCH_STEPS = 64;
 constexpr std::int64_t BATCH_FRAMES = BATCH_STEPS / Survey::HOP_STEPS;
 constexpr std::int64_t NOISE_BATCHES = 4; // noise is measured every second
+// What is heard again, and what passes until a signal is certain.
 constexpr double HISTORY_s = 9.0;
-constexpr double HEARD_AGAIN_s = 6.0;      // of what came before a signal was noticed
-constexpr double CANDIDATE_LIFE_s = 6.0;   // who is not confirmed by then is dropped
-constexpr double REFUSED_FOR_s = 3.0;      // and not tried again, unless stronger
-constexpr std::int64_t SEARCH_FRAMES = 94; // 3 s
-// A signal is given once its speed is sure: dots and dashes have been heard, and any speed at which
-// they would be others is so much less probable (as a logarithm).
-constexpr double SURE_MARGIN = 12.0;
-constexpr double SURE_AFTER_s = 1.0;
-constexpr std::int64_t SURE_AFTER_marks = 3;
-constexpr double HEARD_FIRST_s = 2.0;
-constexpr std::int64_t HEARD_FIRST_marks = 8;
-constexpr double HEARD_FIRST_AT_MOST_s = 4.5;
-constexpr double BEFORE_FIRST_s = 0.3;
-constexpr double AFTER_LAST_s = 0.05;
-constexpr double LEAST_OVER_s = 0.8; // of a station between two overs of another
-constexpr double BEFORE_RESUMED_s = 0.02;
-// So near another tone is no other signal while both are heard.
-constexpr double OWN_Hz = 40.0;
-constexpr double SAME_TONE_Hz = 25.0;
-constexpr double SAME_SIGNAL_Hz = 12.0;
-// An answer on the same frequency is looked for after a silence of so long.
-constexpr double ANSWER_SILENCE_s = 0.4;
-constexpr double ANSWER_SILENCE_units = 8.0;
-constexpr double ANSWER_REACH_Hz = 60.0;
-constexpr double ANSWER_LEVEL = 6.0;  // on the very tone: so many times weaker is somebody else
-constexpr double REMEMBERED_s = 30.0; // a number is kept for who comes back
-constexpr double COMES_BACK_Hz = 6.0;
-constexpr std::size_t LEAST_CANDIDATES = 32;
-constexpr std::size_t MOST_CLOSED = 4096;
-
-float sane(float sample)
-{
-    return std::isfinite(sample) ? std::clamp(sample, -LARGEST_SAMPLE, LARGEST_SAMPLE) : 0.0F;
-}
 
 bool usable(double rate_Hz)
 {
@@ -77,10 +44,12 @@ public:
         , m_sink(sink)
         , m_workers(settings.threads)
         , m_bank(settings.format, HISTORY_s)
-        , m_survey(settings.format, m_bank.stepSamples())
-        , m_shadows(settings.format, m_bank, m_survey)
+        , m_survey(settings.format, m_bank.stepSamples(), m_settings.parameters)
+        , m_shadows(settings.format, m_bank, m_survey, m_settings.parameters)
         , m_before(Survey::HOP_STEPS * m_bank.stepSamples())
         , m_found(m_survey.pieces())
+        , m_numbers(settings.parameters.admission)
+        , m_memory(settings.parameters.signal.attention)
     {
         m_settings.mostSignals = std::max<std::size_t>(1, m_settings.mostSignals);
         m_samples.assign(m_before, 0.0F); // silence before the first window
@@ -93,7 +62,8 @@ public:
         while (count > 0) {
             const std::size_t piece = std::min(count, whole - m_samples.size());
             for (std::size_t n = 0; n < piece; ++n)
-                m_samples.emplace_back(sane(samples[n].real()), sane(samples[n].imag()));
+                m_samples.emplace_back(usableSample(samples[n].real()),
+                                       usableSample(samples[n].imag()));
             samples += piece;
             count -= piece;
             if (m_samples.size() < whole)
@@ -121,10 +91,9 @@ public:
             m_signals[i].listener->finish();
         });
         handOn();
-        for (const Station& station : m_stations)
-            m_sink.signalLost(station.number);
+        for (const int number : m_numbers.clear())
+            m_sink.signalLost(number);
         m_signals.clear();
-        m_stations.clear();
     }
 
     std::vector<BandSignal> signals() const
@@ -151,24 +120,8 @@ private:
         double noticedLevel = 0.0;          // what it looked like then
         bool gone = false;
     };
-    struct Station
-    {
-        int number;
-        double tone_Hz;
-        std::int64_t lastHeard;
-    };
-    // Up to where something was given, or for how long it is not to be tried again.
-    struct Closed
-    {
-        double tone_Hz;
-        std::int64_t until;
-    };
-    struct Refused
-    {
-        double tone_Hz;
-        double level;
-        std::int64_t until;
-    };
+    const AttentionParameters& attention() const { return m_settings.parameters.signal.attention; }
+    const AdmissionParameters& admission() const { return m_settings.parameters.admission; }
 
     std::int64_t stepsIn(double duration_s) const
     {
@@ -203,7 +156,7 @@ private:
                          [this](std::size_t i) { m_signals[i].listener->process(m_end); });
         handOn();
         m_workers.forAll(m_survey.pieces(), [this](std::size_t piece) {
-            m_found[piece] = m_survey.find(piece, SEARCH_FRAMES);
+            m_found[piece] = m_survey.find(piece, m_settings.parameters.survey.search_frames);
         });
         manage();
     }
@@ -217,11 +170,8 @@ private:
                 continue;
             for (const BandEvent& event : signal.listener->takeEvents())
                 give(signal, event);
-            if (signal.number) {
-                Station& station = *stationOf(signal.number);
-                station.tone_Hz = signal.listener->tone_Hz();
-                station.lastHeard = m_end;
-            }
+            if (signal.number)
+                m_numbers.heard(signal.number, signal.listener->tone_Hz(), m_end);
             if (!signal.listener->ended())
                 continue;
             signal.gone = true;
@@ -229,12 +179,9 @@ private:
                 if (!isTaken(next->guess.tone_Hz))
                     successors.push_back(successorOf(*next));
             } else if (signal.number)
-                m_closed.push_back({signal.listener->tone_Hz(),
-                                    signal.listener->lastGiven_step() + stepsIn(AFTER_LAST_s)});
+                m_memory.close(signal.listener->tone_Hz(), signal.listener->lastGiven_step() +
+                                                               stepsIn(attention().afterLast_s));
         }
-        if (m_closed.size() > MOST_CLOSED)
-            m_closed.erase(m_closed.begin(),
-                           m_closed.end() - static_cast<std::ptrdiff_t>(MOST_CLOSED));
         sweep();
         std::move(successors.begin(), successors.end(), std::back_inserter(m_signals));
     }
@@ -262,15 +209,16 @@ private:
     {
         return std::any_of(m_signals.begin(), m_signals.end(), [&](const Signal& signal) {
             return !signal.gone && signal.listener->released() && !signal.listener->ended() &&
-                   std::fabs(signal.listener->tone_Hz() - tone_Hz) < OWN_Hz;
+                   std::fabs(signal.listener->tone_Hz() - tone_Hz) < attention().otherTone_Hz;
         });
     }
 
     Signal successorOf(const Successor& next)
     {
         Signal signal;
-        signal.listener = std::make_unique<Listener>(m_bank, m_survey, next.guess,
-                                                     std::max(next.begin_step, oldestStep()));
+        signal.listener =
+            std::make_unique<Listener>(m_bank, m_survey, m_settings.parameters, next.guess,
+                                       std::max(next.begin_step, oldestStep()));
         signal.listener->release();
         signal.noticed = m_end;
         signal.noticedLevel = next.guess.signal;
@@ -282,22 +230,6 @@ private:
         m_signals.erase(std::remove_if(m_signals.begin(), m_signals.end(),
                                        [](const Signal& signal) { return signal.gone; }),
                         m_signals.end());
-    }
-
-    Station* stationOf(int number)
-    {
-        const auto found =
-            std::find_if(m_stations.begin(), m_stations.end(),
-                         [&](const Station& station) { return station.number == number; });
-        return found == m_stations.end() ? nullptr : &*found;
-    }
-
-    template <typename Entry>
-    static void dropUntil(std::vector<Entry>& list, std::int64_t step)
-    {
-        list.erase(std::remove_if(list.begin(), list.end(),
-                                  [&](const Entry& entry) { return entry.until < step; }),
-                   list.end());
     }
 
     // ---- who has come and who has gone ----
@@ -314,17 +246,9 @@ private:
 
     void forgetOld()
     {
-        dropUntil(m_closed, m_end - m_bank.keptSteps());
-        dropUntil(m_refused, m_end);
-        const std::int64_t silent = m_end - stepsIn(REMEMBERED_s);
-        for (auto station = m_stations.begin(); station != m_stations.end();) {
-            if (station->lastHeard > silent) {
-                ++station;
-                continue;
-            }
-            m_sink.signalLost(station->number);
-            station = m_stations.erase(station);
-        }
+        m_memory.forget(m_end - m_bank.keptSteps(), m_end);
+        for (const int number : m_numbers.forget(m_end - stepsIn(admission().remembered_s)))
+            m_sink.signalLost(number);
     }
 
     static bool isCandidate(const Signal& signal)
@@ -344,7 +268,7 @@ private:
             return;
         const SignalChain& chain = *signal.listener->chain();
         if (!chain.confirmed()) {
-            if (m_end - signal.noticed > stepsIn(CANDIDATE_LIFE_s))
+            if (m_end - signal.noticed > stepsIn(attention().candidateLife_s))
                 refuse(signal);
         } else if (isCandidate(signal) && heardEnough(chain)) {
             if (!isMorse(chain) || !isItself(signal) ||
@@ -365,19 +289,22 @@ private:
     void refuse(Signal& signal)
     {
         signal.gone = true;
-        m_refused.push_back({signal.listener->tone_Hz(),
-                             std::max(signal.noticedLevel, signal.listener->heard().signal),
-                             m_end + stepsIn(REFUSED_FOR_s)});
+        m_memory.refuse(signal.listener->tone_Hz(),
+                        std::max(signal.noticedLevel, signal.listener->heard().signal),
+                        m_end + stepsIn(admission().refusedFor_s));
     }
 
     bool heardEnough(const SignalChain& chain) const
     {
         const std::int64_t heard = m_end - chain.firstMark_step();
         const std::int64_t marks = chain.marks();
-        const bool sure = heard > stepsIn(SURE_AFTER_s) && marks >= SURE_AFTER_marks &&
-                          chain.margin() > SURE_MARGIN;
-        return sure || (heard > stepsIn(HEARD_FIRST_s) && marks >= HEARD_FIRST_marks) ||
-               heard > stepsIn(HEARD_FIRST_AT_MOST_s);
+        const bool sure = heard > stepsIn(attention().sureAfter_s) &&
+                          marks >= attention().sureAfter_marks &&
+                          chain.margin() > attention().sureMargin;
+        return sure ||
+               (heard > stepsIn(attention().heardFirst_s) &&
+                marks >= attention().heardFirst_marks) ||
+               heard > stepsIn(attention().heardFirstAtMost_s);
     }
 
     // Somebody who is known already may send there as well. Who was silent since before gives way;
@@ -388,17 +315,17 @@ private:
         std::int64_t until = INT64_MAX;
         for (const Signal& other : m_signals) {
             const bool isNew = other.listener->released() && !other.listener->chain();
-            if (isNew && !other.gone && distance_Hz(other, candidate) < OWN_Hz)
+            if (isNew && !other.gone && distance_Hz(other, candidate) < attention().otherTone_Hz)
                 return; // what it hears is not known yet
-            if (!isHeard(other) || distance_Hz(other, candidate) > OWN_Hz ||
+            if (!isHeard(other) || distance_Hz(other, candidate) > attention().otherTone_Hz ||
                 other.listener->chain()->lastMark_step() < first)
                 continue;
             const auto resumed = other.listener->firstMarkAfter(first);
-            if (!resumed || *resumed - first < stepsIn(LEAST_OVER_s)) {
+            if (!resumed || *resumed - first < stepsIn(admission().leastOver_s)) {
                 candidate.gone = true;
                 return;
             }
-            until = std::min(until, *resumed - stepsIn(BEFORE_RESUMED_s));
+            until = std::min(until, *resumed - stepsIn(admission().beforeResumed_s));
         }
         if (makeRoom(candidate))
             promote(candidate, until);
@@ -437,33 +364,27 @@ private:
     void promote(Signal& candidate, std::int64_t until)
     {
         for (Signal& other : m_signals) {
-            if (isHeard(other) && distance_Hz(other, candidate) < OWN_Hz && until == INT64_MAX)
+            if (isHeard(other) && distance_Hz(other, candidate) < attention().otherTone_Hz &&
+                until == INT64_MAX)
                 other.listener->finish();
         }
-        const std::int64_t begin =
-            std::max({candidate.listener->begin_step(), oldestStep(),
-                      candidate.listener->chain()->firstMark_step() - stepsIn(BEFORE_FIRST_s)});
-        candidate.listener =
-            std::make_unique<Listener>(m_bank, m_survey, candidate.listener->heard(), begin, until);
+        const std::int64_t begin = std::max(
+            {candidate.listener->begin_step(), oldestStep(),
+             candidate.listener->chain()->firstMark_step() - stepsIn(attention().beforeFirst_s)});
+        candidate.listener = std::make_unique<Listener>(m_bank, m_survey, m_settings.parameters,
+                                                        candidate.listener->heard(), begin, until);
         candidate.listener->release();
         candidate.noticed = m_end;
     }
 
     int numberFor(double tone_Hz, double snr_dB)
     {
-        Station* nearest = nullptr;
-        for (Station& station : m_stations) {
-            if (std::fabs(station.tone_Hz - tone_Hz) > COMES_BACK_Hz || isBusy(station.number))
-                continue;
-            if (!nearest ||
-                std::fabs(station.tone_Hz - tone_Hz) < std::fabs(nearest->tone_Hz - tone_Hz))
-                nearest = &station;
-        }
-        if (nearest)
-            return nearest->number;
-        m_stations.push_back({++m_numbers, tone_Hz, m_end});
-        m_sink.signalFound(m_numbers, tone_Hz, snr_dB);
-        return m_numbers;
+        const int former = m_numbers.find(tone_Hz, [this](int number) { return isBusy(number); });
+        if (former)
+            return former;
+        const int number = m_numbers.add(tone_Hz, m_end);
+        m_sink.signalFound(number, tone_Hz, snr_dB);
+        return number;
     }
 
     bool isBusy(int number) const
@@ -481,15 +402,12 @@ private:
     // Up to where what was sent there has been given.
     std::int64_t heardUntil(double tone_Hz) const
     {
-        std::int64_t until = 0;
-        for (const Closed& closed : m_closed) {
-            if (std::fabs(closed.tone_Hz - tone_Hz) < OWN_Hz)
-                until = std::max(until, closed.until);
-        }
+        std::int64_t until = m_memory.heardUntil(tone_Hz);
         for (const Signal& signal : m_signals) {
-            if (isHeard(signal) && std::fabs(signal.listener->tone_Hz() - tone_Hz) < OWN_Hz)
-                until = std::max(until,
-                                 signal.listener->chain()->lastMark_step() + stepsIn(AFTER_LAST_s));
+            if (isHeard(signal) &&
+                std::fabs(signal.listener->tone_Hz() - tone_Hz) < attention().otherTone_Hz)
+                until = std::max(until, signal.listener->chain()->lastMark_step() +
+                                            stepsIn(attention().afterLast_s));
         }
         return until;
     }
@@ -505,11 +423,11 @@ private:
             [](const KeyedTone& a, const KeyedTone& b) { return a.signal > b.signal; });
         for (const KeyedTone& tone : m_tones) {
             if (tone.tone_Hz < m_settings.lowest_Hz || tone.tone_Hz > m_settings.highest_Hz ||
-                known(tone) || isRefused(tone) ||
+                known(tone) || m_memory.isRefused(tone.tone_Hz, tone.signal) ||
                 !standsOut({tone.tone_Hz, tone.signal, tone.noise}, nullptr))
                 continue;
-            notice(tone, std::max({heardUntil(tone.tone_Hz), m_end - stepsIn(HEARD_AGAIN_s),
-                                   oldestStep()}));
+            notice(tone, std::max({heardUntil(tone.tone_Hz),
+                                   m_end - stepsIn(attention().heardAgain_s), oldestStep()}));
         }
     }
 
@@ -522,10 +440,10 @@ private:
                 continue;
             const bool released = signal.listener->released();
             if (std::fabs(signal.listener->tone_Hz() - tone.tone_Hz) <
-                (released ? OWN_Hz : SAME_TONE_Hz)) {
+                (released ? attention().otherTone_Hz : attention().sameTone_Hz)) {
                 const bool confirmed =
                     released || (signal.listener->chain() && signal.listener->chain()->confirmed());
-                if (confirmed || tone.signal < 2.0 * signal.noticedLevel)
+                if (confirmed || tone.signal < attention().louderCandidate * signal.noticedLevel)
                     return true;
                 signal.gone = true;
             }
@@ -533,24 +451,20 @@ private:
         return false;
     }
 
-    bool isRefused(const KeyedTone& tone) const
-    {
-        return std::any_of(m_refused.begin(), m_refused.end(), [&](const Refused& refused) {
-            return std::fabs(refused.tone_Hz - tone.tone_Hz) < SAME_TONE_Hz &&
-                   tone.signal < 2.0 * refused.level;
-        });
-    }
-
     void notice(const KeyedTone& tone, std::int64_t begin)
     {
         const auto candidates = static_cast<std::size_t>(
             std::count_if(m_signals.begin(), m_signals.end(),
                           [](const Signal& signal) { return !signal.listener->released(); }));
-        if (candidates > LEAST_CANDIDATES + (m_signals.size() - candidates) / 2)
+        const auto most =
+            admission().leastCandidates +
+            admission().candidatesPerSignal * static_cast<double>(m_signals.size() - candidates);
+        if (static_cast<double>(candidates) > most)
             return;
         Signal signal;
-        signal.listener = std::make_unique<Listener>(
-            m_bank, m_survey, SignalGuess{tone.tone_Hz, tone.signal, tone.noise}, begin);
+        signal.listener =
+            std::make_unique<Listener>(m_bank, m_survey, m_settings.parameters,
+                                       SignalGuess{tone.tone_Hz, tone.signal, tone.noise}, begin);
         signal.noticed = m_end;
         signal.noticedLevel = tone.signal;
         m_signals.push_back(std::move(signal));
@@ -566,20 +480,22 @@ private:
             const Listener& listener = *m_signals[i].listener;
             const SignalChain& chain = *listener.chain();
             const std::int64_t silence = m_end - chain.lastMark_step();
-            const double least_s =
-                std::max(ANSWER_SILENCE_s, ANSWER_SILENCE_units * chain.unit_s());
+            const double least_s = std::max(admission().answerSilence_s,
+                                            admission().answerSilence_units * chain.unit_s());
             if (silence < stepsIn(least_s))
                 continue;
             // The first spectrum without the last mark.
             const std::int64_t frames = framesIn(silence) - 2;
-            const auto found = m_survey.findNear(listener.tone_Hz(), ANSWER_REACH_Hz,
-                                                 std::min(frames, SEARCH_FRAMES));
+            const auto found = m_survey.findNear(
+                listener.tone_Hz(), admission().answerReach_Hz,
+                std::min<std::int64_t>(frames, m_settings.parameters.survey.search_frames));
             if (!found)
                 continue;
-            const bool itself = std::fabs(found->tone_Hz - listener.tone_Hz()) < SAME_SIGNAL_Hz &&
-                                found->signal * ANSWER_LEVEL > listener.heard().signal;
-            if (itself || candidateNear(*found) || isRefused(*found) ||
-                takenByOther(*found, listener))
+            const bool itself =
+                std::fabs(found->tone_Hz - listener.tone_Hz()) < attention().ownTone_Hz &&
+                found->signal * admission().answerLevel > listener.heard().signal;
+            if (itself || candidateNear(*found) ||
+                m_memory.isRefused(found->tone_Hz, found->signal) || takenByOther(*found, listener))
                 continue;
             notice(*found, std::max(heardUntil(found->tone_Hz), oldestStep()));
         }
@@ -589,11 +505,11 @@ private:
     {
         for (Signal& signal : m_signals) {
             if (signal.listener->released() || signal.gone ||
-                std::fabs(signal.listener->tone_Hz() - tone.tone_Hz) > SAME_TONE_Hz)
+                std::fabs(signal.listener->tone_Hz() - tone.tone_Hz) > attention().sameTone_Hz)
                 continue;
             const bool confirmed =
                 signal.listener->chain() && signal.listener->chain()->confirmed();
-            if (confirmed || tone.signal < 2.0 * signal.noticedLevel)
+            if (confirmed || tone.signal < attention().louderCandidate * signal.noticedLevel)
                 return true;
             signal.gone = true;
         }
@@ -604,7 +520,7 @@ private:
     {
         return std::any_of(m_signals.begin(), m_signals.end(), [&](const Signal& signal) {
             return isHeard(signal) && signal.listener.get() != &silent &&
-                   std::fabs(signal.listener->tone_Hz() - tone.tone_Hz) < OWN_Hz;
+                   std::fabs(signal.listener->tone_Hz() - tone.tone_Hz) < attention().otherTone_Hz;
         });
     }
 
@@ -639,10 +555,8 @@ private:
     std::vector<std::vector<KeyedTone>> m_found; // by piece of the survey
     std::vector<KeyedTone> m_tones;              // all of them, the strongest first
     std::vector<Signal> m_signals;
-    std::vector<Station> m_stations;
-    std::vector<Closed> m_closed;
-    std::vector<Refused> m_refused;
-    int m_numbers = 0;
+    StationNumbers m_numbers;
+    ToneMemory m_memory;
     std::size_t m_dropped = 0;
 };
 

@@ -2,6 +2,7 @@
 // Every keyed signal of a band at once: sound or I/Q to symbol codes, side by side.
 #pragma once
 
+#include "signal/band/parameters.h"
 #include "signal/band/stepbank.h"
 #include "signal/morse/symbolsink.h"
 
@@ -42,6 +43,7 @@ struct BandSettings
     double leastSnr_dB = -30.0;     ///< weaker ones, in 500 Hz, are left alone
     std::size_t mostSignals = 2000; ///< at once; the strongest, at least 1
     unsigned threads = 0;           ///< 0: one for each processor
+    BandParameters parameters;      ///< for tuning
 };
 
 /// What goes on at one moment, for a display.

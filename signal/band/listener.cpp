@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "signal/band/listener.h"
 
+#include "signal/numbers.h"
 #include "signal/timing.h"
 
 #include <algorithm>
@@ -11,23 +12,21 @@ namespace demodulator {
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
+// For firstMarkAfter(): as many as anybody keys within the seconds that are kept.
 constexpr std::size_t KEPT_MARKS = 128;
-constexpr double SETTLED_AFTER_s = 0.15;
-constexpr double SETTLED_AFTER_units = 4.5;
-constexpr double AFTER_LAST_s = 0.02; // a successor is listened to from so long after the last mark
 
 } // namespace
 
-Listener::Listener(const StepBank& bank, const Survey& survey, const SignalGuess& guess,
-                   std::int64_t begin_step, std::int64_t end_step)
+Listener::Listener(const StepBank& bank, const Survey& survey, const BandParameters& parameters,
+                   const SignalGuess& guess, std::int64_t begin_step, std::int64_t end_step)
     : m_bank(bank)
     , m_survey(survey)
+    , m_parameters(parameters)
     , m_guess(guess)
     , m_begin(begin_step)
     , m_end(end_step)
     , m_mixer(bank)
-    , m_change(bank.step_s())
+    , m_change(bank.step_s(), parameters.change)
 {
     notePowers();
 }
@@ -39,7 +38,8 @@ void Listener::process(std::int64_t end_step)
     notePowers();
     if (!m_chain) {
         m_chain.emplace(m_guess, m_bank.step_s(), m_begin, std::nullopt,
-                        static_cast<SymbolSink&>(*this), static_cast<Observer*>(this));
+                        static_cast<SymbolSink&>(*this), static_cast<Observer*>(this),
+                        m_parameters.signal);
         if (m_released)
             m_chain->release();
     }
@@ -60,7 +60,8 @@ void Listener::settleInPause()
     if (!m_chain->confirmed() || last == m_settled)
         return;
     const double silence_s = static_cast<double>(m_chain->end_step() - last) * m_bank.step_s();
-    if (silence_s > std::max(SETTLED_AFTER_s, SETTLED_AFTER_units * m_chain->unit_s())) {
+    const ChangeParameters& change = m_parameters.change;
+    if (silence_s > std::max(change.leastPause_s, change.leastPause_units * m_chain->unit_s())) {
         m_settled = last;
         m_chain->settle();
     }
@@ -177,9 +178,10 @@ void Listener::judge(StationChange::Verdict verdict)
         return;
     // What was given of the other one since the pause is given by its own listener.
     const StationMark other = StationChange::meanOf(m_change.others());
-    m_successor = Successor{{other.tone_Hz, other.signal, heard().noise},
-                            m_change.lastOwn_step() +
-                                static_cast<std::int64_t>(AFTER_LAST_s / m_bank.step_s())};
+    m_successor =
+        Successor{{other.tone_Hz, other.signal, heard().noise},
+                  m_change.lastOwn_step() +
+                      static_cast<std::int64_t>(m_parameters.change.afterLast_s / m_bank.step_s())};
     m_events.erase(m_events.begin() + static_cast<std::ptrdiff_t>(m_sure), m_events.end());
 }
 

@@ -3,6 +3,7 @@
 // asked. Listeners share nothing that changes, so that each may work in a thread of its own.
 #pragma once
 
+#include "signal/band/parameters.h"
 #include "signal/band/stationchange.h"
 #include "signal/band/stepbank.h"
 #include "signal/band/survey.h"
@@ -35,9 +36,9 @@ struct Successor
 class Listener : private SymbolSink, private Observer
 {
 public:
-    /// Hears the steps [begin_step, end_step).
-    Listener(const StepBank& bank, const Survey& survey, const SignalGuess& guess,
-             std::int64_t begin_step, std::int64_t end_step = INT64_MAX);
+    /// Hears the steps [begin_step, end_step). Bank, survey and parameters must outlive it.
+    Listener(const StepBank& bank, const Survey& survey, const BandParameters& parameters,
+             const SignalGuess& guess, std::int64_t begin_step, std::int64_t end_step = INT64_MAX);
     ~Listener() override;
     Listener(const Listener&) = delete;
     Listener& operator=(const Listener&) = delete;
@@ -93,6 +94,7 @@ private:
 
     const StepBank& m_bank;
     const Survey& m_survey;
+    const BandParameters& m_parameters;
     SignalGuess m_guess;
     std::int64_t m_begin;
     std::int64_t m_end;

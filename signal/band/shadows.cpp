@@ -9,10 +9,6 @@ namespace demodulator {
 
 namespace {
 
-constexpr std::int64_t COMPARED_FRAMES = 94; // 3 s
-constexpr double REACH_Hz = 3000.0;          // of clicks
-constexpr double MARGIN = 2.0;
-constexpr double STRONGER = 2.0;
 // Where else a signal is to be found: at so many times its frequency, folded at the rate.
 struct Ghost
 {
@@ -25,16 +21,8 @@ constexpr Ghost COMPLEX_GHOSTS[] = {{-1, 0.01, 30.0},  // I and Q that are not b
                                     {5, 0.02, 150.0}}; // clipped
 constexpr Ghost SOUND_GHOSTS[] = {
     {2, 0.03, 60.0}, {3, 0.05, 90.0}, {5, 0.02, 150.0}}; // overdriven, clipped
-constexpr double KEY_DOWN = 0.15;    // share of its level with which a signal may be sending
-constexpr double NEGLIGIBLE = 0.3;   // of the noise
-constexpr double LEAST_EXCESS = 1.7; // over the noise
-
-constexpr double SHIFTED_s = 3.0;
-constexpr double LEAST_SHIFT_Hz = 60.0;
-constexpr double LARGEST_SHIFT_Hz = 1000.0;
-constexpr double LARGEST_RATIO = 6.0;   // of the powers of both tones
-constexpr double HALF_AMPLITUDE = 0.25; // as power
-constexpr double SHIFTED_SHARE = 0.8;   // of the time; two hands: about half of it
+// Between key up and key down, as power.
+constexpr double HALF_AMPLITUDE = 0.25;
 
 } // namespace
 
@@ -59,11 +47,11 @@ double Shadows::ghostAt(double tone_Hz, double frequency_Hz) const
 double Shadows::mirrored(std::int64_t frame, double mirror_Hz, double noise) const
 {
     const std::int64_t last = m_survey.end() - 1;
-    const std::int64_t first = std::max<std::int64_t>(0, last - COMPARED_FRAMES + 1);
+    const std::int64_t first = std::max<std::int64_t>(0, last - m_parameters.compared_frames + 1);
     double power = 0.0;
     for (std::int64_t near = std::max(frame - 1, first); near <= std::min(frame + 1, last); ++near)
         power = std::max(power, m_survey.power(near, mirror_Hz));
-    return MARGIN * std::max(0.0, power - noise);
+    return m_parameters.margin * std::max(0.0, power - noise);
 }
 
 bool Shadows::standsOut(const SignalGuess& tone, const std::vector<const Listener*>& others) const
@@ -83,17 +71,19 @@ bool Shadows::standsOut(const SignalGuess& tone, const std::vector<const Listene
     for (const Listener* const other : others) {
         const double level = other->heard().signal;
         const double offset_Hz = tone.tone_Hz - other->tone_Hz();
-        const double clicks =
-            std::fabs(offset_Hz) < REACH_Hz ? MARGIN * Survey::leak(offset_Hz) : 0.0;
-        const double ghost = MARGIN * ghostAt(other->tone_Hz(), tone.tone_Hz);
-        if (level > STRONGER * tone.signal && (clicks + ghost) * level > NEGLIGIBLE * noise)
+        const double clicks = std::fabs(offset_Hz) < m_parameters.clicksReach_Hz
+                                  ? m_parameters.margin * Survey::leak(offset_Hz)
+                                  : 0.0;
+        const double ghost = m_parameters.margin * ghostAt(other->tone_Hz(), tone.tone_Hz);
+        if (level > m_parameters.stronger * tone.signal &&
+            (clicks + ghost) * level > m_parameters.negligible * noise)
             shadows.push_back(
-                {other, clicks, ghost, other->tone_Hz() - offset_Hz, KEY_DOWN * level});
+                {other, clicks, ghost, other->tone_Hz() - offset_Hz, m_parameters.keyDown * level});
     }
     if (shadows.empty())
         return true;
     const std::int64_t end = m_survey.end();
-    const std::int64_t count = std::min(COMPARED_FRAMES, end);
+    const std::int64_t count = std::min<std::int64_t>(m_parameters.compared_frames, end);
     double sum = 0.0;
     for (std::int64_t frame = end - count; frame < end; ++frame) {
         double explained = 0.0;
@@ -109,12 +99,12 @@ bool Shadows::standsOut(const SignalGuess& tone, const std::vector<const Listene
         }
         sum += std::max(0.0, m_survey.power(frame, tone.tone_Hz) - explained);
     }
-    return sum > LEAST_EXCESS * noise * static_cast<double>(count);
+    return sum > m_parameters.leastExcess * noise * static_cast<double>(count);
 }
 
 std::vector<bool> Shadows::keyDown(double tone_Hz, double signal, std::int64_t end_step) const
 {
-    const auto count = static_cast<std::int64_t>(SHIFTED_s / m_bank.step_s());
+    const auto count = static_cast<std::int64_t>(m_parameters.shifted_s / m_bank.step_s());
     std::vector<bool> down;
     for (std::int64_t step = std::max<std::int64_t>(0, end_step - count); step < end_step; ++step)
         down.push_back(std::norm(m_bank.value(step, tone_Hz)) > HALF_AMPLITUDE * signal);
@@ -127,15 +117,16 @@ bool Shadows::isShifted(const SignalGuess& tone, const std::vector<KeyedTone>& t
     const std::vector<bool> own = keyDown(tone.tone_Hz, tone.signal, end_step);
     return std::any_of(tones.begin(), tones.end(), [&](const KeyedTone& other) {
         const double shift_Hz = std::fabs(other.tone_Hz - tone.tone_Hz);
-        if (shift_Hz < LEAST_SHIFT_Hz || shift_Hz > LARGEST_SHIFT_Hz ||
-            other.signal > LARGEST_RATIO * tone.signal ||
-            other.signal * LARGEST_RATIO < tone.signal)
+        if (shift_Hz < m_parameters.leastShift_Hz || shift_Hz > m_farthestShift_Hz ||
+            other.signal > m_parameters.largestRatio * tone.signal ||
+            other.signal * m_parameters.largestRatio < tone.signal)
             return false;
         const std::vector<bool> its = keyDown(other.tone_Hz, other.signal, end_step);
         std::size_t one = 0;
         for (std::size_t n = 0; n < own.size(); ++n)
             one += own[n] != its[n] ? 1 : 0;
-        return static_cast<double>(one) > SHIFTED_SHARE * static_cast<double>(own.size());
+        return static_cast<double>(one) >
+               m_parameters.shiftedShare * static_cast<double>(own.size());
     });
 }
 

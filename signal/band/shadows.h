@@ -4,6 +4,7 @@
 #pragma once
 
 #include "signal/band/listener.h"
+#include "signal/band/parameters.h"
 #include "signal/band/stepbank.h"
 #include "signal/band/survey.h"
 
@@ -15,10 +16,14 @@ namespace demodulator {
 class Shadows
 {
 public:
-    Shadows(const BandFormat& format, const StepBank& bank, const Survey& survey)
+    /// Bank and survey must outlive it.
+    Shadows(const BandFormat& format, const StepBank& bank, const Survey& survey,
+            const BandParameters& parameters)
         : m_format(format)
         , m_bank(bank)
         , m_survey(survey)
+        , m_parameters(parameters.shadow)
+        , m_farthestShift_Hz(parameters.signal.finder.farthestShift_Hz)
     {
     }
 
@@ -40,6 +45,8 @@ private:
     BandFormat m_format;
     const StepBank& m_bank;
     const Survey& m_survey;
+    ShadowParameters m_parameters;
+    double m_farthestShift_Hz;
 };
 
 } // namespace demodulator

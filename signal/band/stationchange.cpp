@@ -8,15 +8,6 @@ namespace demodulator {
 
 namespace {
 
-constexpr double LEAST_PAUSE_s = 0.15;
-constexpr double LEAST_PAUSE_units = 4.5; // nobody answers within a word
-constexpr std::size_t JUDGED_MARKS = 4;
-constexpr std::size_t LEAST_MARKS = 2;
-constexpr std::size_t KEPT_MARKS = 16;
-constexpr double LEAST_TONE_Hz = 4.0;
-constexpr double LEAST_LEVEL_dB = 6.0; // fading does not do that within a pause
-constexpr double DEVIATIONS = 4.0;
-
 // A quantity of a mark is the better known the longer the mark is.
 struct Measured
 {
@@ -62,14 +53,14 @@ Mean meanOf(const Marks& marks, Quantity quantity)
 
 // Further apart than chance makes it, and than one station does.
 template <typename A, typename B, typename Quantity>
-bool differ(const A& a, const B& b, Quantity quantity, double least)
+bool differ(const A& a, const B& b, Quantity quantity, double least, double deviations)
 {
     const Mean first = meanOf(a, quantity);
     const Mean second = meanOf(b, quantity);
     const double unitVariance =
         (first.scatter + second.scatter) / static_cast<double>(a.size() + b.size() - 2);
     const double deviation = std::sqrt(unitVariance * (1.0 / first.weight + 1.0 / second.weight));
-    return std::fabs(first.value - second.value) > std::max(least, DEVIATIONS * deviation);
+    return std::fabs(first.value - second.value) > std::max(least, deviations * deviation);
 }
 
 } // namespace
@@ -78,31 +69,31 @@ StationChange::Verdict StationChange::add(const StationMark& mark)
 {
     const std::int64_t last = m_others.empty() ? m_lastOwn : m_others.back().end_step;
     const double pause_steps = static_cast<double>(mark.begin_step - last);
-    const bool pause =
-        pause_steps > std::max(LEAST_PAUSE_s / m_step_s, LEAST_PAUSE_units * mark.unit_steps);
+    const bool pause = pause_steps > std::max(m_parameters.leastPause_s / m_step_s,
+                                              m_parameters.leastPause_units * mark.unit_steps);
     // A second pause before the first was judged: what lies between may be enough.
-    if (m_others.size() >= LEAST_MARKS && pause && decide() == Verdict::Other)
+    if (m_others.size() >= m_parameters.leastMarks && pause && decide() == Verdict::Other)
         return Verdict::Other;
-    if (m_others.empty() && (!pause || m_own.size() < JUDGED_MARKS)) {
+    if (m_others.empty() && (!pause || m_own.size() < m_parameters.judgedMarks)) {
         m_own.push_back(mark);
-        if (m_own.size() > KEPT_MARKS)
+        if (m_own.size() > m_parameters.kept_marks)
             m_own.pop_front();
         m_lastOwn = mark.end_step;
         return Verdict::Same;
     }
     m_others.push_back(mark);
-    return m_others.size() < JUDGED_MARKS ? Verdict::Waiting : decide();
+    return m_others.size() < m_parameters.judgedMarks ? Verdict::Waiting : decide();
 }
 
 StationChange::Verdict StationChange::decide()
 {
     if (m_others.empty())
         return Verdict::Same;
-    if (m_others.size() >= LEAST_MARKS && areOther())
+    if (m_others.size() >= m_parameters.leastMarks && areOther())
         return Verdict::Other;
     for (const StationMark& mark : m_others)
         m_own.push_back(mark);
-    while (m_own.size() > KEPT_MARKS)
+    while (m_own.size() > m_parameters.kept_marks)
         m_own.pop_front();
     m_lastOwn = m_others.back().end_step;
     m_others.clear();
@@ -111,8 +102,8 @@ StationChange::Verdict StationChange::decide()
 
 bool StationChange::areOther() const
 {
-    return differ(m_own, m_others, tone, LEAST_TONE_Hz) ||
-           differ(m_own, m_others, level_dB, LEAST_LEVEL_dB);
+    return differ(m_own, m_others, tone, m_parameters.leastTone_Hz, m_parameters.deviations) ||
+           differ(m_own, m_others, level_dB, m_parameters.leastLevel_dB, m_parameters.deviations);
 }
 
 } // namespace demodulator

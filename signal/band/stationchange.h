@@ -3,6 +3,8 @@
 // tone or another strength.
 #pragma once
 
+#include "signal/band/parameters.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -29,8 +31,9 @@ public:
         Other,   ///< another one has begun with others().front(), and is taken for the station now
     };
 
-    explicit StationChange(double step_s)
+    explicit StationChange(double step_s, const ChangeParameters& parameters = {})
         : m_step_s(step_s)
+        , m_parameters(parameters)
     {
     }
 
@@ -67,6 +70,7 @@ private:
     bool areOther() const;
 
     double m_step_s;
+    ChangeParameters m_parameters;
     std::deque<StationMark> m_own;
     std::vector<StationMark> m_others;
     std::int64_t m_lastOwn = 0;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "signal/band/stepbank.h"
 
+#include "signal/numbers.h"
 #include "signal/timing.h"
 
 #include <algorithm>
@@ -12,7 +13,6 @@ namespace demodulator {
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
 constexpr std::size_t WINDOW_STEPS = 3; // Hann, as a single signal's mixer has it
 constexpr std::size_t SIZE_STEPS = 4;   // filters lie 62.5 Hz apart, closer than they are wide
 constexpr int TAPS = 6;                 // filters that make up the one at a tone: exact to 0.1 %

@@ -9,17 +9,10 @@ namespace demodulator {
 
 namespace {
 
-constexpr std::size_t PIECE_BINS = 16;    // 250 Hz
-constexpr std::int64_t NOISE_FRAMES = 94; // 3 s
-constexpr std::int64_t LEAST_FRAMES = 6;
-constexpr std::int64_t NEW_NOISE_FRAMES = 24;
-// The gaps of keying show the noise even where there is a signal.
-constexpr std::int64_t LOW_ONE_IN = 10;
-// Spectra overlap, so that so many of them are independent.
+// 250 Hz: noise is taken to be even over a piece, and a signal fills less than half of it.
+constexpr std::size_t PIECE_BINS = 16;
+// Spectra overlap by half, so that so many of them are independent.
 constexpr double INDEPENDENT = 0.65;
-constexpr double LEAST_SIGMAS = 5.0; // mean power over noise that makes a tone, in deviations
-// Power of noise alone varies as much as its mean (1); a carrier in noise up to twice.
-constexpr double LEAST_SWING = 2.6;
 
 // How a keyed tone looks beside its frequency, as power: the window's own skirt, then the clicks of
 // hard edges.
@@ -34,8 +27,10 @@ constexpr Skirt SKIRT[] = {{0.0, 0.0},     {16.0, -4.0},   {31.0, -14.0},  {47.0
 
 } // namespace
 
-Survey::Survey(const BandFormat& format, std::size_t stepSamples)
+Survey::Survey(const BandFormat& format, std::size_t stepSamples, const BandParameters& parameters)
     : m_format(format)
+    , m_parameters(parameters.survey)
+    , m_leastSwing(parameters.signal.finder.leastSwing)
     , m_size(static_cast<std::size_t>(
           kiss_fft_next_fast_size(static_cast<int>(2 * HOP_STEPS * stepSamples))))
     , m_bins(format.isComplex ? m_size : m_size / 2)
@@ -82,17 +77,19 @@ double Survey::frequencyOf(double bin) const
 void Survey::measureNoise(std::size_t piece, bool usual)
 {
     const std::int64_t count = std::min(m_end, KEPT_FRAMES);
-    if (count < LEAST_FRAMES)
+    if (count < m_parameters.least_frames)
         return;
     if (usual)
-        m_usualFloors[piece] = floorOf(piece, std::min(count, NOISE_FRAMES));
+        m_usualFloors[piece] =
+            floorOf(piece, std::min<std::int64_t>(count, m_parameters.noise_frames));
     m_floors[piece] =
-        std::max(m_usualFloors[piece], floorOf(piece, std::min(count, NEW_NOISE_FRAMES)));
+        std::max(m_usualFloors[piece],
+                 floorOf(piece, std::min<std::int64_t>(count, m_parameters.newNoise_frames)));
 }
 
 float Survey::floorOf(std::size_t piece, std::int64_t count) const
 {
-    const std::int64_t rank = count / LOW_ONE_IN;
+    const std::int64_t rank = count / m_parameters.lowOneIn;
     // Where that value lies in noise, whose powers are distributed exponentially.
     double ofMean = 0.0;
     for (std::int64_t i = count - rank; i <= count; ++i)
@@ -171,7 +168,7 @@ std::vector<KeyedTone> Survey::findBetween(std::size_t first, std::size_t last,
 {
     std::vector<KeyedTone> tones;
     count = std::min({count, m_end, KEPT_FRAMES});
-    if (count < LEAST_FRAMES || m_bins < 8)
+    if (count < m_parameters.least_frames || m_bins < 8)
         return tones;
     first = std::max<std::size_t>(first, 2);
     last = std::min(last, m_bins - 2);
@@ -187,7 +184,8 @@ std::vector<KeyedTone> Survey::findBetween(std::size_t first, std::size_t last,
     }
     for (float& power : mean)
         power /= static_cast<float>(count);
-    const double least = 1.0 + LEAST_SIGMAS / std::sqrt(INDEPENDENT * static_cast<double>(count));
+    const double least =
+        1.0 + m_parameters.leastSigmas / std::sqrt(INDEPENDENT * static_cast<double>(count));
     for (std::size_t bin = first; bin < last; ++bin) {
         const std::size_t i = bin - begin;
         const double centre = mean[i];
@@ -203,7 +201,7 @@ std::vector<KeyedTone> Survey::findBetween(std::size_t first, std::size_t last,
             spread += difference * difference;
         }
         spread /= static_cast<double>(count);
-        if (spread < LEAST_SWING * centre * std::max(floor, 1e-4 * centre))
+        if (spread < m_leastSwing * centre * std::max(floor, 1e-4 * centre))
             continue;
         const double left = std::log(std::max(mean[i - 1], 1e-30F));
         const double right = std::log(std::max(mean[i + 1], 1e-30F));

@@ -3,6 +3,7 @@
 // and the tones in it that rise over the noise around them and are keyed.
 #pragma once
 
+#include "signal/band/parameters.h"
 #include "signal/band/stepbank.h"
 #include "signal/samples/powerspectra.h"
 
@@ -33,7 +34,8 @@ public:
     static constexpr std::int64_t KEPT_FRAMES = 128;
 
     /// `stepSamples` as the bank has it.
-    Survey(const BandFormat& format, std::size_t stepSamples);
+    Survey(const BandFormat& format, std::size_t stepSamples,
+           const BandParameters& parameters = {});
     ~Survey();
     Survey(const Survey&) = delete;
     Survey& operator=(const Survey&) = delete;
@@ -81,6 +83,8 @@ private:
                                        std::int64_t count) const;
 
     BandFormat m_format;
+    SurveyParameters m_parameters;
+    double m_leastSwing;
     std::size_t m_size;
     std::size_t m_bins;
     double m_spacing_Hz;

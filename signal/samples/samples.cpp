@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "signal/samples/samples.h"
 
+#include "signal/numbers.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -8,16 +10,15 @@ namespace demodulator {
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
 constexpr double WORKING_RATE_Hz = 8000.0; // least rate after decimation; tones go up to 3.5 kHz
 constexpr float LARGEST_SAMPLE = 8.0F;     // well over full scale: clipped signals stay clipped
 
-float sane(float sample)
+} // namespace
+
+float usableSample(float sample)
 {
     return std::isfinite(sample) ? std::clamp(sample, -LARGEST_SAMPLE, LARGEST_SAMPLE) : 0.0F;
 }
-
-} // namespace
 
 Decimator::Decimator(double inputRate_Hz)
     : m_factor(std::max(1, static_cast<int>(inputRate_Hz / WORKING_RATE_Hz)))
@@ -45,7 +46,7 @@ Decimator::Decimator(double inputRate_Hz)
 void Decimator::push(const float* samples, std::size_t count, std::vector<float>& output)
 {
     for (std::size_t i = 0; i < count; ++i)
-        m_pending.push_back(sane(samples[i]));
+        m_pending.push_back(usableSample(samples[i]));
     const std::size_t step = static_cast<std::size_t>(m_factor);
     std::size_t start = 0;
     for (; start + m_taps.size() <= m_pending.size(); start += step) {

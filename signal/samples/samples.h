@@ -9,6 +9,9 @@
 
 namespace demodulator {
 
+/// A sample that the rest can compute with: not-a-number and infinity become 0, excess is clipped.
+float usableSample(float sample);
+
 /// Low-pass and decimation by a whole number. Output sample k belongs to the moment of input sample
 /// k * factor().
 class Decimator
@@ -19,7 +22,7 @@ public:
     double outputRate_Hz() const { return m_outputRate_Hz; }
     int factor() const { return m_factor; }
 
-    /// Appends what can be computed. Not-a-number and infinity become 0, excess is clipped.
+    /// Appends what can be computed, of samples made usable.
     void push(const float* samples, std::size_t count, std::vector<float>& output);
     /// Appends the samples that still waited for their right-hand neighbours.
     void flush(std::vector<float>& output);

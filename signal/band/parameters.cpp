@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+#include "signal/band/parameters.h"
+
+#include "signal/parameterrow.h"
+
+namespace demodulator {
+
+namespace {
+
+std::vector<ParameterRow> rowsOf(BandParameters& parameters)
+{
+    return {
+        PARAMETER_ROW(survey.noise_frames),
+        PARAMETER_ROW(survey.newNoise_frames),
+        PARAMETER_ROW(survey.least_frames),
+        PARAMETER_ROW(survey.lowOneIn),
+        PARAMETER_ROW(survey.search_frames),
+        PARAMETER_ROW(survey.leastSigmas),
+        PARAMETER_ROW(shadow.compared_frames),
+        PARAMETER_ROW(shadow.clicksReach_Hz),
+        PARAMETER_ROW(shadow.margin),
+        PARAMETER_ROW(shadow.stronger),
+        PARAMETER_ROW(shadow.keyDown),
+        PARAMETER_ROW(shadow.negligible),
+        PARAMETER_ROW(shadow.leastExcess),
+        PARAMETER_ROW(shadow.shifted_s),
+        PARAMETER_ROW(shadow.shiftedShare),
+        PARAMETER_ROW(shadow.leastShift_Hz),
+        PARAMETER_ROW(shadow.largestRatio),
+        PARAMETER_ROW(change.leastPause_s),
+        PARAMETER_ROW(change.leastPause_units),
+        PARAMETER_ROW(change.judgedMarks),
+        PARAMETER_ROW(change.leastMarks),
+        PARAMETER_ROW(change.kept_marks),
+        PARAMETER_ROW(change.leastTone_Hz),
+        PARAMETER_ROW(change.leastLevel_dB),
+        PARAMETER_ROW(change.deviations),
+        PARAMETER_ROW(change.afterLast_s),
+        PARAMETER_ROW(admission.refusedFor_s),
+        PARAMETER_ROW(admission.leastOver_s),
+        PARAMETER_ROW(admission.beforeResumed_s),
+        PARAMETER_ROW(admission.answerSilence_s),
+        PARAMETER_ROW(admission.answerSilence_units),
+        PARAMETER_ROW(admission.answerReach_Hz),
+        PARAMETER_ROW(admission.answerLevel),
+        PARAMETER_ROW(admission.remembered_s),
+        PARAMETER_ROW(admission.comesBack_Hz),
+        PARAMETER_ROW(admission.leastCandidates),
+        PARAMETER_ROW(admission.candidatesPerSignal),
+    };
+}
+
+} // namespace
+
+std::vector<std::string> bandParameterNames()
+{
+    BandParameters parameters;
+    std::vector<std::string> names;
+    for (const ParameterRow& row : rowsOf(parameters))
+        names.emplace_back(row.name);
+    return names;
+}
+
+bool setParameter(BandParameters& parameters, const std::string& name, double value)
+{
+    return setByName(rowsOf(parameters), name, value) ||
+           setParameter(parameters.signal, name, value);
+}
+
+} // namespace demodulator

@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: MIT
+// What the receiver for a band is tuned with, a part per stage, and what the chain of each signal
+// is tuned with. Named in brackets: the bands of bench/band that show when a value is wrong.
+#pragma once
+
+#include "signal/morse/parameters.h"
+
+#include <string>
+#include <vector>
+
+namespace demodulator {
+
+/// Noise and keyed tones (survey.h). A frame is 32 ms.
+struct SurveyParameters
+{
+    // Noise is what the weakest of so many powers show, since keying has gaps: over a span that
+    // holds gaps at any speed, and over a short one, so that noise which rises is no signal
+    // (contest).
+    int noise_frames = 94;
+    int newNoise_frames = 24;
+    int least_frames = 6; ///< fewer say nothing of a mean
+    int lowOneIn = 10;
+    int search_frames = 94;   ///< over which a tone is looked for
+    double leastSigmas = 5.0; ///< mean power over noise that makes a tone, in deviations (wide)
+};
+
+/// What stronger signals explain (shadows.h).
+struct ShadowParameters
+{
+    int compared_frames = 94;
+    double clicksReach_Hz = 3000.0; ///< clicks of hard keying are heard that far
+    double margin = 2.0;            ///< clicks, images and harmonics are at most so much stronger
+    double stronger = 2.0;          ///< than the tone, in power; weaker signals explain nothing
+    double keyDown = 0.15;          ///< share of its level with which a signal may be sending
+    double negligible = 0.3;        ///< of the noise: what stays below is no shadow
+    double leastExcess = 1.7;       ///< over the noise, of what is left (contest, wide)
+    // Two tones are those of one teleprinter when exactly one of them is on for such a share of
+    // this time; of two hands it is half of it.
+    double shifted_s = 3.0;
+    double shiftedShare = 0.8;
+    double leastShift_Hz = 60.0;
+    double largestRatio = 6.0; ///< of the powers of both tones
+};
+
+/// Another station on the same frequency (stationchange.h).
+struct ChangeParameters
+{
+    // Nobody answers within a word: shorter pauses are the station's own (contest).
+    double leastPause_s = 0.15;
+    double leastPause_units = 4.5;
+    unsigned judgedMarks = 4; ///< after a pause; fewer than these are not compared
+    unsigned leastMarks = 2;
+    unsigned kept_marks = 16; ///< of the station, for its mean
+    // One station differs from itself by less; fading does not change more within a pause.
+    double leastTone_Hz = 4.0;
+    double leastLevel_dB = 6.0;
+    double deviations = 4.0;   ///< of what chance makes of these differences
+    double afterLast_s = 0.02; ///< from then on the other one is listened to
+};
+
+/// Who is listened to, and who is given (bandreceiver.h). Spans and distances that a single signal
+/// has as well are those of AttentionParameters.
+struct AdmissionParameters
+{
+    double refusedFor_s = 3.0;     ///< a tone that was no signal, unless it becomes stronger
+    double leastOver_s = 0.8;      ///< of a station between two overs of another (contest)
+    double beforeResumed_s = 0.02; ///< that over ends so long before the other one goes on
+    // An answer on the same frequency is looked for after a silence of so long. On the very tone,
+    // what is so many times weaker (in power) is somebody else (contest).
+    double answerSilence_s = 0.4;
+    double answerSilence_units = 8.0;
+    double answerReach_Hz = 60.0;
+    double answerLevel = 6.0;
+    // A station that sends again is known by its tone for so long.
+    double remembered_s = 30.0;
+    double comesBack_Hz = 6.0;
+    // Signals that may be tried at once, and as many more for each that is given: in a full band
+    // clicks and noise find no end of candidates, and each takes as long as a signal.
+    unsigned leastCandidates = 32;
+    double candidatesPerSignal = 0.5;
+};
+
+struct BandParameters
+{
+    SurveyParameters survey;
+    ShadowParameters shadow;
+    ChangeParameters change;
+    AdmissionParameters admission;
+    Parameters signal; ///< of the chain of each signal
+};
+
+/// The names of all members but those of the chain, as "part.member".
+std::vector<std::string> bandParameterNames();
+
+/// Sets "part.member" by its name, for sweeps, of the chain as well; false when there is none, or
+/// it is not a number.
+bool setParameter(BandParameters& parameters, const std::string& name, double value);
+
+} // namespace demodulator
