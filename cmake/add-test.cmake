@@ -2,11 +2,14 @@
 # morsehandler_add_test(tst_stem [SOURCES file...] [LIBRARIES target...])
 # One Qt Test program from tst_stem.cpp in the current folder, registered under
 # <folder>/<stem> and labelled with the folder. SOURCES compiles classes that the library hides into
-# the test, their headers through moc; LIBRARIES adds targets to the library, its tables and the
-# stand-in host.
+# the test, their headers through moc (not when coverage is counted: nothing is hidden then);
+# LIBRARIES adds targets to the library, its tables and the stand-in host.
 function(morsehandler_add_test name)
     cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
     get_filename_component(folder ${CMAKE_CURRENT_SOURCE_DIR} NAME)
+    if(MORSEHANDLER_COVERAGE)
+        set(arg_SOURCES)
+    endif()
     add_executable(${name})
     set(headers ${arg_SOURCES})
     list(FILTER headers INCLUDE REGEX "h$")

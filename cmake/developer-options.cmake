@@ -15,8 +15,9 @@ if(MORSEHANDLER_DEVELOPER)
     target_compile_options(morsehandler_options INTERFACE -Werror)
 endif()
 if(MORSEHANDLER_COVERAGE)
-    # Counted are the library and the stand-in host, and what of them a test compiles into itself;
-    # a test would only dilute the figures, and takes longer to build when it is counted.
+    # Counted are the library and the stand-in host; a test would only dilute the figures, and takes
+    # longer to build when it is counted. Each source is compiled once, so that all counts are of one
+    # object: what is hidden otherwise is visible here, and no test compiles it into itself.
     set(MORSEHANDLER_COUNTED --coverage)
     target_link_options(morsehandler_options INTERFACE --coverage)
 endif()
@@ -37,6 +38,8 @@ set(CMAKE_GLOBAL_AUTOGEN_TARGET ON)
 set(CMAKE_CXX_STANDARD 17)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
-set(CMAKE_CXX_VISIBILITY_PRESET hidden)
-set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+if(NOT MORSEHANDLER_COVERAGE)
+    set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+    set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+endif()
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)

@@ -19,6 +19,8 @@
 
 PRIVATE_MEMBER(CodecNameToFile, CodecHandler, codecNameToFile,
                QString (CodecHandler::*)(const QString&));
+PRIVATE_MEMBER(ReadCodecFile, CodecHandler, readCodecFile, bool (CodecHandler::*)(const QString&));
+PRIVATE_MEMBER(ReadMapFile, CodecHandler, readMapFile, bool (CodecHandler::*)(const QString&));
 PRIVATE_MEMBER(FileToCodecName, CodecHandler, fileToCodecName,
                QString (CodecHandler::*)(const QString&));
 
@@ -351,6 +353,23 @@ private Q_SLOTS:
                  QStringLiteral("\u0391\u0441\u0141"));
         const QString many = QStringLiteral("A\u0441").repeated(5000);
         QCOMPARE(handler.Translate(many), QStringLiteral("\u0391\u0441").repeated(5000));
+    }
+
+    void aFileOfTheFolderIsReadInEitherFormat()
+    {
+        QTemporaryDir dir;
+        writeFile(dir.filePath("a"), "first\nRL\nA;0x0410\n");
+        writeFile(dir.filePath("b"), "A\t0x0391\n\n");
+        CodecHandler handler;
+        handler.SetAlphabetsDir(dir.path());
+        QVERIFY((handler.*memberOf(ReadCodecFile()))("a"));
+        QCOMPARE(handler.Translate("A"), QStringLiteral("\u0410"));
+        QVERIFY(handler.TextDirectionRTL());
+        QVERIFY((handler.*memberOf(ReadMapFile()))("b"));
+        QCOMPARE(handler.Translate("A"), QStringLiteral("\u0391"));
+        QVERIFY(!handler.TextDirectionRTL());
+        QVERIFY(!(handler.*memberOf(ReadCodecFile()))("c"));
+        QVERIFY(!(handler.*memberOf(ReadMapFile()))("c"));
     }
 
     void theOneCodecFileThatCanBeLoadedIsCalledITA2()

@@ -808,6 +808,12 @@ private Q_SLOTS:
             const ResultPolicyScope scope({false, false, {}});
             TavikResultData dropped;
             QVERIFY(save(dropped, "dropped.xml"));
+            auto* const filledBefore = new Transmission;
+            auto* const block = new DataBlock(-1, 0, 0);
+            filledBefore->AddDataBlock(block);
+            dropped.AddTransmission(filledBefore);
+            appendFrame(block, "x");
+            QVERIFY(dropped.SaveFile(dir.filePath("filled.xml")));
             QVERIFY(save(before, "before.xml"));
         }
         TavikResultData after;
