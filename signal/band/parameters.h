@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What the receiver for a band is tuned with, a part per stage, and what the chain of each signal
-// is tuned with. Named in brackets: the bands of bench/band that show when a value is wrong.
+// is tuned with. The rows are those of bench/band that show when a value is wrong.
 #pragma once
 
 #include "signal/morse/parameters.h"
@@ -15,13 +15,14 @@ struct SurveyParameters
 {
     // Noise is what the weakest of so many powers show, since keying has gaps: over a span that
     // holds gaps at any speed, and over a short one, so that noise which rises is no signal
-    // (contest).
+    // (row: contest).
     int noise_frames = 94;
     int newNoise_frames = 24;
     int least_frames = 6; ///< fewer say nothing of a mean
     int lowOneIn = 10;
-    int search_frames = 94;   ///< over which a tone is looked for
-    double leastSigmas = 5.0; ///< mean power over noise that makes a tone, in deviations (wide)
+    int search_frames = 94; ///< over which a tone is looked for
+    double leastSigmas =
+        5.0; ///< mean power over noise that makes a tone, in deviations (row: wide)
 };
 
 /// What stronger signals explain (shadows.h).
@@ -33,7 +34,7 @@ struct ShadowParameters
     double stronger = 2.0;          ///< than the tone, in power; weaker signals explain nothing
     double keyDown = 0.15;          ///< share of its level with which a signal may be sending
     double negligible = 0.3;        ///< of the noise: what stays below is no shadow
-    double leastExcess = 1.7;       ///< over the noise, of what is left (contest, wide)
+    double leastExcess = 1.7;       ///< over the noise, of what is left (rows: contest, wide)
     // Two tones are those of one teleprinter when exactly one of them is on for such a share of
     // this time; of two hands it is half of it.
     double shifted_s = 3.0;
@@ -45,7 +46,7 @@ struct ShadowParameters
 /// Another station on the same frequency (stationchange.h).
 struct ChangeParameters
 {
-    // Nobody answers within a word: shorter pauses are the station's own (contest).
+    // Nobody answers within a word: shorter pauses are the station's own (row: contest).
     double leastPause_s = 0.15;
     double leastPause_units = 4.5;
     unsigned judgedMarks = 4; ///< after a pause; fewer than these are not compared
@@ -63,10 +64,10 @@ struct ChangeParameters
 struct AdmissionParameters
 {
     double refusedFor_s = 3.0;     ///< a tone that was no signal, unless it becomes stronger
-    double leastOver_s = 0.8;      ///< of a station between two overs of another (contest)
+    double leastOver_s = 0.8;      ///< of a station between two overs of another (row: contest)
     double beforeResumed_s = 0.02; ///< that over ends so long before the other one goes on
     // An answer on the same frequency is looked for after a silence of so long. On the very tone,
-    // what is so many times weaker (in power) is somebody else (contest).
+    // what is so many times weaker (in power) is somebody else (row: contest).
     double answerSilence_s = 0.4;
     double answerSilence_units = 8.0;
     double answerReach_Hz = 60.0;

@@ -11,9 +11,11 @@ namespace demodulator {
 
 namespace {
 
+// What a hand does not make of a dot, of a gap within a character and of a dash: codes 64 to 66.
 constexpr double SHORTEST_DOT_units = 0.5;
 constexpr double SHORTEST_PAUSE_units = 0.4;
 constexpr double LONGEST_DASH_units = 5.0;
+// A transmission ends after so long: six word gaps, but no sooner than a pause for thought.
 constexpr double ENDING_SILENCE_units = 45.0;
 constexpr double ENDING_SILENCE_us = 3e6;
 // Without any noise a ratio says nothing.

@@ -14,8 +14,8 @@ namespace demodulator {
 struct FinderParameters
 {
     double noiseNearest_Hz = 40.0;   ///< a tone itself ends here: noise is looked for beyond
-    double noiseFarthest_Hz = 200.0; ///< narrow receiver filters end here (row: narrow)
-    double beside_Hz = 140.0;        ///< still within narrower ones (row: narrow)
+    double noiseFarthest_Hz = 200.0; ///< narrow receiver filters end here (row: filter-snr3)
+    double beside_Hz = 140.0;        ///< still within narrower ones (row: filter-snr3)
     // How much more the power of a keyed tone varies than noise does: that of noise alone varies as
     // much as its mean (1), that of a carrier in noise up to twice (rows: hum, noise).
     double leastSwing = 2.6;
@@ -137,7 +137,7 @@ struct LikelihoodParameters
 struct TimingParameters
 {
     // Speeds are tried on a logarithmic scale; of a known speed, only those within a tolerance. The
-    // prior is that of amateur traffic: a deviation of the logarithm (rows: clean, wpm8, wpm45).
+    // prior is that of amateur traffic: a deviation of the logarithm (rows: clean20, wpm8, wpm45).
     double fastest_wpm = HIGHEST_SPEED_wpm + 4.0; // some to spare, for a hand that hurries
     double slowest_wpm = LOWEST_SPEED_wpm;
     double speedRatio = 1.05;

@@ -2,6 +2,7 @@
 #include "signal/morse/timingmodel.h"
 
 #include "signal/morse/innerloops.h"
+#include "signal/timing.h"
 
 #include <algorithm>
 #include <cmath>
@@ -16,7 +17,6 @@ constexpr double CHARACTER_GAPS_units[] = {2.3, 2.6, 3.0, 3.5, 4.1, 4.8, 5.6, 6.
 constexpr double WORD_RATIOS[] = {1.7, 2.0, 2.33, 2.8, 3.4};
 constexpr double TEXTBOOK_CHARACTER_units = 3.0;
 constexpr double TEXTBOOK_WORD_RATIO = 7.0 / 3.0;
-constexpr double TEXTBOOK_DOT_s_wpm = 1.2; // a dot at one word (PARIS) a minute
 
 std::size_t index(Kind kind)
 {
@@ -60,7 +60,7 @@ TimingModel::TimingModel(double step_s, std::optional<double> speed_wpm,
     double total = 0.0;
     for (double speed = fastest_wpm; speed >= slowest_wpm; speed /= parameters.speedRatio) {
         DurationTable table;
-        table.unit_steps = TEXTBOOK_DOT_s_wpm / speed / step_s;
+        table.unit_steps = unitOf_s(speed) / step_s;
         m_tables.push_back(table);
         const double x =
             std::log(speed / speed_wpm.value_or(parameters.usual_wpm)) / parameters.usualDeviation;

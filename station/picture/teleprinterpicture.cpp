@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "station/picture/teleprinterpicture.h"
 
+#include "signal/numbers.h"
 #include "station/picture/rows.h"
 
 #include <QStringList>
@@ -13,9 +14,8 @@ namespace inspect {
 
 namespace {
 
+using demodulator::PI;
 using teleprinter::SeenWord;
-
-constexpr double PI = 3.14159265358979323846;
 
 // --- Where things lie, in pixels from the top of a row -----------------------------------------
 
