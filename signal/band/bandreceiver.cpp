@@ -349,7 +349,7 @@ private:
             if (!weakest || other.listener->heard().signal < weakest->listener->heard().signal)
                 weakest = &other;
         }
-        if (count < m_settings.mostSignals)
+        if (!weakest || count < m_settings.mostSignals)
             return true;
         ++m_dropped;
         if (weakest->listener->heard().signal >= candidate.listener->heard().signal)

@@ -63,15 +63,13 @@ void Survey::compute(std::int64_t frame, const std::complex<float>* samples)
 
 std::size_t Survey::binOf(double frequency_Hz) const
 {
-    const double lowest = m_format.isComplex ? static_cast<double>(m_size / 2) : 0.0;
-    const double bin = frequency_Hz / m_spacing_Hz + lowest;
+    const double bin = frequency_Hz / m_spacing_Hz + static_cast<double>(binsBelowZero());
     return static_cast<std::size_t>(std::clamp(bin + 0.5, 0.0, static_cast<double>(m_bins - 1)));
 }
 
 double Survey::frequencyOf(double bin) const
 {
-    const double lowest = m_format.isComplex ? static_cast<double>(m_size / 2) : 0.0;
-    return (bin - lowest) * m_spacing_Hz;
+    return (bin - static_cast<double>(binsBelowZero())) * m_spacing_Hz;
 }
 
 void Survey::measureNoise(std::size_t piece, bool usual)

@@ -71,6 +71,7 @@ public:
     static double leak(double offset_Hz);
 
 private:
+    std::size_t binsBelowZero() const { return m_format.isComplex ? m_size / 2 : 0; }
     std::size_t binOf(double frequency_Hz) const;
     double frequencyOf(double bin) const;
     const float* frameAt(std::int64_t frame) const
