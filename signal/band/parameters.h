@@ -83,6 +83,11 @@ struct AdmissionParameters
 
 struct BandParameters
 {
+    // Who sends beside a tone has a listener of his own here: to follow the turns of such marks
+    // would only draw one signal's tone towards another's (row: busy). So noise always leaves a
+    // doubt.
+    BandParameters() { signal.tone.sureErrors = 1e9; }
+
     SurveyParameters survey;
     ShadowParameters shadow;
     ChangeParameters change;
