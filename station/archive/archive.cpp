@@ -197,7 +197,7 @@ QString postgresqlMatch(const std::vector<Wanted>& wanted)
 
 const ArchiveDialect SQLITE = {
     "QSQLITE",
-    {"PRAGMA journal_mode = WAL", "PRAGMA synchronous = FULL", "PRAGMA cache_size = -4096"},
+    {"PRAGMA journal_mode = WAL", "PRAGMA synchronous = FULL"},
     "PRAGMA user_version",
     {{"CREATE TABLE transmissions (id INTEGER PRIMARY KEY AUTOINCREMENT, key TEXT NOT NULL UNIQUE, "
       "station TEXT, receiver TEXT, source TEXT, decoder TEXT, number INTEGER, tone_hz REAL, "
