@@ -25,6 +25,12 @@ QString number(const std::optional<double>& value, int digits)
     return value ? QString::number(*value, 'f', digits) : QStringLiteral("?");
 }
 
+// Of a teleprinter.
+QString speed(double baudRate)
+{
+    return QStringLiteral("%1 Bd").arg(baudRate, 3, 'f', 0);
+}
+
 class LineReporter : public BandReporter
 {
 public:
@@ -37,9 +43,11 @@ public:
             *frequency_kHz /= 1000.0;
         const QString time = QDateTime::fromMSecsSinceEpoch(transmission.start_us / 1000, Qt::UTC)
                                  .toString(QStringLiteral("hh:mm:ss'Z'"));
-        m_output.write(QStringLiteral("%1 kHz  %2 wpm  %3 dB  %4  %5\n")
+        m_output.write(QStringLiteral("%1 kHz  %2  %3 dB  %4  %5\n")
                            .arg(number(frequency_kHz, 2), 9)
-                           .arg(number(transmission.speed_wpm, 0), 2)
+                           .arg(transmission.baudRate ? speed(*transmission.baudRate)
+                                                      : QStringLiteral("%1 wpm").arg(
+                                                            number(transmission.speed_wpm, 0), 2))
                            .arg(number(transmission.snr_dB, 0), 2)
                            .arg(time, transmission.text.simplified())
                            .toUtf8());
@@ -55,9 +63,9 @@ public:
     void lost(const BandEntry& signal) override { state(signal, "lost"); }
     void text(const BandEntry& signal, const QString& text, std::int64_t /*time_us*/) override
     {
-        write({{QStringLiteral("event"), QStringLiteral("text")},
-               {QStringLiteral("number"), signal.number},
-               {QStringLiteral("text"), text}});
+        write(withDecoder(signal, {{QStringLiteral("event"), QStringLiteral("text")},
+                                   {QStringLiteral("number"), signal.number},
+                                   {QStringLiteral("text"), text}}));
     }
     void transmission(const Transmission& transmission) override { write(toJson(transmission)); }
 
@@ -66,12 +74,21 @@ private:
 
     void state(const BandEntry& signal, const char* state)
     {
-        write({{QStringLiteral("event"), QStringLiteral("signal")},
-               {QStringLiteral("state"), QLatin1String(state)},
-               {QStringLiteral("number"), signal.number},
-               {QStringLiteral("tone_Hz"), rounded(signal.tone_Hz)},
-               {QStringLiteral("frequency_Hz"), rounded(signal.frequency_Hz)},
-               {QStringLiteral("snr_dB"), rounded(signal.snr_dB)}});
+        write(withDecoder(signal, {{QStringLiteral("event"), QStringLiteral("signal")},
+                                   {QStringLiteral("state"), QLatin1String(state)},
+                                   {QStringLiteral("number"), signal.number},
+                                   {QStringLiteral("tone_Hz"), rounded(signal.tone_Hz)},
+                                   {QStringLiteral("frequency_Hz"), rounded(signal.frequency_Hz)},
+                                   {QStringLiteral("snr_dB"), rounded(signal.snr_dB)}}));
+    }
+    static QJsonObject withDecoder(const BandEntry& signal, QJsonObject object)
+    {
+        object.insert(QStringLiteral("decoder"), signal.decoder);
+        if (signal.baudRate)
+            object.insert(QStringLiteral("baud_rate"), *signal.baudRate);
+        if (signal.shift_Hz)
+            object.insert(QStringLiteral("shift_Hz"), *signal.shift_Hz);
+        return object;
     }
     void write(const QJsonObject& object)
     {
@@ -145,9 +162,11 @@ public:
         m_next_s = time_s + REFRESH_s;
         QString screen = QStringLiteral("\x1b[H\x1b[J");
         for (const demodulator::BandSignal& signal : signals) {
-            screen += QStringLiteral("%1 kHz  %2 wpm  %3 dB  %4\n")
+            screen += QStringLiteral("%1 kHz  %2  %3 dB  %4\n")
                           .arg((m_center_Hz + signal.tone_Hz) / 1000.0, 9, 'f', 2)
-                          .arg(signal.speed_wpm, 2, 'f', 0)
+                          .arg(signal.baudRate > 0.0
+                                   ? speed(signal.baudRate)
+                                   : QStringLiteral("%1 wpm").arg(signal.speed_wpm, 2, 'f', 0))
                           .arg(signal.snr_dB, 2, 'f', 0)
                           .arg(m_texts[signal.number]);
         }

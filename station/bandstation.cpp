@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "station/bandstation.h"
 
+#include "station/decoders.h"
+
+#include <cmath>
+
 namespace morsehost {
 
 BandListener::~BandListener() = default;
@@ -50,6 +54,54 @@ private:
     MorseStation m_station;
 };
 
+// The same of a teleprinter, without a map: the text is that of its decoder.
+class BandStation::Teleprinter : private StationListener
+{
+public:
+    Teleprinter(HostTree& tree, const TeleprinterSettings& settings, const BandEntry& entry,
+                BandListener& listener)
+        : m_entry(entry)
+        , m_listener(listener)
+        , m_station(tree, settings, *this)
+    {
+        m_station.start();
+    }
+
+    TeleprinterStation& station() { return m_station; }
+    const BandEntry& entry() const { return m_entry; }
+    void tune(const teleprinter::Line& line, double center_Hz)
+    {
+        m_entry.tone_Hz = line.centre_Hz();
+        m_entry.frequency_Hz = center_Hz + line.centre_Hz();
+    }
+    void character(std::uint8_t character, std::int64_t time_us)
+    {
+        m_time_us = time_us;
+        m_station.character(character, time_us);
+    }
+
+private:
+    void text(const QString& text) override
+    {
+        const QString inLine = QString(text).replace(QLatin1Char('\n'), QLatin1Char(' '));
+        m_listener.text(m_entry, inLine, m_time_us);
+    }
+    void transmission(const Transmission& transmission) override
+    {
+        Transmission own = transmission;
+        own.number = m_entry.number;
+        own.frequency_Hz = m_entry.frequency_Hz;
+        own.snr_dB = m_entry.snr_dB;
+        m_listener.transmission(own);
+    }
+    void saving(const QString& message) override { m_listener.saving(message); }
+
+    BandEntry m_entry;
+    BandListener& m_listener;
+    std::int64_t m_time_us = 0; // of the last character
+    TeleprinterStation m_station;
+};
+
 BandStation::BandStation(const StationSettings& settings, double center_Hz, BandListener& listener)
     : m_settings(settings)
     , m_center_Hz(center_Hz)
@@ -72,7 +124,9 @@ bool BandStation::canBegin()
 
 void BandStation::signalFound(int signal, double tone_Hz, double snr_dB)
 {
-    const BandEntry entry = {signal, tone_Hz, m_center_Hz + tone_Hz, snr_dB};
+    const BandEntry entry = {
+        signal,       tone_Hz,     m_center_Hz + tone_Hz, snr_dB, QLatin1String(MORSE_DECODER),
+        std::nullopt, std::nullopt};
     StationSettings settings = m_settings;
     settings.place = QStringLiteral("Band1/Signal%1").arg(signal);
     settings.frequency_Hz = entry.frequency_Hz;
@@ -99,8 +153,57 @@ void BandStation::transmissionStopped(int signal, std::int64_t time_us,
     m_signals.at(signal)->station().transmissionStopped(time_us, report);
 }
 
+void BandStation::teleprinterFound(int signal, const teleprinter::Line& line, double snr_dB)
+{
+    const BandEntry entry = {signal,
+                             line.centre_Hz(),
+                             m_center_Hz + line.centre_Hz(),
+                             snr_dB,
+                             decoderOf(line.kind.code),
+                             line.kind.baud,
+                             std::round(line.shift_Hz())};
+    TeleprinterSettings settings;
+    settings.place = QStringLiteral("Band1/Signal%1").arg(signal);
+    settings.source = m_settings.source;
+    settings.decoder = entry.decoder;
+    settings.map = QStringLiteral("Default");
+    settings.saveDirectory = m_settings.saveDirectory;
+    settings.frequency_Hz = entry.frequency_Hz;
+    settings.start_us = m_settings.start_us;
+    m_teleprinters[signal] = std::make_unique<Teleprinter>(m_tree, settings, entry, m_listener);
+    m_listener.found(entry);
+}
+
+void BandStation::teleprinterStarted(int signal, const teleprinter::Line& line,
+                                     std::int64_t time_us)
+{
+    Teleprinter& one = *m_teleprinters.at(signal);
+    one.tune(line, m_center_Hz);
+    one.station().transmissionStarted(line, time_us);
+}
+
+void BandStation::teleprinterCharacter(int signal, std::uint8_t character, std::int64_t time_us)
+{
+    m_teleprinters.at(signal)->character(character, time_us);
+}
+
+void BandStation::teleprinterStopped(int signal, const teleprinter::Line& line,
+                                     std::int64_t time_us)
+{
+    Teleprinter& one = *m_teleprinters.at(signal);
+    one.tune(line, m_center_Hz);
+    one.station().transmissionStopped(line, time_us);
+}
+
 void BandStation::signalLost(int signal)
 {
+    const auto teleprinter = m_teleprinters.find(signal);
+    if (teleprinter != m_teleprinters.end()) {
+        m_lostTransmissions += teleprinter->second->station().lost();
+        m_listener.lost(teleprinter->second->entry());
+        m_teleprinters.erase(teleprinter);
+        return;
+    }
     const auto found = m_signals.find(signal);
     const SaveLosses lost = found->second->station().stop();
     m_lost.symbols += lost.symbols;

@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: MIT
-// A host for all Morse signals of a band: a station, and with it a handler, for each of them.
+// A host for all signals of a band: a station, and with it a handler or a map, for each of them.
 #pragma once
 
 #include "host/standin/hosttree.h"
 #include "signal/band/bandreceiver.h"
 #include "station/morsestation.h"
+#include "station/teleprinterstation.h"
 
 #include <map>
 #include <memory>
+#include <optional>
 
 namespace morsehost {
 
@@ -15,9 +17,12 @@ namespace morsehost {
 struct BandEntry
 {
     int number;
-    double tone_Hz;      ///< in the sound, or from the centre of the I/Q
+    double tone_Hz;      ///< in the sound, or from the centre of the I/Q; midway between two tones
     double frequency_Hz; ///< the same as received
     double snr_dB;
+    QString decoder;                ///< Morse or a teleprinter's
+    std::optional<double> baudRate; ///< of a teleprinter
+    std::optional<double> shift_Hz;
 };
 
 /// Hears everything in the order in which it is decided.
@@ -48,23 +53,34 @@ public:
     bool canBegin();
     /// What could not be saved.
     const SaveLosses& lost() const { return m_lost; }
+    /// Transmissions of teleprinters that are not on disk as a whole.
+    long long lostTransmissions() const { return m_lostTransmissions; }
 
     void signalFound(int signal, double tone_Hz, double snr_dB) override;
     void transmissionStarted(int signal, double tone_Hz, std::int64_t time_us) override;
     void symbol(int signal, int code, std::int64_t time_us) override;
     void transmissionStopped(int signal, std::int64_t time_us,
                              const demodulator::SignalReport& report) override;
+    void teleprinterFound(int signal, const teleprinter::Line& line, double snr_dB) override;
+    void teleprinterStarted(int signal, const teleprinter::Line& line,
+                            std::int64_t time_us) override;
+    void teleprinterCharacter(int signal, std::uint8_t character, std::int64_t time_us) override;
+    void teleprinterStopped(int signal, const teleprinter::Line& line,
+                            std::int64_t time_us) override;
     void signalLost(int signal) override;
 
 private:
     class One;
+    class Teleprinter;
 
     HostTree m_tree;
     StationSettings m_settings;
     double m_center_Hz;
     BandListener& m_listener;
-    std::map<int, std::unique_ptr<One>> m_signals; ///< go before the tree
+    std::map<int, std::unique_ptr<One>> m_signals;              ///< go before the tree
+    std::map<int, std::unique_ptr<Teleprinter>> m_teleprinters; ///< likewise
     SaveLosses m_lost;
+    long long m_lostTransmissions = 0;
 };
 
 } // namespace morsehost

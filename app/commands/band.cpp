@@ -106,7 +106,7 @@ int statusOf(const BandRequest& request, const BandSource& source, const BandSta
     };
     if (!source.error().isEmpty())
         fail(request.name, source.error());
-    if (station.lost().any())
+    if (station.lost().any() || station.lostTransmissions() > 0)
         fail(QStringLiteral("saving"), QStringLiteral("not everything could be saved"));
     if (!output.error().isEmpty())
         fail(QStringLiteral("standard output"), output.error());

@@ -8,6 +8,7 @@
 #include "signal/band/listener.h"
 #include "signal/band/shadows.h"
 #include "signal/band/survey.h"
+#include "signal/band/teleprinterlistener.h"
 #include "signal/band/workers.h"
 #include "signal/samples/samples.h"
 #include "signal/timing.h"
@@ -26,6 +27,7 @@ constexpr std::int64_t BATCH_FRAMES = BATCH_STEPS / Survey::HOP_STEPS;
 constexpr std::int64_t NOISE_BATCHES = 4; // noise is measured every second
 // What is heard again, and what passes until a signal is certain.
 constexpr double HISTORY_s = 9.0;
+constexpr std::int64_t TELEPRINTER_BATCHES = 4; // between two searches
 
 bool usable(double rate_Hz)
 {
@@ -35,6 +37,23 @@ bool usable(double rate_Hz)
 } // namespace
 
 BandSink::~BandSink() = default;
+
+void BandSink::teleprinterFound(int /*signal*/, const teleprinter::Line& /*line*/,
+                                double /*snr_dB*/)
+{
+}
+void BandSink::teleprinterStarted(int /*signal*/, const teleprinter::Line& /*line*/,
+                                  std::int64_t /*time_us*/)
+{
+}
+void BandSink::teleprinterCharacter(int /*signal*/, std::uint8_t /*character*/,
+                                    std::int64_t /*time_us*/)
+{
+}
+void BandSink::teleprinterStopped(int /*signal*/, const teleprinter::Line& /*line*/,
+                                  std::int64_t /*time_us*/)
+{
+}
 
 class BandReceiver::Private
 {
@@ -85,7 +104,13 @@ public:
             if (isCandidate(signal) && signal.listener->chain()->confirmed() &&
                 isMorse(*signal.listener->chain()) && isItself(signal))
                 admit(signal);
+            else if (isCandidate(signal))
+                noticeTeleprinter(signal.listener->heard());
         }
+        m_workers.forAll(m_teleprinters.size(), [this](std::size_t i) {
+            m_teleprinters[i].listener->process(m_end);
+            m_teleprinters[i].listener->finish();
+        });
         m_workers.forAll(m_signals.size(), [this](std::size_t i) {
             m_signals[i].listener->process(m_end);
             m_signals[i].listener->finish();
@@ -93,6 +118,7 @@ public:
         handOn();
         for (const int number : m_numbers.clear())
             m_sink.signalLost(number);
+        m_teleprinters.clear();
         m_signals.clear();
     }
 
@@ -104,6 +130,11 @@ public:
                 list.push_back({signal.number, signal.listener->tone_Hz(),
                                 speedOf_wpm(signal.listener->chain()->unit_s()),
                                 signal.listener->snr_dB()});
+        }
+        for (const Teleprinter& one : m_teleprinters) {
+            if (one.listener->isReceiving())
+                list.push_back(
+                    {one.number, one.line.centre_Hz(), 0.0, one.snr_dB, one.line.kind.baud});
         }
         std::sort(list.begin(), list.end(),
                   [](const BandSignal& a, const BandSignal& b) { return a.tone_Hz < b.tone_Hz; });
@@ -120,8 +151,28 @@ private:
         double noticedLevel = 0.0;          // what it looked like then
         bool gone = false;
     };
+    struct Teleprinter
+    {
+        std::unique_ptr<TeleprinterListener> listener;
+        double level; // of the stronger tone
+        double snr_dB;
+        std::int64_t noticed;          // step at which it was
+        int number = 0;                // 0: nothing was given of it yet
+        std::int64_t lastReceived = 0; // step
+        teleprinter::Line line = {};   // of the last transmission
+    };
+    // For how long a tone is not to be tried again.
+    struct Tried
+    {
+        double tone_Hz;
+        std::int64_t until;
+    };
     const AttentionParameters& attention() const { return m_settings.parameters.signal.attention; }
     const AdmissionParameters& admission() const { return m_settings.parameters.admission; }
+    const TeleprinterParameters& teleprinterParameters() const
+    {
+        return m_settings.parameters.teleprinter;
+    }
 
     std::int64_t stepsIn(double duration_s) const
     {
@@ -152,8 +203,12 @@ private:
         const bool usual = m_batches <= 2 * NOISE_BATCHES || m_batches % NOISE_BATCHES == 0;
         m_workers.forAll(m_survey.pieces(),
                          [&](std::size_t piece) { m_survey.measureNoise(piece, usual); });
-        m_workers.forAll(m_signals.size(),
-                         [this](std::size_t i) { m_signals[i].listener->process(m_end); });
+        m_workers.forAll(m_signals.size() + m_teleprinters.size(), [this](std::size_t i) {
+            if (i < m_signals.size())
+                m_signals[i].listener->process(m_end);
+            else
+                m_teleprinters[i - m_signals.size()].listener->process(m_end);
+        });
         handOn();
         m_workers.forAll(m_survey.pieces(), [this](std::size_t piece) {
             m_found[piece] = m_survey.find(piece, m_settings.parameters.survey.search_frames);
@@ -182,6 +237,8 @@ private:
                 m_memory.close(signal.listener->tone_Hz(), signal.listener->lastGiven_step() +
                                                                stepsIn(attention().afterLast_s));
         }
+        for (Teleprinter& one : m_teleprinters)
+            giveTeleprinter(one);
         sweep();
         std::move(successors.begin(), successors.end(), std::back_inserter(m_signals));
     }
@@ -202,6 +259,54 @@ private:
             m_sink.transmissionStopped(signal.number, event.time_us, event.report);
             break;
         }
+    }
+
+    void giveTeleprinter(Teleprinter& one)
+    {
+        for (const TeleprinterEvent& event : one.listener->takeEvents()) {
+            switch (event.kind) {
+            case TeleprinterEvent::Kind::Started:
+                one.line = event.line;
+                if (!one.number) {
+                    one.number = m_numbers.add(event.line.centre_Hz(), m_end);
+                    m_sink.teleprinterFound(one.number, event.line, one.snr_dB);
+                }
+                endMorse(one);
+                m_sink.teleprinterStarted(one.number, event.line, event.time_us);
+                break;
+            case TeleprinterEvent::Kind::Character:
+                m_sink.teleprinterCharacter(one.number, event.character, event.time_us);
+                break;
+            case TeleprinterEvent::Kind::Stopped:
+                m_sink.teleprinterStopped(one.number, event.line, event.time_us);
+                break;
+            }
+        }
+        if (!one.listener->isReceiving())
+            return;
+        one.lastReceived = m_end;
+        m_numbers.heard(one.number, one.line.centre_Hz(), m_end);
+    }
+
+    // What was taken for Morse before the teleprinter was known.
+    void endMorse(const Teleprinter& one)
+    {
+        for (Signal& signal : m_signals) {
+            if (signal.gone || !isOf(one, signal.listener->tone_Hz(), signal.noticedLevel))
+                continue;
+            if (isHeard(signal))
+                signal.listener->finish();
+            else
+                signal.gone = true;
+        }
+    }
+
+    // A tone of it, or what is far weaker beside them: the edges of its elements.
+    bool isOf(const Teleprinter& one, double tone_Hz, double level) const
+    {
+        return one.listener->isOwn(tone_Hz, teleprinterParameters().own_Hz) ||
+               (one.listener->isOwn(tone_Hz, teleprinterParameters().edges_Hz) &&
+                level < teleprinterParameters().edgesLevel * one.level);
     }
 
     // By a listener that was promoted meanwhile.
@@ -241,14 +346,111 @@ private:
             judge(signal);
         handOn(); // of those that had to give way
         searchAnew();
+        searchTeleprinters();
         searchAnswers();
     }
 
     void forgetOld()
     {
         m_memory.forget(m_end - m_bank.keptSteps(), m_end);
+        forgetTeleprinters();
         for (const int number : m_numbers.forget(m_end - stepsIn(admission().remembered_s)))
             m_sink.signalLost(number);
+    }
+
+    void forgetTeleprinters()
+    {
+        m_tried.erase(std::remove_if(m_tried.begin(), m_tried.end(),
+                                     [this](const Tried& tried) { return tried.until < m_end; }),
+                      m_tried.end());
+        for (auto one = m_teleprinters.begin(); one != m_teleprinters.end();) {
+            const bool isOver =
+                one->number ? m_end - one->lastReceived >= stepsIn(admission().remembered_s)
+                            : m_end - one->noticed > stepsIn(teleprinterParameters().within_s);
+            if (!isOver) {
+                ++one;
+                continue;
+            }
+            one = m_teleprinters.erase(one);
+        }
+    }
+
+    // Before so much has been heard that the begin is not kept any more.
+    void searchTeleprinters()
+    {
+        if (m_batches % TELEPRINTER_BATCHES != 0)
+            return;
+        const std::size_t count =
+            std::min<std::size_t>(m_tones.size(), teleprinterParameters().mostTones);
+        for (std::size_t i = 0; i < count; ++i)
+            noticeTeleprinter({m_tones[i].tone_Hz, m_tones[i].signal, m_tones[i].noise});
+    }
+
+    // Also between two transmissions: it hears the next one itself.
+    bool isFollowed(double tone_Hz) const
+    {
+        return std::any_of(m_teleprinters.begin(), m_teleprinters.end(),
+                           [&](const Teleprinter& one) {
+                               return one.listener->isOwn(tone_Hz, teleprinterParameters().own_Hz);
+                           });
+    }
+
+    void noticeTeleprinter(const SignalGuess& heard)
+    {
+        if (heard.tone_Hz < m_settings.lowest_Hz || heard.tone_Hz > m_settings.highest_Hz ||
+            isTeleprinter(heard.tone_Hz, heard.signal) || isFollowed(heard.tone_Hz))
+            return;
+        const auto isTried = [&](const Tried& tried) {
+            return std::fabs(tried.tone_Hz - heard.tone_Hz) < teleprinterParameters().own_Hz;
+        };
+        if (std::any_of(m_tried.begin(), m_tried.end(), isTried))
+            return;
+        const auto other = m_shadows.shiftedWith(heard, m_tones, m_end);
+        if (!other || isFollowed(other->tone_Hz) ||
+            m_teleprinters.size() >= teleprinterParameters().most)
+            return;
+        const std::int64_t until =
+            m_end + stepsIn(teleprinterParameters().within_s + teleprinterParameters().notAgain_s);
+        m_tried.push_back({heard.tone_Hz, until});
+        m_tried.push_back({other->tone_Hz, until});
+        Teleprinter one;
+        one.listener = std::make_unique<TeleprinterListener>(
+            m_bank, std::min(heard.tone_Hz, other->tone_Hz),
+            std::max(heard.tone_Hz, other->tone_Hz), oldestStep());
+        one.level = std::max(heard.signal, other->signal);
+        one.snr_dB = snrOfPair_dB(heard.tone_Hz, other->tone_Hz);
+        one.noticed = m_end;
+        m_teleprinters.push_back(std::move(one));
+    }
+
+    // Of the tone that is on. Moments between two elements have less power, so the upper quarter
+    // counts.
+    double snrOfPair_dB(double a_Hz, double b_Hz) const
+    {
+        std::vector<double> powers;
+        double noise = 0.0; // a teleprinter leaves no gaps in which it could be measured
+        for (std::int64_t step =
+                 std::max(oldestStep(), m_end - stepsIn(teleprinterParameters().heard_s));
+             step < m_end; ++step) {
+            powers.push_back(
+                std::max(std::norm(m_bank.value(step, a_Hz)), std::norm(m_bank.value(step, b_Hz))));
+            noise += m_bank.rest(step, 0.5 * (a_Hz + b_Hz));
+        }
+        if (powers.empty())
+            return 0.0;
+        noise /= static_cast<double>(powers.size());
+        const auto quarter = powers.begin() + static_cast<std::ptrdiff_t>(powers.size() * 3 / 4);
+        std::nth_element(powers.begin(), quarter, powers.end());
+        return 10.0 * std::log10(std::max(1e-3, *quarter / (noise * m_bank.step_s() * 500.0)));
+    }
+
+    // Of a teleprinter that is received, or may be.
+    bool isTeleprinter(double tone_Hz, double level) const
+    {
+        return std::any_of(
+            m_teleprinters.begin(), m_teleprinters.end(), [&](const Teleprinter& one) {
+                return isOf(one, tone_Hz, level) && (!one.number || one.listener->isReceiving());
+            });
     }
 
     static bool isCandidate(const Signal& signal)
@@ -270,7 +472,8 @@ private:
         if (!chain.confirmed()) {
             if (m_end - signal.noticed > stepsIn(attention().candidateLife_s))
                 refuse(signal);
-        } else if (isCandidate(signal) && heardEnough(chain)) {
+        } else if (isCandidate(signal) && heardEnough(chain) &&
+                   !isTeleprinter(signal.listener->tone_Hz(), signal.noticedLevel)) {
             if (!isMorse(chain) || !isItself(signal) ||
                 signal.listener->snr_dB() < m_settings.leastSnr_dB)
                 refuse(signal);
@@ -288,6 +491,7 @@ private:
 
     void refuse(Signal& signal)
     {
+        noticeTeleprinter(signal.listener->heard());
         signal.gone = true;
         m_memory.refuse(signal.listener->tone_Hz(),
                         std::max(signal.noticedLevel, signal.listener->heard().signal),
@@ -389,9 +593,11 @@ private:
 
     bool isBusy(int number) const
     {
-        return std::any_of(m_signals.begin(), m_signals.end(), [&](const Signal& signal) {
-            return signal.number == number && !signal.gone;
-        });
+        return std::any_of(
+                   m_signals.begin(), m_signals.end(),
+                   [&](const Signal& signal) { return signal.number == number && !signal.gone; }) ||
+               std::any_of(m_teleprinters.begin(), m_teleprinters.end(),
+                           [number](const Teleprinter& one) { return one.number == number; });
     }
 
     std::int64_t oldestStep() const
@@ -424,6 +630,7 @@ private:
         for (const KeyedTone& tone : m_tones) {
             if (tone.tone_Hz < m_settings.lowest_Hz || tone.tone_Hz > m_settings.highest_Hz ||
                 known(tone) || m_memory.isRefused(tone.tone_Hz, tone.signal) ||
+                isTeleprinter(tone.tone_Hz, tone.signal) ||
                 !standsOut({tone.tone_Hz, tone.signal, tone.noise}, nullptr))
                 continue;
             notice(tone, std::max({heardUntil(tone.tone_Hz),
@@ -539,7 +746,7 @@ private:
     {
         const SignalGuess heard = candidate.listener->heard();
         return standsOut(heard, candidate.listener.get()) &&
-               !m_shadows.isShifted(heard, m_tones, m_end);
+               !m_shadows.shiftedWith(heard, m_tones, m_end);
     }
 
     BandSettings m_settings;
@@ -557,6 +764,8 @@ private:
     std::vector<Signal> m_signals;
     StationNumbers m_numbers;
     ToneMemory m_memory;
+    std::vector<Teleprinter> m_teleprinters;
+    std::vector<Tried> m_tried; // as teleprinters
     std::size_t m_dropped = 0;
 };
 

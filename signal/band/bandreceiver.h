@@ -5,11 +5,13 @@
 #include "signal/band/parameters.h"
 #include "signal/band/stepbank.h"
 #include "signal/morse/symbolsink.h"
+#include "signal/teleprinter/line.h"
 
 #include <complex>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace demodulator {
@@ -28,6 +30,14 @@ public:
     virtual void symbol(int signal, int code, std::int64_t time_us) = 0;
     virtual void transmissionStopped(int signal, std::int64_t time_us,
                                      const SignalReport& report) = 0;
+    /// A teleprinter, which has a number like any other signal and gives characters, not codes; see
+    /// teleprinter::TextSink. Its tones are those of the band. Does nothing unless overridden.
+    virtual void teleprinterFound(int signal, const teleprinter::Line& line, double snr_dB);
+    virtual void teleprinterStarted(int signal, const teleprinter::Line& line,
+                                    std::int64_t time_us);
+    virtual void teleprinterCharacter(int signal, std::uint8_t character, std::int64_t time_us);
+    virtual void teleprinterStopped(int signal, const teleprinter::Line& line,
+                                    std::int64_t time_us);
     /// Nothing was heard of it for half a minute, or the input has ended.
     virtual void signalLost(int signal) = 0;
 };
@@ -50,9 +60,10 @@ struct BandSettings
 struct BandSignal
 {
     int number;
-    double tone_Hz;
-    double speed_wpm;
+    double tone_Hz;   ///< of a teleprinter midway between its tones
+    double speed_wpm; ///< 0 of a teleprinter
     double snr_dB;
+    double baudRate = 0.0; ///< 0 of Morse
 };
 
 /// A receiver of a rate beyond the limits above hears nothing. Memory is

@@ -38,7 +38,8 @@ struct ShadowParameters
     // Two tones are those of one teleprinter when exactly one of them is on for such a share of
     // this time; of two hands it is half of it.
     double shifted_s = 3.0;
-    double shiftedShare = 0.8;
+    double shiftedShare = 0.7;
+    double leastDown = 0.1; ///< either tone, of that time
     double leastShift_Hz = 60.0;
     double largestRatio = 6.0; ///< of the powers of both tones
 };
@@ -81,6 +82,20 @@ struct AdmissionParameters
     double candidatesPerSignal = 0.5;
 };
 
+/// When a teleprinter is looked for between two tones that take turns (teleprinterlistener.h).
+struct TeleprinterParameters
+{
+    unsigned most = 32;       ///< at once
+    double within_s = 6.0;    ///< what gives none by then is none
+    double notAgain_s = 10.0; ///< and is not tried again for so long
+    unsigned mostTones = 64;  ///< the strongest are looked at, every second
+    double own_Hz = 40.0;     ///< so near its tones nobody else is heard
+    // The edges of its elements are heard so far beside its tones, at most so strong (power).
+    double edges_Hz = 1000.0;
+    double edgesLevel = 0.02;
+    double heard_s = 3.0; ///< over which its strength is measured
+};
+
 struct BandParameters
 {
     // Who sends beside a tone has a listener of his own here: to follow the turns of such marks
@@ -92,6 +107,7 @@ struct BandParameters
     ShadowParameters shadow;
     ChangeParameters change;
     AdmissionParameters admission;
+    TeleprinterParameters teleprinter;
     Parameters signal; ///< of the chain of each signal
 };
 

@@ -111,23 +111,30 @@ std::vector<bool> Shadows::keyDown(double tone_Hz, double signal, std::int64_t e
     return down;
 }
 
-bool Shadows::isShifted(const SignalGuess& tone, const std::vector<KeyedTone>& tones,
-                        std::int64_t end_step) const
+std::optional<KeyedTone> Shadows::shiftedWith(const SignalGuess& tone,
+                                              const std::vector<KeyedTone>& tones,
+                                              std::int64_t end_step) const
 {
     const std::vector<bool> own = keyDown(tone.tone_Hz, tone.signal, end_step);
-    return std::any_of(tones.begin(), tones.end(), [&](const KeyedTone& other) {
-        const double shift_Hz = std::fabs(other.tone_Hz - tone.tone_Hz);
+    const auto other = std::find_if(tones.begin(), tones.end(), [&](const KeyedTone& at) {
+        const double shift_Hz = std::fabs(at.tone_Hz - tone.tone_Hz);
         if (shift_Hz < m_parameters.leastShift_Hz || shift_Hz > m_farthestShift_Hz ||
-            other.signal > m_parameters.largestRatio * tone.signal ||
-            other.signal * m_parameters.largestRatio < tone.signal)
+            at.signal > m_parameters.largestRatio * tone.signal ||
+            at.signal * m_parameters.largestRatio < tone.signal)
             return false;
-        const std::vector<bool> its = keyDown(other.tone_Hz, other.signal, end_step);
+        const std::vector<bool> its = keyDown(at.tone_Hz, at.signal, end_step);
         std::size_t one = 0;
-        for (std::size_t n = 0; n < own.size(); ++n)
+        std::size_t both[2] = {0, 0};
+        for (std::size_t n = 0; n < own.size(); ++n) {
             one += own[n] != its[n] ? 1 : 0;
-        return static_cast<double>(one) >
-               m_parameters.shiftedShare * static_cast<double>(own.size());
+            both[0] += own[n] ? 1 : 0;
+            both[1] += its[n] ? 1 : 0;
+        }
+        const auto all = static_cast<double>(own.size());
+        return static_cast<double>(one) > m_parameters.shiftedShare * all &&
+               static_cast<double>(std::min(both[0], both[1])) > m_parameters.leastDown * all;
     });
+    return other == tones.end() ? std::nullopt : std::optional<KeyedTone>(*other);
 }
 
 } // namespace demodulator

@@ -9,6 +9,7 @@
 #include "signal/band/survey.h"
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace demodulator {
@@ -31,11 +32,12 @@ public:
     /// signals that are hardly stronger, or weaker, are passed over.
     bool standsOut(const SignalGuess& tone, const std::vector<const Listener*>& others) const;
 
-    /// Whether the key is up at one of two tones whenever it is down at the other, over the last
-    /// seconds before `end_step`: then a transmitter is shifted between them. `tones` are those
-    /// that the survey knows.
-    bool isShifted(const SignalGuess& tone, const std::vector<KeyedTone>& tones,
-                   std::int64_t end_step) const;
+    /// The other tone where the key is up at one of two whenever it is down at the other, over the
+    /// last seconds before `end_step`: then a transmitter is shifted between them. `tones` are
+    /// those that the survey knows.
+    std::optional<KeyedTone> shiftedWith(const SignalGuess& tone,
+                                         const std::vector<KeyedTone>& tones,
+                                         std::int64_t end_step) const;
 
 private:
     double ghostAt(double tone_Hz, double frequency_Hz) const;

@@ -149,6 +149,29 @@ std::complex<double> StepBank::value(std::int64_t step, double frequency_Hz) con
     return sum;
 }
 
+std::complex<float> StepBank::filter(std::int64_t step, long index) const
+{
+    const long half = static_cast<long>(m_size) / 2;
+    if (index > half || index < (m_format.isComplex ? -half : 0))
+        return 0.0F;
+    return m_ring[static_cast<std::size_t>(step % m_keptSteps) * m_filters + filterOf(index)];
+}
+
+// In whole numbers, so that it stays exact over days.
+double StepBank::turnsOf(long index, std::int64_t step) const
+{
+    const auto size = static_cast<std::int64_t>(m_size);
+    const auto perStep = index * static_cast<std::int64_t>(m_stepSamples) % size;
+    return static_cast<double>(perStep * (step % size) % size) / static_cast<double>(size);
+}
+
+double StepBank::scale() const
+{
+    // Sound has half of each tone at frequencies below 0.
+    return (m_format.isComplex ? 1.0 : 2.0) * static_cast<double>(m_stepSamples) /
+           static_cast<double>(m_size);
+}
+
 double StepBank::rest(std::int64_t step, double frequency_Hz) const
 {
     const std::size_t filter = filterOf(std::lround(frequency_Hz / m_spacing_Hz));

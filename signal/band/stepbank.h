@@ -52,6 +52,16 @@ public:
     /// not.
     double rest(std::int64_t step, double frequency_Hz) const;
 
+    /// Between two filters.
+    double spacing_Hz() const { return m_spacing_Hz; }
+    /// One filter, number `index` counted from 0 Hz; nothing beyond the edges of the band.
+    std::complex<float> filter(std::int64_t step, long index) const;
+    /// Part of a turn that a tone at a filter is ahead at a step, since the first sample.
+    double turnsOf(long index, std::int64_t step) const;
+    /// What the sum of all filters, added up over the windows that overlap, is multiplied with to
+    /// be the sound, or the real part of the I/Q.
+    double scale() const;
+
 private:
     std::size_t filterOf(long index) const;
     void noteRest(const std::complex<float>* filters, float* rests) const;

@@ -232,7 +232,9 @@ private:
         const Fit& fit = acquired.fit;
         const Line& line = acquired.line;
         return std::min(line.mark_Hz, line.space_Hz) >= LOWEST_TONE_Hz &&
-               (line.kind.code != Code::Ascii || fit.regular <= m_own.mostRegular) &&
+               (line.kind.code != Code::Ascii ||
+                (fit.regular <= m_own.mostRegular && fit.formed >= m_own.leastFormedAscii &&
+                 fit.framing >= m_own.leastAsciiMean * fit.characters)) &&
                fit.characters >= (fit.evenPauses >= m_own.evenPauses ? m_own.leastCharacters
                                                                      : m_own.leastTyped) &&
                fit.framing >= m_own.leastFraming &&

@@ -41,6 +41,8 @@ bool setParameter(Parameters& parameters, const std::string& name, double value)
             PARAMETER_ROW(acquisition.evenPauses),
             PARAMETER_ROW(acquisition.leastFraming),
             PARAMETER_ROW(acquisition.leastFramingMean),
+            PARAMETER_ROW(acquisition.leastFormedAscii),
+            PARAMETER_ROW(acquisition.leastAsciiMean),
             PARAMETER_ROW(acquisition.leastScoreMean),
             PARAMETER_ROW(acquisition.leastOccupied),
             PARAMETER_ROW(acquisition.mostUnexplained),

@@ -70,9 +70,13 @@ struct AcquisitionParameters
     double evenPauses = 0.8;
     double leastFraming = 10.0;     ///< in all
     double leastFramingMean = 0.35; ///< a character; 1.39 is all there can be
-    double leastScoreMean = 2.0;    ///< a character
-    double leastOccupied = 0.4;     ///< of the span
-    double mostUnexplained = 0.1;   ///< of the span
+    /// Of ASCII, which is not sent on weak signals: of many more speeds and lengths that are tried,
+    /// one or the other fits other data a little.
+    double leastFormedAscii = 0.93;
+    double leastAsciiMean = 0.9;
+    double leastScoreMean = 2.0;  ///< a character
+    double leastOccupied = 0.4;   ///< of the span
+    double mostUnexplained = 0.1; ///< of the span
     // Share of the commonest character: all that hum and other regular sounds bring, and a third of
     // what phasing signals look like.
     double tooOften = 0.8;

@@ -123,6 +123,40 @@ private Q_SLOTS:
                  qPrintable(out));
     }
 
+    void teleprintersHaveDecoderSpeedAndShift()
+    {
+        const QString recording = QStringLiteral(TEST_DATA_DIR "/teleprinters/navtex.flac");
+        QTemporaryDir folder;
+        const Ended ended = run({"--json", "--save", folder.path(), recording});
+        QCOMPARE(ended.err, QByteArray());
+        QCOMPARE(ended.status, 0);
+        QStringList events;
+        QString text;
+        QStringList transmissions;
+        for (const QByteArray& line : ended.out.trimmed().split('\n')) {
+            const QJsonObject object = QJsonDocument::fromJson(line).object();
+            QCOMPARE(object["decoder"].toString(), QString("Sitor-B"));
+            QCOMPARE(object["baud_rate"].toDouble(), 100.0);
+            QVERIFY(qAbs(object["shift_Hz"].toDouble() - 170.0) <= 3.0);
+            QCOMPARE(object["number"].toInt(), 1);
+            const QString event = object["event"].toString();
+            if (event == "text")
+                text += object["text"].toString();
+            else
+                events += event + object["state"].toString();
+            if (event == "transmission")
+                transmissions += object["text"].toString();
+        }
+        QCOMPARE(events.join(' '), QString("signalfound transmission transmission signallost"));
+        QVERIFY2(transmissions[0].startsWith("ZCZC NA12"), qPrintable(transmissions[0]));
+        QVERIFY2(transmissions[1].endsWith("NNNN"), qPrintable(transmissions[1]));
+        QCOMPARE(text.simplified(), transmissions.join(QString()).simplified());
+        QCOMPARE(QDir(folder.path()).entryList({"*.txt"}, QDir::Files).size(), 2);
+        const QString lines = QString::fromUtf8(run({recording}).out);
+        QVERIFY2(lines.contains(QRegularExpression("(?m)kHz  100 Bd +\\d+ dB .*ZCZC NA12")),
+                 qPrintable(lines));
+    }
+
     void jsonTellsOfSignalsTextAndTransmissions()
     {
         const Ended ended =

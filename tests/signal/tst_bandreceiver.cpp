@@ -4,6 +4,7 @@
 #include "support/keyer.h"
 #include "support/morsecode.h"
 #include "support/random.h"
+#include "support/teleprinterkeyer.h"
 
 #include <QTest>
 
@@ -84,6 +85,36 @@ void add(Samples& samples, const Sent& sent, double rise_s = 0.005)
     });
 }
 
+struct SentByTeleprinter
+{
+    double begin_s;
+    double centre_Hz;
+    double shift_Hz;
+    double baud;
+    double snr_dB;
+    std::string text;
+};
+
+// Its tones without a jump of the phase.
+void add(Samples& samples, const SentByTeleprinter& sent)
+{
+    testsupport::Machine machine;
+    machine.baud = sent.baud;
+    const auto elements = testsupport::teleprinterElements(sent.text, machine, sent.text);
+    const double amplitude = amplitudeOf(sent.snr_dB);
+    auto n = static_cast<std::size_t>(sent.begin_s * RATE_Hz);
+    double end_s = sent.begin_s;
+    double phase = 0.0;
+    for (const testsupport::Piece& element : elements) {
+        end_s += element.duration_s;
+        const double tone_Hz = sent.centre_Hz + (element.mark ? 0.5 : -0.5) * sent.shift_Hz;
+        for (; n < samples.size() && static_cast<double>(n) < end_s * RATE_Hz; ++n) {
+            phase += 2.0 * PI * tone_Hz / RATE_Hz;
+            samples[n] += std::complex<float>(std::polar(amplitude, phase));
+        }
+    }
+}
+
 Samples bandOf(const std::vector<Sent>& signals, double duration_s)
 {
     Samples samples = noise(duration_s);
@@ -130,6 +161,24 @@ public:
         m_open.erase(signal);
         log += std::to_string(signal) + " stops " + std::to_string(time_us) + "\n";
     }
+    void teleprinterFound(int signal, const teleprinter::Line& line, double snr_dB) override
+    {
+        QVERIFY(teleprinters.count(signal) == 0);
+        teleprinters[signal].line = line;
+        teleprinters[signal].snr_dB = snr_dB;
+    }
+    void teleprinterStarted(int signal, const teleprinter::Line&, std::int64_t time_us) override
+    {
+        teleprinters.at(signal).begin_s = static_cast<double>(time_us) / 1e6;
+    }
+    void teleprinterCharacter(int signal, std::uint8_t character, std::int64_t) override
+    {
+        teleprinters.at(signal).text += static_cast<char>(character);
+    }
+    void teleprinterStopped(int signal, const teleprinter::Line&, std::int64_t) override
+    {
+        ++teleprinters.at(signal).stops;
+    }
     void signalLost(int signal) override
     {
         log += "lost " + std::to_string(signal) + "\n";
@@ -160,6 +209,15 @@ public:
         return all;
     }
 
+    struct Teleprinter
+    {
+        teleprinter::Line line;
+        double snr_dB = 0.0;
+        double begin_s = 0.0;
+        std::string text;
+        int stops = 0;
+    };
+    std::map<int, Teleprinter> teleprinters;
     std::vector<Heard> heard;
     std::string log;
     int found = 0;
@@ -289,6 +347,45 @@ private Q_SLOTS:
         QCOMPARE(sink.found, 1);
     }
 
+    void teleprintersAreGivenAsSuchAndNeverAsMorse()
+    {
+        const std::string weather = "NORTH SEA. WIND WEST 5, LATER 7. SEA 3 METRES, RAIN.\r\n"
+                                    "GERMAN BIGHT. WIND NORTH 4, LATER EAST 6, FOG PATCHES.";
+        const std::string contact =
+            "CQ CQ DE DL0XYZ DL0XYZ PSE K THE QUICK BROWN FOX JUMPS OVER\r\n"
+            "THE LAZY DOG 12345 67890 CQ CQ DE DL0XYZ DL0XYZ PSE KKK";
+        Samples samples = noise(32.0);
+        add(samples, Sent{3.0, -500.0, 20.0, 25.0, "CQ CQ DE OK2ABC OK2ABC K CQ CQ DE OK2ABC K"});
+        add(samples, Sent{2.0, 1130.0, 20.0, 22.0, "TEST DE PA3XYZ PA3XYZ TEST DE PA3XYZ TEST"});
+        add(samples, SentByTeleprinter{2.0, 2000.0, 170.0, 45.45, 15.0, contact});
+        add(samples, SentByTeleprinter{4.0, -2500.0, 450.0, 50.0, 12.0, weather});
+        const Sink sink = receive(samples, complexBand());
+        QCOMPARE(sink.teleprinters.size(), std::size_t(2));
+        for (const auto& numbered : sink.teleprinters) {
+            const Sink::Teleprinter& one = numbered.second;
+            const bool isWeather = one.line.centre_Hz() < 0.0;
+            QCOMPARE(QString::fromStdString(one.text),
+                     QString::fromStdString(isWeather ? weather : contact));
+            QCOMPARE(one.line.kind.baud, isWeather ? 50.0 : 45.45);
+            QVERIFY(std::fabs(one.line.centre_Hz() - (isWeather ? -2500.0 : 2000.0)) < 5.0);
+            QVERIFY(std::fabs(one.line.shift_Hz() - (isWeather ? 450.0 : 170.0)) < 5.0);
+            QVERIFY2(std::fabs(one.snr_dB - (isWeather ? 12.0 : 15.0)) < 3.0,
+                     qPrintable(QString::number(one.snr_dB)));
+            // Half a second of mark and a shift to letters come before the first character.
+            QVERIFY2(std::fabs(one.begin_s - (isWeather ? 4.5 : 2.5)) < 0.2,
+                     qPrintable(QString::number(one.begin_s)));
+            QCOMPARE(one.stops, 1);
+        }
+        QCOMPARE(sink.textNear(-500.0), QString("CQ CQ DE OK2ABC OK2ABC K CQ CQ DE OK2ABC K"));
+        QCOMPARE(sink.textNear(1130.0), QString("TEST DE PA3XYZ PA3XYZ TEST DE PA3XYZ TEST"));
+        for (const Heard& one : sink.heard)
+            QVERIFY2(std::fabs(one.tone_Hz + 500.0) < 30.0 ||
+                         std::fabs(one.tone_Hz - 1130.0) < 30.0,
+                     sink.summary().c_str());
+        const Sink same = receive(samples, complexBand(1), 777);
+        QCOMPARE(same.log, sink.log);
+    }
+
     void whatIsNoKeyingGivesNothing_data()
     {
         QTest::addColumn<QString>("what");
@@ -337,6 +434,7 @@ private Q_SLOTS:
         const Sink sink = receive(samples, complexBand());
         QVERIFY2(given(sink) == 0, qPrintable(QString::fromStdString(sink.log).left(1500)));
         QCOMPARE(sink.found, 0);
+        QVERIFY(sink.teleprinters.empty());
     }
 
     // Hard edges, an image 25 dB down, and nothing but the one signal is to be seen.

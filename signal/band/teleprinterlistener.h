@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+// One teleprinter of a band: a receiver that hears the part of the band around two tones, and what
+// it gave since it was last asked. Listeners share nothing that changes, so that each may work in a
+// thread of its own.
+#pragma once
+
+#include "signal/band/narrowsound.h"
+#include "signal/teleprinter/receiver.h"
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace demodulator {
+
+/// What a receiver gave, kept until it can be handed on in order. Tones are those of the band.
+struct TeleprinterEvent
+{
+    enum class Kind { Started, Character, Stopped } kind;
+    std::uint8_t character;
+    std::int64_t time_us;
+    teleprinter::Line line; ///< of what has started or stopped
+};
+
+class TeleprinterListener : private teleprinter::TextSink
+{
+public:
+    /// From a step on that the bank still has.
+    TeleprinterListener(const StepBank& bank, double lower_Hz, double upper_Hz,
+                        std::int64_t begin_step);
+    ~TeleprinterListener() override;
+    TeleprinterListener(const TeleprinterListener&) = delete;
+    TeleprinterListener& operator=(const TeleprinterListener&) = delete;
+
+    /// Goes on to `end_step`.
+    void process(std::int64_t end_step);
+    void finish();
+    std::vector<TeleprinterEvent> takeEvents();
+
+    /// A transmission goes on.
+    bool isReceiving() const { return m_isReceiving; }
+    /// Whether a tone is one of its own, as far as those are known.
+    bool isOwn(double tone_Hz, double within_Hz) const;
+
+private:
+    void transmissionStarted(const teleprinter::Line& line, std::int64_t time_us) override;
+    void character(std::uint8_t character, std::int64_t time_us) override;
+    void transmissionStopped(const teleprinter::Line& line, std::int64_t time_us) override;
+    void note(TeleprinterEvent::Kind kind, std::uint8_t character, std::int64_t time_us,
+              const teleprinter::Line& line);
+
+    NarrowSound m_sound;
+    double m_lower_Hz;
+    double m_upper_Hz;
+    std::optional<teleprinter::Receiver> m_receiver;
+    std::vector<float> m_samples;
+    std::vector<TeleprinterEvent> m_events;
+    bool m_isReceiving = false;
+};
+
+} // namespace demodulator
