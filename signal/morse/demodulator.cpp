@@ -336,10 +336,13 @@ private:
         if (m_finder.frames() % hopsOf(attention().searchEvery_s) != 0)
             return false;
         const SignalChain& chain = follower.chain();
-        // Noise that fell just when the signal began is no tone in turn with it.
+        // Noise that fell just when the signal began is no tone in turn with it, and of few frames
+        // chance makes anything.
         const std::int64_t heard = (m_history.end() - follower.firstMark_sample()) /
                                    static_cast<std::int64_t>(m_finder.hop());
         const std::int64_t frames = std::min(framesIn(attention().search_s), heard - 2);
+        if (frames < framesIn(attention().compared_s))
+            return false;
         return m_finder.hasComplement(chain.tone_Hz(), frames)
                    ? chain.unit_s() < attention().teleprinterUnit_s
                    : m_finder.takesTurns(chain.tone_Hz(), frames);

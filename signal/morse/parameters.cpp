@@ -180,6 +180,7 @@ std::vector<ParameterRow> rowsOf(Parameters& parameters)
         PARAMETER_ROW(attention.quickUnit_s),
         PARAMETER_ROW(attention.quick_marks),
         PARAMETER_ROW(attention.teleprinterUnit_s),
+        PARAMETER_ROW(attention.compared_s),
         PARAMETER_ROW(attention.heardFirst_s),
         PARAMETER_ROW(attention.heardFirst_marks),
         PARAMETER_ROW(attention.heardFirstAtMost_s),

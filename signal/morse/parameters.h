@@ -314,6 +314,7 @@ struct AttentionParameters
     int quick_marks = 30;
     // Shorter units with two tones in turn are a teleprinter's bits.
     double teleprinterUnit_s = 0.030;
+    double compared_s = 0.5; ///< least span in which tones are seen to take turns (row: phase44-3)
     // Where that is not to be had, so much has to be heard.
     double heardFirst_s = 2.0;
     int heardFirst_marks = 8;
