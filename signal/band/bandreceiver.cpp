@@ -474,7 +474,7 @@ private:
                 refuse(signal);
         } else if (isCandidate(signal) && heardEnough(chain) &&
                    !isTeleprinter(signal.listener->tone_Hz(), signal.noticedLevel)) {
-            if (!isMorse(chain) || !isItself(signal) ||
+            if (!isMorse(chain) || isBurst(chain) || !isItself(signal) ||
                 signal.listener->snr_dB() < m_settings.leastSnr_dB)
                 refuse(signal);
             else
@@ -487,6 +487,12 @@ private:
     {
         return chain.verdict() == MorseJudge::Verdict::Morse ||
                chain.verdict() == MorseJudge::Verdict::Dashes;
+    }
+
+    // Almost anything looks like very quick keying for a moment.
+    bool isBurst(const SignalChain& chain) const
+    {
+        return chain.unit_s() < attention().quickUnit_s && chain.marks() < attention().quick_marks;
     }
 
     void refuse(Signal& signal)
@@ -505,10 +511,10 @@ private:
         const bool sure = heard > stepsIn(attention().sureAfter_s) &&
                           marks >= attention().sureAfter_marks &&
                           chain.margin() > attention().sureMargin;
-        return sure ||
-               (heard > stepsIn(attention().heardFirst_s) &&
-                marks >= attention().heardFirst_marks) ||
-               heard > stepsIn(attention().heardFirstAtMost_s);
+        if (heard > stepsIn(attention().heardFirstAtMost_s))
+            return true;
+        return !isBurst(chain) && (sure || (heard > stepsIn(attention().heardFirst_s) &&
+                                            marks >= attention().heardFirst_marks));
     }
 
     // Somebody who is known already may send there as well. Who was silent since before gives way;
@@ -745,7 +751,13 @@ private:
     bool isItself(const Signal& candidate) const
     {
         const SignalGuess heard = candidate.listener->heard();
-        return standsOut(heard, candidate.listener.get()) &&
+        double strongest = m_tones.empty() ? 0.0 : m_tones.front().signal;
+        for (const Signal& other : m_signals) {
+            if (isHeard(other))
+                strongest = std::max(strongest, other.listener->heard().signal);
+        }
+        return heard.signal > admission().leastOfStrongest * strongest &&
+               standsOut(heard, candidate.listener.get()) &&
                !m_shadows.shiftedWith(heard, m_tones, m_end);
     }
 

@@ -46,6 +46,7 @@ std::vector<ParameterRow> rowsOf(BandParameters& parameters)
         PARAMETER_ROW(change.deviations),
         PARAMETER_ROW(change.afterLast_s),
         PARAMETER_ROW(admission.refusedFor_s),
+        PARAMETER_ROW(admission.leastOfStrongest),
         PARAMETER_ROW(admission.leastOver_s),
         PARAMETER_ROW(admission.beforeResumed_s),
         PARAMETER_ROW(admission.answerSilence_s),

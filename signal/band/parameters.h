@@ -64,7 +64,10 @@ struct ChangeParameters
 /// has as well are those of AttentionParameters.
 struct AdmissionParameters
 {
-    double refusedFor_s = 3.0;     ///< a tone that was no signal, unless it becomes stronger
+    double refusedFor_s = 3.0; ///< a tone that was no signal, unless it becomes stronger
+    // Of the power of the strongest: what is weaker is what quantising, mixers and keying leave of
+    // that one in places where there is no noise (row: contest).
+    double leastOfStrongest = 1e-4;
     double leastOver_s = 0.8;      ///< of a station between two overs of another (row: contest)
     double beforeResumed_s = 0.02; ///< that over ends so long before the other one goes on
     // An answer on the same frequency is looked for after a silence of so long. On the very tone,

@@ -25,6 +25,15 @@ constexpr Skirt SKIRT[] = {{0.0, 0.0},     {16.0, -4.0},   {31.0, -14.0},  {47.0
                            {63.0, -18.0},  {100.0, -20.0}, {160.0, -24.0}, {250.0, -28.0},
                            {400.0, -32.0}, {800.0, -38.0}, {3000.0, -49.0}};
 
+// What is left of noise so far outside the edge of a receiver's filter, at least: the filter's own
+// slope, and that of the one through which a step is seen.
+double ofEdge(double distance_Hz)
+{
+    constexpr double LEVEL_Hz = 60.0;
+    constexpr double SLOPE_dB_per_Hz = 0.1;
+    return std::pow(10.0, -0.1 * SLOPE_dB_per_Hz * std::max(0.0, distance_Hz - LEVEL_Hz));
+}
+
 } // namespace
 
 Survey::Survey(const BandFormat& format, std::size_t stepSamples, const BandParameters& parameters)
@@ -107,16 +116,27 @@ float Survey::floorOf(std::size_t piece, std::int64_t count) const
     return *middle / static_cast<float>(ofMean);
 }
 
-// The median of three pieces, so that neither a signal that fills one nor the edge of a receiver's
-// filter counts.
-double Survey::floorAt(std::size_t bin) const
+// The median of three pieces, so that a signal that fills one does not count.
+float Survey::floorAround(std::size_t piece) const
 {
-    const std::size_t piece = bin / PIECE_BINS;
     const float own = m_floors[piece];
     const float below = piece > 0 ? m_floors[piece - 1] : own;
     const float above = piece + 1 < m_floors.size() ? m_floors[piece + 1] : own;
-    const float median = std::max(std::min(below, above), std::min(std::max(below, above), own));
-    return std::max(1e-30, static_cast<double>(median));
+    return std::max(std::min(below, above), std::min(std::max(below, above), own));
+}
+
+// Outside the edge of a receiver's filter it is what is left of the noise within.
+double Survey::floorAt(std::size_t bin) const
+{
+    const std::size_t piece = bin / PIECE_BINS;
+    const double below_Hz = static_cast<double>(bin % PIECE_BINS) * m_spacing_Hz;
+    const double above_Hz = static_cast<double>(PIECE_BINS) * m_spacing_Hz - below_Hz;
+    auto floor = static_cast<double>(floorAround(piece));
+    if (piece > 0)
+        floor = std::max(floor, static_cast<double>(floorAround(piece - 1)) * ofEdge(below_Hz));
+    if (piece + 1 < m_floors.size())
+        floor = std::max(floor, static_cast<double>(floorAround(piece + 1)) * ofEdge(above_Hz));
+    return std::max(1e-30, floor);
 }
 
 double Survey::noise(double tone_Hz) const

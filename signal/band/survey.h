@@ -78,6 +78,7 @@ private:
     {
         return &m_powers[static_cast<std::size_t>(frame % KEPT_FRAMES) * m_bins];
     }
+    float floorAround(std::size_t piece) const;
     double floorAt(std::size_t bin) const;
     float floorOf(std::size_t piece, std::int64_t count) const;
     std::vector<KeyedTone> findBetween(std::size_t first, std::size_t last,

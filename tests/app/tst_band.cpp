@@ -317,6 +317,31 @@ private Q_SLOTS:
         QVERIFY(ended.err.startsWith("morsehost: "));
     }
 
+    // What rounding adds to a clean tone, and the edge of a filter, are no signals.
+    void theSamplesGiveTheirTextsAlone_data()
+    {
+        QTest::addColumn<QString>("sample");
+        QTest::addColumn<QStringList>("texts");
+        QTest::newRow("evening") << "evening.flac"
+                                 << QStringList{"CQ CQ DE DL0XYZ DL0XYZ K = GOOD EVENING FROM THE "
+                                                "NORTH SEA = 73"};
+        QTest::newRow("three overs")
+            << "three-overs.flac"
+            << QStringList{"VVV DE OK2XYZ OK2XYZ", "OK2XYZ DE G3ABC = UR 579 IN LEEDS",
+                           "73 DE OK2XYZ EE"};
+    }
+    void theSamplesGiveTheirTextsAlone()
+    {
+        QFETCH(QString, sample);
+        QFETCH(QStringList, texts);
+        const Ended ended = run({QStringLiteral(PROJECT_DATA_DIR "/samples/") + sample});
+        const QStringList lines =
+            QString::fromUtf8(ended.out).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+        QVERIFY2(lines.size() == texts.size(), ended.out.constData());
+        for (int i = 0; i < texts.size(); ++i)
+            QVERIFY2(lines[i].endsWith(QStringLiteral("Z  ") + texts[i]), qPrintable(lines[i]));
+    }
+
     void nothingIsHeardInNothing()
     {
         const Ended ended = run(QStringList{"-"});
