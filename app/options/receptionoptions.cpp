@@ -107,8 +107,9 @@ std::optional<unsigned long long> startTime(const ReceptionOptions& options,
 
 QString noStartTime()
 {
-    return QStringLiteral("neither its name nor a bext chunk has the time at which it begins; give "
-                          "it with --start");
+    return QStringLiteral(
+        "neither its name (20260512_101500) nor a bext chunk has the time at which "
+        "it begins; give it with --start");
 }
 
 } // namespace morsehost

@@ -42,7 +42,7 @@ std::array<double, TAPS> tapsAt(double place, const std::vector<float>& window, 
     for (int i = 0; i < TAPS; ++i) {
         for (int j = 0; j < TAPS; ++j)
             rows[i][j] = response(window, i - j, size);
-        rows[i][TAPS] = response(window, i - (TAPS / 2 - 1) - place, size);
+        rows[i][TAPS] = response(window, static_cast<double>(i - (TAPS / 2 - 1)) - place, size);
     }
     for (int pivot = 0; pivot < TAPS; ++pivot) {
         for (int row = 0; row < TAPS; ++row) {

@@ -203,7 +203,7 @@ Frames findFrames(const Evidence& evidence, const FrameSearch& search, const Pau
     for (std::size_t n = 0; n < turns.size(); ++n)
         turns[n] = std::polar(1.0F, static_cast<float>(search.turn * static_cast<double>(n)));
 
-    const auto size = static_cast<std::size_t>(last + frame + 1);
+    const auto size = static_cast<std::size_t>(last) + static_cast<std::size_t>(frame) + 1;
     std::vector<float> ends(size, IMPOSSIBLE); // best score with a character ending at a node
     std::vector<float> idle(size + 1, 0.0F);   // sum of the likelihood of mark up to a node
     std::vector<Start> starts(size);

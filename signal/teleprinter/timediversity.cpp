@@ -154,8 +154,8 @@ private:
     static float anyWord(const Evidence& evidence, int node)
     {
         float any = 0.0F;
-        for (int element = 0; element < WORD_ELEMENTS; ++element)
-            any += eitherTone(evidence, static_cast<std::size_t>(node + element * NODES));
+        for (int at = node; at < node + WORD_ELEMENTS * NODES; at += NODES)
+            any += eitherTone(evidence, static_cast<std::size_t>(at));
         return any;
     }
 

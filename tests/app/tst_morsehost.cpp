@@ -303,7 +303,8 @@ private Q_SLOTS:
                     .out.contains("\"start\":\"2026-05-12T10:15:01."));
         const QString plain = dir.filePath("x.wav");
         QVERIFY(QFile::copy(named, plain));
-        verifyOneLine(run({"decode", "--start", "auto", plain}), 1, "neither its name nor a bext");
+        verifyOneLine(run({"decode", "--start", "auto", plain}), 1,
+                      "neither its name (20260512_101500) nor a bext");
         QVERIFY(run({"decode", "--json", plain}).out.contains("\"start\":\"1970-01-01T00:00:01."));
     }
 
@@ -356,7 +357,7 @@ private Q_SLOTS:
         file.close();
         const Ended ended = run({"decode", "--json", "--start", "auto", path});
         if (start.isEmpty()) {
-            verifyOneLine(ended, 1, "neither its name nor a bext");
+            verifyOneLine(ended, 1, "neither its name (20260512_101500) nor a bext");
             return;
         }
         QCOMPARE(ended.status, 0);
