@@ -521,8 +521,9 @@ std::vector<Trellis::Piece> Trellis::trace(const Front& front, std::int64_t hori
     return pieces;
 }
 
-Path Trellis::path(std::int64_t since_step) const
+Path Trellis::path(std::int64_t since_step)
 {
+    keepEnough(); // what was learnt since the last step may have made tables longer
     const std::int64_t horizon = std::max({since_step, m_now - KEPT_STEPS + 4, std::int64_t{0}});
     const Front front = this->front();
     Path path;

@@ -49,7 +49,7 @@ public:
     void advance();
 
     /// The best path, back to the segment that holds `since_step`.
-    Path path(std::int64_t since_step) const;
+    Path path(std::int64_t since_step);
 
     /// How far back a path can reach.
     static constexpr std::int64_t KEPT_STEPS = 2048;

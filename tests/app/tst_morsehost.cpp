@@ -335,7 +335,7 @@ private Q_SLOTS:
         const auto number = [](int value, int bytes) {
             QByteArray result;
             for (int i = 0; i < bytes; ++i)
-                result += static_cast<char>(value >> 8 * i & 0xFF);
+                result += static_cast<char>(qint64(value) >> 8 * i & 0xFF);
             return result;
         };
         const auto chunk = [&number](const char* mark, const QByteArray& content) {

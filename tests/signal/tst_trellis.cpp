@@ -27,7 +27,7 @@ struct Heard
             trellis.advance();
         }
     }
-    std::string kinds() const
+    std::string kinds()
     {
         std::string result;
         for (const Segment& segment : trellis.path(0).segments)
