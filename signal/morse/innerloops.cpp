@@ -214,7 +214,7 @@ std::uint64_t weighGroups(std::uint64_t groups, std::size_t count, std::uint32_t
         for (std::size_t i = 0; i < LANES; ++i) {
             const auto offset = static_cast<Score>(
                 std::min<std::int32_t>(MOST_SCORE, std::max<std::int32_t>(NEVER, sums[i])));
-            offsets[first + i] = offset;
+            offsets[first + i] = best[first + i] > NEVER ? offset : NEVER;
             most = std::max(most, static_cast<Score>(offset + best[first + i]));
         }
         live |= static_cast<std::uint64_t>(most >= least) << group;

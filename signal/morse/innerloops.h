@@ -32,8 +32,9 @@ Peak peakOfSums(const Score* a, const Score* b, const Score* c, const std::vecto
 /// What brings scores of earlier steps to a common reference, in groups of LANES: offsets[i] =
 /// references[i] - reference + additions[i], bounded by NEVER and MOST_SCORE; references and their
 /// differences may run over the end of 32 bits. `additions` may be null. Only groups whose bit of
-/// `groups` is set, all others get NEVER. The result has the bits of those groups in which some
-/// offsets[i] + best[i] is at least `least`.
+/// `groups` is set, all others get NEVER, as do steps whose `best` is NEVER: no path came there,
+/// and no evidence, however strong, makes one of that. The result has the bits of those groups in
+/// which some offsets[i] + best[i] is at least `least`.
 std::uint64_t weighGroups(std::uint64_t groups, std::size_t count, std::uint32_t reference,
                           const std::uint32_t* references, const std::int32_t* additions,
                           const Score* best, Score least, Score* offsets);

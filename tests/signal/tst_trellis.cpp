@@ -147,6 +147,27 @@ private Q_SLOTS:
         QVERIFY(path.complete);
         QCOMPARE(path.segments.back().end_step, std::int64_t(60 + 2 * (75 + 45 + 900)));
     }
+    void noMarkBeginsBeforeTheFirstStep_data()
+    {
+        QTest::addColumn<int>("steps");
+        for (const int steps : {1, 2, 3, 5, 8, 12})
+            QTest::addRow("%d steps", steps) << steps;
+    }
+    // A tone that is far stronger than expected, and already on when it is first heard.
+    void noMarkBeginsBeforeTheFirstStep()
+    {
+        QFETCH(int, steps);
+        MarkLikelihood likelihood;
+        TimingModel timing(0.004, {});
+        Trellis trellis(timing, likelihood);
+        likelihood.setLevel({1.0, 0.01});
+        for (int n = 0; n < 40; ++n) {
+            likelihood.push({n < steps ? 3.0 : 0.0, 0.0});
+            trellis.advance();
+            for (const Segment& segment : trellis.path(0).segments)
+                QVERIFY2(segment.begin_step >= 0, qPrintable(QString::number(segment.begin_step)));
+        }
+    }
     void theLastSegmentGoesOn()
     {
         Heard heard(20.0);
