@@ -11,6 +11,7 @@
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QtTest>
+#include <sys/stat.h>
 
 using namespace morsehost;
 
@@ -127,10 +128,10 @@ private Q_SLOTS:
     {
         const QString gate = m_folder.filePath("gate");
         Receiver::Surroundings surroundings;
-        surroundings.program = program(("#!/bin/sh\nuntil [ -e '" + gate.toUtf8() +
-                                        "' ]; do sleep 0.1; done\n"
-                                        "echo '{\"bytes\":'$(wc -c)'}'\n")
-                                           .constData());
+        QCOMPARE(mkfifo(QFile::encodeName(gate).constData(), 0600), 0);
+        surroundings.program = program(
+            ("#!/bin/sh\nread -r word <'" + gate.toUtf8() + "'\necho '{\"bytes\":'$(wc -c)'}'\n")
+                .constData());
         ReceiverSettings settings =
             commandReceiver("hf", "printf x; head -c 60000003 /dev/zero; printf yyyy");
         settings.samples.isComplex = true; // 4 bytes each
@@ -142,7 +143,9 @@ private Q_SLOTS:
         receiver.start();
         QTRY_VERIFY_WITH_TIMEOUT(receiver.state() == ReceiverState::Down, testsupport::HANGS_ms);
         QFile file(gate);
-        QVERIFY(file.open(QIODevice::WriteOnly));
+        // For both ways, so that nobody has to read already.
+        QVERIFY(file.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
+        QCOMPARE(file.write("open\n"), qint64(5));
         QTRY_VERIFY_WITH_TIMEOUT(arrived >= 0, testsupport::HANGS_ms);
         QVERIFY(receiver.bytesLost() > 0);
         QCOMPARE(arrived + receiver.bytesLost(), qint64(60000008));
@@ -157,7 +160,7 @@ private Q_SLOTS:
         // The shell waits for a process that writes no more.
         Receiver receiver(
             commandReceiver("hf", "(trap 'echo ended >" + log +
-                                      "; exit' TERM; echo; while :; do sleep 0.1; done); true"),
+                                      "; exit' TERM; echo; tail -f /dev/null & wait); true"),
             surroundings);
         receiver.start();
         QTRY_VERIFY_WITH_TIMEOUT(receiver.state() == ReceiverState::Running, testsupport::HANGS_ms);
