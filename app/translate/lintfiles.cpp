@@ -21,6 +21,14 @@ void writeFault(QTextStream& out, const QString& file, const Fault& fault)
     out << (fault.severity == Fault::Severity::Warning ? " warning: " : " ") << fault.text << '\n';
 }
 
+lint::Report noFile(const QString& name)
+{
+    lint::Report report;
+    report.failure = QFileInfo::exists(name) ? QStringLiteral("is not a file")
+                                             : QString::fromLocal8Bit(std::strerror(ENOENT));
+    return report;
+}
+
 QStringList suffixes()
 {
     QStringList suffixes;
@@ -38,17 +46,11 @@ LintOutcome lintFiles(const QStringList& files, QTextStream& out)
     LintOutcome outcome;
     int checked = 0;
     for (const QString& file : files) {
-        if (!lint::isTable(file) && QFileInfo(file).isFile())
+        const bool isTable = lint::isTable(file);
+        if (!isTable && QFileInfo(file).isFile())
             continue;
         ++checked;
-        if (!lint::isTable(file)) {
-            outcome.failures += QStringLiteral("%1: %2").arg(
-                file, QFileInfo::exists(file) ? QStringLiteral("is not a file")
-                                              : QString::fromLocal8Bit(std::strerror(ENOENT)));
-            outcome.isClean = false;
-            continue;
-        }
-        const lint::Report report = lint::lintFile(file);
+        const lint::Report report = isTable ? lint::lintFile(file) : noFile(file);
         if (!report.failure.isEmpty())
             outcome.failures += QStringLiteral("%1: %2").arg(file, report.failure);
         for (const Fault& fault : report.faults)

@@ -236,7 +236,7 @@ std::vector<HeardMark> SignalChain::heardMarks(const Path& path,
         mark.sum = m_likelihood.sum(begin, end);
         mark.turn = m_likelihood.advance(begin, end, lag);
         mark.lag_s = static_cast<double>(lag) * m_step_s;
-        mark.wholeTurns = wholeTurns(begin, end, lag);
+        mark.wholeTurns = wholeTurns(begin, end, mark);
         mark.tone_Hz = static_cast<double>(m_tones[slot(at)]);
         mark.cycles =
             m_cycles[slot(at)] + (middle - static_cast<double>(at)) * m_step_s * mark.tone_Hz;
@@ -298,13 +298,12 @@ double SignalChain::offsetError_Hz(std::int64_t length_steps) const
 // Of a mark's phase within a lag, where noise leaves no doubt: somebody who answers beside the tone
 // turns more than once in a third of a dash.
 double SignalChain::wholeTurns(std::int64_t begin_step, std::int64_t end_step,
-                               std::int64_t lag) const
+                               const HeardMark& mark) const
 {
-    const double perHertz = static_cast<double>(lag) * m_step_s;
-    if (m_parameters.tone.sureErrors * offsetError_Hz(end_step - begin_step) * perHertz > 0.5)
+    if (m_parameters.tone.sureErrors * offsetError_Hz(end_step - begin_step) * mark.lag_s > 0.5)
         return 0.0;
-    const double within = std::arg(m_likelihood.advance(begin_step, end_step, lag)) / TWO_PI;
-    return std::round(offset_Hz(begin_step, end_step) * perHertz - within);
+    const double within = std::arg(mark.turn) / TWO_PI;
+    return std::round(offset_Hz(begin_step, end_step) * mark.lag_s - within);
 }
 
 // Belongs to another signal, whose tone is far off.

@@ -105,7 +105,7 @@ private:
     void follow(std::vector<HeardMark> marks);
     double offset_Hz(std::int64_t begin_step, std::int64_t end_step) const;
     double offsetError_Hz(std::int64_t length_steps) const;
-    double wholeTurns(std::int64_t begin_step, std::int64_t end_step, std::int64_t lag) const;
+    double wholeTurns(std::int64_t begin_step, std::int64_t end_step, const HeardMark& mark) const;
     bool foreign(const Segment& mark) const;
     bool strays(const Segment& mark) const;
 

@@ -55,8 +55,8 @@ std::string stringOf(const QByteArray& bytes)
     return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
 }
 
-// The body goes the way of everything else that is sent, as bytes: templates that send headers and
-// bodies in pieces would be a third of what the compiler does for the whole program.
+// The body goes the way of everything else that is sent, as bytes: with templates that send headers
+// and bodies in pieces, this file takes twice as long to compile.
 std::string headerOf(const HttpAnswer& answer, bool isKept)
 {
     http::response<http::empty_body> response;
