@@ -150,10 +150,10 @@ SoundSinks Reception::sinks()
     SoundSinks sinks;
     if (m_station)
         sinks.morse = &*m_station;
-    if (m_pictures)
+    if (m_pictures) {
         sinks.morse = &*m_pictures;
-    if (m_pictures)
         sinks.observer = &*m_pictures;
+    }
     if (m_teleprinter)
         sinks.teleprinter = &*m_teleprinter;
     return sinks;
