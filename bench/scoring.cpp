@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <numeric>
 #include <optional>
+#include <sstream>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -140,6 +141,28 @@ TemporaryWave::~TemporaryWave()
 bool isAmong(const std::string& list, const std::string& name)
 {
     return list.empty() || ("," + list + ",").find("," + name + ",") != std::string::npos;
+}
+
+bool areKnown(const std::string& list, const std::vector<std::string>& names)
+{
+    std::istringstream parts(list);
+    for (std::string name; std::getline(parts, name, ',');) {
+        if (std::find(names.begin(), names.end(), name) == names.end()) {
+            std::fprintf(stderr, "no row '%s'\n", name.c_str());
+            return false;
+        }
+    }
+    return true;
+}
+
+bool occurs(const std::string& part, const std::vector<std::string>& texts)
+{
+    const bool is = std::any_of(texts.begin(), texts.end(), [&](const std::string& text) {
+        return text.find(part) != std::string::npos;
+    });
+    if (!is)
+        std::fprintf(stderr, "no row with '%s' in its title\n", part.c_str());
+    return is;
 }
 
 Option::Option(std::string optionName, std::string& value)

@@ -85,6 +85,12 @@ private:
 /// Whether `list`, names with commas between them, holds the name; an empty list holds all.
 bool isAmong(const std::string& list, const std::string& name);
 
+/// Whether every name in `list` is one of `names`; otherwise prints which is not.
+bool areKnown(const std::string& list, const std::vector<std::string>& names);
+
+/// Whether `part` occurs in one of the texts; otherwise prints that it does not.
+bool occurs(const std::string& part, const std::vector<std::string>& texts);
+
 /// An option of a bench, "--name VALUE" or, as a flag, "--name". `take` returns false for a value
 /// that is none.
 struct Option

@@ -280,6 +280,11 @@ int main(int argc, char** argv)
     };
     if (!bench::readOptions(argc, argv, rows, options.others))
         return usage();
+    std::vector<std::string> names;
+    for (const bands::Kind& kind : bands::kinds())
+        names.emplace_back(kind.name);
+    if (!bench::areKnown(options.only, names))
+        return 2;
     if (command == "list")
         return list();
     if (command == "make")

@@ -127,6 +127,21 @@ bool wanted(const Options& options, const reception::Condition& condition)
     return bench::isAmong(options.only, condition.name);
 }
 
+// Whether --only and --kind name what there is.
+bool namesRows(const std::string& command, const Options& options)
+{
+    std::vector<std::string> names;
+    if (command == "noise") {
+        for (const reception::Silence& silence : reception::silences())
+            names.push_back(silence.title);
+        return bench::occurs(options.only, names);
+    }
+    for (const reception::Condition& condition : reception::conditions())
+        names.push_back(condition.name);
+    return bench::areKnown(options.only, names) &&
+           bench::areKnown(options.kind, reception::kinds());
+}
+
 int list()
 {
     for (const reception::Condition& condition : reception::conditions())
@@ -398,6 +413,8 @@ int main(int argc, char** argv)
     };
     if (!bench::readOptions(argc, argv, rows, options.others))
         return usage();
+    if (!namesRows(command, options))
+        return 2;
     if (command == "list")
         return list();
     if (command == "measure")

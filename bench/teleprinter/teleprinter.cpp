@@ -2,7 +2,7 @@
 // Makes the corpus and scores decoders on it; see README.md.
 #include "reception/corpus.h"
 #include "scoring.h"
-#include "signal/teleprinter/receiver.h"
+#include "signal/teleprinter/teleprinterreceiver.h"
 #include "teleprinter/corpus.h"
 
 #include <algorithm>
@@ -116,6 +116,20 @@ void forAll(const Options& options, const Condition& condition, Function functio
         for (const std::string& kind : reception::kinds())
             function(teleprinterbench::record(condition, kind, seed, options.length));
     }
+}
+
+// Whether --only names what there is.
+bool namesRows(const Options& options)
+{
+    std::vector<std::string> names;
+    if (options.command == "silence") {
+        for (const teleprinterbench::Other& other : teleprinterbench::others())
+            names.push_back(other.title);
+        return bench::occurs(options.only, names);
+    }
+    for (const Condition& condition : teleprinterbench::conditions())
+        names.push_back(condition.name);
+    return bench::areKnown(options.only, names);
 }
 
 int list()
@@ -291,6 +305,8 @@ int main(int argc, char** argv)
     };
     if (!bench::readOptions(argc, argv, rows, options.others))
         return usage();
+    if (!namesRows(options))
+        return 2;
     if (options.command == "list")
         return list();
     if (options.command == "measure")
