@@ -163,4 +163,9 @@ QStringList archiveWords(const QString& text)
     return words;
 }
 
+QStringList archiveWords(const ArchiveRecord& record)
+{
+    return archiveWords(record.transmission.text + QLatin1Char(' ') + record.transmission.rawText);
+}
+
 } // namespace morsehost

@@ -35,5 +35,7 @@ std::optional<ArchiveRecord> archiveRecordOf(const QByteArray& line);
 
 /// The words of a text as they are searched: runs of letters and digits, in upper case, each once.
 QStringList archiveWords(const QString& text);
+/// Those by which a record is found: of its text and of its raw text.
+QStringList archiveWords(const ArchiveRecord& record);
 
 } // namespace morsehost

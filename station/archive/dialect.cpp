@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: MIT
+#include "station/archive/dialect.h"
+
+#include <QSqlDatabase>
+#include <QUrl>
+
+namespace morsehost {
+
+namespace {
+
+void setUpSqlite(QSqlDatabase& database, const QString& url)
+{
+    const QString scheme = QStringLiteral("sqlite:");
+    database.setDatabaseName(url.startsWith(scheme) ? url.mid(scheme.size()) : url);
+    database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=10000"));
+}
+
+void setUpPostgresql(QSqlDatabase& database, const QString& url)
+{
+    const QUrl parsed(url);
+    database.setHostName(parsed.host());
+    database.setPort(parsed.port(5432));
+    database.setDatabaseName(parsed.path().mid(1));
+    database.setUserName(parsed.userName(QUrl::FullyDecoded));
+    database.setPassword(parsed.password(QUrl::FullyDecoded));
+    database.setConnectOptions(QStringLiteral("connect_timeout=10"));
+}
+
+QString sqliteMatch(const std::vector<WantedWord>& wanted)
+{
+    QStringList terms;
+    for (const WantedWord& one : wanted) {
+        terms += QLatin1Char('"') + one.word + QLatin1Char('"') +
+                 (one.isPrefix ? QStringLiteral(" *") : QString());
+    }
+    return terms.join(QLatin1String(" AND "));
+}
+
+QString postgresqlMatch(const std::vector<WantedWord>& wanted)
+{
+    QStringList terms;
+    for (const WantedWord& one : wanted) {
+        terms += QLatin1Char('\'') + one.word + QLatin1Char('\'') +
+                 (one.isPrefix ? QStringLiteral(":*") : QString());
+    }
+    return terms.join(QLatin1String(" & "));
+}
+
+QString postgresqlArray(const QStringList& words)
+{
+    // Letters and digits alone need no escape.
+    return QLatin1Char('{') + words.join(QLatin1Char(',')) + QLatin1Char('}');
+}
+
+const ArchiveDialect SQLITE = {
+    "QSQLITE",
+    setUpSqlite,
+    {"PRAGMA journal_mode = WAL", "PRAGMA synchronous = FULL"},
+    "BEGIN IMMEDIATE",
+    "PRAGMA user_version",
+    {{"CREATE TABLE transmissions (id INTEGER PRIMARY KEY AUTOINCREMENT, key TEXT NOT NULL UNIQUE, "
+      "station TEXT, receiver TEXT, source TEXT, decoder TEXT, number INTEGER, tone_hz REAL, "
+      "frequency_hz REAL, speed_wpm REAL, baud_rate REAL, shift_hz REAL, reversed INTEGER, "
+      "snr_db REAL, start_us INTEGER NOT NULL, stop_us INTEGER NOT NULL, text TEXT, raw_text TEXT, "
+      "map TEXT, unknown_codes TEXT, files TEXT)",
+      "CREATE INDEX by_start ON transmissions (start_us)",
+      "CREATE INDEX by_frequency ON transmissions (frequency_hz)",
+      "CREATE INDEX by_stop ON transmissions (stop_us)",
+      // Words alone are looked for, so places within a text need not be kept.
+      "CREATE VIRTUAL TABLE words USING fts5 (text, raw_text, content = 'transmissions', "
+      "content_rowid = 'id', detail = none, columnsize = 0, "
+      "tokenize = \"unicode61 remove_diacritics 0 categories 'L* N* M*'\")",
+      "CREATE TRIGGER words_added AFTER INSERT ON transmissions BEGIN "
+      "INSERT INTO words (rowid, text, raw_text) VALUES (new.id, new.text, new.raw_text); END",
+      "CREATE TRIGGER words_removed AFTER DELETE ON transmissions BEGIN "
+      "INSERT INTO words (words, rowid, text, raw_text) "
+      "VALUES ('delete', old.id, old.text, old.raw_text); END",
+      "PRAGMA user_version = 1"},
+     {"CREATE TABLE recordings (key TEXT PRIMARY KEY, source TEXT, transmissions INTEGER)",
+      "PRAGMA user_version = 2"},
+     {"UPDATE transmissions SET station = '' WHERE station IS NULL", "DROP INDEX by_stop",
+      "CREATE INDEX by_station ON transmissions (station, stop_us)", "PRAGMA user_version = 3"}},
+    nullptr,
+    "INSERT OR IGNORE INTO ",
+    "",
+    nullptr,
+    nullptr,
+    nullptr,
+    " JOIN words ON words.rowid = transmissions.id",
+    "words MATCH ?",
+    sqliteMatch,
+    "words.rowid",
+    true,
+    "SELECT (page_count - freelist_count) * page_size "
+    "FROM pragma_page_count, pragma_freelist_count, pragma_page_size",
+};
+
+const ArchiveDialect POSTGRESQL = {
+    "QPSQL",
+    setUpPostgresql,
+    {},
+    "BEGIN",
+    "SELECT coalesce((SELECT obj_description(to_regclass('transmissions')))::int, 0)",
+    {{"CREATE TABLE transmissions (id BIGSERIAL PRIMARY KEY, key TEXT NOT NULL UNIQUE, "
+      "station TEXT, receiver TEXT, source TEXT, decoder TEXT, number INTEGER, "
+      "tone_hz DOUBLE PRECISION, frequency_hz DOUBLE PRECISION, speed_wpm DOUBLE PRECISION, "
+      "baud_rate DOUBLE PRECISION, shift_hz DOUBLE PRECISION, reversed INTEGER, "
+      "snr_db DOUBLE PRECISION, start_us BIGINT NOT NULL, stop_us BIGINT NOT NULL, text TEXT, "
+      "raw_text TEXT, map TEXT, unknown_codes TEXT, files TEXT, words TSVECTOR)",
+      "CREATE INDEX by_start ON transmissions (start_us)",
+      "CREATE INDEX by_frequency ON transmissions (frequency_hz)",
+      "CREATE INDEX by_stop ON transmissions (stop_us)",
+      "CREATE INDEX by_words ON transmissions USING gin (words)",
+      "COMMENT ON TABLE transmissions IS '1'"},
+     {"CREATE TABLE recordings (key TEXT PRIMARY KEY, source TEXT, transmissions INTEGER)",
+      "COMMENT ON TABLE transmissions IS '2'"},
+     {"UPDATE transmissions SET station = '' WHERE station IS NULL", "DROP INDEX by_stop",
+      "CREATE INDEX by_station ON transmissions (station, stop_us)",
+      "COMMENT ON TABLE transmissions IS '3'"}},
+    // Ids become visible in ascending order, whichever station writes.
+    "SELECT pg_advisory_xact_lock(7025000)",
+    "INSERT INTO ",
+    " ON CONFLICT (key) DO NOTHING",
+    "words",
+    "array_to_tsvector(?::text[])",
+    postgresqlArray,
+    "",
+    "words @@ CAST(? AS tsquery)",
+    postgresqlMatch,
+    "id",
+    false,
+    "SELECT 0",
+};
+
+} // namespace
+
+const ArchiveDialect& archiveDialect(const QString& url)
+{
+    return QUrl(url).scheme() == QLatin1String("postgresql") ? POSTGRESQL : SQLITE;
+}
+
+} // namespace morsehost

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+// The kinds of databases that an archive can be in, and all in which they differ.
+#pragma once
+
+#include "station/archive/wantedwords.h"
+
+#include <QString>
+
+#include <vector>
+
+class QSqlDatabase;
+
+namespace morsehost {
+
+struct ArchiveDialect
+{
+    const char* driver;
+    /// Of the connection, before it is opened.
+    void (*setUp)(QSqlDatabase& database, const QString& url);
+    std::vector<const char*> onOpening;
+    const char* begin;   ///< of a transaction that keeps others from making the tables
+    const char* version; ///< a query
+    /// What makes an archive of version 1 of an empty database, of version 2 of that, and so on.
+    std::vector<std::vector<const char*>> schema;
+    const char* beforeAdding; ///< within its transaction; null for nothing
+    const char* insertInto;   ///< before the table
+    const char* insertBehind; ///< the values, for rows whose key is there already to be left alone
+    /// The column of words and its value, for what wordsValue makes of the words of a text; null
+    /// where a trigger fills it.
+    const char* wordsColumn;
+    const char* wordsPlace;
+    QString (*wordsValue)(const QStringList& words);
+    const char* join;      ///< of the index of words
+    const char* condition; ///< that the words are there
+    QString (*match)(const std::vector<WantedWord>&);
+    const char* orderOfFound; ///< by the words: the id, as the index has it
+    /// The index of words gives its rows one after the other, whatever other conditions there are.
+    bool hasSlowWords;
+    const char* size; ///< a query: bytes in use
+};
+
+/// That of a URL; see Archive::open.
+const ArchiveDialect& archiveDialect(const QString& url);
+
+} // namespace morsehost
