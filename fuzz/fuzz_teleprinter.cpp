@@ -4,7 +4,7 @@
 // floating-point numbers, or keying: eight elements of two tones a byte. The bit 4 of the kind asks
 // for the same again in pieces.
 #include "fuzz/fuzzing.h"
-#include "signal/teleprinter/receiver.h"
+#include "signal/teleprinter/teleprinterreceiver.h"
 
 #include <algorithm>
 #include <cmath>

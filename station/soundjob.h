@@ -5,7 +5,7 @@
 
 #include "signal/morse/observer.h"
 #include "signal/morse/symbolsink.h"
-#include "signal/teleprinter/receiver.h"
+#include "signal/teleprinter/teleprinterreceiver.h"
 #include "station/audio/sound.h"
 
 #include <atomic>

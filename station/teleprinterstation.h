@@ -3,7 +3,7 @@
 // what comes back, and puts the transmissions together.
 #pragma once
 
-#include "signal/teleprinter/receiver.h"
+#include "signal/teleprinter/teleprinterreceiver.h"
 #include "station/mapstation.h"
 #include "station/stationlistener.h"
 

@@ -20,7 +20,7 @@ struct SurveyParameters
     int newNoise_frames = 24;
     int least_frames = 6; ///< fewer say nothing of a mean
     int lowOneIn = 10;
-    int search_frames = 94; ///< over which a tone is looked for
+    int search_frames = 94; ///< over which a tone is looked for: 3 s hold gaps at any speed
     double leastSigmas =
         5.0; ///< mean power over noise that makes a tone, in deviations (row: wide)
 };
@@ -28,7 +28,7 @@ struct SurveyParameters
 /// What stronger signals explain (shadows.h).
 struct ShadowParameters
 {
-    int compared_frames = 94;
+    int compared_frames = 94;       ///< as many as a tone was looked for in
     double clicksReach_Hz = 3000.0; ///< clicks of hard keying are heard that far
     double margin = 2.0;            ///< clicks, images and harmonics are at most so much stronger
     double stronger = 2.0;          ///< than the tone, in power; weaker signals explain nothing
@@ -39,9 +39,9 @@ struct ShadowParameters
     // this time; of two hands it is half of it.
     double shifted_s = 3.0;
     double shiftedShare = 0.7;
-    double leastDown = 0.1; ///< either tone, of that time
-    double leastShift_Hz = 60.0;
-    double largestRatio = 6.0; ///< of the powers of both tones
+    double leastDown = 0.1;      ///< either tone, of that time
+    double leastShift_Hz = 60.0; ///< nearer tones are one in the filters of a step
+    double largestRatio = 6.0;   ///< of the powers of both tones
 };
 
 /// Another station on the same frequency (stationchange.h).
@@ -53,7 +53,8 @@ struct ChangeParameters
     unsigned judgedMarks = 4; ///< after a pause; fewer than these are not compared
     unsigned leastMarks = 2;
     unsigned kept_marks = 16; ///< of the station, for its mean
-    // One station differs from itself by less; fading does not change more within a pause.
+    // One station differs from itself by less; fading does not change more within a pause (row:
+    // contest).
     double leastTone_Hz = 4.0;
     double leastLevel_dB = 6.0;
     double deviations = 4.0;   ///< of what chance makes of these differences
@@ -74,11 +75,11 @@ struct AdmissionParameters
     // what is so many times weaker (in power) is somebody else (row: contest).
     double answerSilence_s = 0.4;
     double answerSilence_units = 8.0;
-    double answerReach_Hz = 60.0;
+    double answerReach_Hz = 60.0; ///< on either side of the tone: who answers tunes to that
     double answerLevel = 6.0;
-    // A station that sends again is known by its tone for so long.
+    // A station that sends again is known by its tone for so long: as long as an over of the other.
     double remembered_s = 30.0;
-    double comesBack_Hz = 6.0;
+    double comesBack_Hz = 6.0; ///< it is as far off at most
     // Signals that may be tried at once, and as many more for each that is given: in a full band
     // clicks and noise find no end of candidates, and each takes as long as a signal.
     unsigned leastCandidates = 32;
@@ -88,7 +89,7 @@ struct AdmissionParameters
 /// When a teleprinter is looked for between two tones that take turns (teleprinterlistener.h).
 struct TeleprinterParameters
 {
-    unsigned most = 32;       ///< at once
+    unsigned most = 32;       ///< at once: each has a search of its own, which bounds the cost
     double within_s = 6.0;    ///< what gives none by then is none
     double notAgain_s = 10.0; ///< and is not tried again for so long
     unsigned mostTones = 64;  ///< the strongest are looked at, every second

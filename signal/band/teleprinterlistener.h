@@ -5,7 +5,7 @@
 #pragma once
 
 #include "signal/band/narrowsound.h"
-#include "signal/teleprinter/receiver.h"
+#include "signal/teleprinter/teleprinterreceiver.h"
 
 #include <cstdint>
 #include <optional>

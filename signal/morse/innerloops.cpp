@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "signal/morse/innerloops.h"
 
+#include "signal/logarithms.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -33,34 +35,6 @@ INLINE void load(ScoreLanes& lanes, const Score* from)
 INLINE void load(FloatLanes& lanes, const float* from)
 {
     std::memcpy(&lanes, from, sizeof lanes);
-}
-
-INLINE float logarithm(float x)
-{
-    // x = 2^exponent * m with m between sqrt(1/2) and sqrt(2).
-    std::uint32_t bits = 0;
-    std::memcpy(&bits, &x, sizeof bits);
-    constexpr std::uint32_t ROOT_HALF = 0x3f3504f3;
-    const std::uint32_t shifted = bits - ROOT_HALF;
-    const auto exponent = static_cast<float>(static_cast<std::int32_t>(shifted) >> 23);
-    const std::uint32_t mantissa = (shifted & 0x007fffffU) + ROOT_HALF;
-    float m = 0.0F;
-    std::memcpy(&m, &mantissa, sizeof m);
-    // log m = 2 artanh s, a series that is short because |s| < 0.172.
-    const float s = (m - 1.0F) / (m + 1.0F);
-    const float q = s * s;
-    return exponent * 0.69314718F +
-           2.0F * s * (1.0F + q * (1.0F / 3 + q * (1.0F / 5 + q * (1.0F / 7))));
-}
-
-// I0(x) = exp(x) / sqrt(h(x)), and h is close to a straight line: a quotient of two polynomials
-// fits it everywhere, exactly for x = 0 and for large x. Coefficients fitted to the power series.
-INLINE float logI0(float x)
-{
-    const float above =
-        1.0F + x * (2.3862853F + x * (2.7215620F + x * (1.0936038F + x * 1.2474274F)));
-    const float below = 1.0F + x * (0.40508493F + x * (0.22969026F + x * 0.19853422F));
-    return x - 0.5F * logarithm(above / below);
 }
 
 // Square root of a sum of squares; std::hypot guards against overflow, which is no danger here.
@@ -109,12 +83,12 @@ INLINE void weigh(const MarkWeighing& weighing, const StepSums& sums, Lengths le
             factor = better ? choice.factor : factor;
             logProbability = better ? choice.logProbability : logProbability;
         }
-        float evidence = logI0(factor * whole);
+        float evidence = logBesselI0(factor * whole);
         if (KNOWN_PHASE) {
             const float re = 2.0F * factor * (sums.turnedRe[0] - sums.turnedRe[length]);
             const float im = 2.0F * factor * (sums.turnedIm[0] - sums.turnedIm[length]);
             const float expected =
-                logI0(std::min(LARGEST, magnitude(re + weighing.concentration, im))) -
+                logBesselI0(std::min(LARGEST, magnitude(re + weighing.concentration, im))) -
                 weighing.concentrationCost;
             evidence = std::max(evidence + weighing.otherPhase, expected);
         }
@@ -226,12 +200,7 @@ FOR_EACH_PROCESSOR
 void logarithms(const float* x, float* out, std::size_t count)
 {
     for (std::size_t i = 0; i < count; ++i)
-        out[i] = logarithm(x[i]);
-}
-
-float logBesselI0(float x)
-{
-    return logI0(x);
+        out[i] = quickLog(x[i]);
 }
 
 FOR_EACH_PROCESSOR

@@ -42,9 +42,6 @@ std::uint64_t weighGroups(std::uint64_t groups, std::size_t count, std::uint32_t
 /// Natural logarithms of numbers greater than 0, within 1e-6.
 void logarithms(const float* x, float* out, std::size_t count);
 
-/// Logarithm of the modified Bessel function I0 for x >= 0, within 0.0003 of its value.
-float logBesselI0(float x);
-
 /// Of an amplitude that a mark may have, relative to the one expected.
 struct AmplitudeChoice
 {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "signal/morse/marklikelihood.h"
 
+#include "signal/logarithms.h"
+
 #include <algorithm>
 #include <cmath>
 

@@ -1,24 +1,22 @@
 // SPDX-License-Identifier: MIT
 #include "signal/teleprinter/evidence.h"
 
-#include "signal/numbers.h"
+#include "signal/logarithms.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace teleprinter {
 
-using demodulator::PI;
+using demodulator::logBesselI0;
 
 namespace {
 
-// Levels are followed at every fourth node, looking ahead as far as back.
+// Levels are followed at every fourth node, looking ahead as far as back: they change little within
+// an element.
 constexpr int STRIDE = 4;
+// Each round knows from the last how strong the tones are, and so which one was on.
 constexpr int ROUNDS = 3;
-
-constexpr int TABLE_STEPS = 32; // for each unit of the argument
-constexpr int TABLE_END = 32;
 
 // Both ways, so that nothing is late: a weighted sum over the neighbourhood of each place.
 void smoothen(std::vector<float>& values, float keep)
@@ -110,22 +108,6 @@ float eitherTone(const Evidence& evidence, std::size_t node)
     return std::max(mark, space) + std::log1p(std::exp(-std::fabs(mark - space))) - LOG_2;
 }
 
-float logBesselI0(float x)
-{
-    static const std::array<float, TABLE_STEPS* TABLE_END + 2> table = [] {
-        std::array<float, TABLE_STEPS* TABLE_END + 2> values = {};
-        for (std::size_t i = 0; i < values.size(); ++i)
-            values[i] = static_cast<float>(
-                std::log(std::cyl_bessel_i(0.0, static_cast<double>(i) / TABLE_STEPS)));
-        return values;
-    }();
-    if (x >= TABLE_END)
-        return x - 0.5F * std::log(static_cast<float>(2.0 * PI) * x) + 0.125F / x;
-    const float place = x * TABLE_STEPS;
-    const auto index = static_cast<std::size_t>(place);
-    return table[index] + (place - static_cast<float>(index)) * (table[index + 1] - table[index]);
-}
-
 Evidence weigh(const TonePair& tones, const Grid& grid, double rate_Hz, double noise,
                const EvidenceParameters& own)
 {
@@ -168,7 +150,7 @@ Evidence weigh(const TonePair& tones, const Grid& grid, double rate_Hz, double n
             sum *= 2.0F * std::sqrt(strength / noisier);
             evidence.strengths[tone][i] = strength;
             evidence.phaseGains[tone][i] = gains[tone][place];
-            evidence.likelihoods[tone][i] = logBesselI0(std::abs(sum)) - strength;
+            evidence.likelihoods[tone][i] = logBesselI0(std::sqrt(std::norm(sum))) - strength;
         }
     }
     return evidence;

@@ -49,7 +49,4 @@ float phaseGain(float strength);
 /// Logarithm of the mean likelihood of both tones at a node.
 float eitherTone(const Evidence& evidence, std::size_t node);
 
-/// Logarithm of the modified Bessel function I0, for what is not negative.
-float logBesselI0(float x);
-
 } // namespace teleprinter

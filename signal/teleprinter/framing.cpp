@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "signal/teleprinter/framing.h"
 
+#include "signal/logarithms.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -8,11 +10,14 @@
 
 namespace teleprinter {
 
+using demodulator::logBesselI0;
+
 namespace {
 
 constexpr float LOG_2 = 0.693147F;
-constexpr float IMPOSSIBLE = -1e30F;
+constexpr float IMPOSSIBLE = -1e30F; // of a score: below any that can come about
 
+// Data elements of a character that a word has room for.
 constexpr int MOST_BITS = 10;
 
 using Words = std::array<std::complex<float>, MOST_BITS + 1>;

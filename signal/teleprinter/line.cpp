@@ -8,7 +8,7 @@ namespace teleprinter {
 
 namespace {
 
-constexpr double SAME_TONE = 0.4;   // of the speed
+constexpr double SAME_TONE = 0.4;   // of the speed: nearer ones are one within an element
 constexpr double SAME_SPEED = 0.01; // 45 and 45.45 Bd are one speed
 
 } // namespace

@@ -3,7 +3,7 @@
 // safety messages follow each other, at ZCZC and NNNN.
 #pragma once
 
-#include "signal/teleprinter/receiver.h"
+#include "signal/teleprinter/teleprinterreceiver.h"
 
 #include <string>
 #include <vector>

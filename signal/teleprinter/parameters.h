@@ -25,36 +25,41 @@ struct SpectrumParameters
 /// How strong the tones are (evidence.h).
 struct EvidenceParameters
 {
-    double followed_s = 0.1;  ///< levels are averaged over so much, both ways (row: rayleigh)
-    float steady_bits = 0.1F; ///< the level of the whole span counts as so many elements nearby
-    float leastStrength = 0.05F;
+    double followed_s = 0.1;     ///< levels are averaged over so much, both ways (row: rayleigh)
+    float steady_bits = 0.1F;    ///< the level of the whole span counts as so many elements nearby
+    float leastStrength = 0.05F; ///< energy of an element over noise density: no level is lower
     /// What a tone leaves in the other's filter is no noise but grows with it: beyond this, a
     /// stronger signal is no surer (row: echo).
     double mostStrength_per_s = 4500.0;
 };
 
-/// Characters and pauses (framing.h). Costs are logarithms of probabilities.
+/// Characters and pauses (framing.h). Costs are natural logarithms of probabilities; so are scores
+/// and margins, as ratios to noise or to the other reading.
 struct FramingParameters
 {
+    // That a signal ends or begins at some place: nearer to 0, noise breaks text into pieces;
+    // farther, noise is read as characters.
     float silenceBegins = -6.0F;
     float signalBegins = -6.0F;
-    float character = -1.0F;
+    float character = -1.0F; ///< each: that one begins, and not the idle line goes on
     /// A start that is worse than this by any reading is not looked at again.
     float worthRefining = -6.0F;
     float doubted = 7.0F; ///< an element that is surer than this is not tried both ways
     int mostDoubted = 5;  ///< of the others, so many are
     float learntFrom =
         12.0F; ///< characters, until the pauses are believed to be known (row: typed)
-    float leastLearnt = 1.0F;
-    float remembered = 60.0F; ///< characters
+    float leastLearnt = 1.0F; ///< characters; from fewer, no pause is likelier than another
+    float remembered = 60.0F; ///< characters, after which a pause counts e times less
     float anyPause = 0.05F;   ///< share of pauses that are like no other
 };
 
 /// How tones are followed (tracking.h).
 struct TrackingParameters
 {
-    double leastScatter = 0.02; ///< radians, squared
-    // What the tones may drift from one time to the next (row: drift).
+    /// Variance of the phase from element to element that even a strong signal has, radians
+    /// squared.
+    double leastScatter = 0.02;
+    // What the tones may drift from one span to the next: variances (row: drift).
     double centreDrift_Hz2 = 0.15;
     double shiftDrift_Hz2 = 0.02;
 };
@@ -62,19 +67,20 @@ struct TrackingParameters
 /// Whether there is a line (acquisition.h). Rows: snr-4 for too strict, silence for too lax.
 struct AcquisitionParameters
 {
-    // So many characters hold together so well.
+    // A line has so many characters at least; by fewer, noise would pass for one.
     int leastCharacters = 8;
     /// So many where not this share of pauses is alike: a machine sends even ones, other data of
     /// the same speed look like characters with pauses of any number of elements.
     int leastTyped = 20;
     double evenPauses = 0.8;
+    // How much better starts and stops fit than any elements would: a logarithm of likelihoods.
     double leastFraming = 10.0;     ///< in all
     double leastFramingMean = 0.35; ///< a character; 1.39 is all there can be
     /// Of ASCII, which is not sent on weak signals: of many more speeds and lengths that are tried,
     /// one or the other fits other data a little.
     double leastFormedAscii = 0.93;
     double leastAsciiMean = 0.9;
-    double leastScoreMean = 2.0;  ///< a character
+    double leastScoreMean = 2.0;  ///< a character, over noise, as a logarithm
     double leastOccupied = 0.4;   ///< of the span
     double mostUnexplained = 0.1; ///< of the span
     // Share of the commonest character: all that hum and other regular sounds bring, and a third of
@@ -84,11 +90,11 @@ struct AcquisitionParameters
     /// Share of neighbouring elements that differ, of characters of seven or eight: hum beats, text
     /// does not. ITA2 has a test text that does.
     double mostRegular = 0.75;
-    double leastMargin = 15.0; ///< over any other line
+    double leastMargin = 15.0; ///< of the score, over any other line
     /// Framing from which an attempt is a rival by its form; of others, only one that fits so much
     /// better in strength is (row: ascii300).
     double leastForm = 3.0;
-    double mostStronger = 1.0;
+    double mostStronger = 1.0; ///< times the score
     /// So many characters, of which so many have their form, and so well: no other line is a rival
     /// that has not as much (row: ascii300).
     int leastWhole = 20;
@@ -103,15 +109,15 @@ struct AcquisitionParameters
     /// character loses for it (row: ascii200).
     int steadyFirst = 8;
     double costOfSteadyFirst = 2.0;
-    int refined = 4; ///< of the first attempts
-    int rounds = 2;
+    int refined = 4; ///< of the first attempts, the best: tones and clock are set right
+    int rounds = 2;  ///< of that, each from the tones that the last has found
     // The tones of one signal are on in turn: their energies go against each other.
     // These are summed up over the shorter of two spans.
     double exclusion_s = 0.012;
     double exclusion_bits = 0.9;
-    double leastExclusion = 0.12;
-    double excludesFrom = 0.75; ///< shift over speed; nearer tones overlap (row: ascii300)
-    int mostPairs = 4;          ///< of tones, for each width
+    double leastExclusion = 0.12; ///< correlation, with its sign turned; 1: exactly one is on
+    double excludesFrom = 0.75;   ///< shift over speed; nearer tones overlap (row: ascii300)
+    int mostPairs = 4;            ///< of tones, for each width
 };
 
 /// A start-stop line that is followed (startstop.h).
@@ -120,54 +126,55 @@ struct StartStopParameters
     // Decided in spans of so much, of which the last part only helps to decide what is before it.
     double span_s = 2.0;
     double ahead_s = 0.7;
-    double leastAhead_characters = 3.0;
-    double before_s = 0.5;   ///< heard again, for the levels
-    double noise_s = 3.0;    ///< over which the noise is measured
+    double leastAhead_characters = 3.0; ///< of that part, at least
+    double before_s = 0.5;              ///< heard again, for the levels
+    double noise_s = 3.0;               ///< over which the noise is measured
     double lengthGain = 0.3; ///< share of the clock's error in a span that is followed (row: fast)
-    double mostLengthError = 0.05;
+    double mostLengthError = 0.05; ///< share of the nominal one: no machine's clock is worse
     int knownAfter = 2;         ///< spans, until phases are kept through a character (row: snr-2)
     double overAfter_s = 3.0;   ///< without either tone (row: rayleigh)
     double idleAtMost_s = 20.0; ///< without a character
     float present_per_s = 8.0F; ///< logarithm of the likelihood of a signal
-    float leastFramingMean = 0.1F;
-    float goodFrame = 3.0F; ///< score from which a character shows tones and clock
-    float doubtful = 3.0F;  ///< least margin of an element
+    float leastFramingMean = 0.1F; ///< a character; below, the span is no text (silence)
+    float goodFrame = 3.0F;        ///< score from which a character shows tones and clock
+    float doubtful = 3.0F;         ///< least margin of an element
 };
 
 /// A line in time diversity (timediversity.h).
 struct TimeDiversityParameters
 {
-    int span_words = 16;
-    double before_s = 0.5;
-    double noise_s = 3.0;
-    // The clock is seen from how the begins of words move, span by span.
+    int span_words = 16;   ///< decided at once; 1.1 s
+    double before_s = 0.5; ///< heard again, for the levels
+    double noise_s = 3.0;  ///< over which the noise is measured
+    // The clock is seen from how the begins of words move, span by span: shares of the error that
+    // are followed. The length follows slowly, since its error adds up.
     double beginGain = 0.5;
     double lengthGain = 0.08;
-    int knownAfter = 2;
+    int knownAfter = 2;        ///< spans, until phases are kept through a word
     float present = 2.0F;      ///< of a word: logarithm of the likelihood of a signal
     float presentTwice = 9.0F; ///< of a character
     float doubtful = 3.0F;     ///< margin of a character
     float formless = 0.2F;     ///< mean of a word; 1.3 is all there can be
-    double overAfter_s = 3.0;
+    double overAfter_s = 3.0;  ///< without a word
     // Which words repeat others.
-    float faded = 0.95F; ///< of what was known of the order, a character
-    float sureOrder = 6.0F;
+    float faded = 0.95F;    ///< share of what was known of the order that is left, a word later
+    float sureOrder = 6.0F; ///< logarithm of the likelihood of one order over the other
 };
 
-/// When is looked for a line (receiver.h).
+/// When a line is looked for (teleprinterreceiver.h).
 struct SearchParameters
 {
-    double every_s = 0.5;
+    double every_s = 0.5; ///< from one search to the next, at first
     // A strong signal is found in the shorter span, a weak one in the longer.
     double short_s = 2.5;
     double long_s = 7.0;
-    int longEvery = 4; ///< searches
+    int longEvery = 4; ///< searches: one in so many is in the longer span, which costs more
     // The wait between searches grows where there is nothing to be found.
-    double waitGrows = 1.15;
+    double waitGrows = 1.15; ///< times, from search to search
     double longestWait_s = 1.5;
     // The first seconds may have looked like another line than what follows.
     double checkEvery_s = 2.5;
-    int checks = 2;
+    int checks = 2;            ///< so many times it is looked whether it is
     double heardAgain_s = 9.0; ///< of what came before a signal was noticed
 };
 

@@ -15,12 +15,15 @@ using demodulator::PI;
 
 namespace {
 
+// Bins of 8 Hz: narrower than a tone at any speed, and tones 70 Hz apart are two.
 constexpr double FRAME_s = 0.128;
-constexpr std::int64_t KEPT_FRAMES = 128; // 8 s
+constexpr std::int64_t KEPT_FRAMES = 128; // 8 s: longer than the longest search
+// The strongest of each kind; more only take time, pair by pair.
 constexpr std::size_t MOST_PEAKS = 7;
 constexpr std::size_t MOST_PAIRS = 8;
-constexpr double USUAL_NARROW_SHIFTS_Hz[] = {170.0, 200.0};
 constexpr std::size_t MOST_HUMPS = 2;
+// Shifts that are no wider than what fast ASCII fills: one hump does not show them.
+constexpr double USUAL_NARROW_SHIFTS_Hz[] = {170.0, 200.0};
 
 double median(std::vector<double> values)
 {

@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "signal/teleprinter/synchronous.h"
 
+#include "signal/logarithms.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace teleprinter {
+
+using demodulator::logBesselI0;
 
 namespace {
 

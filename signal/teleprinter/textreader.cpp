@@ -65,7 +65,7 @@ private:
         ++m_groupLength;
     }
 
-    static constexpr int LEAST_GROUP = 3;
+    static constexpr int LEAST_GROUP = 3; // digits: fewer are also misread letters
 
     // What follows a blank in figures, without a shift: so far nothing but digits, or anything.
     enum class Group { Other, Digits };
@@ -122,6 +122,7 @@ public:
     }
 
 private:
+    // Characters, one to three seconds: hardly any text of so many follows a rule by chance.
     static constexpr std::size_t DECIDED_AFTER = 24;
     static constexpr std::size_t EXCEPTIONS = 8; // one in so many may be misread
 

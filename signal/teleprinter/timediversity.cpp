@@ -15,7 +15,9 @@ using demodulator::PI;
 
 namespace {
 
-constexpr std::size_t MOST_WAITING = 150; // words, about 10 s
+// Words, about 10 s, that wait until it is known which of them repeat others; older ones are
+// dropped.
+constexpr std::size_t MOST_WAITING = 150;
 
 class TimeDiversityChannel : public Channel
 {

@@ -12,8 +12,10 @@ using demodulator::PI;
 
 namespace {
 
-constexpr double LENGTH_STEP = 0.008; // of an element
-constexpr double BEGIN_STEP = 0.15;   // of an element
+// By which another length and another begin are tried, in elements: large enough for the sums to
+// differ beyond noise, small enough for a parabola to go through them.
+constexpr double LENGTH_STEP = 0.008;
+constexpr double BEGIN_STEP = 0.15;
 
 // Where the parabola through three equally spaced heights has its top, in steps from the middle.
 double topOf(const double (&heights)[3])

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "signal/morse/demodulator.h"
-#include "signal/teleprinter/receiver.h"
+#include "signal/teleprinter/teleprinterreceiver.h"
 #include "station/audio/samplesource.h"
 
 #include <QString>

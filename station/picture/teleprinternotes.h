@@ -3,7 +3,7 @@
 #pragma once
 
 #include "signal/teleprinter/observer.h"
-#include "signal/teleprinter/receiver.h"
+#include "signal/teleprinter/teleprinterreceiver.h"
 #include "station/picture/sound.h"
 
 #include <QString>

@@ -127,27 +127,6 @@ private Q_SLOTS:
         QVERIFY2(sum < 30.0F, qPrintable(QString::number(static_cast<double>(sum))));
     }
 
-    // Against the series of the function itself.
-    void besselFunctionIsRight_data()
-    {
-        QTest::addColumn<double>("x");
-        for (const double x : {0.0, 0.1, 1.0, 5.3, 31.9, 32.1, 80.0})
-            QTest::newRow(qPrintable(QString::number(x))) << x;
-    }
-    void besselFunctionIsRight()
-    {
-        QFETCH(double, x);
-        double term = 1.0;
-        double sum = 1.0;
-        for (int k = 1; k < 400; ++k) {
-            term *= x * x / (4.0 * k * k);
-            sum += term;
-        }
-        const double got = static_cast<double>(logBesselI0(static_cast<float>(x)));
-        QVERIFY2(std::fabs(got - std::log(sum)) < 2e-3 + 1e-5 * x,
-                 qPrintable(QString("%1, %2").arg(got).arg(std::log(sum))));
-    }
-
     void aKnownPhaseGainsMoreTheStrongerTheSignal()
     {
         QCOMPARE(phaseGain(0.0F), 0.0F);

@@ -104,14 +104,6 @@ private Q_SLOTS:
                      qPrintable(QString::number(x)));
         }
     }
-    void theBesselFunctionIsWithinThreeTenThousandths()
-    {
-        for (double x = 0.0; x < 600.0; x = 1.05 * x + 0.01) {
-            const double exact = std::log(std::cyl_bessel_i(0.0, x));
-            const auto ours = static_cast<double>(logBesselI0(static_cast<float>(x)));
-            QVERIFY2(std::fabs(ours - exact) < 0.0003 + 1e-6 * x, qPrintable(QString::number(x)));
-        }
-    }
     void aSumIsCorrelatedWithItself()
     {
         testsupport::Random random("correlate");

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "signal/teleprinter/receiver.h"
+#include "signal/teleprinter/teleprinterreceiver.h"
 
 #include "support/morsecode.h"
 #include "support/teleprinterkeyer.h"
@@ -75,7 +75,7 @@ QString expected(TeleprinterCode code)
 
 } // namespace
 
-class tst_Receiver : public QObject
+class tst_TeleprinterReceiver : public QObject
 {
     Q_OBJECT
 
@@ -235,7 +235,7 @@ private Q_SLOTS:
     }
 };
 
-void tst_Receiver::itReadsWithoutSettings_data()
+void tst_TeleprinterReceiver::itReadsWithoutSettings_data()
 {
     QTest::addColumn<Machine>("machine");
     QTest::addColumn<TonePath>("path");
@@ -284,7 +284,7 @@ void tst_Receiver::itReadsWithoutSettings_data()
     });
 }
 
-void tst_Receiver::itReadsWithoutSettings()
+void tst_TeleprinterReceiver::itReadsWithoutSettings()
 {
     QFETCH(Machine, machine);
     QFETCH(TonePath, path);
@@ -302,5 +302,5 @@ void tst_Receiver::itReadsWithoutSettings()
     QCOMPARE(line.isReversed(), path.reversed);
 }
 
-QTEST_GUILESS_MAIN(tst_Receiver)
-#include "tst_receiver.moc"
+QTEST_GUILESS_MAIN(tst_TeleprinterReceiver)
+#include "tst_teleprinterreceiver.moc"

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Joins the stages: looks for a line, opens a channel on it that hears the last seconds again, and
 // puts its words into text.
-#include "signal/teleprinter/receiver.h"
+#include "signal/teleprinter/teleprinterreceiver.h"
 
+#include "signal/limits.h"
 #include "signal/samples/samples.h"
 #include "signal/teleprinter/acquisition.h"
 #include "signal/teleprinter/ccir476.h"
@@ -20,13 +21,12 @@ namespace teleprinter {
 
 namespace {
 
-constexpr double LOWEST_RATE_Hz = 4000.0;
-constexpr double HIGHEST_RATE_Hz = 768000.0;
+// More than any search or channel hears again.
 constexpr double HISTORY_s = 16.0;
 
 bool usable(double rate_Hz)
 {
-    return rate_Hz >= LOWEST_RATE_Hz && rate_Hz <= HIGHEST_RATE_Hz;
+    return rate_Hz >= demodulator::LOWEST_RATE_Hz && rate_Hz <= demodulator::HIGHEST_RATE_Hz;
 }
 
 } // namespace
