@@ -19,6 +19,8 @@ std::vector<ParameterRow> rowsOf(Parameters& parameters)
         PARAMETER_ROW(finder.farthestShift_Hz),
         PARAMETER_ROW(finder.leastComplement),
         PARAMETER_ROW(finder.opposite),
+        PARAMETER_ROW(finder.leastSwap),
+        PARAMETER_ROW(finder.inTurn),
         PARAMETER_ROW(level.weakestRatio),
         PARAMETER_ROW(level.span_s),
         PARAMETER_ROW(level.memory_s),

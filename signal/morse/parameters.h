@@ -25,6 +25,11 @@ struct FinderParameters
     double farthestShift_Hz = 1000.0;
     double leastComplement = 0.2;
     double opposite = 0.5;
+    // One of several tones that take turns: when it comes, the power of all others varies between
+    // this share of its own and the inverse, and so opposite (as a correlation) to it (row: hopping
+    // tones).
+    double leastSwap = 0.3;
+    double inTurn = 0.6;
 };
 
 /// How strong the signal is (leveltracker.h). Power of one step over noise of one step is "ratio".

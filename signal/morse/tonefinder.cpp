@@ -14,10 +14,6 @@ namespace {
 constexpr double LOWEST_Hz = 60.0; // below that, a filter's edge and hum
 // The power of noise in a bin is exponentially distributed: so much of its mean is its median.
 constexpr double MEDIAN_OF_POWER = 0.693;
-// Tones in turn: what all others lose when ours comes, in variance at least and at most, and how
-// opposite they are to it.
-constexpr double LEAST_SWAP = 0.3;
-constexpr double IN_TURN = 0.6;
 
 // The value below which one in so many lies.
 double quantile(std::vector<float>& values, std::size_t oneIn)
@@ -152,8 +148,9 @@ bool ToneFinder::takesTurns(double tone_Hz, std::int64_t count) const
     const double ownVariance = ownSquares - ownSum * ownSum / frames;
     const double restVariance = restSquares - restSum * restSum / frames;
     const double common = products - ownSum * restSum / frames;
-    return restVariance > LEAST_SWAP * ownVariance && restVariance < ownVariance / LEAST_SWAP &&
-           common < -IN_TURN * std::sqrt(ownVariance * restVariance);
+    return restVariance > m_parameters.leastSwap * ownVariance &&
+           restVariance < ownVariance / m_parameters.leastSwap &&
+           common < -m_parameters.inTurn * std::sqrt(ownVariance * restVariance);
 }
 
 double ToneFinder::noiseNear(double tone_Hz, std::int64_t count) const

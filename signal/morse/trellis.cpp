@@ -5,37 +5,14 @@
 
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 namespace demodulator {
 
 namespace {
 
 constexpr std::int64_t CARRIER_BLOCK_STEPS = 32;
-// Where paths came from is remembered for so many ends of marks and gaps at each speed. What is
-// older is remembered of those paths alone that are still going on: by then most of them have run
-// together into one trunk, which is renewed every so many steps.
-constexpr std::size_t KEPT_BACKS = 512;
-constexpr std::int64_t TRUNK_STEPS = 128;
-
 // Scores stay near their reference: it is moved when the best of a step is farther from it.
 constexpr int NEAR_REFERENCE = 20 * SCORES_PER_NAT;
-
-// How a mark's or a gap's end is packed into 16 bits; 0 is none.
-constexpr std::uint16_t LENGTH_BITS = 0x7ff;
-constexpr std::uint16_t CARRIER_BIT = 0x8000;
-constexpr int ORIGIN_SHIFT = 11;
-constexpr int NEIGHBOURS = 2; // speeds to both sides that a hand changes to
-enum Origin : std::uint16_t {
-    FROM_SLOWEST_NEIGHBOUR = 1, // and so on to the fastest one
-    FROM_BEGINNING = FROM_SLOWEST_NEIGHBOUR + 2 * NEIGHBOURS + 1,
-    FROM_SILENCE,
-};
-
-std::uint16_t packed(int origin, int length_steps)
-{
-    return static_cast<std::uint16_t>(origin << ORIGIN_SHIFT | length_steps);
-}
 
 int bounded(std::int64_t score)
 {
@@ -43,27 +20,6 @@ int bounded(std::int64_t score)
 }
 
 } // namespace
-
-void Trellis::LiveSteps::push()
-{
-    for (std::size_t i = m_words.size(); i-- > 1;)
-        m_words[i] = m_words[i] << 1 | m_words[i - 1] >> 63;
-    m_words[0] <<= 1;
-}
-
-std::uint64_t Trellis::LiveSteps::groups(std::size_t count) const
-{
-    constexpr std::uint64_t LOW = 0x7fff7fff7fff7fffU; // of each group in a word
-    std::uint64_t result = 0;
-    for (std::size_t i = 0; i < m_words.size(); ++i) {
-        const std::uint64_t word = m_words[i];
-        const std::uint64_t any = ((word & LOW) + LOW) | word; // highest bit of a group: not empty
-        const std::uint64_t bits =
-            (any >> 15 & 1) | (any >> 30 & 2) | (any >> 45 & 4) | (any >> 60 & 8);
-        result |= bits << (4 * i);
-    }
-    return count < 64 ? result & ((std::uint64_t{1} << count) - 1) : result;
-}
 
 Trellis::Trellis(const TimingModel& timing, const MarkLikelihood& likelihood,
                  const TrellisParameters& parameters)
@@ -75,7 +31,7 @@ Trellis::Trellis(const TimingModel& timing, const MarkLikelihood& likelihood,
     , m_references(m_marks.best.kept(), 0)
     , m_mark(timing.speeds())
     , m_gap(timing.speeds())
-    , m_idle(1)
+    , m_memory(timing)
     , m_gapEnds(2 * CARRIER_BLOCK_STEPS, GapEnd())
 {
     for (std::size_t speed = 0; speed < timing.speeds(); ++speed) {
@@ -87,10 +43,9 @@ Trellis::Trellis(const TimingModel& timing, const MarkLikelihood& likelihood,
 Trellis::Ends Trellis::endsFor(const TimingModel& timing)
 {
     constexpr std::size_t LONGEST_STEPS = 44 * LANES; // groups of steps that are known to be alive
-    Ends ends = {RecentRows<Score>(timing.speeds(), NEVER), {}, {}, {}, {}};
+    Ends ends = {RecentRows<Score>(timing.speeds(), NEVER), {}, {}, {}};
     ends.lastLive.assign(timing.speeds(), -static_cast<std::int64_t>(LONGEST_STEPS));
     ends.best = Recent<Score>(LONGEST_STEPS, NEVER);
-    ends.backs.resize(timing.speeds() * KEPT_BACKS);
     return ends;
 }
 
@@ -104,22 +59,10 @@ void Trellis::keepEnough()
     }
 }
 
-std::uint16_t& Trellis::back(Ends& ends, std::size_t speed, std::int64_t step) const
-{
-    return ends.backs[speed * KEPT_BACKS + static_cast<std::size_t>(step) % KEPT_BACKS];
-}
-
-const Trellis::Idle& Trellis::idleAt(std::int64_t step) const
-{
-    std::size_t i = m_idle.size() - 1;
-    while (i > 0 && m_idle[i].since_step > step)
-        --i;
-    return m_idle[i];
-}
-
 void Trellis::advance()
 {
     m_now = m_likelihood.end();
+    m_memory.begin(m_now);
     keepEnough();
     m_references.push(0);
     open(m_marks);
@@ -134,7 +77,7 @@ void Trellis::advance()
     // to it is a better one.
     for (;;) {
         weighLengths(static_cast<std::uint32_t>(m_reference), m_weighed);
-        idle = m_idle.back();
+        idle = m_memory.idle();
         best = std::max(chooseMarks(), chooseGaps(idle));
         best = std::max(best, idle.score);
         if (m_now % CARRIER_BLOCK_STEPS == 0)
@@ -143,18 +86,13 @@ void Trellis::advance()
             break;
         m_reference = best;
     }
-    if (idle.score > m_idle.back().score) {
-        idle.since_step = m_now;
-        m_idle.push_back(idle);
-    }
-    while (m_idle.size() > 1 && m_idle[1].since_step < m_now - KEPT_STEPS)
-        m_idle.pop_front();
+    m_memory.rest(idle);
 
     const int cut = static_cast<int>(best - m_reference) - toScore(m_parameters.beam);
     m_references.data()[0] = static_cast<std::uint32_t>(m_reference);
     endMarks(cut);
-    endGaps(cut, m_idle.back());
-    if (m_now % TRUNK_STEPS == 0)
+    endGaps(cut, m_memory.idle());
+    if (m_now % PathMemory::TRUNK_STEPS == 0)
         renewTrunk();
 }
 
@@ -164,8 +102,6 @@ void Trellis::open(Ends& ends)
     ends.live.push();
     ends.best.push(NEVER);
     ends.scores.push();
-    for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed)
-        back(ends, speed, m_now) = 0;
 }
 
 // The evidence for marks that end now, of lengths that some path asks for.
@@ -210,7 +146,7 @@ void Trellis::followCarrier()
         m_carrier.score += ratio(CARRIER_BLOCK_STEPS);
         if (!weak)
             m_carrier.score += toScore(m_parameters.carrierGoesOn);
-        if (m_carrier.score < m_idle.back().score + NEVER)
+        if (m_carrier.score < m_memory.idle().score + NEVER)
             m_carrier.score = IMPOSSIBLE;
     }
     for (std::int64_t age = CARRIER_BLOCK_STEPS; age < 2 * CARRIER_BLOCK_STEPS && !weak; ++age) {
@@ -225,7 +161,7 @@ void Trellis::followCarrier()
     m_carrier.begin = std::max(m_carrier.begin, m_now - KEPT_STEPS / 2);
 }
 
-Trellis::Total Trellis::carrierEndingNow() const
+Total Trellis::carrierEndingNow() const
 {
     const std::int64_t sinceBlock = m_now % CARRIER_BLOCK_STEPS;
     if (sinceBlock == 0 || m_carrier.score <= IMPOSSIBLE)
@@ -268,11 +204,11 @@ Trellis::Choice Trellis::choose(const Score* scores, const Lengths& lengths,
 {
     const Peak peak =
         peakOfSums(scores, lengths.offsets.data(), table.data(), lengths.runs, table.size());
-    return {peak.score, static_cast<std::uint16_t>(peak.index)};
+    return {peak.score, static_cast<int>(peak.index), false};
 }
 
 // The best mark that ends now, for each speed; the best of all of them.
-Trellis::Total Trellis::chooseMarks()
+Total Trellis::chooseMarks()
 {
     const int steady = bounded(carrierEndingNow() - m_reference);
     const std::int64_t carried = m_now - m_carrier.begin;
@@ -287,14 +223,14 @@ Trellis::Total Trellis::chooseMarks()
         if (m_carrier.speed == static_cast<Speed>(speed) && steady > choice.score &&
             (m_carrier.afterMark || m_now % CARRIER_BLOCK_STEPS == 0) &&
             static_cast<double>(carried) > m_parameters.leastCarrier_units * table.unit_steps)
-            choice = {steady, static_cast<std::uint16_t>(CARRIER_BIT | carried)};
+            choice = {steady, static_cast<int>(carried), true};
         best = std::max(best, choice.score);
     }
     return best > NEVER ? m_reference + best : IMPOSSIBLE;
 }
 
 // The best gap that ends now, for each speed, and the best that has become a silence.
-Trellis::Total Trellis::chooseGaps(Idle& idle)
+Total Trellis::chooseGaps(Idle& idle)
 {
     int best = NEVER;
     for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed) {
@@ -329,7 +265,8 @@ void Trellis::endMarks(int cut)
         m_marks.best.data()[0] = std::max(m_marks.best[0], score);
         m_marks.lastLive[speed] = m_now;
         m_marks.live.setNewest();
-        back(m_marks, speed, m_now) = choice.back;
+        m_memory.endMark(speed, choice.isCarrier ? PathMemory::ofCarrier(choice.length_steps)
+                                                 : PathMemory::ofMark(choice.length_steps));
     }
 }
 
@@ -337,6 +274,7 @@ void Trellis::endMarks(int cut)
 void Trellis::endGaps(int cut, const Idle& idle)
 {
     const auto speeds = static_cast<int>(m_timing.speeds());
+    constexpr int NEIGHBOURS = PathMemory::NEIGHBOURS;
     const int changes[NEIGHBOURS + 1] = {0, toScore(m_parameters.nextSpeed),
                                          toScore(m_parameters.secondSpeed)};
     const int silence = bounded(idle.score - m_reference);
@@ -349,24 +287,27 @@ void Trellis::endGaps(int cut, const Idle& idle)
     for (int speed = 0; speed < speeds; ++speed) {
         const auto index = static_cast<std::size_t>(speed);
         int score = silence + m_start[index];
-        std::uint16_t from = packed(FROM_BEGINNING, 0);
-        const auto offer = [&](int offered, int origin, int length_steps) {
-            if (offered > score) {
-                score = offered;
-                from = packed(origin, length_steps);
+        PathMemory::Way way = PathMemory::ofBeginning();
+        bool isAfterMark = false;
+        if (idle.speed >= 0) {
+            const int resumed = silence + resume + resumeAtOther * std::abs(idle.speed - speed);
+            if (resumed > score) {
+                score = resumed;
+                way = PathMemory::ofSilence();
             }
-        };
-        if (idle.speed >= 0)
-            offer(silence + resume + resumeAtOther * std::abs(idle.speed - speed), FROM_SILENCE, 0);
+        }
         if (anyGap) {
             for (int step = -NEIGHBOURS; step <= NEIGHBOURS; ++step) {
                 const int other = speed + step;
                 if (other < 0 || other >= speeds)
                     continue;
                 const Choice& gap = m_gap[static_cast<std::size_t>(other)];
-                if (gap.score > NEVER)
-                    offer(gap.score + changes[std::abs(step)],
-                          FROM_SLOWEST_NEIGHBOUR + step + NEIGHBOURS, gap.back);
+                const int ended = gap.score + changes[std::abs(step)];
+                if (gap.score > NEVER && ended > score) {
+                    score = ended;
+                    way = PathMemory::ofGap(step, gap.length_steps);
+                    isAfterMark = true;
+                }
             }
         }
         if (score < cut || score <= NEVER)
@@ -374,11 +315,10 @@ void Trellis::endGaps(int cut, const Idle& idle)
         m_gaps.scores.setNewest(index, static_cast<Score>(score));
         m_gaps.lastLive[index] = m_now;
         m_gaps.live.setNewest();
-        back(m_gaps, index, m_now) = from;
+        m_memory.endGap(index, way);
         if (score > most) {
             most = score;
-            best = {m_reference + score, static_cast<Speed>(speed),
-                    from != packed(FROM_BEGINNING, 0) && from != packed(FROM_SILENCE, 0)};
+            best = {m_reference + score, static_cast<Speed>(speed), isAfterMark};
         }
     }
     m_gaps.best.data()[0] = static_cast<Score>(most);
@@ -403,7 +343,7 @@ std::vector<Trellis::Open> Trellis::openPaths() const
         const Choice& better = inGap ? gap : mark;
         if (better.score > NEVER)
             paths[speed] = {m_reference + better.score,
-                            {inGap, static_cast<Speed>(speed), m_now - better.back}};
+                            {inGap, static_cast<Speed>(speed), m_now - better.length_steps}};
     }
     return paths;
 }
@@ -411,7 +351,7 @@ std::vector<Trellis::Open> Trellis::openPaths() const
 // The best of: silence, a gap that goes on, a mark that goes on.
 Trellis::Front Trellis::front() const
 {
-    const Idle& idle = m_idle.back();
+    const Idle& idle = m_memory.idle();
     const std::vector<Open> paths = openPaths();
     Front front;
     front.score = idle.score;
@@ -446,79 +386,17 @@ Trellis::Front Trellis::front() const
 
 void Trellis::renewTrunk()
 {
-    std::vector<Open> paths = openPaths();
-    if (m_idle.back().speed >= 0)
-        paths.push_back({0, {true, m_idle.back().speed, m_idle.back().markEnd}});
+    std::vector<Place> places;
+    for (const Open& path : openPaths()) {
+        if (path.score > IMPOSSIBLE)
+            places.push_back(path.last);
+    }
+    const Idle& idle = m_memory.idle();
+    if (idle.speed >= 0)
+        places.push_back({true, idle.speed, idle.markEnd});
     if (m_carrier.score > IMPOSSIBLE)
-        paths.push_back({0, {false, m_carrier.speed, m_carrier.begin}});
-    // What is younger can still be asked of `backs` when this is done the next time.
-    const std::int64_t youngest = m_now - (static_cast<std::int64_t>(KEPT_BACKS) - TRUNK_STEPS - 2);
-    std::set<Piece, ByEnd> trunk;
-    for (const Open& path : paths) {
-        if (path.score <= IMPOSSIBLE)
-            continue;
-        Place place = path.last;
-        while (place.step > m_now - KEPT_STEPS) {
-            const std::optional<Piece> piece = pieceBefore(place);
-            if (!piece || (place.step <= youngest && !trunk.insert(*piece).second) || piece->first)
-                break;
-            place = piece->begin;
-        }
-    }
-    m_trunk = std::move(trunk);
-}
-
-// The segment that ends at a place. None where it is forgotten.
-std::optional<Trellis::Piece> Trellis::pieceBefore(const Place& place) const
-{
-    const auto speed = static_cast<std::size_t>(place.speed);
-    const DurationTable& table = m_timing.table(speed);
-    if (m_now - place.step >= static_cast<std::int64_t>(KEPT_BACKS) - 1) {
-        const auto found = m_trunk.find(place);
-        return found == m_trunk.end() ? std::nullopt : std::optional<Piece>(*found);
-    }
-    const Ends& ends = place.mark ? m_marks : m_gaps;
-    const std::uint16_t back =
-        ends.backs[speed * KEPT_BACKS + static_cast<std::size_t>(place.step) % KEPT_BACKS];
-    if (back == 0)
-        return {};
-    Piece piece;
-    piece.end = place;
-    const std::int64_t length = back & LENGTH_BITS;
-    const int origin = back >> ORIGIN_SHIFT;
-    if (place.mark) {
-        piece.begin = {false, place.speed, place.step - length};
-        piece.kind = (back & CARRIER_BIT) != 0 ? Kind::Carrier : table.markKind(length);
-    } else if (origin == FROM_BEGINNING) {
-        piece.begin = place;
-        piece.first = true;
-        piece.silence = idleAt(place.step).score;
-    } else if (origin == FROM_SILENCE) {
-        const Idle& idle = idleAt(place.step);
-        piece.begin = {true, idle.speed, idle.markEnd};
-    } else {
-        const int from = place.speed + origin - FROM_SLOWEST_NEIGHBOUR - NEIGHBOURS;
-        piece.begin = {true, static_cast<Speed>(from), place.step - length};
-        piece.kind = m_timing.table(static_cast<std::size_t>(from)).gapKind(length);
-    }
-    return piece;
-}
-
-// Newest first.
-std::vector<Trellis::Piece> Trellis::trace(const Front& front, std::int64_t horizon) const
-{
-    std::vector<Piece> pieces;
-    std::optional<Place> place = front.last;
-    while (place && place->step > horizon) {
-        const std::optional<Piece> piece = pieceBefore(*place);
-        if (!piece)
-            break;
-        pieces.push_back(*piece);
-        if (piece->first)
-            break;
-        place = piece->begin;
-    }
-    return pieces;
+        places.push_back({false, m_carrier.speed, m_carrier.begin});
+    m_memory.renewTrunk(places);
 }
 
 Path Trellis::path(std::int64_t since_step)
@@ -530,7 +408,7 @@ Path Trellis::path(std::int64_t since_step)
     if (!front.last)
         return path;
     path.margin = static_cast<double>(front.score - front.rival) / SCORES_PER_NAT;
-    for (const Piece& piece : trace(front, horizon)) {
+    for (const Piece& piece : m_memory.trace(*front.last, horizon)) {
         if (piece.first) {
             path.complete = true;
             path.gain = static_cast<double>(front.score - piece.silence) / SCORES_PER_NAT;

@@ -5,18 +5,16 @@
 #pragma once
 
 #include "signal/morse/innerloops.h"
+#include "signal/morse/livesteps.h"
 #include "signal/morse/marklikelihood.h"
 #include "signal/morse/parameters.h"
+#include "signal/morse/pathmemory.h"
 #include "signal/morse/recent.h"
 #include "signal/morse/score.h"
 #include "signal/morse/timingmodel.h"
 
-#include <array>
 #include <cstdint>
-#include <deque>
 #include <optional>
-#include <set>
-#include <tuple>
 #include <vector>
 
 namespace demodulator {
@@ -52,26 +50,9 @@ public:
     Path path(std::int64_t since_step);
 
     /// How far back a path can reach.
-    static constexpr std::int64_t KEPT_STEPS = 2048;
+    static constexpr std::int64_t KEPT_STEPS = PathMemory::KEPT_STEPS;
 
 private:
-    using Total = std::int64_t; // a score since the beginning of time, in units of a Score
-    using Speed = std::int16_t; // index of a speed of the timing model
-    static constexpr Total IMPOSSIBLE = -(Total{1} << 60);
-
-    // Steps at which some path was alive, the newest first: a bit a step.
-    class LiveSteps
-    {
-    public:
-        void push();
-        void setNewest() { m_words[0] |= 1; }
-        /// A bit for each of the first groups of LANES steps, set where one of them is alive.
-        std::uint64_t groups(std::size_t count) const;
-
-    private:
-        std::array<std::uint64_t, 12> m_words{};
-    };
-
     // What paths scored when one of their marks ended, or one of their gaps.
     struct Ends
     {
@@ -79,7 +60,6 @@ private:
         std::vector<std::int64_t> lastLive; // by speed: step of the last that was alive
         Recent<Score> best;                 // of all speeds, by step
         LiveSteps live;
-        std::vector<std::uint16_t> backs; // by speed and step: where such a path came from
     };
 
     // Lengths that some path asks for, and what all paths of such a length have in common.
@@ -97,16 +77,8 @@ private:
     struct Choice
     {
         int score = NEVER;
-        std::uint16_t back = 0; // its length in steps, and whether it is a carrier
-    };
-
-    // A path that has ended in silence.
-    struct Idle
-    {
-        std::int64_t since_step = 0; // this is what silence goes back to from here on
-        Total score = 0;
-        Speed speed = -1; // -1: of a silence since ever
-        std::int64_t markEnd = 0;
+        int length_steps = 0;
+        bool isCarrier = false;
     };
 
     // A gap that ended, the best of all speeds.
@@ -123,33 +95,6 @@ private:
         Speed speed = 0;
         std::int64_t begin = 0;
         bool afterMark = false;
-    };
-
-    // A place on a path, at the end of a mark or of a gap, and the segment that ends there.
-    struct Place
-    {
-        bool mark = false;
-        Speed speed = 0;
-        std::int64_t step = 0;
-    };
-    struct Piece
-    {
-        Place end;
-        Place begin;
-        Kind kind = Kind::Silence;
-        bool first = false; // nothing came before: it has no length, and silence scored `silence`
-        Total silence = 0;
-    };
-    struct ByEnd
-    {
-        using is_transparent = void;
-        static std::tuple<std::int64_t, Speed, bool> key(const Place& place)
-        {
-            return {place.step, place.speed, place.mark};
-        }
-        bool operator()(const Piece& a, const Piece& b) const { return key(a.end) < key(b.end); }
-        bool operator()(const Piece& a, const Place& b) const { return key(a.end) < key(b); }
-        bool operator()(const Place& a, const Piece& b) const { return key(a) < key(b.end); }
     };
 
     // The best mark or gap that goes on at one speed.
@@ -182,15 +127,10 @@ private:
     Total chooseGaps(Idle& idle);
     void endMarks(int cut);
     void endGaps(int cut, const Idle& idle);
-    std::uint16_t& back(Ends& ends, std::size_t speed, std::int64_t step) const;
-    const Idle& idleAt(std::int64_t step) const;
-
     double unit_steps(Speed speed) const;
     std::vector<Open> openPaths() const;
     Front front() const;
     void renewTrunk();
-    std::optional<Piece> pieceBefore(const Place& place) const;
-    std::vector<Piece> trace(const Front& front, std::int64_t horizon) const;
 
     const TimingModel& m_timing;
     const MarkLikelihood& m_likelihood;
@@ -206,10 +146,9 @@ private:
     std::vector<std::int32_t> m_ratios; // by length, of marks that end now
     Weighed m_weighed;                  // relative to the reference
     std::vector<Choice> m_mark, m_gap;  // by speed: the mark, the gap that ends now
-    std::deque<Idle> m_idle;            // oldest first
-    Recent<GapEnd> m_gapEnds;           // by step
+    PathMemory m_memory;
+    Recent<GapEnd> m_gapEnds; // by step
     Carrier m_carrier;
-    std::set<Piece, ByEnd> m_trunk; // of all paths, what lies further back than `backs`
 };
 
 } // namespace demodulator
