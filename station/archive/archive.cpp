@@ -82,7 +82,7 @@ constexpr Condition OTHER_CONDITIONS[] = {
 };
 
 template <std::size_t COUNT>
-Conditions conditionsOf(const ArchiveQuery& query, const Condition (&rows)[COUNT])
+Conditions conditionsIn(const ArchiveQuery& query, const Condition (&rows)[COUNT])
 {
     Conditions conditions;
     for (const Condition& row : rows) {
@@ -285,11 +285,11 @@ bool Archive::isNarrow(const QString& conditions, const QVariantList& values)
 
 std::optional<std::vector<ArchivedTransmission>> Archive::search(const ArchiveQuery& wantedQuery)
 {
-    const Conditions time = conditionsOf(wantedQuery, TIME_CONDITIONS);
-    const Conditions frequency = conditionsOf(wantedQuery, FREQUENCY_CONDITIONS);
+    const Conditions time = conditionsIn(wantedQuery, TIME_CONDITIONS);
+    const Conditions frequency = conditionsIn(wantedQuery, FREQUENCY_CONDITIONS);
     Conditions all = time;
     all += frequency;
-    all += conditionsOf(wantedQuery, OTHER_CONDITIONS);
+    all += conditionsIn(wantedQuery, OTHER_CONDITIONS);
 
     const std::vector<WantedWord> wanted = wantedWords(wantedQuery.words);
     // Where time or frequency leave few rows, those are read instead and compared here.
