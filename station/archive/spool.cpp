@@ -107,7 +107,8 @@ std::vector<QByteArray> Spool::oldest(int most)
         QFile file(path(position.file));
         if (file.open(QIODevice::ReadOnly) && file.seek(position.offset)) {
             while (lines.size() < static_cast<std::size_t>(most)) {
-                const QByteArray line = file.readLine(MAX_LINE_BYTES);
+                // With a limit it would take that much memory for each line.
+                const QByteArray line = file.readLine();
                 if (!line.endsWith('\n'))
                     break;
                 position.offset += line.size();
