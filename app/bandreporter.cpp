@@ -57,13 +57,19 @@ public:
 class JsonBandReporter : public BandReporter
 {
 public:
-    using BandReporter::BandReporter;
+    JsonBandReporter(unsigned long long start_us, Output& output)
+        : BandReporter(output)
+        , m_start_us(start_us)
+    {
+    }
 
     void found(const BandEntry& signal) override { state(signal, "found"); }
     void lost(const BandEntry& signal) override { state(signal, "lost"); }
-    void text(const BandEntry& signal, const QString& text, std::int64_t /*time_us*/) override
+    void text(const BandEntry& signal, const QString& text, std::int64_t time_us) override
     {
+        const QString at = isoTime(static_cast<qint64>(m_start_us) + time_us);
         write(withDecoder(signal, {{QStringLiteral("event"), QStringLiteral("text")},
+                                   {QStringLiteral("at"), at},
                                    {QStringLiteral("number"), signal.number},
                                    {QStringLiteral("text"), text}}));
     }
@@ -94,6 +100,8 @@ private:
     {
         m_output.write(QJsonDocument(object).toJson(QJsonDocument::Compact) + '\n');
     }
+
+    unsigned long long m_start_us;
 };
 
 class ColonReporter : public BandReporter
@@ -197,16 +205,15 @@ void BandReporter::saving(const QString& message)
     complain(message);
 }
 
-std::unique_ptr<BandReporter> makeBandReporter(BandForm form, double center_Hz, int colonCharacters,
-                                               Output& output)
+std::unique_ptr<BandReporter> makeBandReporter(const BandReport& report, Output& output)
 {
-    switch (form) {
+    switch (report.form) {
     case BandForm::Json:
-        return std::make_unique<JsonBandReporter>(output);
+        return std::make_unique<JsonBandReporter>(report.start_us, output);
     case BandForm::Colon:
-        return std::make_unique<ColonReporter>(colonCharacters, output);
+        return std::make_unique<ColonReporter>(report.colonCharacters, output);
     case BandForm::Table:
-        return std::make_unique<TableReporter>(center_Hz, output);
+        return std::make_unique<TableReporter>(report.center_Hz, output);
     case BandForm::Lines:
         break;
     }

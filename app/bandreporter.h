@@ -41,9 +41,14 @@ protected:
     Output& m_output;
 };
 
-/// `center_Hz` is what 0 Hz of the band is. In colon form a line ends at the first blank after
-/// `colonCharacters`, or with its transmission.
-std::unique_ptr<BandReporter> makeBandReporter(BandForm form, double center_Hz, int colonCharacters,
-                                               Output& output);
+struct BandReport
+{
+    BandForm form = BandForm::Lines;
+    double center_Hz = 0;            ///< what 0 Hz of the band is
+    unsigned long long start_us = 0; ///< of the first sample, since 1970-01-01 00:00 UTC
+    /// In colon form a line ends at the first blank after so many, or with its transmission.
+    int colonCharacters = DEFAULT_COLON_CHARACTERS;
+};
+std::unique_ptr<BandReporter> makeBandReporter(const BandReport& report, Output& output);
 
 } // namespace morsehost

@@ -5,7 +5,6 @@
 #include "app/console/printable.h"
 #include "morse/symbolcodes.h"
 
-#include <QDateTime>
 #include <QJsonDocument>
 #include <QJsonObject>
 
@@ -107,8 +106,7 @@ public:
 
     void time(unsigned long long time_us) override
     {
-        m_time = QDateTime::fromMSecsSinceEpoch(static_cast<qint64>(time_us / 1000), Qt::UTC)
-                     .toString(Qt::ISODateWithMs);
+        m_time = isoTime(static_cast<qint64>(time_us));
         event("time", {});
     }
 

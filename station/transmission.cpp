@@ -10,11 +10,6 @@ namespace morsehost {
 
 namespace {
 
-QString isoTime(qint64 time_us)
-{
-    return QDateTime::fromMSecsSinceEpoch(time_us / 1000, Qt::UTC).toString(Qt::ISODateWithMs);
-}
-
 // To so many decimals, as the double that is written with no more: a product with 0.1 would not be.
 double rounded(double value, int decimals)
 {
@@ -23,6 +18,11 @@ double rounded(double value, int decimals)
 }
 
 } // namespace
+
+QString isoTime(qint64 time_us)
+{
+    return QDateTime::fromMSecsSinceEpoch(time_us / 1000, Qt::UTC).toString(Qt::ISODateWithMs);
+}
 
 QJsonObject toJson(const Transmission& transmission)
 {

@@ -33,9 +33,12 @@ struct Transmission
     QStringList files;            ///< paths of what was saved of it: text, codes, document
 };
 
+/// Microseconds since 1970-01-01 00:00 UTC as JSON has them: ISO 8601 in UTC with milliseconds.
+QString isoTime(qint64 time_us);
+
 /// The object `transmission` of every JSON output: "event" and the fields above by their names in
-/// lower case with underscores where units stand ("tone_Hz", "speed_wpm"), times as ISO 8601 in
-/// UTC with milliseconds. What is not known, or empty, is no member.
+/// lower case with underscores where units stand ("tone_Hz", "speed_wpm"), times by isoTime.
+/// What is not known, or empty, is no member.
 QJsonObject toJson(const Transmission& transmission);
 
 /// Such an object read again; members that are missing or of another kind are not known.

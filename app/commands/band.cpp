@@ -199,8 +199,9 @@ int run(Arguments& arguments)
     archive.begin(key, options.input.request.name);
 
     Output output(STDOUT_FILENO);
-    const auto reporter =
-        makeBandReporter(options.form, options.input.center_Hz, options.colonCharacters, output);
+    const auto reporter = makeBandReporter(
+        {options.form, options.input.center_Hz, options.station.start_us, options.colonCharacters},
+        output);
     ArchivingBandListener listener(*reporter, archive);
     BandStation station(options.station, options.input.center_Hz, listener);
     if (!station.canBegin()) {

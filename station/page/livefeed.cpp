@@ -79,7 +79,11 @@ void LiveFeed::receivers(const std::vector<ReceiverFacts>& all)
         const auto found = m_receivers.find(facts.name);
         if (found != m_receivers.end() && found->second.facts == facts)
             continue;
-        m_receivers[facts.name].facts = facts;
+        Receiver& receiver = m_receivers[facts.name];
+        receiver.facts = facts;
+        // It is down; what is heard next has other numbers.
+        if (!facts.problem.isEmpty())
+            forgetSignals(receiver);
         publish("receiver", receiverObject(facts));
     }
     for (auto it = m_receivers.begin(); it != m_receivers.end();) {
@@ -124,6 +128,7 @@ void LiveFeed::heard(const QString& name, const QJsonObject& object)
         if (present == receiver.present.end())
             return;
         takeFacts(present->second.facts, object);
+        present->second.isOver = true;
         receiver.changed.insert(signal);
     } else if (event == QLatin1String("spectrum")) {
         QJsonObject row = object;
@@ -132,15 +137,25 @@ void LiveFeed::heard(const QString& name, const QJsonObject& object)
     }
 }
 
+void LiveFeed::forgetSignals(Receiver& receiver)
+{
+    for (const auto& [number, signal] : receiver.present)
+        receiver.gone.insert(number);
+    receiver.present.clear();
+    receiver.changed.clear();
+}
+
 void LiveFeed::hearText(Receiver& receiver, int number, const QString& text, const QString& at)
 {
-    const auto found = receiver.present.find(number);
-    if (found == receiver.present.end()) {
-        if (receiver.present.size() >= MOST_SIGNALS)
-            return;
-        receiver.present[number].since = at;
-    }
+    if (receiver.present.count(number) == 0 && receiver.present.size() >= MOST_SIGNALS)
+        return;
     Signal& signal = receiver.present[number];
+    // A blank or the end of a line belongs to what was before.
+    const bool begins = signal.isOver || signal.since.isEmpty();
+    if (begins && !text.trimmed().isEmpty()) {
+        signal.since = at;
+        signal.isOver = false;
+    }
     signal.words = (signal.words + text).right(LAST_WORDS);
     receiver.changed.insert(number);
     receiver.gone.erase(number);

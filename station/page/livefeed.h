@@ -43,6 +43,7 @@ private:
         QJsonObject facts; ///< frequency, strength, speed
         QString words;     ///< the last
         QString since;
+        bool isOver = false; ///< what comes next is another transmission
     };
     struct Receiver
     {
@@ -52,7 +53,8 @@ private:
         std::set<int> gone;
     };
 
-    void hearText(Receiver& receiver, int number, const QString& text, const QString& at);
+    static void forgetSignals(Receiver& receiver);
+    static void hearText(Receiver& receiver, int number, const QString& text, const QString& at);
     void publish(const char* kind, const QJsonObject& object);
     static QJsonObject signalObject(int number, const Signal& signal);
 

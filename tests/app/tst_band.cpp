@@ -163,14 +163,18 @@ private Q_SLOTS:
                 raw("s16"));
         QStringList events;
         QString text;
+        QString at = "2026-05-12T10:15:0";
         QJsonObject transmission;
         for (const QByteArray& line : ended.out.trimmed().split('\n')) {
             const QJsonObject object = QJsonDocument::fromJson(line).object();
             const QString event = object.value("event").toString();
-            if (event == "text")
+            if (event == "text") {
                 text += object.value("text").toString();
-            else
+                QVERIFY(object.value("at").toString() >= at);
+                at = object.value("at").toString();
+            } else {
                 events += event + object.value("state").toString();
+            }
             if (event == "transmission")
                 transmission = object;
             QCOMPARE(object.value("number").toInt(), 1);
@@ -181,6 +185,8 @@ private Q_SLOTS:
         QVERIFY(std::fabs(transmission.value("frequency_Hz").toDouble() - 7023000.0) < 2.0);
         QVERIFY(std::fabs(transmission.value("tone_Hz").toDouble() + 2000.0) < 2.0);
         QVERIFY(transmission.value("start").toString().startsWith("2026-05-12T10:15:0"));
+        // The last mark ends both.
+        QCOMPARE(at, transmission.value("stop").toString());
     }
 
     void colonLinesAreAsOthersWriteThem()

@@ -475,15 +475,40 @@ private Q_SLOTS:
                                    {"frequency_Hz", 7025000.0},
                                    {"snr_dB", 12.0}};
         live.heard("band", found);
-        live.heard("band", {{"event", "text"}, {"number", 7}, {"text", "E"}});
+        const auto hear = [&live](const QString& text, const QString& at) {
+            live.heard("band", {{"event", "text"}, {"number", 7}, {"text", text}, {"at", at}});
+        };
+        hear("E", "2026-05-12T10:15:01.000Z");
+        hear("E", "2026-05-12T10:15:02.000Z");
         const std::string state = live.subscribe()->take();
         QVERIFY(state.find("\"frequency_Hz\":7025000") != std::string::npos);
+        QVERIFY(state.find("\"since\":\"2026-05-12T10:15:01.000Z\"") != std::string::npos);
+        // Its next transmission.
+        live.heard("band", {{"event", "transmission"}, {"number", 7}});
+        hear(" ", "2026-05-12T10:15:03.000Z");
+        hear("E", "2026-05-12T10:15:20.000Z");
+        QVERIFY(live.subscribe()->take().find("\"since\":\"2026-05-12T10:15:20.000Z\"") !=
+                std::string::npos);
         const auto reader = live.subscribe();
         reader->take();
         live.heard("band", {{"event", "signal"}, {"state", "lost"}, {"number", 7}});
         live.flush();
         QVERIFY(reader->take().find("\"gone\":[7]") != std::string::npos);
         QVERIFY(live.subscribe()->take().find("7025000") == std::string::npos);
+    }
+
+    // Another decoder begins its numbers again.
+    void aReceiverThatIsDownHearsNobody()
+    {
+        LiveFeed live("north");
+        live.receivers({{"band", "band", "running", "", 0}});
+        live.heard("band", {{"event", "text"}, {"number", 7}, {"text", "E"}});
+        const auto reader = live.subscribe();
+        QVERIFY(reader->take().find("\"number\":7") != std::string::npos);
+        live.receivers({{"band", "band", "down", "the decoder ended", 0}});
+        live.flush();
+        QVERIFY(reader->take().find("\"gone\":[7]") != std::string::npos);
+        QVERIFY(live.subscribe()->take().find("\"number\":7") == std::string::npos);
     }
 
     void aReaderThatNeverReadsIsDroppedAndOthersMissNothing()
