@@ -157,7 +157,7 @@ void Receiver::start()
     // A recording that takes longer than its repetition is heard to its end; a tuner is free when
     // the command that used it has ended.
     const bool isRecordingHeard = isRecording(m_settings) && m_decoder && m_decoder->isThere();
-    if (isRecordingHeard || !m_finishing.empty() || (m_source && m_source->isThere())) {
+    if (isRecordingHeard || !m_finishing.empty() || isSourceThere()) {
         m_again.start(m_surroundings.firstPause_ms);
         return;
     }
@@ -351,6 +351,16 @@ void Receiver::end()
     m_again.stop();
     endSource();
     dismissDecoder();
+}
+
+bool Receiver::isSourceThere() const
+{
+    return m_source && m_source->isThere();
+}
+
+bool Receiver::isOver() const
+{
+    return m_finishing.empty() && !m_decoder && !isSourceThere();
 }
 
 void Receiver::stop()

@@ -58,7 +58,9 @@ public:
     /// Ends the source and lets the decoder finish what it has; after a few seconds the decoder is
     /// ended without that. Returns at once.
     void end();
-    /// The same, and returns when both have ended.
+    /// Whether source and decoders have ended.
+    bool isOver() const;
+    /// Ends it, and returns when it is over.
     void stop();
     /// The folder that the next decoder saves into. The running one is replaced and finishes what
     /// it has; the source goes on.
@@ -87,6 +89,7 @@ private:
     void decoderEnded(Decoder& decoder);
     void forget(Decoder& decoder);
     void endSource();
+    bool isSourceThere() const;
     void dismissDecoder();
     void goDown(const QString& problem);
     void setState(ReceiverState state, const QString& problem = {});

@@ -7,6 +7,7 @@
 #include <QDateTime>
 #include <QDir>
 
+#include <algorithm>
 #include <set>
 #include <utility>
 
@@ -38,6 +39,7 @@ StationService::StationService(const QString& program, QObject* parent)
         notifyPublishers();
     });
     connect(&m_tick, &QTimer::timeout, this, [this] {
+        startWaiting();
         m_rowsShown.clear();
         showRecordings();
         for (Publisher* const publisher : m_publishers)
@@ -91,54 +93,87 @@ bool StationService::configure(const StationConfiguration& configuration, QStrin
             ++it;
             continue;
         }
-        it->second->stop();
+        letGo(std::move(it->second));
         Q_EMIT reported(QStringLiteral("%1: removed").arg(it->first));
         m_spectra.erase(it->first);
         m_recordings.erase(it->first);
+        m_waiting.erase(it->first);
         it = m_receivers.erase(it);
     }
     for (const ReceiverSettings& settings : configuration.receivers) {
-        std::unique_ptr<Receiver>& receiver = m_receivers[settings.name];
-        if (receiver && receiver->settings() == settings && !isFolderNew)
+        const auto old = m_receivers.find(settings.name);
+        const bool isThere = old != m_receivers.end();
+        if (isThere && old->second->settings() == settings && !isFolderNew)
             continue;
-        if (receiver)
-            receiver->stop();
-        Receiver::Surroundings surroundings;
-        surroundings.program = m_program;
-        surroundings.saveFolder = saveFolder(settings);
-        receiver = std::make_unique<Receiver>(settings, surroundings);
-        Receiver* const source = receiver.get();
-        connect(source, &Receiver::decoded, this,
-                [this, source](const QJsonObject& object) { take(*source, object); });
-        m_recordings.erase(settings.name);
-        m_spectra.erase(settings.name);
-        m_spectra.emplace(settings.name, SpectrumTap(settings.samples));
-        // Only while there is a page to look at.
-        connect(source, &Receiver::heard, this, [this, source](const QByteArray& samples) {
-            const QString& name = source->settings().name;
-            if (m_page && m_rowsShown[name] < MOST_ROWS)
-                show(name, m_spectra.at(name).hear(samples));
-            else
-                m_spectra.at(name).skip(samples);
-        });
-        connect(source, &Receiver::begun, this, [this, source] {
-            m_recordings.insert_or_assign(source->settings().name,
-                                          RecordingTap(source->settings()));
-        });
-        connect(source, &Receiver::stateChanged, this, [this, source] {
-            const QString& problem = source->problem();
-            Q_EMIT reported(
-                QStringLiteral("%1: %2%3")
-                    .arg(source->settings().name, stateName(source->state()),
-                         problem.isEmpty() ? QString() : QStringLiteral(": ") + problem));
-            notifyPublishers();
-        });
-        source->start();
+        if (isThere)
+            letGo(std::move(old->second));
+        addReceiver(settings);
     }
+    startWaiting();
     notifyPublishers();
     m_daily.start(LOOK_ms);
     m_tick.start(TICK_ms);
     return true;
+}
+
+void StationService::addReceiver(const ReceiverSettings& settings)
+{
+    Receiver::Surroundings surroundings;
+    surroundings.program = m_program;
+    surroundings.saveFolder = saveFolder(settings);
+    std::unique_ptr<Receiver>& receiver = m_receivers[settings.name];
+    receiver = std::make_unique<Receiver>(settings, surroundings);
+    Receiver* const source = receiver.get();
+    connect(source, &Receiver::decoded, this,
+            [this, source](const QJsonObject& object) { take(*source, object); });
+    m_recordings.erase(settings.name);
+    m_spectra.erase(settings.name);
+    m_spectra.emplace(settings.name, SpectrumTap(settings.samples));
+    // Only while there is a page to look at.
+    connect(source, &Receiver::heard, this, [this, source](const QByteArray& samples) {
+        const QString& name = source->settings().name;
+        if (m_page && m_rowsShown[name] < MOST_ROWS)
+            show(name, m_spectra.at(name).hear(samples));
+        else
+            m_spectra.at(name).skip(samples);
+    });
+    connect(source, &Receiver::begun, this, [this, source] {
+        m_recordings.insert_or_assign(source->settings().name, RecordingTap(source->settings()));
+    });
+    connect(source, &Receiver::stateChanged, this, [this, source] {
+        const QString& problem = source->problem();
+        Q_EMIT reported(QStringLiteral("%1: %2%3")
+                            .arg(source->settings().name, stateName(source->state()),
+                                 problem.isEmpty() ? QString() : QStringLiteral(": ") + problem));
+        notifyPublishers();
+    });
+    m_waiting.insert(settings.name);
+}
+
+// It finishes what it has; the others go on meanwhile.
+void StationService::letGo(std::unique_ptr<Receiver> receiver)
+{
+    receiver->end();
+    m_leaving.push_back(std::move(receiver));
+}
+
+// A tuner is free when the receiver that used it is over.
+void StationService::startWaiting()
+{
+    m_leaving.erase(std::remove_if(m_leaving.begin(), m_leaving.end(),
+                                   [](const auto& receiver) { return receiver->isOver(); }),
+                    m_leaving.end());
+    std::set<QString> occupied;
+    for (const auto& receiver : m_leaving)
+        occupied.insert(receiver->settings().name);
+    for (auto name = m_waiting.begin(); name != m_waiting.end();) {
+        if (occupied.count(*name) != 0) {
+            ++name;
+            continue;
+        }
+        m_receivers.at(*name)->start();
+        name = m_waiting.erase(name);
+    }
 }
 
 void StationService::configurePublishers(const StationConfiguration& before)
@@ -195,7 +230,11 @@ void StationService::stop()
         receiver->end();
     for (const auto& [name, receiver] : m_receivers)
         receiver->stop();
+    for (const auto& receiver : m_leaving)
+        receiver->stop();
     m_receivers.clear();
+    m_leaving.clear();
+    m_waiting.clear();
     m_recordings.clear();
     m_publishers.clear();
     m_page.reset();

@@ -18,6 +18,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <vector>
 
 namespace morsehost {
@@ -32,8 +33,9 @@ public:
     explicit StationService(const QString& program, QObject* parent = nullptr);
     ~StationService() override;
 
-    /// Does what the configuration says; what was the same before goes on undisturbed. False, with
-    /// the reason, when the folder cannot be used; then all is as it was.
+    /// Does what the configuration says; what was the same before goes on undisturbed. A receiver
+    /// that is removed or replaced ends in its own time, and its successor begins when it has
+    /// ended. False, with the reason, when the folder cannot be used; then all is as it was.
     bool configure(const StationConfiguration& configuration, QString& error);
     /// Ends the receivers, lets the decoders finish, and sends what can be sent.
     void stop();
@@ -51,6 +53,9 @@ private:
     void take(const Receiver& receiver, const QJsonObject& object);
     void configurePublishers(const StationConfiguration& before);
     void notifyPublishers();
+    void addReceiver(const ReceiverSettings& settings);
+    void letGo(std::unique_ptr<Receiver> receiver);
+    void startWaiting();
     void keepUnsent();
     void show(const QString& receiver, const std::vector<QJsonObject>& rows);
     void showRecordings();
@@ -62,9 +67,11 @@ private:
     StationConfiguration m_configuration;
     std::unique_ptr<ArchiveWriter> m_archive;
     std::map<QString, std::unique_ptr<Receiver>> m_receivers; ///< by name
-    std::map<QString, SpectrumTap> m_spectra;                 ///< likewise
-    std::map<QString, RecordingTap> m_recordings;             ///< likewise, of those that are heard
-    std::map<QString, int> m_rowsShown;                       ///< likewise, since the last tick
+    std::vector<std::unique_ptr<Receiver>> m_leaving; ///< replaced or removed, and not over yet
+    std::set<QString> m_waiting;              ///< those that start when their predecessor is over
+    std::map<QString, SpectrumTap> m_spectra; ///< likewise
+    std::map<QString, RecordingTap> m_recordings; ///< likewise, of those that are heard
+    std::map<QString, int> m_rowsShown;           ///< likewise, since the last tick
     std::unique_ptr<PagePublisher> m_page;
     std::unique_ptr<MqttPublisher> m_mqtt;
     std::vector<Publisher*> m_publishers; ///< those that there are

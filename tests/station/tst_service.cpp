@@ -208,6 +208,42 @@ private Q_SLOTS:
         QCOMPARE(service.receivers().size(), std::size_t(1));
     }
 
+    void aReceiverThatIsSlowToEndHoldsUpNoOther()
+    {
+        // Reports when it has heard all, and the gate is open.
+        const QString gate = m_folder.filePath("slow-gate");
+        QCOMPARE(mkfifo(QFile::encodeName(gate).constData(), 0600), 0);
+        QFile file(gate);
+        QVERIFY(file.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
+        const QByteArray script = R"(#!/bin/sh
+echo '{"event":"transmission","number":1,"text":"BEGIN '$1'"}'
+cat >/dev/null
+read -r word <')" + gate.toUtf8() +
+                                  R"('
+echo '{"event":"transmission","number":2,"text":"END '$1'"}'
+)";
+        QStringList texts;
+        StationService service(program(script.constData()));
+        connect(&service, &StationService::received, [&texts](const ArchiveRecord& record) {
+            texts += record.transmission.receiver + ' ' + record.transmission.text;
+        });
+        QString error;
+        const ReceiverSettings before = commandReceiver("hf", "cat /dev/zero");
+        QVERIFY(service.configure(configuration({before}), error));
+        QTRY_COMPARE_WITH_TIMEOUT(texts, QStringList({"hf BEGIN decode"}), testsupport::HANGS_ms);
+        ReceiverSettings changed = before;
+        changed.decoder = "band";
+        const ReceiverSettings other = commandReceiver("other", "cat /dev/zero");
+        QVERIFY(service.configure(configuration({changed, other}), error));
+        QTRY_COMPARE_WITH_TIMEOUT(texts.size(), 2, testsupport::HANGS_ms);
+        QCOMPARE(texts[1], QString("other BEGIN decode"));
+        QCOMPARE(file.write("open\n"), qint64(5));
+        QTRY_COMPARE_WITH_TIMEOUT(texts.size(), 4, testsupport::HANGS_ms);
+        QCOMPARE(texts.mid(2), QStringList({"hf END decode", "hf BEGIN band"}));
+        // Those that wait for the gate at the end.
+        file.write("open\nopen\n");
+    }
+
     void aRecordingIsHeardToItsEndBeforeItBeginsAgain()
     {
         // Takes longer than the second after which it is to begin again.
