@@ -222,7 +222,9 @@ class Receiver {
         const above = element("thead");
         above.append(titles);
         this.table.append(above, this.rows);
-        this.card.append(head, this.table);
+        this.list = element("div", "present");
+        this.list.append(this.table);
+        this.card.append(head, this.list);
         byId("receivers").append(this.card);
     }
 
@@ -261,7 +263,7 @@ class Receiver {
     spectrum(row) {
         if (!this.waterfall) {
             const place = element("div");
-            this.card.insertBefore(place, this.table);
+            this.card.insertBefore(place, this.list);
             this.waterfall = new Waterfall(place);
         }
         this.waterfall.add(row);
