@@ -3,7 +3,7 @@
 # Tries the packages of scripts/package.sh as somebody would who has nothing but a bare Debian 12 and
 # them: follows the installed pages there, what is printed compared with what the page shows.
 # `try-packages.sh FOLDER` keeps the bare system and what it fetched in FOLDER, for the next time.
-# Needs root and debootstrap.
+# Needs root, debootstrap and the packages of `setup.sh night`.
 set -euo pipefail
 
 fail() { echo "$*" >&2; exit 1; }
@@ -17,7 +17,7 @@ command -v debootstrap >/dev/null || fail "debootstrap is missing: apt install d
 
 packages=(build/package/packages/*.deb)
 [ -e "${packages[0]}" ] || fail "There are no packages; run scripts/package.sh first."
-scripts/setup.sh build
+scripts/setup.sh night
 read -ra flags <<<"$(pkg-config --cflags --libs Qt5Core)"
 c++ -std=c++17 -fPIC -Itests tests/docs/{followpage,blocks,pages}.cpp -o build/followpage \
     "${flags[@]}"
@@ -90,7 +90,8 @@ machine operator
 pages=$root/usr/share/doc/morsehandler
 follow "$pages/operator-guide.md"
 data="ln -s /usr/share/morsehandler data"
-for name in tables inspect formats/alphabet formats/map formats/codec formats/decodermodules; do
+for name in tables inspect station page mqtt cluster formats/alphabet formats/map formats/codec \
+    formats/decodermodules; do
     follow "$pages/$name.md" "$data"
 done
 follow "$pages/formats/result-document.md" "$data; sudo apt install libxml2-utils"
@@ -114,6 +115,25 @@ $ rtl_fm=/usr/bin/rtl_fm; $rtl_fm -h 2>&1 | grep -wE 'direct2?'
 …direct2: …
 ```
 END
+
+# There is no systemd: the unit's command is started as its user would, who owns its folder alone.
+echo "As a service, with the example file:"
+inside install -D /usr/share/morsehandler/station/example.ini /etc/morsehost/station.ini
+inside useradd --system --create-home --home-dir /var/lib/morsehost station
+read -ra unit_command < <(sed -n 's/^ExecStart=//p' "$root/lib/systemd/system/morsehost.service")
+[ ${#unit_command[@]} -gt 1 ] || fail "The unit starts nothing."
+begin=$SECONDS
+chroot --userspec=station:station "$root" /usr/bin/env -i PATH=/usr/bin "${unit_command[@]}" 2>"$folder/service.log" &
+service=$!
+trap 'kill "$service" 2>/dev/null || true' EXIT
+PATH=/usr/bin:$PATH scripts/see-page.py http://127.0.0.1:8073/ "$folder/service.png" example live 'GOOD EVENING' || status=1
+shown=$((SECONDS - begin))
+echo "The page shows text after $shown s"
+[ $shown -le 60 ] || status=1
+kill $service
+wait $service || status=1
+[ $status -eq 0 ] || cat "$folder/service.log"
+inside morsehost search --archive /var/lib/morsehost/archive.db EVENING | grep -q 'GOOD EVENING' || status=1
 
 echo "As a developer of a host:"
 machine developer
