@@ -22,6 +22,8 @@ namespace demodulator {
 
 namespace {
 
+// What the threads share out at once: a quarter of a second, which is far less than any decision
+// waits for.
 constexpr std::int64_t BATCH_STEPS = 64;
 constexpr std::int64_t BATCH_FRAMES = BATCH_STEPS / Survey::HOP_STEPS;
 constexpr std::int64_t NOISE_BATCHES = 4; // noise is measured every second

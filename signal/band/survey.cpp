@@ -29,7 +29,7 @@ constexpr Skirt SKIRT[] = {{0.0, 0.0},     {16.0, -4.0},   {31.0, -14.0},  {47.0
 // slope, and that of the one through which a step is seen.
 double ofEdge(double distance_Hz)
 {
-    constexpr double LEVEL_Hz = 60.0;
+    constexpr double LEVEL_Hz = 60.0; // beside the edge, where a step's filter still reaches in
     constexpr double SLOPE_dB_per_Hz = 0.1;
     return std::pow(10.0, -0.1 * SLOPE_dB_per_Hz * std::max(0.0, distance_Hz - LEVEL_Hz));
 }

@@ -34,7 +34,7 @@ private Q_SLOTS:
         row(64, "[DOT_TOO_SHORT]");
         row(65, "[DASH_TOO_LONG]");
         row(66, "[PAUSE_TOO_SHORT]");
-        row(67, "");
+        row(127, "");
         // Codes are not masked here.
         row(128, "");
         row(131, "");

@@ -107,7 +107,7 @@ private Q_SLOTS:
         QCOMPARE(SimpleMorseHandler::ConvertSymbol(131), " ");
         QCOMPARE(SimpleMorseHandler::ConvertSymbol(-128), ".");
         QCOMPARE(SimpleMorseHandler::ConvertSymbol(130), "");
-        QCOMPARE(SimpleMorseHandler::ConvertSymbol(195), "");
+        QCOMPARE(SimpleMorseHandler::ConvertSymbol(255), "");
     }
 
     void codesAreConvertedInTheirOrder_data()
@@ -117,7 +117,7 @@ private Q_SLOTS:
         QTest::newRow("none") << QVector<short>() << "";
         QTest::newRow("all gaps") << QVector<short>{0, 1, 3, 1, 0, 4, 0, 5} << ".- -.\t.\n";
         QTest::newRow("error mark") << QVector<short>{0, 64, 1} << ".[PAUSE TO SHORT]-";
-        QTest::newRow("unknown codes") << QVector<short>{2, 0, 67, 6} << ".";
+        QTest::newRow("unknown codes") << QVector<short>{2, 0, 127, 6} << ".";
     }
 
     void codesAreConvertedInTheirOrder()
