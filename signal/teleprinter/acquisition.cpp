@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "signal/teleprinter/acquisition.h"
 
+#include "signal/teleprinter/bitstream.h"
 #include "signal/teleprinter/synchronous.h"
 #include "signal/teleprinter/tracking.h"
 
 #include <algorithm>
 #include <bitset>
 #include <cmath>
+#include <limits>
 #include <map>
+#include <set>
 
 namespace teleprinter {
 
@@ -178,6 +181,17 @@ double contrastOf(const TonePair& tones, const std::vector<Decided>& characters,
     return sums[1] > 0.0 ? sums[0] / sums[1] : 1.0;
 }
 
+// Mean of the stronger tone.
+double strengthOf(const Evidence& evidence)
+{
+    const std::vector<float>& space = evidence.strengths[SPACE];
+    const std::vector<float>& mark = evidence.strengths[MARK];
+    double sum = 0.0;
+    for (std::size_t node = 0; node < mark.size(); ++node)
+        sum += static_cast<double>(std::max(space[node], mark[node]));
+    return sum / std::max(1.0, static_cast<double>(mark.size()));
+}
+
 class Search
 {
 public:
@@ -244,6 +258,41 @@ private:
                fit.score >= m_own.leastScoreMean * fit.characters &&
                fit.occupied >= m_own.leastOccupied && fit.unexplained <= m_own.mostUnexplained &&
                fit.commonest <= m_own.tooOften && fit.contrast <= m_own.mostContrast;
+    }
+
+    // How much likelier it is than data without characters, at any speed.
+    double overData(const Acquired& acquired, double noise) const
+    {
+        const Line& line = acquired.line;
+        if (line.kind.code == Code::Ccir476)
+            return acquired.fit.framing; // is over data already
+        const TonePair tones(m_history, m_rate_Hz, {line.space_Hz, line.mark_Hz}, m_begin, m_end);
+        // One noise for all speeds, and so much of it that none gains by how a strong signal is
+        // bounded.
+        EvidenceParameters unbounded = m_parameters.evidence;
+        unbounded.mostStrength_per_s = std::numeric_limits<double>::max();
+        double density = noise;
+        const auto evidenceAt = [&](double baud) {
+            return weigh(tones, gridOver(tones, m_rate_Hz / baud), m_rate_Hz, density, unbounded);
+        };
+        const double strength = strengthOf(evidenceAt(line.baud));
+        density *= std::max(1.0, strength / m_own.comparedStrength);
+
+        FrameSearch search;
+        search.parameters = m_parameters.framing;
+        search.format.dataBits = line.kind.dataBits;
+        search.idleAt = NODES - 1;
+        const auto text = static_cast<double>(scoreOfSender(
+            findFrames(evidenceAt(line.baud), search, PausePrior(m_parameters.framing), 0, false),
+            m_parameters.framing));
+        std::set<double> speeds = {line.baud};
+        for (const LineKind& kind : lineKinds())
+            speeds.insert(kind.baud);
+        double data = 0.0;
+        for (const double baud : speeds)
+            data = std::max(data, static_cast<double>(
+                                      bitStreamScore(evidenceAt(baud), m_parameters.bitStream)));
+        return text - data;
     }
 
     // Pairs of tones of which one is on at a time.
@@ -390,6 +439,8 @@ private:
                                      : best.fit.score * m_own.mostStronger))
                 return std::nullopt;
         }
+        if (overData(best, m_attempts.front().noise) < m_own.leastOverData)
+            return std::nullopt;
         return best;
     }
 

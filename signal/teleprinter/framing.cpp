@@ -224,10 +224,10 @@ Frames findFrames(const Evidence& evidence, const FrameSearch& search, const Pau
     Start cut; // into a character that is not over at the last node
     for (int node = from; node < static_cast<int>(size); ++node) {
         const auto i = static_cast<std::size_t>(node);
-        // The element that has its middle here shows whether the line idles.
-        const auto middle = static_cast<std::size_t>(std::max(0, node - NODES / 2));
-        const float gain = search.coherent ? evidence.phaseGains[MARK][middle] : 0.0F;
-        const float mark = (evidence.likelihoods[MARK][middle] + gain) / NODES;
+        // The element that is here shows whether the line idles.
+        const auto begin = static_cast<std::size_t>(std::max(0, node - search.idleAt));
+        const float gain = search.coherent ? evidence.phaseGains[MARK][begin] : 0.0F;
+        const float mark = (evidence.likelihoods[MARK][begin] + gain) / NODES;
         idle[i + 1] = idle[i] + mark;
         if (ends[i] > marking.score)
             marking = {ends[i], node};
@@ -291,6 +291,35 @@ Frames findFrames(const Evidence& evidence, const FrameSearch& search, const Pau
     }
     std::reverse(frames.list.begin(), frames.list.end());
     return frames;
+}
+
+float scoreOfSender(const Frames& frames, const FramingParameters& parameters)
+{
+    // What was measured of a machine's pause: mostly the same node, at times one beside it.
+    constexpr float SAME = 0.9F;
+    constexpr float BESIDE = 0.05F;
+    const PausePrior any(parameters);
+    std::vector<float> seen(PausePrior::LONGEST + 1, 0.0F);
+    float count = 1.0F;
+    float machine = -LOG_2; // it is either of both
+    float hand = -LOG_2;
+    for (const Frame& frame : frames.list) {
+        hand += any[frame.pause];
+        if (frame.pause < 0) {
+            machine += any[frame.pause];
+            continue;
+        }
+        const auto pause = static_cast<std::size_t>(frame.pause);
+        machine += std::log((seen[pause] + std::exp(any[frame.pause])) / count);
+        seen[pause] += SAME;
+        if (pause > 0)
+            seen[pause - 1] += BESIDE;
+        if (pause + 1 < seen.size())
+            seen[pause + 1] += BESIDE;
+        ++count;
+    }
+    const auto told = static_cast<float>(frames.list.size()) * (any[-1] + parameters.character);
+    return frames.score - told + std::max(machine, hand);
 }
 
 } // namespace teleprinter

@@ -69,6 +69,9 @@ struct FrameSearch
     /// known so well.
     bool coherent = false;
     double turn = 0.0;
+    /// Which node of an element is where it shows that the line idles. Its middle shows best where
+    /// the next character begins; its last node counts nothing of that one.
+    int idleAt = NODES / 2;
     FramingParameters parameters;
 };
 
@@ -82,5 +85,9 @@ struct Frames
 /// From a node on, which is the end of a frame where `afterFrame` says so.
 Frames findFrames(const Evidence& evidence, const FrameSearch& search, const PausePrior& pauses,
                   int from, bool afterFrame);
+
+/// The score of frames that were found with a flat prior, had their pauses been told one after the
+/// other: those of a machine are all alike, those of a hand may be any.
+float scoreOfSender(const Frames& frames, const FramingParameters& parameters = {});
 
 } // namespace teleprinter

@@ -53,6 +53,13 @@ struct FramingParameters
     float anyPause = 0.05F;   ///< share of pauses that are like no other
 };
 
+/// Data without characters (bitstream.h). Costs are logarithms of probabilities.
+struct BitStreamParameters
+{
+    float costOfSlip = -5.0F; ///< an element that is a sixteenth shorter or longer
+    float costOfRest = -6.0F; ///< one tone begins to go on, or ends to
+};
+
 /// How tones are followed (tracking.h).
 struct TrackingParameters
 {
@@ -91,6 +98,9 @@ struct AcquisitionParameters
     /// does not. ITA2 has a test text that does.
     double mostRegular = 0.75;
     double leastMargin = 15.0; ///< of the score, over any other line
+    /// By how much it is likelier than data without characters (silence; rows: ascii110, narrow).
+    double leastOverData = -15.0;
+    double comparedStrength = 20.0; ///< of an element; a stronger signal is weighed like this
     /// Framing from which an attempt is a rival by its form; of others, only one that fits so much
     /// better in strength is (row: ascii300).
     double leastForm = 3.0;
@@ -183,6 +193,7 @@ struct Parameters
     SpectrumParameters spectrum;
     EvidenceParameters evidence;
     FramingParameters framing;
+    BitStreamParameters bitStream;
     TrackingParameters tracking;
     AcquisitionParameters acquisition;
     StartStopParameters startStop;

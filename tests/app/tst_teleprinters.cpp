@@ -62,12 +62,24 @@ private Q_SLOTS:
         QCOMPARE(contentOfAll(saved, "*.raw"), contentOf(RECORDINGS + name + ".raw"));
     }
 
-    void whatTheOtherProgramSentIsReadWithoutAnError()
+    void whatTheOtherProgramSentIsReadInTheOperatorsAlphabet_data()
     {
-        const QString sent =
-            "РЫРЫРЫРЫРЫ\nПРИВЕТ ИЗ МОСКВЫ 12345 67890\nЯРА ДЕ УА3АБЦ УА3АБЦ ПСЕ К\n";
-        const Ended ended = run({"decode", "--decoder", "Baudot", "--map", "Russian",
-                                 RECORDINGS + "minimodem-ita2.flac"});
+        QTest::addColumn<QString>("decoder");
+        QTest::addColumn<QString>("sent");
+        QTest::newRow("Russian")
+            << QStringLiteral("Baudot")
+            << "РЫРЫРЫРЫРЫ\nПРИВЕТ ИЗ МОСКВЫ 12345 67890\nЯРА ДЕ УА3АБЦ УА3АБЦ ПСЕ К\n";
+        QTest::newRow("Greek") << QStringLiteral("ASCII RTTY")
+                               << "ΚΑΛΗΜΕΡΑ ΕΛΛΑΔΑ. ΠΕΙΡΑΙΕΥΣ, ΑΘΗΝΑΙ, ΘΕΣΣΑΛΟΝΙΚΗ 0123456789\n"
+                                  "ΑΝΕΜΟΣ ΒΟΡΕΙΟΣ 5 ΜΠΟΦΟΡ.\n";
+    }
+    void whatTheOtherProgramSentIsReadInTheOperatorsAlphabet()
+    {
+        QFETCH(QString, decoder);
+        QFETCH(QString, sent);
+        const QString recording = decoder == QLatin1String("Baudot") ? "ita2" : "ascii";
+        const Ended ended = run({"decode", "--decoder", decoder, "--map", QTest::currentDataTag(),
+                                 RECORDINGS + "minimodem-" + recording + ".flac"});
         QCOMPARE(QString::fromUtf8(ended.out), sent);
     }
 

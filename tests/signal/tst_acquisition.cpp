@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "signal/teleprinter/acquisition.h"
 
+#include "support/random.h"
 #include "support/teleprinterkeyer.h"
 
 #include <QtTest>
@@ -41,6 +42,19 @@ std::vector<float> keyed(const Machine& machine, TonePath path = {})
     path.before_s = 0.3;
     return teleprinterSound(teleprinterElements(TEXT, machine, "acquisition"), path, RATE_Hz,
                             "acquisition");
+}
+
+// Shift-keyed elements that are drawn, one by one.
+std::vector<float> data(double baud, double duration_s)
+{
+    Random random("acquisition");
+    std::vector<Piece> elements;
+    for (double at_s = 0.0; at_s < duration_s; at_s += 1.0 / baud)
+        elements.push_back({random.below(2) == 0, 1.0 / baud});
+    TonePath path;
+    path.snr_dB = 12.0;
+    path.before_s = path.after_s = 0.0;
+    return teleprinterSound(elements, path, RATE_Hz, "acquisition");
 }
 
 Machine machine(TeleprinterCode code, double baud, double stop_bits = 1.5)
@@ -137,7 +151,8 @@ private Q_SLOTS:
     void otherSoundsAreNoLine_data()
     {
         QTest::addColumn<QString>("what");
-        for (const char* what : {"noise", "noise through a filter", "hum", "two carriers"})
+        for (const char* what :
+             {"noise", "noise through a filter", "hum", "two carriers", "data, 300 Bd"})
             QTest::newRow(what) << what;
     }
     void otherSoundsAreNoLine()
@@ -151,6 +166,8 @@ private Q_SLOTS:
         if (what == QLatin1String("hum"))
             path.hum_dB = 6.0;
         std::vector<float> samples = sound(std::vector<Piece>(), path, RATE_Hz, "acquisition");
+        if (what.startsWith(QLatin1String("data")))
+            samples = data(what.section(QLatin1Char(' '), 1, 1).toDouble(), 20.0);
         if (what == QLatin1String("two carriers")) {
             for (std::size_t n = 0; n < samples.size(); ++n) {
                 const double turns = static_cast<double>(n) / RATE_Hz;

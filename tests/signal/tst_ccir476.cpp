@@ -6,6 +6,7 @@
 
 #include <QtTest>
 #include <bitset>
+#include <map>
 #include <set>
 
 using namespace testsupport;
@@ -50,6 +51,32 @@ private Q_SLOTS:
                 read += static_cast<char>(ita2Character(combination, figures));
         }
         QCOMPARE(QString::fromStdString(read), QString::fromStdString(text));
+    }
+
+    // A second source: the table of Wikipedia's article "CCIR 476" (2025), which is that of the
+    // ARRL Handbook 2013. It has all words of four ones in ascending order, the element sent first
+    // as the lowest bit.
+    void tableIsThatOfTheSecondSource()
+    {
+        const std::vector<std::string> ascending = {
+            "alpha", "J", "F", "C",      "K", "W",    "Y",  "P", "Q", "beta", "G", "figures",
+            "M",     "X", "V", "A",      "S", "I",    "U",  "D", "R", "E",    "N", "letters",
+            " ",     "Z", "L", "repeat", "H", "none", "\n", "O", "B", "T",    "\r"};
+        std::map<unsigned, std::string> byElements;
+        for (unsigned word = 0; word < CCIR476_WORDS; ++word) {
+            const std::string name = word == PHASING_1      ? "alpha"
+                                     : word == PHASING_2    ? "repeat"
+                                     : word == SIGNAL_BETA  ? "beta"
+                                     : word == ITA2_LETTERS ? "letters"
+                                     : word == ITA2_FIGURES ? "figures"
+                                     : word == 0            ? "none"
+                                                 : std::string(1, char(ita2Character(word, false)));
+            byElements[ccir476Elements()[word]] = name;
+        }
+        QCOMPARE(byElements.size(), ascending.size());
+        std::size_t at = 0;
+        for (const auto& [elements, name] : byElements)
+            QCOMPARE(QString::fromStdString(name), QString::fromStdString(ascending[at++]));
     }
 };
 

@@ -110,6 +110,26 @@ private Q_SLOTS:
         QVERIFY2(frames.list.size() <= 1, qPrintable(QString::number(frames.list.size())));
     }
 
+    // What is like the one before is told in few words.
+    void senderWithEvenPausesScoresMore()
+    {
+        const auto scoreOf = [](const std::vector<int>& pauses) {
+            Frames frames;
+            for (const int pause : pauses) {
+                frames.list.emplace_back();
+                frames.list.back().pause = pause;
+            }
+            return scoreOfSender(frames);
+        };
+        const float even = scoreOf({9, 9, 9, 9, 9, 9, 9, 9});
+        const float nearlyEven = scoreOf({9, 9, 10, 9, 9, 8, 9, 9});
+        const float uneven = scoreOf({9, 30, 17, 3, 44, 0, 21, 36});
+        const float changed = scoreOf({9, 9, 9, 9, 30, 30, 30, 30});
+        QVERIFY(even > nearlyEven && nearlyEven > changed && changed > uneven);
+        QVERIFY(even > uneven + 15.0F);
+        QCOMPARE(scoreOf({-1, -1, -1}), scoreOf({}) + 3.0F); // the cost of a character is left out
+    }
+
     void pausesAreLearnt()
     {
         PausePrior pauses;

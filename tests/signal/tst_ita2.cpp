@@ -59,6 +59,26 @@ private Q_SLOTS:
         QCOMPARE(QString::fromStdString(read), QString::fromStdString(figures));
     }
 
+    // A second source, in the order of the combinations: the table of the project piTelex, which
+    // drives machines (github.com/fablab-wue/piTelex, wiki page P_BMC, 2023). '~': no character, or
+    // one for national use.
+    void tableIsThatOfTheSecondSource()
+    {
+        const std::string letters = "~E\nA SIU\rDRJNFCKTZLWHYPQOBG~MXV~";
+        const std::string figures = "~3\n- '87\r\x05"
+                                    "4\a,~:(5+)2~6019?~~./=~";
+        QCOMPARE(letters.size(), std::size_t(32));
+        QCOMPARE(figures.size(), std::size_t(32));
+        for (unsigned word = 0; word < 32; ++word) {
+            if (letters[word] != '~')
+                QCOMPARE(char(teleprinter::ita2Character(word, false)), letters[word]);
+            if (figures[word] != '~')
+                QCOMPARE(char(teleprinter::ita2Character(word, true)), figures[word]);
+        }
+        QCOMPARE(teleprinter::ITA2_FIGURES, 27U);
+        QCOMPARE(teleprinter::ITA2_LETTERS, 31U);
+    }
+
     void shiftIsNoCharacter()
     {
         for (const unsigned word : {0U, teleprinter::ITA2_FIGURES, teleprinter::ITA2_LETTERS}) {
