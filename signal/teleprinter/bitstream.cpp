@@ -8,7 +8,7 @@ namespace teleprinter {
 
 float bitStreamScore(const Evidence& evidence, const BitStreamParameters& own)
 {
-    constexpr int SLIP = 1; // nodes by which an element may be shorter or longer
+    constexpr int MOST_OFF = 1; // nodes by which an element may be shorter or longer
     const int last = evidence.grid.count;
     // Best score of all that ends between two elements at a node; nothing before it scores 0.
     std::vector<float> ends(static_cast<std::size_t>(std::max(0, last)) + 1, 0.0F);
@@ -16,15 +16,15 @@ float bitStreamScore(const Evidence& evidence, const BitStreamParameters& own)
     float best = 0.0F;
     for (int node = 0; node <= last; ++node) {
         float score = 0.0F;
-        for (int slip = -SLIP; slip <= SLIP; ++slip) {
-            const int begin = node - NODES - slip;
+        for (int off = -MOST_OFF; off <= MOST_OFF; ++off) {
+            const int begin = node - NODES - off;
             if (begin < 0)
                 continue;
             // A shorter element has less to say, a longer one no more than what is seen of it.
-            const float seen = std::min(1.0F, static_cast<float>(NODES + slip) / NODES);
+            const float seen = std::min(1.0F, static_cast<float>(NODES + off) / NODES);
             const auto at = static_cast<std::size_t>(begin);
             score = std::max(score, ends[at] + seen * eitherTone(evidence, at) +
-                                        (slip == 0 ? 0.0F : own.costOfSlip));
+                                        (off == 0 ? 0.0F : own.costOfOtherLength));
         }
         // The element that has its middle here shows which tone it is.
         const auto middle = static_cast<std::size_t>(std::max(0, node - NODES / 2));

@@ -116,12 +116,16 @@ Evidence weigh(const TonePair& tones, const Grid& grid, double rate_Hz, double n
     const auto count = static_cast<std::size_t>(std::max(0, grid.count));
     const auto scale = static_cast<float>(1.0 / std::sqrt(std::max(noise, 1e-12) * grid.bit));
     ByTone<std::vector<float>> energies;
+    std::vector<std::complex<double>> upTo; // of the tones, up to each node
+    upTo.reserve(count + NODES);
     for (const std::size_t tone : {SPACE, MARK}) {
         auto& sums = evidence.sums[tone];
         sums.resize(count);
+        upTo.clear();
+        for (std::size_t i = 0; i < count + NODES; ++i)
+            upTo.push_back(tones.upTo(tone, grid.at(static_cast<int>(i))));
         for (std::size_t i = 0; i < count; ++i) {
-            const double from = grid.at(static_cast<int>(i));
-            sums[i] = std::complex<float>(tones.sum(tone, from, from + grid.bit)) * scale;
+            sums[i] = std::complex<float>(upTo[i + NODES] - upTo[i]) * scale;
             if (i % STRIDE == 0)
                 energies[tone].push_back(std::norm(sums[i]));
         }

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <limits>
 
 namespace teleprinter {
 
@@ -20,7 +19,34 @@ constexpr float IMPOSSIBLE = -1e30F; // of a score: below any that can come abou
 // Data elements of a character that a word has room for.
 constexpr int MOST_BITS = 10;
 
+// In place of a word: each element is the likelier of both.
+constexpr unsigned AS_LIKELIER = ~0U;
+
 using Words = std::array<std::complex<float>, MOST_BITS + 1>;
+
+// Of what is a number: that of the library looks for what is none.
+std::complex<float> product(const std::complex<float>& a, const std::complex<float>& b)
+{
+    return {a.real() * b.real() - a.imag() * b.imag(), a.real() * b.imag() + a.imag() * b.real()};
+}
+
+// The score of a character from each of the first `count` nodes, each element as the likelier tone
+// has it. From sums over places an element apart, so that long characters take no longer.
+std::vector<float> scoresOf(const Evidence& evidence, std::size_t dataBits, std::size_t count)
+{
+    const std::vector<float>& space = evidence.likelihoods[SPACE];
+    const std::vector<float>& mark = evidence.likelihoods[MARK];
+    const std::size_t data = dataBits * NODES;
+    std::vector<double> sums(NODES + count + data, 0.0);
+    for (std::size_t i = 0; i < count + data; ++i)
+        sums[NODES + i] = sums[i] + static_cast<double>(std::max(space[i], mark[i]));
+    std::vector<float> scores(count);
+    for (std::size_t i = 0; i < count; ++i)
+        scores[i] = space[i] + mark[i + data + NODES] +
+                    static_cast<float>(sums[NODES + i + data] - sums[NODES + i]) -
+                    static_cast<float>(dataBits) * LOG_2;
+    return scores;
+}
 
 // One start of a character.
 class Candidate
@@ -32,12 +58,9 @@ public:
         , m_node(static_cast<std::size_t>(node))
         , m_bits(static_cast<std::size_t>(search.format.dataBits))
     {
-        m_score = likelihood(SPACE, 0) + likelihood(MARK, m_bits + 1);
         for (std::size_t bit = 0; bit < m_bits; ++bit) {
-            const float margin = likelihood(MARK, bit + 1) - likelihood(SPACE, bit + 1);
-            if (margin > 0.0F)
+            if (margin(bit) > 0.0F)
                 m_word |= 1U << bit;
-            m_score += likelihood(margin > 0.0F ? MARK : SPACE, bit + 1) - LOG_2;
         }
     }
 
@@ -73,7 +96,6 @@ public:
                               return std::fabs(margin(a)) < std::fabs(margin(b));
                           });
         const unsigned sure = m_word;
-        m_score = IMPOSSIBLE;
         for (unsigned choice = 0; choice < 1U << tried; ++choice) {
             unsigned word = sure;
             for (std::size_t i = 0; i < tried; ++i) {
@@ -110,14 +132,15 @@ private:
                 element == m_bits + 1 || (element > 0 && (word >> (element - 1) & 1U) != 0);
             const std::size_t tone = isMark ? MARK : SPACE;
             const std::complex<float>& turn = turns[elements[1 - tone]];
-            sums[tone] += m_evidence.sums[tone][place(element)] * (isMark ? turn : std::conj(turn));
+            sums[tone] +=
+                product(m_evidence.sums[tone][place(element)], isMark ? turn : std::conj(turn));
             strengths[tone] += m_evidence.strengths[tone][place(element)];
             ++elements[tone];
         }
         float score = -static_cast<float>(m_bits) * LOG_2;
         for (const std::size_t tone : {SPACE, MARK})
-            score +=
-                logBesselI0(std::abs(sums[tone])) - strengths[tone] + phaseGain(strengths[tone]);
+            score += logBesselI0(std::sqrt(std::norm(sums[tone]))) - strengths[tone] +
+                     phaseGain(strengths[tone]);
         return score;
     }
 
@@ -126,7 +149,7 @@ private:
     std::size_t m_node;
     std::size_t m_bits;
     unsigned m_word = 0;
-    float m_score = 0.0F;
+    float m_score = IMPOSSIBLE; // once refined
 };
 
 // Of a character that begins at a node and goes on behind the last one: what can be seen of it.
@@ -212,8 +235,10 @@ Frames findFrames(const Evidence& evidence, const FrameSearch& search, const Pau
     std::vector<float> ends(size, IMPOSSIBLE); // best score with a character ending at a node
     std::vector<float> idle(size + 1, 0.0F);   // sum of the likelihood of mark up to a node
     std::vector<Start> starts(size);
-    std::vector<unsigned> words(size, 0);
-    std::vector<float> scores(size, 0.0F);
+    std::vector<float> scores = scoresOf(evidence, static_cast<std::size_t>(search.format.dataBits),
+                                         static_cast<std::size_t>(last) + 1);
+    std::vector<unsigned> words(scores.size(), AS_LIKELIER);
+    float reached = IMPOSSIBLE; // by any character so far
     Between marking;
     Between silent;
     if (afterFrame)
@@ -259,12 +284,15 @@ Frames findFrames(const Evidence& evidence, const FrameSearch& search, const Pau
             continue;
         }
 
-        Candidate candidate(evidence, search, node);
-        if (search.coherent && candidate.score() > own.worthRefining)
+        const float far = start.score + scores[i] + own.character;
+        if (search.coherent && scores[i] > own.worthRefining && far > reached - own.mostBehind) {
+            Candidate candidate(evidence, search, node);
             candidate.refine(turns);
-        words[i] = candidate.word();
-        scores[i] = candidate.score();
-        ends[i + static_cast<std::size_t>(frame)] = start.score + candidate.score() + own.character;
+            words[i] = candidate.word();
+            scores[i] = candidate.score();
+        }
+        ends[i + static_cast<std::size_t>(frame)] = start.score + scores[i] + own.character;
+        reached = std::max(reached, ends[i + static_cast<std::size_t>(frame)]);
         marking.score += mark;
     }
 
@@ -285,7 +313,8 @@ Frames findFrames(const Evidence& evidence, const FrameSearch& search, const Pau
         if (isAfterSilence)
             frames.unexplained += nodes;
         const Candidate candidate(evidence, search, end - frame);
-        frames.list.push_back({end - frame, pause, words[i], scores[i], candidate.framing(),
+        const unsigned word = words[i] == AS_LIKELIER ? candidate.word() : words[i];
+        frames.list.push_back({end - frame, pause, word, scores[i], candidate.framing(),
                                candidate.leastMargin(), isAfterSilence});
         end = starts[i].lastEnd;
     }
@@ -318,8 +347,8 @@ float scoreOfSender(const Frames& frames, const FramingParameters& parameters)
             seen[pause + 1] += BESIDE;
         ++count;
     }
-    const auto told = static_cast<float>(frames.list.size()) * (any[-1] + parameters.character);
-    return frames.score - told + std::max(machine, hand);
+    const auto asFound = static_cast<float>(frames.list.size()) * (any[-1] + parameters.character);
+    return frames.score - asFound + std::max(machine, hand);
 }
 
 } // namespace teleprinter

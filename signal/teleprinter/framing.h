@@ -86,8 +86,8 @@ struct Frames
 Frames findFrames(const Evidence& evidence, const FrameSearch& search, const PausePrior& pauses,
                   int from, bool afterFrame);
 
-/// The score of frames that were found with a flat prior, had their pauses been told one after the
-/// other: those of a machine are all alike, those of a hand may be any.
+/// The score of frames that were found with a flat prior, each pause weighed after those before it:
+/// those of a machine are all alike, those of a hand may be any.
 float scoreOfSender(const Frames& frames, const FramingParameters& parameters = {});
 
 } // namespace teleprinter

@@ -44,6 +44,8 @@ struct FramingParameters
     float character = -1.0F; ///< each: that one begins, and not the idle line goes on
     /// A start that is worse than this by any reading is not looked at again.
     float worthRefining = -6.0F;
+    /// Nor one that is so far behind the best character before it (row: snr-4).
+    float mostBehind = 15.0F;
     float doubted = 7.0F; ///< an element that is surer than this is not tried both ways
     int mostDoubted = 5;  ///< of the others, so many are
     float learntFrom =
@@ -56,8 +58,8 @@ struct FramingParameters
 /// Data without characters (bitstream.h). Costs are logarithms of probabilities.
 struct BitStreamParameters
 {
-    float costOfSlip = -5.0F; ///< an element that is a sixteenth shorter or longer
-    float costOfRest = -6.0F; ///< one tone begins to go on, or ends to
+    float costOfOtherLength = -5.0F; ///< an element that is a sixteenth shorter or longer
+    float costOfRest = -6.0F;        ///< one tone begins to go on, or ends to
 };
 
 /// How tones are followed (tracking.h).

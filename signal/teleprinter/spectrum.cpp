@@ -86,18 +86,20 @@ std::vector<Spectrum::Peak> Spectrum::peaks(const std::vector<double>& power,
     const std::size_t last =
         std::min(binOf(std::min(HIGHEST_TONE_Hz, demodulator::HIGHEST_TONE_SHARE * m_rate_Hz)),
                  m_spectra.bins() - 1 - reach);
+    std::vector<double> weights; // of the bins around one
+    double allWeights = 0.0;
+    for (std::size_t k = 0; k <= 2 * reach; ++k) {
+        const double offset =
+            (static_cast<double>(k) - static_cast<double>(reach)) / static_cast<double>(reach + 1);
+        weights.push_back(0.5 + 0.5 * std::cos(PI * offset));
+        allWeights += weights.back();
+    }
     std::vector<double> smooth(m_spectra.bins(), 0.0);
     for (std::size_t bin = first; bin <= last; ++bin) {
         double sum = 0.0;
-        double weights = 0.0;
-        for (std::size_t k = bin - reach; k <= bin + reach; ++k) {
-            const double offset = (static_cast<double>(k) - static_cast<double>(bin)) /
-                                  static_cast<double>(reach + 1);
-            const double weight = 0.5 + 0.5 * std::cos(PI * offset);
-            sum += weight * power[k];
-            weights += weight;
-        }
-        smooth[bin] = sum / weights;
+        for (std::size_t k = 0; k <= 2 * reach; ++k)
+            sum += weights[k] * power[bin - reach + k];
+        smooth[bin] = sum / allWeights;
     }
 
     std::vector<Peak> peaks;
@@ -113,16 +115,16 @@ std::vector<Spectrum::Peak> Spectrum::peaks(const std::vector<double>& power,
         const double floor = median({smooth.begin() + static_cast<std::ptrdiff_t>(begin),
                                      smooth.begin() + static_cast<std::ptrdiff_t>(end) + 1});
         // The centre of the hump, not its highest bin.
-        double weights = 1e-30;
+        double excesses = 1e-30;
         double moment = 0.0;
         for (std::size_t k = from; k <= to; ++k) {
             const double excess = std::max(0.0, smooth[k] - 0.7 * smooth[bin]);
-            weights += excess;
+            excesses += excess;
             moment += excess * static_cast<double>(k);
         }
         const double excess = smooth[bin] / std::max(floor, 1e-14);
         if (excess > m_parameters.leastExcess)
-            peaks.push_back({moment / weights * width_Hz, excess});
+            peaks.push_back({moment / excesses * width_Hz, excess});
     }
     std::sort(peaks.begin(), peaks.end(),
               [](const Peak& a, const Peak& b) { return a.excess > b.excess; });

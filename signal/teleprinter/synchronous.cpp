@@ -5,12 +5,16 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <vector>
 
 namespace teleprinter {
 
 using demodulator::logBesselI0;
 
 namespace {
+
+constexpr std::size_t MARKS = 4; // of each word
 
 std::size_t place(int node, int element)
 {
@@ -24,6 +28,45 @@ float logMean(const float* logs, std::size_t count)
     for (std::size_t i = 0; i < count; ++i)
         sum += std::exp(logs[i] - most);
     return most + std::log(sum / static_cast<float>(count));
+}
+
+// Of each node: what either tone says in the mean, and the share that mark has in it.
+struct ElementShares
+{
+    std::vector<float> either;
+    std::vector<double> mark;
+};
+
+ElementShares sharesOf(const Evidence& evidence)
+{
+    const std::size_t count = evidence.likelihoods[MARK].size();
+    ElementShares shares;
+    shares.either.reserve(count);
+    shares.mark.reserve(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        shares.either.push_back(eitherTone(evidence, i));
+        const auto margin = static_cast<double>(evidence.likelihoods[SPACE][i]) -
+                            static_cast<double>(evidence.likelihoods[MARK][i]);
+        shares.mark.push_back(1.0 / (1.0 + std::exp(margin)));
+    }
+    return shares;
+}
+
+// Logarithm of how much likelier the seven elements from a node are as any word of the code than as
+// any elements: the probability that four of them are marks, over that of elements that are drawn.
+float formOf(const ElementShares& shares, int node)
+{
+    std::array<double, MARKS + 1> probabilities = {1.0}; // of so many marks so far
+    for (int element = 0; element < WORD_ELEMENTS; ++element) {
+        const double mark = shares.mark[place(node, element)];
+        for (std::size_t marks = MARKS; marks > 0; --marks)
+            probabilities[marks] =
+                probabilities[marks] * (1.0 - mark) + probabilities[marks - 1] * mark;
+        probabilities[0] *= 1.0 - mark;
+    }
+    constexpr double DRAWN = static_cast<double>(CCIR476_WORDS) / (1U << WORD_ELEMENTS);
+    return static_cast<float>(
+        std::log(std::max(probabilities[MARKS], std::numeric_limits<double>::min()) / DRAWN));
 }
 
 } // namespace
@@ -75,6 +118,7 @@ WordLikelihoods weighWords(const Evidence& evidence, int node, double turn)
 
 WordPhase findWordPhase(const Evidence& evidence)
 {
+    const ElementShares shares = sharesOf(evidence);
     WordPhase best;
     for (int node = 0; node < WORD_NODES; ++node) {
         WordPhase phase;
@@ -82,11 +126,11 @@ WordPhase findWordPhase(const Evidence& evidence)
         for (int at = node; at + WORD_NODES <= evidence.grid.count; at += WORD_NODES) {
             float any = 0.0F;
             for (int element = 0; element < WORD_ELEMENTS; ++element)
-                any += eitherTone(evidence, place(at, element));
+                any += shares.either[place(at, element)];
             // What comes before the signal has no form and is left out.
             if (phase.form < 0.0F)
                 phase = {at, 0, 0.0F, 0.0F};
-            const float word = meanOf(weighWords(evidence, at));
+            const float word = any + formOf(shares, at);
             phase.score += word;
             phase.form += word - any;
             ++phase.words;

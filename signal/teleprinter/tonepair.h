@@ -35,8 +35,10 @@ public:
     /// What lies outside counts as silence.
     std::complex<double> sum(std::size_t tone, double from, double to) const
     {
-        return upTo(m_sums[tone], to) - upTo(m_sums[tone], from);
+        return upTo(tone, to) - upTo(tone, from);
     }
+    /// The same from begin() to a place.
+    std::complex<double> upTo(std::size_t tone, double at) const { return upTo(m_sums[tone], at); }
 
 private:
     using Sums = std::vector<std::complex<double>>;

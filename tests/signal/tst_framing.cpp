@@ -110,7 +110,7 @@ private Q_SLOTS:
         QVERIFY2(frames.list.size() <= 1, qPrintable(QString::number(frames.list.size())));
     }
 
-    // What is like the one before is told in few words.
+    // A pause like those before it costs little.
     void senderWithEvenPausesScoresMore()
     {
         const auto scoreOf = [](const std::vector<int>& pauses) {
