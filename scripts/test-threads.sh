@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Runs all that works in several threads under the thread sanitizer. Not part of every run: Qt is not
+# Runs what works in several threads under the thread sanitizer. Not part of every run: Qt is not
 # built for that sanitizer, and a container that it shares implicitly can be taken for a race.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 # What two threads may call of the library, the workers of a band, recordings heard beside each other,
-# and the threads of a station: archive, page, broker.
-tests=(charmap/decodermodulescenter host/trace signal/workers signal/bandreceiver station/soundjob
-    station/archivewriter station/page station/mqtt)
+# and threads of a station: archive and broker.
+tests=(charmap/decodermodulescenter host/trace signal/workers station/soundjob
+    station/archivewriter station/mqtt)
 
 scripts/setup.sh all
 cmake --preset tsan >/dev/null
