@@ -68,7 +68,7 @@ broker() {
     stdbuf -oL mosquitto_sub -q 1 -h 127.0.0.1 -p $brokerPort -t ready -t 'radio/+/receiver/+/transmission' \
         >"$work/sent$1" &
     listener=$!
-    until grep -q ready "$work/sent$1"; do
+    until grep -qs ready "$work/sent$1"; do
         mosquitto_pub -h 127.0.0.1 -p $brokerPort -t ready -m ready
         pause
     done
