@@ -3,7 +3,9 @@
 
 #include "station/decoders.h"
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace morsehost {
 
@@ -54,7 +56,7 @@ private:
     MorseStation m_station;
 };
 
-// The same of a teleprinter, without a map: the text is that of its decoder.
+// The same of a teleprinter.
 class BandStation::Teleprinter : private StationListener
 {
 public:
@@ -64,7 +66,7 @@ public:
         , m_listener(listener)
         , m_station(tree, settings, *this)
     {
-        m_station.start();
+        m_station.start(); // without a map where there is none for its decoder
     }
 
     TeleprinterStation& station() { return m_station; }
@@ -102,10 +104,12 @@ private:
     TeleprinterStation m_station;
 };
 
-BandStation::BandStation(const StationSettings& settings, double center_Hz, BandListener& listener)
+BandStation::BandStation(const StationSettings& settings, double center_Hz, BandListener& listener,
+                         BandMap map)
     : m_settings(settings)
     , m_center_Hz(center_Hz)
     , m_listener(listener)
+    , m_map(std::move(map))
 {
 }
 
@@ -120,6 +124,22 @@ bool BandStation::canBegin()
     settings.place = QStringLiteral("Band1/Trial");
     settings.saveDirectory.clear();
     return MorseStation(m_tree, settings, silent).start();
+}
+
+bool BandStation::hasMap()
+{
+    class Silent : public StationListener
+    {
+    } silent;
+    const QStringList decoders = teleprinterDecoders();
+    return std::any_of(decoders.begin(), decoders.end(), [&](const QString& decoder) {
+        TeleprinterSettings settings;
+        settings.place = QStringLiteral("Band1/Trial");
+        settings.decoder = decoder;
+        settings.mapsDirectory = m_map.directory;
+        settings.map = m_map.name;
+        return TeleprinterStation(m_tree, settings, silent).start().isEmpty();
+    });
 }
 
 void BandStation::signalFound(int signal, double tone_Hz, double snr_dB)
@@ -166,7 +186,8 @@ void BandStation::teleprinterFound(int signal, const teleprinter::Line& line, do
     settings.place = QStringLiteral("Band1/Signal%1").arg(signal);
     settings.source = m_settings.source;
     settings.decoder = entry.decoder;
-    settings.map = QStringLiteral("Default");
+    settings.mapsDirectory = m_map.directory;
+    settings.map = m_map.name;
     settings.saveDirectory = m_settings.saveDirectory;
     settings.frequency_Hz = entry.frequency_Hz;
     settings.start_us = m_settings.start_us;

@@ -25,6 +25,14 @@ struct BandEntry
     std::optional<double> shift_Hz;
 };
 
+/// What the text of teleprinters goes through, as the operator calls it, and the folder that holds
+/// it. A teleprinter whose decoder it is not for is shown as it was received.
+struct BandMap
+{
+    QString name = QStringLiteral("Default"); ///< none
+    QString directory = {};                   ///< an existing one
+};
+
 /// Hears everything in the order in which it is decided.
 class BandListener
 {
@@ -45,12 +53,16 @@ class BandStation : public demodulator::BandSink
 {
 public:
     /// `settings` are those of every station; its place and frequency are set for each. `center_Hz`
-    /// is what 0 Hz of the band is. The listener outlives this.
-    BandStation(const StationSettings& settings, double center_Hz, BandListener& listener);
+    /// is what 0 Hz of the band is. The listener outlives this. With a map, the decoder modules
+    /// file has been configured before.
+    BandStation(const StationSettings& settings, double center_Hz, BandListener& listener,
+                BandMap map = {});
     ~BandStation() override;
 
     /// False when the alphabet could not be loaded.
     bool canBegin();
+    /// Whether the map is one for any teleprinter.
+    bool hasMap();
     /// What could not be saved.
     const SaveLosses& lost() const { return m_lost; }
     /// Transmissions of teleprinters that are not on disk as a whole.
@@ -77,6 +89,7 @@ private:
     StationSettings m_settings;
     double m_center_Hz;
     BandListener& m_listener;
+    BandMap m_map;
     std::map<int, std::unique_ptr<One>> m_signals;              ///< go before the tree
     std::map<int, std::unique_ptr<Teleprinter>> m_teleprinters; ///< likewise
     SaveLosses m_lost;

@@ -79,6 +79,8 @@ std::string seedOf(const Over& over)
 
 std::vector<Piece> keyingOf(const Over& over)
 {
+    if (over.teleprinter)
+        return testsupport::teleprinterElements(over.text, over.teleprinter->machine, seedOf(over));
     return testsupport::keying(over.text, over.hand, seedOf(over));
 }
 
@@ -106,6 +108,40 @@ void fillSteady(const Kind& kind, Frequency& frequency, const std::string& seed,
     const auto length = static_cast<std::size_t>(kind.duration_s * station.hand.speed_wpm / 8.0);
     send(frequency, station, reception::text(text, seed, length), between(0.5, 3.0, random),
          kind.duration_s - 1.0);
+}
+
+// Of the teleprinters of a band, the one of this number.
+Teleprinter teleprinterOf(std::size_t number)
+{
+    Teleprinter teleprinter = {{}, 170.0};
+    if (number % 3 == 1) {
+        teleprinter.machine.baud = 50.0;
+        teleprinter.shift_Hz = 450.0;
+    } else if (number % 3 == 2) {
+        teleprinter.machine.code = testsupport::TeleprinterCode::SitorB;
+        teleprinter.machine.baud = 100.0;
+    }
+    return teleprinter;
+}
+
+void fillTeleprinter(const Kind& kind, Frequency& frequency, std::size_t number,
+                     const std::string& seed, Random& random)
+{
+    const Teleprinter teleprinter = teleprinterOf(number);
+    const bool isSitor = teleprinter.machine.code == testsupport::TeleprinterCode::SitorB;
+    const double characters_per_s = teleprinter.machine.baud / (isSitor ? 19.0 : 8.5);
+    const auto length = static_cast<std::size_t>((kind.duration_s - 15.0) * characters_per_s);
+    const std::string& text = reception::kinds()[random.below(reception::kinds().size())];
+    Over over = {
+        between(0.5, 3.0, random),
+        0.0,
+        frequency.tone_Hz,
+        between(kind.weakest_dB, kind.strongest_dB, random),
+        testsupport::teleprinterText(reception::text(text, seed, length), teleprinter.machine.code),
+        {},
+        teleprinter};
+    over.end_s = over.begin_s + lengthOf(keyingOf(over));
+    frequency.overs.push_back(over);
 }
 
 void fillPauses(const Kind& kind, Frequency& frequency, const std::string& seed, Random& random)
@@ -163,8 +199,30 @@ double noiseDeviation(const Band& band)
     return std::sqrt(tonePower * width_Hz / 500.0); // of a signal of 0 dB
 }
 
+// Two tones in turn, without a jump of the phase.
+void addTeleprinter(std::vector<std::complex<float>>& samples, const Over& over, const Band& band)
+{
+    const double amplitude = std::pow(10.0, over.level_dB / 20.0);
+    const double half_Hz = 0.5 * over.teleprinter->shift_Hz;
+    auto n = static_cast<std::size_t>(over.begin_s * band.rate_Hz);
+    double end_s = over.begin_s;
+    double phase = 0.0;
+    for (const Piece& element : keyingOf(over)) {
+        end_s += element.duration_s;
+        const double tone_Hz = over.tone_Hz + (element.mark ? half_Hz : -half_Hz);
+        for (; n < samples.size() && static_cast<double>(n) < end_s * band.rate_Hz; ++n) {
+            phase = std::fmod(phase + 2.0 * PI * tone_Hz / band.rate_Hz, 2.0 * PI);
+            samples[n] += std::complex<float>(std::polar(amplitude, phase));
+        }
+    }
+}
+
 void addOver(std::vector<std::complex<float>>& samples, const Over& over, const Band& band)
 {
+    if (over.teleprinter) {
+        addTeleprinter(samples, over, band);
+        return;
+    }
     const double amplitude = std::pow(10.0, over.level_dB / 20.0);
     Random random(seedOf(over) + "/phase");
     const double turn = 2.0 * PI * over.tone_Hz / band.rate_Hz;
@@ -222,6 +280,8 @@ const std::vector<Kind>& kinds()
          80, 400, 22000, 160, 48000, false, 60, 0, 30, 22, 38, Traffic::Contest},
         {"minute", "40 frequencies, short overs, 3 to 30 dB, 22 to 36 wpm, 10 kHz of sound",
          40, 500, 10000, 200, 22050, false, 60, 3, 30, 22, 36, Traffic::Contest},
+        {"mixed", "8 Morse signals and 4 teleprinters, +5 to +25 dB, 10 kHz of sound",
+         12, 700, 9500, 700, 24000, false, 60, 5, 25, 15, 30, Traffic::Mixed},
         {"wide", "150 signals, -3 to +30 dB, 96 kHz of I/Q",
          150, -46000, 46000, 160, 96000, true, 120, -3, 30, 12, 38, Traffic::Pauses},
         {"huge", "700 frequencies, short overs, 0 to +30 dB, 192 kHz of I/Q",
@@ -256,6 +316,12 @@ Band plan(const Kind& kind, const std::string& seed)
         switch (kind.traffic) {
         case Kind::Traffic::Steady:
             fillSteady(kind, frequency, own, drawn);
+            break;
+        case Kind::Traffic::Mixed:
+            if (i % 3 == 2)
+                fillTeleprinter(kind, frequency, i / 3, own, drawn);
+            else
+                fillSteady(kind, frequency, own, drawn);
             break;
         case Kind::Traffic::Pauses:
             fillPauses(kind, frequency, own, drawn);

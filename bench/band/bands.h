@@ -4,22 +4,32 @@
 #pragma once
 
 #include "support/keyer.h"
+#include "support/teleprinterkeyer.h"
 
 #include <complex>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace bands {
+
+/// A machine that keys two tones in place of a hand that keys one.
+struct Teleprinter
+{
+    testsupport::Machine machine;
+    double shift_Hz;
+};
 
 /// One station sends, once.
 struct Over
 {
     double begin_s;
     double end_s;
-    double tone_Hz;
+    double tone_Hz;  ///< of a teleprinter midway between its tones
     double level_dB; ///< key-down power over noise power in 500 Hz
     std::string text;
     testsupport::Hand hand;
+    std::optional<Teleprinter> teleprinter = {};
 };
 
 /// A frequency and all that is sent on it, in order of time.
@@ -57,6 +67,7 @@ struct Kind
     enum class Traffic {
         Steady, ///< one station a frequency, all the time
         Pauses, ///< one station a frequency, overs of some ten words and pauses of seconds
+        Mixed, ///< as steady, every third is a teleprinter: Baudot of two kinds and Sitor-B in turn
         Contest ///< short overs: one station calls, others answer, each at its own level, speed and
                 ///< up to 40 Hz beside
     } traffic;

@@ -54,6 +54,20 @@ public:
             {open.tone_Hz, open.begin_s, testsupport::textOfCodes(open.codes, UNKNOWN)});
         m_open.erase(signal);
     }
+    void teleprinterStarted(int signal, const teleprinter::Line& line,
+                            std::int64_t time_us) override
+    {
+        m_texts[signal] = {line.centre_Hz(), static_cast<double>(time_us) / 1e6, {}};
+    }
+    void teleprinterCharacter(int signal, std::uint8_t character, std::int64_t) override
+    {
+        m_texts[signal].text += static_cast<char>(character);
+    }
+    void teleprinterStopped(int signal, const teleprinter::Line&, std::int64_t) override
+    {
+        received.push_back(m_texts[signal]);
+        m_texts.erase(signal);
+    }
     void signalLost(int) override {}
 
     std::vector<bands::Received> received;
@@ -67,6 +81,7 @@ private:
         std::vector<int> codes;
     };
     std::map<int, Open> m_open;
+    std::map<int, bands::Received> m_texts; // of teleprinters
 };
 
 std::vector<bands::Received> ours(const bands::Band& band,

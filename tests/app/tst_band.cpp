@@ -156,6 +156,19 @@ private Q_SLOTS:
                  qPrintable(lines));
     }
 
+    void teleprintersAreShownThroughTheirMap()
+    {
+        const QString russian = QStringLiteral(TEST_DATA_DIR "/teleprinters/minimodem-ita2.flac");
+        const QString mapped = QString::fromUtf8(run({"--map", "Russian", russian}).out);
+        QVERIFY2(mapped.contains(QStringLiteral("ПРИВЕТ ИЗ МОСКВЫ")), qPrintable(mapped));
+        const QString received = QString::fromUtf8(run({russian}).out);
+        QVERIFY2(received.contains(QStringLiteral("PRIWET IZ MOSKWY")), qPrintable(received));
+        const Ended none = run({"--map", "Foo", russian});
+        QCOMPARE(none.status, 1);
+        QVERIFY2(none.err.contains("no map 'Foo' is offered for a teleprinter"),
+                 none.err.constData());
+    }
+
     void jsonTellsOfSignalsTextAndTransmissions()
     {
         const Ended ended =
