@@ -105,6 +105,38 @@ private Q_SLOTS:
         place.mark = !place.mark;
         QVERIFY(keyed.memory.trace(place, 0).empty());
     }
+    void whatEndedLongAgoIsNotTakenForWhatEndsNow()
+    {
+        Keyed keyed;
+        keyed.advance(100);
+        keyed.memory.endMark(5, PathMemory::ofMark(Keyed::LENGTH));
+        keyed.memory.endGap(5, PathMemory::ofGap(0, Keyed::LENGTH));
+        while (keyed.now < 1300) {
+            keyed.advance(keyed.now + 1);
+            QVERIFY(keyed.memory.trace({true, 5, keyed.now}, 0).empty());
+            QVERIFY(keyed.memory.trace({false, 5, keyed.now}, 0).empty());
+        }
+    }
+    void speedsDoNotDisturbEachOther()
+    {
+        TimingModel timing(0.004, {});
+        PathMemory memory(timing);
+        const auto lengthAt = [](std::size_t speed) { return 10 + static_cast<int>(speed); };
+        constexpr std::int64_t STEPS = 1100;
+        for (std::int64_t step = 0; step <= STEPS; ++step) {
+            memory.begin(step);
+            for (std::size_t speed = 0; speed < timing.speeds(); ++speed)
+                memory.endMark(speed, PathMemory::ofMark(lengthAt(speed)));
+        }
+        for (std::size_t speed = 0; speed < timing.speeds(); ++speed) {
+            for (std::int64_t step = STEPS - 500; step <= STEPS; ++step) {
+                const std::vector<Piece> pieces =
+                    memory.trace({true, static_cast<Speed>(speed), step}, step - 1);
+                QCOMPARE(pieces.size(), std::size_t(1));
+                QCOMPARE(pieces[0].begin.step, step - lengthAt(speed));
+            }
+        }
+    }
     void aGapMayBeOfAnotherSpeed()
     {
         Keyed keyed;
