@@ -18,7 +18,7 @@ constexpr std::size_t MARKS = 4; // of each word
 
 std::size_t place(int node, int element)
 {
-    return static_cast<std::size_t>(node + element * NODES);
+    return static_cast<std::size_t>(node) + static_cast<std::size_t>(element) * NODES;
 }
 
 float logMean(const float* logs, std::size_t count)
