@@ -319,7 +319,7 @@ OpenedSource openStreamed(int descriptor, const QByteArray& begin, std::optional
     if (!opened.recording)
         return refused(opened.error);
     if (opened.recording->isEmpty())
-        return refused(NO_SOUND);
+        return refused(NO_SOUND + QStringLiteral("; if it does, 'sox --ignore-length' repairs it"));
     if (declaredSize(begin) < 0)
         opened.recording->forgetLength();
     return {std::move(opened.recording), {}};
