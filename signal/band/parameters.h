@@ -5,6 +5,7 @@
 
 #include "signal/morse/parameters.h"
 
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -104,8 +105,12 @@ struct BandParameters
 {
     // Who sends beside a tone has a listener of his own here: to follow the turns of such marks
     // would only draw one signal's tone towards another's (row: busy). So noise always leaves a
-    // doubt.
-    BandParameters() { signal.tone.sureErrors = 1e9; }
+    // doubt; and marks that seem to bend are two signals' (row: busy).
+    BandParameters()
+    {
+        signal.tone.sureErrors = 1e9;
+        signal.tone.spreadMarks = std::numeric_limits<unsigned>::max();
+    }
 
     SurveyParameters survey;
     ShadowParameters shadow;

@@ -92,7 +92,8 @@ void MarkLikelihood::setLevel(const Level& level)
     weighAmplitudes(level, m_parameters, m_weighing);
     m_weighing.mayDrift = dotRatio(level) > m_parameters.driftingDot;
     m_weighing.part_steps = static_cast<std::size_t>(
-        std::max(m_parameters.shortestPart_steps, m_parameters.part_units * level.dot_steps));
+        std::max(m_parameters.shortestPart_steps,
+                 std::min(level.coherent_steps, m_parameters.part_units * level.dot_steps)));
 }
 
 void MarkLikelihood::setPhase(double phase, double concentration)

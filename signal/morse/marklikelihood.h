@@ -17,9 +17,10 @@ namespace demodulator {
 /// What is known of a signal and its surroundings.
 struct Level
 {
-    double signal = 0.0;     ///< square of half the key-down amplitude
-    double noise = 0.0;      ///< variance that one step adds to a sum of steps
-    double dot_steps = 15.0; ///< length of a dot, roughly
+    double signal = 0.0;         ///< square of half the key-down amplitude
+    double noise = 0.0;          ///< variance that one step adds to a sum of steps
+    double dot_steps = 15.0;     ///< length of a dot, roughly
+    double coherent_steps = 1e9; ///< over which an unsteady tone keeps its phase
 };
 
 class MarkLikelihood

@@ -65,6 +65,14 @@ struct ToneParameters
     // counted where half a turn is so many deviations of what noise does (rows: stations, snr0).
     double foreign_Hz = 30.0;
     double sureErrors = 4.0;
+    // A tone that changes within its marks, as this share of so many shows (of those of a steady
+    // one, a third seems to by noise), may be so many times as far off as it changes; and a mark
+    // keeps its phase while the tone, off as it is, makes so much of a turn (rows: wobble15,
+    // settle120; stations for too much).
+    unsigned spreadMarks = 3;
+    double bentShare = 0.5;
+    double spreadOffset = 2.0;
+    double coherentTurn = 0.2;
 };
 
 /// The phase of the next mark (phasetracker.h).

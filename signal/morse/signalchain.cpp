@@ -17,6 +17,8 @@ namespace {
 // Signal over noise of one step to power of the tone over noise in 500 Hz: half the amplitude
 // squared is half the power, and the noise of a step is that of 1 / STEP_s on both sides of 0.
 constexpr double IN_500_Hz = 1.0 / (500.0 * STEP_s);
+// The halves of shorter marks say nothing of their tone.
+constexpr std::int64_t SHORTEST_HALVED_STEPS = 6;
 
 } // namespace
 
@@ -32,6 +34,7 @@ SignalChain::SignalChain(const SignalGuess& guess, double step_s, std::int64_t b
     , m_decider(m_timing, m_classifier, parameters.decision, step_s, begin_step)
     , m_observer(observer)
     , m_tone_Hz(guess.tone_Hz)
+    , m_spread(guess.spread)
     , m_step_s(step_s)
     , m_origin(begin_step)
     , m_judge(parameters.judge)
@@ -57,6 +60,8 @@ void SignalChain::setLevel(double signal, double noise)
     level.noise = noise;
     level.signal = std::max(signal, m_parameters.level.weakestRatio * noise);
     level.dot_steps = m_unit_steps;
+    if (m_spread.off_Hz > 0.0)
+        level.coherent_steps = m_parameters.tone.coherentTurn / (m_spread.off_Hz * m_step_s);
     m_likelihood.setLevel(level);
 }
 
@@ -74,7 +79,7 @@ bool SignalChain::steady() const
 SignalGuess SignalChain::heard() const
 {
     const Level& level = m_likelihood.level();
-    return {m_tone_Hz, level.signal, level.noise};
+    return {m_tone_Hz, level.signal, level.noise, m_spread};
 }
 
 void SignalChain::push(const Step& step)
@@ -240,6 +245,15 @@ std::vector<HeardMark> SignalChain::heardMarks(const Path& path,
         mark.tone_Hz = static_cast<double>(m_tones[slot(at)]);
         mark.cycles =
             m_cycles[slot(at)] + (middle - static_cast<double>(at)) * m_step_s * mark.tone_Hz;
+        mark.offset_Hz = offset_Hz(begin, end);
+        if (end - begin >= SHORTEST_HALVED_STEPS) {
+            // The level followed is too low for a tone that is not steady: the mark's own power.
+            const double power = std::abs(m_likelihood.advance(begin, end, 1)) /
+                                 static_cast<double>(end - begin - 1);
+            const std::int64_t half = (end - begin) / 2;
+            mark.bend_Hz = offset_Hz(end - half, end) - offset_Hz(begin, begin + half);
+            mark.bendError_Hz = std::sqrt(2.0) * offsetError_Hz(half, power);
+        }
         mark.isForeign = isForeign[i];
         marks.push_back(mark);
     }
@@ -249,6 +263,7 @@ std::vector<HeardMark> SignalChain::heardMarks(const Path& path,
 void SignalChain::follow(std::vector<HeardMark> marks)
 {
     if (!marks.empty()) {
+        m_spread = toneSpread(marks, m_spread, m_parameters.tone);
         const Level& level = m_likelihood.level();
         setLevel(trackLevel(marks, level.signal, level.noise, m_parameters.decision.review_s,
                             m_parameters.level),
@@ -288,8 +303,12 @@ double SignalChain::offset_Hz(std::int64_t begin_step, std::int64_t end_step) co
 // What noise does to that: the deviation of the angle between two steps, averaged over a mark.
 double SignalChain::offsetError_Hz(std::int64_t length_steps) const
 {
-    const Level& level = m_likelihood.level();
-    const double ratio = level.signal / std::max(level.noise, 1e-30);
+    return offsetError_Hz(length_steps, m_likelihood.level().signal);
+}
+
+double SignalChain::offsetError_Hz(std::int64_t length_steps, double signal) const
+{
+    const double ratio = std::max(signal, 1e-30) / std::max(m_likelihood.level().noise, 1e-30);
     const double error =
         std::sqrt((1.0 + 0.5 / ratio) / (ratio * static_cast<double>(length_steps)));
     return error / (TWO_PI * m_step_s);
@@ -309,14 +328,15 @@ double SignalChain::wholeTurns(std::int64_t begin_step, std::int64_t end_step,
 // Belongs to another signal, whose tone is far off.
 bool SignalChain::foreign(const Segment& mark) const
 {
-    return std::fabs(offset_Hz(mark.begin_step, mark.end_step)) > m_parameters.tone.foreign_Hz;
+    return std::fabs(offset_Hz(mark.begin_step, mark.end_step)) >
+           m_parameters.tone.foreign_Hz + m_parameters.tone.spreadOffset * m_spread.within_Hz;
 }
 
 // Its tone is farther off than that of a transmitter may be, and than noise explains.
 bool SignalChain::strays(const Segment& mark) const
 {
     return std::fabs(offset_Hz(mark.begin_step, mark.end_step)) >
-           m_parameters.judge.strayTone_Hz +
+           m_parameters.judge.strayTone_Hz + m_parameters.tone.spreadOffset * m_spread.within_Hz +
                m_parameters.judge.strayErrors * offsetError_Hz(mark.end_step - mark.begin_step);
 }
 

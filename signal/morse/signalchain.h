@@ -13,6 +13,7 @@
 #include "signal/morse/parameters.h"
 #include "signal/morse/step.h"
 #include "signal/morse/timingmodel.h"
+#include "signal/morse/tonespread.h"
 #include "signal/morse/trellis.h"
 
 #include <cstdint>
@@ -25,8 +26,9 @@ namespace demodulator {
 struct SignalGuess
 {
     double tone_Hz;
-    double signal; ///< square of half the key-down amplitude, in the scale of Step::value
-    double noise;  ///< variance that noise gives one step
+    double signal;          ///< square of half the key-down amplitude, in the scale of Step::value
+    double noise;           ///< variance that noise gives one step
+    ToneSpread spread = {}; ///< how unsteady the tone is
 };
 
 /// The owner of the sound makes the steps, one every STEP_s, without gaps. A mixer may follow
@@ -105,6 +107,7 @@ private:
     void follow(std::vector<HeardMark> marks);
     double offset_Hz(std::int64_t begin_step, std::int64_t end_step) const;
     double offsetError_Hz(std::int64_t length_steps) const;
+    double offsetError_Hz(std::int64_t length_steps, double signal) const;
     double wholeTurns(std::int64_t begin_step, std::int64_t end_step, const HeardMark& mark) const;
     bool foreign(const Segment& mark) const;
     bool strays(const Segment& mark) const;
@@ -119,6 +122,7 @@ private:
     Observer* m_observer;
 
     double m_tone_Hz;
+    ToneSpread m_spread;
     double m_step_s;
     std::int64_t m_origin; // step of the sound that is step 0 of the likelihood
     State m_state = State::Listening;

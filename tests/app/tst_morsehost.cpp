@@ -379,7 +379,9 @@ private Q_SLOTS:
         unfinished.close();
         verifyOneLine(run({"decode", unfinished.fileName()}), 1,
                       "its header says that it holds no");
-        verifyOneLine(run({"decode", "-"}, bytes), 1, "its header says that it holds no sound; if it does, 'sox --ignore-length' repairs it");
+        verifyOneLine(
+            run({"decode", "-"}, bytes), 1,
+            "its header says that it holds no sound; if it does, 'sox --ignore-length' repairs it");
 
         const std::vector<float> samples = keyed("PARIS");
         SF_INFO info = {};

@@ -47,6 +47,8 @@ private Q_SLOTS:
         add("scatter", "contact", 6);
         add("wander", "contact", 0);
         add("chirp", "prose", 0);
+        add("wobble15", "prose", 2);
+        add("settle30", "contact", 2);
         add("neighbour", "groups", 0);
         add("crowd", "prose", 1);
         add("clicks", "groups", 0);
