@@ -331,7 +331,7 @@ float scoreOfSender(const Frames& frames, const FramingParameters& parameters)
     std::vector<float> seen(PausePrior::LONGEST + 1, 0.0F);
     float count = 1.0F;
     float machine = -LOG_2; // it is either of both
-    float hand = -LOG_2;
+    float hand = machine;
     for (const Frame& frame : frames.list) {
         hand += any[frame.pause];
         if (frame.pause < 0) {

@@ -56,7 +56,8 @@ ElementShares sharesOf(const Evidence& evidence)
 // any elements: the probability that four of them are marks, over that of elements that are drawn.
 float formOf(const ElementShares& shares, int node)
 {
-    std::array<double, MARKS + 1> probabilities = {1.0}; // of so many marks so far
+    constexpr std::size_t COUNTS = MARKS + 1;
+    std::array<double, COUNTS> probabilities = {1.0}; // of so many marks so far
     for (int element = 0; element < WORD_ELEMENTS; ++element) {
         const double mark = shares.mark[place(node, element)];
         for (std::size_t marks = MARKS; marks > 0; --marks)

@@ -12,9 +12,9 @@ namespace morsehost {
 namespace {
 
 // What has been taken is given back to the disk a file at a time.
-constexpr qint64 FILE_BYTES = 4 * 1024 * 1024;
+constexpr qint64 FILE_BYTES = qint64{4} * 1024 * 1024;
 // Longer lines are none that anybody appended.
-constexpr qint64 MAX_LINE_BYTES = 16 * 1024 * 1024;
+constexpr qint64 MAX_LINE_BYTES = qint64{16} * 1024 * 1024;
 
 } // namespace
 
