@@ -161,6 +161,7 @@ QString keyOf(const BandOptions& options, const QString& start)
                               number(options.settings.leastSnr_dB),
                               QString::number(options.settings.mostSignals),
                               start};
+    // Without a map the key is that of archives that were filled before there were maps.
     if (options.map.name != BandMap().name)
         parameters += options.map.name;
     return recordingKey(input.request.name, parameters);

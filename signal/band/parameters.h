@@ -104,8 +104,8 @@ struct TeleprinterParameters
 struct BandParameters
 {
     // Who sends beside a tone has a listener of his own here: to follow the turns of such marks
-    // would only draw one signal's tone towards another's (row: busy). So noise always leaves a
-    // doubt; and marks that seem to bend are two signals' (row: busy).
+    // would only draw one signal's tone towards another's, so that noise always leaves a doubt; and
+    // marks that change their tone are those of two signals, so that none is enough (row: busy).
     BandParameters()
     {
         signal.tone.sureErrors = 1e9;

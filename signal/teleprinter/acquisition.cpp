@@ -277,19 +277,21 @@ private:
         };
         const double strength = strengthOf(evidenceAt(line.baud));
         density *= std::max(1.0, strength / m_own.comparedStrength);
+        const Evidence own = evidenceAt(line.baud);
 
         FrameSearch search;
         search.parameters = m_parameters.framing;
         search.format.dataBits = line.kind.dataBits;
         search.idleAt = NODES - 1;
-        const auto text = static_cast<double>(scoreOfSender(
-            findFrames(evidenceAt(line.baud), search, PausePrior(m_parameters.framing), 0, false),
-            m_parameters.framing));
-        std::set<double> speeds = {line.baud};
+        const auto text = static_cast<double>(
+            scoreOfSender(findFrames(own, search, PausePrior(m_parameters.framing), 0, false),
+                          m_parameters.framing));
+        std::set<double> others;
         for (const LineKind& kind : lineKinds())
-            speeds.insert(kind.baud);
-        double data = 0.0;
-        for (const double baud : speeds)
+            others.insert(kind.baud);
+        others.erase(line.baud);
+        double data = static_cast<double>(bitStreamScore(own, m_parameters.bitStream));
+        for (const double baud : others)
             data = std::max(data, static_cast<double>(
                                       bitStreamScore(evidenceAt(baud), m_parameters.bitStream)));
         return text - data;

@@ -4,6 +4,7 @@
 #include "signal/teleprinter/framing.h"
 #include "support/random.h"
 #include "support/teleprinterkeyer.h"
+#include "support/teleprinterstages.h"
 
 #include <QtTest>
 
@@ -19,15 +20,7 @@ Evidence evidenceOf(const std::vector<Piece>& elements, double baud)
     TonePath path;
     path.snr_dB = 15.0;
     const std::vector<float> samples = teleprinterSound(elements, path, RATE_Hz, "bitstream");
-    demodulator::SampleHistory history(samples.size());
-    history.push(samples.data(), samples.size());
-    const auto end = static_cast<std::int64_t>(samples.size());
-    const double half_Hz = 0.5 * path.shift_Hz;
-    const TonePair tones(history, RATE_Hz, {path.centre_Hz - half_Hz, path.centre_Hz + half_Hz}, 0,
-                         end);
-    const double bit = RATE_Hz / baud;
-    const int nodes = static_cast<int>(static_cast<double>(end) / bit * NODES) - NODES;
-    return weigh(tones, {0.0, bit, nodes}, RATE_Hz, 1e-3);
+    return testsupport::evidenceOf(samples, path, RATE_Hz, baud);
 }
 
 std::vector<Piece> data(double baud, int count)

@@ -3,6 +3,7 @@
 
 #include "signal/teleprinter/textreader.h"
 #include "support/teleprinterkeyer.h"
+#include "support/teleprinterstages.h"
 
 #include <QtTest>
 
@@ -17,15 +18,7 @@ Evidence evidenceOf(const Machine& machine, const TonePath& path, const std::str
 {
     const std::vector<float> samples =
         teleprinterSound(teleprinterElements(text, machine, "framing"), path, RATE_Hz, "framing");
-    demodulator::SampleHistory history(samples.size());
-    history.push(samples.data(), samples.size());
-    const auto end = static_cast<std::int64_t>(samples.size());
-    const double half_Hz = 0.5 * path.shift_Hz;
-    const TonePair tones(history, RATE_Hz, {path.centre_Hz - half_Hz, path.centre_Hz + half_Hz}, 0,
-                         end);
-    const double bit = RATE_Hz / machine.baud;
-    const int nodes = static_cast<int>(static_cast<double>(end) / bit * NODES) - NODES;
-    return weigh(tones, {0.0, bit, nodes}, RATE_Hz, 1e-3);
+    return testsupport::evidenceOf(samples, path, RATE_Hz, machine.baud);
 }
 
 QString textOf(const Frames& frames)

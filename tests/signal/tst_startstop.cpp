@@ -3,6 +3,7 @@
 
 #include "signal/teleprinter/textreader.h"
 #include "support/teleprinterkeyer.h"
+#include "support/teleprinterstages.h"
 
 #include <QtTest>
 #include <cmath>
@@ -13,7 +14,6 @@ using namespace teleprinter;
 namespace {
 
 constexpr double RATE_Hz = 8000.0;
-constexpr std::int64_t HOP = 512;
 const char* const TEXT = "THE QUICK BROWN FOX JUMPS OVER THE LAZY DOG 12345 67890 "
                          "WEATHER NORTH SEA WIND WEST 5 LATER 7 SEA 3 METRES";
 
@@ -27,29 +27,17 @@ struct Heard
 // What a channel gives that was opened on the first second of the sound.
 Heard heard(const std::vector<float>& samples, const Line& line)
 {
-    demodulator::SampleHistory history(static_cast<std::size_t>(16.0 * RATE_Hz));
-    Spectrum spectrum(RATE_Hz);
-    const Parameters parameters;
-    const auto channel = makeStartStopChannel({history, spectrum, parameters, RATE_Hz}, line, 0);
     const auto reader = makeIta2Reader(Unshift::WhereSenderDoes);
     Heard heard;
-    const auto read = [&](const std::vector<Word>& words) {
-        for (const Word& word : words)
-            heard.text += QString::fromStdString(reader->read(word.elements, word.isDoubtful));
-    };
-    const auto length = static_cast<std::int64_t>(spectrum.length());
-    std::int64_t frame = 0;
-    for (std::int64_t at = 0; at < static_cast<std::int64_t>(samples.size()); at += HOP) {
-        const std::int64_t end = std::min(at + HOP, static_cast<std::int64_t>(samples.size()));
-        history.push(&samples[static_cast<std::size_t>(at)], static_cast<std::size_t>(end - at));
-        for (; frame * spectrum.hop() + length <= end; ++frame)
-            spectrum.push(&samples[static_cast<std::size_t>(frame * spectrum.hop())]);
-        read(channel->advance(end, false));
-        if (channel->isOver() && heard.over_s < 0.0)
-            heard.over_s = static_cast<double>(end) / RATE_Hz;
-    }
-    read(channel->advance(static_cast<std::int64_t>(samples.size()), true));
-    heard.line = channel->line();
+    hear(
+        samples, RATE_Hz, [&](const Input& input) { return makeStartStopChannel(input, line, 0); },
+        [&](const std::vector<Word>& words, const Channel& channel, std::int64_t end) {
+            for (const Word& word : words)
+                heard.text += QString::fromStdString(reader->read(word.elements, word.isDoubtful));
+            if (channel.isOver() && heard.over_s < 0.0)
+                heard.over_s = static_cast<double>(end) / RATE_Hz;
+            heard.line = channel.line();
+        });
     return heard;
 }
 

@@ -4,6 +4,7 @@
 #include "signal/teleprinter/ccir476.h"
 #include "signal/teleprinter/textreader.h"
 #include "support/teleprinterkeyer.h"
+#include "support/teleprinterstages.h"
 
 #include <QtTest>
 #include <algorithm>
@@ -16,7 +17,6 @@ namespace {
 
 constexpr double RATE_Hz = 8000.0;
 constexpr double WORD_s = 0.07;
-constexpr std::int64_t HOP = 512;
 const char* const TEXT = "ZCZC NA12 NORTH SEA. WIND WEST 5, LATER 7. SEA 3 METRES, RAIN. NNNN";
 
 struct Heard
@@ -47,41 +47,32 @@ std::vector<float> keyed(TonePath path, const Machine& machine = sender())
 // From the word that begins at a second of the sound, or is on so many others from there.
 Heard heard(const std::vector<float>& samples, double begin_s)
 {
-    demodulator::SampleHistory history(static_cast<std::size_t>(16.0 * RATE_Hz));
-    Spectrum spectrum(RATE_Hz);
-    const Parameters parameters;
     Line line;
     line.kind = {Code::Ccir476, 100.0, 7};
     line.baud = 100.0;
     line.mark_Hz = 1585.0;
     line.space_Hz = 1415.0;
-    const auto channel = makeTimeDiversityChannel({history, spectrum, parameters, RATE_Hz}, line,
-                                                  begin_s * RATE_Hz, 0);
     const auto reader = makeIta2Reader(Unshift::WhereSenderDoes);
     Heard heard;
     int count = 0;
-    const auto read = [&](const std::vector<Word>& words) {
-        for (const Word& word : words) {
-            heard.repeat_s += (word.repeat - word.begin) / RATE_Hz;
-            ++count;
-            if (word.elements >= PHASING_1)
-                ++heard.phasing;
-            else
-                heard.text += QString::fromStdString(reader->read(word.elements, word.isDoubtful));
-        }
-    };
-    const auto length = static_cast<std::int64_t>(spectrum.length());
-    std::int64_t frame = 0;
-    for (std::int64_t at = 0; at < static_cast<std::int64_t>(samples.size()); at += HOP) {
-        const std::int64_t end = std::min(at + HOP, static_cast<std::int64_t>(samples.size()));
-        history.push(&samples[static_cast<std::size_t>(at)], static_cast<std::size_t>(end - at));
-        for (; frame * spectrum.hop() + length <= end; ++frame)
-            spectrum.push(&samples[static_cast<std::size_t>(frame * spectrum.hop())]);
-        read(channel->advance(end, false));
-        heard.isOver = heard.isOver || channel->isOver();
-    }
-    read(channel->advance(static_cast<std::int64_t>(samples.size()), true));
-    heard.line = channel->line();
+    hear(
+        samples, RATE_Hz,
+        [&](const Input& input) {
+            return makeTimeDiversityChannel(input, line, begin_s * RATE_Hz, 0);
+        },
+        [&](const std::vector<Word>& words, const Channel& channel, std::int64_t /*end*/) {
+            for (const Word& word : words) {
+                heard.repeat_s += (word.repeat - word.begin) / RATE_Hz;
+                ++count;
+                if (word.elements >= PHASING_1)
+                    ++heard.phasing;
+                else
+                    heard.text +=
+                        QString::fromStdString(reader->read(word.elements, word.isDoubtful));
+            }
+            heard.isOver = heard.isOver || channel.isOver();
+            heard.line = channel.line();
+        });
     heard.repeat_s /= std::max(1, count);
     return heard;
 }
