@@ -5,15 +5,15 @@
 
 #include "signal/limits.h"
 #include "signal/morse/baseband.h"
+#include "signal/morse/follower.h"
 #include "signal/morse/observer.h"
+#include "signal/morse/refusedtones.h"
 #include "signal/morse/signalchain.h"
 #include "signal/morse/tonefinder.h"
 #include "signal/samples/samples.h"
 
 #include <algorithm>
 #include <cmath>
-#include <deque>
-#include <map>
 #include <vector>
 
 namespace demodulator {
@@ -21,8 +21,6 @@ namespace demodulator {
 namespace {
 
 constexpr double HISTORY_s = 8.0;
-constexpr std::size_t MOST_REFUSED = 32;
-constexpr std::int64_t FLOOR_FRAMES = 31; // 1 s
 
 std::int64_t hopsOf(double period_s)
 {
@@ -33,78 +31,6 @@ bool usable(double rate_Hz)
 {
     return rate_Hz >= LOWEST_RATE_Hz && rate_Hz <= HIGHEST_RATE_Hz;
 }
-
-// A chain and the mixer that makes its steps from the sound.
-class Follower
-{
-public:
-    Follower(const SignalGuess& guess, double rate_Hz, std::int64_t begin_sample,
-             const Settings& settings, SymbolSink& sink, Observer* observer = nullptr)
-        : m_baseband(rate_Hz, guess.tone_Hz)
-        , m_chain(guess, m_baseband.stepSamples() / rate_Hz,
-                  begin_sample / m_baseband.stepSamples(), settings.speed_wpm, sink, observer,
-                  settings.parameters)
-    {
-    }
-
-    SignalChain& chain() { return m_chain; }
-    const SignalChain& chain() const { return m_chain; }
-
-    /// Goes on to the end of the history, whose newest frame is that of the finder.
-    void process(const SampleHistory& history, const ToneFinder& finder)
-    {
-        const auto hop = static_cast<std::int64_t>(finder.hop());
-        const auto half = static_cast<std::int64_t>(finder.frameLength()) / 2;
-        while (!m_chain.ended() && m_baseband.neededEnd(m_chain.end_step()) <= history.end()) {
-            m_baseband.setTone(m_chain.tone_Hz());
-            Step step = m_baseband.step(history, m_chain.end_step());
-            const std::int64_t age = (history.end() - half - sample(m_chain.end_step())) / hop;
-            step.floor = floorAround(finder, finder.frames() - 1 - age) / m_baseband.stepSamples();
-            m_chain.push(step);
-        }
-    }
-
-    std::int64_t firstMark_sample() const { return sample(m_chain.firstMark_step()); }
-    std::int64_t lastMark_sample() const { return sample(m_chain.lastMark_step()); }
-    std::int64_t lastGiven_sample() const { return sample(m_chain.lastGiven_step()); }
-
-private:
-    std::int64_t sample(std::int64_t step) const { return step * m_baseband.stepSamples(); }
-
-    // The middle one of the floors of frames around one, so that neither a mark's edge nor a crash
-    // of static counts, while a step in the noise keeps its place.
-    double floorAround(const ToneFinder& finder, std::int64_t frame)
-    {
-        if (frame == m_floorFrame)
-            return m_floor;
-        const std::int64_t first = std::max(
-            {frame - FLOOR_FRAMES / 2, finder.frames() - ToneFinder::KEPT_FRAMES, std::int64_t{0}});
-        const std::int64_t last = std::min(frame + FLOOR_FRAMES / 2, finder.frames() - 1);
-        m_floors.erase(m_floors.begin(), m_floors.lower_bound(first));
-        for (std::int64_t i = first; i <= last; ++i) {
-            if (m_floors.count(i) == 0)
-                // cppcheck-suppress stlFindInsert; the floor is computed only where it is missing
-                m_floors[i] = finder.floorNear(m_chain.tone_Hz(), finder.frames() - 1 - i);
-        }
-        std::vector<double> sorted;
-        for (const auto& floor : m_floors)
-            sorted.push_back(floor.second);
-        m_floorFrame = frame;
-        m_floor = 0.0;
-        if (!sorted.empty()) {
-            const auto middle = sorted.begin() + static_cast<std::ptrdiff_t>(sorted.size() / 2);
-            std::nth_element(sorted.begin(), middle, sorted.end());
-            m_floor = *middle;
-        }
-        return m_floor;
-    }
-
-    Baseband m_baseband;
-    SignalChain m_chain;
-    std::map<std::int64_t, double> m_floors; // by frame, since the beginning
-    std::int64_t m_floorFrame = -1;
-    double m_floor = 0.0; // around it
-};
 
 } // namespace
 
@@ -172,6 +98,17 @@ private:
     SignalGuess guess(const ToneCandidate& found) const
     {
         return {found.tone_Hz, found.level, ofStep(found.noise)};
+    }
+
+    // One that has heard all that the history holds from a sample on.
+    std::unique_ptr<Follower> follow(const SignalGuess& signal, std::int64_t begin_sample,
+                                     Observer* observer = nullptr) const
+    {
+        auto follower =
+            std::make_unique<Follower>(signal, m_rate_Hz, begin_sample, m_settings.speed_wpm,
+                                       m_settings.parameters, m_sink, observer);
+        follower->process(m_history, m_finder);
+        return follower;
     }
 
     // Everything happens at whole hops of the signal, however the input is cut.
@@ -259,10 +196,7 @@ private:
         const std::int64_t begin =
             std::max({m_candidateSince, since,
                       m_candidate->firstMark_sample() - samplesIn(attention().beforeFirst_s)});
-        auto again = std::make_unique<Follower>(m_candidate->chain().heard(), m_rate_Hz, begin,
-                                                m_settings, m_sink, observer);
-        again->process(m_history, m_finder);
-        return again;
+        return follow(m_candidate->chain().heard(), begin, observer);
     }
 
     // Where noise sets in, its edge looks keyed while its level is a guess: what is no signal when
@@ -306,9 +240,7 @@ private:
             m_finder.power(found->tone_Hz, 0, frames) <
                 attention().strongerPower * m_finder.power(m_active->chain().tone_Hz(), 0, frames))
             return;
-        auto rival =
-            std::make_unique<Follower>(guess(*found), m_rate_Hz, now - span, m_settings, m_sink);
-        rival->process(m_history, m_finder);
+        auto rival = follow(guess(*found), now - span);
         if (!rival->chain().confirmed() || rival->chain().verdict() != MorseJudge::Verdict::Morse ||
             isOneOfSeveral(*rival) || m_finder.hasComplement(found->tone_Hz, frames))
             return;
@@ -321,13 +253,11 @@ private:
     // the more, the more of them were heard.
     void refuse(const SignalChain& chain, bool isOneOfSeveral)
     {
-        if (m_refused.size() == MOST_REFUSED)
-            m_refused.pop_front();
         const double refused_s = isOneOfSeveral
                                      ? attention().refused_s
                                      : std::min(attention().refused_s,
                                                 attention().refusedPerMark_s * chain.judgedMarks());
-        m_refused.push_back({chain.tone_Hz(), m_history.end() + samplesIn(refused_s)});
+        m_refused.add(chain.tone_Hz(), m_history.end() + samplesIn(refused_s));
     }
 
     // Two tones in turn at a teleprinter's rate, or more than two at any.
@@ -351,10 +281,7 @@ private:
     void dropWhatIsNoMorse()
     {
         const std::int64_t now = m_history.end();
-        m_refused.erase(
-            std::remove_if(m_refused.begin(), m_refused.end(),
-                           [now](const Refused& refused) { return refused.until_sample <= now; }),
-            m_refused.end());
+        m_refused.update(now);
         if (m_active) {
             const SignalChain& chain = m_active->chain();
             const bool isOne = isOneOfSeveral(*m_active);
@@ -396,9 +323,7 @@ private:
             return false;
         const std::int64_t begin =
             std::max<std::int64_t>(0, now - samplesIn(attention().heardAgain_s));
-        auto again =
-            std::make_unique<Follower>(guess(*found), m_rate_Hz, begin, m_settings, m_sink);
-        again->process(m_history, m_finder);
+        auto again = follow(guess(*found), begin);
         if (!again->chain().confirmed() || again->chain().verdict() == MorseJudge::Verdict::Other)
             return false;
         m_candidate = std::move(again);
@@ -416,12 +341,7 @@ private:
             band = {*m_settings.tone_Hz - SET_TONE_TOLERANCE_Hz,
                     *m_settings.tone_Hz + SET_TONE_TOLERANCE_Hz};
         }
-        std::vector<ToneFinder::Band> leftOut;
-        for (const Refused& refused : m_refused) {
-            leftOut.push_back({refused.tone_Hz - attention().refusedWidth_Hz,
-                               refused.tone_Hz + attention().refusedWidth_Hz});
-        }
-        return m_finder.find(frames, band, leftOut);
+        return m_finder.find(frames, band, m_refused.bands(attention().refusedWidth_Hz));
     }
 
     // Looks for a signal where there is none under way, or where that one is silent.
@@ -459,11 +379,9 @@ private:
             return;
         if (!same)
             m_candidateBegin = now;
-        m_candidate =
-            std::make_unique<Follower>(guess(*found), m_rate_Hz, since, m_settings, m_sink);
+        m_candidate = follow(guess(*found), since);
         m_candidateSince = since;
         m_candidateLevel = found->level;
-        m_candidate->process(m_history, m_finder);
     }
 
     Settings m_settings;
@@ -481,12 +399,7 @@ private:
     std::int64_t m_candidateBegin = 0;     // when it was noticed
     std::int64_t m_candidateSince = 0;     // where it began to listen
     double m_candidateLevel = 0.0;
-    struct Refused
-    {
-        double tone_Hz;
-        std::int64_t until_sample;
-    };
-    std::deque<Refused> m_refused; // the oldest first
+    RefusedTones m_refused;
 };
 
 Demodulator::Demodulator(const Settings& settings, SymbolSink& sink, Observer* observer)
