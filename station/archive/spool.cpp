@@ -13,8 +13,23 @@ namespace {
 
 // What has been taken is given back to the disk a file at a time.
 constexpr qint64 FILE_BYTES = qint64{4} * 1024 * 1024;
-// Longer lines are none that anybody appended.
-constexpr qint64 MAX_LINE_BYTES = qint64{16} * 1024 * 1024;
+// What is given at once, whatever the lines' number.
+constexpr qint64 BATCH_BYTES = qint64{4} * 1024 * 1024;
+constexpr qint64 PIECE_BYTES = qint64{64} * 1024;
+
+// Where the last whole line ends: behind the last line end, found from behind.
+qint64 endOfWholeLines(QFile& file)
+{
+    for (qint64 end = file.size(); end > 0;) {
+        const qint64 begin = std::max<qint64>(0, end - PIECE_BYTES);
+        file.seek(begin);
+        const int found = file.read(end - begin).lastIndexOf('\n');
+        if (found >= 0)
+            return begin + found + 1;
+        end = begin;
+    }
+    return 0;
+}
 
 } // namespace
 
@@ -34,12 +49,11 @@ Spool::Spool(const QString& folder)
     readPosition();
     // A line that a crash cut off has never counted, and the next one may not continue it.
     QFile last(path(m_lastFile));
-    if (last.open(QIODevice::ReadWrite) && last.size() > 0) {
-        const qint64 tail = std::min(last.size(), MAX_LINE_BYTES);
-        last.seek(last.size() - tail);
-        const QByteArray end = last.read(tail);
-        last.resize(last.size() - tail + end.lastIndexOf('\n') + 1);
-    }
+    if (last.open(QIODevice::ReadWrite))
+        last.resize(endOfWholeLines(last));
+    // What comes now would never be given if it lay before what has been taken.
+    if (m_taken.file == m_lastFile)
+        m_taken.offset = std::min(m_taken.offset, last.size());
 }
 
 QString Spool::path(qint64 number) const
@@ -58,8 +72,10 @@ void Spool::readPosition()
         return;
     const Position position{words[0].toLongLong(), words[1].toLongLong()};
     // Files that are gone have been taken.
-    if (position.file >= m_taken.file)
-        m_taken = position;
+    if (position.file < m_taken.file)
+        return;
+    m_taken = position;
+    m_lastFile = std::max(m_lastFile, m_taken.file);
 }
 
 bool Spool::writePosition(const Position& position)
@@ -101,21 +117,26 @@ bool Spool::append(const QByteArray& line)
 std::vector<QByteArray> Spool::oldest(int most)
 {
     std::vector<QByteArray> lines;
+    qint64 bytes = 0;
+    const auto isFull = [&] {
+        return lines.size() >= static_cast<std::size_t>(most) || bytes >= BATCH_BYTES;
+    };
     m_ends.clear();
     Position position = m_taken;
-    while (position.file <= m_lastFile && lines.size() < static_cast<std::size_t>(most)) {
+    while (position.file <= m_lastFile && !isFull()) {
         QFile file(path(position.file));
         if (file.open(QIODevice::ReadOnly) && file.seek(position.offset)) {
-            while (lines.size() < static_cast<std::size_t>(most)) {
+            while (!isFull()) {
                 // With a limit it would take that much memory for each line.
                 const QByteArray line = file.readLine();
                 if (!line.endsWith('\n'))
                     break;
                 position.offset += line.size();
+                bytes += line.size();
                 lines.push_back(line.chopped(1));
                 m_ends.push_back(position);
             }
-            if (position.file == m_lastFile || lines.size() == static_cast<std::size_t>(most))
+            if (position.file == m_lastFile || isFull())
                 break;
         }
         position = {position.file + 1, 0};

@@ -26,7 +26,8 @@ public:
 
     /// `line` has no line end. False when it is not safely on disk; then it does not count.
     bool append(const QByteArray& line);
-    /// The oldest that wait, `most` at most.
+    /// The oldest that wait: `most` at most, and none beyond the one with which they are 4 MiB
+    /// long. A line of any length comes back whole.
     std::vector<QByteArray> oldest(int most);
     /// The oldest `count` have been received.
     bool take(int count);

@@ -47,11 +47,6 @@ QStringList numbers(int first, int last)
     return list;
 }
 
-std::vector<QByteArray> lines(std::initializer_list<const char*> texts)
-{
-    return {texts.begin(), texts.end()};
-}
-
 } // namespace
 
 class tst_ArchiveWriter : public QObject
@@ -87,74 +82,6 @@ private Q_SLOTS:
         limits.mostBytes = 1;
         writer.prune(limits);
         QTRY_COMPARE_WITH_TIMEOUT(archivedTexts(url), QStringList(), testsupport::HANGS_ms);
-    }
-
-    void linesWaitInOrderUntilTheyAreTaken()
-    {
-        const QTemporaryDir folder;
-        Spool spool(folder.path());
-        QVERIFY(spool.append("a") && spool.append("b") && spool.append("c"));
-        QCOMPARE(spool.oldest(2), lines({"a", "b"}));
-        QCOMPARE(spool.oldest(9), lines({"a", "b", "c"}));
-        QVERIFY(spool.take(2));
-        QCOMPARE(spool.oldest(9), lines({"c"}));
-        QVERIFY(spool.append("d"));
-        QVERIFY(spool.take(1));
-        QCOMPARE(spool.oldest(9), lines({"d"}));
-    }
-
-    void theNextOneGoesOnWhereTheLastOneEnded()
-    {
-        const QTemporaryDir folder;
-        {
-            Spool spool(folder.path());
-            QVERIFY(spool.append("a") && spool.append("b"));
-            QCOMPARE(spool.oldest(1), lines({"a"}));
-            QVERIFY(spool.take(1));
-        }
-        Spool spool(folder.path());
-        QVERIFY(spool.append("c"));
-        QCOMPARE(spool.oldest(9), lines({"b", "c"}));
-    }
-
-    void aLineThatACrashCutOffIsNotContinued()
-    {
-        const QTemporaryDir folder;
-        {
-            Spool spool(folder.path());
-            QVERIFY(spool.append("whole"));
-        }
-        const QString name = QDir(folder.path()).entryList({"*.lines"}).value(0);
-        QFile file(folder.filePath(name));
-        QVERIFY(file.open(QIODevice::Append));
-        file.write("half a li");
-        file.close();
-        Spool spool(folder.path());
-        QVERIFY(spool.append("next"));
-        QCOMPARE(spool.oldest(9), lines({"whole", "next"}));
-    }
-
-    void whatIsTakenLeavesTheDisk()
-    {
-        const QTemporaryDir folder;
-        Spool spool(folder.path());
-        const QByteArray line(100000, 'x');
-        for (int i = 0; i < 100; ++i)
-            QVERIFY(spool.append(line));
-        QVERIFY(spool.size() > 9000000);
-        QCOMPARE(spool.oldest(1000).size(), std::size_t(100));
-        QVERIFY(spool.take(100));
-        QCOMPARE(spool.size(), 0);
-        QCOMPARE(QDir(folder.path()).entryList({"*.lines"}).size(), 1);
-        QVERIFY(spool.append("next"));
-        QCOMPARE(spool.oldest(9), lines({"next"}));
-    }
-
-    void aFolderThatCannotBeMadeIsReported()
-    {
-        Spool spool("/dev/null/spool");
-        QVERIFY(!spool.error().isEmpty());
-        QVERIFY(!spool.append("a"));
     }
 
     void recordsReachTheArchive()
