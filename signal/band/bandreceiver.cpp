@@ -347,7 +347,7 @@ private:
         for (Signal& signal : m_signals)
             judge(signal);
         handOn(); // of those that had to give way
-        searchAnew();
+        searchNewSignals();
         searchTeleprinters();
         searchAnswers();
     }
@@ -626,7 +626,7 @@ private:
         return until;
     }
 
-    void searchAnew()
+    void searchNewSignals()
     {
         m_tones.clear();
         for (const std::vector<KeyedTone>& found : m_found)

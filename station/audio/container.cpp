@@ -102,7 +102,7 @@ Container containerOf(const QByteArray& begin)
     return frame > 0 && mp3FrameBytes(begin, frame) > 0 ? Container::Whole : Container::None;
 }
 
-int bytesToTell(const QByteArray& begin)
+int bytesForKind(const QByteArray& begin)
 {
     const int frame = mp3FrameBytes(begin, 0);
     return frame > 0 ? frame + MPEG_HEADER_BYTES : CONTAINER_MARK_BYTES;

@@ -19,7 +19,7 @@ enum class Container {
 
 /// How many bytes from the beginning containerOf() needs, by the first CONTAINER_MARK_BYTES of
 /// them; where fewer are there, all.
-int bytesToTell(const QByteArray& begin);
+int bytesForKind(const QByteArray& begin);
 Container containerOf(const QByteArray& begin);
 
 /// The size in the header of a WAV or AIFF file that begins so; -1 for another kind, and where the

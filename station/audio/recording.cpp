@@ -391,7 +391,7 @@ OpenedSource openPipe(int descriptor, std::optional<int> rate_Hz, std::optional<
     Input input(descriptor);
     QByteArray begin;
     readUpTo(CONTAINER_MARK_BYTES, input, begin);
-    readUpTo(bytesToTell(begin), input, begin);
+    readUpTo(bytesForKind(begin), input, begin);
     if (!input.error().isEmpty())
         return refused(input.error());
 

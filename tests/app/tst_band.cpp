@@ -97,13 +97,13 @@ class tst_Band : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void aLineTellsOfEachTransmission_data()
+    void eachTransmissionHasALine_data()
     {
         QTest::addColumn<QString>("format");
         for (const char* const format : {"s16", "f32", "u8", "s8"})
             QTest::newRow(format) << format;
     }
-    void aLineTellsOfEachTransmission()
+    void eachTransmissionHasALine()
     {
         QFETCH(QString, format);
         const Ended ended =
@@ -169,7 +169,7 @@ private Q_SLOTS:
                  none.err.constData());
     }
 
-    void jsonTellsOfSignalsTextAndTransmissions()
+    void jsonReportsSignalsTextAndTransmissions()
     {
         const Ended ended =
             run(IQ + QStringList{"--json", "--only", "7000000-7025000", "--center", "7025000", "-"},

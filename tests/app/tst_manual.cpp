@@ -111,7 +111,7 @@ private Q_SLOTS:
         QCOMPARE(roffText(text), roff);
     }
 
-    void thePageTellsEveryOptionAndItsValue()
+    void thePageListsEveryOptionAndItsValue()
     {
         const QString page = manualPage(oneCommand({{"save", "DIR", "write into DIR"}}), {},
                                         QStringLiteral("1.2"), QStringLiteral("2026-01-02"));

@@ -83,7 +83,7 @@ private Q_SLOTS:
         QCOMPARE(QString::fromUtf8(ended.out), sent);
     }
 
-    void lineIsToldAsJson()
+    void lineIsReportedAsJson()
     {
         const Ended ended =
             run({"decode", "--decoder", "Sitor-B", "--json", RECORDINGS + "navtex.flac"});

@@ -360,7 +360,7 @@ private Q_SLOTS:
         QCOMPARE(foldersRead(1000), readForOne);
     }
 
-    void filesThatCannotBeCheckedAreToldInOneLine()
+    void filesThatCannotBeCheckedAreReportedInOneLine()
     {
         const Outcome outcome = lintOf({QStringLiteral("/no/such.mal")});
         QCOMPARE(outcome.out, QString());

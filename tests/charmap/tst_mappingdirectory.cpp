@@ -930,7 +930,7 @@ private Q_SLOTS:
         QVERIFY(scene.direction->GetValue());
     }
 
-    void aDirectionThatIsMadeAnewIsWrittenAgain()
+    void aDirectionThatIsMadeAgainIsWrittenAgain()
     {
         Scene scene(maps(), "Packet", "Greek - ASCII");
         delete scene.direction;

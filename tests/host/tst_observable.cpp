@@ -40,7 +40,7 @@ class tst_Observable : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void observersAreToldInTheOrderOfRegistration()
+    void observersAreNotifiedInTheOrderOfRegistration()
     {
         TextValue value;
         QVector<int> order;
@@ -56,7 +56,7 @@ private Q_SLOTS:
         value.DeleteObservers();
     }
 
-    void registeringTwiceIsRefusedAndTellsOnce()
+    void registeringTwiceIsRefusedAndNotifiesOnce()
     {
         TextValue value;
         RecordingObserver observer;
@@ -88,7 +88,7 @@ private Q_SLOTS:
         QCOMPARE(observer.Codes(), CONTENT);
     }
 
-    void theFirstObserverIsToldFirst()
+    void theFirstObserverIsNotifiedFirst()
     {
         TextValue value;
         QString order;
@@ -135,7 +135,7 @@ private Q_SLOTS:
         QCOMPARE(staying.Count(), 2);
     }
 
-    void aRemovedObserverIsNotToldAnyMore()
+    void aRemovedObserverIsNotNotifiedAnyMore()
     {
         TextValue value;
         Registered first(value);
@@ -158,7 +158,7 @@ private Q_SLOTS:
         QCOMPARE(second.Codes(), NOTHING);
     }
 
-    void aDeletedObserverIsNotToldAnyMore()
+    void aDeletedObserverIsNotNotifiedAnyMore()
     {
         TextValue value;
         Registered first(value);
@@ -210,7 +210,7 @@ private Q_SLOTS:
         value.DeleteObserver(&added);
     }
 
-    void whoLeavesAndComesBackIsNotToldTwice()
+    void whoLeavesAndComesBackIsNotNotifiedTwice()
     {
         TextValue value;
         Registered first(value);
@@ -230,7 +230,7 @@ private Q_SLOTS:
         QCOMPARE(second.Count(), 1);
     }
 
-    void whoIsMovedToTheHeadIsToldOnce()
+    void whoIsMovedToTheHeadIsNotifiedOnce()
     {
         TextValue value;
         Registered first(value);
@@ -244,7 +244,7 @@ private Q_SLOTS:
         QCOMPARE(third.Codes(), CONTENT);
     }
 
-    void aChangeInsideANotificationIsToldToEverybodyOnce()
+    void aChangeInsideANotificationReachesEverybodyOnce()
     {
         TextValue value;
         Registered first(value);
@@ -264,7 +264,7 @@ private Q_SLOTS:
                  (QVector<QString>{QStringLiteral("inner"), QStringLiteral("inner")}));
     }
 
-    void writingAnotherValueInsideANotificationTellsItsObservers()
+    void writingAnotherValueInsideANotificationNotifiesItsObservers()
     {
         TextValue value;
         TextValue other;

@@ -164,7 +164,7 @@ private Q_SLOTS:
         text->DeleteObserver(&observer);
     }
 
-    void anObserverRegisteredTwiceIsToldOnceOfAChange()
+    void anObserverRegisteredTwiceIsNotifiedOnceOfAChange()
     {
         RecordingObserver observer;
         auto* const text = findOrCreateValue<TextValue>(QStringLiteral("Morse/Text"), &observer);

@@ -25,14 +25,15 @@ def files():
 
 def main():
     usual = words()
-    # A capital may stand within a name: whatIsTold, but not "retold".
-    any_word = re.compile("(?<![a-z])(%s)(?![a-z])" % "|".join(
-        f"{re.escape(word)}|{re.escape(word.capitalize())}" for word in usual))
+    # Within a name a word begins with a capital: "retold" has none of these words.
+    any_word = re.compile("(?<![a-z])(%s)(?![a-z])|(%s)(?![a-z])" % (
+        "|".join(map(re.escape, usual)), "|".join(re.escape(word.capitalize()) for word in usual)))
     looked_at = found = 0
     for path in files():
         looked_at += 1
         for number, line in enumerate((ROOT / path).read_text(errors="replace").splitlines(), 1):
-            for word in any_word.findall(line):
+            for match in any_word.finditer(line):
+                word = match.group()
                 found += 1
                 print(f"{path}:{number}: '{word}' (write: {usual[word.lower()]})")
     if looked_at < 100:

@@ -241,7 +241,7 @@ private Q_SLOTS:
         QCOMPARE(handler.Translate("- "), "T");
     }
 
-    void anotherAlphabetStartsAfresh()
+    void anotherAlphabetStartsAgain()
     {
         SimpleMorseHandler handler;
         load(handler, "International");

@@ -330,7 +330,7 @@ private Q_SLOTS:
         QCOMPARE(host.text->GetValue(), QStringLiteral("E"));
     }
 
-    void aLineEndIsASymbolToWhoeverCountsUnits()
+    void aLineEndIsASymbolToThoseWhoCountUnits()
     {
         MorseFixture host;
         host.handler.StartNewMorseSession();
@@ -532,7 +532,7 @@ private Q_SLOTS:
         QCOMPARE(log.joined(), QStringLiteral("T"));
     }
 
-    void startNewMorseSessionTellsWhetherAFileWasRead()
+    void startNewMorseSessionReportsWhetherAFileWasRead()
     {
         QTemporaryDir dir;
         writeFile(dir.filePath("Test.mal"), "@ TextDirection RL\nX\t.-\n\n");
@@ -958,7 +958,7 @@ private Q_SLOTS:
         QCOMPARE(host.handler.GetCurrentMorseSymbolString(), QStringLiteral("."));
     }
 
-    void aDestroyedHandlerIsToldNothingMore()
+    void aDestroyedHandlerIsNotNotifiedAnyMore()
     {
         MorseValues values;
         {
@@ -1149,7 +1149,7 @@ private Q_SLOTS:
 
     // Deletions in the middle of a notification
 
-    void valuesMayBeDeletedByWhoeverHearsOfTheText_data()
+    void valuesMayBeDeletedByAnObserverOfTheText_data()
     {
         QTest::addColumn<QString>("path");
         for (const char* name : {"Symbol", "Available", "Text", "SaveToFile", "SaveDocument",
@@ -1157,7 +1157,7 @@ private Q_SLOTS:
             QTest::newRow(name) << MorseValues::path(name);
     }
 
-    void valuesMayBeDeletedByWhoeverHearsOfTheText()
+    void valuesMayBeDeletedByAnObserverOfTheText()
     {
         QFETCH(QString, path);
         QTemporaryDir dir;
@@ -1179,14 +1179,14 @@ private Q_SLOTS:
         QCOMPARE(host.handler.GetCurrentMorseSymbolString().left(3), QStringLiteral(".-c"));
     }
 
-    void valuesMayBeDeletedByWhoeverHearsOfThem_data()
+    void valuesMayBeDeletedByTheirObservers_data()
     {
         QTest::addColumn<QString>("path");
         for (const char* name : {"TextFileName", "CodeFileName", "XmlFileName", "SettingsRequest"})
             QTest::newRow(name) << MorseValues::path(name);
     }
 
-    void valuesMayBeDeletedByWhoeverHearsOfThem()
+    void valuesMayBeDeletedByTheirObservers()
     {
         QFETCH(QString, path);
         QTemporaryDir dir;

@@ -405,7 +405,7 @@ private Q_SLOTS:
         QCOMPARE(transmissions, 3);
     }
 
-    void eachTransmissionNamesItsDocumentAnew()
+    void eachTransmissionNamesItsDocumentAgain()
     {
         Documents host;
         host.handler.SetTimestamp(TEN_FIFTEEN_us);

@@ -703,7 +703,7 @@ private Q_SLOTS:
         QCOMPARE(contentOf(host.code()), QByteArray("- "));
     }
 
-    void aSessionEndedByWhoeverHearsOfAFileNameHarmsNothing()
+    void aSessionEndedByAnObserverOfAFileNameHarmsNothing()
     {
         Recording host;
         TextLog log(host.textFileName);
@@ -719,7 +719,7 @@ private Q_SLOTS:
         QCOMPARE(contentOf(host.text()), QByteArray("T"));
     }
 
-    void savingSwitchedOffByWhoeverHearsOfAFileNameStopsTheCodeFile()
+    void savingSwitchedOffByAnObserverOfAFileNameStopsTheCodeFile()
     {
         Recording host;
         TextLog log(host.textFileName);
@@ -730,7 +730,7 @@ private Q_SLOTS:
         QCOMPARE(host.files().size(), 2);
     }
 
-    void aSessionEndedByWhoeverHearsOfTheTextWritesNothingMore()
+    void aSessionEndedByAnObserverOfTheTextWritesNothingMore()
     {
         Recording host;
         TextLog log(host.textValue());
@@ -795,7 +795,7 @@ private Q_SLOTS:
         QCOMPARE(saved, sent);
     }
 
-    void theSaveFlagSwitchedOffByWhoeverHearsOfTheTextStopsTheFiles()
+    void theSaveFlagSwitchedOffByAnObserverOfTheTextStopsTheFiles()
     {
         Recording host;
         TextLog log(host.textValue());

@@ -478,7 +478,7 @@ private Q_SLOTS:
         path.before_s = 8.0; // to find that the stronger one is no Morse
         QCOMPARE(read(decodeAll(sound(TEXT, Hand(), path, 8000.0, "beside"), 8000.0)), TEXT_READ);
     }
-    void theReportTellsToneSpeedAndStrength_data()
+    void theReportHasToneSpeedAndStrength_data()
     {
         QTest::addColumn<double>("speed_wpm");
         QTest::addColumn<double>("snr_dB");
@@ -487,7 +487,7 @@ private Q_SLOTS:
                 QTest::addRow("%g wpm, %+g dB", speed_wpm, snr_dB) << speed_wpm << snr_dB;
         }
     }
-    void theReportTellsToneSpeedAndStrength()
+    void theReportHasToneSpeedAndStrength()
     {
         QFETCH(double, speed_wpm);
         QFETCH(double, snr_dB);
@@ -502,7 +502,7 @@ private Q_SLOTS:
         QVERIFY2(report.snr_dB < snr_dB + 1.0 && report.snr_dB > snr_dB - 2.5,
                  QByteArray::number(report.snr_dB).constData());
     }
-    void aToldToneChoosesBetweenTwoSignals()
+    void aSetToneChoosesBetweenTwoSignals()
     {
         Hand hand;
         Path path;

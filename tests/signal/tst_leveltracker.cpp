@@ -64,7 +64,7 @@ private Q_SLOTS:
         // 20 dB a second.
         QVERIFY(near(track({mark(0.2, 0.0)}, 1.0), std::pow(10.0, -0.1 * 20.0 * REVIEW_s)));
     }
-    void oldMarksAndNoMarksTellNothing()
+    void oldMarksAndNoMarksSayNothing()
     {
         QCOMPARE(track({}, 3.0), 3.0);
         QCOMPARE(track({mark(1.0, 3.1)}, 3.0), 3.0);

@@ -132,7 +132,7 @@ private Q_SLOTS:
         QCOMPARE(likelihood.sum(oldest, oldest + 1).real(), static_cast<double>(oldest));
         QCOMPARE(likelihood.advance(4990, 4992, 2), std::complex<double>(0.0));
     }
-    void theAdvanceOfPhaseTellsAToneThatIsOff()
+    void theAdvanceOfPhaseShowsAToneThatIsOff()
     {
         MarkLikelihood likelihood;
         for (int n = 0; n < 40; ++n)

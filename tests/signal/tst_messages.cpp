@@ -76,7 +76,7 @@ private Q_SLOTS:
         QCOMPARE(log.text, given);
     }
 
-    void theNextSignalBeginsAnew()
+    void theNextSignalBeginsAgain()
     {
         Log log;
         Messages messages(log);

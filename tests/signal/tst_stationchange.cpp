@@ -31,7 +31,7 @@ class tst_StationChange : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void anotherStationIsToldByToneAndLevel_data()
+    void anotherStationIsKnownByToneAndLevel_data()
     {
         using Verdict = StationChange::Verdict;
         QTest::addColumn<double>("tone_Hz");
@@ -51,7 +51,7 @@ private Q_SLOTS:
         QTest::newRow("12 Hz above after a gap between characters")
             << 712.0 << 20.0 << 0.5 << 3.0 << Verdict::Same;
     }
-    void anotherStationIsToldByToneAndLevel()
+    void anotherStationIsKnownByToneAndLevel()
     {
         QFETCH(double, tone_Hz);
         QFETCH(double, level_dB);

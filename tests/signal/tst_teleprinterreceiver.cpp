@@ -188,7 +188,7 @@ private Q_SLOTS:
         QVERIFY(heard.stops_us[0] < heard.starts_us[1]);
     }
 
-    void whatIsToldIsKeptTo()
+    void whatIsSetIsKeptTo()
     {
         TonePath path;
         path.snr_dB = 20.0;

@@ -93,14 +93,14 @@ class tst_TimeDiversity : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void directAndRepeatedAreToldApart_data()
+    void directAndRepeatedAreDistinguished_data()
     {
         QTest::addColumn<double>("begin_s");
         QTest::newRow("begun at a direct word") << FIRST_s;
         QTest::newRow("begun at a repeated word") << FIRST_s + WORD_s;
         QTest::newRow("begun in the middle of the text") << FIRST_s + 41 * WORD_s;
     }
-    void directAndRepeatedAreToldApart()
+    void directAndRepeatedAreDistinguished()
     {
         QFETCH(double, begin_s);
         const Heard got = heard(keyed(TonePath()), begin_s);

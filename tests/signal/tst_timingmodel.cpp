@@ -57,7 +57,7 @@ private Q_SLOTS:
         QVERIFY(timing.table(0).unit_steps <= 1.2 / 60.0 / STEP_s);
         QVERIFY(timing.table(timing.speeds() - 1).unit_steps >= 1.2 / 5.4 / STEP_s);
     }
-    void aToldSpeedLeavesThoseAroundIt()
+    void aSetSpeedLeavesThoseAroundIt()
     {
         const TimingModel timing(STEP_s, 25.0);
         for (std::size_t speed = 0; speed < timing.speeds(); ++speed) {

@@ -65,7 +65,7 @@ private Q_SLOTS:
         const double tone_Hz = track({weak, mark(701.0, 700.0, 0.1)}, 700.0);
         QVERIFY(tone_Hz > 700.4);
     }
-    void someoneElsesOldAndEmptyMarksTellNothing()
+    void someoneElsesOldAndEmptyMarksSayNothing()
     {
         HeardMark foreign = mark(740.0, 700.0, 0.1);
         foreign.isForeign = true;

@@ -242,7 +242,7 @@ private Q_SLOTS:
         QCOMPARE(log.said, QStringList());
     }
 
-    void theSettingsTellWhatWasFound()
+    void theSettingsShowWhatWasFound()
     {
         Log log;
         StationSettings settings = at("One");
@@ -263,7 +263,7 @@ private Q_SLOTS:
     }
 
     // What comes after the loss goes into new files.
-    void deletedFilesAreBegunAnew()
+    void deletedFilesAreBegunAgain()
     {
         const QTemporaryDir dir;
         Log log;

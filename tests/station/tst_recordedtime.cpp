@@ -58,7 +58,7 @@ private Q_SLOTS:
         QCOMPARE(text(timeInName(name)), time);
     }
 
-    void theBroadcastChunkTellsDateAndTime()
+    void theBroadcastChunkHasDateAndTime()
     {
         QCOMPARE(text(timeInBroadcastChunk("2026-05-12", "10:15:00")), "2026-05-12T10:15:00Z");
         QCOMPARE(text(timeInBroadcastChunk("2026:05:12", "10-15-00")), "2026-05-12T10:15:00Z");
