@@ -14,7 +14,7 @@ namespace {
 
 /// The letters that look alike in the scripts that share a telegraph: groups of the same shape.
 constexpr char16_t LOOK_ALIKES[][3] = {
-    // Latin, Greek, Cyrillic
+    // Latin, Greek, Cyrillic; 0 for none, which is of no script
     {u'A', u'\u0391', u'\u0410'}, {u'B', u'\u0392', u'\u0412'}, {u'C', 0, u'\u0421'},
     {u'E', u'\u0395', u'\u0415'}, {u'H', u'\u0397', u'\u041D'}, {u'I', u'\u0399', u'\u0406'},
     {u'J', 0, u'\u0408'},         {u'K', u'\u039A', u'\u041A'}, {u'M', u'\u039C', u'\u041C'},
@@ -67,14 +67,15 @@ bool isPlainWord(const QString& key)
     return true;
 }
 
+/// Of a letter of a script; null when there is none.
 QChar twinIn(QChar character, QChar::Script script)
 {
     for (const auto& group : LOOK_ALIKES) {
         bool found = false;
         QChar twin;
         for (const char16_t letter : group) {
-            found = found || (letter != 0 && letter == character.unicode());
-            if (letter != 0 && QChar(letter).script() == script)
+            found = found || letter == character.unicode();
+            if (QChar(letter).script() == script)
                 twin = QChar(letter);
         }
         if (found)

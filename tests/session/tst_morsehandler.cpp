@@ -653,6 +653,7 @@ private Q_SLOTS:
         QTest::newRow("nothing completed") << ".-" << 5 << "";
         QTest::newRow("a word gap counts") << ".c.w.c" << 2 << " E";
         QTest::newRow("and its character beside it") << ".c.w.c" << 3 << "E E";
+        QTest::newRow("a word gap before any character") << "w.-" << 1 << " ";
         QTest::newRow("empty buffer") << "" << 1 << "";
     }
 

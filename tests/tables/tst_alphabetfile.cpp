@@ -30,6 +30,7 @@ private Q_SLOTS:
         row("CR LF ends a line", "A\t.-\r\nB\t-...\r\n\r\n", {{"A", ".-"}, {"B", "-..."}});
         row("CR alone does not", "A\t.-\rB\n\n", {{"A", ".-\rB"}});
         row("text behind a second tab is ignored", "A\t.-\tas in alfa\t1\n\n", {{"A", ".-"}});
+        row("also when there is no code before it", "A\t\tas in alfa\n\n", {{"A", ""}});
         row("no tab: the line is a key without code", "abc\n\n", {{"abc", ""}});
         row("a tab at the end: no code", "abc\t\n\n", {{"abc", ""}});
         row("no key: skipped", "\n\t.-\n\t\n\nA\t.-\n\n", {{"A", ".-"}});

@@ -142,6 +142,8 @@ void tst_Lint::eachTrapHasItsFinding_data()
         {"1: a lone carriage return does not end a line",
          "1: the code of \"A\" (U+0041) holds U+000D"});
     row("blanks around a key are reported", mal, " A\t.-\n\n", {"1? the key \" A\" has blanks"});
+    row("a control character in a key is reported", mal, "A\x07\t.-\n\n",
+        {"1? the key holds the invisible character U+0007"});
     row("an invisible character in a key is reported", mal, "A\u200E\t.-\n\n",
         {"1? the key holds the invisible character U+200E"});
     row("a decomposed key is reported", mal, "A\u0308\t.-.-\n\n",
