@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <utility>
 #include <vector>
 
 namespace demodulator {
@@ -102,10 +103,11 @@ public:
         const std::vector<std::complex<float>> silence((static_cast<std::size_t>(BATCH_STEPS) + 1) *
                                                        m_bank.stepSamples());
         push(silence.data(), silence.size());
+        std::vector<Signal*> candidates;
         for (Signal& signal : m_signals) {
             if (isCandidate(signal) && signal.listener->chain()->confirmed() &&
                 isMorse(*signal.listener->chain()) && isItself(signal))
-                admit(signal);
+                candidates.push_back(&signal);
             else if (isCandidate(signal))
                 noticeTeleprinter(signal.listener->heard());
         }
@@ -113,6 +115,12 @@ public:
             m_teleprinters[i].listener->process(m_end);
             m_teleprinters[i].listener->finish();
         });
+        for (Teleprinter& one : m_teleprinters)
+            giveTeleprinter(one); // what was held back for it is its own, or free
+        for (Signal* const candidate : candidates) {
+            if (!candidate->gone)
+                admit(*candidate);
+        }
         m_workers.forAll(m_signals.size(), [this](std::size_t i) {
             m_signals[i].listener->process(m_end);
             m_signals[i].listener->finish();
@@ -161,7 +169,8 @@ private:
         std::int64_t noticed;          // step at which it was
         int number = 0;                // 0: nothing was given of it yet
         std::int64_t lastReceived = 0; // step
-        teleprinter::Line line = {};   // of the last transmission
+        bool isFollowed = false;
+        teleprinter::Line line = {}; // of the last transmission
     };
     // For how long a tone is not to be tried again.
     struct Tried
@@ -233,7 +242,8 @@ private:
                 continue;
             signal.gone = true;
             if (const auto& next = signal.listener->successor()) {
-                if (!isTaken(next->guess.tone_Hz))
+                if (!isTaken(next->guess.tone_Hz) &&
+                    !isTeleprinter(next->guess.tone_Hz, next->guess.signal))
                     successors.push_back(successorOf(*next));
             } else if (signal.number)
                 m_memory.close(signal.listener->tone_Hz(), signal.listener->lastGiven_step() +
@@ -280,9 +290,17 @@ private:
                 m_sink.teleprinterCharacter(one.number, event.character, event.time_us);
                 break;
             case TeleprinterEvent::Kind::Stopped:
+                one.line = event.line;
                 m_sink.teleprinterStopped(one.number, event.line, event.time_us);
                 break;
             }
+        }
+        const bool wasFollowed = std::exchange(one.isFollowed, one.listener->isFollowing());
+        if (one.number && wasFollowed && !one.isFollowed) {
+            // What it sent before, between and after its texts is no Morse either.
+            endMorse(one);
+            for (const double tone_Hz : {one.line.mark_Hz, one.line.space_Hz})
+                m_memory.close(tone_Hz, m_end);
         }
         if (!one.listener->isReceiving())
             return;
@@ -303,12 +321,13 @@ private:
         }
     }
 
-    // A tone of it, or what is far weaker beside them: the edges of its elements.
+    // A tone of it, or what the edges of its elements leave beside them.
     bool isOf(const Teleprinter& one, double tone_Hz, double level) const
     {
-        return one.listener->isOwn(tone_Hz, teleprinterParameters().own_Hz) ||
-               (one.listener->isOwn(tone_Hz, teleprinterParameters().edges_Hz) &&
-                level < teleprinterParameters().edgesLevel * one.level);
+        return one.listener->offset_Hz(tone_Hz) < teleprinterParameters().own_Hz ||
+               one.listener->isBetween(tone_Hz, teleprinterParameters().between_Hz) ||
+               level <
+                   m_settings.parameters.shadow.margin * one.listener->leak(tone_Hz) * one.level;
     }
 
     // By a listener that was promoted meanwhile.
@@ -391,10 +410,10 @@ private:
     // Also between two transmissions: it hears the next one itself.
     bool isFollowed(double tone_Hz) const
     {
-        return std::any_of(m_teleprinters.begin(), m_teleprinters.end(),
-                           [&](const Teleprinter& one) {
-                               return one.listener->isOwn(tone_Hz, teleprinterParameters().own_Hz);
-                           });
+        return std::any_of(
+            m_teleprinters.begin(), m_teleprinters.end(), [&](const Teleprinter& one) {
+                return one.listener->offset_Hz(tone_Hz) < teleprinterParameters().own_Hz;
+            });
     }
 
     void noticeTeleprinter(const SignalGuess& heard)
@@ -407,22 +426,40 @@ private:
         };
         if (std::any_of(m_tried.begin(), m_tried.end(), isTried))
             return;
-        const auto other = m_shadows.shiftedWith(heard, m_tones, m_end);
-        if (!other || isFollowed(other->tone_Hz) ||
+        const auto pair = m_shadows.shiftedPair(heard, tonesAndCandidates(), m_end);
+        if (!pair || isFollowed(pair->one.tone_Hz) || isFollowed(pair->other.tone_Hz) ||
             m_teleprinters.size() >= teleprinterParameters().most)
             return;
+        const auto [lower_Hz, upper_Hz] = std::minmax(pair->one.tone_Hz, pair->other.tone_Hz);
         const std::int64_t until =
             m_end + stepsIn(teleprinterParameters().within_s + teleprinterParameters().notAgain_s);
-        m_tried.push_back({heard.tone_Hz, until});
-        m_tried.push_back({other->tone_Hz, until});
+        m_tried.push_back({lower_Hz, until});
+        m_tried.push_back({upper_Hz, until});
         Teleprinter one;
-        one.listener = std::make_unique<TeleprinterListener>(
-            m_bank, std::min(heard.tone_Hz, other->tone_Hz),
-            std::max(heard.tone_Hz, other->tone_Hz), oldestStep());
-        one.level = std::max(heard.signal, other->signal);
-        one.snr_dB = snrOfPair_dB(heard.tone_Hz, other->tone_Hz);
+        one.listener =
+            std::make_unique<TeleprinterListener>(m_bank, lower_Hz, upper_Hz, oldestStep());
+        one.level = std::max(pair->one.signal, pair->other.signal);
+        one.snr_dB = snrOfPair_dB(lower_Hz, upper_Hz);
         one.noticed = m_end;
         m_teleprinters.push_back(std::move(one));
+    }
+
+    // Those that the survey finds, and what it no longer does but a candidate hears.
+    std::vector<KeyedTone> tonesAndCandidates() const
+    {
+        std::vector<KeyedTone> tones = m_tones;
+        for (const Signal& signal : m_signals) {
+            if (!isCandidate(signal))
+                continue;
+            const SignalGuess heard = signal.listener->heard();
+            const bool isThere =
+                std::any_of(m_tones.begin(), m_tones.end(), [&](const KeyedTone& tone) {
+                    return std::fabs(tone.tone_Hz - heard.tone_Hz) < attention().sameTone_Hz;
+                });
+            if (!isThere)
+                tones.push_back({heard.tone_Hz, heard.signal, heard.noise, 0.0});
+        }
+        return tones;
     }
 
     // Of the tone that is on. Moments between two elements have less power, so the upper quarter
@@ -446,12 +483,12 @@ private:
         return 10.0 * std::log10(std::max(1e-3, *quarter / (noise * m_bank.step_s() * 500.0)));
     }
 
-    // Of a teleprinter that is received, or may be.
+    // Of a teleprinter that sends, or may do.
     bool isTeleprinter(double tone_Hz, double level) const
     {
         return std::any_of(
             m_teleprinters.begin(), m_teleprinters.end(), [&](const Teleprinter& one) {
-                return isOf(one, tone_Hz, level) && (!one.number || one.listener->isReceiving());
+                return isOf(one, tone_Hz, level) && (!one.number || one.listener->isFollowing());
             });
     }
 
@@ -760,7 +797,7 @@ private:
         }
         return heard.signal > admission().leastOfStrongest * strongest &&
                standsOut(heard, candidate.listener.get()) &&
-               !m_shadows.shiftedWith(heard, m_tones, m_end);
+               !m_shadows.shiftedPair(heard, tonesAndCandidates(), m_end);
     }
 
     BandSettings m_settings;

@@ -36,10 +36,12 @@ struct ShadowParameters
     double keyDown = 0.15;          ///< share of its level with which a signal may be sending
     double negligible = 0.3;        ///< of the noise: what stays below is no shadow
     double leastExcess = 1.7;       ///< over the noise, of what is left (rows: contest, wide)
-    // Two tones are those of one teleprinter when exactly one of them is on for such a share of
-    // this time; of two hands it is half of it.
+    // Two tones are those of one teleprinter when exactly one of them is on for such a share of the
+    // time in which they are keyed; of two hands it is half of it. In the last so many seconds, and
+    // at least so many of them (row: mixed).
     double shifted_s = 3.0;
-    double shiftedShare = 0.7;
+    double leastShifted_s = 1.0;
+    double shiftedShare = 0.8;
     double leastDown = 0.1;      ///< either tone, of that time
     double leastShift_Hz = 60.0; ///< nearer tones are one in the filters of a step
     double largestRatio = 6.0;   ///< of the powers of both tones
@@ -94,10 +96,10 @@ struct TeleprinterParameters
     double within_s = 6.0;    ///< what gives none by then is none
     double notAgain_s = 10.0; ///< and is not tried again for so long
     unsigned mostTones = 64;  ///< the strongest are looked at, every second
-    double own_Hz = 40.0;     ///< so near its tones nobody else is heard
-    // The edges of its elements are heard so far beside its tones, at most so strong (power).
-    double edges_Hz = 1000.0;
-    double edgesLevel = 0.02;
+    // So near its tones nobody else is heard, nor between them so near both: the changes from one
+    // to the other are as strong there (row: mixed).
+    double own_Hz = 40.0;
+    double between_Hz = 110.0;
     double heard_s = 3.0; ///< over which its strength is measured
 };
 

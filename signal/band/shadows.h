@@ -32,17 +32,25 @@ public:
     /// signals that are hardly stronger, or weaker, are passed over.
     bool standsOut(const SignalGuess& tone, const std::vector<const Listener*>& others) const;
 
-    /// The other tone where the key is up at one of two whenever it is down at the other, over the
-    /// last seconds before `end_step`: then a transmitter is shifted between them. `tones` are
-    /// those that the survey knows.
-    std::optional<KeyedTone> shiftedWith(const SignalGuess& tone,
-                                         const std::vector<KeyedTone>& tones,
-                                         std::int64_t end_step) const;
+    /// Two tones of one transmitter that is shifted between them, `one` of which was asked for.
+    struct ShiftedPair
+    {
+        KeyedTone one;
+        KeyedTone other;
+    };
+    /// The pair of a tone, or of one that is hardly apart from it, and another, where the key is up
+    /// at one of both whenever it is down at the other: while either was keyed in the last seconds
+    /// before `end_step`. Of several pairs the one of which this holds best. `tones` are those that
+    /// the survey knows.
+    std::optional<ShiftedPair> shiftedPair(const SignalGuess& tone,
+                                           const std::vector<KeyedTone>& tones,
+                                           std::int64_t end_step) const;
 
 private:
     double ghostAt(double tone_Hz, double frequency_Hz) const;
     double mirrored(std::int64_t frame, double mirror_Hz, double noise) const;
-    std::vector<bool> keyDown(double tone_Hz, double signal, std::int64_t end_step) const;
+    std::vector<bool> keyDown(const KeyedTone& tone, std::int64_t end_step) const;
+    double shareInTurn(const std::vector<bool>& one, const std::vector<bool>& other) const;
 
     BandFormat m_format;
     const StepBank& m_bank;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "signal/band/teleprinterlistener.h"
 
+#include "signal/band/survey.h"
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -11,6 +13,9 @@ namespace {
 
 // So much beside the tones shows how strong the noise is, and lets them drift.
 constexpr double BESIDE_Hz = 400.0;
+// Elements of faster ones are shorter than the bank's windows, and their noise would be measured
+// farther out.
+constexpr double MOST_BAUD = 110.0;
 
 } // namespace
 
@@ -22,6 +27,7 @@ TeleprinterListener::TeleprinterListener(const StepBank& bank, double lower_Hz, 
 {
     teleprinter::Settings settings;
     settings.sampleRate_Hz = m_sound.rate_Hz();
+    settings.known.mostBaud = MOST_BAUD;
     settings.known.shift_Hz = upper_Hz - lower_Hz;
     settings.known.centre_Hz = 0.5 * (lower_Hz + upper_Hz) - m_sound.base_Hz();
     m_receiver.emplace(settings, static_cast<teleprinter::TextSink&>(*this));
@@ -46,9 +52,22 @@ std::vector<TeleprinterEvent> TeleprinterListener::takeEvents()
     return std::exchange(m_events, {});
 }
 
-bool TeleprinterListener::isOwn(double tone_Hz, double within_Hz) const
+double TeleprinterListener::offset_Hz(double tone_Hz) const
 {
-    return std::min(std::fabs(tone_Hz - m_lower_Hz), std::fabs(tone_Hz - m_upper_Hz)) < within_Hz;
+    return std::min(std::fabs(tone_Hz - m_lower_Hz), std::fabs(tone_Hz - m_upper_Hz));
+}
+
+bool TeleprinterListener::isBetween(double tone_Hz, double within_Hz) const
+{
+    return tone_Hz > m_lower_Hz && tone_Hz < m_upper_Hz && tone_Hz < m_lower_Hz + within_Hz &&
+           tone_Hz > m_upper_Hz - within_Hz;
+}
+
+double TeleprinterListener::leak(double tone_Hz) const
+{
+    const double amplitude = std::sqrt(Survey::leak(tone_Hz - m_lower_Hz)) +
+                             std::sqrt(Survey::leak(tone_Hz - m_upper_Hz));
+    return amplitude * amplitude;
 }
 
 void TeleprinterListener::transmissionStarted(const teleprinter::Line& line, std::int64_t time_us)

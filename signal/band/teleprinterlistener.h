@@ -39,8 +39,14 @@ public:
 
     /// A transmission goes on.
     bool isReceiving() const { return m_isReceiving; }
-    /// Whether a tone is one of its own, as far as those are known.
-    bool isOwn(double tone_Hz, double within_Hz) const;
+    /// A signal is there, also before, between and after its transmissions.
+    bool isFollowing() const { return m_receiver->isFollowing(); }
+    /// How far a tone is from the nearer of its own, as those were found at first.
+    double offset_Hz(double tone_Hz) const;
+    /// Whether a tone is between them, and so near to both.
+    bool isBetween(double tone_Hz, double within_Hz) const;
+    /// What both of them, each of power 1, give at a tone by being keyed, at most.
+    double leak(double tone_Hz) const;
 
 private:
     void transmissionStarted(const teleprinter::Line& line, std::int64_t time_us) override;

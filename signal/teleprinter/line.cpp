@@ -40,6 +40,8 @@ std::vector<LineKind> kindsToTry(const Known& known)
         if (!known.codes.empty() &&
             std::find(known.codes.begin(), known.codes.end(), row.code) == known.codes.end())
             continue;
+        if (known.mostBaud && row.baud > *known.mostBaud)
+            continue;
         if (!known.baud) {
             kinds.push_back(row);
             continue;

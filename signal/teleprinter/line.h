@@ -62,6 +62,7 @@ struct Known
 {
     std::vector<Code> codes; ///< those to look for; all without any
     std::optional<double> baud;
+    std::optional<double> mostBaud; ///< faster ones are not looked for
     std::optional<double> shift_Hz;
     std::optional<double> centre_Hz; ///< midway between the tones, within 50 Hz
     std::optional<bool> reversed;

@@ -71,6 +71,8 @@ public:
         }
     }
 
+    bool isFollowing() const { return m_channel != nullptr; }
+
 private:
     struct Time
     {
@@ -282,6 +284,11 @@ void Receiver::finish()
     if (m_d)
         m_d->finish();
     m_d.reset();
+}
+
+bool Receiver::isFollowing() const
+{
+    return m_d && m_d->isFollowing();
 }
 
 } // namespace teleprinter

@@ -58,6 +58,10 @@ public:
     /// End of input: everything heard is given. What is pushed afterwards is ignored.
     void finish();
 
+    /// A signal is there, also where it sends no characters: before, between and after its
+    /// transmissions.
+    bool isFollowing() const;
+
 private:
     class Private;
     std::unique_ptr<Private> m_d;

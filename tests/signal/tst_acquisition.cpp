@@ -120,6 +120,17 @@ private Q_SLOTS:
         QVERIFY(found->fit.contrast < AcquisitionParameters().mostContrast);
     }
 
+    void fasterThanKnownIsNotLookedFor()
+    {
+        Known known;
+        known.mostBaud = 100.0;
+        for (const LineKind& kind : kindsToTry(known))
+            QVERIFY(kind.baud <= 100.0);
+        QVERIFY(!kindsToTry(known).empty());
+        known.mostBaud = 300.0;
+        QCOMPARE(kindsToTry(known).size(), lineKinds().size());
+    }
+
     void whatIsKnownIsAllThatIsLookedFor()
     {
         const std::vector<float> samples = keyed(machine(TeleprinterCode::Ita2, 50.0));

@@ -112,6 +112,7 @@ struct SentByTeleprinter
     double baud;
     double snr_dB;
     std::string text;
+    testsupport::TeleprinterCode code = testsupport::TeleprinterCode::Ita2;
 };
 
 // Its tones without a jump of the phase.
@@ -119,6 +120,7 @@ void add(Samples& samples, const SentByTeleprinter& sent)
 {
     testsupport::Machine machine;
     machine.baud = sent.baud;
+    machine.code = sent.code;
     const auto elements = testsupport::teleprinterElements(sent.text, machine, sent.text);
     const double amplitude = amplitudeOf(sent.snr_dB);
     auto n = static_cast<std::size_t>(sent.begin_s * RATE_Hz);
@@ -403,6 +405,40 @@ private Q_SLOTS:
                      sink.summary().c_str());
         const Sink same = receive(samples, complexBand(1), 777);
         QCOMPARE(same.log, sink.log);
+    }
+
+    // For two seconds before and one after it, phasing signals: of one tone alone they are a row of
+    // clean letters.
+    void neitherTheBeginNorTheEndOfATeleprinterIsMorse_data()
+    {
+        QTest::addColumn<double>("snr_dB");
+        for (const double snr_dB : {7.0, 22.0})
+            QTest::newRow(qPrintable(QString::number(snr_dB) + QLatin1String(" dB"))) << snr_dB;
+    }
+    void neitherTheBeginNorTheEndOfATeleprinterIsMorse()
+    {
+        QFETCH(double, snr_dB);
+        const std::string text = "GALE WARNING GERMAN BIGHT. WIND NORTH WEST 8, SEA ROUGH.";
+        Samples samples = noise(25.0, std::to_string(snr_dB));
+        add(samples, SentByTeleprinter{2.0, 1500.0, 170.0, 100.0, snr_dB, text,
+                                       testsupport::TeleprinterCode::SitorB});
+        const Sink sink = receive(samples, complexBand());
+        QCOMPARE(sink.teleprinters.size(), std::size_t(1));
+        QCOMPARE(sink.teleprinters.begin()->second.text, text);
+        QVERIFY2(sink.heard.empty(), sink.summary().c_str());
+    }
+
+    void aWeakSignalBesideAStrongTeleprinterIsRead()
+    {
+        Samples samples = noise(30.0);
+        add(samples, SentByTeleprinter{2.0, 1500.0, 450.0, 50.0, 25.0,
+                                       "NORTH SEA. WIND WEST 5, LATER 7. SEA 3 METRES, RAIN.\r\n"
+                                       "GERMAN BIGHT. WIND NORTH 4, LATER EAST 6, FOG PATCHES."});
+        add(samples, Sent{5.0, 800.0, 6.0, 25.0, "CQ CQ DE OK2ABC OK2ABC K CQ CQ DE OK2ABC K"});
+        const Sink sink = receive(samples, complexBand());
+        QCOMPARE(sink.teleprinters.size(), std::size_t(1));
+        QCOMPARE(sink.textNear(800.0), QString("CQ CQ DE OK2ABC OK2ABC K CQ CQ DE OK2ABC K"));
+        QCOMPARE(sink.heard.size(), std::size_t(1));
     }
 
     void whatIsNoKeyingGivesNothing_data()
