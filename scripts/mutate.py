@@ -168,8 +168,10 @@ class Build:
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
         if made.returncode == 0:
             return []
-        errors = re.findall(rf"^{re.escape(str(self.copy))}/(\S+?):(\d+):(\d+): (?:fatal )?error",
-                            made.stdout, re.MULTILINE)
+        # Some compiler caches make paths relative to the build folder.
+        errors = [(os.path.relpath(self.folder / path, self.copy), line, column)
+                  for path, line, column in re.findall(
+                      r"^(\S+?):(\d+):(\d+): (?:fatal )?error", made.stdout, re.MULTILINE)]
         if not errors or any(path not in self.sources for path, _, _ in errors):
             sys.exit(made.stdout)
         return [(path, int(line), int(column)) for path, line, column in errors]
