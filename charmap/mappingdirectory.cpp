@@ -418,8 +418,8 @@ void MappingDirectory::SaveToHistory(QString text)
         return;
     const int max = qMax(0, static_cast<int>(m_maxNumberOfChars->GetRealValue()));
     m_own->historyStart = qMax(m_own->historyStart, m_history.size() - max);
-    // What slid out is cut off by and by: to move the rest for every single character would take
-    // longer than to translate it.
+    // What slid out is cut off from time to time: to move the rest for every single character would
+    // take longer than to translate it.
     if (m_own->historyStart > max) {
         m_history = m_history.mid(m_own->historyStart);
         m_own->historyStart = 0;

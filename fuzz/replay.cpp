@@ -20,7 +20,7 @@ bool replay(const QString& path)
         std::fprintf(stderr, "%s: cannot be read\n", qPrintable(path));
         return false;
     }
-    // Said beforehand: a claim that does not hold ends the process.
+    // Printed first, since a check that fails ends the process.
     std::fprintf(stderr, "%s\n", qPrintable(path));
     // A copy of its own size, so that the sanitizer sees a read beyond the end.
     const std::string input = file.readAll().toStdString();

@@ -223,7 +223,7 @@ class Test:
 # Runs.
 
 def learn(test, log):
-    """How long a test takes, and which mutants it comes by."""
+    """How long a test takes, and which mutants it reaches."""
     log.write_bytes(bytes(mutation.LIMIT))
     begin = time.monotonic()
     cpu_seconds = test.run({"MUTATION_LOG": str(log)})

@@ -16,7 +16,7 @@ namespace {
 
 using Key = std::pair<QString, QString>; ///< group and key
 
-/// One configuration for every application, view and scope: the stand-in has but one host.
+/// One configuration for every application, view and scope: the stand-in has only one host.
 class Configuration : public ICfg
 {
 public:

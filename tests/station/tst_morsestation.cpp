@@ -142,7 +142,7 @@ private Q_SLOTS:
         QCOMPARE(log.transmissions.at(0).text, QStringLiteral("E"));
     }
 
-    // After a figure the alphabet's T is a nought.
+    // After a figure the alphabet's T is a zero.
     void aCutNoughtIsNoUnknownCode()
     {
         Log log;
