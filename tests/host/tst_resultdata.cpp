@@ -419,7 +419,14 @@ private Q_SLOTS:
         QCOMPARE(saved().back().stopTime, STOP);
         transmission->AddDataBlock(new DataBlock(1, 0, 0));
         QCOMPARE(saved().back().blocks.size(), std::size_t(1));
-        QCOMPARE(saved().size(), std::size_t(4));
+        auto* const block = new DataBlock(2, 0, 0);
+        transmission->AddDataBlock(block);
+        block->BeginFrame();
+        QCOMPARE(saved().back().blocks[1].frames.size(), std::size_t(1));
+        block->SetTimeStamp(STAMP_us);
+        block->AppendData(QStringLiteral("two changes"));
+        QCOMPARE(saved().back().blocks[1].frames[0].text, QStringLiteral("two changes"));
+        QCOMPARE(saved().size(), std::size_t(6));
     }
 
     void aBareNameCountsFromTheWorkDirectory()

@@ -117,6 +117,8 @@ private Q_SLOTS:
         QCOMPARE(recorder.Traces().size(), 1);
         QCOMPARE(recorder.Messages().first(),
                  QStringLiteral("file name already exists: Ströme.txt"));
+        QCOMPARE(recorder.Traces().first().sourceFile, QString());
+        QCOMPARE(recorder.Traces().first().line, 0);
     }
 
     void everyPlaceholderIsFormatted()
@@ -136,8 +138,8 @@ private Q_SLOTS:
         _Q_TraceOld(QStringLiteral("%s|%8s|%-8s|%.2s|%ls|%c|%%"), "a", "b", "c", "def", L"wide",
                     'x');
         QCOMPARE(last(), QStringLiteral("a|       b|c       |de|wide|x|%"));
-        _Q_TraceOld(QStringLiteral("%*d|%-*d|%*d|%.*s"), 4, 1, 4, 2, -4, 3, 1, "xyz");
-        QCOMPARE(last(), QStringLiteral("   1|2   |3   |x"));
+        _Q_TraceOld(QStringLiteral("%*d|%-*d|%*d|%*d|%.*s"), 4, 1, 4, 2, -4, 3, -2, 4, 1, "xyz");
+        QCOMPARE(last(), QStringLiteral("   1|2   |3   |4 |x"));
         int object = 0;
         _Q_TraceOld(QStringLiteral("%p"), static_cast<void*>(&object));
         QVERIFY(last().startsWith(QLatin1String("0x")));
@@ -172,6 +174,8 @@ private Q_SLOTS:
         _Q_TraceOld(QStringLiteral("%.99999999999f"), 1.0);
         QCOMPARE(last().size(), 1002);
         _Q_TraceOld(QStringLiteral("%*d"), INT_MIN, 1);
+        QCOMPARE(last().size(), 1000);
+        _Q_TraceOld(QStringLiteral("%*d"), INT_MAX, 1);
         QCOMPARE(last().size(), 1000);
         _Q_TraceOld(QStringLiteral("Umfang: \u20ac %d \u20ac"), 3);
         QCOMPARE(last(), QStringLiteral("Umfang: \u20ac 3 \u20ac"));
