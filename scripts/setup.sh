@@ -23,7 +23,8 @@ packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-d
     python3-clang-14
     gcovr
 )
-[ "${1:-test}" != night ] || packages+=(postgresql mosquitto-clients chromium python3-websocket libnss3-tools slurm-wlm faketime)
+[ "${1:-test}" != night ] || packages+=(postgresql mosquitto-clients chromium
+    python3-websocket libnss3-tools slurm-wlm faketime systemd-container)
 
 missing=()
 for package in "${packages[@]}"; do

@@ -24,27 +24,27 @@ trap finish EXIT
 
 sox data/samples/bands/contest.flac -t raw -r 8000 -e signed -b 16 -c 1 "$work/band.raw"
 cat >"$work/feed.py" <<'PYTHON'
-import os, sys, time
+import array, fcntl, os, sys, termios, time
 folder = sys.argv[1]
 hours, speed, minutes = map(float, sys.argv[2:])
 end = time.monotonic() + minutes * 60
 with open(folder + "/band.raw", "rb") as file:
     sound = file.read()
 PIECE = 8000 # bytes of half a second
-MOST_AHEAD = 40 * PIECE
-decoder, sent, before = "", 0, 0
-def taken():
-    """Bytes that the decoders have read; the few of their own files do no harm."""
-    global decoder, before
+MOST_WAITING = 48 * 1024 # of the 64 KiB that a pipe holds; what it does not hold waits in the station
+sent = 0
+def waiting():
+    """Bytes in the pipe between the station and the decoder."""
     with open(folder + "/decoder") as file:
-        now = file.read().strip()
-    if now != decoder: # with each day another one begins
-        decoder, before = now, sent
+        decoder = file.read().strip()
     try:
-        with open("/proc/%s/io" % decoder) as file:
-            return before + int(file.readline().split()[1])
-    except FileNotFoundError:
-        return sent
+        pipe = os.open("/proc/%s/fd/0" % decoder, os.O_RDONLY | os.O_NONBLOCK)
+    except OSError: # with each day another one begins
+        return 0
+    bytes = array.array("i", [0])
+    fcntl.ioctl(pipe, termios.FIONREAD, bytes)
+    os.close(pipe)
+    return bytes[0]
 while not os.path.exists(folder + "/decoder"):
     time.sleep(0.2)
 while sent < hours * 3600 * 16000 and time.monotonic() < end:
@@ -54,8 +54,8 @@ while sent < hours * 3600 * 16000 and time.monotonic() < end:
     sent += PIECE
     time.sleep(PIECE / 16000 / speed)
     # A station waits for nobody; what its decoder does not take in time is lost.
-    while sent - taken() > MOST_AHEAD:
-        time.sleep(0.05)
+    while waiting() > MOST_WAITING:
+        time.sleep(0.02)
 with open(folder + "/fed.new", "w") as file:
     file.write("%d" % (sent / 16000))
 os.rename(folder + "/fed.new", folder + "/fed")

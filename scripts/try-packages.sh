@@ -116,24 +116,45 @@ $ rtl_fm=/usr/bin/rtl_fm; $rtl_fm -h 2>&1 | grep -wE 'direct2?'
 ```
 END
 
-# There is no systemd: the unit's command is started as its user would, who owns its folder alone.
 echo "As a service, with the example file:"
+inside apt-get -qq install systemd-sysv dbus >/dev/null 2>&1
 inside install -D /usr/share/morsehandler/station/example.ini /etc/morsehost/station.ini
-inside useradd --system --create-home --home-dir /var/lib/morsehost station
-read -ra unit_command < <(sed -n 's/^ExecStart=//p' "$root/lib/systemd/system/morsehost.service")
-[ ${#unit_command[@]} -gt 1 ] || fail "The unit starts nothing."
+umount "$root"/{var/cache/apt/archives,dev/pts,dev,proc} # booted, it has its own
+systemd-nspawn --quiet --register=no --keep-unit --directory="$root" --boot \
+    </dev/null >"$folder/boot.log" 2>&1 &
+container=$!
+trap 'kill -9 "$container" 2>/dev/null || true' EXIT
+booted() { nsenter --all --target "$(pgrep --oldest --parent "$container")" "$@"; }
+# await WORDS...: until they succeed; ten minutes at most.
+await() {
+    local end=$((SECONDS + 600))
+    until "$@" >/dev/null 2>&1; do
+        [ $SECONDS -lt $end ] || fail "waited in vain for: $*"
+        sleep 0.5
+    done
+}
+# shellcheck disable=SC2317 # await calls it
+says() { booted journalctl --unit morsehost --no-pager | grep "$1"; }
+see() { PATH=/usr/bin:$PATH scripts/see-page.py http://127.0.0.1:8073/ "$folder/service.png" example live "$@"; }
+await booted systemctl is-active multi-user.target
 begin=$SECONDS
-chroot --userspec=station:station "$root" /usr/bin/env -i PATH=/usr/bin "${unit_command[@]}" 2>"$folder/service.log" &
-service=$!
-trap 'kill "$service" 2>/dev/null || true' EXIT
-PATH=/usr/bin:$PATH scripts/see-page.py http://127.0.0.1:8073/ "$folder/service.png" example live 'GOOD EVENING' || status=1
+booted systemctl enable --now morsehost 2>/dev/null || status=1
+see 'GOOD EVENING' || status=1
 shown=$((SECONDS - begin))
 echo "The page shows text after $shown s"
 [ $shown -le 60 ] || status=1
-kill $service
-wait $service || status=1
+booted systemctl reload morsehost || status=1
+await says 'station.ini: taken over'
+booted systemctl kill --signal KILL morsehost
+await says 'restart counter is at 1'
+see running || status=1
+booted systemctl stop morsehost || status=1
+booted journalctl --unit morsehost --no-pager >"$folder/service.log"
 [ $status -eq 0 ] || cat "$folder/service.log"
-inside morsehost search --archive /var/lib/morsehost/archive.db EVENING | grep -q 'GOOD EVENING' || status=1
+booted morsehost search --archive /var/lib/morsehost/archive.db EVENING | grep -q 'GOOD EVENING' || status=1
+booted systemctl poweroff
+wait $container || status=1
+trap - EXIT
 
 echo "As a developer of a host:"
 machine developer
