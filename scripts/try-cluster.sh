@@ -117,6 +117,16 @@ archived() { { morsehost search --archive "$work/cluster.db" --limit 100000 2>/d
 # Half of them are done, and a task runs on the node.
 until [ "$(archived)" -gt $((recordings * 3 / 2)) ] && squeue -h -w 2 -t R | grep -q .; do read -rt 0.2 <> <(:) || true; done
 echo "$(archived) transmissions are archived"
+# Recordings are short: a task may have ended since. Besides the daemon a node has the task's own daemon,
+# its shell and the decoder.
+until
+    mapfile -t found < <(processes_of 2)
+    kill -STOP "${found[@]}" 2>/dev/null
+    [ "$(processes_of 2 | wc -l)" -ge 4 ]
+do
+    kill -CONT "${found[@]}" 2>/dev/null || true
+    read -rt 0.1 <> <(:) || true
+done
 kill_node 2
 await 'down' sinfo -h -n 2 -o '%t'
 node 2

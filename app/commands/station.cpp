@@ -4,6 +4,7 @@
 
 #include "app/console/complain.h"
 #include "app/console/exitstatus.h"
+#include "station/service/decodercheck.h"
 #include "station/service/service.h"
 
 #include <QCoreApplication>
@@ -50,15 +51,20 @@ void report(const QString& line)
 }
 
 // False, with every fault printed, when there are any.
-bool readChecked(const QString& path, StationConfiguration& configuration)
+bool areNone(const std::vector<ConfigurationFault>& faults, const QString& path)
 {
-    std::vector<ConfigurationFault> faults;
-    configuration = readConfiguration(path, faults);
     for (const ConfigurationFault& fault : faults) {
         complain(fault.line > 0 ? QStringLiteral("%1:%2").arg(path).arg(fault.line) : path,
                  fault.text);
     }
     return faults.empty();
+}
+
+bool readChecked(const QString& path, StationConfiguration& configuration)
+{
+    std::vector<ConfigurationFault> faults;
+    configuration = readConfiguration(path, faults);
+    return areNone(faults, path);
 }
 
 int run(Arguments& arguments)
@@ -67,13 +73,14 @@ int run(Arguments& arguments)
     StationConfiguration configuration;
     if (!readChecked(path, configuration))
         return EXIT_BAD_INPUT;
+    const QString program = QCoreApplication::applicationFilePath();
     if (arguments.isSet("check"))
-        return EXIT_DONE;
+        return areNone(decoderFaults(configuration, program), path) ? EXIT_DONE : EXIT_BAD_INPUT;
     if (!openSignalPipe()) {
         complain(QStringLiteral("no pipe can be opened for signals"));
         return EXIT_BAD_INPUT;
     }
-    StationService service(QCoreApplication::applicationFilePath());
+    StationService service(program);
     QObject::connect(&service, &StationService::reported, report);
     QObject::connect(&service, &StationService::received, [](const ArchiveRecord& record) {
         const Transmission& transmission = record.transmission;

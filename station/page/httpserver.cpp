@@ -310,6 +310,27 @@ using TlsSession = Session<beast::ssl_stream<beast::tcp_stream>>;
 
 HttpHandler::~HttpHandler() = default;
 
+// The same for a server and for a check.
+static QString useCertificate(asio::ssl::context& tls, const QString& certificate,
+                              const QString& key)
+{
+    const auto fault = [](const QString& file, const Error& error) {
+        return QStringLiteral("%1: %2").arg(file, QString::fromLocal8Bit(error.message().c_str()));
+    };
+    Error error;
+    tls.use_certificate_chain_file(certificate.toLocal8Bit().toStdString(), error);
+    if (error)
+        return fault(certificate, error);
+    tls.use_private_key_file(key.toLocal8Bit().toStdString(), asio::ssl::context::pem, error);
+    return error ? fault(key, error) : QString();
+}
+
+QString certificateFault(const QString& certificate, const QString& key)
+{
+    asio::ssl::context tls(asio::ssl::context::tls_server);
+    return useCertificate(tls, certificate, key);
+}
+
 class HttpServer::Private
 {
 public:
@@ -319,7 +340,7 @@ public:
         , m_pause(m_loop)
     {
         if (!settings.certificate.isEmpty())
-            useCertificate();
+            beginTls();
         if (m_error.isEmpty())
             listen();
         if (!m_error.isEmpty())
@@ -352,20 +373,13 @@ private:
             QStringLiteral("%1: %2").arg(subject, QString::fromLocal8Bit(error.message().c_str()));
     }
 
-    void useCertificate()
+    void beginTls()
     {
         const HttpSettings& settings = m_shared.settings;
         m_tls.emplace(asio::ssl::context::tls_server);
         m_tls->set_options(asio::ssl::context::default_workarounds | asio::ssl::context::no_tlsv1 |
                            asio::ssl::context::no_tlsv1_1);
-        Error error;
-        m_tls->use_certificate_chain_file(settings.certificate.toLocal8Bit().toStdString(), error);
-        if (error)
-            return fail(settings.certificate, error);
-        m_tls->use_private_key_file(settings.key.toLocal8Bit().toStdString(),
-                                    asio::ssl::context::pem, error);
-        if (error)
-            return fail(settings.key, error);
+        m_error = useCertificate(*m_tls, settings.certificate, settings.key);
     }
 
     void listen()

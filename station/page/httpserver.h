@@ -56,6 +56,10 @@ public:
     virtual HttpAnswer answer(const HttpRequest& request) = 0;
 };
 
+/// Why these PEM files cannot be used, a certificate with its chain and its key; empty when they
+/// can.
+QString certificateFault(const QString& certificate, const QString& key);
+
 /// Serves from threads of its own until it is destroyed.
 class HttpServer
 {

@@ -30,6 +30,14 @@ bool isRecording(const ReceiverSettings& settings)
     return !settings.file.isEmpty();
 }
 
+// What a process said at its end.
+QString lastWords(const QByteArray& errors)
+{
+    return QString::fromUtf8(errors).simplified().right(MAX_ERROR_CHARACTERS);
+}
+
+} // namespace
+
 QStringList decoderWords(const ReceiverSettings& settings, const QString& saveFolder)
 {
     QStringList words;
@@ -48,14 +56,6 @@ QStringList decoderWords(const ReceiverSettings& settings, const QString& saveFo
     words << (isRecording(settings) ? settings.file : QStringLiteral("-"));
     return words;
 }
-
-// What a process said at its end.
-QString lastWords(const QByteArray& errors)
-{
-    return QString::fromUtf8(errors).simplified().right(MAX_ERROR_CHARACTERS);
-}
-
-} // namespace
 
 QString stateName(ReceiverState state)
 {

@@ -27,6 +27,9 @@ enum class ReceiverState {
 };
 QString stateName(ReceiverState state);
 
+/// Words of the decoder's command line; with an empty folder nothing is saved.
+QStringList decoderWords(const ReceiverSettings& settings, const QString& saveFolder);
+
 /// Runs in the thread of its event loop. The source (a command, a socket) and the decoder (this
 /// program, as a process of its own) are joined here, so that samples are counted, a source that
 /// stalls is noticed, and what the decoder does not take in time is bounded: then samples are lost,

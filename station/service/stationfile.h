@@ -5,6 +5,7 @@
 #include "station/mqtt/mqttpublisher.h"
 #include "station/page/stationpage.h"
 
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -40,9 +41,10 @@ struct ReceiverSettings
     QString decoder = QStringLiteral("Morse"); ///< "band", or a decoder's name
     /// Words for the decoder's command line, from the keys that it understands.
     QStringList options;
-    SampleFormat samples; ///< of a command or an address
-    bool isSaved = true;  ///< files are kept in a folder a day
-    int stall_s = 30;     ///< without a sample for so long, it counts as stalled; 0 for never
+    SampleFormat samples;     ///< of a command or an address
+    bool isSaved = true;      ///< files are kept in a folder a day
+    int stall_s = 30;         ///< without a sample for so long, it counts as stalled; 0 for never
+    QMap<QString, int> lines; ///< where its keys stand, and under "" its section; not compared
 
     bool operator==(const ReceiverSettings& other) const;
 };

@@ -59,6 +59,35 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(hasReported("evening: CQ CQ DE DL0XYZ"), HANGS_ms);
     }
 
+    void whatADecoderDoesNotTakeIsFoundByTheCheck_data()
+    {
+        QTest::addColumn<QByteArray>("receiver");
+        QTest::addColumn<QByteArray>("fault");
+        QTest::newRow("no such alphabet") << QByteArray("command=x\nalphabet=Klingon\n")
+                                          << QByteArray(":5: Klingon: no such alphabet");
+        QTest::newRow("no such map")
+            << QByteArray("command=x\ndecoder=Baudot\nmap=Klingon\n")
+            << QByteArray(":6: no map 'Klingon' is offered for the decoder 'Baudot'\n");
+        QTest::newRow("no frequencies") << QByteArray("command=x\ndecoder=band\nonly=low\n")
+                                        << QByteArray(":6: --only takes two frequencies");
+        QTest::newRow("too many samples for one signal")
+            << QByteArray("command=x\nrate=5000000\n")
+            << QByteArray(":5: --rate takes a whole number from 4000 to 768000");
+        QTest::newRow("no recording")
+            << QByteArray("file=checked.ini\n") << QByteArray("checked.ini: is not a recording");
+    }
+    void whatADecoderDoesNotTakeIsFoundByTheCheck()
+    {
+        QFETCH(QByteArray, receiver);
+        QFETCH(QByteArray, fault);
+        const QString file = m_folder.filePath("checked.ini");
+        QFile::remove(file);
+        writeFile(file, "[station]\nfolder=kept\n[receiver a]\n" + receiver);
+        const auto checked = run({"station", "--check", file});
+        QCOMPARE(checked.status, 1);
+        QVERIFY2(checked.err.contains(fault), checked.err.constData());
+    }
+
     void thePageShowsIt()
     {
         const QRegularExpression line("page: http://127\\.0\\.0\\.1:(\\d+)");

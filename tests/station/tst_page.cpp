@@ -3,6 +3,7 @@
 #include "station/page/stationpage.h"
 
 #include "station/archive/archive.h"
+#include "support/certificate.h"
 #include "support/program.h"
 
 #include <QDir>
@@ -577,11 +578,7 @@ private Q_SLOTS:
     {
         const QString certificate = m_folder.filePath("certificate.pem");
         const QString key = m_folder.filePath("key.pem");
-        QCOMPARE(
-            QProcess::execute("openssl", {"req", "-x509", "-newkey", "ec", "-pkeyopt",
-                                          "ec_paramgen_curve:prime256v1", "-nodes", "-subj",
-                                          "/CN=localhost", "-keyout", key, "-out", certificate}),
-            0);
+        QVERIFY(testsupport::makeCertificate(certificate, key));
         HttpSettings http = local();
         http.certificate = certificate;
         http.key = key;
