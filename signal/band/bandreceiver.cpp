@@ -5,10 +5,10 @@
 #include "signal/band/bandreceiver.h"
 
 #include "signal/band/bandmemory.h"
+#include "signal/band/bandteleprinters.h"
 #include "signal/band/listener.h"
 #include "signal/band/shadows.h"
 #include "signal/band/survey.h"
-#include "signal/band/teleprinterlistener.h"
 #include "signal/band/workers.h"
 #include "signal/samples/samples.h"
 #include "signal/timing.h"
@@ -72,6 +72,7 @@ public:
         , m_found(m_survey.pieces())
         , m_numbers(settings.parameters.admission)
         , m_memory(settings.parameters.signal.attention)
+        , m_teleprinters(m_settings, m_bank, m_shadows, m_numbers, m_memory, m_sink)
     {
         m_settings.mostSignals = std::max<std::size_t>(1, m_settings.mostSignals);
         m_samples.assign(m_before, 0.0F); // silence before the first window
@@ -111,12 +112,9 @@ public:
             else if (isCandidate(signal))
                 noticeTeleprinter(signal.listener->heard());
         }
-        m_workers.forAll(m_teleprinters.size(), [this](std::size_t i) {
-            m_teleprinters[i].listener->process(m_end);
-            m_teleprinters[i].listener->finish();
-        });
-        for (Teleprinter& one : m_teleprinters)
-            giveTeleprinter(one); // what was held back for it is its own, or free
+        m_workers.forAll(m_teleprinters.size(),
+                         [this](std::size_t i) { m_teleprinters.finish(i, m_end); });
+        handOnTeleprinters(); // what was held back for one is its own, or free
         for (Signal* const candidate : candidates) {
             if (!candidate->gone)
                 admit(*candidate);
@@ -141,11 +139,8 @@ public:
                                 speedOf_wpm(signal.listener->chain()->unit_s()),
                                 signal.listener->snr_dB()});
         }
-        for (const Teleprinter& one : m_teleprinters) {
-            if (one.listener->isReceiving())
-                list.push_back(
-                    {one.number, one.line.centre_Hz(), 0.0, one.snr_dB, one.line.kind.baud});
-        }
+        const std::vector<BandSignal> teleprinters = m_teleprinters.signals();
+        list.insert(list.end(), teleprinters.begin(), teleprinters.end());
         std::sort(list.begin(), list.end(),
                   [](const BandSignal& a, const BandSignal& b) { return a.tone_Hz < b.tone_Hz; });
         return list;
@@ -160,23 +155,6 @@ private:
         std::int64_t noticed = 0;           // step at which it was
         double noticedLevel = 0.0;          // what it looked like then
         bool gone = false;
-    };
-    struct Teleprinter
-    {
-        std::unique_ptr<TeleprinterListener> listener;
-        double level; // of the stronger tone
-        double snr_dB;
-        std::int64_t noticed;          // step at which it was
-        int number = 0;                // 0: nothing was given of it yet
-        std::int64_t lastReceived = 0; // step
-        bool isFollowed = false;
-        teleprinter::Line line = {}; // of the last transmission
-    };
-    // For how long a tone is not to be tried again.
-    struct Tried
-    {
-        double tone_Hz;
-        std::int64_t until;
     };
     const AttentionParameters& attention() const { return m_settings.parameters.signal.attention; }
     const AdmissionParameters& admission() const { return m_settings.parameters.admission; }
@@ -218,7 +196,7 @@ private:
             if (i < m_signals.size())
                 m_signals[i].listener->process(m_end);
             else
-                m_teleprinters[i - m_signals.size()].listener->process(m_end);
+                m_teleprinters.process(i - m_signals.size(), m_end);
         });
         handOn();
         m_workers.forAll(m_survey.pieces(), [this](std::size_t piece) {
@@ -243,14 +221,13 @@ private:
             signal.gone = true;
             if (const auto& next = signal.listener->successor()) {
                 if (!isTaken(next->guess.tone_Hz) &&
-                    !isTeleprinter(next->guess.tone_Hz, next->guess.signal))
+                    !m_teleprinters.isOwn(next->guess.tone_Hz, next->guess.signal))
                     successors.push_back(successorOf(*next));
             } else if (signal.number)
                 m_memory.close(signal.listener->tone_Hz(), signal.listener->lastGiven_step() +
                                                                stepsIn(attention().afterLast_s));
         }
-        for (Teleprinter& one : m_teleprinters)
-            giveTeleprinter(one);
+        handOnTeleprinters();
         sweep();
         std::move(successors.begin(), successors.end(), std::back_inserter(m_signals));
     }
@@ -273,61 +250,18 @@ private:
         }
     }
 
-    void giveTeleprinter(Teleprinter& one)
+    void handOnTeleprinters()
     {
-        for (const TeleprinterEvent& event : one.listener->takeEvents()) {
-            switch (event.kind) {
-            case TeleprinterEvent::Kind::Started:
-                one.line = event.line;
-                if (!one.number) {
-                    one.number = m_numbers.add(event.line.centre_Hz(), m_end);
-                    m_sink.teleprinterFound(one.number, event.line, one.snr_dB);
-                }
-                endMorse(one);
-                m_sink.teleprinterStarted(one.number, event.line, event.time_us);
-                break;
-            case TeleprinterEvent::Kind::Character:
-                m_sink.teleprinterCharacter(one.number, event.character, event.time_us);
-                break;
-            case TeleprinterEvent::Kind::Stopped:
-                one.line = event.line;
-                m_sink.teleprinterStopped(one.number, event.line, event.time_us);
-                break;
+        m_teleprinters.handOn(m_end, [this](const BandTeleprinters::IsOf& isOf) {
+            for (Signal& signal : m_signals) {
+                if (signal.gone || !isOf(signal.listener->tone_Hz(), signal.noticedLevel))
+                    continue;
+                if (isHeard(signal))
+                    signal.listener->finish();
+                else
+                    signal.gone = true;
             }
-        }
-        const bool wasFollowed = std::exchange(one.isFollowed, one.listener->isFollowing());
-        if (one.number && wasFollowed && !one.isFollowed) {
-            // What it sent before, between and after its texts is no Morse either.
-            endMorse(one);
-            for (const double tone_Hz : {one.line.mark_Hz, one.line.space_Hz})
-                m_memory.close(tone_Hz, m_end);
-        }
-        if (!one.listener->isReceiving())
-            return;
-        one.lastReceived = m_end;
-        m_numbers.heard(one.number, one.line.centre_Hz(), m_end);
-    }
-
-    // What was taken for Morse before the teleprinter was known.
-    void endMorse(const Teleprinter& one)
-    {
-        for (Signal& signal : m_signals) {
-            if (signal.gone || !isOf(one, signal.listener->tone_Hz(), signal.noticedLevel))
-                continue;
-            if (isHeard(signal))
-                signal.listener->finish();
-            else
-                signal.gone = true;
-        }
-    }
-
-    // A tone of it, or what the edges of its elements leave beside them.
-    bool isOf(const Teleprinter& one, double tone_Hz, double level) const
-    {
-        return one.listener->offset_Hz(tone_Hz) < teleprinterParameters().own_Hz ||
-               one.listener->isBetween(tone_Hz, teleprinterParameters().between_Hz) ||
-               level <
-                   m_settings.parameters.shadow.margin * one.listener->leak(tone_Hz) * one.level;
+        });
     }
 
     // By a listener that was promoted meanwhile.
@@ -374,26 +308,9 @@ private:
     void forgetOld()
     {
         m_memory.forget(m_end - m_bank.keptSteps(), m_end);
-        forgetTeleprinters();
+        m_teleprinters.forget(m_end);
         for (const int number : m_numbers.forget(m_end - stepsIn(admission().remembered_s)))
             m_sink.signalLost(number);
-    }
-
-    void forgetTeleprinters()
-    {
-        m_tried.erase(std::remove_if(m_tried.begin(), m_tried.end(),
-                                     [this](const Tried& tried) { return tried.until < m_end; }),
-                      m_tried.end());
-        for (auto one = m_teleprinters.begin(); one != m_teleprinters.end();) {
-            const bool isOver =
-                one->number ? m_end - one->lastReceived >= stepsIn(admission().remembered_s)
-                            : m_end - one->noticed > stepsIn(teleprinterParameters().within_s);
-            if (!isOver) {
-                ++one;
-                continue;
-            }
-            one = m_teleprinters.erase(one);
-        }
     }
 
     // Before so much has been heard that the begin is not kept any more.
@@ -407,41 +324,10 @@ private:
             noticeTeleprinter({m_tones[i].tone_Hz, m_tones[i].signal, m_tones[i].noise});
     }
 
-    // Also between two transmissions: it hears the next one itself.
-    bool isFollowed(double tone_Hz) const
-    {
-        return std::any_of(
-            m_teleprinters.begin(), m_teleprinters.end(), [&](const Teleprinter& one) {
-                return one.listener->offset_Hz(tone_Hz) < teleprinterParameters().own_Hz;
-            });
-    }
-
     void noticeTeleprinter(const SignalGuess& heard)
     {
-        if (heard.tone_Hz < m_settings.lowest_Hz || heard.tone_Hz > m_settings.highest_Hz ||
-            isTeleprinter(heard.tone_Hz, heard.signal) || isFollowed(heard.tone_Hz))
-            return;
-        const auto isTried = [&](const Tried& tried) {
-            return std::fabs(tried.tone_Hz - heard.tone_Hz) < teleprinterParameters().own_Hz;
-        };
-        if (std::any_of(m_tried.begin(), m_tried.end(), isTried))
-            return;
-        const auto pair = m_shadows.shiftedPair(heard, tonesAndCandidates(), m_end);
-        if (!pair || isFollowed(pair->one.tone_Hz) || isFollowed(pair->other.tone_Hz) ||
-            m_teleprinters.size() >= teleprinterParameters().most)
-            return;
-        const auto [lower_Hz, upper_Hz] = std::minmax(pair->one.tone_Hz, pair->other.tone_Hz);
-        const std::int64_t until =
-            m_end + stepsIn(teleprinterParameters().within_s + teleprinterParameters().notAgain_s);
-        m_tried.push_back({lower_Hz, until});
-        m_tried.push_back({upper_Hz, until});
-        Teleprinter one;
-        one.listener =
-            std::make_unique<TeleprinterListener>(m_bank, lower_Hz, upper_Hz, oldestStep());
-        one.level = std::max(pair->one.signal, pair->other.signal);
-        one.snr_dB = snrOfPair_dB(lower_Hz, upper_Hz);
-        one.noticed = m_end;
-        m_teleprinters.push_back(std::move(one));
+        if (m_teleprinters.mayBegin(heard))
+            m_teleprinters.notice(heard, tonesAndCandidates(), m_end, oldestStep());
     }
 
     // Those that the survey finds, and what it no longer does but a candidate hears.
@@ -460,36 +346,6 @@ private:
                 tones.push_back({heard.tone_Hz, heard.signal, heard.noise, 0.0});
         }
         return tones;
-    }
-
-    // Of the tone that is on. Moments between two elements have less power, so the upper quarter
-    // counts.
-    double snrOfPair_dB(double a_Hz, double b_Hz) const
-    {
-        std::vector<double> powers;
-        double noise = 0.0; // a teleprinter leaves no gaps in which it could be measured
-        for (std::int64_t step =
-                 std::max(oldestStep(), m_end - stepsIn(teleprinterParameters().heard_s));
-             step < m_end; ++step) {
-            powers.push_back(
-                std::max(std::norm(m_bank.value(step, a_Hz)), std::norm(m_bank.value(step, b_Hz))));
-            noise += m_bank.rest(step, 0.5 * (a_Hz + b_Hz));
-        }
-        if (powers.empty())
-            return 0.0;
-        noise /= static_cast<double>(powers.size());
-        const auto quarter = powers.begin() + static_cast<std::ptrdiff_t>(powers.size() * 3 / 4);
-        std::nth_element(powers.begin(), quarter, powers.end());
-        return 10.0 * std::log10(std::max(1e-3, *quarter / (noise * m_bank.step_s() * 500.0)));
-    }
-
-    // Of a teleprinter that sends, or may do.
-    bool isTeleprinter(double tone_Hz, double level) const
-    {
-        return std::any_of(
-            m_teleprinters.begin(), m_teleprinters.end(), [&](const Teleprinter& one) {
-                return isOf(one, tone_Hz, level) && (!one.number || one.listener->isFollowing());
-            });
     }
 
     static bool isCandidate(const Signal& signal)
@@ -512,7 +368,7 @@ private:
             if (m_end - signal.noticed > stepsIn(attention().candidateLife_s))
                 refuse(signal);
         } else if (isCandidate(signal) && heardEnough(chain) &&
-                   !isTeleprinter(signal.listener->tone_Hz(), signal.noticedLevel)) {
+                   !m_teleprinters.isOwn(signal.listener->tone_Hz(), signal.noticedLevel)) {
             if (!isMorse(chain) || isBurst(chain) || !isItself(signal) ||
                 signal.listener->snr_dB() < m_settings.leastSnr_dB)
                 refuse(signal);
@@ -641,8 +497,7 @@ private:
         return std::any_of(
                    m_signals.begin(), m_signals.end(),
                    [&](const Signal& signal) { return signal.number == number && !signal.gone; }) ||
-               std::any_of(m_teleprinters.begin(), m_teleprinters.end(),
-                           [number](const Teleprinter& one) { return one.number == number; });
+               m_teleprinters.hasNumber(number);
     }
 
     std::int64_t oldestStep() const
@@ -675,7 +530,7 @@ private:
         for (const KeyedTone& tone : m_tones) {
             if (tone.tone_Hz < m_settings.lowest_Hz || tone.tone_Hz > m_settings.highest_Hz ||
                 known(tone) || m_memory.isRefused(tone.tone_Hz, tone.signal) ||
-                isTeleprinter(tone.tone_Hz, tone.signal) ||
+                m_teleprinters.isOwn(tone.tone_Hz, tone.signal) ||
                 !standsOut({tone.tone_Hz, tone.signal, tone.noise}, nullptr))
                 continue;
             notice(tone, std::max({heardUntil(tone.tone_Hz),
@@ -815,8 +670,7 @@ private:
     std::vector<Signal> m_signals;
     StationNumbers m_numbers;
     ToneMemory m_memory;
-    std::vector<Teleprinter> m_teleprinters;
-    std::vector<Tried> m_tried; // as teleprinters
+    BandTeleprinters m_teleprinters;
     std::size_t m_dropped = 0;
 };
 
