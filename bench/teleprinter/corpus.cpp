@@ -218,6 +218,8 @@ const std::vector<Condition>& conditions()
                 [](Machine& machine, TonePath&) { machine.fasterClock = 0.02; }),
         changed("stop1", "stop of 1 element, +6 dB", 6.0,
                 [](Machine& machine, TonePath&) { machine.stop_bits = 1.0; }),
+        changed("late", "after 20 s of noise, +6 dB", 6.0,
+                [](Machine&, TonePath& path) { path.before_s = 20.0; }),
         changed("clicks", "3 clicks a second", 20.0,
                 [](Machine&, TonePath& path) { path.clicks_per_s = 3.0; }),
         changed("fading", "fading, 15 dB", 20.0,

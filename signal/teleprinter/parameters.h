@@ -186,8 +186,8 @@ struct SearchParameters
     double longestWait_s = 1.5;
     // The first seconds may have looked like another line than what follows.
     double checkEvery_s = 2.5;
-    int checks = 2;            ///< so many times it is looked whether it is
-    double heardAgain_s = 9.0; ///< of what came before a signal was noticed
+    int checks = 2;             ///< so many times it is looked whether it is
+    double heardAgain_s = 14.0; ///< of what came before a signal was noticed (row: typed)
 };
 
 struct Parameters

@@ -24,6 +24,7 @@ public:
         , m_bit(input.rate_Hz / line.baud)
         , m_nominalBit(m_bit)
         , m_decided(static_cast<double>(begin))
+        , m_acquired(static_cast<double>(input.history.end()))
         , m_pauses(input.parameters.framing)
     {
         m_search.format.dataBits = line.kind.dataBits;
@@ -114,6 +115,10 @@ private:
         const double passed_s = (decided - m_decided) / m_input.rate_Hz;
         const bool isPresent =
             frames.score > m_own.present_per_s * static_cast<float>(m_own.span_s);
+        // What is heard again begins before the signal does.
+        m_wasPresent = m_wasPresent || isPresent || decided > m_acquired;
+        if (!m_wasPresent)
+            return;
         m_absent_s = isPresent ? 0.0 : m_absent_s + passed_s;
         m_idle_s = count > 0 ? 0.0 : m_idle_s + passed_s;
         const bool isForm =
@@ -143,7 +148,9 @@ private:
     double m_bit;
     double m_nominalBit;
     double m_decided;
+    double m_acquired; // by then there was a signal
     bool m_isAfterFrame = false;
+    bool m_wasPresent = false;
     bool m_isOver = false;
     int m_spans = 0;
     double m_absent_s = 0.0;

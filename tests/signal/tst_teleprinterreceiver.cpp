@@ -270,6 +270,12 @@ void tst_TeleprinterReceiver::itReadsWithoutSettings_data()
     add("reversed", [](Machine&, TonePath& path) { path.reversed = true; });
     add("one stop element", [](Machine& machine, TonePath&) { machine.stop_bits = 1.0; });
     add("typed by hand", [](Machine& machine, TonePath&) { machine.typedPause_bits = 4.0; });
+    // The longer nothing was there, the later it is found.
+    add("typed slowly, after 16 s of noise", [](Machine& machine, TonePath& path) {
+        machine.typedPause_bits = 6.0;
+        path.before_s = 16.0;
+    });
+    add("after 12 s of noise", [](Machine&, TonePath& path) { path.before_s = 12.0; });
     add("clock 2 % fast", [](Machine& machine, TonePath&) { machine.fasterClock = 0.02; });
     add("tones fading in turn", [](Machine&, TonePath& path) { path.selective_dB = 12.0; });
     add("keyed carrier beside it", [](Machine&, TonePath& path) { path.carrier_dB = -3.0; });
@@ -281,6 +287,11 @@ void tst_TeleprinterReceiver::itReadsWithoutSettings_data()
     add("Sitor-B", [](Machine& machine, TonePath&) {
         machine.code = TeleprinterCode::SitorB;
         machine.baud = 100.0;
+    });
+    add("Sitor-B, after 12 s of noise", [](Machine& machine, TonePath& path) {
+        machine.code = TeleprinterCode::SitorB;
+        machine.baud = 100.0;
+        path.before_s = 12.0;
     });
 }
 
