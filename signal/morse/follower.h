@@ -4,12 +4,12 @@
 #pragma once
 
 #include "signal/morse/baseband.h"
+#include "signal/morse/noisearound.h"
 #include "signal/morse/signalchain.h"
 #include "signal/morse/tonefinder.h"
 #include "signal/samples/samples.h"
 
 #include <cstdint>
-#include <map>
 #include <optional>
 
 namespace demodulator {
@@ -36,13 +36,10 @@ public:
 
 private:
     std::int64_t sample(std::int64_t step) const { return step * m_baseband.stepSamples(); }
-    double floorAround(const ToneFinder& finder, std::int64_t frame);
 
     Baseband m_baseband;
     SignalChain m_chain;
-    std::map<std::int64_t, double> m_floors; // by frame, since the beginning
-    std::int64_t m_floorFrame = -1;
-    double m_floor = 0.0; // around it
+    NoiseAround m_noise;
 };
 
 } // namespace demodulator
