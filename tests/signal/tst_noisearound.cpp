@@ -14,17 +14,19 @@ namespace {
 constexpr double RATE_Hz = 8000.0;
 constexpr double TONE_Hz = 700.0;
 
-// Frames of noise, each louder than the one before, so that every one has a floor of its own.
-ToneFinder risingNoise(std::int64_t frames)
+// Frames of noise, each louder than the one before, so that every one has a floor of its own. From
+// 50 to 54 there may be a crash.
+ToneFinder risingNoise(std::int64_t frames, float crash = 1.0F)
 {
     ToneFinder finder(RATE_Hz);
     const double duration_s = static_cast<double>(finder.frameLength()) / RATE_Hz + 0.001;
     const std::vector<float> noise = testsupport::noise(duration_s, 0.001, RATE_Hz, "rising");
     std::vector<float> frame(finder.frameLength());
     for (std::int64_t n = 0; n < frames; ++n) {
-        std::transform(
-            noise.begin(), noise.begin() + static_cast<std::ptrdiff_t>(frame.size()), frame.begin(),
-            [n](float sample) { return sample * (1.0F + 0.01F * static_cast<float>(n)); });
+        const float level =
+            (1.0F + 0.01F * static_cast<float>(n)) * (n >= 50 && n <= 54 ? crash : 1.0F);
+        std::transform(noise.begin(), noise.begin() + static_cast<std::ptrdiff_t>(frame.size()),
+                       frame.begin(), [level](float sample) { return sample * level; });
         finder.push(frame.data());
     }
     return finder;
@@ -75,11 +77,19 @@ private Q_SLOTS:
         for (std::int64_t frame = 30; frame < 80; ++frame)
             QCOMPARE(noise.at(finder, TONE_Hz, frame), floorOf(finder, frame));
     }
+    void aCrashOfStaticDoesNotCount()
+    {
+        const ToneFinder finder = risingNoise(100, 30.0F);
+        NoiseAround noise;
+        // Of 36 to 66 the five loudest are those of the crash.
+        QCOMPARE(noise.at(finder, TONE_Hz, 51), floorOf(finder, 56));
+    }
     void withoutFramesThereIsNone()
     {
         const ToneFinder finder(RATE_Hz);
         NoiseAround noise;
         QCOMPARE(noise.at(finder, TONE_Hz, 0), 0.0);
+        QVERIFY(noise.at(risingNoise(100), TONE_Hz, 5) > 0.0);
         QCOMPARE(noise.at(risingNoise(300), TONE_Hz, 20), 0.0); // all forgotten
     }
 };
