@@ -34,6 +34,12 @@ struct Conditions
     QVariantList values;
 
     QString joined() const { return texts.join(QLatin1String(" AND ")); }
+    /// From an index that is not to be used: of a value that is reckoned with there is none.
+    void hide()
+    {
+        for (QString& text : texts)
+            text.prepend(QLatin1Char('+'));
+    }
     Conditions& operator+=(const Conditions& others)
     {
         texts += others.texts;
@@ -41,6 +47,9 @@ struct Conditions
         return *this;
     }
 };
+
+// Conditions that one index serves.
+enum Group : std::size_t { TIME, FREQUENCY, RECEIVER, DECODER, STATION };
 
 // A row each: what is said, and the value that a query gives for it; none where it says nothing.
 struct Condition
@@ -68,10 +77,16 @@ constexpr Condition FREQUENCY_CONDITIONS[] = {
     {"frequency_hz >= ?", [](const ArchiveQuery& query) { return given(query.lowest_Hz); }},
     {"frequency_hz <= ?", [](const ArchiveQuery& query) { return given(query.highest_Hz); }},
 };
-constexpr Condition OTHER_CONDITIONS[] = {
-    {"decoder = ?", [](const ArchiveQuery& query) { return given(query.decoder); }},
+constexpr Condition RECEIVER_CONDITIONS[] = {
     {"receiver = ?", [](const ArchiveQuery& query) { return given(query.receiver); }},
+};
+constexpr Condition DECODER_CONDITIONS[] = {
+    {"decoder = ?", [](const ArchiveQuery& query) { return given(query.decoder); }},
+};
+constexpr Condition STATION_CONDITIONS[] = {
     {"station = ?", [](const ArchiveQuery& query) { return given(query.station); }},
+};
+constexpr Condition ID_CONDITIONS[] = {
     {"id > ?",
      [](const ArchiveQuery& query) {
          return query.after > 0 ? QVariant(query.after) : QVariant();
@@ -93,6 +108,14 @@ Conditions conditionsIn(const ArchiveQuery& query, const Condition (&rows)[COUNT
         conditions.values += value;
     }
     return conditions;
+}
+
+// In the order of Group.
+std::vector<Conditions> groupsOf(const ArchiveQuery& query)
+{
+    return {conditionsIn(query, TIME_CONDITIONS), conditionsIn(query, FREQUENCY_CONDITIONS),
+            conditionsIn(query, RECEIVER_CONDITIONS), conditionsIn(query, DECODER_CONDITIONS),
+            conditionsIn(query, STATION_CONDITIONS)};
 }
 
 } // namespace
@@ -283,23 +306,67 @@ bool Archive::isNarrow(const QString& conditions, const QVariantList& values)
     return rows && *rows <= NARROW_ROWS;
 }
 
+// A database without statistics takes any index for a good one.
+Archive::Plan Archive::planOf(const ArchiveQuery& query, bool hasWords)
+{
+    Plan plan;
+    if (query.id || query.key.size() > 0 || query.after > 0)
+        return plan;
+    const std::vector<Conditions> groups = groupsOf(query);
+    for (std::size_t index = 0; index < groups.size(); ++index) {
+        const Conditions& group = groups[index];
+        if (group.texts.isEmpty() || !isNarrow(group.joined(), group.values))
+            continue;
+        plan.group = index;
+        plan.isNarrow = true;
+        return plan;
+    }
+    // What is found in the order of ids passes by all that was archived since, where that is much.
+    const Conditions& time = groups[TIME];
+    const auto isAmongLatest = [&] {
+        return number(QStringLiteral("SELECT max(id) FROM (SELECT id, start_us FROM transmissions "
+                                     "ORDER BY id DESC LIMIT %1) WHERE %2")
+                          .arg(NARROW_ROWS)
+                          .arg(time.joined()),
+                      time.values)
+                   .value_or(0) > 0;
+    };
+    if (query.until_us && !isAmongLatest()) {
+        plan.newest = number(QStringLiteral("SELECT max(id) FROM (SELECT id FROM transmissions "
+                                            "INDEXED BY by_start WHERE %1)")
+                                 .arg(time.joined()),
+                             time.values)
+                          .value_or(ANY_ID);
+    }
+    // Their indices have the order of ids.
+    for (const std::size_t index : {RECEIVER, DECODER}) {
+        if (!hasWords && plan.group == NO_GROUP && !groups[index].texts.isEmpty())
+            plan.group = index;
+    }
+    return plan;
+}
+
 std::optional<std::vector<ArchivedTransmission>> Archive::search(const ArchiveQuery& wantedQuery)
 {
-    const Conditions time = conditionsIn(wantedQuery, TIME_CONDITIONS);
-    const Conditions frequency = conditionsIn(wantedQuery, FREQUENCY_CONDITIONS);
-    Conditions all = time;
-    all += frequency;
-    all += conditionsIn(wantedQuery, OTHER_CONDITIONS);
-
     const std::vector<WantedWord> wanted = wantedWords(wantedQuery.words);
-    // Where time or frequency leave few rows, those are read instead and compared here.
-    bool comparesHere = false;
-    if (!wanted.empty() && m_dialect.hasSlowWords) {
-        for (const Conditions& one : {time, frequency})
-            comparesHere =
-                comparesHere || (!one.texts.isEmpty() && isNarrow(one.joined(), one.values));
-    }
+    const Plan plan = m_dialect.plansItself ? Plan() : planOf(wantedQuery, !wanted.empty());
+    const bool comparesHere = plan.isNarrow && !wanted.empty();
     const bool asksIndex = !wanted.empty() && !comparesHere;
+    Conditions all = conditionsIn(wantedQuery, ID_CONDITIONS);
+    if (plan.isNarrow)
+        all.hide();
+    if (plan.newest != ANY_ID) {
+        all.texts +=
+            QLatin1String(asksIndex ? m_dialect.orderOfFound : "id") + QStringLiteral(" <= ?");
+        all.values += plan.newest;
+    }
+    const std::vector<Conditions> groups = groupsOf(wantedQuery);
+    for (std::size_t index = 0; index < groups.size(); ++index) {
+        Conditions group = groups[index];
+        if (!m_dialect.plansItself && plan.group != index)
+            group.hide();
+        all += group;
+    }
     QString sql = QStringLiteral("SELECT id, %1 FROM transmissions").arg(columnNames());
     if (asksIndex) {
         sql += QLatin1String(m_dialect.join);
@@ -308,8 +375,9 @@ std::optional<std::vector<ArchivedTransmission>> Archive::search(const ArchiveQu
     }
     if (!all.texts.isEmpty())
         sql += QStringLiteral(" WHERE ") + all.joined();
-    sql += QStringLiteral(" ORDER BY %1 %2")
-               .arg(QLatin1String(asksIndex ? m_dialect.orderOfFound : "id"),
+    sql += QStringLiteral(" ORDER BY %1%2 %3")
+               .arg(QLatin1String(plan.isNarrow ? "+" : ""),
+                    QLatin1String(asksIndex ? m_dialect.orderOfFound : "id"),
                     QLatin1String(wantedQuery.isOldestFirst ? "ASC" : "DESC"));
     if (!comparesHere)
         sql += QStringLiteral(" LIMIT %1").arg(wantedQuery.limit);

@@ -91,6 +91,17 @@ private:
     std::optional<qint64> number(const QString& sql, const QVariantList& values = {});
     bool isNarrow(const QString& conditions, const QVariantList& values);
 
+    static constexpr std::size_t NO_GROUP = ~std::size_t{0};
+    static constexpr qint64 ANY_ID = std::numeric_limits<qint64>::max();
+    /// How a search goes about it.
+    struct Plan
+    {
+        std::size_t group = NO_GROUP; ///< of conditions, whose index is used
+        bool isNarrow = false;        ///< so few rows that words are compared here
+        qint64 newest = ANY_ID;       ///< that none of what is wanted is above
+    };
+    Plan planOf(const ArchiveQuery& query, bool hasWords);
+
     QString m_connection; ///< its name
     const ArchiveDialect& m_dialect;
     QString m_error;

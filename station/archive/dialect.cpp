@@ -79,7 +79,9 @@ const ArchiveDialect SQLITE = {
      {"CREATE TABLE recordings (key TEXT PRIMARY KEY, source TEXT, transmissions INTEGER)",
       "PRAGMA user_version = 2"},
      {"UPDATE transmissions SET station = '' WHERE station IS NULL", "DROP INDEX by_stop",
-      "CREATE INDEX by_station ON transmissions (station, stop_us)", "PRAGMA user_version = 3"}},
+      "CREATE INDEX by_station ON transmissions (station, stop_us)", "PRAGMA user_version = 3"},
+     {"CREATE INDEX by_receiver ON transmissions (receiver)",
+      "CREATE INDEX by_decoder ON transmissions (decoder)", "PRAGMA user_version = 4"}},
     nullptr,
     "INSERT OR IGNORE INTO ",
     "",
@@ -90,7 +92,7 @@ const ArchiveDialect SQLITE = {
     "words MATCH ?",
     sqliteMatch,
     "words.rowid",
-    true,
+    false,
     "SELECT (page_count - freelist_count) * page_size "
     "FROM pragma_page_count, pragma_freelist_count, pragma_page_size",
 };
@@ -116,7 +118,10 @@ const ArchiveDialect POSTGRESQL = {
       "COMMENT ON TABLE transmissions IS '2'"},
      {"UPDATE transmissions SET station = '' WHERE station IS NULL", "DROP INDEX by_stop",
       "CREATE INDEX by_station ON transmissions (station, stop_us)",
-      "COMMENT ON TABLE transmissions IS '3'"}},
+      "COMMENT ON TABLE transmissions IS '3'"},
+     {"CREATE INDEX by_receiver ON transmissions (receiver, id)",
+      "CREATE INDEX by_decoder ON transmissions (decoder, id)",
+      "COMMENT ON TABLE transmissions IS '4'"}},
     // Ids become visible in ascending order, whichever station writes.
     "SELECT pg_advisory_xact_lock(7025000)",
     "INSERT INTO ",
@@ -128,7 +133,7 @@ const ArchiveDialect POSTGRESQL = {
     "words @@ CAST(? AS tsquery)",
     postgresqlMatch,
     "id",
-    false,
+    true,
     "SELECT 0",
 };
 

@@ -34,8 +34,8 @@ struct ArchiveDialect
     const char* condition; ///< that the words are there
     QString (*match)(const std::vector<WantedWord>&);
     const char* orderOfFound; ///< by the words: the id, as the index has it
-    /// The index of words gives its rows one after the other, whatever other conditions there are.
-    bool hasSlowWords;
+    /// Chooses by how many rows there are; where it does not, a search counts them.
+    bool plansItself;
     const char* size; ///< a query: bytes in use
 };
 

@@ -194,6 +194,84 @@ private Q_SLOTS:
         QCOMPARE(morsehost::recordingKey(m_folder.path(), {}), QString());
     }
 
+    // More than are read one by one: which way is taken makes no difference to what is found.
+    void ofManyTheLatestAreFound()
+    {
+        constexpr int ROWS = 42000;
+        constexpr int LIMIT = 40;
+        std::vector<ArchiveRecord> records;
+        for (int row = 0; row < ROWS; ++row) {
+            // A piece of what was heard first is archived last.
+            const int second = (row + 1000) % ROWS;
+            ArchiveRecord record =
+                recordOf(QString("CQ N%1").arg(row), second, 7000000 + 1000 * (row % 3));
+            record.transmission.receiver = row % 3000 == 7 ? "rare" : "usual";
+            record.transmission.decoder = row < 20500 ? "Morse" : "Baudot";
+            record.station = row % 4000 == 9 ? "south" : "north";
+            record.key = QString::number(row);
+            records.push_back(record);
+        }
+        QVERIFY2(m_archive->add(records), qPrintable(m_archive->error()));
+
+        struct Time
+        {
+            std::optional<qint64> since_us;
+            std::optional<qint64> until_us;
+        };
+        const auto at = [](int second) { return std::optional<qint64>(second * SECOND_us); };
+        const Time times[] = {{},
+                              {at(100), {}},
+                              {{}, at(41000)},
+                              {{}, at(30000)},
+                              {at(500), at(25000)},
+                              {at(20000), at(20100)},
+                              {at(990), at(1010)}};
+        for (const Time& time : times) {
+            for (const char* const word : {"", "CQ", "N7"}) {
+                for (const char* const receiver : {"", "usual", "rare", "none"}) {
+                    for (const char* const decoder : {"", "Baudot"}) {
+                        ArchiveQuery query;
+                        query.since_us = time.since_us;
+                        query.until_us = time.until_us;
+                        query.receiver = receiver;
+                        query.decoder = decoder;
+                        if (*receiver == 'u')
+                            query.lowest_Hz = 7000500;
+                        if (*receiver == 'r')
+                            query.station = "north";
+                        if (*word != 0)
+                            query.words = QStringList{word};
+                        query.limit = LIMIT;
+                        QStringList expected;
+                        for (int row = ROWS - 1; row >= 0 && expected.size() < LIMIT; --row) {
+                            const ArchiveRecord& one = records[std::size_t(row)];
+                            const auto& heard = one.transmission;
+                            const bool isWanted =
+                                (!time.since_us || heard.start_us >= *time.since_us) &&
+                                (!time.until_us || heard.start_us < *time.until_us) &&
+                                (query.receiver.isEmpty() || heard.receiver == query.receiver) &&
+                                (query.decoder.isEmpty() || heard.decoder == query.decoder) &&
+                                (query.station.isEmpty() || one.station == query.station) &&
+                                (!query.lowest_Hz || *heard.frequency_Hz >= *query.lowest_Hz) &&
+                                (*word == 0 || heard.text.split(' ').contains(word));
+                            if (isWanted)
+                                expected += heard.text;
+                        }
+                        const QStringList found = textsOf(m_archive->search(query));
+                        QVERIFY2(found == expected,
+                                 qPrintable(QString("since %1 until %2 '%3' of '%4' by '%5': %6, "
+                                                    "not %7")
+                                                .arg(time.since_us.value_or(-1))
+                                                .arg(time.until_us.value_or(-1))
+                                                .arg(word, receiver, decoder)
+                                                .arg(found.join(", ").left(300))
+                                                .arg(expected.join(", ").left(300))));
+                    }
+                }
+            }
+        }
+    }
+
     // Only files are that old.
     void anArchiveOfTheFirstVersionIsTakenOver()
     {
@@ -209,8 +287,8 @@ private Q_SLOTS:
             QVERIFY(database.open());
             QSqlQuery query(database);
             for (const char* const sql :
-                 {"DROP TABLE recordings", "DROP INDEX by_station",
-                  "CREATE INDEX by_stop ON transmissions (stop_us)",
+                 {"DROP TABLE recordings", "DROP INDEX by_station", "DROP INDEX by_receiver",
+                  "DROP INDEX by_decoder", "CREATE INDEX by_stop ON transmissions (stop_us)",
                   "UPDATE transmissions SET station = NULL", "PRAGMA user_version = 1"})
                 QVERIFY2(query.exec(sql), sql);
             database.close();
