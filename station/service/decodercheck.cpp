@@ -25,6 +25,8 @@ QString refusal(const ReceiverSettings& receiver, const QString& program)
     // A recording would be heard to its end.
     ReceiverSettings silent = receiver;
     silent.file.clear();
+    // Pictures need a folder; whether files are kept has been looked at.
+    silent.options.removeAll(QStringLiteral("--pictures"));
     QProcess decoder;
     decoder.setStandardInputFile(QProcess::nullDevice());
     decoder.setStandardOutputFile(QProcess::nullDevice());

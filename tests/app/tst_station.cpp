@@ -88,6 +88,30 @@ private Q_SLOTS:
         QVERIFY2(checked.err.contains(fault), checked.err.constData());
     }
 
+    void whatDecodersTakePassesTheCheck_data()
+    {
+        QTest::addColumn<QByteArray>("receiver");
+        QTest::newRow("a signal") << QByteArray("command=x\npictures=yes\nalphabet=Greek\nwpm=20\n"
+                                                "tone=600\nrate=48000\nfrequency=7e6\n");
+        QTest::newRow("a recording")
+            << QByteArray("file=" PROJECT_DATA_DIR "/samples/evening.flac\nrepeat=5\n");
+        QTest::newRow("a band") << QByteArray("tcp=host:1\ndecoder=band\nrate=96000\niq=yes\n"
+                                              "center=7e6\nonly=7000000-7040000\nformat=u8\n");
+        QTest::newRow("a teleprinter")
+            << QByteArray("command=x\ndecoder=Baudot\nmap=Russian\nbaud=50\nshift=170\n"
+                          "reverse=yes\ntone=1500\n");
+    }
+    void whatDecodersTakePassesTheCheck()
+    {
+        QFETCH(QByteArray, receiver);
+        const QString file = m_folder.filePath("checked.ini");
+        QFile::remove(file);
+        writeFile(file, "[station]\nfolder=kept\n[receiver a]\n" + receiver);
+        const auto checked = run({"station", "--check", file});
+        QCOMPARE(checked.err, QByteArray());
+        QCOMPARE(checked.status, 0);
+    }
+
     void thePageShowsIt()
     {
         const QRegularExpression line("page: http://127\\.0\\.0\\.1:(\\d+)");
