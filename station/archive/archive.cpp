@@ -18,6 +18,8 @@ namespace {
 
 // So many rows are read and compared faster than an index of words is asked.
 constexpr int NARROW_ROWS = 20000;
+// So many are looked through faster than most of the index of times.
+constexpr int LATEST_ROWS = 1000000;
 
 QString columnNames()
 {
@@ -306,6 +308,27 @@ bool Archive::isNarrow(const QString& conditions, const QVariantList& values)
     return rows && *rows <= NARROW_ROWS;
 }
 
+// Of the rows that fulfil conditions of time: among the latest, else by the index, which is read as
+// far as the time goes.
+qint64 Archive::newestOf(const QString& conditions, const QVariantList& values)
+{
+    for (const int latest : {NARROW_ROWS, LATEST_ROWS}) {
+        const std::optional<qint64> newest =
+            number(QStringLiteral("SELECT max(id) FROM (SELECT id, start_us FROM transmissions "
+                                  "ORDER BY id DESC LIMIT %1) WHERE %2")
+                       .arg(latest)
+                       .arg(conditions),
+                   values);
+        if (newest.value_or(0) > 0)
+            return *newest;
+    }
+    return number(QStringLiteral("SELECT max(id) FROM (SELECT id FROM transmissions "
+                                 "INDEXED BY by_start WHERE %1)")
+                      .arg(conditions),
+                  values)
+        .value_or(ANY_ID);
+}
+
 // A database without statistics takes any index for a good one.
 Archive::Plan Archive::planOf(const ArchiveQuery& query, bool hasWords)
 {
@@ -321,23 +344,9 @@ Archive::Plan Archive::planOf(const ArchiveQuery& query, bool hasWords)
         plan.isNarrow = true;
         return plan;
     }
-    // What is found in the order of ids passes by all that was archived since, where that is much.
-    const Conditions& time = groups[TIME];
-    const auto isAmongLatest = [&] {
-        return number(QStringLiteral("SELECT max(id) FROM (SELECT id, start_us FROM transmissions "
-                                     "ORDER BY id DESC LIMIT %1) WHERE %2")
-                          .arg(NARROW_ROWS)
-                          .arg(time.joined()),
-                      time.values)
-                   .value_or(0) > 0;
-    };
-    if (query.until_us && !isAmongLatest()) {
-        plan.newest = number(QStringLiteral("SELECT max(id) FROM (SELECT id FROM transmissions "
-                                            "INDEXED BY by_start WHERE %1)")
-                                 .arg(time.joined()),
-                             time.values)
-                          .value_or(ANY_ID);
-    }
+    // What is found in the order of ids would pass by all that was archived since.
+    if (query.until_us)
+        plan.newest = newestOf(groups[TIME].joined(), groups[TIME].values);
     // Their indices have the order of ids.
     for (const std::size_t index : {RECEIVER, DECODER}) {
         if (!hasWords && plan.group == NO_GROUP && !groups[index].texts.isEmpty())

@@ -90,6 +90,7 @@ private:
     bool insert(const std::vector<ArchiveRecord>& records);
     std::optional<qint64> number(const QString& sql, const QVariantList& values = {});
     bool isNarrow(const QString& conditions, const QVariantList& values);
+    qint64 newestOf(const QString& conditions, const QVariantList& values);
 
     static constexpr std::size_t NO_GROUP = ~std::size_t{0};
     static constexpr qint64 ANY_ID = std::numeric_limits<qint64>::max();
