@@ -333,7 +333,7 @@ qint64 Archive::newestOf(const QString& conditions, const QVariantList& values)
 Archive::Plan Archive::planOf(const ArchiveQuery& query, bool hasWords)
 {
     Plan plan;
-    if (query.id || query.key.size() > 0 || query.after > 0)
+    if (query.id || !query.key.isEmpty() || query.after > 0)
         return plan;
     const std::vector<Conditions> groups = groupsOf(query);
     for (std::size_t index = 0; index < groups.size(); ++index) {
