@@ -83,14 +83,18 @@ node() {
     pids+=($!)
     daemons[$1]=$!
 }
+# is_of NODE PROCESS: whether a task of the node started it.
+is_of() {
+    [ "$({ tr '\0' '\n' <"/proc/$2/environ"; } 2>/dev/null |
+        grep -cxF -e "SLURMD_NODENAME=$1" -e "SLURM_CONF=$work/slurm.conf")" = 2 ]
+}
 # The processes of a node: its daemon, the tasks, which say where they run, and above them the steps'
 # daemons, which are nobody's children.
 processes_of() {
     local process parent
     echo "${daemons[$1]}"
     for process in /proc/[0-9]*; do
-        [ "$({ tr '\0' '\n' <"$process/environ"; } 2>/dev/null |
-            grep -cxF -e "SLURMD_NODENAME=$1" -e "SLURM_CONF=$work/slurm.conf")" = 2 ] || continue
+        is_of "$1" "${process#/proc/}" || continue
         echo "${process#/proc/}"
         parent=$(ps -o ppid= -p "${process#/proc/}" | tr -d ' ')
         [ "$(ps -o comm= -p "${parent:-0}")" != slurmstepd ] || echo "$parent"
@@ -114,19 +118,22 @@ echo "As a job array"
     "$work/recordings" >"$work/cluster.log" 2>&1 &
 submitted=$!
 archived() { { morsehost search --archive "$work/cluster.db" --limit 100000 2>/dev/null || true; } | wc -l; }
-# Half of them are done, and a task runs on the node.
-until [ "$(archived)" -gt $((recordings * 3 / 2)) ] && squeue -h -w 2 -t R | grep -q .; do read -rt 0.2 <> <(:) || true; done
-echo "$(archived) transmissions are archived"
-# Recordings are short: a task may have ended since. Besides the daemon a node has the task's own daemon,
-# its shell and the decoder.
-until
-    mapfile -t found < <(processes_of 2)
-    kill -STOP "${found[@]}" 2>/dev/null
-    [ "$(processes_of 2 | wc -l)" -ge 4 ]
-do
-    kill -CONT "${found[@]}" 2>/dev/null || true
-    read -rt 0.1 <> <(:) || true
+# Half of them are done, and a task runs on the node: it is held, since a recording takes but a moment.
+hold_task() {
+    local process
+    for process in $(pgrep -x morsehost); do
+        if is_of 2 "$process" && kill -STOP "$process" && grep -q '^State:.*stopped' "/proc/$process/status"; then
+            return
+        fi
+    done
+    return 1
+}
+until [ "$(archived)" -gt $((recordings * 3 / 2)) ]; do read -rt 0.2 <> <(:) || true; done
+until hold_task 2>/dev/null; do
+    squeue -h | grep . >/dev/null || { echo "BAD: no task was caught on the node" && exit 1; }
+    read -rt 0.05 <> <(:) || true
 done
+echo "$(archived) transmissions are archived"
 kill_node 2
 await 'down' sinfo -h -n 2 -o '%t'
 node 2
