@@ -103,10 +103,12 @@ private:
         }
         m_pauses.update();
         judge(frames, count, framing, decided);
-        follow(tones, seen);
+        if (m_wasPresent) { // noise would lead tones and clock astray
+            follow(tones, seen);
+            ++m_spans;
+        }
         m_decided = decided;
         m_isAfterFrame = isAfterFrame;
-        ++m_spans;
     }
 
     // Whether there is still a teleprinter.
@@ -152,7 +154,7 @@ private:
     bool m_isAfterFrame = false;
     bool m_wasPresent = false;
     bool m_isOver = false;
-    int m_spans = 0;
+    int m_spans = 0; // with the signal
     double m_absent_s = 0.0;
     double m_idle_s = 0.0;
     double m_formless_s = 0.0;

@@ -100,8 +100,10 @@ private:
         m_wasHeard = m_wasHeard || (isPresent && isForm);
         m_isOver = m_wasHeard && m_absent_s > m_own.overAfter_s;
         m_next = end;
-        ++m_spans;
-        follow(tones, seen);
+        if (m_wasHeard) { // noise would lead tones and clock astray
+            follow(tones, seen);
+            ++m_spans;
+        }
     }
 
     // Of two that follow each other, one is direct and one repeats: which, is seen from whether the
