@@ -7,6 +7,9 @@ namespace demodulator {
 /// Length of a step. Steps of 4 ms resolve the dots of 60 words a minute (20 ms) five times.
 constexpr double STEP_s = 0.004;
 
+/// Length of the Hann window that makes a step: three, one a step, add up to a flat sum.
+constexpr int WINDOW_STEPS = 3;
+
 /// Spectra in which tones are looked for: their length and the time between two. A spectrum holds
 /// about one dot at 20 words a minute, so that its power swings with the keying.
 constexpr double FRAME_s = 0.064;

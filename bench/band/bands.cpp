@@ -2,6 +2,7 @@
 #include "band/bands.h"
 
 #include "reception/corpus.h"
+#include "signal/numbers.h"
 #include "support/random.h"
 
 #include <algorithm>
@@ -17,7 +18,7 @@ using testsupport::Random;
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
+using demodulator::PI;
 constexpr double RISE_s = 0.005;
 constexpr double LARGEST_OFFSET_Hz = 40.0; // of a station that answers
 constexpr double LARGEST_JITTER_units = 0.08;

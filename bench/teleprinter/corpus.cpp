@@ -2,6 +2,7 @@
 #include "teleprinter/corpus.h"
 
 #include "reception/corpus.h"
+#include "signal/numbers.h"
 #include "support/disturbances.h"
 #include "support/morsecode.h"
 #include "support/random.h"
@@ -19,7 +20,7 @@ using testsupport::Random;
 using testsupport::TeleprinterCode;
 using testsupport::TonePath;
 
-constexpr double PI = 3.14159265358979323846;
+using demodulator::PI;
 constexpr std::size_t LINE_LENGTH = 64;
 constexpr double LOWEST_CENTRE_Hz = 1000.0;
 constexpr double HIGHEST_CENTRE_Hz = 2000.0;

@@ -2,6 +2,7 @@
 #include "signal/band/narrowsound.h"
 
 #include "signal/numbers.h"
+#include "signal/timing.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,8 +11,7 @@ namespace demodulator {
 
 namespace {
 
-constexpr std::size_t STEP = 16;        // samples of the sound
-constexpr std::size_t WINDOW_STEPS = 3; // of the bank: Hann windows that add up to a constant
+constexpr std::size_t STEP = 16; // samples of the sound
 constexpr std::size_t WINDOW = WINDOW_STEPS * STEP;
 
 } // namespace

@@ -13,13 +13,12 @@ namespace demodulator {
 
 namespace {
 
-constexpr std::size_t WINDOW_STEPS = 3; // Hann, as a single signal's mixer has it
-constexpr std::size_t SIZE_STEPS = 4;   // filters lie 62.5 Hz apart, closer than they are wide
-constexpr int TAPS = 6;                 // filters that make up the one at a tone: exact to 0.1 %
-constexpr int PLACES = 64;              // between two filters, for which the taps are known
-constexpr std::size_t BLOCK = 24;       // filters, 1.5 kHz: more than one signal and its clicks
-constexpr std::size_t LOW_ONE_IN = 4;   // of their powers: neighbours fill less than the rest
-constexpr double LOW_OF_MEAN = 0.281;   // the sixth of 24 powers of noise, over their mean
+constexpr std::size_t SIZE_STEPS = 4; // filters lie 62.5 Hz apart, closer than they are wide
+constexpr int TAPS = 6;               // filters that make up the one at a tone: exact to 0.1 %
+constexpr int PLACES = 64;            // between two filters, for which the taps are known
+constexpr std::size_t BLOCK = 24;     // filters, 1.5 kHz: more than one signal and its clicks
+constexpr std::size_t LOW_ONE_IN = 4; // of their powers: neighbours fill less than the rest
+constexpr double LOW_OF_MEAN = 0.281; // the sixth of 24 powers of noise, over their mean
 
 // Of the window's square, at a frequency in units of the spacing between filters.
 double response(const std::vector<float>& window, double spacings, std::size_t size)

@@ -2,6 +2,7 @@
 #include "signal/morse/baseband.h"
 
 #include "signal/numbers.h"
+#include "signal/timing.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,8 +10,6 @@
 namespace demodulator {
 
 namespace {
-
-constexpr int WINDOW_STEPS = 3; // Hann windows three steps long, one a step, add up to a flat sum
 
 } // namespace
 

@@ -3,13 +3,12 @@
 
 #include "signal/band/bandreceiver.h"
 #include "station/audio/samplesource.h"
+#include "station/audio/soundfile.h"
 #include "station/io/input.h"
 #include "station/io/systemtext.h"
 
 #include <QFile>
 #include <QFileInfo>
-
-#include <sndfile.h>
 
 #include <cerrno>
 #include <cstdint>
@@ -45,12 +44,6 @@ private:
     std::unique_ptr<SampleSource> m_source;
     std::vector<float> m_real;
 };
-
-struct CloseSound
-{
-    void operator()(SNDFILE* file) const { sf_close(file); }
-};
-using SoundFile = std::unique_ptr<SNDFILE, CloseSound>;
 
 class RecordedIQ : public BandSource
 {
@@ -168,7 +161,7 @@ private:
     bool m_isCut = false;
 };
 
-OpenedBand refused(const QString& reason)
+OpenedBand refusedBand(const QString& reason)
 {
     return {nullptr, reason};
 }
@@ -177,25 +170,26 @@ OpenedBand openRecordedIQ(const QString& path)
 {
     const QFileInfo file(path);
     if (!file.exists())
-        return refused(QStringLiteral("no such file"));
+        return refusedBand(QStringLiteral("no such file"));
     if (file.isDir())
-        return refused(QStringLiteral("is a directory"));
+        return refusedBand(QStringLiteral("is a directory"));
     if (!file.isReadable())
-        return refused(systemError(EACCES));
+        return refusedBand(systemError(EACCES));
     SF_INFO info = {};
     SoundFile sound(sf_open(QFile::encodeName(path).constData(), SFM_READ, &info));
     if (!sound)
-        return refused(QStringLiteral("is not a recording that can be read: %1")
-                           .arg(QString::fromLocal8Bit(sf_strerror(nullptr)).trimmed()));
+        return refusedBand(QStringLiteral("is not a recording that can be read: %1")
+                               .arg(QString::fromLocal8Bit(sf_strerror(nullptr)).trimmed()));
     if (info.channels != 2)
-        return refused(QStringLiteral("has %1; I and Q are two")
-                           .arg(counted(info.channels, "channel", "channels")));
+        return refusedBand(QStringLiteral("has %1; I and Q are two")
+                               .arg(counted(info.channels, "channel", "channels")));
     if (info.samplerate < demodulator::LOWEST_BAND_RATE_Hz ||
         info.samplerate > demodulator::HIGHEST_BAND_RATE_Hz)
-        return refused(QStringLiteral("has a sample rate of %1 Hz, which is not between %2 and %3")
-                           .arg(info.samplerate)
-                           .arg(demodulator::LOWEST_BAND_RATE_Hz, 0, 'f', 0)
-                           .arg(demodulator::HIGHEST_BAND_RATE_Hz, 0, 'f', 0));
+        return refusedBand(
+            QStringLiteral("has a sample rate of %1 Hz, which is not between %2 and %3")
+                .arg(info.samplerate)
+                .arg(demodulator::LOWEST_BAND_RATE_Hz, 0, 'f', 0)
+                .arg(demodulator::HIGHEST_BAND_RATE_Hz, 0, 'f', 0));
     return {std::make_unique<RecordedIQ>(std::move(sound), info.samplerate), {}};
 }
 
@@ -205,14 +199,15 @@ OpenedBand openBand(const BandRequest& request)
 {
     if (request.isPipe) {
         if (isatty(STDIN_FILENO) != 0)
-            return refused(QStringLiteral("is a terminal; raw samples are expected from a pipe"));
+            return refusedBand(
+                QStringLiteral("is a terminal; raw samples are expected from a pipe"));
         return {std::make_unique<RawBand>(request), {}};
     }
     if (request.isComplex)
         return openRecordedIQ(request.name);
     OpenedSource opened = openRecording(request.name, std::nullopt);
     if (!opened.source)
-        return refused(opened.error);
+        return refusedBand(opened.error);
     return {std::make_unique<SoundBand>(std::move(opened.source)), {}};
 }
 

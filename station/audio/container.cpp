@@ -19,7 +19,7 @@ constexpr int OGG_FLAGS = 5;
 constexpr int OGG_SEGMENTS = 26;
 constexpr char OGG_LAST_PAGE = 4;
 
-struct Row
+struct ContainerRow
 {
     const char* mark;
     int place;
@@ -28,7 +28,7 @@ struct Row
 
 // Those that cannot be read are named by the reader of files, which is better than to take them for
 // samples.
-constexpr Row rows[] = {
+constexpr ContainerRow rows[] = {
     {"RIFF", 0, Container::Streamed},
     {"RF64", 0, Container::Streamed},
     {"FORM", 0, Container::Streamed},
@@ -91,8 +91,8 @@ bool endsAsOgg(const QByteArray& end)
 
 Container containerOf(const QByteArray& begin)
 {
-    const Row* const row =
-        std::find_if(std::begin(rows), std::end(rows), [&begin](const Row& kind) {
+    const ContainerRow* const row =
+        std::find_if(std::begin(rows), std::end(rows), [&begin](const ContainerRow& kind) {
             return begin.mid(kind.place).startsWith(kind.mark);
         });
     if (row != std::end(rows))

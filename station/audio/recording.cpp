@@ -4,6 +4,7 @@
 #include "station/audio/rawpipe.h"
 #include "station/audio/recordedtime.h"
 #include "station/audio/samplesource.h"
+#include "station/audio/soundfile.h"
 #include "station/io/input.h"
 #include "station/io/interrupt.h"
 #include "station/io/systemtext.h"
@@ -12,8 +13,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QTemporaryFile>
-
-#include <sndfile.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -38,12 +37,6 @@ constexpr qint64 HEADER_BYTES = 4096;
 constexpr double CANCELLED_SHARE = 1e-4;
 
 const QLatin1String NO_SOUND("its header says that it holds no sound");
-
-struct CloseSound
-{
-    void operator()(SNDFILE* file) const { sf_close(file); }
-};
-using SoundFile = std::unique_ptr<SNDFILE, CloseSound>;
 
 /// What went wrong with a file, or with opening one, as part of a sentence.
 QString reasonOf(SNDFILE* file)

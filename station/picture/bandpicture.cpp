@@ -14,10 +14,8 @@ namespace {
 
 constexpr int ROW_COLUMNS = 1440; // a minute
 constexpr double ROW_s = ROW_COLUMNS * Waterfall::COLUMN_s;
-constexpr double LEFT = 92.0;
-constexpr double RIGHT = 24.0;
-constexpr double HEADER = 56.0;
-constexpr double AXIS = 30.0; // below each row
+constexpr double BAND_LEFT = 92.0; // frequencies are wider than seconds
+constexpr double AXIS = 30.0;      // below each row
 constexpr double BOTTOM = 12.0;
 constexpr double PIXEL_Hz = 10.0; // text of signals 160 Hz apart does not touch
 constexpr int LOWEST_BAND_PIXELS = 160;
@@ -26,12 +24,13 @@ constexpr double ABOVE_TRACE = 4.0;
 constexpr double CHARACTER = 6.0;   // width of one
 constexpr double TEXT_HEIGHT = 9.0; // what is sent at the upper edge stays in the picture
 
-const char STYLE[] = "text{font-family:'DejaVu Sans',Verdana,sans-serif;font-size:11px;fill:#333}"
-                     ".title{font-size:16px;font-weight:bold;fill:#111}"
-                     ".end{text-anchor:end}.middle{text-anchor:middle}"
-                     ".text{font-family:'DejaVu Sans Mono',monospace;font-size:10px;fill:#fff;"
-                     "stroke:#001840;stroke-width:3px;stroke-linejoin:round;paint-order:stroke}"
-                     ".frame{fill:none;stroke:#888}.line{fill:none;stroke:#888}";
+const char BAND_STYLE[] =
+    "text{font-family:'DejaVu Sans',Verdana,sans-serif;font-size:11px;fill:#333}"
+    ".title{font-size:16px;font-weight:bold;fill:#111}"
+    ".end{text-anchor:end}.middle{text-anchor:middle}"
+    ".text{font-family:'DejaVu Sans Mono',monospace;font-size:10px;fill:#fff;"
+    "stroke:#001840;stroke-width:3px;stroke-linejoin:round;paint-order:stroke}"
+    ".frame{fill:none;stroke:#888}.line{fill:none;stroke:#888}";
 
 double secondsOf(std::int64_t time_us)
 {
@@ -67,18 +66,17 @@ public:
 
     QByteArray draw(const QString& title)
     {
-        m_svg.begin(LEFT + ROW_COLUMNS + RIGHT, HEADER + m_timeRows * (m_height + AXIS) + BOTTOM,
-                    title, STYLE);
-        m_svg.write("title", LEFT, 24.0, title);
-        m_svg.write("facts", LEFT, 44.0,
-                    QStringLiteral("%1 s to %2 s, %3 to %4 kHz, %5 signals with text")
-                        .arg(secondsOf(m_stretch.from_us), 0, 'f', 0)
-                        .arg(secondsOf(m_stretch.to_us), 0, 'f', 0)
-                        .arg((m_center_Hz + m_waterfall.lowest_Hz()) / 1000.0, 0, 'f', 2)
-                        .arg((m_center_Hz + m_waterfall.highest_Hz()) / 1000.0, 0, 'f', 2)
-                        .arg(m_signals.size()));
+        m_svg.begin(BAND_LEFT + ROW_COLUMNS + Svg::RIGHT,
+                    Svg::HEADER + m_timeRows * (m_height + AXIS) + BOTTOM, title, BAND_STYLE);
+        m_svg.writeHeader(BAND_LEFT, title,
+                          QStringLiteral("%1 s to %2 s, %3 to %4 kHz, %5 signals with text")
+                              .arg(secondsOf(m_stretch.from_us), 0, 'f', 0)
+                              .arg(secondsOf(m_stretch.to_us), 0, 'f', 0)
+                              .arg((m_center_Hz + m_waterfall.lowest_Hz()) / 1000.0, 0, 'f', 2)
+                              .arg((m_center_Hz + m_waterfall.highest_Hz()) / 1000.0, 0, 'f', 2)
+                              .arg(m_signals.size()));
         for (int row = 0; row < m_timeRows; ++row) {
-            m_svg.beginGroup("row", LEFT, HEADER + row * (m_height + AXIS));
+            m_svg.beginGroup("row", BAND_LEFT, Svg::HEADER + row * (m_height + AXIS));
             drawRow(row);
             m_svg.endElement();
         }

@@ -35,14 +35,12 @@ constexpr double WORD_GAP_HEIGHT = 14.0;
 // --- What is shown -----------------------------------------------------------------------------
 
 constexpr double AROUND_TONE_Hz = 300.0;
-constexpr double LOWEST_Hz = 100.0; // where no tone is followed
-constexpr double HIGHEST_Hz = 3500.0;
 constexpr double HEADROOM = 1.35;                  // strength over the strongest level
 constexpr std::int64_t LONGEST_STEP_us = 20000;    // steps further apart belong to two signals
 constexpr std::size_t LONGEST_AVERAGE_steps = 125; // half a second
 
 // Blue, orange, green and purple that the colour-blind can distinguish.
-const char STYLE[] =
+const char MORSE_STYLE[] =
     ".unknown{font-family:'DejaVu Sans Mono',monospace;font-size:11px;fill:#a00;"
     "text-anchor:middle}"
     ".strength{fill:none;stroke:#222;stroke-width:1.2;stroke-linejoin:round}"
@@ -90,7 +88,7 @@ struct Tones
 Tones tonesOf(const Seen& seen)
 {
     if (seen.steps.empty())
-        return {LOWEST_Hz, HIGHEST_Hz};
+        return {Rows::LOWEST_Hz, Rows::HIGHEST_Hz};
     const auto byTone = [](const auto& a, const auto& b) { return a.tone_Hz < b.tone_Hz; };
     const auto [lowest, highest] =
         std::minmax_element(seen.steps.begin(), seen.steps.end(), byTone);
@@ -108,7 +106,7 @@ public:
     QByteArray draw(const QString& title)
     {
         return m_rows.draw(
-            title, facts(), STYLE, [this] { drawRow(); }, [this] { legend(); });
+            title, facts(), MORSE_STYLE, [this] { drawRow(); }, [this] { legend(); });
     }
 
 private:

@@ -9,8 +9,6 @@ namespace inspect {
 namespace {
 
 constexpr double LEFT = 64.0;
-constexpr double RIGHT = 24.0;
-constexpr double HEADER = 56.0;
 constexpr double FLAGS = 12.0;       // base line of "start" and "end"
 constexpr double AXIS_LABELS = 14.0; // below the axis
 constexpr double TONE_STEP_Hz = 50.0;
@@ -61,18 +59,17 @@ Rows::Rows(const Sound& sound, const Stretch& stretch, const RowShape& shape, do
 QByteArray Rows::draw(const QString& title, const QString& facts, const QByteArray& style,
                       const std::function<void()>& drawRow, const std::function<void()>& legend)
 {
-    m_svg.begin(LEFT + WIDTH + RIGHT, HEADER + m_rows * m_shape.height + m_shape.legend, title,
-                (STYLE + style).constData());
-    m_svg.write("title", LEFT, 24.0, title);
-    m_svg.write("facts", LEFT, 44.0, facts);
+    m_svg.begin(LEFT + WIDTH + Svg::RIGHT, Svg::HEADER + m_rows * m_shape.height + m_shape.legend,
+                title, (STYLE + style).constData());
+    m_svg.writeHeader(LEFT, title, facts);
     for (m_row = 0; m_row < m_rows; ++m_row) {
-        m_svg.beginGroup("row", LEFT, HEADER + m_row * m_shape.height);
+        m_svg.beginGroup("row", LEFT, Svg::HEADER + m_row * m_shape.height);
         m_time = timeOfRow(m_row);
         m_drawn = shown(m_time);
         drawRow();
         m_svg.endElement();
     }
-    m_svg.beginGroup("legend", LEFT, HEADER + m_rows * m_shape.height);
+    m_svg.beginGroup("legend", LEFT, Svg::HEADER + m_rows * m_shape.height);
     legend();
     m_svg.endElement();
     return m_svg.end();

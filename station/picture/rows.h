@@ -31,6 +31,9 @@ class Rows
 {
 public:
     static constexpr double WIDTH = 1200.0; ///< of a row, in pixels
+    /// Drawn where no tone is followed.
+    static constexpr double LOWEST_Hz = 100.0;
+    static constexpr double HIGHEST_Hz = 3500.0;
     /// Classes that every picture has, before those of its own.
     static const char STYLE[];
 

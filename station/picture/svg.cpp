@@ -65,6 +65,12 @@ void Svg::begin(double width, double height, const QString& title, const char* s
     rectangle({}, 0.0, 0.0, width, height, QStringLiteral("#fff"));
 }
 
+void Svg::writeHeader(double left, const QString& title, const QString& facts)
+{
+    write("title", left, 24.0, title);
+    write("facts", left, 44.0, facts);
+}
+
 QByteArray Svg::end()
 {
     m_xml.writeEndDocument();

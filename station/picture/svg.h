@@ -45,8 +45,14 @@ public:
     Svg(const Svg&) = delete;
     Svg& operator=(const Svg&) = delete;
 
+    /// Above and to the right of what is drawn, in pixels.
+    static constexpr double HEADER = 56.0;
+    static constexpr double RIGHT = 24.0;
+
     /// First of all: size, title, style sheet, and a white ground.
     void begin(double width, double height, const QString& title, const char* style);
+    /// Title and facts, in the space of HEADER.
+    void writeHeader(double left, const QString& title, const QString& facts);
     /// Last of all.
     QByteArray end();
 

@@ -39,12 +39,10 @@ constexpr RowShape shape(double longest_s)
 constexpr double LONGEST_ROW_s = 10.0;
 constexpr double ELEMENTS_IN_A_ROW = 1000.0;
 constexpr double AROUND_TONES_Hz = 300.0;
-constexpr double LOWEST_Hz = 100.0; // where no tones are followed
-constexpr double HIGHEST_Hz = 3500.0;
 constexpr double HEADROOM = 1.1; // strength over the strongest
 
 // Colours that the colour-blind can distinguish.
-const char STYLE[] =
+const char TELEPRINTER_STYLE[] =
     ".shift{font-size:13px;fill:#666;text-anchor:middle}"
     ".strength{stroke:none}.strength.mark{fill:#0072b2}.strength.space{fill:#d55e00}"
     ".element{fill:none;stroke-width:3}.element.mark{stroke:#0072b2}.element.space{stroke:#d55e00}"
@@ -94,8 +92,8 @@ double strengthOf(const Sound& sound, double tone_Hz, std::int64_t from_us, std:
 // Of the words in the stretch.
 struct Extent
 {
-    double lowest_Hz = LOWEST_Hz;
-    double highest_Hz = HIGHEST_Hz;
+    double lowest_Hz = Rows::LOWEST_Hz;
+    double highest_Hz = Rows::HIGHEST_Hz;
     double row_s = LONGEST_ROW_s;
 };
 
@@ -129,7 +127,7 @@ public:
     QByteArray draw(const QString& title)
     {
         return m_rows.draw(
-            title, facts(), STYLE, [this] { drawRow(); }, [this] { legend(); });
+            title, facts(), TELEPRINTER_STYLE, [this] { drawRow(); }, [this] { legend(); });
     }
 
 private:

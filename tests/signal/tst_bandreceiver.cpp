@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "signal/band/bandreceiver.h"
 
+#include "signal/numbers.h"
 #include "support/keyer.h"
 #include "support/morsecode.h"
 #include "support/random.h"
@@ -18,7 +19,6 @@ using testsupport::Random;
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
 constexpr double RATE_Hz = 8000.0;
 
 using Samples = std::vector<std::complex<float>>;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "signal/band/narrowsound.h"
 
+#include "signal/numbers.h"
+
 #include <QTest>
 
 #include <cmath>
@@ -8,8 +10,6 @@
 using namespace demodulator;
 
 namespace {
-
-constexpr double PI = 3.14159265358979323846;
 
 // A bank that has heard a tone of amplitude 1.
 void hear(StepBank& bank, const BandFormat& format, double tone_Hz, std::int64_t steps)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "signal/morse/phasetracker.h"
 
+#include "signal/numbers.h"
 #include "support/random.h"
 
 #include <QtTest>
@@ -9,8 +10,6 @@
 using namespace demodulator;
 
 namespace {
-
-constexpr double TWO_PI = 6.283185307179586;
 
 constexpr double NOISE = 1.0;
 

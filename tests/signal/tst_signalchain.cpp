@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "signal/morse/signalchain.h"
 
+#include "signal/numbers.h"
 #include "signal/timing.h"
 #include "support/codelist.h"
 #include "support/keyer.h"
@@ -13,7 +14,6 @@ using namespace demodulator;
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
 constexpr double NOISE = 1e-4; // variance of a step
 constexpr double AMPLITUDE = 0.25;
 constexpr std::int64_t BEFORE_steps = 50;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "signal/band/stepbank.h"
 
+#include "signal/numbers.h"
 #include "support/random.h"
 
 #include <QTest>
@@ -11,8 +12,6 @@ using namespace demodulator;
 using testsupport::Random;
 
 namespace {
-
-constexpr double PI = 3.14159265358979323846;
 
 using Samples = std::vector<std::complex<float>>;
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "signal/band/survey.h"
 
+#include "signal/numbers.h"
 #include "support/keyer.h"
 #include "support/random.h"
 
@@ -15,7 +16,6 @@ namespace {
 
 constexpr double RATE_Hz = 8000.0;
 constexpr double STEP_SAMPLES = 32;
-constexpr double PI = 3.14159265358979323846;
 
 struct Sent
 {

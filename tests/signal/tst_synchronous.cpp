@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "signal/teleprinter/synchronous.h"
 
+#include "signal/numbers.h"
 #include "support/teleprinterkeyer.h"
 
 #include <QtTest>
@@ -14,7 +15,7 @@ namespace {
 
 constexpr double RATE_Hz = 8000.0;
 constexpr double BIT = RATE_Hz / 100.0;
-constexpr double PI = 3.14159265358979323846;
+using demodulator::PI;
 
 const std::vector<unsigned> WORDS = {0,  1,         2,         7,           12, 30,
                                      31, PHASING_1, PHASING_2, SIGNAL_BETA, 5,  17};

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "signal/morse/tonetracker.h"
 
+#include "signal/numbers.h"
+
 #include <QtTest>
 #include <cmath>
 
@@ -8,7 +10,6 @@ using namespace demodulator;
 
 namespace {
 
-constexpr double TWO_PI = 6.283185307179586;
 constexpr double LAG_s = 0.02;
 
 // A strong mark of `actual_Hz` where `expected_Hz` was expected.

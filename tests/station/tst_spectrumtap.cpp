@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Rows of a waterfall from the bytes that a receiver sends.
+#include "signal/numbers.h"
 #include "station/service/recordingtap.h"
 #include "station/service/spectrumtap.h"
 
@@ -12,7 +13,7 @@ using morsehost::SpectrumTap;
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
+using demodulator::PI;
 constexpr int COUNT = 8192;
 
 template <typename Word>

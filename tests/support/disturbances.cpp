@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "support/disturbances.h"
 
+#include "signal/numbers.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -8,7 +10,7 @@ namespace testsupport {
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
+using demodulator::PI;
 
 } // namespace
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "support/keyer.h"
 
+#include "signal/numbers.h"
 #include "support/disturbances.h"
 #include "support/morsecode.h"
 #include "support/othersounds.h"
@@ -15,7 +16,7 @@ namespace testsupport {
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
+using demodulator::PI;
 constexpr double SHORTEST_UNITS = 0.15; // jitter never makes a mark or space vanish
 
 double unit_s(double speed_wpm)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "support/othersounds.h"
 
+#include "signal/numbers.h"
 #include "support/random.h"
 
 #include <algorithm>
@@ -11,7 +12,7 @@ namespace testsupport {
 
 namespace {
 
-constexpr double TWO_PI = 6.283185307179586;
+using demodulator::TWO_PI;
 
 std::vector<float> silent(double duration_s, double rate_Hz)
 {

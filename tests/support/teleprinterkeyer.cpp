@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "support/teleprinterkeyer.h"
 
+#include "signal/numbers.h"
 #include "support/disturbances.h"
 #include "support/random.h"
 
@@ -15,7 +16,7 @@ namespace testsupport {
 
 namespace {
 
-constexpr double PI = 3.14159265358979323846;
+using demodulator::PI;
 
 // Both alphabets of ITU-T S.1 and of CCIR 476, element sent first on the left; combination 1 first.
 struct Combination
