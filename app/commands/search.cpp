@@ -53,7 +53,7 @@ QString also(const ArchiveRecord& record)
     return QStringLiteral("  also %1").arg(onOneLine(names.join(QLatin1Char('/'))));
 }
 
-QByteArray textLine(const Reception& reception)
+QByteArray textLine(const ArchivedReception& reception)
 {
     const ArchiveRecord& record = reception.transmission.record;
     const Transmission& transmission = record.transmission;
@@ -75,7 +75,7 @@ QByteArray textLine(const Reception& reception)
     return fields.join(QLatin1String("  ")).toUtf8() + '\n';
 }
 
-QJsonObject objectOf(const Reception& reception)
+QJsonObject objectOf(const ArchivedReception& reception)
 {
     const ArchivedTransmission& found = reception.transmission;
     QJsonObject object = toJson(found.record.transmission);
@@ -87,7 +87,7 @@ QJsonObject objectOf(const Reception& reception)
     return object;
 }
 
-QByteArray jsonLine(const Reception& reception)
+QByteArray jsonLine(const ArchivedReception& reception)
 {
     return QJsonDocument(objectOf(reception)).toJson(QJsonDocument::Compact) + '\n';
 }
@@ -133,7 +133,7 @@ QByteArray csvHeader()
     return csvRow(names);
 }
 
-QByteArray csvLine(const Reception& reception)
+QByteArray csvLine(const ArchivedReception& reception)
 {
     const QJsonObject object = objectOf(reception);
     QStringList fields;
@@ -158,7 +158,7 @@ QByteArray adifHeader()
 }
 
 // A log has each transmission once.
-QByteArray adifLine(const Reception& reception)
+QByteArray adifLine(const ArchivedReception& reception)
 {
     if (reception.copyOf)
         return {};
@@ -181,7 +181,7 @@ struct Form
 {
     const char* option; ///< null for the default
     QByteArray (*header)();
-    QByteArray (*line)(const Reception&);
+    QByteArray (*line)(const ArchivedReception&);
 };
 
 QByteArray noHeader()
@@ -218,7 +218,7 @@ void readFrequency(Arguments& arguments, ArchiveQuery& query)
 
 bool write(Output& output, const std::vector<ArchivedTransmission>& found, const Form& form)
 {
-    for (const Reception& one : joinReceptions(found))
+    for (const ArchivedReception& one : joinReceptions(found))
         output.write(form.line(one));
     return !output.hasFailed();
 }

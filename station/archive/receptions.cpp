@@ -87,7 +87,7 @@ bool isSameTransmission(const ArchiveRecord& one, const ArchiveRecord& other)
            isTextAlike(one, other);
 }
 
-std::vector<Reception> joinReceptions(const std::vector<ArchivedTransmission>& found)
+std::vector<ArchivedReception> joinReceptions(const std::vector<ArchivedTransmission>& found)
 {
     std::vector<std::size_t> byBegin(found.size());
     std::iota(byBegin.begin(), byBegin.end(), std::size_t(0));
@@ -118,7 +118,7 @@ std::vector<Reception> joinReceptions(const std::vector<ArchivedTransmission>& f
     std::map<std::size_t, std::vector<std::size_t>> members; // by group, in their order
     for (std::size_t index = 0; index < found.size(); ++index)
         members[group[index]].push_back(index);
-    std::vector<Reception> joined;
+    std::vector<ArchivedReception> joined;
     for (std::size_t index = 0; index < found.size(); ++index) {
         std::vector<std::size_t>& own = members[group[index]];
         if (own.empty())

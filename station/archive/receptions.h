@@ -9,7 +9,7 @@
 
 namespace morsehost {
 
-struct Reception
+struct ArchivedReception
 {
     ArchivedTransmission transmission;
     std::optional<qint64> copyOf; ///< id of the best one, where this one is another reception of it
@@ -26,6 +26,6 @@ bool isSameTransmission(const ArchiveRecord& one, const ArchiveRecord& other);
 
 /// Those that belong together stand together, the best first, at the place of the first of them. A
 /// receiver has heard each but once.
-std::vector<Reception> joinReceptions(const std::vector<ArchivedTransmission>& found);
+std::vector<ArchivedReception> joinReceptions(const std::vector<ArchivedTransmission>& found);
 
 } // namespace morsehost

@@ -241,7 +241,7 @@ HttpAnswer StationPage::search(const QUrlQuery& query) const
     if (!found)
         return archiveIsAway();
     QJsonArray transmissions;
-    for (const Reception& one : joinReceptions(*found)) {
+    for (const ArchivedReception& one : joinReceptions(*found)) {
         QJsonObject object = foundObject(one.transmission);
         if (one.copyOf)
             object.insert(QStringLiteral("copy_of"), QString::number(*one.copyOf));

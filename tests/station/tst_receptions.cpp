@@ -33,7 +33,7 @@ const QString TEXT = "CQ CQ DE DL0XYZ DL0XYZ K = GOOD EVENING FROM THE NORTH SEA
 QString orderOf(const std::vector<ArchivedTransmission>& found)
 {
     QStringList words;
-    for (const Reception& one : joinReceptions(found))
+    for (const ArchivedReception& one : joinReceptions(found))
         words += QString::number(one.transmission.id) +
                  (one.copyOf ? '=' + QString::number(*one.copyOf) : QString());
     return words.join(' ');
