@@ -13,6 +13,15 @@ target_compile_options(morsehandler_options INTERFACE
     -Wundef -Wvla -Wformat=2)
 if(MORSEHANDLER_DEVELOPER)
     target_compile_options(morsehandler_options INTERFACE -Werror)
+    # Some 150 programs are linked. Libraries are not: their symbols are what is shipped.
+    find_program(MORSEHANDLER_MOLD mold)
+    if(MORSEHANDLER_MOLD)
+        string(APPEND CMAKE_EXE_LINKER_FLAGS " -fuse-ld=mold -Wl,--no-as-needed")
+    endif()
+endif()
+if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+    # It takes a source that is joined with others for a header.
+    target_compile_options(morsehandler_options INTERFACE -Wno-subobject-linkage)
 endif()
 if(MORSEHANDLER_COVERAGE)
     # Counted are the library and the stand-in host; a test would only dilute the figures, and takes

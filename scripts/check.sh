@@ -33,18 +33,21 @@ among() {
         grep -xFf - <(printf '%s\n' "$@") || true
 }
 
-# The compile commands for clang: each source once, without gcc's precompiled headers and warnings.
+# The compile commands for clang: each source by itself and once, without gcc's warnings. What is
+# generated is there already, in the build.
 compile_commands() {
     cmake --preset dev >/dev/null
     cmake --build --preset dev --target autogen >/dev/null
-    mkdir -p "$check"
-    python3 - "$build/compile_commands.json" "$check/compile_commands.json" <<'PYTHON'
+    cmake --preset dev -B "$check/single" -DCMAKE_UNITY_BUILD=OFF -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON >/dev/null
+    python3 - "$PWD" "$check" "$build" <<'PYTHON'
 import json, re, sys
+root, check, build = sys.argv[1:]
 commands = {}
-for entry in json.load(open(sys.argv[1])):
-    entry["command"] = re.sub(r" -W[\w=+-]+| -include \S*cmake_pch\.hxx", "", entry["command"])
+for entry in json.load(open(f"{check}/single/compile_commands.json")):
+    command = re.sub(r" -W[\w=+-]+", "", entry["command"])
+    entry["command"] = command.replace(f"{root}/{check}/single", f"{root}/{build}")
     commands.setdefault(entry["file"], entry)
-json.dump(list(commands.values()), open(sys.argv[2], "w"), indent=1)
+json.dump(list(commands.values()), open(f"{check}/compile_commands.json", "w"), indent=1)
 PYTHON
 }
 

@@ -11,7 +11,7 @@ packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-d
 )
 [ "${1:-test}" = build ] || packages+=(doxygen dpkg-dev file)
 [[ ${1:-test} = @(build|package) ]] || packages+=(
-    libbenchmark-dev libicu-dev
+    mold libbenchmark-dev libicu-dev
     ebook2cw sox catdoc libxml2-utils
     abigail-tools man-db mandoc strace zsh fish mosquitto openssl python3
 )

@@ -7,13 +7,13 @@ namespace {
 
 using teleprinter::Code;
 
-struct Row
+struct DecoderRow
 {
     const char* decoder;
     Code code;
 };
 
-constexpr Row TELEPRINTERS[] = {
+constexpr DecoderRow TELEPRINTERS[] = {
     {"Baudot", Code::Ita2},
     {"ASCII RTTY", Code::Ascii},
     {"Sitor-B", Code::Ccir476},
@@ -23,7 +23,7 @@ constexpr Row TELEPRINTERS[] = {
 
 QString decoderOf(Code code)
 {
-    for (const Row& row : TELEPRINTERS) {
+    for (const DecoderRow& row : TELEPRINTERS) {
         if (row.code == code)
             return QLatin1String(row.decoder);
     }
@@ -32,7 +32,7 @@ QString decoderOf(Code code)
 
 std::optional<Code> codeOfDecoder(const QString& decoder)
 {
-    for (const Row& row : TELEPRINTERS) {
+    for (const DecoderRow& row : TELEPRINTERS) {
         if (decoder == QLatin1String(row.decoder))
             return row.code;
     }
@@ -42,7 +42,7 @@ std::optional<Code> codeOfDecoder(const QString& decoder)
 QStringList teleprinterDecoders()
 {
     QStringList names;
-    for (const Row& row : TELEPRINTERS)
+    for (const DecoderRow& row : TELEPRINTERS)
         names += QLatin1String(row.decoder);
     return names;
 }

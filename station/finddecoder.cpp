@@ -10,7 +10,7 @@ namespace morsehost {
 
 namespace {
 
-constexpr std::size_t PIECE_SAMPLES = 4096;
+constexpr std::size_t LISTENED_SAMPLES = 4096;
 
 // The first line that is found in a sound.
 class Finder : public teleprinter::TextSink
@@ -48,7 +48,7 @@ FoundDecoder findDecoder(SoundRequest request, const std::function<bool()>& isSt
         return found;
     Finder finder;
     teleprinter::Receiver receiver(request.teleprinter, finder);
-    std::vector<float> samples(PIECE_SAMPLES);
+    std::vector<float> samples(LISTENED_SAMPLES);
     while (!finder.line() && !isStopped()) {
         const std::size_t count = opened.source->read(samples.data(), samples.size());
         if (count == 0)

@@ -12,7 +12,7 @@ bool isEntry(QStringView line)
 }
 
 /// Nothing for a line that is skipped.
-std::optional<QChar> displayCharacter(int line, QStringView value, Faults& faults)
+std::optional<QChar> codecCharacter(int line, QStringView value, Faults& faults)
 {
     if (value.isEmpty())
         return QChar(QLatin1Char(' '));
@@ -52,7 +52,7 @@ bool readDirection(const TableText& text, Faults& faults)
     return false;
 }
 
-void readEntry(const TableText& text, CharacterTable& table, Faults& faults)
+void readCodecEntry(const TableText& text, CharacterTable& table, Faults& faults)
 {
     const QStringView line = text.Line();
     if (!isEntry(line)) {
@@ -62,7 +62,7 @@ void readEntry(const TableText& text, CharacterTable& table, Faults& faults)
         }
         return;
     }
-    const std::optional<QChar> character = displayCharacter(text.Number(), line.mid(2), faults);
+    const std::optional<QChar> character = codecCharacter(text.Number(), line.mid(2), faults);
     if (!character)
         return;
     if (line[0].unicode() > 0xFF) {
@@ -84,7 +84,7 @@ CharacterTable readCodecFile(const QByteArray& bytes, Faults& faults)
     table.rightToLeft = readDirection(text, faults);
     while (!text.AtEnd()) {
         text.Next();
-        readEntry(text, table, faults);
+        readCodecEntry(text, table, faults);
     }
     if (table.characters.isEmpty())
         faults.Error(0, NO_ENTRY);

@@ -50,7 +50,7 @@ signed char decoderCharacter(int line, QStringView key, Faults& faults)
     return byteOf(key[0]);
 }
 
-QChar displayCharacter(int line, QStringView value, Faults& faults)
+QChar mapCharacter(int line, QStringView value, Faults& faults)
 {
     if (value.isEmpty())
         return QLatin1Char(' ');
@@ -72,7 +72,7 @@ QChar displayCharacter(int line, QStringView value, Faults& faults)
     return value[0];
 }
 
-void readEntry(const TableText& text, CharacterTable& table, Faults& faults)
+void readMapEntry(const TableText& text, CharacterTable& table, Faults& faults)
 {
     const int number = text.Number();
     QStringView line = text.Line();
@@ -90,7 +90,7 @@ void readEntry(const TableText& text, CharacterTable& table, Faults& faults)
     if (!line.contains(QLatin1Char('\t')))
         faults.Error(number, "no tab: the line shows its byte as a blank");
     const signed char key = decoderCharacter(number, takeField(line), faults);
-    table.Store(number, key, displayCharacter(number, takeField(line), faults), faults);
+    table.Store(number, key, mapCharacter(number, takeField(line), faults), faults);
 }
 
 } // namespace
@@ -101,7 +101,7 @@ CharacterTable readMapFile(const QByteArray& bytes, Faults& faults)
     TableText text(bytes, TableEncoding::Utf8OrLatin1, faults);
     table.rightToLeft = readHeader(text, faults);
     for (; !text.AtEnd(); text.Next())
-        readEntry(text, table, faults);
+        readMapEntry(text, table, faults);
     if (!text.Line().isEmpty() && !text.Line().startsWith(QLatin1Char('#')))
         faults.Error(text.Number(), LAST_LINE_LOST);
     if (table.characters.isEmpty())

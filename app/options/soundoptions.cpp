@@ -10,7 +10,7 @@ namespace {
 // Of what libsndfile reads.
 constexpr int MAX_CHANNELS = 1024;
 
-std::string plain(double number)
+std::string rounded(double number)
 {
     return QString::number(std::round(number)).toStdString();
 }
@@ -19,7 +19,7 @@ std::string plain(double number)
 
 std::string range(double lowest, double highest)
 {
-    return plain(lowest) + " to " + plain(highest);
+    return rounded(lowest) + " to " + rounded(highest);
 }
 
 std::vector<OptionRow> soundOptionRows(const std::string& moreOfTone)
@@ -31,13 +31,14 @@ std::vector<OptionRow> soundOptionRows(const std::string& moreOfTone)
          "sample rate of raw samples on standard input, " + range(LOWEST_RATE_Hz, HIGHEST_RATE_Hz) +
              " (default: 8000)"},
         {"tone", "HZ",
-         "look for the tone within " + plain(SET_TONE_TOLERANCE_Hz) + " Hz of this, " +
+         "look for the tone within " + rounded(SET_TONE_TOLERANCE_Hz) + " Hz of this, " +
              range(LOWEST_SET_TONE_Hz, HIGHEST_SET_TONE_Hz) + moreOfTone + " (default: any from " +
              range(LOWEST_TONE_Hz, HIGHEST_TONE_Hz) + ")"},
         {"wpm", "N",
-         "expect this speed in words per minute, within " + plain(100 * (SET_SPEED_TOLERANCE - 1)) +
-             " percent, " + range(LOWEST_SET_SPEED_wpm, HIGHEST_SET_SPEED_wpm) +
-             " (default: any from " + range(LOWEST_SPEED_wpm, HIGHEST_SPEED_wpm) + ")"},
+         "expect this speed in words per minute, within " +
+             rounded(100 * (SET_SPEED_TOLERANCE - 1)) + " percent, " +
+             range(LOWEST_SET_SPEED_wpm, HIGHEST_SET_SPEED_wpm) + " (default: any from " +
+             range(LOWEST_SPEED_wpm, HIGHEST_SPEED_wpm) + ")"},
     };
 }
 

@@ -11,7 +11,7 @@ namespace {
 
 constexpr qint64 READ_WHOLE_BYTES = qint64{16} << 20;
 constexpr qint64 PIECES = 64;
-constexpr qint64 PIECE_BYTES = qint64{64} << 10;
+constexpr qint64 FINGERPRINT_BYTES = qint64{64} << 10;
 
 void addText(QCryptographicHash& hash, const QString& text)
 {
@@ -34,10 +34,10 @@ QString recordingKey(const QString& path, const QStringList& decoding)
         hash.addData(&file);
     } else {
         for (qint64 piece = 0; piece < PIECES; ++piece) {
-            const qint64 begin = (size - PIECE_BYTES) * piece / (PIECES - 1);
+            const qint64 begin = (size - FINGERPRINT_BYTES) * piece / (PIECES - 1);
             if (!file.seek(begin))
                 return {};
-            hash.addData(file.read(PIECE_BYTES));
+            hash.addData(file.read(FINGERPRINT_BYTES));
         }
     }
     if (file.error() != QFileDevice::NoError)

@@ -15,6 +15,7 @@ namespace {
 constexpr qint64 FILE_BYTES = qint64{4} * 1024 * 1024;
 // What is given at once, whatever the lines' number.
 constexpr qint64 BATCH_BYTES = qint64{4} * 1024 * 1024;
+// What is looked at of a file at once, from its end.
 constexpr qint64 PIECE_BYTES = qint64{64} * 1024;
 
 // Where the last whole line ends: behind the last line end, found from behind.
