@@ -2,6 +2,7 @@
 #include "app/bandreporter.h"
 
 #include "app/console/complain.h"
+#include "app/console/printable.h"
 
 #include <QDateTime>
 #include <QJsonDocument>
@@ -31,6 +32,12 @@ QString speed(double baudRate)
     return QStringLiteral("%1 Bd").arg(baudRate, 3, 'f', 0);
 }
 
+// What was sent may be anything, a line end among them.
+QString onOneLine(QString text)
+{
+    return printableLine(text.replace(QLatin1Char('\n'), QLatin1Char(' ')));
+}
+
 class LineReporter : public BandReporter
 {
 public:
@@ -49,7 +56,7 @@ public:
                                                       : QStringLiteral("%1 wpm").arg(
                                                             number(transmission.speed_wpm, 0), 2))
                            .arg(number(transmission.snr_dB, 0), 2)
-                           .arg(time, transmission.text.simplified())
+                           .arg(time, printableLine(transmission.text.simplified()))
                            .toUtf8());
     }
 };
@@ -117,7 +124,7 @@ public:
     {
         Line& line = m_lines[signal.number];
         line.frequency_Hz = signal.frequency_Hz;
-        line.text += text;
+        line.text += onOneLine(text);
         if (line.text.size() >= m_characters && line.text.endsWith(QLatin1Char(' ')))
             write(line);
     }
@@ -160,7 +167,7 @@ public:
     void text(const BandEntry& signal, const QString& text, std::int64_t /*time_us*/) override
     {
         QString& shown = m_texts[signal.number];
-        shown = (shown + text).right(SHOWN_TEXT);
+        shown = (shown + onOneLine(text)).right(SHOWN_TEXT);
     }
     void lost(const BandEntry& signal) override { m_texts.erase(signal.number); }
     void heard(double time_s, const std::vector<demodulator::BandSignal>& signals) override

@@ -15,6 +15,7 @@ namespace {
 
 constexpr std::size_t SIZE_STEPS = 4; // filters lie 62.5 Hz apart, closer than they are wide
 constexpr int TAPS = 6;               // filters that make up the one at a tone: exact to 0.1 %
+constexpr int BELOW = TAPS / 2 - 1;   // of these, below the place
 constexpr int PLACES = 64;            // between two filters, for which the taps are known
 constexpr std::size_t BLOCK = 24;     // filters, 1.5 kHz: more than one signal and its clicks
 constexpr std::size_t LOW_ONE_IN = 4; // of their powers: neighbours fill less than the rest
@@ -41,7 +42,7 @@ std::array<double, TAPS> tapsAt(double place, const std::vector<float>& window, 
     for (int i = 0; i < TAPS; ++i) {
         for (int j = 0; j < TAPS; ++j)
             rows[i][j] = response(window, i - j, size);
-        rows[i][TAPS] = response(window, static_cast<double>(i - (TAPS / 2 - 1)) - place, size);
+        rows[i][TAPS] = response(window, static_cast<double>(i - BELOW) - place, size);
     }
     for (int pivot = 0; pivot < TAPS; ++pivot) {
         for (int row = 0; row < TAPS; ++row) {
