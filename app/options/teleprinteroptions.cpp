@@ -124,6 +124,11 @@ TeleprinterChoice readTeleprinterOptions(Arguments& arguments,
         sound.decoder = choice.decoder;
         sound.teleprinter = receiver;
         sound.teleprinter.known.centre_Hz = sound.demodulator.tone_Hz;
+        const teleprinter::Known& known = sound.teleprinter.known;
+        if (known.centre_Hz && known.shift_Hz && *known.centre_Hz <= *known.shift_Hz / 2)
+            arguments.fail(
+                QStringLiteral("--tone is midway between the tones: with this --shift one "
+                               "of them is below 0 Hz"));
     }
     for (const char* const option : forMorse) {
         if (arguments.isSet(option))

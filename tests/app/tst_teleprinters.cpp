@@ -213,6 +213,9 @@ private Q_SLOTS:
         QTest::newRow("tone outside the band")
             << QStringList{"--decoder", "Baudot", "--tone", "3550"}
             << QByteArray("--tone takes a number from 200 to 3500");
+        QTest::newRow("tone below 0 Hz")
+            << QStringList{"--decoder", "Baudot", "--tone", "250", "--shift", "850"}
+            << QByteArray("with this --shift one of them is below 0 Hz");
         QTest::newRow("tone of Morse only") << QStringList{"--decoder", "auto", "--tone", "150"}
                                             << QByteArray("--tone takes a number from 200 to 3500");
         QTest::newRow("odd word") << QStringList{"--decoder", "Baudot", "--unshift-on-space", "x"}
