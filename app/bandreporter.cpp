@@ -32,8 +32,8 @@ QString speed(double baudRate)
     return QStringLiteral("%1 Bd").arg(baudRate, 3, 'f', 0);
 }
 
-// What was sent may be anything, a line end among them.
-QString onOneLine(QString text)
+// What was sent may be anything, a line end among them; the blanks of a piece are kept.
+QString pieceOfLine(QString text)
 {
     return printableLine(text.replace(QLatin1Char('\n'), QLatin1Char(' ')));
 }
@@ -56,7 +56,7 @@ public:
                                                       : QStringLiteral("%1 wpm").arg(
                                                             number(transmission.speed_wpm, 0), 2))
                            .arg(number(transmission.snr_dB, 0), 2)
-                           .arg(time, printableLine(transmission.text.simplified()))
+                           .arg(time, onOneLine(transmission.text))
                            .toUtf8());
     }
 };
@@ -124,7 +124,7 @@ public:
     {
         Line& line = m_lines[signal.number];
         line.frequency_Hz = signal.frequency_Hz;
-        line.text += onOneLine(text);
+        line.text += pieceOfLine(text);
         if (line.text.size() >= m_characters && line.text.endsWith(QLatin1Char(' ')))
             write(line);
     }
@@ -167,7 +167,7 @@ public:
     void text(const BandEntry& signal, const QString& text, std::int64_t /*time_us*/) override
     {
         QString& shown = m_texts[signal.number];
-        shown = (shown + onOneLine(text)).right(SHOWN_TEXT);
+        shown = (shown + pieceOfLine(text)).right(SHOWN_TEXT);
     }
     void lost(const BandEntry& signal) override { m_texts.erase(signal.number); }
     void heard(double time_s, const std::vector<demodulator::BandSignal>& signals) override

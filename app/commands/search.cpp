@@ -4,6 +4,7 @@
 
 #include "app/console/complain.h"
 #include "app/console/exitstatus.h"
+#include "app/console/printable.h"
 #include "station/archive/archive.h"
 #include "station/archive/querytext.h"
 #include "station/archive/receptions.h"
@@ -32,17 +33,6 @@ constexpr unsigned long FOLLOW_PAUSE_ms = 500;
 QDateTime utc(qint64 time_us)
 {
     return QDateTime::fromMSecsSinceEpoch(time_us / 1000, Qt::UTC);
-}
-
-// What a decoder received may hold an order to the terminal, or the end of a line.
-QString onOneLine(const QString& text)
-{
-    QString line = text.simplified();
-    for (QChar& c : line) {
-        if (c.category() == QChar::Other_Control)
-            c = QChar(QChar::ReplacementCharacter);
-    }
-    return line;
 }
 
 // A further reception is set off, and says who has heard it.

@@ -51,7 +51,7 @@ void report(const QString& line)
 }
 
 // False, with every fault printed, when there are any.
-bool areNone(const std::vector<ConfigurationFault>& faults, const QString& path)
+bool complainOf(const std::vector<ConfigurationFault>& faults, const QString& path)
 {
     for (const ConfigurationFault& fault : faults) {
         complain(fault.line > 0 ? QStringLiteral("%1:%2").arg(path).arg(fault.line) : path,
@@ -64,7 +64,7 @@ bool readChecked(const QString& path, StationConfiguration& configuration)
 {
     std::vector<ConfigurationFault> faults;
     configuration = readConfiguration(path, faults);
-    return areNone(faults, path);
+    return complainOf(faults, path);
 }
 
 int run(Arguments& arguments)
@@ -75,7 +75,7 @@ int run(Arguments& arguments)
         return EXIT_BAD_INPUT;
     const QString program = QCoreApplication::applicationFilePath();
     if (arguments.isSet("check"))
-        return areNone(decoderFaults(configuration, program), path) ? EXIT_DONE : EXIT_BAD_INPUT;
+        return complainOf(decoderFaults(configuration, program), path) ? EXIT_DONE : EXIT_BAD_INPUT;
     if (!openSignalPipe()) {
         complain(QStringLiteral("no pipe can be opened for signals"));
         return EXIT_BAD_INPUT;

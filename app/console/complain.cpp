@@ -15,8 +15,7 @@ void complain(const QString& subject, const QString& reason)
 
 void complain(const QString& reason)
 {
-    std::fprintf(stderr, "morsehost: %s\n",
-                 printableLine(reason.simplified()).toUtf8().constData());
+    std::fprintf(stderr, "morsehost: %s\n", onOneLine(reason).toUtf8().constData());
 }
 
 int statusAfter(const QString& error)

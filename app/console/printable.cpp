@@ -31,4 +31,9 @@ QString printableLine(QString text)
     return text;
 }
 
+QString onOneLine(const QString& text)
+{
+    return printableLine(text.simplified());
+}
+
 } // namespace morsehost

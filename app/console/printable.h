@@ -10,5 +10,7 @@ namespace morsehost {
 QString printable(QString text);
 /// Line feed and tab as well, so that it stays one line and one field.
 QString printableLine(QString text);
+/// A text of several lines on one: white space of any kind is one blank.
+QString onOneLine(const QString& text);
 
 } // namespace morsehost

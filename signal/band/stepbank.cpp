@@ -145,7 +145,7 @@ std::complex<double> StepBank::value(std::int64_t step, double frequency_Hz) con
         &m_ring[static_cast<std::size_t>(step % m_keptSteps) * m_filters];
     std::complex<float> sum = 0.0F;
     for (int i = 0; i < TAPS; ++i)
-        sum += taps[i] * filters[filterOf(below - (TAPS / 2 - 1) + i)];
+        sum += taps[i] * filters[filterOf(below - BELOW + i)];
     return sum;
 }
 
