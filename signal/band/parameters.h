@@ -29,13 +29,14 @@ struct SurveyParameters
 /// What stronger signals explain (shadows.h).
 struct ShadowParameters
 {
+    // What clicks, images and harmonics put beside a stronger signal (rows: contest, wide).
     int compared_frames = 94;       ///< as many as a tone was looked for in
     double clicksReach_Hz = 3000.0; ///< clicks of hard keying are heard that far
     double margin = 2.0;            ///< clicks, images and harmonics are at most so much stronger
     double stronger = 2.0;          ///< than the tone, in power; weaker signals explain nothing
     double keyDown = 0.15;          ///< share of its level with which a signal may be sending
     double negligible = 0.3;        ///< of the noise: what stays below is no shadow
-    double leastExcess = 1.7;       ///< over the noise, of what is left (rows: contest, wide)
+    double leastExcess = 1.7;       ///< over the noise, of what is left
     // Two tones are those of one teleprinter when exactly one of them is on for such a share of the
     // time in which they are keyed; of two hands it is half of it. In the last so many seconds, and
     // at least so many of them (row: mixed).
@@ -64,11 +65,11 @@ struct ChangeParameters
     double afterLast_s = 0.02; ///< from then on the other one is listened to
 };
 
-/// Who is listened to, and who is given (bandreceiver.h). Spans and distances that a single signal
-/// has as well are those of AttentionParameters.
+/// Who is listened to, and who is emitted (bandreceiver.h). Spans and distances that a single
+/// signal has as well are those of AttentionParameters.
 struct AdmissionParameters
 {
-    double refusedFor_s = 3.0; ///< a tone that was no signal, unless it becomes stronger
+    double refusedFor_s = 3.0; ///< a tone that was no signal, unless stronger (row: contest)
     // Of the power of the strongest: what is weaker is what quantising, mixers and keying leave of
     // that one in places where there is no noise (row: contest).
     double leastOfStrongest = 1e-4;
@@ -80,11 +81,13 @@ struct AdmissionParameters
     double answerSilence_units = 8.0;
     double answerReach_Hz = 60.0; ///< on either side of the tone: who answers tunes to that
     double answerLevel = 6.0;
-    // A station that sends again is known by its tone for so long: as long as an over of the other.
+    // A station that sends again is known by its tone for so long: as long as an over of the other
+    // (row: contest).
     double remembered_s = 30.0;
     double comesBack_Hz = 6.0; ///< it is as far off at most
-    // Signals that may be tried at once, and as many more for each that is given: in a full band
-    // clicks and noise find no end of candidates, and each takes as long as a signal.
+    // Signals that may be tried at once, and as many more for each that is emitted: in a full band
+    // clicks and noise find no end of candidates, and each takes as long as a signal (row: huge;
+    // speed).
     unsigned leastCandidates = 32;
     double candidatesPerSignal = 0.5;
 };
@@ -92,6 +95,7 @@ struct AdmissionParameters
 /// When a teleprinter is looked for between two tones that take turns (teleprinterlistener.h).
 struct TeleprinterParameters
 {
+    // How many are tried, and for how long (row: mixed; speed).
     unsigned most = 32;       ///< at once: each has a search of its own, which bounds the cost
     double within_s = 6.0;    ///< what gives none by then is none
     double notAgain_s = 10.0; ///< and is not tried again for so long

@@ -248,8 +248,8 @@ FOR_EACH_PROCESSOR
 void raiseToDensity(const LengthDensity& density, float spacing, float* p, std::size_t count)
 {
     // Both sides together are one distribution, so that its height is the mean of both widths'.
-    constexpr float NORM = 2.634F; // of the distribution: its integral over a deviation of 1
-    constexpr float DEGREES = 5.0F;
+    constexpr auto NORM = static_cast<float>(STUDENT_NORM);
+    constexpr auto DEGREES = static_cast<float>(STUDENT_DEGREES);
     const float height =
         density.share / (NORM * density.deviation * 0.5F * (1.0F + density.rightTail));
     const float left = 1.0F / density.deviation;

@@ -99,6 +99,8 @@ struct LengthDensity
     float rightTail;
     float share; ///< of all lengths
 };
+constexpr double STUDENT_DEGREES = 5.0;
+constexpr double STUDENT_NORM = 2.634; ///< of the distribution: its integral over a deviation of 1
 
 /// p[i] = the greater of p[i] and the density at i * spacing.
 void raiseToDensity(const LengthDensity& density, float spacing, float* p, std::size_t count);

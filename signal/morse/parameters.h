@@ -5,6 +5,7 @@
 
 #include "signal/limits.h"
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -13,7 +14,8 @@ namespace demodulator {
 /// Where a keyed tone may be (tonefinder.h).
 struct FinderParameters
 {
-    double noiseNearest_Hz = 40.0;   ///< a tone itself ends here: noise is looked for beyond
+    double lowest_Hz = 60.0;         ///< below are a filter's edge and hum (row: hum)
+    double noiseNearest_Hz = 40.0;   ///< a tone itself ends here, noise is beyond (row: hardkeying)
     double noiseFarthest_Hz = 200.0; ///< narrow receiver filters end here (row: filter-snr3)
     double beside_Hz = 140.0;        ///< still within narrower ones (row: filter-snr3)
     // How much more the power of a keyed tone varies than noise does: that of noise alone varies as
@@ -52,14 +54,17 @@ struct LevelParameters
 /// Where the tone is (tonetracker.h).
 struct ToneParameters
 {
-    double span_s = 3.0;   ///< marks not older than this are looked at
-    double memory_s = 2.0; ///< and weigh less with age (row: wander)
+    // Marks not older than this are looked at, and weigh less with age; for longer than for the
+    // level, since a tone wanders more slowly than fading goes (row: wander).
+    double span_s = 3.0;
+    double memory_s = 2.0;
     // No mark shows the tone better than this, however strong: chirp and clicks (row: chirp).
     double leastError_Hz = 0.3;
     double steepest_Hz_per_s = 1.0; ///< deviation of the drift that is expected (row: wander)
     double gain = 0.5;              ///< share of a correction that is made at once
     double largestPull_Hz = 1.0;    ///< per review
-    // The tone of a very strong signal is no more certain than at this ratio: sidebands of keying.
+    // The tone of a very strong signal is no more certain than at this ratio: sidebands of keying
+    // (row: hardkeying). Levels are doubted sooner, see LikelihoodParameters.
     double largestRatio = 100.0;
     // Marks so far off are somebody else's (rows: stations, neighbour). How often a mark turned is
     // counted where half a turn is so many deviations of what noise does (rows: stations, snr0).
@@ -83,13 +88,16 @@ struct PhaseParameters
     // (rows: snr0, snr-3, snr-6).
     double weakestDot = 4.0;
     double strongestDot = 45.0;
-    unsigned leastMarks = 6;
+    unsigned leastMarks = 6; ///< fewer say nothing of a phase that goes on
     double firstFrequencyError_Hz = 0.6;
     double frequencyWalk_Hz = 0.25; ///< deviation of the frequency after a second
     double phaseWalk = 0.08;        ///< deviation of the phase after a second, radians
     double leastError = 0.1;        ///< of the phase of any mark, radians
+    double leastEnergy = 0.5;       ///< of a mark over noise density: no phase is less certain
     double memory_marks = 8.0;      ///< over which the success of prediction is judged
     double leastCoherence = 0.5;    ///< of the predictions, below which nothing is known
+    double mostCoherence = 0.999;   ///< no predictions are taken for better
+    double leastVariance = 0.02; ///< added to that of the phase that is expected, radians squared
     double largestConcentration = 10.0;
 };
 
@@ -97,7 +105,7 @@ struct PhaseParameters
 struct BurstParameters
 {
     double burst = 4.0;  ///< times the usual power beside the tone (rows: static, clicks)
-    double muted = 0.01; ///< of it: a squelch is no measure of what is usual
+    double muted = 0.01; ///< of it: a squelch is no measure of what is usual (row: holes)
     // Where noise is heard otherwise, a moment without any was lost on the way and says nothing:
     // no longer than this, and no more often than in this share of time (row: holes).
     double longestLoss_s = 0.05;
@@ -129,7 +137,7 @@ struct LikelihoodParameters
 
     // A strong signal is not trusted beyond this signal-to-noise ratio of one step: rising edges,
     // fading and clicks are no noise that the model knows, and lengths have to count beside levels
-    // (rows: hardkeying, fading, fist).
+    // (rows: hardkeying, fading, fist). A tone may be trusted further, see ToneParameters.
     double largestRatio = 8.0;
 
     // The phase of a strong signal, one whose dots have this energy over noise density, may drift
@@ -158,7 +166,8 @@ struct TimingParameters
     double usualDeviation = 0.5;
     double knownTolerance = SET_SPEED_TOLERANCE;
 
-    // Longer gaps are silence: this is where tables end, by time and by the mean of a word gap.
+    // Longer gaps are silence: this is where tables end, by time and by the mean of a word gap; and
+    // longer marks are a carrier (rows: farnsworth, stations, hum).
     double longestGap_s = 2.6;
     double longestGap_wordGaps = 1.8;
     double longestMark_units = 6.0;
@@ -167,9 +176,11 @@ struct TimingParameters
     double shortestMark_steps = 3.0;
     double shortestGap_units = 0.25;
     double shortestGap_steps = 2.0;
-    // Deviation of a length from the grid of steps, in steps: edges fall between them.
+    // Deviation of a length from the grid of steps, in steps: edges fall between them. The judge
+    // allows for more (rows: wpm45, fast-snr3).
     double resolution_steps = 0.7;
-    // Probability that is left for marks and gaps beyond the end of a table.
+    // Probability that is left for marks and gaps beyond the end of a table (rows: farnsworth,
+    // stations).
     double beyondTable = 0.02;
 
     // Before anything is learnt: mean and deviation, and share of all marks or gaps. The shares are
@@ -194,7 +205,9 @@ struct TimingParameters
     double memory = 40.0;
     double farthest_deviations = 3.0;
     // What is learnt stays within these: nobody keys more evenly than 6 % of a unit, as far as
-    // steps can show; weights beyond half a unit and dashes beyond these are another speed.
+    // steps can show; weights beyond half a unit and dashes beyond these are another speed. The
+    // judge's bounds of a dash are those of one mark, these of their mean (rows: heavy, longdash,
+    // bug, jumps).
     double leastDeviation_units = 0.06;
     double leastDashDeviation_units = 0.1;
     double leastUnit = 0.7;
@@ -213,11 +226,19 @@ struct TimingParameters
     double characterGapWidth = 0.15;
     double wordGapWidth = 0.18;
     double wordGapShare = 0.2;
-    double strayGap = 1e-4; // density of gaps that are neither
+    double strayGap = 1e-4; ///< density of gaps that are neither
     double learntGapDeviation = 0.17;
+    // The styles: how long gaps between characters are, and how many times longer those between
+    // words. Textbook, wide as a learner's, narrow as of an old hand (rows: widegaps, farnsworth,
+    // fist).
+    std::array<double, 11> characterGaps_units = {2.3, 2.6, 3.0, 3.5, 4.1, 4.8,
+                                                  5.6, 6.5, 7.6, 9.0, 11.0};
+    std::array<double, 5> wordRatios = {1.7, 2.0, 2.33, 2.8, 3.4};
+    // How finely the length is looked for from which the next kind is likelier (row: fist).
+    double threshold_units = 0.05;
 
     // Tables of speeds farther than this from the one heard (difference of logarithms) are renewed
-    // in one of so many updates: they are least likely to be used.
+    // in one of so many updates: they are least likely to be used (row: jumps, and speed).
     double nearSpeed = 0.25;
     unsigned updatesOfAll = 16;
 };
@@ -237,7 +258,8 @@ struct TrellisParameters
     // any number of them (rows: speedup, jumps, stations).
     double nextSpeed = -3.0;
     double secondSpeed = -6.0;
-    // Change of the logarithm of speed that makes other elements of the same lengths.
+    // Change of the logarithm of speed that makes other elements of the same lengths (row: wpm45,
+    // and delay).
     double otherSpeed = 0.45;
 
     // A steady tone, looked at in blocks: that a mark becomes one, of a length in units from which
@@ -252,10 +274,10 @@ struct TrellisParameters
     double carrierDot = 12.0;
 };
 
-/// When a signal is one, and when its codes are given (signalchain.h).
+/// When a signal is one, and when its codes are emitted (signalchain.h).
 struct DecisionParameters
 {
-    double review_s = 0.032; ///< decisions are looked at so often
+    double review_s = 0.032; ///< decisions are looked at so often (row: none; delay)
     // What is older is decided (rows: snr-3, and delay). Of a signal whose dots have more energy
     // over noise density than this, and whose speed is sure by this margin, in proportion less, but
     // not less than these (rows: jumps, static, scatter).
@@ -267,7 +289,7 @@ struct DecisionParameters
     // Log likelihood of keying over noise that makes a signal a signal: noise reaches it once in
     // e^25 tries, with some hundred tries a second (rows: noise).
     double confirmingGain = 25.0;
-    int leastMarks = 2;    ///< one may be a click
+    int leastMarks = 2;    ///< one may be a click (row: clicks)
     double steady_s = 4.0; ///< a tone without keying is remembered (row: hum)
     // Change of the logarithm of speed that a hand does not make: somebody else keys (row:
     // stations).
@@ -279,6 +301,7 @@ struct DecisionParameters
 /// beginner, bug and jitter20 for too little.
 struct JudgeParameters
 {
+    // Of one mark or gap, where TimingParameters has bounds of the mean of many.
     double longestDot_units = 1.6;
     double shortestDash_units = 2.4;
     double longestDash_units = 5.6;
@@ -293,13 +316,16 @@ struct JudgeParameters
     double mostAlone = 0.7;
     double usuallyAlone = 0.7;
     double mostDotDeviation_units = 0.28;
-    double resolution_steps = 1.0; ///< deviation of a length that the grid of steps adds
-    double deviations = 1.5;       ///< of a count that chance may add to these
+    // Deviation of a length that the grid of steps adds; more than that of TimingParameters, so
+    // that the grid never speaks against Morse.
+    double resolution_steps = 1.0;
+    double deviations = 1.5; ///< of a count that chance may add to these
     // Tones of a voice and of instruments glide; one mark's tone is known to within an error that
     // noise makes, and counts as another's when it is so far off and so many errors more (rows:
     // speech, music; wobble5 and settle30 for too little).
     double strayTone_Hz = 30.0;
     double strayErrors = 4.0;
+    // A share of marks wants more of them than the phase's next value does.
     double leastMarks = 10.0;
     double memory_marks = 60.0;
 };
@@ -307,30 +333,30 @@ struct JudgeParameters
 /// Which tone is followed (demodulator.h).
 struct AttentionParameters
 {
-    double search_s = 3.0; ///< span in which a tone is looked for
-    double searchEvery_s = 0.256;
-    double heardAgain_s = 6.0;    ///< of what came before a signal was noticed
-    double beforeFirst_s = 0.3;   ///< heard before its first mark, when it is heard again
-    double afterLast_s = 0.05;    ///< not heard again after a transmission
-    double candidateLife_s = 6.0; ///< a candidate that is not confirmed by then is dropped
-    double louderCandidate = 2.0; ///< power by which another one takes its place
-    double sameTone_Hz = 25.0;    ///< so near, it is the same candidate
-    // A signal is given once its speed is sure: dots and dashes have been heard, and any speed at
+    double search_s = 3.0;        ///< span in which a tone is looked for (rows: snr-6, stations)
+    double searchEvery_s = 0.256; ///< (row: stations, and speed)
+    double heardAgain_s = 6.0;    ///< of what came before a signal was noticed (rows: snr-3, wpm5)
+    double beforeFirst_s = 0.3;   ///< heard before its first mark, when heard again (row: stations)
+    double afterLast_s = 0.05;    ///< not heard again after a transmission (row: stations)
+    double candidateLife_s = 6.0; ///< one that is not confirmed by then is dropped (row: snr-6)
+    double louderCandidate = 2.0; ///< power by which another one takes its place (row: crowd)
+    double sameTone_Hz = 25.0;    ///< so near, it is the same candidate (rows: stations, chirp)
+    // A signal is emitted once its speed is sure: dots and dashes have been heard, and any speed at
     // which they would be others is so much less probable (as a logarithm). Not in the first
     // seconds of the input, when a stronger signal may just be pausing (rows: all, crowd, and
-    // delay).
+    // delay). That of DecisionParameters is of a speed at which codes may be emitted sooner.
     double sureMargin = 12.0;
     double sureAfter_s = 1.0;
     int sureAfter_marks = 3;
     // Almost anything looks like very quick keying for a moment: more marks of it (row: wpm45).
     double quickUnit_s = 0.0255;
     int quick_marks = 30;
-    // Shorter units with two tones in turn are a teleprinter's bits.
+    // Shorter units with two tones in turn are a teleprinter's bits (rows: rtty10, fsk).
     double teleprinterUnit_s = 0.030;
     // Least span in which tones are seen to take turns: in a shorter one noise does by chance
     // (rows: quick-snr3, phase44-3).
     double compared_s = 1.5;
-    // Where that is not to be had, so much has to be heard.
+    // Where that is not to be had, so much has to be heard (rows: bug, beginner).
     double heardFirst_s = 2.0;
     int heardFirst_marks = 8;
     double heardFirstAtMost_s = 4.5;
@@ -350,8 +376,8 @@ struct AttentionParameters
     double otherTone_Hz = 40.0;
     // A tone that was no Morse is left alone for so long for each mark that was judged, and at most
     // for so long (rows: rtty10, speech10; wpm6 for too long); a candidate
-    // that stays without dots, dashes or company is given up after so long, and given at the end of
-    // the input only when it is shorter than so many marks (rows: time pips, dialling tones).
+    // that stays without dots, dashes or company is given up after so long, and emitted at the end
+    // of the input only when it is shorter than so many marks (rows: time pips, dialling tones).
     double oddMarks = 20.0; ///< that are so many are odd at any speed
     double refusedPerMark_s = 1.5;
     double refused_s = 30.0;

@@ -29,7 +29,8 @@ PhaseEstimate trackPhase(const std::vector<HeardMark>& marks, double frequency_H
     };
     const auto errorOf = [&](const HeardMark& mark) {
         const double energy = std::norm(mark.sum) / noise / mark.length_steps;
-        return 0.5 / std::max(energy, 0.5) + parameters.leastError * parameters.leastError;
+        return 0.5 / std::max(energy, parameters.leastEnergy) +
+               parameters.leastError * parameters.leastError;
     };
 
     // A Kalman filter over phase (radians) and frequency (radians a second); time is 0 now.
@@ -78,9 +79,10 @@ PhaseEstimate trackPhase(const std::vector<HeardMark>& marks, double frequency_H
     expected /= weight;
     if (coherence > parameters.leastCoherence) {
         // Surprises greater than expected mean that the phase is less steady than assumed.
-        const double excess = std::max(0.0, 2.0 * std::log(expected / std::min(coherence, 0.999)));
-        estimate.concentration =
-            std::min(parameters.largestConcentration, 1.0 / (pp + excess + 0.02));
+        const double excess =
+            std::max(0.0, 2.0 * std::log(expected / std::min(coherence, parameters.mostCoherence)));
+        estimate.concentration = std::min(parameters.largestConcentration,
+                                          1.0 / (pp + excess + parameters.leastVariance));
     }
     return estimate;
 }

@@ -11,23 +11,16 @@ namespace demodulator {
 
 namespace {
 
-// Styles of long gaps: how long those between characters are, and how many times longer those
-// between words. Textbook, wide as a learner's, narrow as of an old hand.
-constexpr double CHARACTER_GAPS_units[] = {2.3, 2.6, 3.0, 3.5, 4.1, 4.8, 5.6, 6.5, 7.6, 9.0, 11.0};
-constexpr double WORD_RATIOS[] = {1.7, 2.0, 2.33, 2.8, 3.4};
-constexpr double TEXTBOOK_CHARACTER_units = 3.0;
-constexpr double TEXTBOOK_WORD_RATIO = 7.0 / 3.0;
-
 std::size_t index(Kind kind)
 {
     return static_cast<std::size_t>(kind);
 }
 
-// Student's t with 5 degrees of freedom, as LengthDensity has it.
+// Student's t, as LengthDensity has it.
 double student(double x, double scale)
 {
-    const double width = 1.0 + x * x / 5.0;
-    return 1.0 / (2.634 * scale * width * width * width);
+    const double width = 1.0 + x * x / STUDENT_DEGREES;
+    return 1.0 / (STUDENT_NORM * scale * width * width * width);
 }
 
 } // namespace
@@ -157,15 +150,17 @@ void TimingModel::learnGapStyle(double unit)
 {
     if (m_longGaps.size() < m_parameters.leastGaps)
         return;
+    const double textbookCharacter = m_parameters.characterGap.mean_units;
+    const double textbookWord = m_parameters.wordGap.mean_units;
+    const double textbookRatio = textbookWord / textbookCharacter;
     double best = 0.0;
-    double bestCharacter = TEXTBOOK_CHARACTER_units;
-    double bestWord = TEXTBOOK_CHARACTER_units * TEXTBOOK_WORD_RATIO;
-    for (const double character : CHARACTER_GAPS_units) {
-        for (const double ratio : WORD_RATIOS) {
+    double bestCharacter = textbookCharacter;
+    double bestWord = textbookWord;
+    for (const double character : m_parameters.characterGaps_units) {
+        for (const double ratio : m_parameters.wordRatios) {
             const double scale =
-                std::log(character / TEXTBOOK_CHARACTER_units) / m_parameters.characterGapDeviation;
-            const double skew =
-                std::log(ratio / TEXTBOOK_WORD_RATIO) / m_parameters.wordRatioDeviation;
+                std::log(character / textbookCharacter) / m_parameters.characterGapDeviation;
+            const double skew = std::log(ratio / textbookRatio) / m_parameters.wordRatioDeviation;
             double fit = std::exp(-0.5 * (scale * scale + skew * skew));
             const double word = character * ratio;
             const double characterWidth = m_parameters.characterGapWidth * character;
@@ -207,12 +202,11 @@ double TimingModel::density(Kind kind, double units, double resolution_units) co
 // The length in units, between the means of two kinds, from which the longer one is likelier.
 double TimingModel::crossing(Kind shorter, Kind longer, double resolution_units) const
 {
-    constexpr double STEP_units = 0.05;
     double units = m_lengths[index(shorter)].mean_units;
     const double end = m_lengths[index(longer)].mean_units;
     while (units < end &&
            density(shorter, units, resolution_units) > density(longer, units, resolution_units))
-        units += STEP_units;
+        units += m_parameters.threshold_units;
     return units;
 }
 

@@ -11,7 +11,6 @@ namespace demodulator {
 
 namespace {
 
-constexpr double LOWEST_Hz = 60.0; // below that, a filter's edge and hum
 // The power of noise in a bin is exponentially distributed: so much of its mean is its median.
 constexpr double MEDIAN_OF_POWER = 0.693;
 
@@ -93,8 +92,8 @@ bool ToneFinder::hasComplement(double tone_Hz, std::int64_t count) const
     if (count < 4)
         return false;
     const std::size_t own = binOf(tone_Hz);
-    const std::size_t first =
-        std::min(own, binOf(std::max(LOWEST_Hz, tone_Hz - m_parameters.farthestShift_Hz)));
+    const std::size_t first = std::min(
+        own, binOf(std::max(m_parameters.lowest_Hz, tone_Hz - m_parameters.farthestShift_Hz)));
     const std::size_t last = binOf(tone_Hz + m_parameters.farthestShift_Hz);
     const std::vector<float> mean = meanPower(count, first, last);
     const double ownMean = static_cast<double>(mean[own - first]);
@@ -123,7 +122,7 @@ bool ToneFinder::takesTurns(double tone_Hz, std::int64_t count) const
     count = m_spectra.available(count);
     if (count < 4)
         return false;
-    const std::size_t first = binOf(LOWEST_Hz);
+    const std::size_t first = binOf(m_parameters.lowest_Hz);
     const std::size_t last = binOf(HIGHEST_TONE_SHARE * m_rate_Hz);
     const std::size_t below = binOf(tone_Hz - m_parameters.noiseNearest_Hz);
     const std::size_t above = binOf(tone_Hz + m_parameters.noiseNearest_Hz);
@@ -155,7 +154,8 @@ bool ToneFinder::takesTurns(double tone_Hz, std::int64_t count) const
 
 double ToneFinder::noiseNear(double tone_Hz, std::int64_t count) const
 {
-    const std::size_t first = binOf(std::max(LOWEST_Hz, tone_Hz - m_parameters.noiseFarthest_Hz));
+    const std::size_t first =
+        binOf(std::max(m_parameters.lowest_Hz, tone_Hz - m_parameters.noiseFarthest_Hz));
     const std::size_t last = binOf(tone_Hz + m_parameters.noiseFarthest_Hz);
     const std::size_t below = binOf(tone_Hz - m_parameters.noiseNearest_Hz);
     const std::size_t above = binOf(tone_Hz + m_parameters.noiseNearest_Hz);
@@ -176,7 +176,7 @@ double ToneFinder::floorNear(double tone_Hz, std::int64_t age) const
     std::vector<float> around;
     const auto add = [&](double from_Hz, double to_Hz) {
         const std::size_t last = binOf(to_Hz);
-        for (std::size_t bin = binOf(std::max(LOWEST_Hz, from_Hz)); bin <= last; ++bin)
+        for (std::size_t bin = binOf(std::max(m_parameters.lowest_Hz, from_Hz)); bin <= last; ++bin)
             around.push_back(powers[bin]);
     };
     add(tone_Hz - m_parameters.noiseFarthest_Hz, tone_Hz - m_parameters.noiseNearest_Hz);
@@ -203,7 +203,7 @@ double ToneFinder::noiseBeside(double tone_Hz, std::int64_t count) const
         std::vector<float> powers = meanPower(count, binOf(from_Hz), binOf(to_Hz));
         return median(powers) / m_spectra.window().squares;
     };
-    return std::max(side(std::max(LOWEST_Hz, tone_Hz - m_parameters.beside_Hz),
+    return std::max(side(std::max(m_parameters.lowest_Hz, tone_Hz - m_parameters.beside_Hz),
                          tone_Hz - m_parameters.noiseNearest_Hz),
                     side(tone_Hz + m_parameters.noiseNearest_Hz, tone_Hz + m_parameters.beside_Hz));
 }

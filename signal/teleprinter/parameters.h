@@ -7,7 +7,7 @@
 
 namespace teleprinter {
 
-/// Where tones may be (spectrum.h).
+/// Where tones may be (spectrum.h). Rows: snr-4, narrow and ascii300.
 struct SpectrumParameters
 {
     double leastExcess = 1.35;         ///< power of a tone over that of the noise about it
@@ -22,7 +22,7 @@ struct SpectrumParameters
     double noiseDistance = 1.5;        ///< of that from the tones, at least, in speeds
 };
 
-/// How strong the tones are (evidence.h).
+/// How strong the tones are (evidence.h). Rows: snr-4, rayleigh and echo.
 struct EvidenceParameters
 {
     double followed_s = 0.1;     ///< levels are averaged over so much, both ways (row: rayleigh)
@@ -34,7 +34,7 @@ struct EvidenceParameters
 };
 
 /// Characters and pauses (framing.h). Costs are natural logarithms of probabilities; so are scores
-/// and margins, as ratios to noise or to the other reading.
+/// and margins, as ratios to noise or to the other reading. Rows: snr-4 and typed.
 struct FramingParameters
 {
     // That a signal ends or begins at some place: nearer to 0, noise breaks text into pieces;
@@ -55,14 +55,14 @@ struct FramingParameters
     float anyPause = 0.05F;   ///< share of pauses that are like no other
 };
 
-/// Data without characters (bitstream.h). Costs are logarithms of probabilities.
+/// Data without characters (bitstream.h). Costs are logarithms of probabilities. Row: shift-keyed.
 struct BitStreamParameters
 {
     float costOfOtherLength = -5.0F; ///< an element that is a sixteenth shorter or longer
     float costOfRest = -6.0F;        ///< one tone begins to go on, or ends to
 };
 
-/// How tones are followed (tracking.h).
+/// How tones are followed (tracking.h). Rows: drift and snr-4.
 struct TrackingParameters
 {
     /// Variance of the phase from element to element that even a strong signal has, radians
@@ -132,7 +132,7 @@ struct AcquisitionParameters
     int mostPairs = 4;            ///< of tones, for each width
 };
 
-/// A start-stop line that is followed (startstop.h).
+/// A start-stop line that is followed (startstop.h). Rows: snr-4 and typed.
 struct StartStopParameters
 {
     // Decided in spans of so much, of which the last part only helps to decide what is before it.
@@ -152,7 +152,7 @@ struct StartStopParameters
     float doubtful = 3.0F;         ///< least margin of an element
 };
 
-/// A line in time diversity (timediversity.h).
+/// A line in time diversity (timediversity.h). Rows: sitor0 and sitor-fade.
 struct TimeDiversityParameters
 {
     int span_words = 16;   ///< decided at once; 1.1 s
@@ -173,7 +173,7 @@ struct TimeDiversityParameters
     float sureOrder = 6.0F; ///< logarithm of the likelihood of one order over the other
 };
 
-/// When a line is looked for (teleprinterreceiver.h).
+/// When a line is looked for (teleprinterreceiver.h). Row: late; speed.
 struct SearchParameters
 {
     double every_s = 0.5; ///< from one search to the next, at first
