@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What a receiver for a band remembers of signals that it does not follow any more: who sent where,
-// up to when that was given, and what was no signal.
+// up to when that was emitted, and what was no signal.
 #pragma once
 
 #include "signal/band/parameters.h"
@@ -46,16 +46,17 @@ class ToneMemory
 public:
     explicit ToneMemory(const AttentionParameters& parameters);
 
-    /// What was sent at a tone has been given up to a step.
+    /// What was sent at a tone has been emitted up to a step.
     void close(double tone_Hz, std::int64_t until_step);
     /// A tone of that level is not a signal, until a step.
     void refuse(double tone_Hz, double level, std::int64_t until_step);
 
-    /// The last step given of what was sent near a tone, or 0.
+    /// The last step emitted of what was sent near a tone, or 0.
     std::int64_t heardUntil(double tone_Hz) const;
     bool isRefused(double tone_Hz, double level) const;
 
-    /// Forgets what was given up to a step that is no longer kept, and what was refused until now.
+    /// Forgets what was emitted up to a step that is no longer kept, and what was refused until
+    /// now.
     void forget(std::int64_t oldest_step, std::int64_t now_step);
 
 private:

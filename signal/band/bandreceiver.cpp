@@ -151,7 +151,7 @@ private:
     struct Signal
     {
         std::unique_ptr<Listener> listener; // a candidate's is not released
-        int number = 0;                     // 0: nothing was given of it yet
+        int number = 0;                     // 0: nothing was emitted of it yet
         std::int64_t noticed = 0;           // step at which it was
         double noticedLevel = 0.0;          // what it looked like then
         bool gone = false;
@@ -224,7 +224,7 @@ private:
                     !m_teleprinters.isOwn(next->guess.tone_Hz, next->guess.signal))
                     successors.push_back(successorOf(*next));
             } else if (signal.number)
-                m_memory.close(signal.listener->tone_Hz(), signal.listener->lastGiven_step() +
+                m_memory.close(signal.listener->tone_Hz(), signal.listener->lastEmitted_step() +
                                                                stepsIn(attention().afterLast_s));
         }
         handOnTeleprinters();
@@ -505,7 +505,7 @@ private:
         return std::max<std::int64_t>(0, m_end + BATCH_STEPS - m_bank.keptSteps() + 1);
     }
 
-    // Up to where what was sent there has been given.
+    // Up to where what was sent there has been emitted.
     std::int64_t heardUntil(double tone_Hz) const
     {
         std::int64_t until = m_memory.heardUntil(tone_Hz);

@@ -80,7 +80,7 @@ public:
 
     /// Full scale +-1; sound has imaginary part 0. Samples that are no number count as silence.
     void push(const std::complex<float>* samples, std::size_t count);
-    /// End of input: everything heard is given. What is pushed afterwards is ignored.
+    /// End of input: everything heard is emitted. What is pushed afterwards is ignored.
     void finish();
 
     /// Signals that send, or did a moment ago, in order of frequency.

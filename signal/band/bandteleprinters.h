@@ -60,7 +60,7 @@ private:
         double level; // of the stronger tone
         double snr_dB;
         std::int64_t noticed;          // step at which it was
-        int number = 0;                // 0: nothing was given of it yet
+        int number = 0;                // 0: nothing was emitted of it yet
         std::int64_t lastReceived = 0; // step
         bool isFollowed = false;
         teleprinter::Line line = {}; // of the last transmission

@@ -75,9 +75,9 @@ void Listener::finish()
     m_ended = true;
 }
 
-std::int64_t Listener::lastGiven_step() const
+std::int64_t Listener::lastEmitted_step() const
 {
-    return m_successor ? m_change.lastOwn_step() : m_chain->lastGiven_step();
+    return m_successor ? m_change.lastOwn_step() : m_chain->lastEmitted_step();
 }
 
 std::optional<std::int64_t> Listener::firstMarkAfter(std::int64_t step) const
@@ -176,7 +176,7 @@ void Listener::judge(StationChange::Verdict verdict)
         m_sure = m_events.size();
     if (verdict != StationChange::Verdict::Other)
         return;
-    // What was given of the other one since the pause is given by its own listener.
+    // What was emitted of the other one since the pause is emitted by its own listener.
     const StationMark other = StationChange::meanOf(m_change.others());
     m_successor =
         Successor{{other.tone_Hz, other.signal, heard().noise},

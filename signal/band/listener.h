@@ -55,8 +55,8 @@ public:
     bool ended() const { return m_ended; }
     /// Who ended it, if somebody else did.
     const std::optional<Successor>& successor() const { return m_successor; }
-    /// End of the last mark that was given.
-    std::int64_t lastGiven_step() const;
+    /// End of the last mark that was emitted.
+    std::int64_t lastEmitted_step() const;
     /// Begin of the first mark after a step, if one has been decided.
     std::optional<std::int64_t> firstMarkAfter(std::int64_t step) const;
 

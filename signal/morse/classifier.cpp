@@ -34,7 +34,7 @@ void Classifier::mark(const DecidedMark& mark)
         m_sink.transmissionStarted(mark.begin_us);
     } else if (m_characterOpen && static_cast<double>(mark.begin_us - m_markEnd_us) <
                                       SHORTEST_PAUSE_units * mark.unit_us) {
-        // A mark that was found late may reach back into the one that was given before.
+        // A mark that was found late may reach back into the one that was emitted before.
         m_sink.symbol(eSYMBOL_PAUSE_TOO_SHORT, std::max(mark.begin_us, m_markEnd_us));
     }
     m_markEnd_us = mark.end_us;

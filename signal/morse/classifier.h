@@ -58,7 +58,7 @@ private:
     SymbolSink& m_sink;
     Observer* m_observer;
     bool m_active = false;
-    bool m_characterOpen = false; // something was given since the last code 3
+    bool m_characterOpen = false; // something was emitted since the last code 3
     bool m_wordOpen = false;      // ... since the last code 4
     std::int64_t m_markEnd_us = 0;
     Sums m_sums;

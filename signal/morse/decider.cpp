@@ -21,7 +21,7 @@ std::int64_t Decider::time_us(std::int64_t step) const
     return std::llround((static_cast<double>(m_origin + step) - 0.5) * m_step_us);
 }
 
-void Decider::giveMark(const Segment& mark, const Heard& heard)
+void Decider::emitMark(const Segment& mark, const Heard& heard)
 {
     if (std::fabs(std::log(mark.unit_steps / m_unit_steps)) > m_parameters.otherHand)
         m_timing.forget();
@@ -34,24 +34,24 @@ void Decider::giveMark(const Segment& mark, const Heard& heard)
                        mark.unit_steps * m_step_us, heard.tone_Hz, heard.snr});
     const auto length_steps = static_cast<double>(mark.end_step - mark.begin_step);
     m_timing.learn(mark.kind, length_steps / mark.unit_steps);
-    m_given = mark.end_step;
+    m_emitted = mark.end_step;
 }
 
-void Decider::give(const Path& path, const std::vector<bool>& isForeign, std::int64_t now,
-                   std::int64_t until, const Heard& heard)
+void Decider::emitUntil(const Path& path, const std::vector<bool>& isForeign, std::int64_t now,
+                        std::int64_t until, const Heard& heard)
 {
     for (std::size_t i = 0; i < path.segments.size(); ++i) {
         const Segment& segment = path.segments[i];
         const bool isOpen = i + 1 == path.segments.size();
         // Where a mark or space begins may still move a little: what lies mostly before the end of
-        // the last mark that was given has been given.
-        if ((segment.begin_step + segment.end_step) / 2 < m_given)
+        // the last mark that was emitted has been emitted.
+        if ((segment.begin_step + segment.end_step) / 2 < m_emitted)
             continue;
         if (isMark(segment.kind)) {
             if (isOpen || segment.end_step > until)
                 break;
             if (!isForeign[i])
-                giveMark(segment, heard);
+                emitMark(segment, heard);
             continue;
         }
         if (segment.begin_step > until)
@@ -68,7 +68,7 @@ void Decider::give(const Path& path, const std::vector<bool>& isForeign, std::in
         m_gap = Gap{segment.kind, length_steps / segment.unit_steps};
     }
     const auto since = static_cast<std::int64_t>(1e6 * m_parameters.learning_s / m_step_us);
-    if (m_given > m_learnt && now >= m_learnt + since) {
+    if (m_emitted > m_learnt && now >= m_learnt + since) {
         m_timing.update(m_unit_steps);
         m_learnt = now;
     }

@@ -132,7 +132,7 @@ private:
         if (m_active) {
             m_active->process(m_history, m_finder);
             if (m_active->chain().ended()) {
-                m_heardUntil = m_active->lastGiven_sample() + samplesIn(attention().afterLast_s);
+                m_heardUntil = m_active->lastEmitted_sample() + samplesIn(attention().afterLast_s);
                 m_active.reset();
             }
         }
@@ -217,7 +217,7 @@ private:
     {
         if (m_active) {
             m_active->chain().finish();
-            m_heardUntil = m_active->lastGiven_sample();
+            m_heardUntil = m_active->lastEmitted_sample();
         }
         m_active = candidateAgain(m_heardUntil, m_observer);
         m_candidate.reset();
@@ -287,7 +287,7 @@ private:
             const bool isOne = isOneOfSeveral(*m_active);
             if (isOne || chain.verdict() == MorseJudge::Verdict::Other) {
                 m_active->chain().finish();
-                m_heardUntil = m_active->lastGiven_sample();
+                m_heardUntil = m_active->lastEmitted_sample();
                 if (isOne || !hearsOtherwise(*m_active)) {
                     m_heardUntil = now;
                     refuse(chain, isOne);
@@ -395,7 +395,7 @@ private:
     std::vector<float> m_waiting;
     std::unique_ptr<Follower> m_active;    // has a confirmed signal and speaks
     std::unique_ptr<Follower> m_candidate; // listens to what may be one
-    std::int64_t m_heardUntil = 0;         // what came before was given
+    std::int64_t m_heardUntil = 0;         // what came before was emitted
     std::int64_t m_candidateBegin = 0;     // when it was noticed
     std::int64_t m_candidateSince = 0;     // where it began to listen
     double m_candidateLevel = 0.0;

@@ -36,7 +36,7 @@ public:
     /// cut. Samples that are no number count as silence.
     void push(const float* samples, std::size_t count);
 
-    /// End of input: everything heard is given. What is pushed afterwards is ignored.
+    /// End of input: everything heard is emitted. What is pushed afterwards is ignored.
     void finish();
 
 private:

@@ -14,14 +14,12 @@ Follower::Follower(const SignalGuess& guess, double rate_Hz, std::int64_t begin_
 
 void Follower::process(const SampleHistory& history, const ToneFinder& finder)
 {
-    const auto hop = static_cast<std::int64_t>(finder.hop());
-    const auto half = static_cast<std::int64_t>(finder.frameLength()) / 2;
     while (!m_chain.ended() && m_baseband.neededEnd(m_chain.end_step()) <= history.end()) {
         m_baseband.setTone(m_chain.tone_Hz());
         Step step = m_baseband.step(history, m_chain.end_step());
-        const std::int64_t age = (history.end() - half - sample(m_chain.end_step())) / hop;
-        step.floor = m_noise.at(finder, m_chain.tone_Hz(), finder.frames() - 1 - age) /
-                     m_baseband.stepSamples();
+        step.floor =
+            m_noise.before(finder, m_chain.tone_Hz(), history.end() - sample(m_chain.end_step())) /
+            m_baseband.stepSamples();
         m_chain.push(step);
     }
 }

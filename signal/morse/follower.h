@@ -32,7 +32,7 @@ public:
     /// The moments of the chain as samples of the sound.
     std::int64_t firstMark_sample() const { return sample(m_chain.firstMark_step()); }
     std::int64_t lastMark_sample() const { return sample(m_chain.lastMark_step()); }
-    std::int64_t lastGiven_sample() const { return sample(m_chain.lastGiven_step()); }
+    std::int64_t lastEmitted_sample() const { return sample(m_chain.lastEmitted_step()); }
 
 private:
     std::int64_t sample(std::int64_t step) const { return step * m_baseband.stepSamples(); }

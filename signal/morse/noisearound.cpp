@@ -34,4 +34,12 @@ double NoiseAround::at(const ToneFinder& finder, double tone_Hz, std::int64_t fr
     return m_floor;
 }
 
+double NoiseAround::before(const ToneFinder& finder, double tone_Hz, std::int64_t samples)
+{
+    const auto half = static_cast<std::int64_t>(finder.frameLength()) / 2;
+    const std::int64_t age =
+        std::max<std::int64_t>(0, samples - half) / static_cast<std::int64_t>(finder.hop());
+    return at(finder, tone_Hz, finder.frames() - 1 - age);
+}
+
 } // namespace demodulator

@@ -20,6 +20,10 @@ public:
     /// still has count. Each is looked at once, so the tone may wander but not jump.
     double at(const ToneFinder& finder, double tone_Hz, std::int64_t frame);
 
+    /// The same around the moment so many samples before the end of the newest frame: the frame
+    /// whose middle is there, or comes next, the newest at most.
+    double before(const ToneFinder& finder, double tone_Hz, std::int64_t samples);
+
 private:
     std::map<std::int64_t, double> m_floors; // by frame
     std::int64_t m_frame = -1;

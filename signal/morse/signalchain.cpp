@@ -129,7 +129,7 @@ void SignalChain::review(bool last)
     const std::int64_t followed = steps(m_parameters.tone.span_s);
     const bool confirmed = m_state == State::Confirmed;
     const Path path =
-        m_trellis.path(confirmed ? std::min(m_decider.given_step(), now - followed) : 0);
+        m_trellis.path(confirmed ? std::min(m_decider.emitted_step(), now - followed) : 0);
     if (path.segments.empty())
         return;
     std::vector<bool> isForeign;
@@ -142,8 +142,8 @@ void SignalChain::review(bool last)
         return;
     const Level& level = m_likelihood.level();
     const std::int64_t until = last ? now : now - steps(delay_s(level));
-    m_decider.give(path, isForeign, now, until,
-                   {m_tone_Hz, IN_500_Hz * level.signal / level.noise});
+    m_decider.emitUntil(path, isForeign, now, until,
+                        {m_tone_Hz, IN_500_Hz * level.signal / level.noise});
     if (m_classifier.lastMarkEnd_us() > 0 && !m_classifier.active())
         m_state = State::Ended;
 }
@@ -188,7 +188,7 @@ void SignalChain::look(const Path& path, const std::vector<bool>& isForeign)
         m_carrierUntil = m_likelihood.end();
 }
 
-// Of a signal that is given, marks that are decided are counted once; all others as the path has
+// Of a signal that is emitted, marks that are decided are counted once; all others as the path has
 // them now, since at another speed they were others.
 void SignalChain::judge(const Path& path, const std::vector<bool>& isForeign)
 {

@@ -72,8 +72,8 @@ public:
     /// First and last mark of the path found so far.
     std::int64_t firstMark_step() const { return m_firstMark; }
     std::int64_t lastMark_step() const { return m_lastMark; }
-    /// End of the last mark that was given.
-    std::int64_t lastGiven_step() const { return m_origin + m_decider.given_step(); }
+    /// End of the last mark that was emitted.
+    std::int64_t lastEmitted_step() const { return m_origin + m_decider.emitted_step(); }
     /// Length of a dot at the end of the path.
     double unit_s() const { return m_unit_steps * m_step_s; }
 
@@ -89,7 +89,7 @@ public:
 
 private:
     /// What becomes of a signal. From Confirmed on it is heard to its end, and once released its
-    /// codes are given; a signal that is never confirmed gives nothing.
+    /// codes are emitted; of a signal that is never confirmed nothing is.
     enum class State {
         Listening, ///< maybe noise
         Confirmed, ///< far more probable keying than noise

@@ -32,11 +32,11 @@ struct Deciding
     Classifier classifier{list};
     Decider decider{timing, classifier, {}, STEP_s, 1000};
 
-    void give(const Path& path, std::int64_t now, std::int64_t until,
-              std::vector<bool> isForeign = {})
+    void emitUntil(const Path& path, std::int64_t now, std::int64_t until,
+                   std::vector<bool> isForeign = {})
     {
         isForeign.resize(path.segments.size());
-        decider.give(path, isForeign, now, until, {700.0, 100.0});
+        decider.emitUntil(path, isForeign, now, until, {700.0, 100.0});
     }
     std::vector<int> codes() const { return list.codes(); }
 };
@@ -50,22 +50,22 @@ private Q_SLOTS:
     void onlyWhatIsOldEnoughIsGiven()
     {
         Deciding deciding;
-        deciding.give(path(100), 100, 54);
+        deciding.emitUntil(path(100), 100, 54);
         QCOMPARE(deciding.codes(), std::vector<int>());
-        deciding.give(path(100), 100, 55);
+        deciding.emitUntil(path(100), 100, 55);
         QCOMPARE(deciding.codes(), std::vector<int>({1}));
-        QCOMPARE(deciding.decider.given_step(), std::int64_t(55));
-        deciding.give(path(100), 100, 100);
+        QCOMPARE(deciding.decider.emitted_step(), std::int64_t(55));
+        deciding.emitUntil(path(100), 100, 100);
         QCOMPARE(deciding.codes(), std::vector<int>({1, 0}));
     }
     void nothingIsGivenTwiceThoughItsEdgesMove()
     {
         Deciding deciding;
-        deciding.give(path(100), 100, 60);
+        deciding.emitUntil(path(100), 100, 60);
         Path moved = path(100);
         moved.segments[0].end_step = 57;
         moved.segments[1].begin_step = 57;
-        deciding.give(moved, 100, 60);
+        deciding.emitUntil(moved, 100, 60);
         QCOMPARE(deciding.codes(), std::vector<int>({1}));
     }
     void aMarkThatGoesOnIsNotGiven()
@@ -73,31 +73,31 @@ private Q_SLOTS:
         Deciding deciding;
         Path open = path(100);
         open.segments.pop_back();
-        deciding.give(open, 100, 100);
+        deciding.emitUntil(open, 100, 100);
         QCOMPARE(deciding.codes(), std::vector<int>({1}));
     }
     void theGapThatGoesOnEndsCharacterWordAndTransmission()
     {
         Deciding deciding;
-        deciding.give(path(110), 110, 110);
+        deciding.emitUntil(path(110), 110, 110);
         QCOMPARE(deciding.codes(), std::vector<int>({1, 0}));
-        deciding.give(path(85 + 2 * 15 + 2), 117, 117);
+        deciding.emitUntil(path(85 + 2 * 15 + 2), 117, 117);
         QCOMPARE(deciding.codes(), std::vector<int>({1, 0, 3}));
-        deciding.give(path(85 + 5 * 15 + 3), 163, 163);
+        deciding.emitUntil(path(85 + 5 * 15 + 3), 163, 163);
         QCOMPARE(deciding.codes(), std::vector<int>({1, 0, 3, 4}));
-        deciding.give(path(85 + 751), 836, 836);
+        deciding.emitUntil(path(85 + 751), 836, 836);
         QVERIFY(!deciding.classifier.active());
     }
     void someoneElsesMarksAreLeftOut()
     {
         Deciding deciding;
-        deciding.give(path(100), 100, 100, {false, false, true, false});
+        deciding.emitUntil(path(100), 100, 100, {false, false, true, false});
         QCOMPARE(deciding.codes(), std::vector<int>({1}));
     }
     void timesAreThoseOfTheSound()
     {
         Deciding deciding;
-        deciding.give(path(100), 100, 60);
+        deciding.emitUntil(path(100), 100, 60);
         QCOMPARE(deciding.list.transmissions[0].start_us, std::int64_t(4038000));
         QCOMPARE(deciding.list.transmissions[0].times_us[0], std::int64_t(4218000));
     }
@@ -111,14 +111,14 @@ private Q_SLOTS:
             long_.segments.push_back({Kind::ElementGap, at + 60, at + 75, UNIT_steps});
             at += 75;
         }
-        deciding.give(long_, at, at);
+        deciding.emitUntil(long_, at, at);
         QVERIFY2(deciding.timing.mean(Kind::Dash) > 3.3,
                  QByteArray::number(deciding.timing.mean(Kind::Dash)).constData());
         // Somebody else keys now: nothing of that is believed of him.
         Path other;
         other.segments = {{Kind::Dash, at + 100, at + 130, 10.0},
                           {Kind::Silence, at + 130, at + 150, 10.0}};
-        deciding.give(other, at + 300, at + 300);
+        deciding.emitUntil(other, at + 300, at + 300);
         QVERIFY(std::fabs(deciding.timing.mean(Kind::Dash) - 3.0) < 0.1);
     }
 };

@@ -19,10 +19,11 @@ constexpr double LEVEL = 0.25 * AMPLITUDE * AMPLITUDE;
 class Sound
 {
 public:
-    explicit Sound(std::vector<float> samples)
-        : m_samples(std::move(samples))
+    explicit Sound(std::vector<float> samples, double rate_Hz = RATE_Hz)
+        : m_rate_Hz(rate_Hz)
+        , m_samples(std::move(samples))
         , history(1 << 16)
-        , finder(RATE_Hz)
+        , finder(rate_Hz)
         , m_frame(finder.frameLength())
     {
     }
@@ -32,7 +33,7 @@ public:
     {
         const std::size_t hop = finder.hop();
         const std::size_t until =
-            std::min(m_samples.size(), static_cast<std::size_t>(until_s * RATE_Hz));
+            std::min(m_samples.size(), static_cast<std::size_t>(until_s * m_rate_Hz));
         for (; m_at + hop <= until; m_at += hop) {
             history.push(m_samples.data() + m_at, hop);
             history.copy(history.end() - static_cast<std::int64_t>(m_frame.size()), m_frame.size(),
@@ -40,9 +41,10 @@ public:
             finder.push(m_frame.data());
         }
     }
-    void playAll() { play(static_cast<double>(m_samples.size()) / RATE_Hz); }
+    void playAll() { play(static_cast<double>(m_samples.size()) / m_rate_Hz); }
 
 private:
+    double m_rate_Hz;
     std::vector<float> m_samples;
     std::size_t m_at = 0;
 
@@ -64,6 +66,15 @@ std::vector<float> keyed(const std::string& text, double before_s)
         sample *= static_cast<float>(AMPLITUDE / 0.9);
     return samples;
 }
+
+struct StepList : Observer
+{
+    void sound(const float*, std::size_t, double) override {}
+    void step(const FollowedStep& step) override { list.push_back(step); }
+    void mark(std::int64_t, std::int64_t, double) override {}
+
+    std::vector<FollowedStep> list;
+};
 
 } // namespace
 
@@ -102,7 +113,87 @@ private Q_SLOTS:
         };
         QVERIFY(about(follower.firstMark_sample(), 1.0));
         QVERIFY(about(follower.lastMark_sample(), 1.0 + 21 * 0.06));
-        QVERIFY(about(follower.lastGiven_sample(), 1.0 + 21 * 0.06));
+        QVERIFY(about(follower.lastEmitted_sample(), 1.0 + 21 * 0.06));
+        // A step is 4 ms, and is centred on its sample.
+        QCOMPARE(follower.firstMark_sample(), 32 * follower.chain().firstMark_step());
+        QCOMPARE(follower.lastMark_sample(), 32 * follower.chain().lastMark_step());
+        QCOMPARE(follower.lastEmitted_sample(), 32 * follower.chain().lastEmitted_step());
+    }
+    // At this rate frames and steps do not go together, so that the sound ends anywhere in a step.
+    void whatIsThereIsHeardToTheEnd()
+    {
+        constexpr double ODD_Hz = 11025.0;
+        constexpr std::int64_t STEP = 44;
+        constexpr std::int64_t AFTER = 66; // its middle, a step needs: half of a window of three
+        Sound sound(testsupport::noise(2.0, 0.01, ODD_Hz, "odd"), ODD_Hz);
+        testsupport::CodeList list;
+        Follower follower({700.0, LEVEL, 1e-6}, ODD_Hz, 0, {}, {}, list);
+        bool isExact = false;
+        for (int hop = 1; hop <= 60; ++hop) {
+            sound.play(0.0325 * hop);
+            follower.process(sound.history, sound.finder);
+            const std::int64_t end = sound.history.end();
+            QCOMPARE(follower.chain().end_step(), end < AFTER ? 0 : (end - AFTER) / STEP + 1);
+            isExact = isExact || (end - AFTER) % STEP == 0;
+        }
+        QVERIFY(isExact);
+    }
+    // A mixer that stands still loses a tone that wanders.
+    void theMixerFollowsTheTone()
+    {
+        testsupport::Path path;
+        path.wander_Hz = 30.0;
+        path.wanderPeriod_s = 60.0;
+        std::string text = "PARIS";
+        for (int word = 1; word < 20; ++word) // 3 s each
+            text += " PARIS";
+        std::vector<float> samples = testsupport::sound(text, {}, path, RATE_Hz, "wanders");
+        for (float& sample : samples)
+            sample *= static_cast<float>(AMPLITUDE / 0.9);
+        Sound sound(samples);
+        sound.play(4.0);
+        const auto found = sound.finder.find(90, {300.0, 1200.0});
+        QVERIFY(found);
+        StepList steps;
+        testsupport::CodeList list;
+        Follower follower({found->tone_Hz, LEVEL, 1e-6}, RATE_Hz, 0, {}, {}, list, &steps);
+        follower.chain().release();
+        for (double until_s = 4.0; until_s < static_cast<double>(samples.size()) / RATE_Hz;
+             until_s += 0.5) {
+            sound.play(until_s);
+            follower.process(sound.history, sound.finder);
+        }
+        double least_Hz = 1e9;
+        double most_Hz = 0.0;
+        for (std::size_t i = 0; i + 250 <= steps.list.size(); i += 250) {
+            double loudest = 0.0;
+            for (std::size_t k = i; k < i + 250; ++k)
+                loudest = std::max(loudest, std::abs(steps.list[k].value));
+            if (loudest < 0.1 * AMPLITUDE)
+                continue; // before and after the signal
+            least_Hz = std::min(least_Hz, steps.list[i].tone_Hz);
+            most_Hz = std::max(most_Hz, steps.list[i].tone_Hz);
+            QVERIFY2(std::fabs(loudest / (0.5 * AMPLITUDE) - 1.0) < 0.05,
+                     qPrintable(QString::number(loudest)));
+        }
+        QVERIFY(most_Hz - least_Hz > 50.0);
+    }
+    void afterTheEndOfItsSignalNothingIsRead()
+    {
+        std::vector<float> samples = keyed("TEST", 1.0);
+        samples.insert(samples.end(), static_cast<std::size_t>(6.0 * RATE_Hz), 0.0F);
+        Sound sound(samples);
+        testsupport::CodeList list;
+        Follower follower({700.0, LEVEL, 1e-6}, RATE_Hz, 0, {}, {}, list);
+        follower.chain().release();
+        for (const double until_s : {4.0, 8.0}) {
+            sound.play(until_s);
+            follower.process(sound.history, sound.finder);
+        }
+        QVERIFY(follower.chain().ended());
+        QVERIFY(32 * follower.chain().end_step() < sound.history.end() - RATE_Hz);
+        QCOMPARE(list.transmissions.size(), std::size_t(1));
+        QVERIFY(list.transmissions.front().stop_us > 0);
     }
     // The noise fell by 30 dB before the signal began and the follower was opened, which knows the
     // noise of now.

@@ -77,6 +77,27 @@ private Q_SLOTS:
         for (std::int64_t frame = 30; frame < 80; ++frame)
             QCOMPARE(noise.at(finder, TONE_Hz, frame), floorOf(finder, frame));
     }
+    void ofAMomentItIsThatOfTheFrameWhoseMiddleComesNext_data()
+    {
+        QTest::addColumn<int>("before");
+        QTest::addColumn<int>("frame");
+        // Frames of 512 samples, one every 256; of 100 frames, 85 is the newest with all around it.
+        QTest::newRow("the middle of one") << 256 + 20 * 256 << 79;
+        QTest::newRow("just after it") << 256 + 20 * 256 - 1 << 80;
+        QTest::newRow("just before the next older one") << 256 + 20 * 256 + 255 << 79;
+        QTest::newRow("the middle of the newest") << 256 << 99;
+        QTest::newRow("after it") << 10 << 99;
+        QTest::newRow("an hour ago") << 8000 * 3600 << 99 - (8000 * 3600 - 256) / 256;
+    }
+    void ofAMomentItIsThatOfTheFrameWhoseMiddleComesNext()
+    {
+        QFETCH(int, before);
+        QFETCH(int, frame);
+        const ToneFinder finder = risingNoise(100);
+        NoiseAround noise;
+        NoiseAround expected;
+        QCOMPARE(noise.before(finder, TONE_Hz, before), expected.at(finder, TONE_Hz, frame));
+    }
     void aCrashOfStaticDoesNotCount()
     {
         const ToneFinder finder = risingNoise(100, 30.0F);
