@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 // The whole program on a recording: how many times faster than it was received.
 #include "support/keyer.h"
+#include "support/soundfile.h"
 
 #include <QProcess>
 #include <QTemporaryDir>
 
 #include <benchmark/benchmark.h>
-#include <sndfile.h>
 
 #include <string>
 
@@ -24,13 +24,7 @@ void decodeRecording(benchmark::State& state)
         testsupport::sound(text, testsupport::Hand(), path, rate_Hz, "bench");
     QTemporaryDir dir;
     const QString file = dir.filePath(QStringLiteral("x.wav"));
-    SF_INFO info = {};
-    info.samplerate = static_cast<int>(rate_Hz);
-    info.channels = 1;
-    info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
-    SNDFILE* const sound = sf_open(file.toUtf8().constData(), SFM_WRITE, &info);
-    sf_writef_float(sound, samples.data(), static_cast<sf_count_t>(samples.size()));
-    sf_close(sound);
+    testsupport::writeSoundFile(file.toStdString(), rate_Hz, samples);
     for (auto _ : state) {
         QProcess process;
         process.start(QStringLiteral(MORSEHOST_PATH), {QStringLiteral("decode"), file});

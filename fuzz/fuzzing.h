@@ -2,9 +2,11 @@
 // What every fuzz target uses: claims, the bytes of an input in turn, a folder of its own.
 #pragma once
 
+#include "support/files.h"
+
 #include <QByteArray>
 #include <QDir>
-#include <QFile>
+#include <QFileInfo>
 #include <QString>
 #include <QTemporaryDir>
 
@@ -98,17 +100,14 @@ public:
 
     QString write(const QString& name, const QByteArray& content) const
     {
-        QFile file(filePath(name));
-        require(file.open(QIODevice::WriteOnly) && file.write(content) == content.size(),
-                "a file can be written");
-        return file.fileName();
+        return writeFile(filePath(name), content);
     }
 
     QByteArray read(const QString& name) const
     {
-        QFile file(QDir(path()).absoluteFilePath(name));
-        require(file.open(QIODevice::ReadOnly), "a file that is there can be read");
-        return file.readAll();
+        const QString file = QDir(path()).absoluteFilePath(name);
+        require(QFileInfo(file).isReadable(), "a file that is there can be read");
+        return contentOf(file);
     }
 
     QStringList names() const

@@ -4,11 +4,10 @@
 #include "reception/corpus.h"
 #include "signal/numbers.h"
 #include "support/random.h"
+#include "support/soundfile.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
-#include <fstream>
 
 namespace bands {
 
@@ -252,12 +251,6 @@ void addOver(std::vector<std::complex<float>>& samples, const Over& over, const 
     }
 }
 
-void put(std::ofstream& file, std::uint32_t value, int bytes)
-{
-    for (int i = 0; i < bytes; ++i)
-        file.put(static_cast<char>(value >> (8 * i)));
-}
-
 } // namespace
 
 std::string Frequency::sent() const
@@ -363,31 +356,13 @@ std::vector<std::complex<float>> samplesOf(const Band& band)
 void writeWave(const std::string& path, const Band& band,
                const std::vector<std::complex<float>>& samples)
 {
-    std::ofstream file(path, std::ios::binary);
-    const std::uint32_t channels = band.isComplex ? 2 : 1;
-    const auto size = static_cast<std::uint32_t>(2 * channels * samples.size());
-    const auto rate = static_cast<std::uint32_t>(band.rate_Hz);
-    file << "RIFF";
-    put(file, 36 + size, 4);
-    file << "WAVEfmt ";
-    put(file, 16, 4);
-    put(file, 1, 2);
-    put(file, channels, 2);
-    put(file, rate, 4);
-    put(file, 2 * channels * rate, 4);
-    put(file, 2 * channels, 2);
-    put(file, 16, 2);
-    file << "data";
-    put(file, size, 4);
-    const auto putSample = [&file](float sample) {
-        const long value = std::lround(std::clamp(sample, -1.0F, 1.0F) * 32767.0F);
-        put(file, static_cast<std::uint32_t>(value) & 0xFFFFU, 2);
-    };
+    std::vector<float> frames;
     for (const std::complex<float>& sample : samples) {
-        putSample(sample.real());
+        frames.push_back(sample.real());
         if (band.isComplex)
-            putSample(sample.imag());
+            frames.push_back(sample.imag());
     }
+    testsupport::writeSoundFile(path, band.rate_Hz, std::move(frames), band.isComplex ? 2 : 1);
 }
 
 } // namespace bands

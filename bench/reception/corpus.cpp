@@ -5,8 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
-#include <fstream>
 #include <limits>
 
 namespace reception {
@@ -467,39 +465,6 @@ Recording record(const Condition& condition, const std::string& kind, const std:
                                         : testsupport::sound(recording.sent, own.hand, own.path,
                                                              RATE_Hz, recording.name);
     return recording;
-}
-
-namespace {
-
-void put(std::ofstream& file, std::uint32_t value, int bytes)
-{
-    for (int i = 0; i < bytes; ++i)
-        file.put(static_cast<char>(value >> (8 * i)));
-}
-
-} // namespace
-
-void writeWave(const std::string& path, const std::vector<float>& samples)
-{
-    std::ofstream file(path, std::ios::binary);
-    const auto size = static_cast<std::uint32_t>(2 * samples.size());
-    const auto rate = static_cast<std::uint32_t>(RATE_Hz);
-    file << "RIFF";
-    put(file, 36 + size, 4);
-    file << "WAVEfmt ";
-    put(file, 16, 4);
-    put(file, 1, 2);
-    put(file, 1, 2);
-    put(file, rate, 4);
-    put(file, 2 * rate, 4);
-    put(file, 2, 2);
-    put(file, 16, 2);
-    file << "data";
-    put(file, size, 4);
-    for (const float sample : samples) {
-        const long value = std::lround(std::clamp(sample, -1.0F, 1.0F) * 32767.0F);
-        put(file, static_cast<std::uint32_t>(value) & 0xFFFFU, 2);
-    }
 }
 
 namespace {

@@ -51,9 +51,6 @@ struct Recording
 Recording record(const Condition& condition, const std::string& kind, const std::string& seed,
                  std::size_t length = TEXT_LENGTH);
 
-/// 8 kHz, mono, 16 bit.
-void writeWave(const std::string& path, const std::vector<float>& samples);
-
 /// Sounds without Morse, in which nothing should be found.
 struct Silence
 {

@@ -6,6 +6,7 @@
 #include "scoring.h"
 #include "signal/morse/demodulator.h"
 #include "support/morsecode.h"
+#include "support/soundfile.h"
 
 #include <algorithm>
 #include <cmath>
@@ -293,7 +294,8 @@ int make(const Options& options)
         if (!wanted(options, condition))
             continue;
         forAll(options, condition, [&](const reception::Recording& recording) {
-            reception::writeWave(directory + "/" + recording.name + ".wav", recording.samples);
+            testsupport::writeSoundFile(directory + "/" + recording.name + ".wav",
+                                        reception::RATE_Hz, recording.samples);
             std::ofstream(directory + "/" + recording.name + ".txt")
                 << testsupport::asReceived(recording.sent) << "\n";
         });
@@ -341,7 +343,7 @@ int score(const Options& options)
         std::vector<Rates> rates(columns.size());
         forAll(options, condition, [&](const reception::Recording& recording) {
             if (!peers.empty())
-                reception::writeWave(wave.path(), recording.samples);
+                testsupport::writeSoundFile(wave.path(), reception::RATE_Hz, recording.samples);
             for (std::size_t i = 0; i < columns.size(); ++i) {
                 const std::string text = columns[i].read(recording, columns[i].cost);
                 rates[i].each.push_back(100.0 *
@@ -364,7 +366,7 @@ int score(const Options& options)
         noise.samples = testsupport::noise(600.0, 0.1, reception::RATE_Hz, "noise/" + options.set);
         noise.tone_Hz = 700.0;
         noise.speed_wpm = 20.0;
-        reception::writeWave(wave.path(), noise.samples);
+        testsupport::writeSoundFile(wave.path(), reception::RATE_Hz, noise.samples);
         std::printf("| noise alone, characters in ten minutes |");
         for (Column& column : columns) {
             const std::string text = testsupport::asReceived(column.read(noise, column.cost));

@@ -3,6 +3,7 @@
 #include "reception/corpus.h"
 #include "scoring.h"
 #include "signal/teleprinter/teleprinterreceiver.h"
+#include "support/soundfile.h"
 #include "teleprinter/corpus.h"
 
 #include <algorithm>
@@ -216,13 +217,13 @@ int make(const Options& options)
             std::ifstream file(options.text, std::ios::binary);
             const std::string text((std::istreambuf_iterator<char>(file)), {});
             const Recording recording = teleprinterbench::record(condition, text);
-            reception::writeWave((directory / (recording.name + ".wav")).string(),
-                                 recording.samples);
+            testsupport::writeSoundFile((directory / (recording.name + ".wav")).string(),
+                                        teleprinterbench::RATE_Hz, recording.samples);
             continue;
         }
         forAll(options, condition, [&](const Recording& recording) {
-            reception::writeWave((directory / (recording.name + ".wav")).string(),
-                                 recording.samples);
+            testsupport::writeSoundFile((directory / (recording.name + ".wav")).string(),
+                                        teleprinterbench::RATE_Hz, recording.samples);
             std::ofstream(directory / (recording.name + ".txt")) << recording.sent;
         });
     }
@@ -253,7 +254,8 @@ int score(const Options& options)
                 100.0 * teleprinterbench::errorRate(
                             recording.sent, receive(recording.samples, options, ours).text));
             if (!peers.empty())
-                reception::writeWave(wave.path(), recording.samples);
+                testsupport::writeSoundFile(wave.path(), teleprinterbench::RATE_Hz,
+                                            recording.samples);
             for (std::size_t i = 0; i < peers.size(); ++i) {
                 const std::string received =
                     run(peers[i].command, wave.path(), condition, recording, costs[i]);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // `morsehost band` from outside: its forms of output, its kinds of input, and what is wrong with
 // either.
+#include "support/files.h"
 #include "support/keyer.h"
 #include "support/program.h"
 #include "support/terminal.h"
@@ -273,9 +274,7 @@ private Q_SLOTS:
         QStringList texts;
         const QDir saved(folder.filePath("saved"));
         for (const QString& name : saved.entryList({"*International*.txt"})) {
-            QFile file(saved.filePath(name));
-            QVERIFY(file.open(QIODevice::ReadOnly));
-            texts += QString::fromUtf8(file.readAll()).simplified();
+            texts += QString::fromUtf8(contentOf(saved.filePath(name))).simplified();
         }
         texts.sort();
         QCOMPARE(texts, QStringList({TEXTS[0], TEXTS[1]}));

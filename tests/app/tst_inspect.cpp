@@ -4,6 +4,7 @@
 #include "support/files.h"
 #include "support/keyer.h"
 #include "support/program.h"
+#include "support/soundfile.h"
 
 #include <QDir>
 #include <QFile>
@@ -16,7 +17,6 @@
 #include <QtTest>
 
 #include <csignal>
-#include <sndfile.hh>
 #include <sys/stat.h>
 
 namespace {
@@ -376,9 +376,7 @@ private Q_SLOTS:
         constexpr std::size_t LATER = 12 * 8000;
         for (std::size_t n = 0; n < sound.size(); ++n)
             sound[n] = 0.3F * sound[n] + (n < LATER ? 0.0F : 0.33F * other[n - LATER]);
-        SndfileHandle(QFile::encodeName(path).constData(), SFM_WRITE,
-                      SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1, 8000)
-            .write(sound.data(), static_cast<sf_count_t>(sound.size()));
+        testsupport::writeSoundFile(path.toStdString(), 8000.0, sound);
         const QStringList words = {"inspect", path, "--from", from, "--length", "5", "-o", "-"};
         const QString all = textOf(testsupport::readDrawn(run(words).out));
         QVERIFY2(all.contains("NN"), qPrintable(all));
@@ -438,10 +436,7 @@ private Q_SLOTS:
         QFETCH(QStringList, words);
         QFETCH(QByteArray, part);
         QTemporaryDir dir;
-        const QString path = dir.filePath("x.svg");
-        QFile old(path);
-        QVERIFY(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
-        old.close();
+        const QString path = writeFile(dir.filePath("x.svg"), "old");
         const Ended ended = run(QStringList({"inspect", "-o", path}) + words);
         QCOMPARE(ended.status, 1);
         QVERIFY2(ended.err.contains(part), ended.err.constData());
@@ -557,9 +552,7 @@ private Q_SLOTS:
                                  picture, PROJECT_DATA_DIR "/samples/bands/contest.flac"});
         QCOMPARE(ended.err, QByteArray());
         QCOMPARE(ended.status, 0);
-        QFile file(picture);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray svg = file.readAll();
+        const QByteArray svg = contentOf(picture);
         QVERIFY2(svg.contains(">G8CU<") && svg.contains(">I0HF<"), svg.constData());
         QVERIFY(!svg.contains(">RE5GO<")); // at 3.1 kHz
     }

@@ -4,6 +4,7 @@
 #include "support/keyer.h"
 #include "support/program.h"
 #include "support/resultschema.h"
+#include "support/soundfile.h"
 
 #include <QDir>
 #include <QFile>
@@ -13,8 +14,6 @@
 #include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
-
-#include <sndfile.h>
 
 #include <algorithm>
 #include <csignal>
@@ -55,23 +54,10 @@ QByteArray raw(const std::vector<float>& samples)
 void writeSound(const QString& path, int format, const std::vector<float>& samples, double rate_Hz,
                 int channels = 1, int of = 0)
 {
-    SF_INFO info = {};
-    info.samplerate = static_cast<int>(rate_Hz);
-    info.channels = channels;
-    info.format = format;
-    SNDFILE* const file = sf_open(path.toUtf8().constData(), SFM_WRITE, &info);
-    QVERIFY2(file, sf_strerror(nullptr));
     std::vector<float> frames(samples.size() * static_cast<std::size_t>(channels));
     for (std::size_t i = 0; i < samples.size(); ++i)
         frames[i * static_cast<std::size_t>(channels) + static_cast<std::size_t>(of)] = samples[i];
-    // In pieces: one encoder recurses over what it is given at once.
-    for (std::size_t done = 0; done < samples.size();) {
-        const std::size_t count = std::min<std::size_t>(4096, samples.size() - done);
-        sf_writef_float(file, &frames[done * static_cast<std::size_t>(channels)],
-                        static_cast<sf_count_t>(count));
-        done += count;
-    }
-    sf_close(file);
+    testsupport::writeSoundFile(path.toStdString(), rate_Hz, frames, channels, format);
 }
 
 // Starts the program on a pipe that stays open; returns what it has shown once two words are there.
@@ -351,10 +337,7 @@ private Q_SLOTS:
             chunk("RIFF", "WAVE" + chunk("bext", broadcast) + chunk("fmt ", format) +
                               chunk("data", raw(keyed("PARIS"))));
         QTemporaryDir dir;
-        const QString path = dir.filePath(name);
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(wav) == wav.size());
-        file.close();
+        const QString path = writeFile(dir.filePath(name), wav);
         const Ended ended = run({"decode", "--json", "--start", "auto", path});
         if (start.isEmpty()) {
             verifyOneLine(ended, 1, "neither its name (20260512_101500) nor a bext");
@@ -372,30 +355,19 @@ private Q_SLOTS:
         writeSound(path, SF_FORMAT_WAV | SF_FORMAT_PCM_16, keyed("PARIS"), RATE_HZ);
         QByteArray bytes = contentOf(path);
         const int data = bytes.indexOf("data");
-        QFile unfinished(dir.filePath("unfinished.wav"));
-        QVERIFY(unfinished.open(QIODevice::WriteOnly));
         bytes.replace(data + 4, 4, QByteArray(4, '\0'));
-        QCOMPARE(unfinished.write(bytes), bytes.size());
-        unfinished.close();
-        verifyOneLine(run({"decode", unfinished.fileName()}), 1,
-                      "its header says that it holds no");
+        const QString unfinished = writeFile(dir.filePath("unfinished.wav"), bytes);
+        verifyOneLine(run({"decode", unfinished}), 1, "its header says that it holds no");
         verifyOneLine(
             run({"decode", "-"}, bytes), 1,
             "its header says that it holds no sound; if it does, 'sox --ignore-length' repairs it");
 
         const std::vector<float> samples = keyed("PARIS");
-        SF_INFO info = {};
-        info.samplerate = 8000;
-        info.channels = 2;
-        info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
+        std::vector<float> frames;
+        for (const float sample : samples)
+            frames.insert(frames.end(), {sample, -sample});
         const QString opposite = dir.filePath("opposite.wav");
-        SNDFILE* const file = sf_open(opposite.toUtf8().constData(), SFM_WRITE, &info);
-        QVERIFY(file);
-        for (const float sample : samples) {
-            const float frame[] = {sample, -sample};
-            sf_writef_float(file, frame, 1);
-        }
-        sf_close(file);
+        testsupport::writeSoundFile(opposite.toStdString(), RATE_HZ, frames, 2);
         verifyOneLine(run({"decode", opposite}), 1, "its channels cancel each other out");
         QCOMPARE(run({"decode", "--channel", "2", opposite}).out.simplified(), QByteArray("PARIS"));
 
@@ -588,18 +560,14 @@ private Q_SLOTS:
         QFETCH(QByteArray, reason);
         QTemporaryDir dir;
         const QString path = dir.filePath("input.wav");
-        QFile file(path);
         if (kind == "directory") {
             QVERIFY(QDir().mkdir(path));
         } else if (kind == "rate") {
             writeSound(path, SF_FORMAT_WAV | SF_FORMAT_PCM_16, keyed("E"), 3999);
         } else if (kind != "missing") {
-            QVERIFY(file.open(QIODevice::WriteOnly));
-            if (kind == "text")
-                file.write("Good morning,\nthis is a letter.\n");
-            else if (kind == "header")
-                file.write("RIFF\0\0\0\0WAVEfm", 15);
-            file.close();
+            writeFile(path, kind == "text"     ? QByteArray("Good morning,\nthis is a letter.\n")
+                            : kind == "header" ? QByteArray("RIFF\0\0\0\0WAVEfm", 15)
+                                               : QByteArray());
         }
         const Ended ended = run({"decode", path});
         verifyOneLine(ended, 1, reason.constData());
@@ -841,19 +809,14 @@ private Q_SLOTS:
         QCOMPARE(ended.out, QByteArray("AB E\n"));
         QCOMPARE(ended.status, 0);
         QTemporaryDir dir;
-        QFile file(dir.filePath("codes"));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("0 3 5 1 3") > 0);
-        file.close();
-        QCOMPARE(run({"symbols", file.fileName()}).out, QByteArray("E\nT\n"));
+        const QString codes = writeFile(dir.filePath("codes"), "0 3 5 1 3");
+        QCOMPARE(run({"symbols", codes}).out, QByteArray("E\nT\n"));
     }
 
     void anAlphabetOfOnesOwnIsUsed()
     {
         QTemporaryDir dir;
-        QFile file(dir.filePath("Mine.mal"));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("\xD7\x90\t.-\n\n");
-        file.close();
+        writeFile(dir.filePath("Mine.mal"), "\xD7\x90\t.-\n\n");
         const Ended ended =
             run({"symbols", "--alphabets", dir.path(), "--alphabet", "mine", "-"}, "0 1 3");
         QCOMPARE(ended.out, QByteArray("\xD7\x90\n"));
@@ -960,14 +923,11 @@ private Q_SLOTS:
     void aClosedPipeEndsItQuietly()
     {
         QTemporaryDir dir;
-        QFile codes(dir.filePath("codes"));
-        QVERIFY(codes.open(QIODevice::WriteOnly));
-        for (int i = 0; i < 200000; ++i)
-            codes.write("0 3 1 3 0 1 3 1 0 3\n");
-        codes.close();
+        const QString codes =
+            writeFile(dir.filePath("codes"), QByteArray("0 3 1 3 0 1 3 1 0 3\n").repeated(200000));
         QProcess shell;
         shell.start(QStringLiteral("bash"),
-                    {"-c", QStringLiteral(MORSEHOST_PATH " symbols ") + codes.fileName() +
+                    {"-c", QStringLiteral(MORSEHOST_PATH " symbols ") + codes +
                                " | head -c 3; echo \" ${PIPESTATUS[0]}\""});
         const Ended ended = end(shell);
         QCOMPARE(ended.out, QByteArray("ETA 0\n"));
@@ -1067,11 +1027,8 @@ private Q_SLOTS:
     void aSignalEndsItWhileNobodyReadsItsOutput()
     {
         QTemporaryDir dir;
-        QFile codes(dir.filePath("codes"));
-        QVERIFY(codes.open(QIODevice::WriteOnly));
-        for (int i = 0; i < 2000; ++i)
-            codes.write("0 3 1 3 0 1 3 1 0 3\n");
-        codes.close();
+        const QString codes =
+            writeFile(dir.filePath("codes"), QByteArray("0 3 1 3 0 1 3 1 0 3\n").repeated(2000));
         // Nobody reads, and the pipe has room for some characters only.
         const QString path = dir.filePath("pipe");
         QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
@@ -1082,7 +1039,7 @@ private Q_SLOTS:
         QProcess process;
         process.setStandardOutputFile(path);
         process.start(QStringLiteral(MORSEHOST_PATH),
-                      {"symbols", "--save", dir.filePath("saved"), codes.fileName()});
+                      {"symbols", "--save", dir.filePath("saved"), codes});
         QTRY_VERIFY_WITH_TIMEOUT(testsupport::isWaiting(process), testsupport::HANGS_ms);
         process.terminate();
         const Ended ended = end(process);
@@ -1104,11 +1061,8 @@ private Q_SLOTS:
         QFETCH(QString, screen);
         QFETCH(QByteArray, status);
         QTemporaryDir dir;
-        QFile codes(dir.filePath("codes"));
-        QVERIFY(codes.open(QIODevice::WriteOnly));
-        for (int i = 0; i < 5000; ++i)
-            codes.write("0 3 1 3\n");
-        codes.close();
+        const QString codes =
+            writeFile(dir.filePath("codes"), QByteArray("0 3 1 3\n").repeated(5000));
         QProcess shell;
         shell.start(
             QStringLiteral("bash"),
@@ -1138,10 +1092,7 @@ private Q_SLOTS:
     void aDiskThatFillsUpIsSaid()
     {
         QTemporaryDir dir;
-        QFile codes(dir.filePath("codes"));
-        QVERIFY(codes.open(QIODevice::WriteOnly));
-        codes.write(QByteArray("0 0 0 3\n").repeated(2000));
-        codes.close();
+        writeFile(dir.filePath("codes"), QByteArray("0 0 0 3\n").repeated(2000));
         QProcess shell;
         shell.start(QStringLiteral("bash"),
                     {"-c", QStringLiteral("ulimit -f 1; %1 symbols --save %2/saved %2/codes")
@@ -1175,11 +1126,8 @@ private Q_SLOTS:
     void halfALetterIsNotSaved()
     {
         QTemporaryDir dir;
-        QFile codes(dir.filePath("codes"));
-        QVERIFY(codes.open(QIODevice::WriteOnly));
-        codes.write(QByteArray("0 0 0 3 ").repeated(1000));
+        writeFile(dir.filePath("codes"), QByteArray("0 0 0 3 ").repeated(1000));
         const QChar SIGMA(0x03A3);
-        codes.close();
         const auto saved = [&dir](const QString& limit, QByteArray& err) {
             const QString folder = dir.filePath("saved" + limit);
             QProcess shell;

@@ -366,9 +366,7 @@ void tst_ShippedData::everyFileHasItsOriginWrittenDown()
 {
     QFETCH(QString, folderName);
     const QDir data = folder(qPrintable(folderName));
-    QFile readme(data.filePath(QStringLiteral("README.md")));
-    QVERIFY(readme.open(QIODevice::ReadOnly));
-    const QString text = QString::fromUtf8(readme.readAll());
+    const QString text = QString::fromUtf8(contentOf(data.filePath(QStringLiteral("README.md"))));
     const QStringList files = data.entryList(QDir::Files);
     QVERIFY(files.size() > 1);
     for (const QString& file : files) {

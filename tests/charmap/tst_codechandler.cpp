@@ -129,9 +129,7 @@ private Q_SLOTS:
     void theCharacterSetsAreThoseOfTheConstruction()
     {
         const QString path = m_dir.filePath("modules");
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray content = file.readAll();
+        const QByteArray content = contentOf(path);
         CodecHandler before;
         writeFile(path, moduleLine("Packet", 'I'));
         CodecHandler after;
@@ -511,9 +509,7 @@ private Q_SLOTS:
 
         // With something else in every member beforehand, the decoders' character sets included.
         const QString modules = m_dir.filePath("modules");
-        QFile file(modules);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray content = file.readAll();
+        const QByteArray content = contentOf(modules);
         writeFile(modules, moduleLine("Other", 'A'));
         CodecHandler other;
         writeFile(modules, content);
@@ -588,9 +584,7 @@ private Q_SLOTS:
     void tablesOfTheUnicodeConsortiumAreTheirCharsets()
     {
         QFETCH(QString, table);
-        QFile source(CONSORTIUM_TABLES + "/" + table + ".txt");
-        QVERIFY(source.open(QIODevice::ReadOnly));
-        const QByteArray content = source.readAll();
+        const QByteArray content = contentOf(CONSORTIUM_TABLES + "/" + table + ".txt");
         CodecHandler handler = loaded(content);
 
         // Every line but the last, in columns; a line without any is byte 0 without a value.

@@ -236,7 +236,7 @@ private Q_SLOTS:
         const QString path = m_dir.filePath("written");
         writeFile(path, QByteArray(1000, 'x'));
         QVERIFY(center.WriteModulesFile(path));
-        QCOMPARE(readFile(path), moduleLine("a", 'A') + moduleLine("b", 'I', {5, 23}));
+        QCOMPARE(contentOf(path), moduleLine("a", 'A') + moduleLine("b", 'I', {5, 23}));
     }
 
     void whatCannotBeWrittenIsRefusedWithoutATrace()
@@ -265,7 +265,7 @@ private Q_SLOTS:
             QVERIFY(!center.WriteModulesFile(path));
         }
         QVERIFY(center.WriteModulesFile(path));
-        QCOMPARE(readFile(path).size(), content.size());
+        QCOMPARE(contentOf(path).size(), content.size());
     }
 
     void aFileThatIsMissingFromTheStartIsReadOnceItIsThere()
@@ -348,13 +348,6 @@ private Q_SLOTS:
     }
 
 private:
-    static QByteArray readFile(const QString& path)
-    {
-        QFile file(path);
-        file.open(QIODevice::ReadOnly);
-        return file.readAll();
-    }
-
     static QStringList namesOf(const Modules& modules)
     {
         QStringList names;

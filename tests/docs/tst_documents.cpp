@@ -256,14 +256,10 @@ private Q_SLOTS:
         QFETCH(QString, text);
         const QTemporaryDir machine;
         const QTemporaryDir folder;
-        QFile page(folder.filePath(QStringLiteral("page.md")));
-        QVERIFY(page.open(QIODevice::WriteOnly));
-        page.write(text.toUtf8());
-        page.close();
+        const QString page = writeFile(folder.filePath(QStringLiteral("page.md")), text.toUtf8());
         QProcess follow;
-        follow.start(
-            QStringLiteral(PROGRAMS_DIR "/followpage"),
-            {page.fileName(), QStringLiteral("env"), QStringLiteral("-C"), machine.path()});
+        follow.start(QStringLiteral(PROGRAMS_DIR "/followpage"),
+                     {page, QStringLiteral("env"), QStringLiteral("-C"), machine.path()});
         QVERIFY(follow.waitForFinished(1800000));
         const QString printed = QString::fromUtf8(follow.readAllStandardOutput());
         QTEST(follow.exitCode(), "status");

@@ -4,6 +4,7 @@
 #include "support/files.h"
 #include "support/pngpixels.h"
 #include "support/program.h"
+#include "support/soundfile.h"
 
 #include <QFile>
 #include <QRegularExpression>
@@ -99,7 +100,7 @@ private Q_SLOTS:
         const QString picture = dir.filePath("weak.svg");
         const reception::Recording recording = recordingOf("snr-3", "groups", "tune-1");
         QVERIFY(recording.sent.find("HCY KCRGJ KFDL9") != std::string::npos); // as the page says
-        reception::writeWave(sound.toStdString(), recording.samples);
+        testsupport::writeSoundFile(sound.toStdString(), reception::RATE_Hz, recording.samples);
         const testsupport::Ended ended =
             testsupport::run({"inspect", sound, "--from", "196", "--length", "10", "-o", picture});
         QCOMPARE(ended.err, QByteArray());

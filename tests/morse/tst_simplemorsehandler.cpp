@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "morse/simplemorsehandler.h"
+#include "support/files.h"
 #include "support/privatemember.h"
 #include "tables/alphabetfile.h"
 
@@ -138,10 +139,7 @@ private Q_SLOTS:
     void nothingIsTranslatedBackWithAnAlphabetEither()
     {
         QTemporaryDir dir;
-        QFile file(dir.filePath("Test.mal"));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("A\t.-\n\n");
-        file.close();
+        writeFile(dir.filePath("Test.mal"), "A\t.-\n\n");
         SimpleMorseHandler handler;
         handler.SetAlphabetsDir(dir.path());
         QVERIFY(handler.SetAlphabet("Test"));
@@ -255,7 +253,7 @@ private Q_SLOTS:
         QTemporaryDir dir;
         for (const char* name : {"Latin.mal", "extra.MAL", "notes.txt", "Cyrillic.old.mal",
                                  "Cyrillic.mal", ".hidden.mal", "mal"})
-            write(name, "", dir);
+            writeFile(dir.filePath(name), "");
         QDir(dir.path()).mkdir("folder.mal");
         SimpleMorseHandler handler;
         handler.SetAlphabetsDir(dir.path());
@@ -269,7 +267,7 @@ private Q_SLOTS:
     {
         QTemporaryDir dir;
         for (const char* name : {"latin.mal", "LATIN.mal", "Latin.mal", "b.mal", "A.mal"})
-            write(name, "", dir);
+            writeFile(dir.filePath(name), "");
         SimpleMorseHandler handler;
         handler.SetAlphabetsDir(dir.path());
         QCOMPARE(handler.AvailableAlphabets(),
@@ -279,7 +277,7 @@ private Q_SLOTS:
     void hiddenAlphabetsAreFoundInAnyLetterCaseAndNotListed()
     {
         QTemporaryDir dir;
-        write(".Secret.mal", "A\t.-\n\n", dir);
+        writeFile(dir.filePath(".Secret.mal"), "A\t.-\n\n");
         SimpleMorseHandler handler;
         handler.SetAlphabetsDir(dir.path());
         QCOMPARE(handler.AvailableAlphabets(), QStringList{"None"});
@@ -291,7 +289,7 @@ private Q_SLOTS:
     {
         const QString before = QDir::currentPath();
         QTemporaryDir dir;
-        write("Here.mal", "A\t.-\n\n", dir);
+        writeFile(dir.filePath("Here.mal"), "A\t.-\n\n");
         QVERIFY(QDir::setCurrent(dir.path()));
         SimpleMorseHandler handler;
         handler.SetAlphabetsDir(QString());
@@ -350,7 +348,7 @@ private Q_SLOTS:
     void anUnknownNameReadsAFileCalledNone()
     {
         QTemporaryDir dir;
-        write("None", "X\t.-\n\n", dir);
+        writeFile(dir.filePath("None"), "X\t.-\n\n");
         SimpleMorseHandler handler;
         handler.SetAlphabetsDir(dir.path());
         QVERIFY(handler.SetAlphabet("Missing"));
@@ -455,10 +453,7 @@ private Q_SLOTS:
     void aCopyGoesOnByItself()
     {
         QTemporaryDir dir;
-        QFile file(dir.filePath("Copy.mal"));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("@ TextDirection RL\n1\t.----\nT\t-\n\n");
-        file.close();
+        writeFile(dir.filePath("Copy.mal"), "@ TextDirection RL\n1\t.----\nT\t-\n\n");
         SimpleMorseHandler handler;
         handler.SetAlphabetsDir(dir.path());
         QVERIFY(handler.SetAlphabet("Copy"));
@@ -492,7 +487,7 @@ private Q_SLOTS:
     void theDecoderMakesNoDifference()
     {
         QTemporaryDir dir;
-        write("Own.mal", "\nX\t.-\n", dir);
+        writeFile(dir.filePath("Own.mal"), "\nX\t.-\n");
         SimpleMorseHandler handler;
         handler.SetAlphabetsDir(dir.path());
         QVERIFY(handler.SetAlphabet("Own"));
@@ -510,13 +505,9 @@ private:
         QVERIFY(handler.SetAlphabet(alphabet));
     }
 
-    void write(const QString& name, const QByteArray& content) { write(name, content, m_dir); }
-
-    static void write(const QString& name, const QByteArray& content, const QTemporaryDir& dir)
+    void write(const QString& name, const QByteArray& content)
     {
-        QFile file(dir.filePath(name));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(content);
+        writeFile(m_dir.filePath(name), content);
     }
 
     QTemporaryDir m_dir;

@@ -181,10 +181,8 @@ private Q_SLOTS:
             QCOMPARE(mkfifo(qPrintable(path), 0600), 0);
         else if (there != "file")
             QVERIFY(QFile::link(other, path));
-        if (there == "file" || there == "link") {
-            QFile before(there == "file" ? path : other);
-            QVERIFY(before.open(QIODevice::WriteOnly) && before.write("old") == 3);
-        }
+        if (there == "file" || there == "link")
+            writeFile(there == "file" ? path : other, "old");
         QVERIFY(sessionfile::isTaken(path));
         OneFile one;
         one.name = path;

@@ -144,9 +144,9 @@ private Q_SLOTS:
         for (int second = 0; second < 20; ++second) {
             const QString stamp = now.addSecs(second).toString(QStringLiteral("yyyyMMdd_hhmmss"));
             for (const char* number : {"_1", "_2"}) {
-                QFile file(host.directory + QLatin1Char('/') + stamp + QLatin1String(number) +
-                           QLatin1String("_MO__.txt"));
-                QVERIFY(file.open(QIODevice::WriteOnly) && file.write("mine") == 4);
+                writeFile(host.directory + QLatin1Char('/') + stamp + QLatin1String(number) +
+                              QLatin1String("_MO__.txt"),
+                          "mine");
             }
         }
         host.send(".");
@@ -300,10 +300,7 @@ private Q_SLOTS:
         QTextCodec* const codec = QTextCodec::codecForLocale();
         QTextCodec::setCodecForLocale(QTextCodec::codecForName("ISO-8859-1"));
         Recording host;
-        QFile file(host.directory + QStringLiteral("/Hebrew.mal"));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("\xD7\x90\t.-\n\n");
-        file.close();
+        writeFile(host.directory + QStringLiteral("/Hebrew.mal"), "\xD7\x90\t.-\n\n");
         host.alphabetDirectory->SetValue(host.directory, nullptr);
         host.alphabet->AddItems({"Hebrew"}, nullptr);
         host.alphabet->Select(QStringLiteral("Hebrew"), nullptr);
@@ -654,9 +651,7 @@ private Q_SLOTS:
     void aFolderThatIsAFileDropsWrites()
     {
         QTemporaryDir dir;
-        QFile file(dir.filePath("file"));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        Recording host(dir.filePath("file"));
+        Recording host(writeFile(dir.filePath("file"), {}));
         host.send(".-c");
         QCOMPARE(host.code(), QString());
         QCOMPARE(host.decoded(), QStringLiteral("A"));

@@ -3,6 +3,7 @@
 
 #include "host/standin/configuration.h"
 #include "support/decodermodules.h"
+#include "support/files.h"
 
 #include <QDir>
 #include <QFile>
@@ -35,15 +36,9 @@ private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(m_folder.isValid());
-        const QString path = m_folder.filePath("modules.txt");
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(moduleLine("Baudot", 'I'));
-        file.close();
+        const QString path = writeFile(m_folder.filePath("modules.txt"), moduleLine("Baudot", 'I'));
         setConfigurationValue(QString(), "DecoderModulesFile", path);
-        QFile map(m_folder.filePath("Other.ita2.map"));
-        QVERIFY(map.open(QIODevice::WriteOnly));
-        map.write("0x41\t0x05D0\n\n");
+        writeFile(m_folder.filePath("Other.ita2.map"), "0x41\t0x05D0\n\n");
     }
 
     void stopIsAnnouncedOnceAndAddsNothing()

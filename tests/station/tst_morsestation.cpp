@@ -4,6 +4,8 @@
 
 #include "host/standin/resultreader.h"
 
+#include "support/files.h"
+
 #include <QDir>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -67,14 +69,12 @@ void sendTransmission(MorseStation& station, const std::vector<int>& codes, std:
     station.transmissionStopped(start_us + 20, REPORT);
 }
 
-QByteArray contentOf(const QString& folder, const char* pattern)
+QByteArray contentOfOnly(const QString& folder, const char* pattern)
 {
     const QDir dir(folder);
     const QStringList names = dir.entryList({QString::fromLatin1(pattern)}, QDir::Files);
-    QFile file(dir.filePath(names.value(0)));
-    return names.size() == 1 && file.open(QIODevice::ReadOnly)
-               ? file.readAll()
-               : QByteArray::number(names.size()) + " files";
+    return names.size() == 1 ? contentOf(dir.filePath(names.first()))
+                             : QByteArray::number(names.size()) + " files";
 }
 
 } // namespace
@@ -281,8 +281,8 @@ private Q_SLOTS:
         QCOMPARE(lost.symbols, 1LL);
         QCOMPARE(lost.characters, 0LL);
         QCOMPARE(lost.documents, 0LL);
-        QCOMPARE(contentOf(dir.path(), "*_MO__.txt"), QByteArray(" .- "));
-        QCOMPARE(contentOf(dir.path(), "*__Default.txt"), QByteArray("TA"));
+        QCOMPARE(contentOfOnly(dir.path(), "*_MO__.txt"), QByteArray(" .- "));
+        QCOMPARE(contentOfOnly(dir.path(), "*__Default.txt"), QByteArray("TA"));
         QCOMPARE(log.said.filter("was deleted").size(), 1);
         QCOMPARE(log.said.filter("is written again").size(), 1);
     }
@@ -327,7 +327,7 @@ private Q_SLOTS:
         QCOMPARE(lost.symbols, 2LL);
         QCOMPARE(lost.characters, 2LL);
         QCOMPARE(lost.documents, 0LL);
-        QCOMPARE(contentOf(folder, "*__Default.txt"), QByteArray("A"));
+        QCOMPARE(contentOfOnly(folder, "*__Default.txt"), QByteArray("A"));
     }
 
 private:

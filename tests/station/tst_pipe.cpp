@@ -4,6 +4,7 @@
 #include "station/io/input.h"
 #include "station/io/output.h"
 #include "support/files.h"
+#include "support/soundfile.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
@@ -221,9 +222,7 @@ private Q_SLOTS:
         QTemporaryDir dir;
         const QString path = dir.filePath("x.wav");
         const std::vector<float> sound(1000, 0.5F);
-        SndfileHandle(QFile::encodeName(path).constData(), SFM_WRITE,
-                      SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1, 8000)
-            .write(sound.data(), 1000);
+        testsupport::writeSoundFile(path.toStdString(), 8000.0, sound);
         Pipe pipe;
         pipe.write(contentOf(path));
         pipe.closeWriter();

@@ -74,18 +74,28 @@ std::string textOfCodes(const std::vector<int>& codes, char unknown)
         elements.clear();
     };
     for (const int code : codes) {
-        if (code == eSYMBOL_DOT)
+        switch (static_cast<MORSE_SYMBOL>(code)) {
+        case eSYMBOL_DOT:
             elements += '.';
-        else if (code == eSYMBOL_DASH)
+            break;
+        case eSYMBOL_DASH:
             elements += '-';
-        else if (code == eSYMBOL_NEW_CHAR)
+            break;
+        case eSYMBOL_NEW_CHAR:
             endCharacter();
-        else if (code == eSYMBOL_NEW_WORD || code == eSYMBOL_NEW_LINE) {
+            break;
+        case eSYMBOL_NEW_WORD:
+        case eSYMBOL_NEW_LINE:
             if (!elements.empty())
                 endCharacter();
             text += ' ';
             if (code == eSYMBOL_NEW_LINE)
                 afterDigit = false;
+            break;
+        case eSYMBOL_DOT_TOO_SHORT:
+        case eSYMBOL_DASH_TOO_LONG:
+        case eSYMBOL_PAUSE_TOO_SHORT:
+            break;
         }
     }
     if (!elements.empty())

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
-// Recordings for tests, read by libsndfile.
+// Recordings for tests and benches, read and written by libsndfile.
 #pragma once
 
+#include <algorithm>
 #include <sndfile.hh>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -34,6 +36,23 @@ inline SoundFile readSoundFile(const std::string& path)
         }
     }
     return result;
+}
+
+/// A sample of each channel in turn; what is beyond full scale (1) is clipped.
+inline void writeSoundFile(const std::string& path, double rate_Hz, std::vector<float> samples,
+                           int channels = 1, int format = SF_FORMAT_WAV | SF_FORMAT_PCM_16)
+{
+    for (float& sample : samples)
+        sample = std::clamp(sample, -1.0F, 1.0F);
+    SndfileHandle file(path, SFM_WRITE, format, channels, static_cast<int>(rate_Hz));
+    const auto frames = static_cast<sf_count_t>(samples.size()) / channels;
+    // In pieces: one encoder recurses over what it is given at once.
+    for (sf_count_t done = 0; done < frames;) {
+        const sf_count_t count = std::min<sf_count_t>(4096, frames - done);
+        if (file.writef(&samples[static_cast<std::size_t>(done * channels)], count) != count)
+            throw std::runtime_error("cannot write " + path);
+        done += count;
+    }
 }
 
 } // namespace testsupport

@@ -7,6 +7,8 @@
 #include "host/standin/configuration.h"
 #include "morse/morsetranslator.h"
 
+#include "support/files.h"
+
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -18,9 +20,8 @@ class Page
 public:
     explicit Page(const char* name)
     {
-        QFile file(QStringLiteral(PROJECT_DATA_DIR "/../docs/formats/") + QLatin1String(name));
-        if (file.open(QIODevice::ReadOnly))
-            m_lines = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
+        const QString path = QStringLiteral(PROJECT_DATA_DIR "/../docs/formats/");
+        m_lines = QString::fromUtf8(contentOf(path + QLatin1String(name))).split(QLatin1Char('\n'));
     }
 
     /// The content of the first fenced block.
@@ -77,9 +78,7 @@ public:
     ExampleFile(const Page& page, const QString& name)
         : m_path(m_folder.filePath(name))
     {
-        QFile file(m_path);
-        if (file.open(QIODevice::WriteOnly))
-            file.write(page.example());
+        writeFile(m_path, page.example());
     }
     QString path() const { return m_path; }
     QString folder() const { return m_folder.path(); }
