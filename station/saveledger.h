@@ -53,7 +53,9 @@ private:
     /// What was handed over for one file and has not been seen in it.
     struct Growing
     {
-        int descriptor; ///< holds the file, not its content; -1 when there is none to be had
+        /// Of the file itself, which its path may not lead to any more; the library has one too,
+        /// but keeps it to itself. Without access to the content; -1 when there is none to be had.
+        int descriptor;
         QString path;
         long long size_bytes;
         long long due_bytes;
