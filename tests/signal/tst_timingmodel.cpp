@@ -142,6 +142,68 @@ private Q_SLOTS:
         QCOMPARE(int(gapKind(timing, 6.0)), int(Kind::CharacterGap));
         QVERIFY(timing.wordThreshold() > 7.5 && timing.wordThreshold() < 13.0);
     }
+    void gapsOfAStyleVaryInProportionToIt()
+    {
+        // How much less probable a gap between characters is that is a sixth longer than its mean.
+        const auto drop_nats = [](const TimingModel& timing, double mean_units) {
+            const DurationTable& table = tableAt(timing, 30.0);
+            const auto at = [&table](double units) {
+                return static_cast<double>(
+                    table.gap.exactly[static_cast<std::size_t>(units * table.unit_steps + 0.5)]);
+            };
+            return (at(mean_units) - at(mean_units * 7.0 / 6.0)) / SCORES_PER_NAT;
+        };
+        TimingModel usual(STEP_s, {});
+        TimingModel wide(STEP_s, {});
+        for (int i = 0; i < 12; ++i) {
+            for (int character = 0; character < 4; ++character) {
+                usual.learn(Kind::CharacterGap, 3.0);
+                wide.learn(Kind::CharacterGap, 6.5);
+            }
+            usual.learn(Kind::WordGap, 7.0);
+            wide.learn(Kind::WordGap, 6.5 * 2.33);
+        }
+        usual.update();
+        wide.update();
+        QCOMPARE(wide.mean(Kind::CharacterGap), 6.5);
+        QVERIFY(drop_nats(usual, 3.0) > 0.3);
+        QVERIFY(std::fabs(drop_nats(wide, 6.5) - drop_nats(usual, 3.0)) < 0.15);
+    }
+    void aTailToLongerLengthsMovesTheThreshold()
+    {
+        TimingParameters parameters;
+        const double usual = TimingModel(STEP_s, {}, parameters).wordThreshold();
+        parameters.characterGap.rightTail = 3.0;
+        QVERIFY(TimingModel(STEP_s, {}, parameters).wordThreshold() > usual + 0.3);
+    }
+    void tablesEndWithTheLongestLengths()
+    {
+        const TimingModel timing(STEP_s, {});
+        // Marks of 6 units; gaps of 1.8 times a word gap, at most 2.6 s.
+        const DurationTable& quick = tableAt(timing, 15.0);
+        QCOMPARE(quick.mark.count, static_cast<std::size_t>(6.0 * quick.unit_steps) + 1);
+        QCOMPARE(quick.gap.count, static_cast<std::size_t>(7.0 * 1.8 * quick.unit_steps) + 1);
+        QCOMPARE(tableAt(timing, 60.0).gap.count, std::size_t(2.6 / STEP_s + 0.5) + 1);
+    }
+    void similarSpeedsLearnAtOnceAndOthersInOneOf16Updates()
+    {
+        TimingModel timing(STEP_s, {});
+        const auto dashAt = [&timing](double unit_steps) {
+            const DurationTable& table = tableAt(timing, unit_steps);
+            return int(table.mark.exactly[static_cast<std::size_t>(4.5 * table.unit_steps)]);
+        };
+        const int nearBefore = dashAt(15.0);
+        const int farBefore = dashAt(40.0);
+        for (int i = 0; i < 60; ++i)
+            timing.learn(Kind::Dash, 4.5);
+        for (int update = 1; update < 16; ++update) {
+            timing.update(15.0);
+            QVERIFY(dashAt(15.0) > nearBefore + SCORES_PER_NAT);
+            QCOMPARE(dashAt(40.0), farBefore);
+        }
+        timing.update(15.0);
+        QVERIFY(dashAt(40.0) > farBefore + SCORES_PER_NAT);
+    }
     void whatWasLearntIsForgottenWithItsOwner()
     {
         TimingModel timing(STEP_s, {});

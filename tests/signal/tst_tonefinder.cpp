@@ -172,6 +172,112 @@ private Q_SLOTS:
         QVERIFY(!finder.takesTurns(700.0, 94));
         QVERIFY(!finder.takesTurns(1100.0, 94));
     }
+    // Recordings differ by many powers of ten, and there may be no noise at all.
+    void howLoudTheSoundIsMakesNoDifference()
+    {
+        std::vector<float> samples = keyed(700.0, {}, "faint");
+        const auto loud = heard(samples).find(94, {150.0, 3500.0});
+        QVERIFY(loud);
+        for (float& sample : samples)
+            sample *= 1e-4F;
+        const auto faint = heard(samples).find(94, {150.0, 3500.0});
+        QVERIFY(faint);
+        QVERIFY(std::fabs(faint->tone_Hz - loud->tone_Hz) < 0.1);
+        QVERIFY(std::fabs(faint->swing / loud->swing - 1.0) < 0.01);
+        QVERIFY(std::fabs(1e8 * faint->level / loud->level - 1.0) < 0.01);
+    }
+    void aComplementHasAFifthOfThePower_data()
+    {
+        QTest::addColumn<double>("scale");
+        QTest::addColumn<double>("share");
+        QTest::addColumn<bool>("isComplement");
+        for (const double scale : {0.9, 0.0009}) {
+            QTest::addRow("half of it, at %g", scale) << scale << 0.5 << true;
+            QTest::addRow("a twentieth, at %g", scale) << scale << 0.05 << false;
+        }
+    }
+    void aComplementHasAFifthOfThePower()
+    {
+        QFETCH(double, scale);
+        QFETCH(double, share);
+        std::vector<float> samples(4 * 8000);
+        for (std::size_t n = 0; n < samples.size(); ++n) {
+            const double t = static_cast<double>(n) / 8000.0;
+            samples[n] = static_cast<float>(
+                scale * ((n / 1600) % 2 == 0
+                             ? std::sin(6.283185307 * 700.0 * t)
+                             : std::sqrt(share) * std::sin(6.283185307 * 1100.0 * t)));
+        }
+        QTEST(heard(samples).hasComplement(700.0, 94), "isComplement");
+    }
+    // Of the time asked for, what there is.
+    void tonesThatNeverGoAwayEntirelyTakeTurnsToo()
+    {
+        std::vector<float> samples = testsupport::noise(4.0, 0.002, 8000.0, "half");
+        for (std::size_t n = 0; n < samples.size(); ++n) {
+            const bool isFirst = (n / 1600) % 2 == 0;
+            const double t = static_cast<double>(n) / 8000.0;
+            samples[n] +=
+                static_cast<float>((isFirst ? 0.3 : 0.15) * std::sin(6.283185307 * 700.0 * t) +
+                                   (isFirst ? 0.15 : 0.3) * std::sin(6.283185307 * 1100.0 * t));
+        }
+        const ToneFinder finder = heard(samples);
+        for (const std::int64_t count : {std::int64_t{94}, std::int64_t{100000}}) {
+            QVERIFY(finder.takesTurns(700.0, count));
+            QVERIFY(finder.takesTurns(1100.0, count));
+        }
+    }
+    void thePowerOfATimeIsThatOfItsFramesAlone()
+    {
+        // Half a second each of a tone, silence, the tone at twice the amplitude.
+        std::vector<float> samples(12000);
+        for (std::size_t n = 0; n < samples.size(); ++n) {
+            const double amplitude = n < 4000 ? 0.2 : n < 8000 ? 0.0 : 0.4;
+            samples[n] = static_cast<float>(
+                amplitude * std::sin(6.283185307 * 750.0 * static_cast<double>(n) / 8000.0));
+        }
+        const ToneFinder finder = heard(samples);
+        QCOMPARE(finder.frames(), std::int64_t(45));
+        const double first = finder.power(750.0, 32, 10);
+        const double last = finder.power(750.0, 0, 10);
+        QVERIFY(first > 0.0);
+        QVERIFY(std::fabs(last / first - 4.0) < 0.01);
+        QVERIFY(finder.power(750.0, 18, 8) < 1e-6 * first);
+        // Of more than there is, what there is; of what is not there, nothing.
+        QVERIFY(std::fabs(finder.power(750.0, 32, 1000) / first - 1.0) < 0.01);
+        QCOMPARE(finder.power(750.0, 45, 10), 0.0);
+        QVERIFY(std::fabs(finder.power(750.0, 9, 2) / finder.power(750.0, 10, 1) - 1.0) < 0.01);
+    }
+    void whatStaysWhileTheKeyIsUpIsSeenInTheGaps()
+    {
+        std::vector<float> samples = testsupport::noise(6.0, 0.02, 8000.0, "gaps");
+        const double ofNoise = heard(samples).noiseNear(700.0, 150);
+        const auto with = [&samples](double up) {
+            std::vector<float> sound = samples;
+            for (std::size_t n = 0; n < sound.size(); ++n)
+                sound[n] += static_cast<float>(
+                    ((n / 4000) % 2 == 0 ? 0.3 : up) *
+                    std::sin(6.283185307 * 700.0 * static_cast<double>(n) / 8000.0));
+            return heard(sound).noiseInGaps(700.0, 150);
+        };
+        QVERIFY(with(0.0) < ofNoise);
+        // A carrier below the keyed one, of a hundredth of its power.
+        const double carrier = with(0.03);
+        QVERIFY(carrier > 20.0 * ofNoise);
+        QVERIFY(std::fabs(with(0.06) / carrier - 4.0) < 1.0);
+    }
+    void theFloorIsThatOfTheToneAndNotOfWhatIsBelow()
+    {
+        std::vector<float> samples = testsupport::noise(4.0, 0.01, 8000.0, "below");
+        const double alone = heard(samples).floorNear(700.0, 20);
+        for (std::size_t n = 0; n < samples.size(); ++n) {
+            const double t = static_cast<double>(n) / 8000.0;
+            for (double hum_Hz = 30.0; hum_Hz < 440.0; hum_Hz += 10.0)
+                samples[n] +=
+                    static_cast<float>(0.05 * std::sin(6.283185307 * hum_Hz * t + hum_Hz));
+        }
+        QVERIFY(std::fabs(heard(samples).floorNear(700.0, 20) / alone - 1.0) < 0.2);
+    }
     void whatIsLeftOutIsNotFound()
     {
         testsupport::Path path;
