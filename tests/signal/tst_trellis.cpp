@@ -4,6 +4,7 @@
 #include "support/random.h"
 
 #include <QtTest>
+#include <algorithm>
 #include <cmath>
 
 using namespace demodulator;
@@ -12,10 +13,11 @@ namespace {
 
 struct Heard
 {
-    explicit Heard(std::optional<double> speed_wpm = {}, const std::string& seed = "trellis")
+    explicit Heard(std::optional<double> speed_wpm = {}, const std::string& seed = "trellis",
+                   const TrellisParameters& parameters = {})
         : random(seed)
         , timing(0.004, speed_wpm)
-        , trellis(timing, likelihood)
+        , trellis(timing, likelihood, parameters)
     {
         likelihood.setLevel({1.0, 0.1});
     }
@@ -107,6 +109,88 @@ private Q_SLOTS:
         const Path path = heard.trellis.path(0);
         QVERIFY(!path.segments.empty());
         QVERIFY2(path.segments.back().kind == Kind::Carrier, heard.kinds().c_str());
+    }
+    void aSteadyToneIsWorthMoreFromBlockToBlock()
+    {
+        const auto gain = [](double goesOn) {
+            TrellisParameters parameters;
+            parameters.carrierGoesOn = goesOn;
+            Heard heard({}, "blocks", parameters);
+            heard.add(false, 50);
+            heard.add(true, 1000);
+            return heard.trellis.path(0).gain;
+        };
+        const double blocks = 1000.0 / 32.0;
+        QVERIFY2(std::fabs(gain(4.0) - gain(2.5) - 1.5 * blocks) < 4.0,
+                 qPrintable(QString::number(gain(4.0) - gain(2.5))));
+    }
+    // Keying at a low signal-to-noise ratio looks like a carrier of half its power.
+    void nothingWeakIsTakenForASteadyTone()
+    {
+        const auto isSteady = [](double noise) {
+            Heard heard;
+            heard.likelihood.setLevel({1.0, noise});
+            heard.add(false, 50);
+            heard.add(true, 1000);
+            const Path path = heard.trellis.path(0);
+            return std::any_of(path.segments.begin(), path.segments.end(),
+                               [](const Segment& one) { return one.kind == Kind::Carrier; });
+        };
+        // A dot of 15 steps has 12 times the noise density at 1.25.
+        QVERIFY(isSteady(1.1));
+        QVERIFY(!isSteady(1.4));
+    }
+    void keyingGoesOnAfterASteadyTone()
+    {
+        Heard heard(20.0);
+        heard.add(false, 50);
+        const auto key = [&heard](const std::string& marks) {
+            for (const char mark : marks) {
+                heard.add(true, mark == '.' ? 15 : 45);
+                heard.add(false, 15);
+            }
+        };
+        key(".-.");
+        heard.add(false, 30);
+        heard.add(true, 600);
+        heard.add(false, 45);
+        key(".-.");
+        heard.add(false, 100);
+        const std::string kinds = heard.kinds();
+        QVERIFY2(kinds == "._-_.c+c._-_. ", kinds.c_str());
+        const Segment steady = heard.trellis.path(0).segments[6];
+        QVERIFY(std::abs(steady.begin_step - 200) <= 2);
+        QVERIFY(std::abs(steady.end_step - 800) <= 2);
+    }
+    // A hand of another speed that begins after a long silence is a signal of its own.
+    void theGainIsThatSinceThePathBegan()
+    {
+        const auto sendQuickly = [](Heard& heard) {
+            for (const int steps : {8, 24, 8, 8, 24, 8}) {
+                heard.add(true, steps);
+                heard.add(false, 8);
+            }
+        };
+        Heard both;
+        both.add(false, 50);
+        for (const int steps : {30, 90, 30, 90, 30}) {
+            both.add(true, steps);
+            both.add(false, 30);
+        }
+        both.add(false, 1200);
+        const double before = both.trellis.path(0).gain;
+        sendQuickly(both);
+        Heard alone;
+        alone.add(false, 50);
+        sendQuickly(alone);
+        const Path path = both.trellis.path(0);
+        QVERIFY(path.complete);
+        QVERIFY(path.segments.front().begin_step > 1200);
+        const double expected = alone.trellis.path(0).gain;
+        QVERIFY2(
+            std::fabs(path.gain / expected - 1.0) < 0.15,
+            qPrintable(
+                QStringLiteral("%1 for %2, after %3").arg(path.gain).arg(expected).arg(before)));
     }
     void aPathReachesBackToItsBeginningEvenWhereTheSpeedIsLongUnclear()
     {
