@@ -22,6 +22,9 @@ step logged fuzz scripts/fuzz.sh 600
 step logged fuzz-coverage scripts/fuzz-coverage.sh
 step logged mutants-library scripts/mutate.py library --seed "$(date +%j)"
 step logged mutants-host scripts/mutate.py host --seed "$(date +%j)"
+# Of the demodulator, by the tests of its stages: the others take seconds for each mutant.
+step logged mutants-signal scripts/mutate.py signal --file signal/morse/ --count 200 --seed "$(date +%j)" \
+    --tests '^signal/(?!demodulator|reception|recordings|band|teleprinter|acquisition|tracking|framing)'
 step logged station scripts/try-station.sh build/asan
 step logged faults scripts/try-faults.sh build/asan
 step logged cluster scripts/try-cluster.sh build/asan
