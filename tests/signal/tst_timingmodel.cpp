@@ -51,6 +51,28 @@ private Q_SLOTS:
         QCOMPARE(int(gapKind(timing, 3.0)), int(Kind::CharacterGap));
         QCOMPARE(int(gapKind(timing, 7.0)), int(Kind::WordGap));
     }
+    void gapsEndWhereTheNextKindIsLikelier()
+    {
+        const TimingModel timing(STEP_s, {});
+        QVERIFY(timing.characterThreshold() > 1.5 && timing.characterThreshold() < 2.2);
+        QVERIFY(timing.wordThreshold() > 4.0 && timing.wordThreshold() < 6.0);
+    }
+    void usualSpeedsAreLikelierAndAllTogetherCertain()
+    {
+        const TimingModel timing(STEP_s, {});
+        double total = 0.0;
+        std::size_t likeliest = 0;
+        for (std::size_t speed = 0; speed < timing.speeds(); ++speed) {
+            total += std::exp(timing.prior(speed));
+            if (timing.prior(speed) > timing.prior(likeliest))
+                likeliest = speed;
+        }
+        QVERIFY(std::fabs(total - 1.0) < 1e-6);
+        // 20 words a minute; half a logarithm away it is a deviation.
+        QVERIFY(std::fabs(timing.table(likeliest).unit_steps / 15.0 - 1.0) < 0.03);
+        const double away = std::log(timing.table(0).unit_steps / 15.0) / 0.5;
+        QVERIFY(std::fabs(timing.prior(likeliest) - timing.prior(0) - 0.5 * away * away) < 0.01);
+    }
     void speedsFrom5To60AreOffered()
     {
         const TimingModel timing(STEP_s, {});

@@ -66,6 +66,20 @@ private Q_SLOTS:
         const double ratio = 2.0 * found->level / (found->noise / 8.0);
         QVERIFY2(ratio > 5.0 && ratio < 20.0, qPrintable(QString::number(ratio)));
     }
+    void theLevelIsThatOfTheKeyDownInNoiseToo()
+    {
+        constexpr double AMPLITUDE = 0.03;
+        std::vector<float> samples = testsupport::noise(8.0, 0.1, 8000.0, "level in noise");
+        for (std::size_t n = 0; n < samples.size(); ++n) {
+            if ((n / 1024) % 2 == 0)
+                samples[n] += static_cast<float>(
+                    AMPLITUDE * std::sin(6.283185307 * 750.0 * static_cast<double>(n) / 8000.0));
+        }
+        const auto found = heard(samples).find(ToneFinder::KEPT_FRAMES, {700.0, 800.0});
+        QVERIFY(found);
+        const double level = found->level / (0.25 * AMPLITUDE * AMPLITUDE);
+        QVERIFY2(std::fabs(level - 1.0) < 0.3, qPrintable(QString::number(level)));
+    }
     void noiseHasNoTone()
     {
         int found = 0;
@@ -102,6 +116,7 @@ private Q_SLOTS:
     {
         ToneFinder finder(8000.0);
         QVERIFY(!finder.find(94, {150.0, 3500.0}));
+        QCOMPARE(finder.noiseNear(700.0, 50), 0.0);
         const std::vector<float> silence(finder.frameLength(), 0.0F);
         for (int i = 0; i < 50; ++i)
             finder.push(silence.data());
@@ -122,6 +137,8 @@ private Q_SLOTS:
         };
         QVERIFY(std::fabs(mean(5, 45) / 0.0001 - 1.0) < 0.2);
         QVERIFY(std::fabs(mean(70, 110) / 0.01 - 1.0) < 0.2);
+        QVERIFY(finder.floorNear(700.0, 0) > 0.0);
+        QCOMPARE(finder.floorNear(700.0, -1), 0.0);
         QCOMPARE(finder.floorNear(700.0, ToneFinder::KEPT_FRAMES), 0.0);
     }
     void twoTonesInTurnAreComplements()

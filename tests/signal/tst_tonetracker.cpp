@@ -54,6 +54,14 @@ private Q_SLOTS:
         const double tone_Hz = track(marks, 700.0);
         QVERIFY2(tone_Hz > 699.9 && tone_Hz < 700.01, QByteArray::number(tone_Hz).constData());
     }
+    // Within the lag the angle shows the difference but for whole turns: 50 Hz each.
+    void wholeTurnsCount()
+    {
+        HeardMark far = mark(700.5, 700.0, 0.1);
+        far.tone_Hz = 650.0;
+        far.wholeTurns = 1.0;
+        QVERIFY(std::fabs(track({far}, 700.0) - 700.25) < 0.01);
+    }
     void aLargeDifferenceIsMadeGoodBitByBit()
     {
         QCOMPARE(track({mark(705.0, 700.0, 0.1)}, 700.0), 701.0);
