@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# HOURS (default: 24) of a band of more than a hundred signals through a station, as fast as they are
-# decoded and at most SPEED times (default: 8) as fast as they sound, and a recording in a loop beside
-# it. MINUTES ends it after so long by the clock, however much has been sent (default: never). Ends
-# with status 0 only when all that was sent was heard and no sample was lost, each transmission that
-# was reported is in the archive, once, and neither the station nor the decoder of the band grows: in
-# memory, and in descriptors besides those of the files of the signals that are there. Needs sox, and
-# a build; `try-hours.sh HOURS BUILD` takes that one (default: build/dev).
+# HOURS (default: 24) of a band through a station, as fast as they are decoded and at most SPEED times
+# (default: 8) as fast as they sound, and a recording in a loop beside it. In the band more than a
+# hundred overs are sent in a minute, then nobody sends for two. MINUTES ends it after so long by the
+# clock, however much has been sent (default: never). Ends with status 0 only when all that was sent
+# was heard and no sample was lost, each transmission that was reported is in the archive, once, and
+# neither the station nor the decoder of the band grows: in memory, and in descriptors besides those
+# of the files of the signals that are there. Needs sox, and a build; `try-hours.sh HOURS BUILD` takes
+# that one (default: build/dev).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -22,7 +23,10 @@ finish() {
 }
 trap finish EXIT
 
-sox data/samples/bands/contest.flac -t raw -r 8000 -e signed -b 16 -c 1 "$work/band.raw"
+sox data/samples/bands/contest.flac -t raw -r 8000 -e signed -b 16 -c 1 "$work/overs.raw"
+# About the noise of the overs.
+sox -R -n -t raw -r 8000 -e signed -b 16 -c 1 "$work/noise.raw" synth 120 whitenoise vol 0.0004
+cat "$work/overs.raw" "$work/noise.raw" >"$work/band.raw"
 cat >"$work/feed.py" <<'PYTHON'
 import array, fcntl, os, sys, termios, time
 folder = sys.argv[1]
@@ -164,8 +168,8 @@ rows = list(csv.DictReader(sys.stdin))
 time = lambda text: datetime.datetime.fromisoformat(text.replace("Z", "+00:00"))
 print(int((max(time(row["stop"]) for row in rows) - min(time(row["start"]) for row in rows)).total_seconds()) if rows else 0)'
 }
-# The last minute is of signals that have not ended.
-is_heard() { [ "$(heard)" -ge $(($(cat "$work/fed") - 60)) ]; }
+# Of the last minutes are signals that have not ended, or nobody sent.
+is_heard() { [ "$(heard)" -ge $(($(cat "$work/fed") - 180)) ]; }
 end=$((SECONDS + 600))
 until is_heard || [ $SECONDS -gt $end ]; do read -rt 5 <> <(:) || true; done
 lasted=$((SECONDS - begin))
