@@ -413,10 +413,15 @@ private:
     }
 
     // Somebody who is known already may send there as well. Who was silent since before gives way;
-    // who went on afterwards leaves what lies between.
+    // who went on afterwards leaves what lies between; who has ended meanwhile was given already.
     void admit(Signal& candidate)
     {
         const std::int64_t first = candidate.listener->chain()->firstMark_step();
+        if (candidate.listener->chain()->lastMark_step() <=
+            m_memory.heardUntil(candidate.listener->tone_Hz())) {
+            candidate.gone = true;
+            return;
+        }
         std::int64_t until = INT64_MAX;
         for (const Signal& other : m_signals) {
             const bool isNew = other.listener->released() && !other.listener->chain();
@@ -475,6 +480,7 @@ private:
         }
         const std::int64_t begin = std::max(
             {candidate.listener->begin_step(), oldestStep(),
+             m_memory.heardUntil(candidate.listener->tone_Hz()),
              candidate.listener->chain()->firstMark_step() - stepsIn(attention().beforeFirst_s)});
         candidate.listener = std::make_unique<Listener>(m_bank, m_survey, m_settings.parameters,
                                                         candidate.listener->heard(), begin, until);
