@@ -32,6 +32,22 @@ INLINE void load(ScoreLanes& lanes, const Score* from)
     std::memcpy(&lanes, from, sizeof lanes);
 }
 
+constexpr ScoreLanes LANE_NUMBERS = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+
+INLINE void raise(ScoreLanes& lanes, const ScoreLanes& others)
+{
+    lanes = lanes > others ? lanes : others;
+}
+
+INLINE Score largest(ScoreLanes& v)
+{
+    raise(v, __builtin_shufflevector(v, v, 8, 9, 10, 11, 12, 13, 14, 15, 0, 1, 2, 3, 4, 5, 6, 7));
+    raise(v, __builtin_shufflevector(v, v, 4, 5, 6, 7, 0, 1, 2, 3, 12, 13, 14, 15, 8, 9, 10, 11));
+    raise(v, __builtin_shufflevector(v, v, 2, 3, 0, 1, 6, 7, 4, 5, 10, 11, 8, 9, 14, 15, 12, 13));
+    raise(v, __builtin_shufflevector(v, v, 1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14));
+    return v[0];
+}
+
 INLINE void load(FloatLanes& lanes, const float* from)
 {
     std::memcpy(&lanes, from, sizeof lanes);
@@ -51,31 +67,38 @@ INLINE std::int32_t evidenceOf(float ratio)
     return static_cast<std::int32_t>(bounded + (bounded < 0.0F ? -0.5F : 0.5F));
 }
 
-struct Lengths
+// Lengths are weighed in blocks of so many.
+constexpr std::size_t BLOCK = 8 * FLOAT_LANES;
+
+// What the whole parts behind the first one of a mark are, by length within a block: the sums where
+// they begin, and the magnitude of all of them together.
+struct WholeParts
 {
-    std::size_t begin, end;
+    std::array<float, BLOCK> re, im, drifted;
 };
 
-// Marks whose lengths have the same number of whole parts behind their first one: `drifted` is the
-// magnitude of those parts together, `base` the index where they begin.
-template <bool KNOWN_PHASE>
-INLINE void weigh(const MarkWeighing& weighing, const StepSums& sums, Lengths lengths,
-                  std::size_t base, float drifted, std::int32_t* out)
+template <bool KNOWN_PHASE, bool MAY_DRIFT>
+INLINE void weigh(const MarkWeighing& weighing, const StepSums& sums, std::size_t first,
+                  std::size_t count, const WholeParts& parts, std::int32_t* out)
 {
     constexpr float LARGEST = 1e6F; // far beyond what is believed of any mark
-    const AmplitudeChoice first = weighing.choices[0];
-    for (std::size_t length = lengths.begin; length < lengths.end; ++length) {
-        float whole = 2.0F * magnitude(sums.re[0] - sums.re[length], sums.im[0] - sums.im[length]);
-        const float parts = drifted + 2.0F * magnitude(sums.re[base] - sums.re[length],
-                                                       sums.im[base] - sums.im[length]);
-        whole = std::min(LARGEST, std::max(whole, parts));
+    const AmplitudeChoice even = weighing.choices[0];
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::size_t length = first + i;
+        const float re = sums.re[length];
+        const float im = sums.im[length];
+        float whole = 2.0F * magnitude(sums.re[0] - re, sums.im[0] - im);
+        if (MAY_DRIFT)
+            whole = std::max(whole, parts.drifted[i] +
+                                        2.0F * magnitude(parts.re[i] - re, parts.im[i] - im));
+        whole = std::min(LARGEST, whole);
         const float energy = sums.energy[0] - sums.energy[length];
         // The most probable amplitude, as if its phase were known; then the phase is averaged over.
-        float factor = first.factor;
-        float logProbability = first.logProbability;
+        float factor = even.factor;
+        float logProbability = even.logProbability;
         float fit = logProbability + factor * (whole - factor * energy);
-        for (std::size_t i = 1; i < MarkWeighing::CHOICES; ++i) {
-            const AmplitudeChoice choice = weighing.choices[i];
+        for (std::size_t other = 1; other < MarkWeighing::CHOICES; ++other) {
+            const AmplitudeChoice choice = weighing.choices[other];
             const float itsFit =
                 choice.logProbability + choice.factor * (whole - choice.factor * energy);
             const bool better = itsFit > fit;
@@ -85,82 +108,88 @@ INLINE void weigh(const MarkWeighing& weighing, const StepSums& sums, Lengths le
         }
         float evidence = logBesselI0(factor * whole);
         if (KNOWN_PHASE) {
-            const float re = 2.0F * factor * (sums.turnedRe[0] - sums.turnedRe[length]);
-            const float im = 2.0F * factor * (sums.turnedIm[0] - sums.turnedIm[length]);
+            const float turnedRe = 2.0F * factor * (sums.turnedRe[0] - sums.turnedRe[length]);
+            const float turnedIm = 2.0F * factor * (sums.turnedIm[0] - sums.turnedIm[length]);
             const float expected =
-                logBesselI0(std::min(LARGEST, magnitude(re + weighing.concentration, im))) -
+                logBesselI0(
+                    std::min(LARGEST, magnitude(turnedRe + weighing.concentration, turnedIm))) -
                 weighing.concentrationCost;
             evidence = std::max(evidence + weighing.otherPhase, expected);
         }
-        out[length - lengths.begin] =
-            evidenceOf(logProbability - factor * factor * energy + evidence);
+        out[i] = evidenceOf(logProbability - factor * factor * energy + evidence);
     }
 }
 
 template <bool KNOWN_PHASE>
-INLINE void weighAll(const MarkWeighing& weighing, const StepSums& sums, Lengths lengths,
-                     std::int32_t* out)
+INLINE void weighAll(const MarkWeighing& weighing, const StepSums& sums, std::size_t first,
+                     std::size_t count, std::int32_t* out)
 {
+    WholeParts parts;
     if (!weighing.mayDrift) {
-        weigh<KNOWN_PHASE>(weighing, sums, lengths, 0, 0.0F, out);
+        weigh<KNOWN_PHASE, false>(weighing, sums, first, count, parts, out);
         return;
     }
-    // Parts are counted back from the end, where all these marks have them in common.
+    // Parts are counted back from the end, where marks of all lengths have them in common.
     std::size_t base = 0;
     float drifted = 0.0F;
-    for (std::size_t begin = lengths.begin; begin < lengths.end;) {
-        while (base + weighing.part_steps < begin) {
-            const std::size_t next = base + weighing.part_steps;
-            drifted +=
-                2.0F * magnitude(sums.re[base] - sums.re[next], sums.im[base] - sums.im[next]) -
-                weighing.driftCost;
-            base = next;
+    for (std::size_t begin = 0; begin < count; begin += BLOCK) {
+        const std::size_t block = std::min(BLOCK, count - begin);
+        for (std::size_t i = 0; i < block;) {
+            const std::size_t length = first + begin + i;
+            while (base + weighing.part_steps < length) {
+                const std::size_t next = base + weighing.part_steps;
+                drifted +=
+                    2.0F * magnitude(sums.re[base] - sums.re[next], sums.im[base] - sums.im[next]) -
+                    weighing.driftCost;
+                base = next;
+            }
+            const std::size_t end = std::min(block, i + base + weighing.part_steps + 1 - length);
+            for (; i < end; ++i) {
+                parts.re[i] = sums.re[base];
+                parts.im[i] = sums.im[base];
+                parts.drifted[i] = drifted;
+            }
         }
-        const std::size_t end = std::min(lengths.end, base + weighing.part_steps + 1);
-        weigh<KNOWN_PHASE>(weighing, sums, {begin, end}, base, drifted,
-                           out + (begin - lengths.begin));
-        begin = end;
+        weigh<KNOWN_PHASE, true>(weighing, sums, first + begin, block, parts, out + begin);
     }
+}
+
+INLINE Peak peakOf(const SummedRow& row, const Score* b)
+{
+    // The largest in each lane, and the group that it stood in first.
+    ScoreLanes most = ScoreLanes{} + NEVER;
+    ScoreLanes where = {};
+    for (std::uint64_t groups = row.groups; groups != 0; groups &= groups - 1) {
+        const int group = __builtin_ctzll(groups);
+        const std::size_t i = static_cast<std::size_t>(group) * LANES;
+        ScoreLanes x;
+        ScoreLanes y;
+        ScoreLanes z;
+        load(x, row.a + i);
+        load(y, b + i);
+        load(z, row.c + i);
+        const ScoreLanes sum = x > NEVER ? x + y + z : ScoreLanes{} + NEVER;
+        const ScoreLanes better = sum > most;
+        most = better ? sum : most;
+        where = better ? ScoreLanes{} + static_cast<Score>(group) : where;
+    }
+    // The first of the groups in which it stands, then the first of its lanes.
+    ScoreLanes all = most;
+    const Score score = largest(all);
+    if (score <= NEVER)
+        return {};
+    const ScoreLanes index = where * static_cast<Score>(LANES) + LANE_NUMBERS;
+    ScoreLanes backwards = most == score ? -index : ScoreLanes{} + NEVER;
+    return {score, static_cast<std::size_t>(-largest(backwards))};
 }
 
 } // namespace
 
 FOR_EACH_PROCESSOR
-Peak peakOfSums(const Score* a, const Score* b, const Score* c, const std::vector<Run>& runs,
-                std::size_t count)
+void peaksOfSums(const SummedRow* rows, std::size_t count, const Score* b, Peak* peaks)
 {
-    // The largest in each lane, and the group that it stood in first.
-    ScoreLanes most = ScoreLanes{} + NEVER;
-    ScoreLanes where = {};
-    for (const Run& run : runs) {
-        const std::size_t end = std::min(run.end, count);
-        for (std::size_t i = run.begin; i < end; i += LANES) {
-            ScoreLanes x;
-            ScoreLanes y;
-            ScoreLanes z;
-            load(x, a + i);
-            load(y, b + i);
-            load(z, c + i);
-            const ScoreLanes sum = x + y + z;
-            const ScoreLanes better = sum > most;
-            most = better ? sum : most;
-            where = better ? ScoreLanes{} + static_cast<Score>(i / LANES) : where;
-        }
-    }
-    // Score and index as one number, the greater the better and the earlier.
-    std::array<std::int32_t, LANES> keys{};
-    for (std::size_t lane = 0; lane < LANES; ++lane) {
-        const std::int32_t index =
-            static_cast<std::int32_t>(where[lane]) * static_cast<std::int32_t>(LANES) +
-            static_cast<std::int32_t>(lane);
-        keys[lane] = static_cast<std::int32_t>(most[lane]) * 0x10000 + 0xffff - index;
-    }
-    std::int32_t best = keys[0];
-    for (const std::int32_t key : keys)
-        best = std::max(best, key);
-    if (best >> 16 <= NEVER)
-        return {};
-    return {best >> 16, static_cast<std::size_t>(0xffff - (best & 0xffff))};
+    for (std::size_t row = 0; row < count; ++row)
+        peaks[row] = rows[row].groups != 0 ? peakOf(rows[row], b) : Peak();
 }
 
 FOR_EACH_PROCESSOR
@@ -197,6 +226,22 @@ std::uint64_t weighGroups(std::uint64_t groups, std::size_t count, std::uint32_t
 }
 
 FOR_EACH_PROCESSOR
+void raiseFromNeighbours(const std::int32_t* gaps, const std::int32_t* changes, int neighbours,
+                         std::size_t speeds, std::int32_t* best, std::int32_t* from)
+{
+    for (int step = -neighbours; step <= neighbours; ++step) {
+        const std::int32_t change = changes[step < 0 ? -step : step];
+        const std::int32_t* const gap = gaps + step;
+        for (std::size_t speed = 0; speed < speeds; ++speed) {
+            const std::int32_t ended = gap[speed] + change;
+            const bool better = gap[speed] > NEVER && ended > best[speed];
+            best[speed] = better ? ended : best[speed];
+            from[speed] = better ? step : from[speed];
+        }
+    }
+}
+
+FOR_EACH_PROCESSOR
 void logarithms(const float* x, float* out, std::size_t count)
 {
     for (std::size_t i = 0; i < count; ++i)
@@ -208,9 +253,9 @@ void weighMarks(const MarkWeighing& weighing, const StepSums& sums, std::size_t 
                 std::size_t count, std::int32_t* out)
 {
     if (weighing.concentration > 0.0F)
-        weighAll<true>(weighing, sums, {first, first + count}, out);
+        weighAll<true>(weighing, sums, first, count, out);
     else
-        weighAll<false>(weighing, sums, {first, first + count}, out);
+        weighAll<false>(weighing, sums, first, count, out);
 }
 
 FOR_EACH_PROCESSOR

@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 namespace demodulator {
 
@@ -18,16 +17,17 @@ struct Peak
     std::size_t index = 0;
 };
 
-/// A range of indices in whole lanes.
-struct Run
+/// Series of which sums are made, and a bit for each group of LANES that counts.
+struct SummedRow
 {
-    std::size_t begin, end;
+    const Score* a;
+    const Score* c;
+    std::uint64_t groups;
 };
 
-/// Of a[i] + b[i] + c[i] over all runs, as far as they are below `count`, which is a multiple of
-/// LANES. What is not more than NEVER has no peak.
-Peak peakOfSums(const Score* a, const Score* b, const Score* c, const std::vector<Run>& runs,
-                std::size_t count);
+/// Of each row, a[i] + b[i] + c[i] where a[i] is more than NEVER: no path came to the others, and
+/// no evidence, however strong, makes one of that. What is not more than NEVER has no peak.
+void peaksOfSums(const SummedRow* rows, std::size_t count, const Score* b, Peak* peaks);
 
 /// What brings scores of earlier steps to a common reference, in groups of LANES: offsets[i] =
 /// references[i] - reference + additions[i], bounded by NEVER and MOST_SCORE; references and their
@@ -38,6 +38,13 @@ Peak peakOfSums(const Score* a, const Score* b, const Score* c, const std::vecto
 std::uint64_t weighGroups(std::uint64_t groups, std::size_t count, std::uint32_t reference,
                           const std::uint32_t* references, const std::int32_t* additions,
                           const Score* best, Score least, Score* offsets);
+
+/// What gaps at a speed and at those beside it make of the marks that follow: best[s] becomes the
+/// most of itself and of gaps[s + step] + changes[|step|] for all steps up to `neighbours` to both
+/// sides, as far as gaps[s + step] is more than NEVER; from[s] becomes the first step that gives
+/// it, and stays where none gives more. `gaps` can be read `neighbours` beyond both ends.
+void raiseFromNeighbours(const std::int32_t* gaps, const std::int32_t* changes, int neighbours,
+                         std::size_t speeds, std::int32_t* best, std::int32_t* from);
 
 /// Natural logarithms of numbers greater than 0, within 1e-6.
 void logarithms(const float* x, float* out, std::size_t count);

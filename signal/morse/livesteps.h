@@ -8,6 +8,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <vector>
 
 namespace demodulator {
 
@@ -46,6 +47,39 @@ public:
 private:
     static_assert(LANES == 16, "a word holds four groups");
     std::array<std::uint64_t, GROUPS / 4> m_words{};
+};
+
+/// The same of many series that go on together, to a group more or less each: a word a series.
+class LiveRows
+{
+public:
+    explicit LiveRows(std::size_t rows)
+        : m_blocks(rows)
+    {
+    }
+
+    /// The next step, at which no series is alive yet.
+    void push()
+    {
+        if (++m_inBlock < LANES)
+            return;
+        m_inBlock = 0;
+        for (std::uint64_t& blocks : m_blocks)
+            blocks <<= 1;
+    }
+    void setNewest(std::size_t row) { m_blocks[row] |= 1; }
+
+    /// A bit for each of the first 63 groups: clear where the series was not alive at any of its
+    /// steps.
+    std::uint64_t groups(std::size_t row) const
+    {
+        // A group lies in two blocks at most.
+        return m_blocks[row] | m_blocks[row] >> 1;
+    }
+
+private:
+    std::vector<std::uint64_t> m_blocks; // of LANES steps, the newest in the lowest bit
+    std::size_t m_inBlock = 0;
 };
 
 } // namespace demodulator

@@ -29,7 +29,7 @@ public:
     explicit MarkLikelihood(const LikelihoodParameters& parameters = {});
 
     /// Steps are kept for this long.
-    static constexpr std::int64_t KEPT_STEPS = 2048;
+    static constexpr std::int64_t KEPT_STEPS = 1024;
     /// The longest mark that can be weighed.
     static constexpr std::int64_t LONGEST_STEPS = 512;
 

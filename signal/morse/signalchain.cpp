@@ -229,7 +229,7 @@ std::vector<HeardMark> SignalChain::heardMarks(const Path& path,
         const std::int64_t begin = path.segments[i].begin_step;
         const std::int64_t end = path.segments[i].end_step;
         if (!isMark(path.segments[i].kind) || end == now || end < oldest ||
-            now - begin > MarkLikelihood::KEPT_STEPS / 2)
+            now - begin > MarkLikelihood::KEPT_STEPS)
             continue;
         const double middle = 0.5 * static_cast<double>(begin + end - 1);
         const auto at = static_cast<std::int64_t>(middle);
@@ -294,7 +294,7 @@ void SignalChain::follow(std::vector<HeardMark> marks)
 // How far a mark's own tone is from the one expected, from step to step.
 double SignalChain::offset_Hz(std::int64_t begin_step, std::int64_t end_step) const
 {
-    if (m_likelihood.end() - begin_step > MarkLikelihood::KEPT_STEPS / 2)
+    if (m_likelihood.end() - begin_step > MarkLikelihood::KEPT_STEPS)
         return 0.0;
     const std::complex<double> turn = m_likelihood.advance(begin_step, end_step, 1);
     return std::arg(turn) / (TWO_PI * m_step_s);

@@ -23,6 +23,14 @@ double student(double x, double scale)
     return 1.0 / (STUDENT_NORM * scale * width * width * width);
 }
 
+double densityAt(const TimingParameters::Length& length, double units)
+{
+    double x = (units - length.mean_units) / length.deviation_units;
+    if (x > 0.0)
+        x /= length.rightTail;
+    return length.share * student(x, length.deviation_units * 0.5 * (1.0 + length.rightTail));
+}
+
 } // namespace
 
 Kind DurationTable::markKind(std::int64_t length_steps) const
@@ -110,6 +118,7 @@ void TimingModel::update(double unit_steps)
     learnGapStyle(learnUnit());
     m_characterThreshold = crossing(Kind::ElementGap, Kind::CharacterGap, 0.0);
     m_wordThreshold = crossing(Kind::CharacterGap, Kind::WordGap, 0.0);
+    ++m_version;
     const bool all = !(unit_steps > 0.0) || ++m_updates % m_parameters.updatesOfAll == 0;
     for (DurationTable& table : m_tables) {
         if (all || std::fabs(std::log(table.unit_steps / unit_steps)) < m_parameters.nearSpeed)
@@ -189,23 +198,20 @@ void TimingModel::learnGapStyle(double unit)
     wordGap.deviation_units = width * bestWord;
 }
 
-double TimingModel::density(Kind kind, double units, double resolution_units) const
+TimingModel::Length TimingModel::lengthSeen(Kind kind, double resolution_units) const
 {
-    const Length& length = m_lengths[index(kind)];
-    const double deviation = std::hypot(length.deviation_units, resolution_units);
-    double x = (units - length.mean_units) / deviation;
-    if (x > 0.0)
-        x /= length.rightTail;
-    return length.share * student(x, deviation * 0.5 * (1.0 + length.rightTail));
+    Length length = m_lengths[index(kind)];
+    length.deviation_units = std::hypot(length.deviation_units, resolution_units);
+    return length;
 }
 
 // The length in units, between the means of two kinds, from which the longer one is likelier.
 double TimingModel::crossing(Kind shorter, Kind longer, double resolution_units) const
 {
-    double units = m_lengths[index(shorter)].mean_units;
-    const double end = m_lengths[index(longer)].mean_units;
-    while (units < end &&
-           density(shorter, units, resolution_units) > density(longer, units, resolution_units))
+    const Length first = lengthSeen(shorter, resolution_units);
+    const Length second = lengthSeen(longer, resolution_units);
+    double units = first.mean_units;
+    while (units < second.mean_units && densityAt(first, units) > densityAt(second, units))
         units += m_parameters.threshold_units;
     return units;
 }
@@ -235,9 +241,9 @@ void TimingModel::buildLengths(LengthTable& lengths, const DurationTable& table,
     lengths.count = static_cast<std::size_t>(longest_steps) + 1;
     m_density.assign(lengths.count, 1e-30F);
     for (const Kind kind : kinds) {
-        const Length& length = m_lengths[index(kind)];
-        const double deviation = std::hypot(length.deviation_units, resolution_units);
-        raiseToDensity({static_cast<float>(length.mean_units), static_cast<float>(deviation),
+        const Length length = lengthSeen(kind, resolution_units);
+        raiseToDensity({static_cast<float>(length.mean_units),
+                        static_cast<float>(length.deviation_units),
                         static_cast<float>(length.rightTail),
                         static_cast<float>(length.share / table.unit_steps)}, // per step
                        static_cast<float>(spacing_units), m_density.data(), lengths.count);

@@ -60,6 +60,8 @@ public:
                 const TimingParameters& parameters = {});
 
     std::size_t speeds() const { return m_tables.size(); }
+    /// Changes when tables do.
+    unsigned version() const { return m_version; }
     const DurationTable& table(std::size_t speed) const { return m_tables[speed]; }
     /// Log probability of a speed before anything is heard.
     double prior(std::size_t speed) const { return m_priors[speed]; }
@@ -89,7 +91,7 @@ private:
     double learnUnit();
     void learnGapStyle(double unit);
     double crossing(Kind shorter, Kind longer, double resolution_units) const;
-    double density(Kind kind, double units, double resolution_units) const;
+    Length lengthSeen(Kind kind, double resolution_units) const;
     void buildTable(DurationTable& table);
     void buildLengths(LengthTable& lengths, const DurationTable& table, double longest_steps,
                       double shortest_steps, std::initializer_list<Kind> kinds);
@@ -101,7 +103,8 @@ private:
     std::array<Length, KINDS> m_lengths{}; // by kind
     std::array<Memory, KINDS> m_memory{};  // by kind
     std::deque<double> m_longGaps;         // between characters and words, in units
-    unsigned m_updates = 0;
+    unsigned m_version = 0;
+    unsigned m_updates = 0; // of one speed
     double m_characterThreshold = 2.0;
     double m_wordThreshold = 5.0;
     std::vector<float> m_density, m_logarithm; // room to build tables in

@@ -31,6 +31,9 @@ Trellis::Trellis(const TimingModel& timing, const MarkLikelihood& likelihood,
     , m_references(m_marks.best.kept(), 0)
     , m_mark(timing.speeds())
     , m_gap(timing.speeds())
+    , m_gapScores(timing.speeds() + 2 * PathMemory::NEIGHBOURS, NEVER)
+    , m_begins(timing.speeds())
+    , m_beginsFrom(timing.speeds())
     , m_memory(timing)
     , m_gapEnds(2 * CARRIER_BLOCK_STEPS, GapEnd())
 {
@@ -43,15 +46,17 @@ Trellis::Trellis(const TimingModel& timing, const MarkLikelihood& likelihood,
 Trellis::Ends Trellis::endsFor(const TimingModel& timing)
 {
     constexpr std::size_t LONGEST_STEPS = 44 * LANES; // groups of steps that are known to be alive
-    Ends ends = {RecentRows<Score>(timing.speeds(), NEVER), {}, {}, {}};
-    ends.lastLive.assign(timing.speeds(), -static_cast<std::int64_t>(LONGEST_STEPS));
-    ends.best = Recent<Score>(LONGEST_STEPS, NEVER);
-    return ends;
+    return {RecentRows<Score>(timing.speeds(), NEVER),
+            std::vector<std::int64_t>(timing.speeds(), -static_cast<std::int64_t>(LONGEST_STEPS)),
+            LiveRows(timing.speeds()), Recent<Score>(LONGEST_STEPS, NEVER), LiveSteps()};
 }
 
 // Tables grow when wide gaps are learnt.
 void Trellis::keepEnough()
 {
+    if (m_keptFor == m_timing.version())
+        return;
+    m_keptFor = m_timing.version();
     for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed) {
         const DurationTable& table = m_timing.table(speed);
         m_gaps.scores.keep(speed, table.mark.exactly.size());
@@ -100,6 +105,7 @@ void Trellis::advance()
 void Trellis::open(Ends& ends)
 {
     ends.live.push();
+    ends.liveRows.push();
     ends.best.push(NEVER);
     ends.scores.push();
 }
@@ -183,28 +189,27 @@ void Trellis::weighLengths(const Ends& from, std::size_t longest, const std::int
     const auto least = static_cast<Score>(-NEAR_REFERENCE - toScore(m_parameters.beam));
     const std::size_t groups = wholeLanes(longest + 1) / LANES;
     lengths.offsets.resize(groups * LANES);
-    const std::uint64_t live =
-        weighGroups(from.live.groups(groups), groups, reference, m_references.data(), ratios,
-                    from.best.data(), least, lengths.offsets.data());
+    lengths.groups = weighGroups(from.live.groups(groups), groups, reference, m_references.data(),
+                                 ratios, from.best.data(), least, lengths.offsets.data());
     if (ratios)
         lengths.offsets[0] = NEVER; // a mark has a length
-    lengths.runs.clear();
-    for (std::size_t group = 0; group < groups; ++group) {
-        const std::size_t begin = group;
-        while (group < groups && (live >> group & 1) != 0)
-            ++group;
-        if (group > begin)
-            lengths.runs.push_back({begin * LANES, group * LANES});
-    }
 }
 
-// The best length.
-Trellis::Choice Trellis::choose(const Score* scores, const Lengths& lengths,
-                                const std::vector<Score>& table)
+// The best length for each speed.
+void Trellis::findPeaks(const Ends& from, const Lengths& lengths, LengthTable DurationTable::*kind,
+                        std::vector<Score> LengthTable::*table, Peaks& peaks) const
 {
-    const Peak peak =
-        peakOfSums(scores, lengths.offsets.data(), table.data(), lengths.runs, table.size());
-    return {peak.score, static_cast<int>(peak.index), false};
+    peaks.rows.resize(m_timing.speeds());
+    peaks.found.resize(m_timing.speeds());
+    for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed) {
+        const std::vector<Score>& scores = m_timing.table(speed).*kind.*table;
+        const std::size_t known = scores.size() / LANES;
+        const std::uint64_t inTable =
+            known < 64 ? (std::uint64_t{1} << known) - 1 : ~std::uint64_t{0};
+        peaks.rows[speed] = {from.scores.row(speed), scores.data(),
+                             lengths.groups & from.liveRows.groups(speed) & inTable};
+    }
+    peaksOfSums(peaks.rows.data(), peaks.rows.size(), lengths.offsets.data(), peaks.found.data());
 }
 
 // The best mark that ends now, for each speed; the best of all of them.
@@ -212,17 +217,17 @@ Total Trellis::chooseMarks()
 {
     const int steady = bounded(carrierEndingNow() - m_reference);
     const std::int64_t carried = m_now - m_carrier.begin;
+    findPeaks(m_gaps, m_weighed.marks, &DurationTable::mark, &LengthTable::exactly, m_peaks);
     int best = NEVER;
     for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed) {
-        const DurationTable& table = m_timing.table(speed);
+        const Peak& peak = m_peaks.found[speed];
         Choice& choice = m_mark[speed];
-        choice = {};
-        if (m_now - m_gaps.lastLive[speed] < static_cast<std::int64_t>(table.mark.count))
-            choice = choose(m_gaps.scores.row(speed), m_weighed.marks, table.mark.exactly);
+        choice = {peak.score, static_cast<int>(peak.index), false};
         // Only at the end of a block is it known of a carrier that comes first that it is none.
         if (m_carrier.speed == static_cast<Speed>(speed) && steady > choice.score &&
             (m_carrier.afterMark || m_now % CARRIER_BLOCK_STEPS == 0) &&
-            static_cast<double>(carried) > m_parameters.leastCarrier_units * table.unit_steps)
+            static_cast<double>(carried) >
+                m_parameters.leastCarrier_units * m_timing.table(speed).unit_steps)
             choice = {steady, static_cast<int>(carried), true};
         best = std::max(best, choice.score);
     }
@@ -232,20 +237,20 @@ Total Trellis::chooseMarks()
 // The best gap that ends now, for each speed, and the best that has become a silence.
 Total Trellis::chooseGaps(Idle& idle)
 {
+    findPeaks(m_marks, m_weighed.gaps, &DurationTable::gap, &LengthTable::exactly, m_peaks);
     int best = NEVER;
     for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed) {
-        const DurationTable& table = m_timing.table(speed);
-        Choice& choice = m_gap[speed];
-        choice = {};
-        if (m_now - m_marks.lastLive[speed] >= static_cast<std::int64_t>(table.gap.count))
+        const Peak& peak = m_peaks.found[speed];
+        m_gap[speed] = {peak.score, static_cast<int>(peak.index), false};
+        best = std::max(best, peak.score);
+        const LengthTable& gap = m_timing.table(speed).gap;
+        const std::size_t longest = gap.count - 1;
+        if (m_now - m_marks.lastLive[speed] > static_cast<std::int64_t>(longest))
             continue;
-        const Score* scores = m_marks.scores.row(speed);
-        choice = choose(scores, m_weighed.gaps, table.gap.exactly);
-        best = std::max(best, choice.score);
-        const std::size_t longest = table.gap.count - 1;
-        if (scores[longest] > NEVER) {
-            const Total silent = m_reference + scores[longest] + m_weighed.gaps.offsets[longest] +
-                                 table.gap.atLeast[longest];
+        const Score score = m_marks.scores.row(speed)[longest];
+        if (score > NEVER) {
+            const Total silent =
+                m_reference + score + m_weighed.gaps.offsets[longest] + gap.atLeast[longest];
             if (silent > idle.score)
                 idle = {0, silent, static_cast<Speed>(speed),
                         m_now - static_cast<std::int64_t>(longest)};
@@ -264,6 +269,7 @@ void Trellis::endMarks(int cut)
         m_marks.scores.setNewest(speed, score);
         m_marks.best.data()[0] = std::max(m_marks.best[0], score);
         m_marks.lastLive[speed] = m_now;
+        m_marks.liveRows.setNewest(speed);
         m_marks.live.setNewest();
         m_memory.endMark(speed, choice.isCarrier ? PathMemory::ofCarrier(choice.length_steps)
                                                  : PathMemory::ofMark(choice.length_steps));
@@ -273,49 +279,46 @@ void Trellis::endMarks(int cut)
 // A mark may follow a gap at the same speed or at another one, a silence, or nothing.
 void Trellis::endGaps(int cut, const Idle& idle)
 {
-    const auto speeds = static_cast<int>(m_timing.speeds());
     constexpr int NEIGHBOURS = PathMemory::NEIGHBOURS;
-    const int changes[NEIGHBOURS + 1] = {0, toScore(m_parameters.nextSpeed),
-                                         toScore(m_parameters.secondSpeed)};
+    constexpr std::int32_t NO_GAP = NEIGHBOURS + 1;
+    const std::int32_t changes[NEIGHBOURS + 1] = {0, toScore(m_parameters.nextSpeed),
+                                                  toScore(m_parameters.secondSpeed)};
+    const std::size_t speeds = m_timing.speeds();
     const int silence = bounded(idle.score - m_reference);
     const int resume = toScore(m_parameters.resume);
     const int resumeAtOther = toScore(m_parameters.resumeAtOther);
-    const bool anyGap = std::any_of(m_gap.begin(), m_gap.end(),
-                                    [](const Choice& gap) { return gap.score > NEVER; });
+    const auto resumed = [&](std::size_t speed) {
+        return idle.speed < 0 ? NEVER
+                              : silence + resume +
+                                    resumeAtOther * std::abs(idle.speed - static_cast<int>(speed));
+    };
+    for (std::size_t speed = 0; speed < speeds; ++speed) {
+        m_begins[speed] = std::max(silence + m_start[speed], resumed(speed));
+        m_beginsFrom[speed] = NO_GAP;
+        m_gapScores[speed + NEIGHBOURS] = m_gap[speed].score;
+    }
+    raiseFromNeighbours(m_gapScores.data() + NEIGHBOURS, changes, NEIGHBOURS, speeds,
+                        m_begins.data(), m_beginsFrom.data());
     GapEnd best;
     int most = NEVER;
-    for (int speed = 0; speed < speeds; ++speed) {
-        const auto index = static_cast<std::size_t>(speed);
-        int score = silence + m_start[index];
-        PathMemory::Way way = PathMemory::ofBeginning();
-        bool isAfterMark = false;
-        if (idle.speed >= 0) {
-            const int resumed = silence + resume + resumeAtOther * std::abs(idle.speed - speed);
-            if (resumed > score) {
-                score = resumed;
-                way = PathMemory::ofSilence();
-            }
-        }
-        if (anyGap) {
-            for (int step = -NEIGHBOURS; step <= NEIGHBOURS; ++step) {
-                const int other = speed + step;
-                if (other < 0 || other >= speeds)
-                    continue;
-                const Choice& gap = m_gap[static_cast<std::size_t>(other)];
-                const int ended = gap.score + changes[std::abs(step)];
-                if (gap.score > NEVER && ended > score) {
-                    score = ended;
-                    way = PathMemory::ofGap(step, gap.length_steps);
-                    isAfterMark = true;
-                }
-            }
-        }
+    for (std::size_t speed = 0; speed < speeds; ++speed) {
+        const int score = m_begins[speed];
         if (score < cut || score <= NEVER)
             continue;
-        m_gaps.scores.setNewest(index, static_cast<Score>(score));
-        m_gaps.lastLive[index] = m_now;
+        const int from = m_beginsFrom[speed];
+        const bool isAfterMark = from != NO_GAP;
+        m_gaps.scores.setNewest(speed, static_cast<Score>(score));
+        m_gaps.lastLive[speed] = m_now;
+        m_gaps.liveRows.setNewest(speed);
         m_gaps.live.setNewest();
-        m_memory.endGap(index, way);
+        if (isAfterMark) {
+            const Choice& gap = m_gap[static_cast<std::size_t>(static_cast<int>(speed) + from)];
+            m_memory.endGap(speed, PathMemory::ofGap(from, gap.length_steps));
+        } else {
+            m_memory.endGap(speed, resumed(speed) > silence + m_start[speed]
+                                       ? PathMemory::ofSilence()
+                                       : PathMemory::ofBeginning());
+        }
         if (score > most) {
             most = score;
             best = {m_reference + score, static_cast<Speed>(speed), isAfterMark};
@@ -334,16 +337,18 @@ std::vector<Trellis::Open> Trellis::openPaths() const
 {
     Weighed weighed;
     weighLengths(static_cast<std::uint32_t>(m_reference), weighed);
+    Peaks gaps;
+    Peaks marks;
+    findPeaks(m_marks, weighed.gaps, &DurationTable::gap, &LengthTable::atLeast, gaps);
+    findPeaks(m_gaps, weighed.marks, &DurationTable::mark, &LengthTable::atLeast, marks);
     std::vector<Open> paths(m_timing.speeds());
     for (std::size_t speed = 0; speed < m_timing.speeds(); ++speed) {
-        const DurationTable& table = m_timing.table(speed);
-        const Choice gap = choose(m_marks.scores.row(speed), weighed.gaps, table.gap.atLeast);
-        const Choice mark = choose(m_gaps.scores.row(speed), weighed.marks, table.mark.atLeast);
-        const bool inGap = gap.score >= mark.score;
-        const Choice& better = inGap ? gap : mark;
+        const bool inGap = gaps.found[speed].score >= marks.found[speed].score;
+        const Peak& better = (inGap ? gaps : marks).found[speed];
         if (better.score > NEVER)
             paths[speed] = {m_reference + better.score,
-                            {inGap, static_cast<Speed>(speed), m_now - better.length_steps}};
+                            {inGap, static_cast<Speed>(speed),
+                             m_now - static_cast<std::int64_t>(better.index)}};
     }
     return paths;
 }

@@ -58,19 +58,27 @@ private:
     {
         RecentRows<Score> scores;           // by speed, then by how many steps ago
         std::vector<std::int64_t> lastLive; // by speed: step of the last that was alive
+        LiveRows liveRows;                  // by speed
         Recent<Score> best;                 // of all speeds, by step
-        LiveSteps live;
+        LiveSteps live;                     // of all speeds
     };
 
     // Lengths that some path asks for, and what all paths of such a length have in common.
     struct Lengths
     {
         std::vector<Score> offsets; // by length in steps
-        std::vector<Run> runs;
+        std::uint64_t groups = 0;   // of LANES lengths, a bit each
     };
     struct Weighed
     {
         Lengths marks, gaps;
+    };
+
+    // The best of these lengths, by speed.
+    struct Peaks
+    {
+        std::vector<SummedRow> rows;
+        std::vector<Peak> found;
     };
 
     // The best way on for one speed at this step.
@@ -121,8 +129,8 @@ private:
     void weighLengths(std::uint32_t reference, Weighed& weighed) const;
     void weighLengths(const Ends& from, std::size_t longest, const std::int32_t* ratios,
                       std::uint32_t reference, Lengths& lengths) const;
-    static Choice choose(const Score* scores, const Lengths& lengths,
-                         const std::vector<Score>& table);
+    void findPeaks(const Ends& from, const Lengths& lengths, LengthTable DurationTable::*kind,
+                   std::vector<Score> LengthTable::*table, Peaks& peaks) const;
     Total chooseMarks();
     Total chooseGaps(Idle& idle);
     void endMarks(int cut);
@@ -138,6 +146,7 @@ private:
     std::vector<Score> m_start; // by speed: log probability that a signal begins with it
 
     std::int64_t m_now = 0;
+    unsigned m_keptFor = 0; // version of the timing model
     Ends m_marks, m_gaps;
     Total m_reference = 0;              // of the scores of this step
     Recent<std::uint32_t> m_references; // of those of each step, its last 32 bits
@@ -145,7 +154,11 @@ private:
     std::size_t m_longestGap = 0;
     std::vector<std::int32_t> m_ratios; // by length, of marks that end now
     Weighed m_weighed;                  // relative to the reference
+    Peaks m_peaks;                      // room for them
     std::vector<Choice> m_mark, m_gap;  // by speed: the mark, the gap that ends now
+    // By speed, of marks that begin now: scores of the gaps before them, with room on both sides;
+    // the best score, and where it came from.
+    std::vector<std::int32_t> m_gapScores, m_begins, m_beginsFrom;
     PathMemory m_memory;
     Recent<GapEnd> m_gapEnds; // by step
     Carrier m_carrier;

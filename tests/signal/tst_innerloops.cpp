@@ -38,15 +38,19 @@ private Q_SLOTS:
             const std::vector<Score> c = scores(random, count);
             if (round % 3 == 0)
                 std::fill(a.begin(), a.end(), round % 2 == 0 ? Score(0) : NEVER); // many alike
-            std::vector<Run> runs = {{0, LANES}, {3 * LANES, 5 * LANES}, {7 * LANES, 40 * LANES}};
+            const std::uint64_t groups =
+                0b111110011001 & ((std::uint64_t{1} << (count / LANES)) - 1);
             Peak expected;
-            for (const Run& run : runs) {
-                for (std::size_t i = run.begin; i < std::min(run.end, count); ++i) {
-                    if (a[i] + b[i] + c[i] > expected.score)
-                        expected = {a[i] + b[i] + c[i], i};
-                }
+            for (std::size_t i = 0; i < count; ++i) {
+                if ((groups >> (i / LANES) & 1) != 0 && a[i] > NEVER &&
+                    a[i] + b[i] + c[i] > expected.score)
+                    expected = {a[i] + b[i] + c[i], i};
             }
-            const Peak peak = peakOfSums(a.data(), b.data(), c.data(), runs, count);
+            const SummedRow rows[] = {{c.data(), a.data(), 0}, {a.data(), c.data(), groups}};
+            Peak peaks[2];
+            peaksOfSums(rows, 2, b.data(), peaks);
+            QCOMPARE(peaks[0].score, int(NEVER));
+            const Peak peak = peaks[1];
             QCOMPARE(peak.score, expected.score);
             QCOMPARE(peak.index, expected.index);
         }
@@ -56,11 +60,47 @@ private Q_SLOTS:
         const std::vector<Score> never(LANES, NEVER);
         const std::vector<Score> most(LANES, MOST_SCORE);
         const std::vector<Score> zero(LANES, 0);
-        const std::vector<Run> all = {{0, LANES}};
-        QCOMPARE(peakOfSums(never.data(), never.data(), never.data(), all, LANES).score,
-                 int(NEVER));
-        QCOMPARE(peakOfSums(zero.data(), most.data(), zero.data(), all, LANES).score,
-                 int(MOST_SCORE));
+        const SummedRow rows[] = {{never.data(), never.data(), 1}, {zero.data(), zero.data(), 1}};
+        Peak peaks[2];
+        peaksOfSums(rows, 2, never.data(), peaks);
+        QCOMPARE(peaks[0].score, int(NEVER));
+        peaksOfSums(rows, 2, most.data(), peaks);
+        QCOMPARE(peaks[0].score, int(NEVER)); // strong evidence makes no path where there was none
+        QCOMPARE(peaks[1].score, int(MOST_SCORE));
+    }
+    void aMarkBeginsAfterTheBestGapAtItsSpeedOrBesideIt()
+    {
+        testsupport::Random random("neighbours");
+        constexpr int NEIGHBOURS = 2;
+        const std::int32_t changes[] = {0, -300, -700};
+        for (std::size_t speeds = 1; speeds < 60; ++speeds) {
+            std::vector<std::int32_t> gaps(speeds + 2 * NEIGHBOURS, NEVER);
+            std::vector<std::int32_t> best(speeds);
+            for (std::size_t speed = 0; speed < speeds; ++speed) {
+                gaps[speed + NEIGHBOURS] =
+                    random.uniform() < 0.3 ? NEVER : static_cast<int>(1000.0 * random.gauss());
+                best[speed] = static_cast<int>(1000.0 * random.gauss());
+            }
+            std::vector<std::int32_t> expected = best;
+            std::vector<std::int32_t> expectedFrom(speeds, 9);
+            for (int speed = 0; speed < static_cast<int>(speeds); ++speed) {
+                const auto at = static_cast<std::size_t>(speed);
+                for (int other = std::max(0, speed - 2);
+                     other <= std::min(static_cast<int>(speeds) - 1, speed + 2); ++other) {
+                    const std::int32_t gap = gaps[static_cast<std::size_t>(other + NEIGHBOURS)];
+                    const std::int32_t score = gap + changes[std::abs(other - speed)];
+                    if (gap > NEVER && score > expected[at]) {
+                        expected[at] = score;
+                        expectedFrom[at] = other - speed;
+                    }
+                }
+            }
+            std::vector<std::int32_t> from(speeds, 9);
+            raiseFromNeighbours(gaps.data() + NEIGHBOURS, changes, NEIGHBOURS, speeds, best.data(),
+                                from.data());
+            QCOMPARE(best, expected);
+            QCOMPARE(from, expectedFrom);
+        }
     }
     void offsetsAreRelativeToTheReferenceEvenOverTheEndOf32Bits()
     {

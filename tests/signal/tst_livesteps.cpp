@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "signal/morse/livesteps.h"
 
+#include "support/random.h"
+
 #include <QtTest>
 
 using namespace demodulator;
@@ -46,6 +48,33 @@ private Q_SLOTS:
         QCOMPARE(live.groups(3), std::uint64_t(0b111));
         QCOMPARE(live.groups(LiveSteps::GROUPS), (std::uint64_t(1) << LiveSteps::GROUPS) - 1);
         QCOMPARE(live.groups(64), (std::uint64_t(1) << LiveSteps::GROUPS) - 1);
+    }
+    // Whatever LiveSteps knows to be alive.
+    void aRowLeavesOutNoGroupThatIsAliveAndFewThatAreNot()
+    {
+        testsupport::Random random("rows");
+        LiveSteps live;
+        LiveRows rows(3);
+        int more = 0;
+        int all = 0;
+        for (int step = 0; step < 5000; ++step) {
+            live.push();
+            rows.push();
+            if (random.uniform() < 0.01) {
+                live.setNewest();
+                rows.setNewest(1);
+            }
+            const std::uint64_t expected = live.groups(LiveSteps::GROUPS);
+            const std::uint64_t kept = (std::uint64_t(1) << LiveSteps::GROUPS) - 1;
+            const std::uint64_t groups = rows.groups(1) & kept;
+            QCOMPARE(groups & expected, expected);
+            QCOMPARE(groups & kept >> 1 & ~(expected | expected << 1 | expected >> 1),
+                     std::uint64_t(0));
+            QCOMPARE(rows.groups(0) | rows.groups(2), std::uint64_t(0));
+            more += __builtin_popcountll(groups);
+            all += __builtin_popcountll(expected);
+        }
+        QVERIFY(all > 0 && more < 2 * all);
     }
 };
 
