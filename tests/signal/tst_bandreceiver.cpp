@@ -361,10 +361,9 @@ private Q_SLOTS:
     // Found both as the next one of its frequency and by itself.
     void anAnswerOfOneLetterIsGivenOnce()
     {
-        const Sink sink = receive(bandOf({{1.0, 500.0, 22.0, 26.0, "TEST HG0IC"},
-                                          {7.077, 530.6, 20.8, 29.8, "R"}},
-                                         18.0),
-                                  complexBand());
+        const Sink sink = receive(
+            bandOf({{1.0, 500.0, 22.0, 26.0, "TEST HG0IC"}, {7.077, 530.6, 20.8, 29.8, "R"}}, 18.0),
+            complexBand());
         QCOMPARE(sink.textNear(515.0), QString("TEST HG0IC R"));
     }
 
