@@ -122,7 +122,7 @@ bool Reception::canKeep()
 
 StationListener& Reception::listener(const ReceivedSource& source)
 {
-    m_archive.begin(source.recordingKey, source.name);
+    m_archive.begin(source.keys, source.name);
     return m_listener;
 }
 

@@ -27,7 +27,7 @@ struct ReceivedSource
     QString name;
     unsigned long long start_us = 0;
     std::optional<demodulator::Settings> demodulator;
-    QString recordingKey; ///< for the archive; empty for what comes but once
+    RecordingKeys keys; ///< for the archive; empty for what comes but once
 };
 
 class Reception

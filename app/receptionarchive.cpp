@@ -31,9 +31,9 @@ bool ReceptionArchive::canBegin()
     return false;
 }
 
-void ReceptionArchive::begin(const QString& key, const QString& source)
+void ReceptionArchive::begin(const RecordingKeys& keys, const QString& source)
 {
-    m_key = key;
+    m_keys = keys;
     m_source = source;
     m_records.clear();
 }
@@ -42,10 +42,9 @@ void ReceptionArchive::add(const Transmission& transmission)
 {
     if (!m_writer)
         return;
-    const ArchiveRecord record = archiveRecordOf({}, transmission);
-    if (!m_key.isEmpty())
-        m_records.push_back(record);
-    else if (!m_writer->add(record))
+    if (!m_keys.place.isEmpty())
+        m_records.push_back({keyOfRecorded(m_keys.place, transmission), {}, transmission});
+    else if (!m_writer->add({keyOfHeard(), {}, transmission}))
         m_isIncomplete = true;
 }
 
@@ -53,13 +52,13 @@ void ReceptionArchive::add(const Transmission& transmission)
 void ReceptionArchive::end(SourceEnd how)
 {
     const std::vector<ArchiveRecord> records = std::exchange(m_records, {});
-    if (!m_writer || m_key.isEmpty() || how == SourceEnd::Interrupted)
+    if (!m_writer || m_keys.content.isEmpty() || how == SourceEnd::Interrupted)
         return;
     QString error;
     const std::unique_ptr<Archive> archive = Archive::open(m_url, error);
-    const bool isAdded =
-        archive && (how == SourceEnd::Whole ? archive->addRecording(m_key, m_source, records)
-                                            : archive->add(records));
+    const bool isAdded = archive && (how == SourceEnd::Whole
+                                         ? archive->addRecording(m_keys.content, m_source, records)
+                                         : archive->add(records));
     if (isAdded)
         return;
     complain(QStringLiteral("archive"), archive ? archive->error() : error);

@@ -5,6 +5,7 @@
 
 #include "station/archive/passinglistener.h"
 #include "station/archive/record.h"
+#include "station/archive/recording.h"
 #include "station/archive/writer.h"
 
 #include <QString>
@@ -27,8 +28,8 @@ public:
 
     /// False, and said on standard error, when it cannot be used.
     bool canBegin();
-    /// A source begins; `key` is that of a recording, empty for what comes but once.
-    void begin(const QString& key, const QString& source);
+    /// A source begins; the keys are those of a recording, empty for what comes but once.
+    void begin(const RecordingKeys& keys, const QString& source);
     void add(const Transmission& transmission);
     /// A recording that was interrupted is left to the next attempt.
     void end(SourceEnd how);
@@ -39,7 +40,7 @@ private:
     QString m_url;
     std::optional<QTemporaryDir> m_unsent; ///< what waits to be archived
     std::unique_ptr<ArchiveWriter> m_writer;
-    QString m_key;
+    RecordingKeys m_keys;
     QString m_source;
     std::vector<ArchiveRecord> m_records; ///< of the recording
     bool m_isIncomplete = false;

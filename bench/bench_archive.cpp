@@ -128,6 +128,28 @@ void beginningOfAWord(benchmark::State& state)
     search(state, wordQuery("DL0X*"));
 }
 
+void firstLetterOfAWord(benchmark::State& state)
+{
+    search(state, wordQuery("D*"));
+}
+
+void rangeOfTimeLongAgo(benchmark::State& state)
+{
+    ArchiveQuery query;
+    query.since_us = FIRST_us + qint64(rowCount()) * APART_us / 5;
+    query.until_us = FIRST_us + qint64(rowCount()) * APART_us * 3 / 5;
+    search(state, query);
+}
+
+void oneFrequencyOfAReceiver(benchmark::State& state)
+{
+    ArchiveQuery query;
+    query.lowest_Hz = 7009500;
+    query.highest_Hz = 7010500;
+    query.receiver = QStringLiteral("hf2");
+    search(state, query);
+}
+
 } // namespace
 
 BENCHMARK(rareWord)->Unit(benchmark::kMillisecond);
@@ -135,3 +157,6 @@ BENCHMARK(commonWord)->Unit(benchmark::kMillisecond);
 BENCHMARK(wordSinceAndFrequency)->Unit(benchmark::kMillisecond);
 BENCHMARK(commonWordInOneMinute)->Unit(benchmark::kMillisecond);
 BENCHMARK(beginningOfAWord)->Unit(benchmark::kMillisecond);
+BENCHMARK(firstLetterOfAWord)->Unit(benchmark::kMillisecond);
+BENCHMARK(rangeOfTimeLongAgo)->Unit(benchmark::kMillisecond);
+BENCHMARK(oneFrequencyOfAReceiver)->Unit(benchmark::kMillisecond);

@@ -146,7 +146,7 @@ private:
 };
 
 // Of a recording: decoded otherwise, it is another one to the archive.
-QString keyOf(const BandOptions& options, const QString& start)
+RecordingKeys keysOf(const BandOptions& options, const QString& start)
 {
     const BandChoice& input = options.input;
     if (options.archive.isEmpty() || input.request.isPipe)
@@ -164,7 +164,7 @@ QString keyOf(const BandOptions& options, const QString& start)
     // Without a map the key is that of archives that were filled before there were maps.
     if (options.map.name != BandMap().name)
         parameters += options.map.name;
-    return recordingKey(input.request.name, parameters);
+    return recordingKeys(input.request.name, parameters);
 }
 
 // Nothing, and said on standard error, when the archive cannot be asked.
@@ -202,14 +202,14 @@ int run(Arguments& arguments)
         return EXIT_BAD_INPUT;
     }
 
-    const QString key = keyOf(options, arguments.text("start"));
-    const std::optional<bool> isThere = isArchived(options, key);
+    const RecordingKeys keys = keysOf(options, arguments.text("start"));
+    const std::optional<bool> isThere = isArchived(options, keys.content);
     ReceptionArchive archive(options.archive);
     if (!isThere || !archive.canBegin())
         return EXIT_BAD_INPUT;
     if (*isThere)
         return EXIT_DONE;
-    archive.begin(key, options.input.request.name);
+    archive.begin(keys, options.input.request.name);
 
     Output output(STDOUT_FILENO);
     const auto reporter = makeBandReporter(

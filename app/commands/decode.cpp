@@ -94,10 +94,11 @@ private:
         const std::unique_ptr<Archive> archive = Archive::open(m_options.archive, error);
         std::vector<SoundRequest> wanted;
         for (const SoundRequest& sound : m_sounds) {
-            const QString key =
-                sound.isPipe ? QString() : recordingKey(sound.name, decodingWords(sound));
-            const std::optional<bool> isThere =
-                archive && !key.isEmpty() ? archive->hasRecording(key) : std::optional<bool>(false);
+            const RecordingKeys keys =
+                sound.isPipe ? RecordingKeys() : recordingKeys(sound.name, decodingWords(sound));
+            const std::optional<bool> isThere = archive && !keys.content.isEmpty()
+                                                    ? archive->hasRecording(keys.content)
+                                                    : std::optional<bool>(false);
             if (!archive || !isThere) {
                 complainOf(QStringLiteral("archive"), archive ? archive->error() : error);
                 return false;
@@ -106,7 +107,7 @@ private:
                 complain(sound.name, QStringLiteral("is in the archive"));
                 continue;
             }
-            m_keys.insert(sound.name, key);
+            m_keys.insert(sound.name, keys);
             wanted.push_back(sound);
         }
         m_sounds = std::move(wanted);
@@ -210,7 +211,7 @@ private:
     SoundBell m_bell;
     std::vector<std::unique_ptr<SoundJob>> m_jobs; ///< each from its start to its end
     bool m_isOneOfSeveral;
-    QHash<QString, QString> m_keys; ///< of recordings, for the archive
+    QHash<QString, RecordingKeys> m_keys; ///< of recordings, for the archive
     std::size_t m_current = 0;
     std::size_t m_started = 0;
     int m_status = EXIT_DONE;

@@ -83,7 +83,7 @@ int run(Arguments& arguments)
     if (!reception.canBegin())
         return EXIT_BAD_INPUT;
     MorseStation& station =
-        reception.begin({descriptor.name(), options.start_us, std::nullopt, QString()});
+        reception.begin({descriptor.name(), options.start_us, std::nullopt, RecordingKeys()});
     // Codes carry no time of their own: it stands still at the start. An end of line ends a
     // transmission, and the next code begins another.
     bool isOpen = false;

@@ -11,15 +11,18 @@
 #include <QVariant>
 
 #include <atomic>
+#include <utility>
 
 namespace morsehost {
 
 namespace {
 
+// Ids of so many rows are put into order faster than the rows of others are passed by.
+constexpr int NARROW_ROWS = 200000;
 // So many rows are read and compared faster than an index of words is asked.
-constexpr int NARROW_ROWS = 20000;
-// So many are looked through faster than most of the index of times.
-constexpr int LATEST_ROWS = 1000000;
+constexpr int COMPARED_ROWS = 20000;
+// So many ids are a block, of which the archive knows when what is in it began.
+constexpr int BLOCK_IDS = 4096;
 
 QString columnNames()
 {
@@ -74,6 +77,11 @@ QVariant given(const QString& text)
 constexpr Condition TIME_CONDITIONS[] = {
     {"start_us >= ?", [](const ArchiveQuery& query) { return given(query.since_us); }},
     {"start_us < ?", [](const ArchiveQuery& query) { return given(query.until_us); }},
+};
+// Of blocks that may hold what fulfils these.
+constexpr Condition BLOCK_CONDITIONS[] = {
+    {"last_us >= ?", [](const ArchiveQuery& query) { return given(query.since_us); }},
+    {"first_us < ?", [](const ArchiveQuery& query) { return given(query.until_us); }},
 };
 constexpr Condition FREQUENCY_CONDITIONS[] = {
     {"frequency_hz >= ?", [](const ArchiveQuery& query) { return given(query.lowest_Hz); }},
@@ -163,6 +171,10 @@ bool Archive::prepareSchema()
         if (!run(QLatin1String(sql)))
             return false;
     }
+    // Who only looks for something waits for nobody who writes.
+    const auto newest = static_cast<qint64>(m_dialect.schema.size());
+    if (number(QLatin1String(m_dialect.version)) == newest)
+        return true;
     // Two that open an empty one at once make it once.
     if (!run(QLatin1String(m_dialect.begin)))
         return false;
@@ -177,7 +189,6 @@ bool Archive::prepareSchema()
     const std::optional<qint64> version = number(QLatin1String(m_dialect.version));
     if (!version)
         return rollBack();
-    const auto newest = static_cast<qint64>(m_dialect.schema.size());
     if (*version < 0 || *version > newest) {
         m_error =
             QStringLiteral("holds an archive of version %1, not %2").arg(*version).arg(newest);
@@ -189,6 +200,8 @@ bool Archive::prepareSchema()
                 return rollBack();
         }
     }
+    if (!noteTimes(-1))
+        return rollBack();
     return run(QStringLiteral("COMMIT"));
 }
 
@@ -241,7 +254,7 @@ bool Archive::transact(Work work)
     return true;
 }
 
-bool Archive::insert(const std::vector<ArchiveRecord>& records)
+bool Archive::insert(const std::vector<ArchiveRecord>& records, qint64 after)
 {
     QStringList names;
     QStringList places;
@@ -266,27 +279,31 @@ bool Archive::insert(const std::vector<ArchiveRecord>& records)
         if (!run(query))
             return false;
     }
-    return true;
+    return noteTimes(after);
 }
 
 bool Archive::add(const std::vector<ArchiveRecord>& records)
 {
-    return transact([&] { return insert(records); });
+    // Before the transaction, in which who has read something may not be let write.
+    const std::optional<qint64> before = latest();
+    return before && transact([&] { return insert(records, *before); });
 }
 
 bool Archive::addRecording(const QString& key, const QString& source,
                            const std::vector<ArchiveRecord>& records)
 {
-    return transact([&] {
-        QSqlQuery query(QSqlDatabase::database(m_connection, false));
-        query.prepare(QLatin1String(m_dialect.insertInto) +
-                      QStringLiteral("recordings (key, source, transmissions) VALUES (?, ?, ?)") +
-                      QLatin1String(m_dialect.insertBehind));
-        query.addBindValue(key);
-        query.addBindValue(storable(source));
-        query.addBindValue(static_cast<int>(records.size()));
-        return run(query) && (query.numRowsAffected() == 0 || insert(records));
-    });
+    const std::optional<qint64> before = latest();
+    return before && transact([&] {
+               QSqlQuery query(QSqlDatabase::database(m_connection, false));
+               query.prepare(
+                   QLatin1String(m_dialect.insertInto) +
+                   QStringLiteral("recordings (key, source, transmissions) VALUES (?, ?, ?)") +
+                   QLatin1String(m_dialect.insertBehind));
+               query.addBindValue(key);
+               query.addBindValue(storable(source));
+               query.addBindValue(static_cast<int>(records.size()));
+               return run(query) && (query.numRowsAffected() == 0 || insert(records, *before));
+           });
 }
 
 std::optional<bool> Archive::hasRecording(const QString& key)
@@ -296,83 +313,107 @@ std::optional<bool> Archive::hasRecording(const QString& key)
     return rows ? std::optional<bool>(*rows > 0) : std::nullopt;
 }
 
-// Whether few enough rows fulfil the conditions for all of them to be read.
-bool Archive::isNarrow(const QString& conditions, const QVariantList& values)
+// A block keeps the times of what has left it: they may be wider than those of what is in it.
+bool Archive::noteTimes(qint64 after)
 {
-    const std::optional<qint64> rows = number(
-        QStringLiteral("SELECT count(*) FROM (SELECT 1 FROM transmissions WHERE %1 LIMIT %2) "
-                       "AS some")
-            .arg(conditions)
-            .arg(NARROW_ROWS + 1),
-        values);
-    return rows && *rows <= NARROW_ROWS;
+    QSqlQuery query(QSqlDatabase::database(m_connection, false));
+    query.prepare(QStringLiteral("INSERT INTO blocks (block, first_us, last_us) "
+                                 "SELECT id / %1, min(start_us), max(start_us) FROM transmissions "
+                                 "WHERE id > ? GROUP BY id / %1 ON CONFLICT (block) DO UPDATE SET "
+                                 "first_us = CASE WHEN excluded.first_us < blocks.first_us "
+                                 "THEN excluded.first_us ELSE blocks.first_us END, "
+                                 "last_us = CASE WHEN excluded.last_us > blocks.last_us "
+                                 "THEN excluded.last_us ELSE blocks.last_us END")
+                      .arg(BLOCK_IDS));
+    query.addBindValue(after);
+    return run(query);
 }
 
-// Of the rows that fulfil conditions of time: among the latest, else by the index, which is read as
-// far as the time goes.
-qint64 Archive::newestOf(const QString& conditions, const QVariantList& values)
+// Whether a query gives more than so many rows. It is not run further than that.
+std::optional<bool> Archive::givesMore(const QString& rows, const QVariantList& values, int most)
 {
-    for (const int latest : {NARROW_ROWS, LATEST_ROWS}) {
-        const std::optional<qint64> newest =
-            number(QStringLiteral("SELECT max(id) FROM (SELECT id, start_us FROM transmissions "
-                                  "ORDER BY id DESC LIMIT %1) WHERE %2")
-                       .arg(latest)
-                       .arg(conditions),
-                   values);
-        if (newest.value_or(0) > 0)
-            return *newest;
-    }
-    return number(QStringLiteral("SELECT max(id) FROM (SELECT id FROM transmissions "
-                                 "INDEXED BY by_start WHERE %1)")
-                      .arg(conditions),
-                  values)
-        .value_or(ANY_ID);
+    const std::optional<qint64> count = number(
+        QStringLiteral("SELECT count(*) FROM (%1 LIMIT %2) AS those").arg(rows).arg(most + 1),
+        values);
+    return count ? std::optional<bool>(*count > most) : std::nullopt;
 }
 
 // A database without statistics takes any index for a good one.
-Archive::Plan Archive::planOf(const ArchiveQuery& query, bool hasWords)
+std::optional<Archive::Plan> Archive::planOf(const ArchiveQuery& query)
 {
     Plan plan;
+    plan.asked = wantedWords(query.words);
     if (query.id || !query.key.isEmpty() || query.after > 0)
         return plan;
     const std::vector<Conditions> groups = groupsOf(query);
     for (std::size_t index = 0; index < groups.size(); ++index) {
         const Conditions& group = groups[index];
-        if (group.texts.isEmpty() || !isNarrow(group.joined(), group.values))
+        if (m_dialect.plansItself || group.texts.isEmpty())
+            continue;
+        const std::optional<bool> isWide =
+            givesMore(QStringLiteral("SELECT 1 FROM transmissions WHERE ") + group.joined(),
+                      group.values, plan.asked.empty() ? NARROW_ROWS : COMPARED_ROWS);
+        if (!isWide)
+            return std::nullopt;
+        if (*isWide)
             continue;
         plan.group = index;
         plan.isNarrow = true;
+        std::swap(plan.asked, plan.compared);
         return plan;
     }
-    // What is found in the order of ids would pass by all that was archived since.
-    if (query.until_us)
-        plan.newest = newestOf(groups[TIME].joined(), groups[TIME].values);
+    for (const WantedWord& one : std::exchange(plan.asked, {})) {
+        const std::optional<bool> isCommon =
+            one.isPrefix ? givesMore(QLatin1String(m_dialect.rowsOfBeginning),
+                                     m_dialect.beginning(one), m_dialect.commonRows)
+                         : std::optional<bool>(false);
+        if (!isCommon)
+            return std::nullopt;
+        (*isCommon ? plan.compared : plan.asked).push_back(one);
+    }
     // Their indices have the order of ids.
     for (const std::size_t index : {RECEIVER, DECODER}) {
-        if (!hasWords && plan.group == NO_GROUP && !groups[index].texts.isEmpty())
+        if (plan.asked.empty() && plan.group == NO_GROUP && !groups[index].texts.isEmpty())
             plan.group = index;
     }
     return plan;
 }
 
-std::optional<std::vector<ArchivedTransmission>> Archive::search(const ArchiveQuery& wantedQuery)
+// In the order of ids, all that was archived since would be passed by.
+std::optional<Archive::Ids> Archive::idsOf(const ArchiveQuery& query)
 {
-    const std::vector<WantedWord> wanted = wantedWords(wantedQuery.words);
-    const Plan plan = m_dialect.plansItself ? Plan() : planOf(wantedQuery, !wanted.empty());
-    const bool comparesHere = plan.isNarrow && !wanted.empty();
-    const bool asksIndex = !wanted.empty() && !comparesHere;
-    Conditions all = conditionsIn(wantedQuery, ID_CONDITIONS);
-    if (plan.isNarrow)
-        all.hide();
-    if (plan.newest != ANY_ID) {
-        all.texts +=
-            QLatin1String(asksIndex ? m_dialect.orderOfFound : "id") + QStringLiteral(" <= ?");
-        all.values += plan.newest;
+    const Conditions blocks = conditionsIn(query, BLOCK_CONDITIONS);
+    const QString of = QStringLiteral(" FROM blocks WHERE ") + blocks.joined();
+    const auto first = number(QStringLiteral("SELECT coalesce(min(block), 0)") + of, blocks.values);
+    const auto last = number(QStringLiteral("SELECT coalesce(max(block), -1)") + of, blocks.values);
+    if (!first || !last)
+        return std::nullopt;
+    return Ids{*first * BLOCK_IDS, (*last + 1) * BLOCK_IDS};
+}
+
+std::optional<std::vector<ArchivedTransmission>> Archive::search(const ArchiveQuery& wanted)
+{
+    const std::optional<Plan> plan = planOf(wanted);
+    if (!plan)
+        return std::nullopt;
+    const bool asksIndex = !plan->asked.empty();
+    const QString id = QLatin1String(asksIndex ? m_dialect.idOfFound : "id");
+    Conditions all = conditionsIn(wanted, ID_CONDITIONS);
+    if (!plan->isNarrow && (wanted.since_us || wanted.until_us)) {
+        const std::optional<Ids> ids = idsOf(wanted);
+        if (!ids)
+            return std::nullopt;
+        all += {{id + QStringLiteral(" >= ?"), id + QStringLiteral(" < ?")},
+                {ids->first, ids->behind}};
     }
-    const std::vector<Conditions> groups = groupsOf(wantedQuery);
+    const std::vector<Conditions> groups = groupsOf(wanted);
     for (std::size_t index = 0; index < groups.size(); ++index) {
         Conditions group = groups[index];
-        if (!m_dialect.plansItself && plan.group != index)
+        if (plan->isNarrow && plan->group == index)
+            group.texts =
+                QStringList{QStringLiteral("id IN (SELECT id FROM transmissions WHERE %1)")
+                                .arg(group.joined())};
+        else if (!m_dialect.plansItself && plan->group != index)
             group.hide();
         all += group;
     }
@@ -380,16 +421,19 @@ std::optional<std::vector<ArchivedTransmission>> Archive::search(const ArchiveQu
     if (asksIndex) {
         sql += QLatin1String(m_dialect.join);
         all.texts.prepend(QLatin1String(m_dialect.condition));
-        all.values.prepend(m_dialect.match(wanted));
+        all.values.prepend(m_dialect.match(plan->asked));
+    }
+    const bool comparesHere = !plan->compared.empty() && !m_dialect.compared;
+    if (!plan->compared.empty() && !comparesHere) {
+        all.texts += QLatin1String(m_dialect.compared);
+        all.values += m_dialect.match(plan->compared);
     }
     if (!all.texts.isEmpty())
         sql += QStringLiteral(" WHERE ") + all.joined();
-    sql += QStringLiteral(" ORDER BY %1%2 %3")
-               .arg(QLatin1String(plan.isNarrow ? "+" : ""),
-                    QLatin1String(asksIndex ? m_dialect.orderOfFound : "id"),
-                    QLatin1String(wantedQuery.isOldestFirst ? "ASC" : "DESC"));
+    sql += QStringLiteral(" ORDER BY %1 %2")
+               .arg(id, QLatin1String(wanted.isOldestFirst ? "ASC" : "DESC"));
     if (!comparesHere)
-        sql += QStringLiteral(" LIMIT %1").arg(wantedQuery.limit);
+        sql += QStringLiteral(" LIMIT %1").arg(wanted.limit);
 
     QSqlQuery query(QSqlDatabase::database(m_connection, false));
     query.setForwardOnly(true);
@@ -399,13 +443,13 @@ std::optional<std::vector<ArchivedTransmission>> Archive::search(const ArchiveQu
     if (!run(query))
         return std::nullopt;
     std::vector<ArchivedTransmission> found;
-    while (query.next() && found.size() < static_cast<std::size_t>(wantedQuery.limit)) {
+    while (found.size() < static_cast<std::size_t>(wanted.limit) && query.next()) {
         ArchivedTransmission one;
         one.id = query.value(0).toLongLong();
         int index = 1;
         for (const ArchiveColumn& column : archiveColumns())
             column.set(one.record, query.value(index++));
-        if (!comparesHere || contains(one.record, wanted))
+        if (!comparesHere || contains(one.record, plan->compared))
             found.push_back(one);
     }
     return found;

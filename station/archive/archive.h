@@ -3,6 +3,7 @@
 #pragma once
 
 #include "station/archive/record.h"
+#include "station/archive/wantedwords.h"
 
 #include <QString>
 #include <QStringList>
@@ -60,8 +61,8 @@ public:
 
     /// All of them or none. Those whose key is there already are left as they are.
     bool add(const std::vector<ArchiveRecord>& records);
-    /// The same for all of a recording, with the key that recordingKey gave. Where that is there
-    /// already, nothing is added.
+    /// The same for all of a recording, whose key is that of its content (see RecordingKeys). Where
+    /// that is there already, nothing is added.
     bool addRecording(const QString& key, const QString& source,
                       const std::vector<ArchiveRecord>& records);
     std::optional<bool> hasRecording(const QString& key);
@@ -87,21 +88,27 @@ private:
     bool run(QSqlQuery& query);
     template <typename Work>
     bool transact(Work work);
-    bool insert(const std::vector<ArchiveRecord>& records);
+    bool insert(const std::vector<ArchiveRecord>& records, qint64 after);
     std::optional<qint64> number(const QString& sql, const QVariantList& values = {});
-    bool isNarrow(const QString& conditions, const QVariantList& values);
-    qint64 newestOf(const QString& conditions, const QVariantList& values);
+    bool noteTimes(qint64 after);
+    std::optional<bool> givesMore(const QString& rows, const QVariantList& values, int most);
 
     static constexpr std::size_t NO_GROUP = ~std::size_t{0};
-    static constexpr qint64 ANY_ID = std::numeric_limits<qint64>::max();
     /// How a search goes about it.
     struct Plan
     {
         std::size_t group = NO_GROUP; ///< of conditions, whose index is used
-        bool isNarrow = false;        ///< so few rows that words are compared here
-        qint64 newest = ANY_ID;       ///< that none of what is wanted is above
+        bool isNarrow = false; ///< so few rows fulfil these that the others are not looked at
+        std::vector<WantedWord> asked;    ///< words that the index is asked for
+        std::vector<WantedWord> compared; ///< words that are looked for in each text
     };
-    Plan planOf(const ArchiveQuery& query, bool hasWords);
+    std::optional<Plan> planOf(const ArchiveQuery& query);
+    struct Ids
+    {
+        qint64 first;
+        qint64 behind; ///< the last one
+    };
+    std::optional<Ids> idsOf(const ArchiveQuery& query);
 
     QString m_connection; ///< its name
     const ArchiveDialect& m_dialect;

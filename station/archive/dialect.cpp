@@ -36,6 +36,14 @@ QString sqliteMatch(const std::vector<WantedWord>& wanted)
     return terms.join(QLatin1String(" AND "));
 }
 
+// The index has words in lower case, and its columns the order of Unicode.
+QVariantList sqliteBeginning(const WantedWord& word)
+{
+    const QString begin = word.word.toLower();
+    const uint highest = QChar::LastValidCodePoint;
+    return {begin, begin + QString::fromUcs4(&highest, 1)};
+}
+
 QString postgresqlMatch(const std::vector<WantedWord>& wanted)
 {
     QStringList terms;
@@ -44,6 +52,11 @@ QString postgresqlMatch(const std::vector<WantedWord>& wanted)
                  (one.isPrefix ? QStringLiteral(":*") : QString());
     }
     return terms.join(QLatin1String(" & "));
+}
+
+QVariantList postgresqlBeginning(const WantedWord& word)
+{
+    return {postgresqlMatch({word})};
 }
 
 QString postgresqlArray(const QStringList& words)
@@ -81,7 +94,10 @@ const ArchiveDialect SQLITE = {
      {"UPDATE transmissions SET station = '' WHERE station IS NULL", "DROP INDEX by_stop",
       "CREATE INDEX by_station ON transmissions (station, stop_us)", "PRAGMA user_version = 3"},
      {"CREATE INDEX by_receiver ON transmissions (receiver)",
-      "CREATE INDEX by_decoder ON transmissions (decoder)", "PRAGMA user_version = 4"}},
+      "CREATE INDEX by_decoder ON transmissions (decoder)", "PRAGMA user_version = 4"},
+     {"CREATE TABLE blocks (block INTEGER PRIMARY KEY, first_us INTEGER, last_us INTEGER)",
+      "CREATE VIRTUAL TABLE words_of_rows USING fts5vocab (words, instance)",
+      "PRAGMA user_version = 5"}},
     nullptr,
     "INSERT OR IGNORE INTO ",
     "",
@@ -93,6 +109,10 @@ const ArchiveDialect SQLITE = {
     sqliteMatch,
     "words.rowid",
     false,
+    "SELECT 1 FROM words_of_rows WHERE term >= ? AND term < ?",
+    sqliteBeginning,
+    100000,
+    nullptr,
     "SELECT (page_count - freelist_count) * page_size "
     "FROM pragma_page_count, pragma_freelist_count, pragma_page_size",
 };
@@ -121,7 +141,9 @@ const ArchiveDialect POSTGRESQL = {
       "COMMENT ON TABLE transmissions IS '3'"},
      {"CREATE INDEX by_receiver ON transmissions (receiver, id)",
       "CREATE INDEX by_decoder ON transmissions (decoder, id)",
-      "COMMENT ON TABLE transmissions IS '4'"}},
+      "COMMENT ON TABLE transmissions IS '4'"},
+     {"CREATE TABLE blocks (block BIGINT PRIMARY KEY, first_us BIGINT, last_us BIGINT)",
+      "COMMENT ON TABLE transmissions IS '5'"}},
     // Ids become visible in ascending order, whichever station writes.
     "SELECT pg_advisory_xact_lock(7025000)",
     "INSERT INTO ",
@@ -134,6 +156,10 @@ const ArchiveDialect POSTGRESQL = {
     postgresqlMatch,
     "id",
     true,
+    "SELECT 1 FROM transmissions WHERE words @@ CAST(? AS tsquery)",
+    postgresqlBeginning,
+    20000,
+    "coalesce(words) @@ CAST(? AS tsquery)",
     "SELECT 0",
 };
 

@@ -5,6 +5,7 @@
 #include "station/archive/wantedwords.h"
 
 #include <QString>
+#include <QVariantList>
 
 #include <vector>
 
@@ -33,10 +34,17 @@ struct ArchiveDialect
     const char* join;      ///< of the index of words
     const char* condition; ///< that the words are there
     QString (*match)(const std::vector<WantedWord>&);
-    const char* orderOfFound; ///< by the words: the id, as the index has it
+    const char* idOfFound; ///< by the words: the id, as the index has it
     /// Chooses by how many rows there are; where it does not, a search counts them.
     bool plansItself;
-    const char* size; ///< a query: bytes in use
+    /// A query that gives the rows with words that begin so, and its values.
+    const char* rowsOfBeginning;
+    QVariantList (*beginning)(const WantedWord& word);
+    /// Of so many such rows, an index costs more than comparing row after row until there are
+    /// enough.
+    int commonRows;
+    const char* compared; ///< as `condition`, without the index; null where it is not in SQL
+    const char* size;     ///< a query: bytes in use
 };
 
 /// That of a URL; see Archive::open.

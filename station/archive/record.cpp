@@ -108,20 +108,19 @@ void visitFields(Record& record, Visit visit)
 
 } // namespace
 
-QString archiveKey(const QString& station, const Transmission& transmission)
+QString keyOfHeard()
+{
+    return QUuid::createUuid().toString(QUuid::WithoutBraces);
+}
+
+QString keyOfRecorded(const QString& place, const Transmission& transmission)
 {
     // Lengths keep fields apart whatever they hold.
     QString all;
-    for (const QString& field : {station, transmission.receiver, transmission.source,
-                                 transmission.decoder, QString::number(transmission.number),
+    for (const QString& field : {place, transmission.decoder, QString::number(transmission.number),
                                  QString::number(transmission.start_us), transmission.text})
         all += QString::number(field.size()) + QLatin1Char(':') + field;
     return QUuid::createUuidV5(keyNamespace(), all).toString(QUuid::WithoutBraces);
-}
-
-ArchiveRecord archiveRecordOf(const QString& station, const Transmission& transmission)
-{
-    return {archiveKey(station, transmission), station, transmission};
 }
 
 QByteArray toLine(const ArchiveRecord& record)

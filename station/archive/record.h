@@ -14,19 +14,17 @@ namespace morsehost {
 
 struct ArchiveRecord
 {
-    /// The same reception has the same key however often it is decoded and sent, so that it is
-    /// archived once.
-    QString key;
+    QString key;     ///< what has one that is there already is not archived again
     QString station; ///< name of the machine that received it; empty where there is one only
     Transmission transmission;
 };
 
-/// The key of a transmission out of a recording or receiver: the same for the same station,
-/// receiver, source, decoder, signal number, begin and text.
-QString archiveKey(const QString& station, const Transmission& transmission);
-
-/// The record of a transmission that a station received, its key included.
-ArchiveRecord archiveRecordOf(const QString& station, const Transmission& transmission);
+/// The key of a transmission that is heard live. No other has it: numbers begin again with each
+/// decoder, and times come again when the clock is set back.
+QString keyOfHeard();
+/// The key of a transmission out of a recording, whose place is that of RecordingKeys: the same
+/// whenever that is decoded.
+QString keyOfRecorded(const QString& place, const Transmission& transmission);
 
 /// One line without a line end, for a spool. `archiveRecordOf` reads it back exactly.
 QByteArray toLine(const ArchiveRecord& record);

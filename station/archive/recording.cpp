@@ -22,7 +22,7 @@ void addText(QCryptographicHash& hash, const QString& text)
 
 } // namespace
 
-QString recordingKey(const QString& path, const QStringList& decoding)
+RecordingKeys recordingKeys(const QString& path, const QStringList& decoding)
 {
     QFile file(path);
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
@@ -42,9 +42,14 @@ QString recordingKey(const QString& path, const QStringList& decoding)
     }
     if (file.error() != QFileDevice::NoError)
         return {};
-    for (const QString& word : decoding)
+    QCryptographicHash place(QCryptographicHash::Sha256);
+    addText(place, QFileInfo(path).absoluteFilePath());
+    for (const QString& word : decoding) {
         addText(hash, word);
-    return QString::fromLatin1(hash.result().toHex());
+        addText(place, word);
+    }
+    return {QString::fromLatin1(hash.result().toHex()),
+            QString::fromLatin1(place.result().toHex())};
 }
 
 } // namespace morsehost

@@ -26,7 +26,8 @@ using Error = boost::system::error_code;
 constexpr std::uint32_t MOST_HEADER_BYTES = 8192;
 constexpr std::uint64_t MOST_BODY_BYTES = 1024; // nothing here reads one
 constexpr int MOST_WAITING_REQUESTS = 256;
-constexpr std::size_t WORKERS = 2;
+constexpr int MOST_WAITING_SLOW_REQUESTS = 32;
+constexpr std::size_t WORKERS = 2; // of each kind of requests
 // What the system takes for a reader that takes nothing.
 constexpr int SEND_BUFFER_BYTES = 128 * 1024;
 constexpr std::chrono::milliseconds ACCEPT_PAUSE{100};
@@ -82,13 +83,26 @@ std::string headerOf(const HttpAnswer& answer, bool isKept)
     return text.str();
 }
 
+// Threads that answer, and what waits for them.
+struct Queue
+{
+    const int mostWaiting;
+    std::atomic<int> waiting{0};
+    std::optional<asio::thread_pool> workers{WORKERS};
+
+    explicit Queue(int most)
+        : mostWaiting(most)
+    {
+    }
+};
+
 // What all connections share.
 struct Shared
 {
     HttpSettings settings;
     HttpHandler& handler;
-    std::optional<asio::thread_pool> workers{WORKERS};
-    std::atomic<int> waiting{0};
+    Queue quick{MOST_WAITING_REQUESTS};
+    Queue slow{MOST_WAITING_SLOW_REQUESTS};
     std::atomic<int> connections{0};
 
     Shared(HttpSettings its, HttpHandler& itsHandler)
@@ -183,12 +197,13 @@ private:
                                      field(http::field::origin),
                                      field("Sec-Fetch-Site"),
                                      field(http::field::authorization)};
-        if (m_shared.waiting >= MOST_WAITING_REQUESTS)
+        Queue& queue = m_shared.handler.isSlow(request) ? m_shared.slow : m_shared.quick;
+        if (queue.waiting >= queue.mostWaiting)
             return refuse(503);
-        ++m_shared.waiting;
-        asio::post(*m_shared.workers, [self = this->shared_from_this(), request] {
+        ++queue.waiting;
+        asio::post(*queue.workers, [self = this->shared_from_this(), &queue, request] {
             HttpAnswer answer = self->m_shared.handler.answer(request);
-            --self->m_shared.waiting;
+            --queue.waiting;
             asio::post(self->m_stream.get_executor(),
                        [self, answer = std::move(answer)] { self->send(answer); });
         });
@@ -310,25 +325,37 @@ using TlsSession = Session<beast::ssl_stream<beast::tcp_stream>>;
 
 HttpHandler::~HttpHandler() = default;
 
+static QString faultOf(const QString& file, const Error& error)
+{
+    return error
+               ? QStringLiteral("%1: %2").arg(file, QString::fromLocal8Bit(error.message().c_str()))
+               : QString();
+}
+
 // The same for a server and for a check.
 static QString useCertificate(asio::ssl::context& tls, const QString& certificate,
                               const QString& key)
 {
-    const auto fault = [](const QString& file, const Error& error) {
-        return QStringLiteral("%1: %2").arg(file, QString::fromLocal8Bit(error.message().c_str()));
-    };
     Error error;
     tls.use_certificate_chain_file(certificate.toLocal8Bit().toStdString(), error);
     if (error)
-        return fault(certificate, error);
+        return faultOf(certificate, error);
     tls.use_private_key_file(key.toLocal8Bit().toStdString(), asio::ssl::context::pem, error);
-    return error ? fault(key, error) : QString();
+    return faultOf(key, error);
 }
 
 QString certificateFault(const QString& certificate, const QString& key)
 {
     asio::ssl::context tls(asio::ssl::context::tls_server);
     return useCertificate(tls, certificate, key);
+}
+
+QString authorityFault(const QString& file)
+{
+    asio::ssl::context tls(asio::ssl::context::tls_client);
+    Error error;
+    tls.load_verify_file(file.toLocal8Bit().toStdString(), error);
+    return faultOf(file, error);
 }
 
 class HttpServer::Private
@@ -354,9 +381,11 @@ public:
         m_loop.stop();
         if (m_thread.joinable())
             m_thread.join();
-        m_shared.workers->stop();
-        m_shared.workers->join();
-        m_shared.workers.reset(); // connections that wait for it go before their loop
+        for (Queue* const queue : {&m_shared.quick, &m_shared.slow}) {
+            queue->workers->stop();
+            queue->workers->join();
+            queue->workers.reset(); // connections that wait for it go before their loop
+        }
     }
 
     Private(const Private&) = delete;

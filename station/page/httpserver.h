@@ -54,11 +54,16 @@ public:
 
     /// From several threads at once. Requests that HTTP itself does not allow do not come here.
     virtual HttpAnswer answer(const HttpRequest& request) = 0;
+    /// Whether an answer may take long, so that the others do not wait behind it. Answers at once.
+    virtual bool isSlow(const HttpRequest& request) const = 0;
 };
 
 /// Why these PEM files cannot be used, a certificate with its chain and its key; empty when they
 /// can.
 QString certificateFault(const QString& certificate, const QString& key);
+
+/// Why this PEM file cannot say whom to trust; empty when it can.
+QString authorityFault(const QString& file);
 
 /// Serves from threads of its own until it is destroyed.
 class HttpServer

@@ -27,6 +27,8 @@ namespace {
 constexpr int MOST_FOUND = 200;
 constexpr int USUALLY_FOUND = 50;
 constexpr int MOST_WORDS = 16;
+const char* const SEARCH = "search";
+const char* const TRANSMISSION = "transmission";
 constexpr qint64 MOST_FILE_BYTES = qint64{64} << 20;
 
 struct SiteFile
@@ -143,6 +145,13 @@ PasswordGate::Answer StationPage::admit(const HttpRequest& request)
     return colon < 0 ? PasswordGate::Answer::Wrong : m_gate->check(both.mid(colon + 1));
 }
 
+bool StationPage::isSlow(const HttpRequest& request) const
+{
+    const std::string& target = request.target;
+    const std::string first = target.substr(0, target.find_first_of("/?", 1));
+    return first == std::string("/") + SEARCH || first == std::string("/") + TRANSMISSION;
+}
+
 HttpAnswer StationPage::answer(const HttpRequest& request)
 {
     if (request.method != "GET" && request.method != "HEAD")
@@ -195,11 +204,11 @@ HttpAnswer StationPage::answerPath(const QStringList& path, const QUrlQuery& que
             answer.events = m_sources.live.subscribe();
             return answer;
         }
-        if (path[0] == QLatin1String("search"))
+        if (path[0] == QLatin1String(SEARCH))
             return search(query);
         return notFound();
     }
-    if (path[0] != QLatin1String("transmission"))
+    if (path[0] != QLatin1String(TRANSMISSION))
         return notFound();
     if (path.size() == 2)
         return transmission(path[1]);

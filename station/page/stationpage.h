@@ -40,6 +40,8 @@ public:
     StationPage(const PageSettings& settings, const Sources& sources);
 
     HttpAnswer answer(const HttpRequest& request) override;
+    /// What is in the archive.
+    bool isSlow(const HttpRequest& request) const override;
 
 private:
     bool isForUs(const HttpRequest& request) const;

@@ -269,7 +269,7 @@ void StationService::take(const Receiver& receiver, const QJsonObject& object)
         return;
     Transmission transmission = transmissionOf(object);
     transmission.receiver = receiver.settings().name;
-    const ArchiveRecord record = archiveRecordOf(m_configuration.name, transmission);
+    const ArchiveRecord record{keyOfHeard(), m_configuration.name, transmission};
     m_unkept.push_back(record);
     keepUnsent();
     for (Publisher* const publisher : m_publishers)

@@ -19,7 +19,7 @@ ArchiveRecord recordOf(int number)
     ArchiveRecord record;
     record.transmission.text = QString::number(number);
     record.transmission.number = number;
-    record.key = archiveKey({}, record.transmission);
+    record.key = keyOfRecorded({}, record.transmission);
     return record;
 }
 

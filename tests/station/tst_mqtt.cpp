@@ -28,7 +28,7 @@ ArchiveRecord recordOf(int number)
     record.transmission.receiver = "hf";
     record.transmission.number = number;
     record.transmission.text = QString::number(number);
-    record.key = archiveKey(record.station, record.transmission);
+    record.key = keyOfRecorded(record.station, record.transmission);
     return record;
 }
 

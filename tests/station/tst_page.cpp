@@ -10,10 +10,15 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QSemaphore>
 #include <QSslSocket>
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <algorithm>
+#include <atomic>
+#include <map>
 
 using namespace morsehost;
 
@@ -78,9 +83,30 @@ ArchiveRecord recordOf(const QString& text, const QStringList& files = {})
     record.transmission.frequency_Hz = 7025000;
     record.transmission.text = text;
     record.transmission.files = files;
-    record.key = archiveKey(record.station, record.transmission);
+    record.key = keyOfRecorded(record.station, record.transmission);
     return record;
 }
+
+// Answers a path that begins with /slow only when it is let.
+class WaitingHandler : public HttpHandler
+{
+public:
+    HttpAnswer answer(const HttpRequest& request) override
+    {
+        if (isSlow(request)) {
+            ++begun;
+            slow.acquire();
+        }
+        return {};
+    }
+    bool isSlow(const HttpRequest& request) const override
+    {
+        return request.target.rfind("/slow", 0) == 0;
+    }
+
+    std::atomic<int> begun{0};
+    QSemaphore slow;
+};
 
 } // namespace
 
@@ -309,6 +335,50 @@ private Q_SLOTS:
         while (bytes.count("</svg>") < 2 && socket->waitForReadyRead(testsupport::HANGS_ms))
             bytes += socket->readAll();
         QCOMPARE(bytes.count("HTTP/1.1 200 OK"), 2);
+    }
+
+    void nobodyWaitsBehindWhoAsksTheArchive()
+    {
+        WaitingHandler handler;
+        const HttpServer server(local(), handler);
+        const auto request = [&server](const QByteArray& target) {
+            auto socket = std::make_unique<QTcpSocket>();
+            socket->connectToHost("127.0.0.1", static_cast<quint16>(server.port()));
+            if (!socket->waitForConnected(testsupport::HANGS_ms))
+                qFatal("no connection");
+            socket->write(get(target));
+            socket->flush();
+            return socket;
+        };
+        std::vector<std::unique_ptr<QTcpSocket>> slow;
+        for (int i = 0; i < 33; ++i)
+            slow.push_back(request("/slow"));
+        QTRY_COMPARE_WITH_TIMEOUT(handler.begun.load(), 2, testsupport::HANGS_ms);
+        // One is too many.
+        const auto isAnswered = [](const auto& socket) { return socket->bytesAvailable() > 0; };
+        QTRY_VERIFY_WITH_TIMEOUT(std::any_of(slow.begin(), slow.end(), isAnswered),
+                                 testsupport::HANGS_ms);
+        QCOMPARE(replyOf(readAll(*request("/"))).status, 200);
+        handler.slow.release(32);
+        std::map<int, int> answers; // by their status
+        for (const auto& socket : slow)
+            ++answers[replyOf(readAll(*socket)).status];
+        QCOMPARE(answers, (std::map<int, int>{{200, 32}, {503, 1}}));
+    }
+
+    void onlyWhatTheArchiveIsAskedForIsSlow()
+    {
+        const auto served = site();
+        const auto isSlow = [&served](const char* target) {
+            HttpRequest request;
+            request.target = target;
+            return served->page.isSlow(request);
+        };
+        for (const char* const target : {"/search", "/search?words=CQ", "/transmission/1",
+                                         "/transmission/1/file/0", "/transmission"})
+            QVERIFY2(isSlow(target), target);
+        for (const char* const target : {"/", "/events", "/page.js", "/searching", "//search", ""})
+            QVERIFY2(!isSlow(target), target);
     }
 
     void moreConnectionsThanAreAllowedAreClosed()
