@@ -144,6 +144,11 @@ MqttSettings readMqtt(SectionReader& section, const QDir& beside)
     if (const QString fault = mqttUrlFault(mqtt.url); !fault.isEmpty())
         section.fail(QStringLiteral("url: %1").arg(fault), "url");
     mqtt.ca = readPath(section, "ca", beside);
+    if (QFileInfo::exists(mqtt.ca)) {
+        const QString fault = authorityFault(mqtt.ca);
+        if (!fault.isEmpty())
+            section.fail(fault, "ca");
+    }
     section.check();
     return mqtt;
 }
@@ -353,7 +358,8 @@ StationConfiguration readConfiguration(const QString& path, std::vector<Configur
     configuration.archiveDays = int(station.number("archive_days", 0));
     configuration.archiveGigabytes = station.number("archive_gigabytes", 0);
     if (configuration.archiveGigabytes > 0 && isOnServer(configuration.archive))
-        station.fail(QStringLiteral("archive_gigabytes is for an archive in a file"),
+        station.fail(QStringLiteral("archive_gigabytes is for an archive in a file; "
+                                    "archive_days is for a server too"),
                      "archive_gigabytes");
     station.check();
 
