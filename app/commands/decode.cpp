@@ -95,7 +95,8 @@ private:
         std::vector<SoundRequest> wanted;
         for (const SoundRequest& sound : m_sounds) {
             const RecordingKeys keys =
-                sound.isPipe ? RecordingKeys() : recordingKeys(sound.name, decodingWords(sound));
+                sound.isPipe ? RecordingKeys()
+                             : recordingKeys(sound.name, decodingWords(sound), sound.channel);
             const std::optional<bool> isThere = archive && !keys.content.isEmpty()
                                                     ? archive->hasRecording(keys.content)
                                                     : std::optional<bool>(false);

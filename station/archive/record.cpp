@@ -115,10 +115,12 @@ QString keyOfHeard()
 
 QString keyOfRecorded(const QString& place, const Transmission& transmission)
 {
+    const QString tone =
+        transmission.tone_Hz ? QString::number(*transmission.tone_Hz, 'g', 17) : QString();
     // Lengths keep fields apart whatever they hold.
     QString all;
     for (const QString& field : {place, transmission.decoder, QString::number(transmission.number),
-                                 QString::number(transmission.start_us), transmission.text})
+                                 tone, QString::number(transmission.start_us), transmission.text})
         all += QString::number(field.size()) + QLatin1Char(':') + field;
     return QUuid::createUuidV5(keyNamespace(), all).toString(QUuid::WithoutBraces);
 }

@@ -22,7 +22,8 @@ void addText(QCryptographicHash& hash, const QString& text)
 
 } // namespace
 
-RecordingKeys recordingKeys(const QString& path, const QStringList& decoding)
+RecordingKeys recordingKeys(const QString& path, const QStringList& decoding,
+                            std::optional<int> channel)
 {
     QFile file(path);
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
@@ -42,12 +43,11 @@ RecordingKeys recordingKeys(const QString& path, const QStringList& decoding)
     }
     if (file.error() != QFileDevice::NoError)
         return {};
+    for (const QString& word : decoding)
+        addText(hash, word);
     QCryptographicHash place(QCryptographicHash::Sha256);
     addText(place, QFileInfo(path).absoluteFilePath());
-    for (const QString& word : decoding) {
-        addText(hash, word);
-        addText(place, word);
-    }
+    addText(place, channel ? QString::number(*channel) : QString());
     return {QString::fromLatin1(hash.result().toHex()),
             QString::fromLatin1(place.result().toHex())};
 }

@@ -5,6 +5,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 namespace morsehost {
 
 struct RecordingKeys
@@ -12,13 +14,14 @@ struct RecordingKeys
     /// The same for the same content decoded in the same way, whatever its file is called: from its
     /// size, all of its bytes where they are few (16 MiB), else 64 pieces spread over them.
     QString content;
-    /// The same for the same file decoded in the same way, whatever it holds by now: one that was
-    /// still growing may be decoded again when it is whole.
+    /// The same for the same channel of the same file, whatever it holds by now, and however it is
+    /// decoded: what is found again is known.
     QString place;
 };
 
-/// `decoding` are words for all that changes what is decoded. Both are empty when the file cannot
-/// be read.
-RecordingKeys recordingKeys(const QString& path, const QStringList& decoding);
+/// `decoding` are words for all that changes what is decoded, `channel` is the one that is heard.
+/// Both keys are empty when the file cannot be read.
+RecordingKeys recordingKeys(const QString& path, const QStringList& decoding,
+                            std::optional<int> channel = {});
 
 } // namespace morsehost

@@ -206,7 +206,8 @@ private Q_SLOTS:
         // Its place stays when it grows, and is not that of a file of the same name elsewhere.
         const QString place = keysOf("a.wav", "sound", {"Morse"}).place;
         QCOMPARE(keysOf("a.wav", "sounds", {"Morse"}).place, place);
-        QVERIFY(keysOf("a.wav", "sound", {"Baudot"}).place != place);
+        QCOMPARE(keysOf("a.wav", "sound", {"Baudot"}).place, place);
+        QVERIFY(morsehost::recordingKeys(m_folder.filePath("a.wav"), {}, 1).place != place);
         QVERIFY(QDir(m_folder.path()).mkpath("other"));
         QVERIFY(keysOf("other/a.wav", "sound", {"Morse"}).place != place);
         for (const QString& none : {m_folder.filePath("gone.wav"), m_folder.path()}) {
@@ -233,6 +234,7 @@ private Q_SLOTS:
         QVERIFY(differs([](auto& other) { other.start_us = 1000; }));
         QVERIFY(differs([](auto& other) { other.decoder = "Baudot"; }));
         QVERIFY(differs([](auto& other) { other.text = "T"; }));
+        QVERIFY(differs([](auto& other) { other.tone_Hz = 700; }));
         // What is measured better at the end of a recording that has grown makes no other one of
         // it.
         QVERIFY(!differs([](auto& other) { other.snr_dB = 3; }));
