@@ -189,7 +189,9 @@ private:
         const auto field = [&message](const auto& name) {
             return message.count(name) == 1 ? std::string(message[name]) : std::string();
         };
-        if (message.count(http::field::host) != 1)
+        // With two of them, somebody before this may have looked at the other one.
+        if (message.count(http::field::host) != 1 || message.count(http::field::origin) > 1 ||
+            message.count("Sec-Fetch-Site") > 1)
             return refuse(400);
         const HttpRequest request = {std::string(message.method_string()),
                                      std::string(message.target()),

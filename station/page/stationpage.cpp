@@ -10,9 +10,11 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QUrl>
 
 #include <algorithm>
+#include <arpa/inet.h>
 
 // Resources of a static library have to be asked for, outside of any namespace.
 static void loadSite()
@@ -66,24 +68,29 @@ HttpAnswer json(const QJsonObject& object)
     return answer;
 }
 
-// "name", "name:80", "[::1]:80"
-QString hostName(const QString& host)
+// Of "name", "name:80", "127.0.0.1:80" and "[::1]:80"; empty where it is none of these.
+struct HostName
 {
-    if (host.startsWith(QLatin1Char('[')))
-        return host.mid(1).section(QLatin1Char(']'), 0, 0);
-    return host.section(QLatin1Char(':'), 0, 0);
+    QString name;
+    bool isAddress = false;
+};
+
+bool isAddress(int family, const QString& text)
+{
+    in6_addr address; // that of either family
+    return inet_pton(family, text.toLatin1().constData(), &address) == 1;
 }
 
-// Another site can make its own name stand for this machine, but no address.
-bool isAddress(const QString& name)
+HostName hostName(const QString& host)
 {
-    const bool isVersion6 = name.contains(QLatin1Char(':'));
-    return !name.isEmpty() && std::all_of(name.begin(), name.end(), [isVersion6](QChar c) {
-        const char letter = c.toLatin1();
-        const bool isHex = (letter >= 'a' && letter <= 'f') || (letter >= 'A' && letter <= 'F');
-        return (letter >= '0' && letter <= '9') || letter == '.' ||
-               (isVersion6 && (isHex || letter == ':'));
-    });
+    static const QRegularExpression pattern(
+        QStringLiteral("^(?:\\[([0-9A-Fa-f:.]+)\\]|([^\\[\\]:@/]+))(?::\\d{1,5})?$"));
+    const QRegularExpressionMatch match = pattern.match(host);
+    const QString address = match.captured(1);
+    if (!address.isEmpty())
+        return {address, isAddress(AF_INET6, address)};
+    const QString name = match.captured(2);
+    return {name.toLower(), isAddress(AF_INET, name)};
 }
 
 QJsonObject foundObject(const ArchivedTransmission& found)
@@ -121,9 +128,13 @@ StationPage::StationPage(const PageSettings& settings, const Sources& sources)
 bool StationPage::isForUs(const HttpRequest& request) const
 {
     const QString host = QString::fromStdString(request.host);
-    const QString name = hostName(host).toLower();
-    if (!isAddress(name) && name != QLatin1String("localhost") &&
-        !m_settings.hosts.contains(name, Qt::CaseInsensitive))
+    // Another site can make its own name stand for this machine, but no address.
+    const HostName called = hostName(host);
+    if (!called.isAddress && called.name != QLatin1String("localhost") &&
+        !m_settings.hosts.contains(called.name, Qt::CaseInsensitive))
+        return false;
+    // Who follows a link from another site gets the page, and that asks for the rest.
+    if (request.fetchSite == "cross-site" && request.target != "/")
         return false;
     const QString scheme =
         m_settings.certificate.isEmpty() ? QStringLiteral("http://") : QStringLiteral("https://");

@@ -193,7 +193,7 @@ void readSource(SectionReader& section, const QDir& beside, ReceiverSettings& re
     receiver.tcp = section.text("tcp");
     int inputs = 0;
     for (const char* const key : {"command", "file", "tcp"})
-        inputs += section.has(key) ? 1 : 0;
+        inputs += section.text(key).isEmpty() ? 0 : 1;
     if (inputs != 1)
         section.fail(
             QStringLiteral("receiver %1 needs one of command, file and tcp").arg(receiver.name));

@@ -244,6 +244,14 @@ private Q_SLOTS:
         row("its own origin", "Host: localhost\r\nOrigin: http://localhost\r\n", 200);
         row("another origin", "Host: localhost\r\nOrigin: http://evil.example\r\n", 421);
         row("another scheme", "Host: localhost\r\nOrigin: https://localhost\r\n", 421);
+        row("an address that goes on", "Host: [::1].evil.example\r\n", 421);
+        row("an address before a name", "Host: [::1]@evil.example\r\n", 421);
+        row("an address without an end", "Host: [::1\r\n", 421);
+        row("dots", "Host: ...\r\n", 421);
+        row("a port that is none", "Host: localhost:evil\r\n", 421);
+        row("a name in brackets", "Host: [dead.beef]\r\n", 421);
+        row("two origins",
+            "Host: localhost\r\nOrigin: http://localhost\r\nOrigin: http://evil.example\r\n", 400);
         row("an origin that hides", "Host: localhost\r\nOrigin: null\r\n", 421);
     }
 
@@ -255,6 +263,18 @@ private Q_SLOTS:
         settings.hosts = QStringList{"radio.example"};
         const auto served = site(settings);
         QCOMPARE(ask(*served, get("/", fields)).status, status);
+    }
+
+    void otherSitesGetThePageAlone()
+    {
+        const auto served = site();
+        const QByteArray link = "Host: localhost\r\nSec-Fetch-Site: cross-site\r\n";
+        QCOMPARE(ask(*served, get("/", link)).status, 200);
+        for (const char* const target : {"/search", "/events", "/page.js", "/transmission/1"})
+            QCOMPARE(ask(*served, get(target, link)).status, 421);
+        const QByteArray own = "Host: localhost\r\nSec-Fetch-Site: same-origin\r\n";
+        QCOMPARE(ask(*served, get("/search", own)).status, 200);
+        QCOMPARE(ask(*served, get("/search", own + "Sec-Fetch-Site: none\r\n")).status, 400);
     }
 
     void badRequestsAreRefused_data()
@@ -273,6 +293,12 @@ private Q_SLOTS:
             431);
         row("a thousand fields",
             "GET / HTTP/1.1\r\n" + host + QByteArray("X: y\r\n").repeated(5000) + "\r\n", 431);
+        row("two lengths of a body",
+            "GET / HTTP/1.1\r\n" + host + "Content-Length: 5\r\nTransfer-Encoding: chunked\r\n\r\n",
+            400);
+        row("a body of pieces without end",
+            "GET / HTTP/1.1\r\n" + host + "Transfer-Encoding: chunked\r\n\r\nFFFFFFFFFFFFFFFF\r\n",
+            413);
         row("a long path", "GET /" + QByteArray(20000, 'x'), 431);
         row("a long body", "GET / HTTP/1.1\r\n" + host + "Content-Length: 1000000000\r\n\r\n", 413);
         row("a length that is none", "GET / HTTP/1.1\r\n" + host + "Content-Length: x\r\n\r\n",
@@ -280,6 +306,8 @@ private Q_SLOTS:
         row("up", get("/../secret.txt"), 404);
         row("up, encoded", get("/%2e%2e/secret.txt"), 404);
         row("up from a file", get("/transmission/3/file/../../../secret.txt"), 404);
+        row("a way out, encoded whole", get("/..%2f..%2fetc/passwd"), 404);
+        row("a name that ends", get("/page.js%00.html"), 404);
         row("a path of the system", get("//etc/passwd"), 404);
         row("an address", get("http://localhost/"), 404);
         row("no transmission", get("/transmission/999"), 404);

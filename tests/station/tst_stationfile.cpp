@@ -208,6 +208,8 @@ only=7000000-7040000
                "and [receiver NAME]";
         QTest::newRow("no input") << head + "[receiver a]\nrate=8000\n"
                                   << "3: receiver a needs one of command, file and tcp";
+        QTest::newRow("an empty input") << head + "[receiver a]\ncommand=\n"
+                                        << "3: receiver a needs one of command, file and tcp";
         QTest::newRow("two inputs") << head + one + "tcp=host:1\n"
                                     << "3: receiver a needs one of command, file and tcp";
         QTest::newRow("no such file") << head + "[receiver a]\nfile=gone.wav\n"
