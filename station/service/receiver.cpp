@@ -30,10 +30,12 @@ bool isRecording(const ReceiverSettings& settings)
     return !settings.file.isEmpty();
 }
 
-// What a process said at its end.
-QString lastWords(const QByteArray& errors)
+// What a process said at its end, which may be read only when it has ended.
+void noteLastWords(QProcess& process, QString& words)
 {
-    return QString::fromUtf8(errors).simplified().right(MAX_ERROR_CHARACTERS);
+    const QByteArray errors = process.readAllStandardError();
+    if (!errors.isEmpty())
+        words = QString::fromUtf8(errors).simplified().right(MAX_ERROR_CHARACTERS);
 }
 
 } // namespace
@@ -174,7 +176,7 @@ void Receiver::startDecoder()
     Decoder* const decoder = m_decoder.get();
     connect(decoder, &QProcess::readyReadStandardOutput, this, [this, decoder] { read(*decoder); });
     connect(decoder, &QProcess::readyReadStandardError, this,
-            [decoder] { decoder->lastError = lastWords(decoder->readAllStandardError()); });
+            [decoder] { noteLastWords(*decoder, decoder->lastError); });
     connect(decoder, QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
             [this, decoder] { decoderEnded(*decoder); });
     connect(decoder, &QProcess::errorOccurred, this, [this, decoder](QProcess::ProcessError error) {
@@ -220,10 +222,11 @@ void Receiver::startCommand()
     connect(m_source.get(), &QProcess::readyReadStandardOutput, this,
             [this] { forward(m_source->readAllStandardOutput()); });
     connect(m_source.get(), &QProcess::readyReadStandardError, this,
-            [this] { m_sourceError = lastWords(m_source->readAllStandardError()); });
+            [this] { noteLastWords(*m_source, m_sourceError); });
     connect(m_source.get(), QOverload<int, QProcess::ExitStatus>::of(&QProcess::finished), this,
             [this](int code) {
                 forward(m_source->readAllStandardOutput());
+                noteLastWords(*m_source, m_sourceError);
                 sourceEnded(m_sourceError.isEmpty()
                                 ? QStringLiteral("the command ended with status %1").arg(code)
                                 : m_sourceError);
@@ -287,6 +290,7 @@ void Receiver::sourceEnded(const QString& problem)
 void Receiver::decoderEnded(Decoder& decoder)
 {
     read(decoder);
+    noteLastWords(decoder, decoder.lastError);
     if (&decoder != m_decoder.get()) {
         forget(decoder);
         return;
