@@ -200,7 +200,7 @@ bool Archive::prepareSchema()
                 return rollBack();
         }
     }
-    if (!noteTimes(-1))
+    if (*version < newest && !noteTimes(-1))
         return rollBack();
     return run(QStringLiteral("COMMIT"));
 }

@@ -68,19 +68,19 @@ HttpAnswer json(const QJsonObject& object)
     return answer;
 }
 
-// Of "name", "name:80", "127.0.0.1:80" and "[::1]:80"; empty where it is none of these.
-struct HostName
-{
-    QString name;
-    bool isAddress = false;
-};
-
 bool isAddress(int family, const QString& text)
 {
     in6_addr address; // that of either family
     return inet_pton(family, text.toLatin1().constData(), &address) == 1;
 }
 
+struct HostName
+{
+    QString name;
+    bool isAddress = false;
+};
+
+// Of "name", "name:80", "127.0.0.1:80" and "[::1]:80"; empty where it is none of these.
 HostName hostName(const QString& host)
 {
     static const QRegularExpression pattern(
