@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Makes the corpus and scores decoders on it; see README.md.
+#include "morse/symbolcodes.h"
 #include "reception/corpus.h"
 #include "scoring.h"
+#include "signal/band/bandreceiver.h"
 #include "signal/teleprinter/teleprinterreceiver.h"
 #include "support/soundfile.h"
 #include "teleprinter/corpus.h"
@@ -43,6 +45,37 @@ public:
     std::vector<teleprinter::Line> lines;
     std::vector<double> found_s;
     double now_s = 0.0;
+    std::size_t morse = 0; ///< characters of it, in a band
+};
+
+// The same of a receiver for a band, and how much it gave as Morse.
+class BandTexts : public demodulator::BandSink
+{
+public:
+    explicit BandTexts(TextList& list)
+        : m_list(list)
+    {
+    }
+
+    void signalFound(int, double, double) override {}
+    void transmissionStarted(int, double, std::int64_t) override {}
+    void symbol(int, int code, std::int64_t) override
+    {
+        m_list.morse += code == eSYMBOL_NEW_CHAR ? 1 : 0;
+    }
+    void transmissionStopped(int, std::int64_t, const demodulator::SignalReport&) override {}
+    void teleprinterStarted(int, const teleprinter::Line& line, std::int64_t time_us) override
+    {
+        m_list.transmissionStarted(line, time_us);
+    }
+    void teleprinterCharacter(int, std::uint8_t character, std::int64_t time_us) override
+    {
+        m_list.character(character, time_us);
+    }
+    void signalLost(int) override {}
+
+private:
+    TextList& m_list;
 };
 
 struct Options
@@ -55,17 +88,40 @@ struct Options
     std::string text; ///< file of a text to send in place of those of the corpus
     double hours = 0.2;
     bool show = false;
+    bool isBand = false;
     teleprinter::Parameters parameters;
     std::vector<std::string> others; // directory, or NAME=COMMAND
 };
 
+// As `morsehost band` hears it, in a band that holds nothing else.
+void receiveInBand(const std::vector<float>& samples, TextList& list)
+{
+    demodulator::BandSettings settings;
+    settings.format.rate_Hz = teleprinterbench::RATE_Hz;
+    settings.threads = 1;
+    BandTexts sink(list);
+    demodulator::BandReceiver receiver(settings, sink);
+    const std::vector<std::complex<float>> band(samples.begin(), samples.end());
+    constexpr std::size_t PIECE = 800;
+    for (std::size_t at = 0; at < band.size(); at += PIECE) {
+        const std::size_t count = std::min(PIECE, band.size() - at);
+        list.now_s = static_cast<double>(at + count) / teleprinterbench::RATE_Hz;
+        receiver.push(band.data() + at, count);
+    }
+    receiver.finish();
+}
+
 TextList receive(const std::vector<float>& samples, const Options& options, Cost& cost)
 {
+    TextList sink;
+    const Meter meter(cost, static_cast<double>(samples.size()) / teleprinterbench::RATE_Hz);
+    if (options.isBand) {
+        receiveInBand(samples, sink);
+        return sink;
+    }
     teleprinter::Settings settings;
     settings.parameters = options.parameters;
     settings.sampleRate_Hz = teleprinterbench::RATE_Hz;
-    TextList sink;
-    const Meter meter(cost, static_cast<double>(samples.size()) / teleprinterbench::RATE_Hz);
     teleprinter::Receiver receiver(settings, sink);
     constexpr std::size_t PIECE = 800;
     for (std::size_t at = 0; at < samples.size(); at += PIECE) {
@@ -151,8 +207,10 @@ int measure(const Options& options)
         Cost cost;
         double latest_s = 0.0;
         std::size_t transmissions = 0;
+        std::size_t morse = 0;
         forAll(options, condition, [&](const Recording& recording) {
             const TextList heard = receive(recording.samples, options, cost);
+            morse += heard.morse;
             rates.each.push_back(100.0 * teleprinterbench::errorRate(recording.sent, heard.text));
             latest_s = std::max(latest_s, heard.found_s.empty() ? 999.0 : heard.found_s.front());
             transmissions += heard.lines.size();
@@ -165,6 +223,8 @@ int measure(const Options& options)
         std::printf("%-12s %-16s found by %5.1f s, %zu transmissions, %4.0f times |",
                     condition.name.c_str(), rates.text().c_str(), latest_s, transmissions,
                     cost.timesRealTime());
+        if (options.isBand)
+            std::printf(" Morse %zu |", morse);
         for (const double rate : rates.each)
             std::printf(" %.1f", rate);
         std::printf("\n");
@@ -188,19 +248,24 @@ int silence(const Options& options)
         Cost cost;
         std::size_t transmissions = 0;
         std::size_t characters = 0;
+        std::size_t morse = 0;
         const auto pieces = static_cast<std::size_t>(std::ceil(options.hours * 3600.0 / PIECE_s));
         for (const std::string& seed : reception::seeds(options.set, pieces)) {
             const TextList heard = receive(other.make(PIECE_s, seed), options, cost);
             transmissions += heard.lines.size();
             characters += heard.text.size();
+            morse += heard.morse;
             if (options.show) {
                 showLines(heard);
                 std::printf("got  %s\n", heard.text.c_str());
             }
         }
-        std::printf("| %s | %.0f | %zu | %zu | %.0f |\n", other.title.c_str(),
+        std::printf("| %s | %.0f | %zu | %zu | %.0f |", other.title.c_str(),
                     static_cast<double>(pieces) * PIECE_s / 60.0, transmissions, characters,
                     cost.timesRealTime());
+        if (options.isBand)
+            std::printf(" Morse %zu |", morse);
+        std::printf("\n");
         std::fflush(stdout);
     }
     return 0;
@@ -280,7 +345,7 @@ int usage()
 {
     std::fprintf(stderr, "usage: teleprinter list | measure | score | make | silence\n"
                          "       [--set NAME] [--seeds N] [--length N] [--only A,B] [--hours H]\n"
-                         "       [--text FILE] [--show] [--with PART.MEMBER=VALUE]\n"
+                         "       [--text FILE] [--show] [--band] [--with PART.MEMBER=VALUE]\n"
                          "       [DIRECTORY | NAME=COMMAND ...]\n");
     return 2;
 }
@@ -301,6 +366,7 @@ int main(int argc, char** argv)
         {"--hours", options.hours},
         {"--text", options.text},
         {"--show", options.show},
+        {"--band", options.isBand},
         bench::Option([&options](const std::string& member, double value) {
             return teleprinter::setParameter(options.parameters, member, value);
         }),

@@ -8,6 +8,7 @@
 #include "signal/band/bandteleprinters.h"
 #include "signal/band/listener.h"
 #include "signal/band/shadows.h"
+#include "signal/band/shiftedpairs.h"
 #include "signal/band/survey.h"
 #include "signal/band/workers.h"
 #include "signal/samples/samples.h"
@@ -67,12 +68,13 @@ public:
         , m_workers(settings.threads)
         , m_bank(settings.format, HISTORY_s)
         , m_survey(settings.format, m_bank.stepSamples(), m_settings.parameters)
-        , m_shadows(settings.format, m_bank, m_survey, m_settings.parameters)
+        , m_shadows(settings.format, m_survey, m_settings.parameters.shadow)
+        , m_pairs(m_bank, m_survey, m_settings.parameters.pair)
         , m_before(Survey::HOP_STEPS * m_bank.stepSamples())
         , m_found(m_survey.pieces())
         , m_numbers(settings.parameters.admission)
         , m_memory(settings.parameters.signal.attention)
-        , m_teleprinters(m_settings, m_bank, m_shadows, m_numbers, m_memory, m_sink)
+        , m_teleprinters(m_settings, m_bank, m_pairs, m_numbers, m_memory, m_sink)
     {
         m_settings.mostSignals = std::max<std::size_t>(1, m_settings.mostSignals);
         m_samples.assign(m_before, 0.0F); // silence before the first window
@@ -107,10 +109,11 @@ public:
         std::vector<Signal*> candidates;
         for (Signal& signal : m_signals) {
             if (isCandidate(signal) && signal.listener->chain()->confirmed() &&
-                isMorse(*signal.listener->chain()) && isItself(signal))
+                isMorse(*signal.listener->chain()) && isItself(signal) && !isShifted(signal))
                 candidates.push_back(&signal);
             else if (isCandidate(signal))
-                noticeTeleprinter(signal.listener->heard());
+                noticeTeleprinter(signal.listener->heard().tone_Hz,
+                                  signal.listener->heard().signal);
         }
         m_workers.forAll(m_teleprinters.size(),
                          [this](std::size_t i) { m_teleprinters.finish(i, m_end); });
@@ -321,31 +324,13 @@ private:
         const std::size_t count =
             std::min<std::size_t>(m_tones.size(), teleprinterParameters().mostTones);
         for (std::size_t i = 0; i < count; ++i)
-            noticeTeleprinter({m_tones[i].tone_Hz, m_tones[i].signal, m_tones[i].noise});
+            noticeTeleprinter(m_tones[i].tone_Hz, m_tones[i].signal);
     }
 
-    void noticeTeleprinter(const SignalGuess& heard)
+    void noticeTeleprinter(double tone_Hz, double level)
     {
-        if (m_teleprinters.mayBegin(heard))
-            m_teleprinters.notice(heard, tonesAndCandidates(), m_end, oldestStep());
-    }
-
-    // Those that the survey finds, and what it no longer does but a candidate hears.
-    std::vector<KeyedTone> tonesAndCandidates() const
-    {
-        std::vector<KeyedTone> tones = m_tones;
-        for (const Signal& signal : m_signals) {
-            if (!isCandidate(signal))
-                continue;
-            const SignalGuess heard = signal.listener->heard();
-            const bool isThere =
-                std::any_of(m_tones.begin(), m_tones.end(), [&](const KeyedTone& tone) {
-                    return std::fabs(tone.tone_Hz - heard.tone_Hz) < attention().sameTone_Hz;
-                });
-            if (!isThere)
-                tones.push_back({heard.tone_Hz, heard.signal, heard.noise, 0.0});
-        }
-        return tones;
+        if (m_teleprinters.mayBegin(tone_Hz, level))
+            m_teleprinters.notice(tone_Hz, m_end, oldestStep());
     }
 
     static bool isCandidate(const Signal& signal)
@@ -369,10 +354,11 @@ private:
                 refuse(signal);
         } else if (isCandidate(signal) && heardEnough(chain) &&
                    !m_teleprinters.isOwn(signal.listener->tone_Hz(), signal.noticedLevel)) {
-            if (!isMorse(chain) || isBurst(chain) || !isItself(signal) ||
+            const auto pair = m_pairs.find(signal.listener->heard().tone_Hz, m_end);
+            if (!isMorse(chain) || isBurst(chain) || (pair && pair->isSure) || !isItself(signal) ||
                 signal.listener->snr_dB() < m_settings.leastSnr_dB)
                 refuse(signal);
-            else
+            else if (!pair || hasWaited(chain))
                 admit(signal);
         }
     }
@@ -392,11 +378,23 @@ private:
 
     void refuse(Signal& signal)
     {
-        noticeTeleprinter(signal.listener->heard());
+        noticeTeleprinter(signal.listener->heard().tone_Hz, signal.listener->heard().signal);
         signal.gone = true;
         m_memory.refuse(signal.listener->tone_Hz(),
                         std::max(signal.noticedLevel, signal.listener->heard().signal),
                         m_end + stepsIn(admission().refusedFor_s));
+    }
+
+    bool isShifted(const Signal& signal) const
+    {
+        const auto pair = m_pairs.find(signal.listener->heard().tone_Hz, m_end);
+        return pair && pair->isSure;
+    }
+
+    // As long as a signal may have to wait until it is decided.
+    bool hasWaited(const SignalChain& chain) const
+    {
+        return m_end - chain.firstMark_step() > stepsIn(attention().heardFirstAtMost_s);
     }
 
     bool heardEnough(const SignalChain& chain) const
@@ -406,7 +404,7 @@ private:
         const bool sure = heard > stepsIn(attention().sureAfter_s) &&
                           marks >= attention().sureAfter_marks &&
                           chain.margin() > attention().sureMargin;
-        if (heard > stepsIn(attention().heardFirstAtMost_s))
+        if (hasWaited(chain))
             return true;
         return !isBurst(chain) && (sure || (heard > stepsIn(attention().heardFirst_s) &&
                                             marks >= attention().heardFirst_marks));
@@ -657,8 +655,7 @@ private:
                 strongest = std::max(strongest, other.listener->heard().signal);
         }
         return heard.signal > admission().leastOfStrongest * strongest &&
-               standsOut(heard, candidate.listener.get()) &&
-               !m_shadows.shiftedPair(heard, tonesAndCandidates(), m_end);
+               standsOut(heard, candidate.listener.get());
     }
 
     BandSettings m_settings;
@@ -667,6 +664,7 @@ private:
     StepBank m_bank;
     Survey m_survey;
     Shadows m_shadows;
+    ShiftedPairs m_pairs;
     std::size_t m_before; // samples that a window reaches back from its batch
     std::vector<std::complex<float>> m_samples;
     std::int64_t m_end = 0; // steps computed

@@ -8,11 +8,11 @@
 namespace demodulator {
 
 BandTeleprinters::BandTeleprinters(const BandSettings& settings, const StepBank& bank,
-                                   const Shadows& shadows, StationNumbers& numbers,
+                                   const ShiftedPairs& pairs, StationNumbers& numbers,
                                    ToneMemory& memory, BandSink& sink)
     : m_settings(settings)
     , m_bank(bank)
-    , m_shadows(shadows)
+    , m_pairs(pairs)
     , m_numbers(numbers)
     , m_memory(memory)
     , m_sink(sink)
@@ -111,53 +111,62 @@ bool BandTeleprinters::isFollowed(double tone_Hz) const
     });
 }
 
-bool BandTeleprinters::mayBegin(const SignalGuess& heard) const
+bool BandTeleprinters::mayBegin(double tone_Hz, double level) const
 {
-    return m_teleprinters.size() < parameters().most && heard.tone_Hz >= m_settings.lowest_Hz &&
-           heard.tone_Hz <= m_settings.highest_Hz && !isOwn(heard.tone_Hz, heard.signal) &&
-           !isFollowed(heard.tone_Hz) &&
-           std::none_of(m_tried.begin(), m_tried.end(), [&](const Tried& tried) {
-               return std::fabs(tried.tone_Hz - heard.tone_Hz) < parameters().own_Hz;
-           });
+    return m_teleprinters.size() < parameters().most && tone_Hz >= m_settings.lowest_Hz &&
+           tone_Hz <= m_settings.highest_Hz && !isOwn(tone_Hz, level) && !isFollowed(tone_Hz) &&
+           !isTried(tone_Hz);
 }
 
-void BandTeleprinters::notice(const SignalGuess& heard, const std::vector<KeyedTone>& tones,
-                              std::int64_t end_step, std::int64_t oldest_step)
+bool BandTeleprinters::isTried(double tone_Hz) const
 {
-    const auto pair = m_shadows.shiftedPair(heard, tones, end_step);
-    if (!pair || isFollowed(pair->one.tone_Hz) || isFollowed(pair->other.tone_Hz))
+    return std::any_of(m_tried.begin(), m_tried.end(), [&](const Tried& tried) {
+        return std::fabs(tried.tone_Hz - tone_Hz) < parameters().own_Hz;
+    });
+}
+
+void BandTeleprinters::notice(double tone_Hz, std::int64_t end_step, std::int64_t oldest_step)
+{
+    const auto pair = m_pairs.find(tone_Hz, end_step);
+    if (!pair || !pair->isSure)
         return;
-    const auto [lower_Hz, upper_Hz] = std::minmax(pair->one.tone_Hz, pair->other.tone_Hz);
+    for (const double own_Hz : {pair->lower_Hz, pair->upper_Hz}) {
+        if (isFollowed(own_Hz) || isTried(own_Hz))
+            return;
+    }
     const std::int64_t until = end_step + stepsIn(parameters().within_s + parameters().notAgain_s);
-    m_tried.push_back({lower_Hz, until});
-    m_tried.push_back({upper_Hz, until});
+    m_tried.push_back({pair->lower_Hz, until});
+    m_tried.push_back({pair->upper_Hz, until});
+    const Strength strength = strengthOf(*pair, end_step, oldest_step);
     Teleprinter one;
-    one.listener = std::make_unique<TeleprinterListener>(m_bank, lower_Hz, upper_Hz, oldest_step);
-    one.level = std::max(pair->one.signal, pair->other.signal);
-    one.snr_dB = snrOfPair_dB(lower_Hz, upper_Hz, end_step, oldest_step);
+    one.listener = std::make_unique<TeleprinterListener>(m_bank, *pair, oldest_step);
+    one.level = strength.level;
+    one.snr_dB = strength.snr_dB;
     one.noticed = end_step;
     m_teleprinters.push_back(std::move(one));
 }
 
 // Of the tone that is on. Moments between two elements have less power, so the upper quarter
 // counts.
-double BandTeleprinters::snrOfPair_dB(double a_Hz, double b_Hz, std::int64_t end_step,
-                                      std::int64_t oldest_step) const
+BandTeleprinters::Strength BandTeleprinters::strengthOf(const ShiftedPair& pair,
+                                                        std::int64_t end_step,
+                                                        std::int64_t oldest_step) const
 {
     std::vector<double> powers;
     double noise = 0.0; // a teleprinter leaves no gaps in which it could be measured
     for (std::int64_t step = std::max(oldest_step, end_step - stepsIn(parameters().heard_s));
          step < end_step; ++step) {
-        powers.push_back(
-            std::max(std::norm(m_bank.value(step, a_Hz)), std::norm(m_bank.value(step, b_Hz))));
-        noise += m_bank.rest(step, 0.5 * (a_Hz + b_Hz));
+        powers.push_back(std::max(std::norm(m_bank.value(step, pair.lower_Hz)),
+                                  std::norm(m_bank.value(step, pair.upper_Hz))));
+        noise += m_bank.rest(step, 0.5 * (pair.lower_Hz + pair.upper_Hz));
     }
     if (powers.empty())
-        return 0.0;
+        return {0.0, 0.0};
     noise /= static_cast<double>(powers.size());
     const auto quarter = powers.begin() + static_cast<std::ptrdiff_t>(powers.size() * 3 / 4);
     std::nth_element(powers.begin(), quarter, powers.end());
-    return 10.0 * std::log10(std::max(1e-3, *quarter / (noise * m_bank.step_s() * 500.0)));
+    const double ratio = *quarter / (noise * m_bank.step_s() * 500.0);
+    return {*quarter, 10.0 * std::log10(std::max(1e-3, ratio))};
 }
 
 bool BandTeleprinters::isOwn(double tone_Hz, double level) const

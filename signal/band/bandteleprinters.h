@@ -5,7 +5,7 @@
 
 #include "signal/band/bandmemory.h"
 #include "signal/band/bandreceiver.h"
-#include "signal/band/shadows.h"
+#include "signal/band/shiftedpairs.h"
 #include "signal/band/stepbank.h"
 #include "signal/band/teleprinterlistener.h"
 
@@ -26,7 +26,7 @@ public:
     using IsOf = std::function<bool(double tone_Hz, double level)>;
 
     /// All of them must outlive it.
-    BandTeleprinters(const BandSettings& settings, const StepBank& bank, const Shadows& shadows,
+    BandTeleprinters(const BandSettings& settings, const StepBank& bank, const ShiftedPairs& pairs,
                      StationNumbers& numbers, ToneMemory& memory, BandSink& sink);
 
     /// Those that are tried or followed.
@@ -42,10 +42,9 @@ public:
     void clear() { m_teleprinters.clear(); }
 
     /// Whether a tone may be the first sign of a teleprinter.
-    bool mayBegin(const SignalGuess& heard) const;
-    /// Begins to listen where such a tone and another of `tones` take turns.
-    void notice(const SignalGuess& heard, const std::vector<KeyedTone>& tones,
-                std::int64_t end_step, std::int64_t oldest_step);
+    bool mayBegin(double tone_Hz, double level) const;
+    /// Begins to listen where such a tone and another one take turns.
+    void notice(double tone_Hz, std::int64_t end_step, std::int64_t oldest_step);
 
     /// Whether a tone is of a teleprinter that sends, or may do.
     bool isOwn(double tone_Hz, double level) const;
@@ -78,12 +77,18 @@ private:
               const std::function<void(const IsOf&)>& endMorse);
     IsOf isOf(const Teleprinter& one) const;
     bool isFollowed(double tone_Hz) const;
-    double snrOfPair_dB(double a_Hz, double b_Hz, std::int64_t end_step,
+    bool isTried(double tone_Hz) const;
+    struct Strength
+    {
+        double level;
+        double snr_dB;
+    };
+    Strength strengthOf(const ShiftedPair& pair, std::int64_t end_step,
                         std::int64_t oldest_step) const;
 
     const BandSettings& m_settings;
     const StepBank& m_bank;
-    const Shadows& m_shadows;
+    const ShiftedPairs& m_pairs;
     StationNumbers& m_numbers;
     ToneMemory& m_memory;
     BandSink& m_sink;

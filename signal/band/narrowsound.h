@@ -11,11 +11,14 @@
 
 namespace demodulator {
 
+/// The widest part.
+constexpr double MOST_NARROW_Hz = 1850.0;
+
 class NarrowSound
 {
 public:
-    /// From `lowest_Hz` to `highest_Hz`, at most 1850 Hz, from a step on that the bank still has.
-    /// The bank outlives it.
+    /// From `lowest_Hz` to `highest_Hz`, at most MOST_NARROW_Hz, from a step on that the bank still
+    /// has. The bank outlives it.
     NarrowSound(const StepBank& bank, double lowest_Hz, double highest_Hz, std::int64_t begin_step);
 
     double rate_Hz() const { return m_rate_Hz; }

@@ -37,15 +37,24 @@ struct ShadowParameters
     double keyDown = 0.15;          ///< share of its level with which a signal may be sending
     double negligible = 0.3;        ///< of the noise: what stays below is no shadow
     double leastExcess = 1.7;       ///< over the noise, of what is left
-    // Two tones are those of one teleprinter when exactly one of them is on for such a share of the
-    // time in which they are keyed; of two hands it is half of it. In the last so many seconds, and
-    // at least so many of them (row: mixed).
-    double shifted_s = 3.0;
-    double leastShifted_s = 1.0;
-    double shiftedShare = 0.8;
-    double leastDown = 0.1;      ///< either tone, of that time
-    double leastShift_Hz = 60.0; ///< nearer tones are one in the filters of a step
-    double largestRatio = 6.0;   ///< of the powers of both tones
+};
+
+/// Two tones of one transmitter (shiftedpairs.h).
+struct PairParameters
+{
+    // How much amplitudes go against each other, as a correlation; and how many times what chance
+    // makes of two hands that send at once, until it is a pair, or may be one (rows: mixed,
+    // contest).
+    double heard_s = 3.0; ///< looked at
+    double mean_s = 0.26; ///< over which amplitudes are compared with their mean
+    double leastOpposition = 0.2;
+    double sure = 4.5;
+    double doubtful = 3.0;
+    double leastKeyed_s = 1.0;    ///< both, at least, to be sure
+    double nearest_Hz = 55.0;     ///< nearer places are one in the filters of a step
+    double own_Hz = 75.0;         ///< so near a tone is the one that was asked for
+    double mostMerged_Hz = 320.0; ///< shift up to which both tones may make one hump
+    double largestRatio = 6.0;    ///< of the powers with which both swing
 };
 
 /// Another station on the same frequency (stationchange.h).
@@ -120,6 +129,7 @@ struct BandParameters
 
     SurveyParameters survey;
     ShadowParameters shadow;
+    PairParameters pair;
     ChangeParameters change;
     AdmissionParameters admission;
     TeleprinterParameters teleprinter;

@@ -21,10 +21,6 @@ constexpr Ghost COMPLEX_GHOSTS[] = {{-1, 0.01, 30.0},  // I and Q that are not b
                                     {5, 0.02, 150.0}}; // clipped
 constexpr Ghost SOUND_GHOSTS[] = {
     {2, 0.03, 60.0}, {3, 0.05, 90.0}, {5, 0.02, 150.0}}; // overdriven, clipped
-// Between key up and key down, as power.
-constexpr double HALF_AMPLITUDE = 0.25;
-// 64 ms: a few elements of a teleprinter.
-constexpr std::size_t PIECE_STEPS = 16;
 
 } // namespace
 
@@ -102,89 +98,6 @@ bool Shadows::standsOut(const SignalGuess& tone, const std::vector<const Listene
         sum += std::max(0.0, m_survey.power(frame, tone.tone_Hz) - explained);
     }
     return sum > m_parameters.leastExcess * noise * static_cast<double>(count);
-}
-
-std::vector<bool> Shadows::keyDown(const KeyedTone& tone, std::int64_t end_step) const
-{
-    const auto count = static_cast<std::int64_t>(m_parameters.shifted_s / m_bank.step_s());
-    std::vector<bool> down;
-    for (std::int64_t step = std::max<std::int64_t>(0, end_step - count); step < end_step; ++step)
-        down.push_back(std::norm(m_bank.value(step, tone.tone_Hz)) > HALF_AMPLITUDE * tone.signal);
-    return down;
-}
-
-// Share of the time in which exactly one of both is down; 0 where that time is short, or one of
-// them hardly ever is. It begins and ends where either is down most of the time: noise is so now
-// and then.
-double Shadows::shareInTurn(const std::vector<bool>& one, const std::vector<bool>& other) const
-{
-    struct Turns
-    {
-        std::size_t inTurn = 0;
-        std::size_t one = 0;
-        std::size_t other = 0;
-    };
-    std::vector<Turns> pieces(one.size() / PIECE_STEPS);
-    for (std::size_t n = 0; n < pieces.size() * PIECE_STEPS; ++n) {
-        Turns& piece = pieces[n / PIECE_STEPS];
-        piece.inTurn += one[n] != other[n] ? 1 : 0;
-        piece.one += one[n] ? 1 : 0;
-        piece.other += other[n] ? 1 : 0;
-    }
-    const auto isKeyed = [](const Turns& piece) {
-        return 2 * std::max({piece.inTurn, piece.one, piece.other}) > PIECE_STEPS;
-    };
-    const auto first = std::find_if(pieces.begin(), pieces.end(), isKeyed);
-    const auto last = std::find_if(pieces.rbegin(), pieces.rend(), isKeyed).base();
-    Turns sum;
-    for (auto piece = first; piece < last; ++piece) {
-        sum.inTurn += piece->inTurn;
-        sum.one += piece->one;
-        sum.other += piece->other;
-    }
-    const double all = static_cast<double>(std::max<std::ptrdiff_t>(0, last - first)) * PIECE_STEPS;
-    if (all * m_bank.step_s() < m_parameters.leastShifted_s ||
-        static_cast<double>(std::min(sum.one, sum.other)) < m_parameters.leastDown * all)
-        return 0.0;
-    return static_cast<double>(sum.inTurn) / all;
-}
-
-std::optional<Shadows::ShiftedPair> Shadows::shiftedPair(const SignalGuess& tone,
-                                                         const std::vector<KeyedTone>& tones,
-                                                         std::int64_t end_step) const
-{
-    // What a listener took for its tone may be somewhat off; the survey's are better.
-    std::vector<KeyedTone> ones = {{tone.tone_Hz, tone.signal, tone.noise, 0.0}};
-    std::vector<KeyedTone> others;
-    for (const KeyedTone& at : tones) {
-        const double apart_Hz = std::fabs(at.tone_Hz - tone.tone_Hz);
-        if (apart_Hz < m_parameters.leastShift_Hz)
-            ones.push_back(at);
-        else if (apart_Hz < m_farthestShift_Hz)
-            others.push_back(at);
-    }
-    std::vector<std::vector<bool>> downs;
-    downs.reserve(ones.size());
-    for (const KeyedTone& one : ones)
-        downs.push_back(keyDown(one, end_step));
-    double best = m_parameters.shiftedShare;
-    std::optional<ShiftedPair> pair;
-    for (const KeyedTone& other : others) {
-        std::vector<bool> its;
-        for (std::size_t i = 0; i < ones.size(); ++i) {
-            if (other.signal > m_parameters.largestRatio * ones[i].signal ||
-                other.signal * m_parameters.largestRatio < ones[i].signal)
-                continue;
-            if (its.empty())
-                its = keyDown(other, end_step);
-            const double share = shareInTurn(downs[i], its);
-            if (share > best) {
-                best = share;
-                pair = ShiftedPair{ones[i], other};
-            }
-        }
-    }
-    return pair;
 }
 
 } // namespace demodulator

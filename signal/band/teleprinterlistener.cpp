@@ -5,31 +5,39 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 #include <utility>
 
 namespace demodulator {
 
 namespace {
 
-// So much beside the tones shows how strong the noise is, and lets them drift.
-constexpr double BESIDE_Hz = 400.0;
-// Elements of faster ones are shorter than the bank's windows, and their noise would be measured
-// farther out.
-constexpr double MOST_BAUD = 110.0;
+// So much beside the tones shows how strong the noise is, even that beside the fastest, and lets
+// the tones drift. It is less where they are so far apart that the sound would be too wide.
+constexpr double MOST_BESIDE_Hz = 700.0;
+
+// So far a pair's tones may be off before its line is known: half the spacing of the bank's
+// filters.
+constexpr double UNKNOWN_BY_Hz = 31.0;
+
+double besideOf(const ShiftedPair& pair)
+{
+    return std::min(MOST_BESIDE_Hz, 0.5 * (MOST_NARROW_Hz - (pair.upper_Hz - pair.lower_Hz)));
+}
 
 } // namespace
 
-TeleprinterListener::TeleprinterListener(const StepBank& bank, double lower_Hz, double upper_Hz,
+TeleprinterListener::TeleprinterListener(const StepBank& bank, const ShiftedPair& pair,
                                          std::int64_t begin_step)
-    : m_sound(bank, lower_Hz - BESIDE_Hz, upper_Hz + BESIDE_Hz, begin_step)
-    , m_lower_Hz(lower_Hz)
-    , m_upper_Hz(upper_Hz)
+    : m_sound(bank, pair.lower_Hz - besideOf(pair), pair.upper_Hz + besideOf(pair), begin_step)
+    , m_lower_Hz(pair.lower_Hz)
+    , m_upper_Hz(pair.upper_Hz)
 {
     teleprinter::Settings settings;
     settings.sampleRate_Hz = m_sound.rate_Hz();
-    settings.known.mostBaud = MOST_BAUD;
-    settings.known.shift_Hz = upper_Hz - lower_Hz;
-    settings.known.centre_Hz = 0.5 * (lower_Hz + upper_Hz) - m_sound.base_Hz();
+    const teleprinter::SpectrumParameters& spectrum = settings.parameters.spectrum;
+    settings.known.mostBaud = (besideOf(pair) - spectrum.noiseReach_Hz) / spectrum.noiseDistance;
+    settings.known.centre_Hz = 0.5 * (m_lower_Hz + m_upper_Hz) - m_sound.base_Hz();
     m_receiver.emplace(settings, static_cast<teleprinter::TextSink&>(*this));
 }
 
@@ -54,7 +62,9 @@ std::vector<TeleprinterEvent> TeleprinterListener::takeEvents()
 
 double TeleprinterListener::offset_Hz(double tone_Hz) const
 {
-    return std::min(std::fabs(tone_Hz - m_lower_Hz), std::fabs(tone_Hz - m_upper_Hz));
+    const double offset_Hz =
+        std::min(std::fabs(tone_Hz - m_lower_Hz), std::fabs(tone_Hz - m_upper_Hz));
+    return std::max(0.0, offset_Hz - (m_isKnown ? 0.0 : UNKNOWN_BY_Hz));
 }
 
 bool TeleprinterListener::isBetween(double tone_Hz, double within_Hz) const
@@ -73,6 +83,9 @@ double TeleprinterListener::leak(double tone_Hz) const
 void TeleprinterListener::transmissionStarted(const teleprinter::Line& line, std::int64_t time_us)
 {
     m_isReceiving = true;
+    std::tie(m_lower_Hz, m_upper_Hz) =
+        std::minmax(m_sound.base_Hz() + line.mark_Hz, m_sound.base_Hz() + line.space_Hz);
+    m_isKnown = true;
     note(TeleprinterEvent::Kind::Started, 0, time_us, line);
 }
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "signal/band/narrowsound.h"
+#include "signal/band/shiftedpairs.h"
 #include "signal/teleprinter/teleprinterreceiver.h"
 
 #include <cstdint>
@@ -26,8 +27,7 @@ class TeleprinterListener : private teleprinter::TextSink
 {
 public:
     /// From a step on that the bank still has.
-    TeleprinterListener(const StepBank& bank, double lower_Hz, double upper_Hz,
-                        std::int64_t begin_step);
+    TeleprinterListener(const StepBank& bank, const ShiftedPair& pair, std::int64_t begin_step);
     ~TeleprinterListener() override;
     TeleprinterListener(const TeleprinterListener&) = delete;
     TeleprinterListener& operator=(const TeleprinterListener&) = delete;
@@ -41,7 +41,7 @@ public:
     bool isReceiving() const { return m_isReceiving; }
     /// A signal is there, also before, between and after its transmissions.
     bool isFollowing() const { return m_receiver->isFollowing(); }
-    /// How far a tone is from the nearer of its own, as those were found at first.
+    /// How far a tone is from the nearer of its own, at least.
     double offset_Hz(double tone_Hz) const;
     /// Whether a tone is between them, and so near to both.
     bool isBetween(double tone_Hz, double within_Hz) const;
@@ -56,8 +56,9 @@ private:
               const teleprinter::Line& line);
 
     NarrowSound m_sound;
-    double m_lower_Hz;
+    double m_lower_Hz; ///< of the last transmission, or as the pair was found
     double m_upper_Hz;
+    bool m_isKnown = false; ///< there was a transmission
     std::optional<teleprinter::Receiver> m_receiver;
     std::vector<float> m_samples;
     std::vector<TeleprinterEvent> m_events;

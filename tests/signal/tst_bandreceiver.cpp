@@ -284,6 +284,8 @@ std::size_t given(const Sink& sink)
 
 } // namespace
 
+Q_DECLARE_METATYPE(testsupport::TeleprinterCode)
+
 class tst_BandReceiver : public QObject
 {
     Q_OBJECT
@@ -435,6 +437,63 @@ private Q_SLOTS:
         QCOMPARE(sink.teleprinters.size(), std::size_t(1));
         QCOMPARE(sink.teleprinters.begin()->second.text, text);
         QVERIFY2(sink.heard.empty(), sink.summary().c_str());
+    }
+
+    void aTeleprinterOfAnyKindIsReadAndIsNoMorse_data()
+    {
+        using testsupport::TeleprinterCode;
+        QTest::addColumn<TeleprinterCode>("code");
+        QTest::addColumn<double>("baud");
+        QTest::addColumn<double>("shift_Hz");
+        QTest::addColumn<double>("snr_dB");
+        QTest::addColumn<int>("repeats");
+        QTest::newRow("weak") << TeleprinterCode::Ita2 << 45.45 << 170.0 << 3.0 << 1;
+        QTest::newRow("narrow") << TeleprinterCode::Ita2 << 45.45 << 85.0 << 10.0 << 1;
+        QTest::newRow("wide") << TeleprinterCode::Ita2 << 50.0 << 850.0 << 6.0 << 1;
+        QTest::newRow("short, ASCII") << TeleprinterCode::Ascii7Even << 110.0 << 170.0 << 20.0 << 1;
+        QTest::newRow("long, ASCII") << TeleprinterCode::Ascii7Even << 110.0 << 170.0 << 10.0 << 3;
+        QTest::newRow("150 Bd") << TeleprinterCode::Ascii7 << 150.0 << 170.0 << 15.0 << 3;
+        QTest::newRow("200 Bd") << TeleprinterCode::Ascii8 << 200.0 << 170.0 << 15.0 << 3;
+        QTest::newRow("300 Bd") << TeleprinterCode::Ascii8 << 300.0 << 200.0 << 20.0 << 4;
+        QTest::newRow("Sitor-B, weak") << TeleprinterCode::SitorB << 100.0 << 170.0 << 0.0 << 1;
+    }
+    void aTeleprinterOfAnyKindIsReadAndIsNoMorse()
+    {
+        QFETCH(testsupport::TeleprinterCode, code);
+        QFETCH(double, baud);
+        QFETCH(double, shift_Hz);
+        QFETCH(double, snr_dB);
+        QFETCH(int, repeats);
+        std::string text;
+        for (int i = 0; i < repeats; ++i)
+            text += "GALE WARNING GERMAN BIGHT. WIND NORTH WEST 8, SEA ROUGH. ";
+        Samples samples = noise(25.0, QTest::currentDataTag());
+        add(samples, SentByTeleprinter{2.0, 1500.0, shift_Hz, baud, snr_dB, text, code});
+        const Sink sink = receive(samples, complexBand());
+        QVERIFY2(sink.heard.empty(), sink.summary().c_str());
+        QCOMPARE(sink.teleprinters.size(), std::size_t(1));
+        const auto errors = testsupport::editDistance(text, sink.teleprinters.begin()->second.text);
+        QVERIFY2(errors <= 1, sink.teleprinters.begin()->second.text.c_str());
+    }
+
+    void shiftedDataThatNoDecoderReadsGivesNothing()
+    {
+        Random random("data");
+        Samples samples = noise(25.0, "data");
+        for (const double baud : {100.0, 250.0}) {
+            std::vector<bool> bits(static_cast<std::size_t>(25.0 * baud) + 1);
+            for (std::size_t i = 0; i < bits.size(); ++i)
+                bits[i] = random.below(2) != 0U;
+            double phase = 0.0;
+            for (std::size_t n = 0; n < samples.size(); ++n) {
+                const auto at = static_cast<std::size_t>(static_cast<double>(n) / RATE_Hz * baud);
+                phase += 2.0 * PI * (10.0 * baud + (bits[at] ? 100.0 : -100.0)) / RATE_Hz;
+                samples[n] += std::complex<float>(std::polar(amplitudeOf(12.0), phase));
+            }
+        }
+        const Sink sink = receive(samples, complexBand());
+        QVERIFY2(sink.heard.empty(), sink.summary().c_str());
+        QVERIFY(sink.teleprinters.empty());
     }
 
     void aWeakSignalBesideAStrongTeleprinterIsRead()
