@@ -3,12 +3,43 @@
 
 #include "signal/teleprinter/ita2.h"
 
+#include <algorithm>
 #include <bitset>
+#include <cmath>
 
 namespace teleprinter {
 
 namespace {
 
+// How much likelier a combination is in a word of letters than in a group of figures: a logarithm.
+// Letters are weighed as those of English, mixed with evenly drawn ones, since other languages and
+// callsigns are sent too; figures are mostly digits, and the rest of them is rare or has no use
+// outside one country.
+double letterOverFigure(unsigned word)
+{
+    constexpr double PER_MILLE[26] = {75, 15, 28, 38, 85, 22, 20, 45, 65, 4,  12, 40, 25,
+                                      65, 70, 22, 5,  60, 60, 85, 28, 10, 22, 5,  20, 5};
+    constexpr double MIXED = 0.3;
+    constexpr double MOST = 2.5; // one combination may be misread
+    const std::uint8_t letter = ita2Character(word, false);
+    const std::uint8_t figure = ita2Character(word, true);
+    if (letter < 'A' || letter > 'Z')
+        return 0.0;
+    const std::string common = ".,-/:";
+    const std::string some = "()?+=";
+    const auto sign = static_cast<char>(figure);
+    const double ofFigures = figure >= '0' && figure <= '9'           ? 80.0
+                             : sign == '-'                            ? 25.0
+                             : common.find(sign) != std::string::npos ? 20.0
+                             : some.find(sign) != std::string::npos   ? 8.0
+                             : sign == '\''                           ? 4.0
+                                                                      : 2.0;
+    const double ofLetters = (1.0 - MIXED) * PER_MILLE[letter - 'A'] + MIXED * 1000.0 / 26.0;
+    return std::clamp(std::log(ofLetters / ofFigures), -MOST, MOST);
+}
+
+// Whether a blank brings back the letters is seen from what follows blanks. While that is not sure,
+// a word waits until it shows what it is.
 class Ita2Reader : public TextReader
 {
 public:
@@ -19,65 +50,112 @@ public:
 
     std::string read(unsigned word, bool isDoubtful) override
     {
-        observe(word);
+        const bool isShift = word == ITA2_FIGURES || word == ITA2_LETTERS;
+        if (isShift || word == ITA2_BLANK || ita2Character(word, false) == '\r' ||
+            ita2Character(word, false) == '\n') {
+            std::string text = finish();
+            if (isShift)
+                shift(word == ITA2_FIGURES, isDoubtful);
+            else
+                text += textOf(word);
+            m_isDoubtful = m_isDoubtful || isDoubtful;
+            if (word == ITA2_BLANK)
+                blank();
+            m_isAfterBlank = word == ITA2_BLANK;
+            return text;
+        }
         m_isDoubtful = m_isDoubtful || isDoubtful;
-        if (word == ITA2_FIGURES || word == ITA2_LETTERS) {
-            m_figures = word == ITA2_FIGURES;
-            m_isDoubtful = isDoubtful;
+        m_isAfterBlank = false;
+        if (m_isGroup)
+            m_group += letterOverFigure(word);
+        if (!m_isOpen)
+            return textOf(word);
+        m_waiting += static_cast<char>(word);
+        const double letters = m_group + ownHabit();
+        if (std::fabs(letters) < SURE && m_waiting.size() < MOST_WAITING)
             return std::string();
+        return settle();
+    }
+
+    std::string finish() override
+    {
+        std::string text = settle();
+        if (m_isGroup) {
+            // Where a shift may have been missed, letters say little of the sender.
+            const double weight = m_isDoubtful && m_group > 0.0 ? MISSED_WEIGHT : 1.0;
+            learn(weight * std::clamp(m_group, -MOST_LEARNT, MOST_LEARNT));
         }
-        const std::uint8_t character = ita2Character(word, m_figures);
-        if (word == ITA2_BLANK && unshiftsOnBlank()) {
-            m_figures = false;
-            m_isDoubtful = false;
-        }
-        return character != 0 ? std::string(1, static_cast<char>(character)) : std::string();
+        m_isGroup = false;
+        m_group = 0.0;
+        return text;
     }
 
 private:
-    bool unshiftsOnBlank() const
+    // Logarithms of odds that a blank brings back the letters.
+    static constexpr double AT_FIRST = -1.0;
+    static constexpr double MISSED = 3.0;   // where a letter shift may have been
+    static constexpr double REPEATED = 2.0; // for a figure shift that was not needed otherwise
+    static constexpr double SURE = 4.0;
+    static constexpr double MOST_HABIT = 8.0;
+    static constexpr double MOST_LEARNT = 4.0; // from one group
+    static constexpr double MISSED_WEIGHT = 0.25;
+    static constexpr std::size_t MOST_WAITING = 8; // characters
+
+    double ownHabit() const { return m_habit + (m_isDoubtful ? MISSED : 0.0); }
+    void learn(double odds) { m_habit = std::clamp(m_habit + odds, -MOST_HABIT, MOST_HABIT); }
+
+    std::string textOf(unsigned word) const
     {
-        if (m_unshift != Unshift::WhereSenderDoes)
-            return m_unshift == Unshift::OnBlank;
-        const bool isRepeating = m_repeated >= 2 && m_repeated > m_reliedOn;
-        return isRepeating || (m_isDoubtful && m_reliedOn < 2);
+        const std::uint8_t character = ita2Character(word, m_figures);
+        return character != 0 ? std::string(1, static_cast<char>(character)) : std::string();
     }
 
-    // Only a sender whose own machine unshifts repeats the figure shift after a blank; another
-    // sends groups of digits one after the other.
-    void observe(unsigned word)
+    void shift(bool figures, bool isDoubtful)
     {
-        const bool isShift = word == ITA2_FIGURES || word == ITA2_LETTERS;
-        if (word == ITA2_BLANK || isShift) {
-            if (m_group == Group::Digits && m_groupLength >= LEAST_GROUP)
-                ++m_reliedOn;
-            if (m_groupLength == 0 && m_group == Group::Digits && word == ITA2_FIGURES)
-                ++m_repeated;
-            if (isShift)
-                m_sentFigures = word == ITA2_FIGURES;
-            m_group = word == ITA2_BLANK && m_sentFigures ? Group::Digits : Group::Other;
-            m_groupLength = 0;
-            return;
+        // Only a sender whose own machine unshifts repeats the figure shift after a blank.
+        if (figures && m_sentFigures && m_isAfterBlank)
+            learn(REPEATED);
+        m_figures = m_sentFigures = figures;
+        m_isDoubtful = isDoubtful;
+        m_isOpen = false;
+    }
+
+    void blank()
+    {
+        m_isGroup = m_sentFigures;
+        m_isOpen = false;
+        if (m_unshift == Unshift::OnBlank) {
+            m_figures = false;
+        } else if (m_unshift == Unshift::WhereSenderDoes && m_sentFigures) {
+            m_isOpen = std::fabs(ownHabit()) < SURE;
+            m_figures = ownHabit() < SURE;
         }
-        const std::uint8_t figure = ita2Character(word, true);
-        if (figure < '0' || figure > '9')
-            m_group = Group::Other;
-        ++m_groupLength;
     }
 
-    static constexpr int LEAST_GROUP = 3; // digits: fewer are also misread letters
-
-    // What follows a blank in figures, without a shift: so far nothing but digits, or anything.
-    enum class Group { Other, Digits };
+    // What waits is put out as what it is more likely to be.
+    std::string settle()
+    {
+        if (!m_isOpen || m_waiting.empty())
+            return std::string();
+        m_isOpen = false;
+        m_figures = m_group + ownHabit() <= 0.0;
+        std::string text;
+        for (const char word : m_waiting)
+            text += textOf(static_cast<unsigned char>(word));
+        m_waiting.clear();
+        return text;
+    }
 
     Unshift m_unshift;
     bool m_figures = false;
-    bool m_isDoubtful = false;  // whether there was no other shift since the last that was read
-    bool m_sentFigures = false; // the last shift that was read
-    Group m_group = Group::Other;
-    int m_groupLength = 0;
-    int m_repeated = 0;
-    int m_reliedOn = 0;
+    bool m_sentFigures = false;  // the last shift that was read
+    bool m_isDoubtful = false;   // whether there was no other shift since the last that was read
+    bool m_isAfterBlank = false; // the last word
+    bool m_isGroup = false;      // what follows a blank without a shift, after figures
+    bool m_isOpen = false;       // it is not known yet what the group is
+    double m_group = 0.0;        // odds that its words are letters
+    double m_habit = AT_FIRST;   // of the sender
+    std::string m_waiting;
 };
 
 class AsciiReader : public TextReader

@@ -14,8 +14,9 @@ namespace teleprinter {
 enum class Unshift {
     Never,
     OnBlank, ///< a blank brings back the letters
-    /// On a blank, once the sender repeats the figure shift after blanks; and where the letter
-    /// shift may have been missed, unless the sender's figures are known to go on after a blank.
+    /// As the sender's machine does: seen from what follows a blank without a shift, as letters
+    /// and as figures, and from figure shifts that are repeated after blanks. While it is not sure,
+    /// a word after a blank is put out once it shows what it is, at the latest at its end.
     WhereSenderDoes,
 };
 

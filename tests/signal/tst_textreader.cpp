@@ -23,6 +23,33 @@ QString readAll(TextReader& reader, const std::vector<unsigned>& words)
     return QString::fromLatin1(QByteArray::fromStdString(text + reader.finish()));
 }
 
+// The combinations of a text. A machine that unshifts sends no letter shift after a blank, and the
+// figure shift again.
+std::vector<unsigned> sent(const std::string& text, bool unshifts)
+{
+    std::vector<unsigned> words = {LETTERS};
+    bool figures = false;
+    for (const char c : text) {
+        unsigned word = 0;
+        while (word < 32 && ita2Character(word, false) != c && ita2Character(word, true) != c)
+            ++word;
+        const bool isBoth = ita2Character(word, false) == ita2Character(word, true);
+        const bool isFigure = !isBoth && ita2Character(word, true) == c;
+        if (!isBoth && isFigure != figures) {
+            words.push_back(isFigure ? FIGURES : LETTERS);
+            figures = isFigure;
+        }
+        words.push_back(word);
+        figures = figures && !(unshifts && c == ' ');
+    }
+    return words;
+}
+
+const std::string WEATHER = "NORTH SEA 5 BECOMING 7 RAIN AND FOG. GALE 12 DEGREES WEST\r\n"
+                            "WIND 4 LATER 6 SEA 3 METRES, SHOWERS";
+const std::string TABLE = "TABLE 55512 10234 21/04 1013.5 -5 14:30 20300\r\n"
+                          "33005 40118 52003 7 3 35 END OF TABLE";
+
 unsigned withParity(char c, bool odd)
 {
     const std::bitset<8> bits(static_cast<unsigned char>(c));
@@ -69,6 +96,7 @@ private Q_SLOTS:
         text += reader->read(Q, true);
         text += reader->read(BLANK);
         text += reader->read(Q);
+        text += reader->finish();
         QCOMPARE(QString::fromStdString(text), QString("11 Q"));
     }
 
@@ -84,7 +112,44 @@ private Q_SLOTS:
         text += reader->read(Q, true);
         text += reader->read(BLANK);
         text += reader->read(Q);
+        text += reader->finish();
         QCOMPARE(QString::fromStdString(text), QString("111 111 111 111 1 1"));
+    }
+
+    void textIsReadAsItsSenderShifts_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<bool>("unshifts");
+        QTest::newRow("words, unshifted") << QByteArray::fromStdString(WEATHER) << true;
+        QTest::newRow("words, shifted back") << QByteArray::fromStdString(WEATHER) << false;
+        QTest::newRow("digits, unshifted") << QByteArray::fromStdString(TABLE) << true;
+        QTest::newRow("digits, shifted back") << QByteArray::fromStdString(TABLE) << false;
+    }
+    void textIsReadAsItsSenderShifts()
+    {
+        QFETCH(QByteArray, text);
+        QFETCH(bool, unshifts);
+        const auto reader = makeIta2Reader(Unshift::WhereSenderDoes);
+        QCOMPARE(readAll(*reader, sent(text.toStdString(), unshifts)), QString(text));
+    }
+
+    void wordAfterABlankComesAtItsEndAtTheLatest()
+    {
+        const auto reader = makeIta2Reader(Unshift::WhereSenderDoes);
+        std::string text;
+        for (const unsigned word : sent("5 RAIN", true))
+            text += reader->read(word);
+        text += reader->read(BLANK);
+        QCOMPARE(QString::fromStdString(text), QString("5 RAIN "));
+    }
+
+    void oneMisreadFigureLeavesATableOfDigits()
+    {
+        std::vector<unsigned> words = sent("55512 10234 21304 10135 14230 20300", false);
+        constexpr unsigned H = 0x14;
+        words[words.size() - 10] = H;
+        const auto reader = makeIta2Reader(Unshift::WhereSenderDoes);
+        QCOMPARE(readAll(*reader, words), QString("55512 10234 21304 10135 1#230 20300"));
     }
 
     void parityIsLeftOut_data()
