@@ -93,7 +93,7 @@ private:
         Transmission own = transmission;
         own.number = m_entry.number;
         own.frequency_Hz = m_entry.frequency_Hz;
-        own.snr_dB = m_entry.snr_dB;
+        own.snr_dB = transmission.snr_dB.value_or(m_entry.snr_dB);
         m_listener.transmission(own);
     }
     void saving(const QString& message) override { m_listener.saving(message); }

@@ -7,43 +7,52 @@ namespace {
 
 using teleprinter::Code;
 
-struct DecoderRow
-{
-    const char* decoder;
-    Code code;
-};
-
-constexpr DecoderRow TELEPRINTERS[] = {
-    {"Baudot", Code::Ita2},
-    {"ASCII RTTY", Code::Ascii},
-    {"Sitor-B", Code::Ccir476},
+constexpr TeleprinterDecoder TELEPRINTERS[] = {
+    {"Baudot", Code::Ita2, teleprinter::LOWEST_BAUD, 150.0, true},
+    {"ASCII RTTY", Code::Ascii, teleprinter::LOWEST_BAUD, teleprinter::HIGHEST_BAUD, false},
+    {"Sitor-B", Code::Ccir476, 100.0, 100.0, true},
 };
 
 } // namespace
 
 QString decoderOf(Code code)
 {
-    for (const DecoderRow& row : TELEPRINTERS) {
+    for (const TeleprinterDecoder& row : TELEPRINTERS) {
         if (row.code == code)
-            return QLatin1String(row.decoder);
+            return QLatin1String(row.name);
     }
     return QString();
 }
 
 std::optional<Code> codeOfDecoder(const QString& decoder)
 {
-    for (const DecoderRow& row : TELEPRINTERS) {
-        if (decoder == QLatin1String(row.decoder))
-            return row.code;
+    const TeleprinterDecoder* const row = teleprinterDecoder(decoder);
+    return row ? std::optional<Code>(row->code) : std::nullopt;
+}
+
+const TeleprinterDecoder* teleprinterDecoder(const QString& decoder)
+{
+    for (const TeleprinterDecoder& row : TELEPRINTERS) {
+        if (decoder == QLatin1String(row.name))
+            return &row;
     }
-    return std::nullopt;
+    return nullptr;
+}
+
+QString decoderSpelled(const QString& name)
+{
+    for (const QString& known : teleprinterDecoders() + QStringList(QLatin1String(MORSE_DECODER))) {
+        if (known.compare(name, Qt::CaseInsensitive) == 0)
+            return known;
+    }
+    return name;
 }
 
 QStringList teleprinterDecoders()
 {
     QStringList names;
-    for (const DecoderRow& row : TELEPRINTERS)
-        names += QLatin1String(row.decoder);
+    for (const TeleprinterDecoder& row : TELEPRINTERS)
+        names += QLatin1String(row.name);
     return names;
 }
 

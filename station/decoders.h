@@ -19,4 +19,18 @@ std::optional<teleprinter::Code> codeOfDecoder(const QString& decoder);
 
 QStringList teleprinterDecoders();
 
+/// What its transmissions are like; null for Morse and any other.
+struct TeleprinterDecoder
+{
+    const char* name;
+    teleprinter::Code code;
+    double lowestBaud;
+    double highestBaud;
+    bool hasShifts; ///< to letters and to figures
+};
+const TeleprinterDecoder* teleprinterDecoder(const QString& decoder);
+
+/// The name as the table writes it, however it was typed; any other name as it is.
+QString decoderSpelled(const QString& name);
+
 } // namespace morsehost

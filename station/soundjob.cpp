@@ -74,8 +74,11 @@ public:
     {
     }
 
+    const bool& isHeard() const { return m_isHeard; }
+
     void transmissionStarted(const teleprinter::Line& line, std::int64_t time_us) override
     {
+        m_isHeard = true;
         m_job.add([=](const SoundSinks& sinks) {
             sinks.teleprinter->transmissionStarted(line, time_us);
         });
@@ -94,6 +97,7 @@ public:
 
 private:
     SoundJob& m_job;
+    bool m_isHeard = false;
 };
 
 SoundJob::SoundJob(SoundRequest request, SoundBell& bell, bool isObserved)
@@ -118,14 +122,14 @@ void SoundJob::run()
 {
     OpenedSource opened;
     if (m_request.decoder == QLatin1String(DECODER_AS_FOUND)) {
-        const FoundDecoder found =
+        FoundDecoder found =
             findDecoder(m_request, [this] { return m_isStopped || isInterrupted(); });
         m_request.decoder = found.decoder;
         m_remark = found.remark;
-        opened.error = found.error;
-    }
-    if (opened.error.isEmpty())
+        opened = std::move(found.opened);
+    } else {
         opened = openSound(m_request);
+    }
     if (opened.source)
         hear(*opened.source);
     else
@@ -149,9 +153,48 @@ void SoundJob::hear(SampleSource& source)
     }
     if (const auto code = codeOfDecoder(m_request.decoder))
         m_request.teleprinter.known.codes = {*code};
+    hearTeleprinter(source);
+}
+
+void SoundJob::hearTeleprinter(SampleSource& source)
+{
+    // What was set may be wrong. As long as nothing is heard with it, it is tried without.
+    struct Receivers
+    {
+        teleprinter::Receiver receiver;
+        const bool& isHeard;
+        std::unique_ptr<LineFinder> finder;
+
+        void push(const float* samples, std::size_t count)
+        {
+            receiver.push(samples, count);
+            if (finder && !isHeard && !finder->line())
+                finder->push(samples, count);
+        }
+        void finish()
+        {
+            receiver.finish();
+            if (finder && !isHeard)
+                finder->finish();
+        }
+    };
+    const teleprinter::Known& known = m_request.teleprinter.known;
+    const bool isSet = known.baud || known.shift_Hz || known.centre_Hz || known.reversed;
+    teleprinter::Settings without = m_request.teleprinter;
+    without.known = {};
     TextCollector collector(*this);
-    teleprinter::Receiver receiver(m_request.teleprinter, collector);
-    hearWith(receiver, source);
+    Receivers receivers = {{m_request.teleprinter, collector},
+                           collector.isHeard(),
+                           isSet ? std::make_unique<LineFinder>(without) : nullptr};
+    hearWith(receivers, source);
+    if (!isSet || collector.isHeard() || m_isStopped || isInterrupted())
+        return;
+    const auto& line = receivers.finder->line();
+    const std::lock_guard<std::mutex> lock(m_bell.mutex);
+    m_closingRemark =
+        line
+            ? QStringLiteral("nothing was heard with these settings; there is: ") + described(*line)
+            : QStringLiteral("nothing was heard with these settings, nor without them");
 }
 
 template <typename Receiver>

@@ -67,6 +67,8 @@ public:
     bool isDone() const;
     /// Done, and all is delivered.
     bool isOver() const;
+    /// Over: what a user who set a speed, tones or polarity should know of them; empty for nothing.
+    const QString& closingRemark() const { return m_closingRemark; }
     /// Over: what ended the sound before its end; empty when nothing did.
     const QString& error() const { return m_error; }
     /// From 0 to 1; none for a pipe.
@@ -80,6 +82,7 @@ private:
 
     void run();
     void hear(SampleSource& source);
+    void hearTeleprinter(SampleSource& source);
     template <typename Receiver>
     void hearWith(Receiver& receiver, SampleSource& source);
     void publish(const SoundFacts& facts);
@@ -96,6 +99,7 @@ private:
     std::deque<Event> m_events;
     bool m_isDone = false;
     QString m_error;
+    QString m_closingRemark;
     std::thread m_thread; ///< last: it uses all of the above
 };
 

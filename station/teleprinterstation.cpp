@@ -15,6 +15,15 @@ namespace {
 // So many transmissions may begin in one second.
 constexpr int MAX_NAMES = 1000;
 
+// As the names of Morse files have it.
+QString frequencyText(double frequency_Hz)
+{
+    constexpr double FROM_MHz = 1e6;
+    return frequency_Hz > FROM_MHz
+               ? QString::number(frequency_Hz / 1e6, 'f', 3) + QStringLiteral("MHz")
+               : QString::number(frequency_Hz / 1e3, 'f', 3) + QStringLiteral("KHz");
+}
+
 // A name that no other station has used, and the number of its attempt.
 bool openNew(QFile& file, const QString& path)
 {
@@ -98,6 +107,7 @@ void TeleprinterStation::transmissionStopped(const teleprinter::Line& line, std:
     m_transmission.baudRate = line.kind.baud;
     m_transmission.shift_Hz = std::round(line.shift_Hz());
     m_transmission.isReversed = line.isReversed();
+    m_transmission.snr_dB = line.snr_dB;
     m_textFile.close();
     m_rawFile.close();
     m_lost += m_isFailing ? 1 : 0;
@@ -110,9 +120,12 @@ void TeleprinterStation::openFiles()
     decoder.replace(QRegularExpression(QStringLiteral("[^A-Za-z0-9-]")), QStringLiteral("_"));
     const QString begin = QDateTime::fromMSecsSinceEpoch(m_transmission.start_us / 1000, Qt::UTC)
                               .toString(QStringLiteral("yyyy_MM_dd__hh_mm_ss"));
+    const QString frequency = m_settings.frequency_Hz
+                                  ? QStringLiteral("__") + frequencyText(*m_settings.frequency_Hz)
+                                  : QString();
     const QDir folder(m_settings.saveDirectory);
     for (int attempt = 1; attempt <= MAX_NAMES; ++attempt) {
-        QString name = begin + QLatin1Char('_') + decoder;
+        QString name = begin + QLatin1Char('_') + decoder + frequency;
         if (attempt > 1)
             name += QLatin1Char('_') + QString::number(attempt);
         const QString raw = folder.filePath(name + QLatin1String(".raw"));

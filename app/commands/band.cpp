@@ -8,6 +8,7 @@
 #include "app/options/alphabetoptions.h"
 #include "app/options/bandoptions.h"
 #include "app/options/tableoptions.h"
+#include "app/options/teleprinteroptions.h"
 #include "app/receptionarchive.h"
 #include "signal/band/bandreceiver.h"
 #include "station/archive/archive.h"
@@ -77,6 +78,7 @@ BandOptions readOptions(Arguments& arguments)
         options.settings.leastSnr_dB = *least_dB;
     if (const auto most = arguments.wholeNumber("most", 1, MOST_SIGNALS))
         options.settings.mostSignals = static_cast<std::size_t>(*most);
+    options.settings.unshift = readUnshift(arguments);
     if (const auto jobs = arguments.wholeNumber("jobs", 1, 256))
         options.settings.threads = static_cast<unsigned>(*jobs);
 
@@ -164,6 +166,8 @@ RecordingKeys keysOf(const BandOptions& options, const QString& start)
     // Without a map the key is that of archives that were filled before there were maps.
     if (options.map.name != BandMap().name)
         parameters += options.map.name;
+    if (options.settings.unshift != demodulator::BandSettings().unshift)
+        parameters += QStringLiteral("unshift %1").arg(int(options.settings.unshift));
     return recordingKeys(input.request.name, parameters);
 }
 
@@ -274,6 +278,7 @@ Command bandCommand()
          "the map behind the decoder of a teleprinter that it is for (default: \"Default\", none)"},
         mapsOption(),
         decoderModulesOption(),
+        unshiftOption(),
         {"start", "TIME",
          "time of the first sample: ISO 8601, or 'now', by the clock (default: 'now' for standard "
          "input, 1970-01-01 00:00 UTC for a file)"},

@@ -131,10 +131,10 @@ private:
         const SoundFacts& facts = *job.facts();
         if (!facts.error.isEmpty())
             return complainOf(name, facts.error);
-        if (!facts.remark.isEmpty()) {
-            m_progress.makeRoom(false);
-            complain(name, facts.remark);
-        }
+        if (!facts.remark.isEmpty())
+            remark(name, facts.remark);
+        if (facts.decoder == QLatin1String(MORSE_DECODER) && m_choice.hasMap())
+            remark(name, QStringLiteral("--map is for teleprinters"));
         const std::optional<unsigned long long> start_us =
             startTime(m_options, sound, facts.recorded_us, facts.arrived_us);
         if (!start_us)
@@ -154,6 +154,8 @@ private:
         m_reception.end(!isHeard                ? SourceEnd::Interrupted
                         : job.error().isEmpty() ? SourceEnd::Whole
                                                 : SourceEnd::Damaged);
+        if (job.isOver() && !job.closingRemark().isEmpty())
+            remark(name, job.closingRemark());
         if (job.isOver() && !job.error().isEmpty())
             complainOf(name, job.error());
         return !m_reception.isPointless() && !isInterrupted();
@@ -167,10 +169,15 @@ private:
         return false;
     }
 
-    bool complainOf(const QString& name, const QString& reason)
+    void remark(const QString& name, const QString& text)
     {
         m_progress.makeRoom(false);
-        complain(name, reason);
+        complain(name, text);
+    }
+
+    bool complainOf(const QString& name, const QString& reason)
+    {
+        remark(name, reason);
         m_status = EXIT_BAD_INPUT;
         return true;
     }

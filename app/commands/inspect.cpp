@@ -101,14 +101,16 @@ int run(Arguments& arguments)
         return EXIT_BAD_INPUT;
 
     SoundRequest sound = sounds.front();
+    OpenedSource opened;
     if (choice.decoder == QLatin1String(DECODER_AS_FOUND)) {
-        const FoundDecoder found = findDecoder(sound, isInterrupted);
-        complain(sound.name, found.error.isEmpty() ? found.remark : found.error);
-        if (!found.error.isEmpty())
-            return EXIT_BAD_INPUT;
+        FoundDecoder found = findDecoder(sound, isInterrupted);
+        if (!found.remark.isEmpty())
+            complain(sound.name, found.remark);
         sound.decoder = found.decoder;
+        opened = std::move(found.opened);
+    } else {
+        opened = openSound(sound);
     }
-    const OpenedSource opened = openSound(sound);
     if (!opened.source) {
         complain(sound.name, opened.error);
         return EXIT_BAD_INPUT;

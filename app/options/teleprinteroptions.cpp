@@ -19,11 +19,12 @@ namespace morsehost {
 namespace {
 
 constexpr char DECODER[] = "decoder";
+constexpr char UNSHIFT[] = "unshift-on-space";
 const QLatin1String NO_MAP("Default");
 
 QString decoderAsked(const Arguments& arguments)
 {
-    return arguments.isSet(DECODER) ? arguments.text(DECODER)
+    return arguments.isSet(DECODER) ? decoderSpelled(arguments.text(DECODER))
                                     : QString(QLatin1String(MORSE_DECODER));
 }
 
@@ -55,27 +56,60 @@ teleprinter::Settings readReceiver(Arguments& arguments)
     settings.known.shift_Hz = arguments.number("shift", LEAST_SHIFT_Hz, MOST_SHIFT_Hz);
     if (arguments.isSet("reverse"))
         settings.known.reversed = true;
-    const QString unshift = arguments.text("unshift-on-space");
-    if (unshift == QLatin1String("yes"))
-        settings.unshift = Unshift::OnBlank;
-    else if (unshift == QLatin1String("no"))
-        settings.unshift = Unshift::Never;
-    else if (!unshift.isEmpty())
-        arguments.fail(
-            QStringLiteral("--unshift-on-space takes 'yes' or 'no', not '%1'").arg(unshift));
+    settings.unshift = readUnshift(arguments);
     return settings;
 }
 
+// Of a decoder that is known, what its signals never are.
+void refuseWhatIsNoneOf(const TeleprinterDecoder& decoder, const teleprinter::Known& known,
+                        Arguments& arguments)
+{
+    const auto baud = [](double rate) { return QString::number(rate); };
+    const QString own =
+        decoder.lowestBaud < decoder.highestBaud
+            ? baud(decoder.lowestBaud) + QLatin1String(" to ") + baud(decoder.highestBaud)
+            : baud(decoder.lowestBaud);
+    if (known.baud && (*known.baud < decoder.lowestBaud || *known.baud > decoder.highestBaud))
+        arguments.fail(QStringLiteral("--baud of %1 is %2").arg(QLatin1String(decoder.name), own));
+    if (arguments.isSet(UNSHIFT) && !decoder.hasShifts)
+        arguments.fail(QStringLiteral("%1 has no shifts for --unshift-on-space")
+                           .arg(QLatin1String(decoder.name)));
+}
+
 } // namespace
+
+OptionRow unshiftOption()
+{
+    return {UNSHIFT, "yes|no",
+            "Baudot, Sitor-B: a blank brings back the letters (default: as the text shows)"};
+}
+
+teleprinter::Unshift readUnshift(Arguments& arguments)
+{
+    using teleprinter::Unshift;
+    const QString unshift = arguments.text(UNSHIFT);
+    if (unshift == QLatin1String("yes"))
+        return Unshift::OnBlank;
+    if (unshift == QLatin1String("no"))
+        return Unshift::Never;
+    if (arguments.isSet(UNSHIFT))
+        arguments.fail(
+            QStringLiteral("--unshift-on-space takes 'yes' or 'no', not '%1'").arg(unshift));
+    return Unshift::WhereSenderDoes;
+}
+
+bool TeleprinterChoice::hasMap() const
+{
+    return !map.isEmpty() && map != NO_MAP;
+}
 
 std::vector<OptionRow> teleprinterOptionRows()
 {
     using namespace teleprinter;
     return {
         {DECODER, "NAME",
-         "Morse, Baudot, \"ASCII RTTY\", Sitor-B, or auto: what is found in the recording "
-         "(default: "
-         "Morse)"},
+         "Morse, Baudot, \"ASCII RTTY\", Sitor-B, or auto: the first of them that is found; of "
+         "standard input in its first 30 s (default: Morse)"},
         {"map", "NAME", "teleprinters: the map behind the decoder (default: \"Default\", none)"},
         mapsOption(),
         decoderModulesOption(),
@@ -86,9 +120,7 @@ std::vector<OptionRow> teleprinterOptionRows()
          "teleprinters: between the tones, " + range(LEAST_SHIFT_Hz, MOST_SHIFT_Hz) +
              " (default: any)"},
         {"reverse", nullptr, "teleprinters: mark is the lower tone (default: either)"},
-        {"unshift-on-space", "yes|no",
-         "Baudot, Sitor-B: a blank brings back the letters (default: where the sender repeats the "
-         "figure shift after blanks)"},
+        unshiftOption(),
     };
 }
 
@@ -120,6 +152,8 @@ TeleprinterChoice readTeleprinterOptions(Arguments& arguments,
         return choice;
     }
     const teleprinter::Settings receiver = readReceiver(arguments);
+    if (const TeleprinterDecoder* const decoder = teleprinterDecoder(choice.decoder))
+        refuseWhatIsNoneOf(*decoder, receiver.known, arguments);
     for (SoundRequest& sound : sounds) {
         sound.decoder = choice.decoder;
         sound.teleprinter = receiver;

@@ -18,7 +18,13 @@ struct TeleprinterChoice
     QString decoder; ///< Morse, a teleprinter's, or DECODER_AS_FOUND
     QString mapsDirectory;
     QString map;
+
+    bool hasMap() const; ///< one was asked for
 };
+
+/// Whether a blank brings back the letters: --unshift-on-space
+OptionRow unshiftOption();
+teleprinter::Unshift readUnshift(Arguments& arguments);
 
 /// --decoder, --map, --maps, --decoders, --baud, --shift, --reverse, --unshift-on-space
 std::vector<OptionRow> teleprinterOptionRows();

@@ -6,6 +6,7 @@
 #include "signal/band/stepbank.h"
 #include "signal/morse/symbolsink.h"
 #include "signal/teleprinter/line.h"
+#include "signal/teleprinter/textreader.h"
 
 #include <complex>
 #include <cstddef>
@@ -53,7 +54,8 @@ struct BandSettings
     double leastSnr_dB = -30.0;     ///< weaker ones, in 500 Hz, are left alone
     std::size_t mostSignals = 2000; ///< at once; the strongest, at least 1
     unsigned threads = 0;           ///< 0: one for each processor
-    BandParameters parameters;      ///< for tuning
+    teleprinter::Unshift unshift = teleprinter::Unshift::WhereSenderDoes;
+    BandParameters parameters; ///< for tuning
 };
 
 /// What goes on at one moment, for a display.

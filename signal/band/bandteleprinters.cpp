@@ -139,7 +139,8 @@ void BandTeleprinters::notice(double tone_Hz, std::int64_t end_step, std::int64_
     m_tried.push_back({pair->upper_Hz, until});
     const Strength strength = strengthOf(*pair, end_step, oldest_step);
     Teleprinter one;
-    one.listener = std::make_unique<TeleprinterListener>(m_bank, *pair, oldest_step);
+    one.listener =
+        std::make_unique<TeleprinterListener>(m_bank, *pair, m_settings.unshift, oldest_step);
     one.level = strength.level;
     one.snr_dB = strength.snr_dB;
     one.noticed = end_step;

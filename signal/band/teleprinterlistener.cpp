@@ -28,12 +28,13 @@ double besideOf(const ShiftedPair& pair)
 } // namespace
 
 TeleprinterListener::TeleprinterListener(const StepBank& bank, const ShiftedPair& pair,
-                                         std::int64_t begin_step)
+                                         teleprinter::Unshift unshift, std::int64_t begin_step)
     : m_sound(bank, pair.lower_Hz - besideOf(pair), pair.upper_Hz + besideOf(pair), begin_step)
     , m_lower_Hz(pair.lower_Hz)
     , m_upper_Hz(pair.upper_Hz)
 {
     teleprinter::Settings settings;
+    settings.unshift = unshift;
     settings.sampleRate_Hz = m_sound.rate_Hz();
     const teleprinter::SpectrumParameters& spectrum = settings.parameters.spectrum;
     settings.known.mostBaud = (besideOf(pair) - spectrum.noiseReach_Hz) / spectrum.noiseDistance;

@@ -27,7 +27,8 @@ class TeleprinterListener : private teleprinter::TextSink
 {
 public:
     /// From a step on that the bank still has.
-    TeleprinterListener(const StepBank& bank, const ShiftedPair& pair, std::int64_t begin_step);
+    TeleprinterListener(const StepBank& bank, const ShiftedPair& pair, teleprinter::Unshift unshift,
+                        std::int64_t begin_step);
     ~TeleprinterListener() override;
     TeleprinterListener(const TeleprinterListener&) = delete;
     TeleprinterListener& operator=(const TeleprinterListener&) = delete;

@@ -36,6 +36,9 @@ struct Line
     double mark_Hz = 0.0;
     double space_Hz = 0.0;
     double baud = 0.0; ///< as the sender's clock has it
+    /// Of one that is followed, over all its characters so far: power of the signal over that of
+    /// the noise in 500 Hz.
+    std::optional<double> snr_dB = {};
 
     double shift_Hz() const { return mark_Hz > space_Hz ? mark_Hz - space_Hz : space_Hz - mark_Hz; }
     double centre_Hz() const { return 0.5 * (mark_Hz + space_Hz); }

@@ -104,7 +104,7 @@ private:
         m_pauses.update();
         judge(frames, count, framing, decided);
         if (m_wasPresent) { // noise would lead tones and clock astray
-            follow(tones, seen);
+            follow(tones, seen, noise);
             ++m_spans;
         }
         m_decided = decided;
@@ -130,7 +130,7 @@ private:
                    m_formless_s > m_own.overAfter_s;
     }
 
-    void follow(const TonePair& tones, const std::vector<Decided>& seen)
+    void follow(const TonePair& tones, const std::vector<Decided>& seen, double noise)
     {
         if (seen.size() < 2)
             return;
@@ -138,6 +138,8 @@ private:
         tracking.add(tones, seen, m_bit);
         const double rate_Hz = m_input.rate_Hz;
         followTones(tracking, m_line, rate_Hz, m_bit);
+        m_strength.add(tracking, noise, rate_Hz, m_bit);
+        m_line.snr_dB = m_strength.snr_dB();
         m_bit = std::clamp(m_bit * (1.0 + m_own.lengthGain * tracking.lengthError()),
                            m_nominalBit * (1.0 - m_own.mostLengthError),
                            m_nominalBit * (1.0 + m_own.mostLengthError));
@@ -147,6 +149,7 @@ private:
     Input m_input;
     const StartStopParameters& m_own;
     Line m_line;
+    SignalStrength m_strength;
     double m_bit;
     double m_nominalBit;
     double m_decided;

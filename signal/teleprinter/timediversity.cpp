@@ -101,7 +101,7 @@ private:
         m_isOver = m_wasHeard && m_absent_s > m_own.overAfter_s;
         m_next = end;
         if (m_wasHeard) { // noise would lead tones and clock astray
-            follow(tones, seen);
+            follow(tones, seen, noise);
             ++m_spans;
         }
     }
@@ -163,7 +163,7 @@ private:
         return any;
     }
 
-    void follow(const TonePair& tones, const std::vector<Decided>& seen)
+    void follow(const TonePair& tones, const std::vector<Decided>& seen, double noise)
     {
         if (seen.size() < 2)
             return;
@@ -171,6 +171,8 @@ private:
         tracking.add(tones, seen, m_bit);
         const double rate_Hz = m_input.rate_Hz;
         followTones(tracking, m_line, rate_Hz, m_bit);
+        m_strength.add(tracking, noise, rate_Hz, m_bit);
+        m_line.snr_dB = m_strength.snr_dB();
         const double late = tracking.beginError(m_bit);
         m_next += m_own.beginGain * late;
         m_bit += m_own.lengthGain * late / (m_own.span_words * WORD_ELEMENTS);
@@ -180,6 +182,7 @@ private:
     Input m_input;
     const TimeDiversityParameters& m_own;
     Line m_line;
+    SignalStrength m_strength;
     double m_bit;
     double m_next; // where the next word begins
     int m_spans = 0;

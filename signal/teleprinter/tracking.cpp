@@ -49,6 +49,8 @@ void Tracking::add(const TonePair& tones, const std::vector<Decided>& characters
             before = whole;
             toneBefore = static_cast<int>(tone);
 
+            ++m_elements;
+            m_energy += std::norm(whole);
             m_lengths[1] += std::abs(whole);
             m_begins[1] += std::abs(whole);
             for (const int side : {-1, 1}) {
@@ -94,6 +96,27 @@ double Tracking::lengthError() const
 double Tracking::beginError(double bit) const
 {
     return topOf(m_begins) * BEGIN_STEP * bit;
+}
+
+void SignalStrength::add(const Tracking& tracking, double noise, double rate_Hz, double bit)
+{
+    if (noise <= 0.0)
+        return;
+    // A tone of power P gives P bit^2 / 2, the noise bit times its variance.
+    const double energy = tracking.energy() - tracking.elements() * noise * bit;
+    const double power = std::max(0.0, 2.0 * energy / (bit * bit));
+    constexpr double WIDTH_Hz = 500.0;
+    m_ratios += power / (noise * WIDTH_Hz / (0.5 * rate_Hz));
+    m_elements += tracking.elements();
+}
+
+std::optional<double> SignalStrength::snr_dB() const
+{
+    constexpr double LEAST = 1e-3;
+    constexpr double MOST = 1e9; // without any noise
+    if (m_elements <= 0.0)
+        return std::nullopt;
+    return 10.0 * std::log10(std::clamp(m_ratios / m_elements, LEAST, MOST));
 }
 
 void followTones(const Tracking& tracking, Line& line, double rate_Hz, double bit)

@@ -7,6 +7,7 @@
 #include "signal/teleprinter/tonepair.h"
 
 #include <complex>
+#include <optional>
 #include <vector>
 
 namespace teleprinter {
@@ -37,6 +38,9 @@ public:
     double fineToneError_Hz(std::size_t tone, double rate_Hz, double bit) const;
     /// Variance of that, as its scatter shows it.
     double fineVariance_Hz2(std::size_t tone, double rate_Hz, double bit) const;
+    /// Elements, and the sum of their energies: squares of what the filter of their tone gave.
+    double elements() const { return m_elements; }
+    double energy() const { return m_energy; }
     /// How much longer an element is than it was taken to be, as a share.
     double lengthError() const;
     /// How much later characters begin than they were taken to, in samples.
@@ -52,6 +56,22 @@ private:
     // characters a little earlier, as they are, a little later.
     double m_lengths[3] = {0.0, 0.0, 0.0};
     double m_begins[3] = {0.0, 0.0, 0.0};
+    double m_elements = 0.0;
+    double m_energy = 0.0;
+};
+
+/// How strong a signal is over its noise, over all that was added.
+class SignalStrength
+{
+public:
+    /// Elements of `bit` samples, and the variance of a sample of noise (Spectrum::noise).
+    void add(const Tracking& tracking, double noise, double rate_Hz, double bit);
+    /// In 500 Hz; none before the first element.
+    std::optional<double> snr_dB() const;
+
+private:
+    double m_ratios = 0.0;
+    double m_elements = 0.0;
 };
 
 /// Takes a share of the errors off the tones: as much as they are surer than what the tones may

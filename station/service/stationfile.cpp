@@ -276,7 +276,7 @@ ReceiverSettings readReceiver(SectionReader& section, const QString& name, const
         section.fail(QStringLiteral("a receiver's name has letters, digits, '-' and '_' only"));
     readSource(section, beside, receiver);
     if (section.has("decoder"))
-        receiver.decoder = section.text("decoder");
+        receiver.decoder = decoderSpelled(section.text("decoder"));
     receiver.isSaved = section.isOn("save", true);
     const unsigned use = useOf(receiver.decoder);
     receiver.samples = readSamples(section, use);

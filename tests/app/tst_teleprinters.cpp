@@ -99,6 +99,7 @@ private Q_SLOTS:
         QCOMPARE(transmissions[0]["baud_rate"].toDouble(), 100.0);
         QVERIFY(qAbs(transmissions[0]["shift_Hz"].toDouble() - 170.0) <= 3.0);
         QCOMPARE(transmissions[0]["reversed"].toBool(), false);
+        QVERIFY(transmissions[0]["snr_dB"].toDouble() > 0.0);
         QVERIFY(transmissions[0]["text"].toString().startsWith("ZCZC NA12\n"));
         QVERIFY(transmissions[0]["raw_text"].toString().startsWith("ZCZC NA12\r\n"));
         QVERIFY(transmissions[1]["text"].toString().endsWith("NNNN"));
@@ -112,7 +113,7 @@ private Q_SLOTS:
         QTest::newRow("ASCII") << RECORDINGS + "minimodem-ascii.flac" << QByteArray("ASCII RTTY");
         QTest::newRow("Sitor-B") << RECORDINGS + "navtex.flac" << QByteArray("Sitor-B");
         QTest::newRow("Morse") << QString(PROJECT_DATA_DIR "/samples/evening.flac")
-                               << QByteArray("decoded as Morse");
+                               << QByteArray("heard as Morse");
     }
     void autoSaysWhatItFound()
     {
@@ -122,6 +123,78 @@ private Q_SLOTS:
         QCOMPARE(ended.status, 0);
         QVERIFY2(ended.err.contains(said), ended.err.constData());
         QVERIFY(ended.out.size() > 30);
+    }
+
+    void autoReadsAPipeFromItsBegin_data()
+    {
+        QTest::addColumn<QString>("recording");
+        QTest::newRow("teleprinter") << RECORDINGS + "minimodem-ita2.flac";
+        QTest::newRow("Morse") << QString(PROJECT_DATA_DIR "/samples/evening.flac");
+    }
+    void autoReadsAPipeFromItsBegin()
+    {
+        QFETCH(QString, recording);
+        const Ended ofFile = run({"decode", "--decoder", "auto", recording});
+        const Ended ofPipe = run({"decode", "--decoder", "auto", "-"}, contentOf(recording));
+        QCOMPARE(ofPipe.status, 0);
+        QVERIFY(ofPipe.out.size() > 30);
+        QCOMPARE(ofPipe.out, ofFile.out);
+    }
+
+    void nameOfADecoderIsTakenInAnyLetterCase()
+    {
+        const QString recording = RECORDINGS + "minimodem-ascii.flac";
+        const Ended ended = run({"decode", "--decoder", "ascii rtty", recording});
+        QCOMPARE(ended.err, QByteArray());
+        QCOMPARE(ended.out, run({"decode", "--decoder", "ASCII RTTY", recording}).out);
+    }
+
+    void mapIsNoUseToMorse()
+    {
+        const Ended ended = run({"decode", "--decoder", "auto", "--map", "Russian",
+                                 PROJECT_DATA_DIR "/samples/evening.flac"});
+        QCOMPARE(ended.status, 0);
+        QVERIFY2(ended.err.contains("--map is for teleprinters"), ended.err.constData());
+    }
+
+    void wrongSettingsAreSaidWithWhatIsThere_data()
+    {
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<QByteArray>("said");
+        QTest::newRow("speed") << QStringList{"--baud", "75"} << QByteArray("Baudot, 45.45 Bd");
+        QTest::newRow("polarity") << QStringList{"--reverse"} << QByteArray("Baudot, 45.45 Bd");
+        QTest::newRow("right ones") << QStringList{"--baud", "45.45"} << QByteArray();
+    }
+    void wrongSettingsAreSaidWithWhatIsThere()
+    {
+        QFETCH(QStringList, options);
+        QFETCH(QByteArray, said);
+        const Ended ended = run(QStringList{"decode", "--decoder", "Baudot"} + options +
+                                QStringList{RECORDINGS + "minimodem-ita2.flac"});
+        QCOMPARE(ended.status, 0);
+        QCOMPARE(ended.out.isEmpty(), !said.isEmpty());
+        QCOMPARE(ended.err.isEmpty(), said.isEmpty());
+        QVERIFY2(ended.err.contains(said), ended.err.constData());
+    }
+
+    void wrongSettingsWhereNothingSendsAreSaidAsSuch()
+    {
+        const Ended ended = run({"decode", "--decoder", "Baudot", "--baud", "50",
+                                 PROJECT_DATA_DIR "/samples/evening.flac"});
+        QCOMPARE(ended.status, 0);
+        QVERIFY2(ended.err.contains("nor without them"), ended.err.constData());
+    }
+
+    void frequencyIsPartOfTheNamesOfFiles()
+    {
+        QTemporaryDir folder;
+        QCOMPARE(run({"decode", "--decoder", "Baudot", "--frequency", "14087000", "--save",
+                      folder.path(), RECORDINGS + "minimodem-ita2.flac"})
+                     .status,
+                 0);
+        const QDir saved(folder.path());
+        QCOMPARE(saved.entryList({"*_Baudot__14.087MHz.txt"}, QDir::Files).size(), 1);
+        QCOMPARE(saved.entryList({"*_Baudot__14.087MHz.raw"}, QDir::Files).size(), 1);
     }
 
     void pipeIsReadToo()
@@ -145,7 +218,7 @@ private Q_SLOTS:
         const Ended one = decoded("1");
         QCOMPARE(one.status, 0);
         int at = -1;
-        for (const char* said : {"Sitor-B", "ASCII RTTY", "Baudot", "decoded as Morse"}) {
+        for (const char* said : {"Sitor-B", "ASCII RTTY", "Baudot", "heard as Morse"}) {
             const int next = one.err.indexOf(said);
             QVERIFY2(next > at, one.err.constData());
             at = next;
@@ -208,6 +281,15 @@ private Q_SLOTS:
             << QByteArray("no map 'Russian'");
         QTest::newRow("odd speed") << QStringList{"--decoder", "Baudot", "--baud", "9"}
                                    << QByteArray("--baud takes a number from 40 to 300");
+        QTest::newRow("speed of another decoder")
+            << QStringList{"--decoder", "Baudot", "--baud", "300"}
+            << QByteArray("--baud of Baudot is 40 to 150");
+        QTest::newRow("speed that it never has")
+            << QStringList{"--decoder", "Sitor-B", "--baud", "50"}
+            << QByteArray("--baud of Sitor-B is 100");
+        QTest::newRow("shifts of a code without them")
+            << QStringList{"--decoder", "ASCII RTTY", "--unshift-on-space", "yes"}
+            << QByteArray("ASCII RTTY has no shifts");
         QTest::newRow("odd shift") << QStringList{"--decoder", "Baudot", "--shift", "5"}
                                    << QByteArray("--shift takes a number from 70 to 1100");
         QTest::newRow("tone outside the band")
