@@ -16,7 +16,7 @@ namespace morsehost {
 /// In place of a decoder's name: what is found in the recording.
 constexpr char DECODER_AS_FOUND[] = "auto";
 
-/// As it is told to a user.
+/// As it is a user reads it.
 QString described(const teleprinter::Line& line);
 
 /// The first line that is found in a sound.

@@ -71,7 +71,7 @@ public:
         if (!m_isOpen)
             return textOf(word);
         m_waiting += static_cast<char>(word);
-        const double letters = m_group + ownHabit();
+        const double letters = m_group + oddsNow();
         if (std::fabs(letters) < SURE && m_waiting.size() < MOST_WAITING)
             return std::string();
         return settle();
@@ -96,13 +96,13 @@ private:
     static constexpr double MISSED = 3.0;   // where a letter shift may have been
     static constexpr double REPEATED = 2.0; // for a figure shift that was not needed otherwise
     static constexpr double SURE = 4.0;
-    static constexpr double MOST_HABIT = 8.0;
+    static constexpr double MOST_ODDS = 8.0;
     static constexpr double MOST_LEARNT = 4.0; // from one group
     static constexpr double MISSED_WEIGHT = 0.25;
     static constexpr std::size_t MOST_WAITING = 8; // characters
 
-    double ownHabit() const { return m_habit + (m_isDoubtful ? MISSED : 0.0); }
-    void learn(double odds) { m_habit = std::clamp(m_habit + odds, -MOST_HABIT, MOST_HABIT); }
+    double oddsNow() const { return m_unshifts + (m_isDoubtful ? MISSED : 0.0); }
+    void learn(double odds) { m_unshifts = std::clamp(m_unshifts + odds, -MOST_ODDS, MOST_ODDS); }
 
     std::string textOf(unsigned word) const
     {
@@ -127,8 +127,8 @@ private:
         if (m_unshift == Unshift::OnBlank) {
             m_figures = false;
         } else if (m_unshift == Unshift::WhereSenderDoes && m_sentFigures) {
-            m_isOpen = std::fabs(ownHabit()) < SURE;
-            m_figures = ownHabit() < SURE;
+            m_isOpen = std::fabs(oddsNow()) < SURE;
+            m_figures = oddsNow() < SURE;
         }
     }
 
@@ -138,7 +138,7 @@ private:
         if (!m_isOpen || m_waiting.empty())
             return std::string();
         m_isOpen = false;
-        m_figures = m_group + ownHabit() <= 0.0;
+        m_figures = m_group + oddsNow() <= 0.0;
         std::string text;
         for (const char word : m_waiting)
             text += textOf(static_cast<unsigned char>(word));
@@ -148,13 +148,13 @@ private:
 
     Unshift m_unshift;
     bool m_figures = false;
-    bool m_sentFigures = false;  // the last shift that was read
-    bool m_isDoubtful = false;   // whether there was no other shift since the last that was read
-    bool m_isAfterBlank = false; // the last word
-    bool m_isGroup = false;      // what follows a blank without a shift, after figures
-    bool m_isOpen = false;       // it is not known yet what the group is
-    double m_group = 0.0;        // odds that its words are letters
-    double m_habit = AT_FIRST;   // of the sender
+    bool m_sentFigures = false;   // the last shift that was read
+    bool m_isDoubtful = false;    // whether there was no other shift since the last that was read
+    bool m_isAfterBlank = false;  // the last word
+    bool m_isGroup = false;       // what follows a blank without a shift, after figures
+    bool m_isOpen = false;        // it is not known yet what the group is
+    double m_group = 0.0;         // odds that its words are letters
+    double m_unshifts = AT_FIRST; // of the sender
     std::string m_waiting;
 };
 

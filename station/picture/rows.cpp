@@ -13,7 +13,6 @@ constexpr double FLAGS = 12.0;       // base line of "start" and "end"
 constexpr double AXIS_LABELS = 14.0; // below the axis
 constexpr double TONE_STEP_Hz = 50.0;
 constexpr double HIGHEST_SHARE = 0.48; // of the sample rate
-constexpr double LEAST_ROW = 0.05;     // the last, of the others
 
 } // namespace
 
@@ -48,9 +47,7 @@ Rows::Rows(const Sound& sound, const Stretch& stretch, const RowShape& shape, do
     m_row_us = 1e6 * shape.longest_s;
     if (duration_us > 0)
         m_row_us = std::min(m_row_us, duration_us);
-    // What little would be left for a last row goes into the others.
-    m_rows = std::max(1, static_cast<int>(std::ceil(duration_us / m_row_us - LEAST_ROW)));
-    m_row_us = std::ceil(std::max(m_row_us, duration_us / m_rows));
+    m_rows = std::max(1, static_cast<int>(std::ceil(duration_us / m_row_us - 1e-9)));
     std::vector<float> all;
     for (int row = 0; row < m_rows; ++row) {
         m_spectra.push_back(spectrogram(sound, shown(timeOfRow(row)), m_lowest_Hz, m_highest_Hz));

@@ -38,6 +38,7 @@ constexpr RowShape shape(double longest_s)
 // So that the characters of a row do not touch.
 constexpr double LONGEST_ROW_s = 10.0;
 constexpr double ELEMENTS_IN_A_ROW = 1000.0;
+constexpr double LEAST_ROW = 0.05; // the last, of the others
 constexpr double AROUND_TONES_Hz = 300.0;
 constexpr double HEADROOM = 1.1; // strength over the strongest
 
@@ -113,6 +114,10 @@ Extent extentOf(const SeenTeleprinter& seen)
     extent.lowest_Hz -= AROUND_TONES_Hz;
     extent.highest_Hz += AROUND_TONES_Hz;
     extent.row_s = std::min(LONGEST_ROW_s, ELEMENTS_IN_A_ROW * shortest_us * 1e-6);
+    // What little would be left for a last row goes into the others.
+    const double stretch_s = static_cast<double>(seen.stretch.to_us - seen.stretch.from_us) * 1e-6;
+    const double rows = std::ceil(stretch_s / extent.row_s - LEAST_ROW);
+    extent.row_s = std::max(extent.row_s, stretch_s / std::max(1.0, rows));
     return extent;
 }
 
