@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+#include "signal/teleprinter/line.h"
+
+#include <QtTest>
+
+#include <algorithm>
+
+using namespace teleprinter;
+
+class tst_Line : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void polarityAndShiftFollowFromTheTones()
+    {
+        Line line;
+        line.mark_Hz = 1415.0;
+        line.space_Hz = 1585.0;
+        QVERIFY(line.isReversed());
+        QCOMPARE(line.shift_Hz(), 170.0);
+        QCOMPARE(line.centre_Hz(), 1500.0);
+        std::swap(line.mark_Hz, line.space_Hz);
+        QVERIFY(!line.isReversed());
+        QCOMPARE(line.shift_Hz(), 170.0);
+    }
+
+    void lineOfOtherSpeedLengthOrPolarityIsAnother()
+    {
+        const Line line = {{Code::Ascii, 110.0, 7}, 1585.0, 1415.0, 110.0};
+        QVERIFY(isSameLine(line, line));
+        Line other = line;
+        other.mark_Hz += 5.0;
+        QVERIFY(isSameLine(line, other));
+        std::swap(other.mark_Hz, other.space_Hz);
+        QVERIFY(!isSameLine(line, other));
+        other = line;
+        other.kind.dataBits = 8;
+        QVERIFY(!isSameLine(line, other));
+        other = line;
+        other.kind.baud = 150.0;
+        QVERIFY(!isSameLine(line, other));
+    }
+
+    void allIsTriedWhereNothingIsKnown() { QCOMPARE(kindsToTry({}).size(), lineKinds().size()); }
+
+    void onlyWhatIsKnownIsTried()
+    {
+        Known known;
+        known.codes = {Code::Ita2};
+        for (const LineKind& kind : kindsToTry(known))
+            QCOMPARE(kind.code, Code::Ita2);
+        known.mostBaud = 50.0;
+        for (const LineKind& kind : kindsToTry(known))
+            QVERIFY(kind.baud <= 50.0);
+    }
+
+    void speedOfNoRowIsTriedOnceForEachLength()
+    {
+        Known known;
+        known.baud = 56.9;
+        const auto kinds = kindsToTry(known);
+        for (const LineKind& kind : kinds) {
+            QCOMPARE(kind.baud, 56.9);
+            QVERIFY(kind.code != Code::Ccir476);
+        }
+        QCOMPARE(kinds.size(), std::size_t(3)); // of five, seven and eight elements
+    }
+};
+
+QTEST_APPLESS_MAIN(tst_Line)
+#include "tst_line.moc"
