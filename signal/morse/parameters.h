@@ -14,8 +14,8 @@ namespace demodulator {
 /// Where a keyed tone may be (tonefinder.h).
 struct FinderParameters
 {
-    double lowest_Hz = 60.0;         ///< below are a filter's edge and hum (row: hum)
-    double noiseNearest_Hz = 40.0;   ///< a tone itself ends here, noise is beyond (row: hardkeying)
+    double lowest_Hz = 60.0;         ///< below are a filter's edge and hum (row: none)
+    double noiseNearest_Hz = 40.0;   ///< a tone itself ends here, noise is beyond (row: none)
     double noiseFarthest_Hz = 200.0; ///< narrow receiver filters end here (row: filter-snr3)
     double beside_Hz = 140.0;        ///< still within narrower ones (row: filter-snr3)
     // How much more the power of a keyed tone varies than noise does: that of noise alone varies as
@@ -64,7 +64,7 @@ struct ToneParameters
     double gain = 0.5;              ///< share of a correction that is made at once
     double largestPull_Hz = 1.0;    ///< per review
     // The tone of a very strong signal is no more certain than at this ratio: sidebands of keying
-    // (row: hardkeying). Levels are doubted sooner, see LikelihoodParameters.
+    // (row: none). Levels are doubted sooner, see LikelihoodParameters.
     double largestRatio = 100.0;
     // Marks so far off are somebody else's (rows: stations, neighbour). How often a mark turned is
     // counted where half a turn is so many deviations of what noise does (rows: stations, snr0).
@@ -167,7 +167,7 @@ struct TimingParameters
     double knownTolerance = SET_SPEED_TOLERANCE;
 
     // Longer gaps are silence: this is where tables end, by time and by the mean of a word gap; and
-    // longer marks are a carrier (rows: farnsworth, stations, hum).
+    // longer marks are a carrier (row: farnsworth).
     double longestGap_s = 2.6;
     double longestGap_wordGaps = 1.8;
     double longestMark_units = 6.0;
@@ -177,10 +177,9 @@ struct TimingParameters
     double shortestGap_units = 0.25;
     double shortestGap_steps = 2.0;
     // Deviation of a length from the grid of steps, in steps: edges fall between them. The judge
-    // allows for more (rows: wpm45, fast-snr3).
+    // allows for more (row: none).
     double resolution_steps = 0.7;
-    // Probability that is left for marks and gaps beyond the end of a table (rows: farnsworth,
-    // stations).
+    // Probability that is left for marks and gaps beyond the end of a table (row: none).
     double beyondTable = 0.02;
 
     // Before anything is learnt: mean and deviation, and share of all marks or gaps. The shares are
@@ -206,8 +205,7 @@ struct TimingParameters
     double farthest_deviations = 3.0;
     // What is learnt stays within these: nobody keys more evenly than 6 % of a unit, as far as
     // steps can show; weights beyond half a unit and dashes beyond these are another speed. The
-    // judge's bounds of a dash are those of one mark, these of their mean (rows: heavy, longdash,
-    // bug, jumps).
+    // judge's bounds of a dash are those of one mark, these of their mean (row: none).
     double leastDeviation_units = 0.06;
     double leastDashDeviation_units = 0.1;
     double leastUnit = 0.7;
@@ -238,7 +236,7 @@ struct TimingParameters
     double threshold_units = 0.05;
 
     // Tables of speeds farther than this from the one heard (difference of logarithms) are renewed
-    // in one of so many updates: they are least likely to be used (row: jumps, and speed).
+    // in one of so many updates: they are least likely to be used (row: none; speed).
     double nearSpeed = 0.25;
     unsigned updatesOfAll = 16;
 };
@@ -258,8 +256,8 @@ struct TrellisParameters
     // any number of them (rows: speedup, jumps, stations).
     double nextSpeed = -3.0;
     double secondSpeed = -6.0;
-    // Change of the logarithm of speed that makes other elements of the same lengths (row: wpm45,
-    // and delay).
+    // Change of the logarithm of speed that makes other elements of the same lengths (row: none;
+    // delay).
     double otherSpeed = 0.45;
 
     // A steady tone, looked at in blocks: that a mark becomes one, of a length in units from which
@@ -289,7 +287,7 @@ struct DecisionParameters
     // Log likelihood of keying over noise that makes a signal a signal: noise reaches it once in
     // e^25 tries, with some hundred tries a second (rows: noise).
     double confirmingGain = 25.0;
-    int leastMarks = 2;    ///< one may be a click (row: clicks)
+    int leastMarks = 2;    ///< one may be a click (row: none)
     double steady_s = 4.0; ///< a tone without keying is remembered (row: hum)
     // Change of the logarithm of speed that a hand does not make: somebody else keys (row:
     // stations).
@@ -333,14 +331,14 @@ struct JudgeParameters
 /// Which tone is followed (demodulator.h).
 struct AttentionParameters
 {
-    double search_s = 3.0;        ///< span in which a tone is looked for (rows: snr-6, stations)
-    double searchEvery_s = 0.256; ///< (row: stations, and speed)
-    double heardAgain_s = 6.0;    ///< of what came before a signal was noticed (rows: snr-3, wpm5)
-    double beforeFirst_s = 0.3;   ///< heard before its first mark, when heard again (row: stations)
-    double afterLast_s = 0.05;    ///< not heard again after a transmission (row: stations)
-    double candidateLife_s = 6.0; ///< one that is not confirmed by then is dropped (row: snr-6)
-    double louderCandidate = 2.0; ///< power by which another one takes its place (row: crowd)
-    double sameTone_Hz = 25.0;    ///< so near, it is the same candidate (rows: stations, chirp)
+    double search_s = 3.0;        ///< span in which a tone is looked for (row: snr-6)
+    double searchEvery_s = 0.256; ///< (row: none; speed)
+    double heardAgain_s = 6.0;    ///< of what came before a signal was noticed (row: wpm5)
+    double beforeFirst_s = 0.3;   ///< heard before its first mark, when heard again (row: none)
+    double afterLast_s = 0.05;    ///< not heard again after a transmission (row: none)
+    double candidateLife_s = 6.0; ///< one that is not confirmed by then is dropped (row: none)
+    double louderCandidate = 2.0; ///< power by which another one takes its place (row: none)
+    double sameTone_Hz = 25.0;    ///< so near, it is the same candidate (row: none)
     // A signal is emitted once its speed is sure: dots and dashes have been heard, and any speed at
     // which they would be others is so much less probable (as a logarithm). Not in the first
     // seconds of the input, when a stronger signal may just be pausing (rows: all, crowd, and
@@ -351,12 +349,12 @@ struct AttentionParameters
     // Almost anything looks like very quick keying for a moment: more marks of it (row: wpm45).
     double quickUnit_s = 0.0255;
     int quick_marks = 30;
-    // Shorter units with two tones in turn are a teleprinter's bits (rows: rtty10, fsk).
+    // Shorter units with two tones in turn are a teleprinter's bits (row: rtty10).
     double teleprinterUnit_s = 0.030;
     // Least span in which tones are seen to take turns: in a shorter one noise does by chance
     // (rows: quick-snr3, phase44-3).
     double compared_s = 1.5;
-    // Where that is not to be had, so much has to be heard (rows: bug, beginner).
+    // Where that is not to be had, so much has to be heard (row: none; delay).
     double heardFirst_s = 2.0;
     int heardFirst_marks = 8;
     double heardFirstAtMost_s = 4.5;

@@ -3,7 +3,7 @@
 # The comments of signal/*/parameters.h name the rows of the benches that show when a value is wrong.
 # Prints the rows that no bench has, where each is the beginning of a text in its source, and the values
 # that no comment names a row for: neither their own, nor the one above them, nor that of their struct.
-# "(row: none; reason)" says that there is none.
+# "(row: none)" says that other values were tried and no row showed it.
 import re
 import sys
 
