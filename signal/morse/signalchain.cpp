@@ -33,13 +33,11 @@ SignalChain::SignalChain(const SignalGuess& guess, double step_s, std::int64_t b
     , m_classifier(sink, observer)
     , m_decider(m_timing, m_classifier, parameters.decision, step_s, begin_step)
     , m_observer(observer)
-    , m_tone_Hz(guess.tone_Hz)
+    , m_tone(guess.tone_Hz, step_s, MarkLikelihood::KEPT_STEPS)
     , m_spread(guess.spread)
     , m_step_s(step_s)
     , m_origin(begin_step)
     , m_judge(parameters.judge)
-    , m_tones(MarkLikelihood::KEPT_STEPS)
-    , m_cycles(MarkLikelihood::KEPT_STEPS)
 {
     setLevel(guess.signal, guess.noise);
 }
@@ -47,11 +45,6 @@ SignalChain::SignalChain(const SignalGuess& guess, double step_s, std::int64_t b
 std::int64_t SignalChain::steps(double duration_s) const
 {
     return std::llround(duration_s / m_step_s);
-}
-
-std::size_t SignalChain::slot(std::int64_t step) const
-{
-    return static_cast<std::size_t>(step % MarkLikelihood::KEPT_STEPS);
 }
 
 void SignalChain::setLevel(double signal, double noise)
@@ -79,7 +72,7 @@ bool SignalChain::steady() const
 SignalGuess SignalChain::heard() const
 {
     const Level& level = m_likelihood.level();
-    return {m_tone_Hz, level.signal, level.noise, m_spread};
+    return {m_tone.tone_Hz(), level.signal, level.noise, m_spread};
 }
 
 void SignalChain::push(const Step& step)
@@ -87,17 +80,10 @@ void SignalChain::push(const Step& step)
     if (m_state == State::Ended)
         return;
     const std::int64_t now = m_likelihood.end();
-    m_tones[slot(now)] = static_cast<float>(m_tone_Hz);
-    m_cycles[slot(now)] = m_nextCycles;
-    m_nextCycles += m_tone_Hz * m_step_s;
-    std::complex<double> value = step.value;
-    if (m_mixedAside_cycles != 0.0)
-        value *= std::polar(1.0, TWO_PI * m_mixedAside_cycles);
-    m_mixedAside_cycles =
-        std::remainder(m_mixedAside_cycles + (step.tone_Hz - m_tone_Hz) * m_step_s, 1.0);
+    const std::complex<double> value = m_tone.turn(step);
     if (m_observer) {
         const double middle_us = 1e6 * m_step_s * static_cast<double>(m_origin + now);
-        m_observer->step({std::llround(middle_us), m_tone_Hz, value, m_likelihood.level()});
+        m_observer->step({std::llround(middle_us), m_tone.tone_Hz(), value, m_likelihood.level()});
     }
     // Noise that has fallen since is weighed as what it was.
     const double noise = m_likelihood.level().noise;
@@ -143,7 +129,7 @@ void SignalChain::review(bool last)
     const Level& level = m_likelihood.level();
     const std::int64_t until = last ? now : now - steps(delay_s(level));
     m_decider.emitUntil(path, isForeign, now, until,
-                        {m_tone_Hz, IN_500_Hz * level.signal / level.noise});
+                        {m_tone.tone_Hz(), IN_500_Hz * level.signal / level.noise});
     if (m_classifier.lastMarkEnd_us() > 0 && !m_classifier.active())
         m_state = State::Ended;
 }
@@ -152,7 +138,7 @@ void SignalChain::review(bool last)
 double SignalChain::delay_s(const Level& level) const
 {
     const DecisionParameters& decision = m_parameters.decision;
-    if (m_margin < decision.sureMargin)
+    if (m_found.margin < decision.sureMargin)
         return decision.delay_s;
     const double dot = level.signal * level.dot_steps / std::max(level.noise, 1e-30);
     const double least =
@@ -164,25 +150,25 @@ double SignalChain::delay_s(const Level& level) const
 // What the path says of the signal as a whole.
 void SignalChain::look(const Path& path, const std::vector<bool>& isForeign)
 {
-    m_marks = 0;
-    m_margin = path.margin;
+    m_found.marks = 0;
+    m_found.margin = path.margin;
     bool isCarrier = false;
     for (std::size_t i = 0; i < path.segments.size(); ++i) {
         const Segment& segment = path.segments[i];
         if (!isMark(segment.kind) || isForeign[i])
             continue;
         isCarrier = isCarrier || segment.kind == Kind::Carrier;
-        m_lastMark = m_origin + segment.end_step;
+        m_found.lastMark = m_origin + segment.end_step;
         m_unit_steps = segment.unit_steps;
         if (i + 1 == path.segments.size())
             continue;
-        if (m_state == State::Listening && m_marks == 0)
-            m_firstMark = m_origin + segment.begin_step;
-        ++m_marks;
+        if (m_state == State::Listening && m_found.marks == 0)
+            m_found.firstMark = m_origin + segment.begin_step;
+        ++m_found.marks;
     }
     if (m_state == State::Listening && path.complete && !isCarrier &&
         path.gain > m_parameters.decision.confirmingGain &&
-        m_marks >= m_parameters.decision.leastMarks)
+        m_found.marks >= m_parameters.decision.leastMarks)
         m_state = State::Confirmed;
     if (isCarrier)
         m_carrierUntil = m_likelihood.end();
@@ -213,8 +199,8 @@ void SignalChain::judge(const Path& path, const std::vector<bool>& isForeign)
             m_judged = judged;
         }
     }
-    m_verdict = all.verdict();
-    m_judgedMarks = all.marks();
+    m_found.verdict = all.verdict();
+    m_found.judgedMarks = all.marks();
 }
 
 // The marks of the path that have ended and are recent enough to matter.
@@ -242,9 +228,9 @@ std::vector<HeardMark> SignalChain::heardMarks(const Path& path,
         mark.turn = m_likelihood.advance(begin, end, lag);
         mark.lag_s = static_cast<double>(lag) * m_step_s;
         mark.wholeTurns = wholeTurns(begin, end, mark);
-        mark.tone_Hz = static_cast<double>(m_tones[slot(at)]);
+        mark.tone_Hz = m_tone.toneAt(at);
         mark.cycles =
-            m_cycles[slot(at)] + (middle - static_cast<double>(at)) * m_step_s * mark.tone_Hz;
+            m_tone.cyclesAt(at) + (middle - static_cast<double>(at)) * m_step_s * mark.tone_Hz;
         mark.offset_Hz = offset_Hz(begin, end);
         if (end - begin >= SHORTEST_HALVED_STEPS) {
             // The level followed is too low for a tone that is not steady: the mark's own power.
@@ -270,7 +256,7 @@ void SignalChain::follow(std::vector<HeardMark> marks)
                  level.noise);
     }
     const Level& level = m_likelihood.level();
-    m_tone_Hz = trackTone(marks, m_tone_Hz, level.signal, level.noise, m_parameters.tone);
+    m_tone.set(trackTone(marks, m_tone.tone_Hz(), level.signal, level.noise, m_parameters.tone));
 
     const double dot = level.signal * level.dot_steps / level.noise;
     PhaseEstimate estimate;
@@ -279,15 +265,15 @@ void SignalChain::follow(std::vector<HeardMark> marks)
         marks.erase(std::remove_if(marks.begin(), marks.end(),
                                    [](const HeardMark& mark) { return mark.isForeign; }),
                     marks.end());
-        estimate = trackPhase(marks, m_tone_Hz, level.noise, m_parameters.phase);
+        estimate = trackPhase(marks, m_tone.tone_Hz(), level.noise, m_parameters.phase);
     }
     if (!(estimate.concentration > 0.0)) {
         m_likelihood.forgetPhase();
         return;
     }
-    if (std::fabs(estimate.frequency_Hz - m_tone_Hz) < m_parameters.tone.largestPull_Hz)
-        m_tone_Hz = estimate.frequency_Hz;
-    m_likelihood.setPhase(TWO_PI * std::remainder(estimate.cycles - m_nextCycles, 1.0),
+    if (std::fabs(estimate.frequency_Hz - m_tone.tone_Hz()) < m_parameters.tone.largestPull_Hz)
+        m_tone.set(estimate.frequency_Hz);
+    m_likelihood.setPhase(TWO_PI * std::remainder(estimate.cycles - m_tone.nextCycles(), 1.0),
                           estimate.concentration);
 }
 

@@ -6,6 +6,7 @@
 #include "signal/morse/burstmeter.h"
 #include "signal/morse/classifier.h"
 #include "signal/morse/decider.h"
+#include "signal/morse/expectedtone.h"
 #include "signal/morse/heardmark.h"
 #include "signal/morse/marklikelihood.h"
 #include "signal/morse/morsejudge.h"
@@ -47,7 +48,7 @@ public:
                 const Parameters& parameters = {});
 
     /// Where the next step is expected.
-    double tone_Hz() const { return m_tone_Hz; }
+    double tone_Hz() const { return m_tone.tone_Hz(); }
     /// The step after the last one pushed.
     std::int64_t end_step() const { return m_origin + m_likelihood.end(); }
     /// Variance that noise near the tone gives one step, from now on.
@@ -62,16 +63,16 @@ public:
     /// Far more probable keying than noise, and no steady tone.
     bool confirmed() const { return m_state != State::Listening; }
     /// Whether what was heard of late is Morse.
-    MorseJudge::Verdict verdict() const { return m_verdict; }
+    MorseJudge::Verdict verdict() const { return m_found.verdict; }
     /// Marks that the verdict rests on; older ones count less.
-    double judgedMarks() const { return m_judgedMarks; }
+    double judgedMarks() const { return m_found.judgedMarks; }
     /// Marks of the path found so far; once confirmed, those of the last seconds.
-    std::int64_t marks() const { return m_marks; }
+    std::int64_t marks() const { return m_found.marks; }
     /// Log likelihood of its speed over all others.
-    double margin() const { return m_margin; }
+    double margin() const { return m_found.margin; }
     /// First and last mark of the path found so far.
-    std::int64_t firstMark_step() const { return m_firstMark; }
-    std::int64_t lastMark_step() const { return m_lastMark; }
+    std::int64_t firstMark_step() const { return m_found.firstMark; }
+    std::int64_t lastMark_step() const { return m_found.lastMark; }
     /// End of the last mark that was emitted.
     std::int64_t lastEmitted_step() const { return m_origin + m_decider.emitted_step(); }
     /// Length of a dot at the end of the path.
@@ -96,8 +97,18 @@ private:
         Ended,     ///< silent for so long that the transmission is over
     };
 
+    /// What the path found last says of the signal as a whole.
+    struct PathFound
+    {
+        std::int64_t firstMark = 0; ///< where it begins
+        std::int64_t lastMark = 0;  ///< where it ends
+        std::int64_t marks = 0;
+        double margin = 0.0;
+        MorseJudge::Verdict verdict = MorseJudge::Verdict::Unsure;
+        double judgedMarks = 0.0;
+    };
+
     std::int64_t steps(double duration_s) const;
-    std::size_t slot(std::int64_t step) const;
     void setLevel(double signal, double noise);
     void review(bool last);
     double delay_s(const Level& level) const;
@@ -121,29 +132,18 @@ private:
     Decider m_decider;
     Observer* m_observer;
 
-    double m_tone_Hz;
+    ExpectedTone m_tone;
     ToneSpread m_spread;
     double m_step_s;
     std::int64_t m_origin; // step of the sound that is step 0 of the likelihood
     State m_state = State::Listening;
     bool m_released = false;
-    // Of the path found last.
-    std::int64_t m_firstMark = 0;
-    std::int64_t m_lastMark = 0;
-    std::int64_t m_marks = 0;
-    double m_margin = 0.0;
-    MorseJudge::Verdict m_verdict = MorseJudge::Verdict::Unsure;
-    double m_judgedMarks = 0.0;
+    PathFound m_found;
     // Of marks that a later path does not reach back to.
     MorseJudge m_judge;
     std::int64_t m_judged = 0;  // end of the last of them
     double m_unit_steps = 15.0; // that of 20 words a minute until there is one
     std::int64_t m_carrierUntil = 0;
-    // Rings, by step: the tone expected, and its phase.
-    std::vector<float> m_tones;
-    std::vector<double> m_cycles;
-    double m_nextCycles = 0.0;
-    double m_mixedAside_cycles = 0.0; // by which the mixer's phase is ahead of what was expected
 };
 
 } // namespace demodulator
