@@ -11,6 +11,7 @@
 #include <QDateTime>
 #include <QSocketNotifier>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
@@ -67,6 +68,21 @@ bool readChecked(const QString& path, StationConfiguration& configuration)
     return complainOf(faults, path);
 }
 
+// What runs already has shown whether its decoder takes it.
+StationConfiguration withoutUnchanged(StationConfiguration configuration,
+                                      const StationConfiguration& running)
+{
+    std::vector<ReceiverSettings>& all = configuration.receivers;
+    all.erase(std::remove_if(all.begin(), all.end(),
+                             [&running](const ReceiverSettings& one) {
+                                 return std::find(running.receivers.begin(),
+                                                  running.receivers.end(),
+                                                  one) != running.receivers.end();
+                             }),
+              all.end());
+    return configuration;
+}
+
 int run(Arguments& arguments)
 {
     const QString path = arguments.operands().constFirst();
@@ -101,10 +117,16 @@ int run(Arguments& arguments)
             }
             sd_notify(0, "RELOADING=1");
             StationConfiguration changed;
-            if (!readChecked(path, changed) || !service.configure(changed, error))
-                report(QStringLiteral("%1: not taken over %2").arg(path, error));
-            else
+            error.clear();
+            if (readChecked(path, changed) &&
+                complainOf(decoderFaults(withoutUnchanged(changed, configuration), program),
+                           path) &&
+                service.configure(changed, error)) {
+                configuration = changed;
                 report(QStringLiteral("%1: taken over").arg(path));
+            } else {
+                report(QStringLiteral("%1: not taken over %2").arg(path, error));
+            }
             sd_notify(0, "READY=1");
         }
     });

@@ -10,6 +10,8 @@ namespace morsehost {
 
 namespace {
 
+constexpr qint64 HOUR_ms = qint64{3600} * 1000;
+
 qint64 bytesBelow(const QString& folder)
 {
     qint64 bytes = 0;
@@ -30,6 +32,15 @@ qint64 beginOfKeptDays_us(const QString& today, int keepDays)
                .startOfDay(Qt::UTC)
                .toMSecsSinceEpoch() *
            1000;
+}
+
+bool SteadyClock::isSteady(qint64 wall_ms, qint64 monotonic_ms)
+{
+    const qint64 difference_ms = wall_ms - monotonic_ms;
+    if (qAbs(difference_ms - m_difference_ms.value_or(difference_ms)) > HOUR_ms)
+        m_steadyFrom_ms = monotonic_ms + 24 * HOUR_ms;
+    m_difference_ms = difference_ms;
+    return !m_steadyFrom_ms || monotonic_ms >= *m_steadyFrom_ms;
 }
 
 QStringList removeOldDays(const QString& folder, int keepDays, qint64 keepBytes,

@@ -2,12 +2,12 @@
 #include "station/service/service.h"
 
 #include "station/archive/archive.h"
-#include "station/service/retention.h"
 
 #include <QDateTime>
 #include <QDir>
 
 #include <algorithm>
+#include <chrono>
 #include <set>
 #include <utility>
 
@@ -54,34 +54,26 @@ StationService::~StationService()
 
 bool StationService::configure(const StationConfiguration& configuration, QString& error)
 {
-    const bool isArchiveNew = !m_archive || configuration.folder != m_configuration.folder ||
-                              configuration.archive != m_configuration.archive;
-    if (isArchiveNew) {
+    const bool isFolderNew = configuration.folder != m_configuration.folder;
+    if (!m_archive || isFolderNew || configuration.archive != m_configuration.archive) {
         if (!QDir().mkpath(configuration.folder)) {
             error = QStringLiteral("%1: the folder cannot be made").arg(configuration.folder);
             return false;
         }
-        // Two writers never share a spool.
-        m_archive.reset();
-        m_archive = std::make_unique<ArchiveWriter>(
-            ArchiveWriter::Settings{configuration.archive,
-                                    QDir(configuration.folder).filePath(QStringLiteral("unsent"))},
-            [this](const QString& problem) {
-                // From the writer's thread.
-                QMetaObject::invokeMethod(this, [this, problem] {
-                    Q_EMIT reported(problem.isEmpty()
-                                        ? QStringLiteral("archive: works again")
-                                        : QStringLiteral("archive: %1; transmissions are kept and "
-                                                         "sent later")
-                                              .arg(problem));
-                });
-            });
-        if (!m_archive->error().isEmpty()) {
-            error = QStringLiteral("%1: %2").arg(configuration.folder, m_archive->error());
+        // Two writers never share a spool; the old one works until another folder is known to.
+        const bool hadWriter = m_archive != nullptr;
+        if (!isFolderNew)
+            m_archive.reset();
+        std::unique_ptr<ArchiveWriter> writer = writerFor(configuration);
+        if (!writer->error().isEmpty()) {
+            error = QStringLiteral("%1: %2").arg(configuration.folder, writer->error());
+            writer.reset();
+            if (hadWriter && !m_archive)
+                m_archive = writerFor(m_configuration);
             return false;
         }
+        m_archive = std::move(writer);
     }
-    const bool isFolderNew = configuration.folder != m_configuration.folder;
     const StationConfiguration before = std::exchange(m_configuration, configuration);
     configurePublishers(before);
 
@@ -114,6 +106,23 @@ bool StationService::configure(const StationConfiguration& configuration, QStrin
     m_daily.start(LOOK_ms);
     m_tick.start(TICK_ms);
     return true;
+}
+
+std::unique_ptr<ArchiveWriter> StationService::writerFor(const StationConfiguration& configuration)
+{
+    return std::make_unique<ArchiveWriter>(
+        ArchiveWriter::Settings{configuration.archive,
+                                QDir(configuration.folder).filePath(QStringLiteral("unsent"))},
+        [this](const QString& problem) {
+            // From the writer's thread.
+            QMetaObject::invokeMethod(this, [this, problem] {
+                Q_EMIT reported(problem.isEmpty()
+                                    ? QStringLiteral("archive: works again")
+                                    : QStringLiteral("archive: %1; transmissions are kept and "
+                                                     "sent later")
+                                          .arg(problem));
+            });
+        });
 }
 
 void StationService::addReceiver(const ReceiverSettings& settings)
@@ -320,13 +329,18 @@ void StationService::changeDay()
 void StationService::keepWithinLimits()
 {
     const QString files = QDir(m_configuration.folder).filePath(QStringLiteral("files"));
-    const QStringList removed = removeOldDays(files, m_configuration.keepDays,
+    const bool isClockSteady =
+        m_clock.isSteady(QDateTime::currentMSecsSinceEpoch(),
+                         std::chrono::duration_cast<std::chrono::milliseconds>(
+                             std::chrono::steady_clock::now().time_since_epoch())
+                             .count());
+    const QStringList removed = removeOldDays(files, isClockSteady ? m_configuration.keepDays : 0,
                                               qint64(m_configuration.keepGigabytes * 1e9), today());
     for (const QString& day : removed)
         Q_EMIT reported(QStringLiteral("files of %1 removed").arg(day));
     ArchiveLimits limits;
     limits.station = m_configuration.name;
-    if (m_configuration.archiveDays > 0)
+    if (isClockSteady && m_configuration.archiveDays > 0)
         limits.before_us = beginOfKeptDays_us(today(), m_configuration.archiveDays);
     limits.mostBytes = qint64(m_configuration.archiveGigabytes * 1e9);
     if (limits.isAny())

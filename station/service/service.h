@@ -7,6 +7,7 @@
 #include "station/page/pagepublisher.h"
 #include "station/service/receiver.h"
 #include "station/service/recordingtap.h"
+#include "station/service/retention.h"
 #include "station/service/spectrumtap.h"
 #include "station/service/stationfile.h"
 
@@ -53,6 +54,7 @@ private:
     void take(const Receiver& receiver, const QJsonObject& object);
     void configurePublishers(const StationConfiguration& before);
     void notifyPublishers();
+    std::unique_ptr<ArchiveWriter> writerFor(const StationConfiguration& configuration);
     void addReceiver(const ReceiverSettings& settings);
     void letGo(std::unique_ptr<Receiver> receiver);
     void startWaiting();
@@ -75,6 +77,7 @@ private:
     std::unique_ptr<PagePublisher> m_page;
     std::unique_ptr<MqttPublisher> m_mqtt;
     std::vector<Publisher*> m_publishers; ///< those that there are
+    SteadyClock m_clock;
     QTimer m_daily;
     QTimer m_tick;
     std::deque<ArchiveRecord> m_unkept; ///< that the disk has not taken, the oldest first

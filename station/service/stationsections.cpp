@@ -15,6 +15,21 @@ bool isList(const QVariant& value)
     return value.type() == QVariant::StringList;
 }
 
+// A ';' outside of quotes ends a value.
+bool isCutOff(const QString& value)
+{
+    bool isQuoted = false;
+    for (int i = 0; i < value.size(); ++i) {
+        if (value[i] == QLatin1Char('\\'))
+            ++i;
+        else if (value[i] == QLatin1Char('"'))
+            isQuoted = !isQuoted;
+        else if (value[i] == QLatin1Char(';') && !isQuoted)
+            return true;
+    }
+    return false;
+}
+
 std::optional<double> numberOf(const KeyRow& row, const QString& text)
 {
     bool ok = false;
@@ -105,7 +120,16 @@ Lines::Lines(const QByteArray& content)
             m_faults.push_back({number, QStringLiteral("neither a section nor KEY=VALUE")});
             continue;
         }
-        note(section, line.section(QLatin1Char('='), 0, 0).trimmed(), number);
+        const QString key = line.section(QLatin1Char('='), 0, 0).trimmed();
+        if (m_sections.isEmpty())
+            m_faults.push_back({number, QStringLiteral("'%1' stands before any section").arg(key)});
+        // QSettings takes it for a group.
+        if (key.contains(QLatin1Char('/')) || key.contains(QLatin1Char('\\')))
+            m_faults.push_back({number, QStringLiteral("no key '%1'").arg(key)});
+        if (isCutOff(line.section(QLatin1Char('='), 1)))
+            m_faults.push_back(
+                {number, QStringLiteral("%1 holds a ';': put the value between quotes").arg(key)});
+        note(section, key, number);
     }
 }
 

@@ -149,6 +149,15 @@ private Q_SLOTS:
         ::kill(static_cast<pid_t>(m_station.processId()), SIGHUP);
         QTRY_VERIFY_WITH_TIMEOUT(hasReported("not taken over"), HANGS_ms);
         QVERIFY(!m_log.contains("wrong: "));
+        // What a decoder does not take does not replace a receiver that works.
+        QFile::remove(config());
+        QByteArray refused = example();
+        refused.replace("repeat=", "alphabet=Klingon\nrepeat=");
+        QVERIFY(refused.contains("Klingon"));
+        writeFile(config(), refused);
+        ::kill(static_cast<pid_t>(m_station.processId()), SIGHUP);
+        QTRY_VERIFY_WITH_TIMEOUT(hasReported("not taken over", 2), HANGS_ms);
+        QVERIFY(m_log.contains("Klingon: no such alphabet"));
         QFile::remove(config());
         writeFile(config(), example() + "[receiver second]\ncommand=exec cat /dev/zero\n");
         ::kill(static_cast<pid_t>(m_station.processId()), SIGHUP);

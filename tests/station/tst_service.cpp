@@ -322,6 +322,33 @@ echo '{"event":"transmission","number":2,"text":"END '$1'"}'
         QTRY_VERIFY_WITH_TIMEOUT(service.pagePort() == made.page.port, testsupport::HANGS_ms);
     }
 
+    void whatIsRefusedChangesNothing()
+    {
+        StationService service(program(COUNTING_DECODER));
+        int received = 0;
+        connect(&service, &StationService::received, [&received] { ++received; });
+        QString error;
+        StationConfiguration good = configuration({commandReceiver("hf", "cat /dev/zero")});
+        good.folder = m_folder.filePath("first");
+        good.archive = good.folder + "/archive.db";
+        QVERIFY2(service.configure(good, error), qPrintable(error));
+        StationConfiguration bad = good;
+        bad.folder = m_folder.filePath("bad");
+        bad.archive = bad.folder + "/archive.db";
+        QVERIFY(QDir().mkpath(bad.folder));
+        QFile file(bad.folder + "/unsent");
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QVERIFY(!service.configure(bad, error));
+        QVERIFY(!error.isEmpty());
+        good.receivers.push_back(commandReceiver("other", "cat /dev/zero"));
+        QVERIFY2(service.configure(good, error), qPrintable(error));
+        QTRY_COMPARE_WITH_TIMEOUT(received, 2, testsupport::HANGS_ms);
+        service.stop();
+        const std::unique_ptr<Archive> archive = Archive::open(good.archive, error);
+        QVERIFY(archive);
+        QVERIFY(*archive->count() >= 2);
+    }
+
     void aFolderThatCannotBeMadeIsRefused()
     {
         StationService service(program(COUNTING_DECODER));

@@ -130,6 +130,30 @@ only=7000000-7040000
         QVERIFY(second.isSaved);
     }
 
+    void whatStandsBetweenQuotesIsNotCutOff()
+    {
+        QStringList faults;
+        const StationConfiguration configuration =
+            read("[station]\nfolder=kept\n[receiver a]\ncommand=\"sleep 1; echo \\\"a;b\\\"\"\n",
+                 faults);
+        QCOMPARE(faults, QStringList());
+        QCOMPARE(configuration.receivers[0].command, QString("sleep 1; echo \"a;b\""));
+    }
+
+    void aClockThatWasSetIsNotReliedOnForADay()
+    {
+        constexpr qint64 HOUR = 3600000;
+        SteadyClock clock;
+        QVERIFY(clock.isSteady(1000 * HOUR, 5 * HOUR));
+        QVERIFY(clock.isSteady(1001 * HOUR, 6 * HOUR));
+        QVERIFY(!clock.isSteady(3000 * HOUR, 6 * HOUR + 10));
+        QVERIFY(!clock.isSteady(3023 * HOUR, 29 * HOUR));
+        // Set right meanwhile: a step again.
+        QVERIFY(!clock.isSteady(1024 * HOUR, 29 * HOUR + 10));
+        QVERIFY(!clock.isSteady(1047 * HOUR, 52 * HOUR));
+        QVERIFY(clock.isSteady(1049 * HOUR, 54 * HOUR));
+    }
+
     void aNamedPipeIsReadLikeACommand()
     {
         QCOMPARE(mkfifo(QFile::encodeName(path("it's")).constData(), 0600), 0);
@@ -263,6 +287,13 @@ only=7000000-7040000
             << "4: archive_gigabytes is for an archive in a file; archive_days is for a server too";
         QTest::newRow("a section twice")
             << head + one + one << "5: 'receiver a' stands in line 3 already";
+        QTest::newRow("a key before any section")
+            << "keep_days=1\n" + head + one << "1: 'keep_days' stands before any section";
+        QTest::newRow("a key of a group") << head + one + "save/x=no\n"
+                                          << "5: no key 'save/x'";
+        QTest::newRow("a command that is cut off")
+            << head + "[receiver a]\ncommand=sleep 1; rtl_fm\n"
+            << "4: command holds a ';': put the value between quotes";
         QTest::newRow("rubbish") << head + one + "rubbish\n"
                                  << "5: neither a section nor KEY=VALUE";
         const auto page = [&](const char* name, const QByteArray& keys, const QString& fault) {
