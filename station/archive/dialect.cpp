@@ -3,6 +3,7 @@
 
 #include <QSqlDatabase>
 #include <QUrl>
+#include <QUrlQuery>
 
 namespace morsehost {
 
@@ -23,7 +24,16 @@ void setUpPostgresql(QSqlDatabase& database, const QString& url)
     database.setDatabaseName(parsed.path().mid(1));
     database.setUserName(parsed.userName(QUrl::FullyDecoded));
     database.setPassword(parsed.password(QUrl::FullyDecoded));
-    database.setConnectOptions(QStringLiteral("connect_timeout=10"));
+    // What the client library does not know, it refuses when the connection is opened.
+    QString options = QStringLiteral("connect_timeout=10");
+    const auto items = QUrlQuery(parsed).queryItems(QUrl::FullyDecoded);
+    for (const auto& [key, value] : items) {
+        QString text = value;
+        text.replace(QLatin1String("\\"), QLatin1String("\\\\"));
+        text.replace(QLatin1String("'"), QLatin1String("\\'"));
+        options += QStringLiteral(";%1='%2'").arg(key, text);
+    }
+    database.setConnectOptions(options);
 }
 
 QString sqliteMatch(const std::vector<WantedWord>& wanted)

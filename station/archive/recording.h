@@ -11,8 +11,8 @@ namespace morsehost {
 
 struct RecordingKeys
 {
-    /// The same for the same content decoded in the same way, whatever its file is called: from its
-    /// size, all of its bytes where they are few (16 MiB), else 64 pieces spread over them.
+    /// The same for the same content decoded in the same way, whatever its file is called: from all
+    /// of its bytes, which are read for it.
     QString content;
     /// The same for the same channel of the same file, whatever it holds by now, and however it is
     /// decoded: what is found again is known.

@@ -2,6 +2,7 @@
 // The archive: what goes in comes out, once, and is found. On a file of this machine, or in the
 // database that MORSEHANDLER_TEST_POSTGRESQL names.
 #include "station/archive/archive.h"
+#include "station/archive/dialect.h"
 #include "station/archive/recording.h"
 
 #include <QDir>
@@ -195,14 +196,15 @@ private Q_SLOTS:
         QVERIFY(keysOf("a.wav", "sound", {"Baudot"}).content != key);
         QVERIFY(keysOf("a.wav", "sound", {"Morse", ""}).content !=
                 keysOf("a.wav", "sound", {"", "Morse"}).content);
-        // Of long ones pieces count, the first and the last among them.
+        // Every byte of a long one counts.
         QByteArray large(20 << 20, 'x');
         const QString whole = keysOf("a.wav", large, {}).content;
-        large[large.size() - 1] = 'y';
-        QVERIFY(keysOf("a.wav", large, {}).content != whole);
-        large[large.size() - 1] = 'x';
-        large[0] = 'y';
-        QVERIFY(keysOf("a.wav", large, {}).content != whole);
+        for (const int at : {0, 200000, 11000001, large.size() - 1}) {
+            large[at] = 'y';
+            QVERIFY(keysOf("a.wav", large, {}).content != whole);
+            large[at] = 'x';
+        }
+        QCOMPARE(keysOf("a.wav", large, {}).content, whole);
         // Its place stays when it grows, and is not that of a file of the same name elsewhere.
         const QString place = keysOf("a.wav", "sound", {"Morse"}).place;
         QCOMPARE(keysOf("a.wav", "sounds", {"Morse"}).place, place);
@@ -214,6 +216,20 @@ private Q_SLOTS:
             QCOMPARE(morsehost::recordingKeys(none, {}).content, QString());
             QCOMPARE(morsehost::recordingKeys(none, {}).place, QString());
         }
+    }
+
+    void optionsOfAnUrlReachTheServersLibrary()
+    {
+        const QString name = QUuid::createUuid().toString();
+        {
+            QSqlDatabase database = QSqlDatabase::addDatabase("QPSQL", name);
+            const QString url = "postgresql://me@host/radio?sslmode=verify-full&sslrootcert=/a%27b";
+            morsehost::archiveDialect(url).setUp(database, url);
+            QCOMPARE(database.connectOptions(),
+                     QString("connect_timeout=10;sslmode='verify-full';sslrootcert='/a\\'b'"));
+            QCOMPARE(database.databaseName(), QString("radio"));
+        }
+        QSqlDatabase::removeDatabase(name);
     }
 
     void twoTransmissionsNeverHaveOneKey()
