@@ -11,10 +11,11 @@ Decodes all recordings of FOLDER (WAV, FLAC, Ogg, MP3) as a job array of Slurm, 
 of them once, however often it is tried: a task whose node dies is put back into the queue.
 
 Options:
-  --archive URL     postgresql://USER@HOST/DATABASE, or a file that all nodes reach
+  --archive URL     postgresql://USER@HOST/DATABASE; a file only where all nodes are this machine
   --partition NAME  where the tasks run (default: that of the cluster)
   --most N          tasks that run at once (default: as many as there is room for)
-  --state DIR       where list and logs are kept (default: morsehost-cluster in the current folder)
+  --state DIR       where list and logs are kept, a folder of no other submission (default: a new
+                    one in morsehost-cluster in the current folder)
   --wait            return when all is done, with status 0 when every recording was archived
   --help            show this help
 TEXT
@@ -28,7 +29,7 @@ fail() {
 archive=
 partition=
 most=
-state=$PWD/morsehost-cluster
+state=$PWD/morsehost-cluster/$(date -u +%Y%m%d_%H%M%SZ)-$$
 waits=
 while [ $# -gt 0 ]; do
     case $1 in
@@ -53,9 +54,21 @@ shift
 [[ -z $most || $most =~ ^[1-9][0-9]*$ ]] || fail "--most takes a number, not '$most'"
 case $archive in
 postgresql://*) ;;
-*) archive=$(realpath -m "${archive#sqlite:}") ;;
+*)
+    archive=$(realpath -m "${archive#sqlite:}")
+    place=$(dirname "$archive")
+    [ -d "$place" ] || fail "$place: no such folder"
+    # Writers in a file share memory, which those of several machines cannot.
+    case $(stat --file-system --format %T "$place") in
+    nfs* | cifs | smb* | afs | ceph | lustre | gpfs | fuse* | 9p | v9fs | ocfs2 | gfs*)
+        fail "$archive: several machines cannot write to a file; use postgresql://"
+        ;;
+    esac
+    echo "morsehost-cluster: an archive in a file is for one machine alone; for more use postgresql://" >&2
+    ;;
 esac
 
+[ ! -e "$state/task.sh" ] || fail "$state: belongs to another submission"
 mkdir -p "$state/logs"
 state=$(realpath "$state")
 # Names end in NUL: they may hold anything else.
