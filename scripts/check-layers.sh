@@ -68,7 +68,7 @@ if grep -nE '^#include <(Q[A-Za-z]*(File|Dir)[A-Za-z]*|QTextStream|fstream|files
     status=1
 fi
 # Sound to symbol codes goes without Qt.
-if grep -nE '^#include <Q' signal/*/*.{h,cpp}; then
+if grep -nE '^#include <Q' signal/*.{h,cpp} signal/*/*.{h,cpp}; then
     echo "signal knows no Qt"
     status=1
 fi

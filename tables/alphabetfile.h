@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Reads Morse alphabet files (".mal"): UTF-8 lines of "text, tab, code" below "@ name value"
-// header lines. No API: used inside the library only.
+// header lines. For this project alone: not installed, and not exported by the library.
 #pragma once
 
 #include "tables/fault.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // A table from 8-bit decoder characters to display characters, and its use in both directions.
-// No API: used inside the library only.
+// For this project alone: not installed, and not exported by the library.
 #pragma once
 
 #include "tables/fault.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Reads codec files (".codec"): two lines of header, then lines of "character;0xNNNN".
-// No API: used inside the library only.
+// For this project alone: not installed, and not exported by the library.
 #pragma once
 
 #include "tables/charactertable.h"

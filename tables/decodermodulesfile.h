@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Reads and writes decoder modules files: the host's decoders, one a line, each with the base
 // character set of its output.
-// No API: used inside the library only.
+// For this project alone: not installed, and not exported by the library.
 #pragma once
 
 #include "tables/fault.h"
@@ -14,7 +14,7 @@
 
 namespace Quillon {
 
-/// One line of the file. Hosts get these by value: the order of the fields is binary interface.
+/// One line of the file. Its fields stand in the order of the columns, which a test holds.
 struct DecoderModule
 {
     qint32 id = 0;

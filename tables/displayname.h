@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The names under which codec and map files are offered: "Greek - ITA2".
-// No API: used inside the library only.
+// For this project alone: not installed, and not exported by the library.
 #pragma once
 
 #include "tables/basecharset.h"

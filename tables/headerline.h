@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The header lines that alphabet files and map files share: "@ name value anything".
-// No API: used inside the library only.
+// For this project alone: not installed, and not exported by the library.
 #pragma once
 
 #include "tables/tabletext.h"

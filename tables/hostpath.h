@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Paths as the host spells them, asked of a file system that may spell them otherwise.
-// No API: used inside the library only.
+// For this project alone: not installed, and not exported by the library.
 #pragma once
 
 #include <QDir>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Latin-1 texts that stand ready when the program is loaded, with every compiler.
-// No API: used inside the library only.
+// For this project alone: not installed, and not exported by the library.
 #pragma once
 
 #include <QLatin1String>

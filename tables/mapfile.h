@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Reads map files (".ita2.map", ".ascii.map"): "@ name value" header lines, then lines of
-// "key, tab, value". No API: used inside the library only.
+// "key, tab, value". For this project alone: not installed, and not exported by the library.
 #pragma once
 
 #include "tables/charactertable.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Opens the small files that an operator supplies, and nothing that merely bears such a name.
-// No API: used inside the library only.
+// For this project alone: not installed, and not exported by the library.
 #pragma once
 
 #include <QFile>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The formats of table files that are known by their names: one row each, from which files are
 // listed, found, read and checked.
-// No API: used inside the library only.
+// For this project alone: not installed, and not exported by the library.
 #pragma once
 
 #include "tables/basecharset.h"

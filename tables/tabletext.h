@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The lines of table files, and the numbers in them.
-// No API: used inside the library only.
+// For this project alone: not installed, and not exported by the library.
 #pragma once
 
 #include "tables/fault.h"

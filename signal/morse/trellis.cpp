@@ -45,10 +45,10 @@ Trellis::Trellis(const TimingModel& timing, const MarkLikelihood& likelihood,
 
 Trellis::Ends Trellis::endsFor(const TimingModel& timing)
 {
-    constexpr std::size_t LONGEST_STEPS = 44 * LANES; // groups of steps that are known to be alive
+    constexpr std::size_t ASKED_STEPS = 44 * LANES; // groups of steps that are known to be alive
     return {RecentRows<Score>(timing.speeds(), NEVER),
-            std::vector<std::int64_t>(timing.speeds(), -static_cast<std::int64_t>(LONGEST_STEPS)),
-            LiveRows(timing.speeds()), Recent<Score>(LONGEST_STEPS, NEVER), LiveSteps()};
+            std::vector<std::int64_t>(timing.speeds(), -static_cast<std::int64_t>(ASKED_STEPS)),
+            LiveRows(timing.speeds()), Recent<Score>(ASKED_STEPS, NEVER), LiveSteps()};
 }
 
 // Tables grow when wide gaps are learnt.
@@ -78,8 +78,8 @@ void Trellis::advance()
 
     Idle idle;
     Total best = 0;
-    // The best of the last step is a good guess at a reference; where it is none, the best relative
-    // to it is a better one.
+    // The best of the last step is mostly near enough to be the reference. Where it is not, the
+    // best that was found relative to it is tried.
     for (;;) {
         weighLengths(static_cast<std::uint32_t>(m_reference), m_weighed);
         idle = m_memory.idle();

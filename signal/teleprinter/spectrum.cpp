@@ -16,7 +16,7 @@ using demodulator::PI;
 namespace {
 
 // Bins of 8 Hz: narrower than a tone at any speed, and tones 70 Hz apart are two.
-constexpr double FRAME_s = 0.128;
+constexpr double SPECTRUM_s = 0.128;
 constexpr std::int64_t KEPT_FRAMES = 128; // 8 s: longer than the longest search
 // The strongest of each kind; more only take time, pair by pair.
 constexpr std::size_t MOST_PEAKS = 7;
@@ -36,7 +36,7 @@ double median(std::vector<double> values)
 
 std::size_t frameLength(double rate_Hz)
 {
-    const int wanted = static_cast<int>(std::lround(FRAME_s * rate_Hz));
+    const int wanted = static_cast<int>(std::lround(SPECTRUM_s * rate_Hz));
     return static_cast<std::size_t>(kiss_fftr_next_fast_size_real(wanted));
 }
 
