@@ -330,7 +330,7 @@ private:
     void noticeTeleprinter(double tone_Hz, double level)
     {
         if (m_teleprinters.mayBegin(tone_Hz, level))
-            m_teleprinters.notice(tone_Hz, m_end, oldestStep());
+            m_teleprinters.notice(tone_Hz, m_tones, m_end, oldestStep());
     }
 
     static bool isCandidate(const Signal& signal)

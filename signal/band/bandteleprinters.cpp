@@ -125,7 +125,8 @@ bool BandTeleprinters::isTried(double tone_Hz) const
     });
 }
 
-void BandTeleprinters::notice(double tone_Hz, std::int64_t end_step, std::int64_t oldest_step)
+void BandTeleprinters::notice(double tone_Hz, const std::vector<KeyedTone>& tones,
+                              std::int64_t end_step, std::int64_t oldest_step)
 {
     const auto pair = m_pairs.find(tone_Hz, end_step);
     if (!pair || !pair->isSure)
@@ -139,8 +140,8 @@ void BandTeleprinters::notice(double tone_Hz, std::int64_t end_step, std::int64_
     m_tried.push_back({pair->upper_Hz, until});
     const Strength strength = strengthOf(*pair, end_step, oldest_step);
     Teleprinter one;
-    one.listener =
-        std::make_unique<TeleprinterListener>(m_bank, *pair, m_settings.unshift, oldest_step);
+    one.listener = std::make_unique<TeleprinterListener>(m_bank, *pair, tones, m_settings.unshift,
+                                                         oldest_step);
     one.level = strength.level;
     one.snr_dB = strength.snr_dB;
     one.noticed = end_step;

@@ -43,8 +43,10 @@ public:
 
     /// Whether a tone may be the first sign of a teleprinter.
     bool mayBegin(double tone_Hz, double level) const;
-    /// Begins to listen where such a tone and another one take turns.
-    void notice(double tone_Hz, std::int64_t end_step, std::int64_t oldest_step);
+    /// Begins to listen where such a tone and another one take turns; `tones` are all that are
+    /// keyed.
+    void notice(double tone_Hz, const std::vector<KeyedTone>& tones, std::int64_t end_step,
+                std::int64_t oldest_step);
 
     /// Whether a tone is of a teleprinter that sends, or may do.
     bool isOwn(double tone_Hz, double level) const;

@@ -13,23 +13,44 @@ namespace demodulator {
 namespace {
 
 // So much beside the tones shows how strong the noise is, even that beside the fastest, and lets
-// the tones drift. It is less where they are so far apart that the sound would be too wide.
+// the tones drift. It is less where they are so far apart that the sound would be too wide, and
+// where somebody else sends, whose keying would be taken for noise: but no less than what the usual
+// speeds need.
 constexpr double MOST_BESIDE_Hz = 700.0;
+constexpr double LEAST_BESIDE_Hz = 400.0;
+
+// The fastest of the usual speeds, Sitor-B and ASCII of 110 Bd, are looked for in any case.
+constexpr double LEAST_MOST_BAUD = 110.0;
 
 // So far a pair's tones may be off before its line is known: half the spacing of the bank's
 // filters.
 constexpr double UNKNOWN_BY_Hz = 31.0;
 
-double besideOf(const ShiftedPair& pair)
+double besideOf(const StepBank& bank, const ShiftedPair& pair, const std::vector<KeyedTone>& tones)
 {
-    return std::min(MOST_BESIDE_Hz, 0.5 * (MOST_NARROW_Hz - (pair.upper_Hz - pair.lower_Hz)));
+    double beside_Hz = MOST_BESIDE_Hz;
+    for (const KeyedTone& tone : tones) {
+        const double away_Hz = std::max(pair.lower_Hz - tone.tone_Hz, tone.tone_Hz - pair.upper_Hz);
+        if (away_Hz > LEAST_BESIDE_Hz)
+            beside_Hz =
+                std::min(beside_Hz, std::max(LEAST_BESIDE_Hz, away_Hz - 2.0 * bank.spacing_Hz()));
+    }
+    return std::min(beside_Hz, 0.5 * (MOST_NARROW_Hz - (pair.upper_Hz - pair.lower_Hz)));
 }
 
 } // namespace
 
 TeleprinterListener::TeleprinterListener(const StepBank& bank, const ShiftedPair& pair,
+                                         const std::vector<KeyedTone>& tones,
                                          teleprinter::Unshift unshift, std::int64_t begin_step)
-    : m_sound(bank, pair.lower_Hz - besideOf(pair), pair.upper_Hz + besideOf(pair), begin_step)
+    : TeleprinterListener(bank, pair, besideOf(bank, pair, tones), unshift, begin_step)
+{
+}
+
+TeleprinterListener::TeleprinterListener(const StepBank& bank, const ShiftedPair& pair,
+                                         double beside_Hz, teleprinter::Unshift unshift,
+                                         std::int64_t begin_step)
+    : m_sound(bank, pair.lower_Hz - beside_Hz, pair.upper_Hz + beside_Hz, begin_step)
     , m_lower_Hz(pair.lower_Hz)
     , m_upper_Hz(pair.upper_Hz)
 {
@@ -37,7 +58,8 @@ TeleprinterListener::TeleprinterListener(const StepBank& bank, const ShiftedPair
     settings.unshift = unshift;
     settings.sampleRate_Hz = m_sound.rate_Hz();
     const teleprinter::SpectrumParameters& spectrum = settings.parameters.spectrum;
-    settings.known.mostBaud = (besideOf(pair) - spectrum.noiseReach_Hz) / spectrum.noiseDistance;
+    settings.known.mostBaud =
+        std::max(LEAST_MOST_BAUD, (beside_Hz - spectrum.noiseReach_Hz) / spectrum.noiseDistance);
     settings.known.centre_Hz = 0.5 * (m_lower_Hz + m_upper_Hz) - m_sound.base_Hz();
     m_receiver.emplace(settings, static_cast<teleprinter::TextSink&>(*this));
 }

@@ -26,8 +26,10 @@ struct TeleprinterEvent
 class TeleprinterListener : private teleprinter::TextSink
 {
 public:
-    /// From a step on that the bank still has.
-    TeleprinterListener(const StepBank& bank, const ShiftedPair& pair, teleprinter::Unshift unshift,
+    /// From a step on that the bank still has. Keyed `tones` that stand far enough from the pair
+    /// are kept out of what it hears.
+    TeleprinterListener(const StepBank& bank, const ShiftedPair& pair,
+                        const std::vector<KeyedTone>& tones, teleprinter::Unshift unshift,
                         std::int64_t begin_step);
     ~TeleprinterListener() override;
     TeleprinterListener(const TeleprinterListener&) = delete;
@@ -50,6 +52,8 @@ public:
     double leak(double tone_Hz) const;
 
 private:
+    TeleprinterListener(const StepBank& bank, const ShiftedPair& pair, double beside_Hz,
+                        teleprinter::Unshift unshift, std::int64_t begin_step);
     void transmissionStarted(const teleprinter::Line& line, std::int64_t time_us) override;
     void character(std::uint8_t character, std::int64_t time_us) override;
     void transmissionStopped(const teleprinter::Line& line, std::int64_t time_us) override;

@@ -31,7 +31,7 @@ Trellis::Trellis(const TimingModel& timing, const MarkLikelihood& likelihood,
     , m_references(m_marks.best.kept(), 0)
     , m_mark(timing.speeds())
     , m_gap(timing.speeds())
-    , m_gapScores(timing.speeds() + 2 * PathMemory::NEIGHBOURS, NEVER)
+    , m_gapScores(timing.speeds() + 2 * std::size_t{PathMemory::NEIGHBOURS}, NEVER)
     , m_begins(timing.speeds())
     , m_beginsFrom(timing.speeds())
     , m_memory(timing)
@@ -312,7 +312,8 @@ void Trellis::endGaps(int cut, const Idle& idle)
         m_gaps.liveRows.setNewest(speed);
         m_gaps.live.setNewest();
         if (isAfterMark) {
-            const Choice& gap = m_gap[static_cast<std::size_t>(static_cast<int>(speed) + from)];
+            const Choice& gap =
+                m_gap[static_cast<std::size_t>(static_cast<std::int64_t>(speed) + from)];
             m_memory.endGap(speed, PathMemory::ofGap(from, gap.length_steps));
         } else {
             m_memory.endGap(speed, resumed(speed) > silence + m_start[speed]

@@ -496,6 +496,21 @@ private Q_SLOTS:
         QVERIFY(sink.teleprinters.empty());
     }
 
+    void aWeakTeleprinterBesideAStrongSignalIsRead()
+    {
+        const std::string text = "NORTH SEA. WIND WEST 5, LATER 7. SEA 3 METRES, RAIN.\r\n"
+                                 "GERMAN BIGHT. WIND NORTH 4, LATER EAST 6, FOG PATCHES.";
+        Samples samples = noise(30.0);
+        add(samples, SentByTeleprinter{2.0, 1500.0, 170.0, 45.45, 7.0, text});
+        add(samples, Sent{1.0, 735.0, 23.0, 21.0, "CQ CQ DE OK2ABC OK2ABC K CQ CQ DE OK2ABC K"});
+        const Sink sink = receive(samples, complexBand());
+        QCOMPARE(sink.teleprinters.size(), std::size_t(1));
+        QCOMPARE(QString::fromStdString(sink.teleprinters.begin()->second.text),
+                 QString::fromStdString(text));
+        QCOMPARE(sink.textNear(735.0), QString("CQ CQ DE OK2ABC OK2ABC K CQ CQ DE OK2ABC K"));
+        QCOMPARE(sink.heard.size(), std::size_t(1));
+    }
+
     void aWeakSignalBesideAStrongTeleprinterIsRead()
     {
         Samples samples = noise(30.0);
