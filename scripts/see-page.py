@@ -37,7 +37,7 @@ def main():
     parser.add_argument("picture")
     parser.add_argument("text", nargs="+")
     words = parser.parse_args()
-    with tempfile.TemporaryDirectory() as profile:
+    with tempfile.TemporaryDirectory(ignore_cleanup_errors=True) as profile:
         if words.ca:
             trust(words.ca, profile)
         # What the browser says goes into a file, since nobody empties a pipe.
