@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <bitset>
 #include <cmath>
+#include <utility>
 
 namespace teleprinter {
 
@@ -13,9 +14,9 @@ namespace {
 
 // How much likelier a combination is in a word of letters than in a group of figures: a logarithm.
 // Letters are weighed as those of English, mixed with evenly drawn ones, since other languages and
-// callsigns are sent too; figures are mostly digits, and the rest of them is rare or has no use
-// outside one country.
-double letterOverFigure(unsigned word)
+// callsigns are sent too; figures are mostly digits, signs stand behind them, and the rest is rare
+// or has no use outside one country.
+double letterOverFigure(unsigned word, bool isFirst)
 {
     constexpr double PER_MILLE[26] = {75, 15, 28, 38, 85, 22, 20, 45, 65, 4,  12, 40, 25,
                                       65, 70, 22, 5,  60, 60, 85, 28, 10, 22, 5,  20, 5};
@@ -26,10 +27,12 @@ double letterOverFigure(unsigned word)
     if (letter < 'A' || letter > 'Z')
         return 0.0;
     const std::string common = ".,-/:";
+    constexpr double FIRST = 3.0; // of all signs but a minus, where no figure stands before them
     const std::string some = "()?+=";
     const auto sign = static_cast<char>(figure);
     const double ofFigures = figure >= '0' && figure <= '9'           ? 80.0
                              : sign == '-'                            ? 25.0
+                             : isFirst                                ? FIRST
                              : common.find(sign) != std::string::npos ? 20.0
                              : some.find(sign) != std::string::npos   ? 8.0
                              : sign == '\''                           ? 4.0
@@ -67,7 +70,7 @@ public:
         m_isDoubtful = m_isDoubtful || isDoubtful;
         m_isAfterBlank = false;
         if (m_isGroup)
-            m_group += letterOverFigure(word);
+            m_group += letterOverFigure(word, std::exchange(m_isFirst, false));
         if (!m_isOpen)
             return textOf(word);
         m_waiting += static_cast<char>(word);
@@ -92,9 +95,9 @@ public:
 
 private:
     // Logarithms of odds that a blank brings back the letters.
-    static constexpr double AT_FIRST = -1.0;
+    static constexpr double AT_FIRST = 0.5;
     static constexpr double MISSED = 3.0;   // where a letter shift may have been
-    static constexpr double REPEATED = 2.0; // for a figure shift that was not needed otherwise
+    static constexpr double REPEATED = 4.0; // for a figure shift that was not needed otherwise
     static constexpr double SURE = 4.0;
     static constexpr double MOST_ODDS = 8.0;
     static constexpr double MOST_LEARNT = 4.0; // from one group
@@ -122,7 +125,7 @@ private:
 
     void blank()
     {
-        m_isGroup = m_sentFigures;
+        m_isGroup = m_isFirst = m_sentFigures;
         m_isOpen = false;
         if (m_unshift == Unshift::OnBlank) {
             m_figures = false;
@@ -152,6 +155,7 @@ private:
     bool m_isDoubtful = false;    // whether there was no other shift since the last that was read
     bool m_isAfterBlank = false;  // the last word
     bool m_isGroup = false;       // what follows a blank without a shift, after figures
+    bool m_isFirst = false;       // its first word comes next
     bool m_isOpen = false;        // it is not known yet what the group is
     double m_group = 0.0;         // odds that its words are letters
     double m_unshifts = AT_FIRST; // of the sender

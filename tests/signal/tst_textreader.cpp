@@ -47,6 +47,7 @@ std::vector<unsigned> sent(const std::string& text, bool unshifts)
 
 const std::string WEATHER = "NORTH SEA 5 BECOMING 7 RAIN AND FOG. GALE 12 DEGREES WEST\r\n"
                             "WIND 4 LATER 6 SEA 3 METRES, SHOWERS";
+const std::string CALL = "THE LAZY DOG. CQ CQ DE DL0XYZ DDH47 CQ CQ UR RST 599 599 TU QTH";
 const std::string TABLE = "TABLE 55512 10234 21/04 1013.5 -5 14:30 20300\r\n"
                           "33005 40118 52003 7 3 35 END OF TABLE";
 
@@ -122,6 +123,8 @@ private Q_SLOTS:
         QTest::addColumn<bool>("unshifts");
         QTest::newRow("words, unshifted") << QByteArray::fromStdString(WEATHER) << true;
         QTest::newRow("words, shifted back") << QByteArray::fromStdString(WEATHER) << false;
+        QTest::newRow("calls, unshifted") << QByteArray::fromStdString(CALL) << true;
+        QTest::newRow("calls, shifted back") << QByteArray::fromStdString(CALL) << false;
         QTest::newRow("digits, unshifted") << QByteArray::fromStdString(TABLE) << true;
         QTest::newRow("digits, shifted back") << QByteArray::fromStdString(TABLE) << false;
     }
