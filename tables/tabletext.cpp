@@ -34,7 +34,7 @@ void findDamagedLines(const QByteArray& bytes, Found found)
 QString decodeOrTakeAsLatin1(const QByteArray& bytes, Faults& faults)
 {
     QTextCodec::ConverterState state;
-    const QString text = utf8()->toUnicode(bytes.constData(), bytes.size(), &state);
+    QString text = utf8()->toUnicode(bytes.constData(), bytes.size(), &state);
     if (state.invalidChars == 0 && state.remainingChars == 0)
         return text;
     if (!faults.IsFull()) {
