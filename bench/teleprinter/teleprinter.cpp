@@ -93,6 +93,19 @@ struct Options
     std::vector<std::string> others; // directory, or NAME=COMMAND
 };
 
+// In pieces, as they come live, so that a text knows when it was heard.
+template <typename Sample, typename Receiver>
+void feed(const std::vector<Sample>& samples, Receiver& receiver, TextList& list)
+{
+    constexpr std::size_t PIECE = 800;
+    for (std::size_t at = 0; at < samples.size(); at += PIECE) {
+        const std::size_t count = std::min(PIECE, samples.size() - at);
+        list.now_s = static_cast<double>(at + count) / teleprinterbench::RATE_Hz;
+        receiver.push(samples.data() + at, count);
+    }
+    receiver.finish();
+}
+
 // As `morsehost band` hears it, in a band that holds nothing else.
 void receiveInBand(const std::vector<float>& samples, TextList& list)
 {
@@ -101,14 +114,7 @@ void receiveInBand(const std::vector<float>& samples, TextList& list)
     settings.threads = 1;
     BandTexts sink(list);
     demodulator::BandReceiver receiver(settings, sink);
-    const std::vector<std::complex<float>> band(samples.begin(), samples.end());
-    constexpr std::size_t PIECE = 800;
-    for (std::size_t at = 0; at < band.size(); at += PIECE) {
-        const std::size_t count = std::min(PIECE, band.size() - at);
-        list.now_s = static_cast<double>(at + count) / teleprinterbench::RATE_Hz;
-        receiver.push(band.data() + at, count);
-    }
-    receiver.finish();
+    feed(std::vector<std::complex<float>>(samples.begin(), samples.end()), receiver, list);
 }
 
 TextList receive(const std::vector<float>& samples, const Options& options, Cost& cost)
@@ -123,13 +129,7 @@ TextList receive(const std::vector<float>& samples, const Options& options, Cost
     settings.parameters = options.parameters;
     settings.sampleRate_Hz = teleprinterbench::RATE_Hz;
     teleprinter::Receiver receiver(settings, sink);
-    constexpr std::size_t PIECE = 800;
-    for (std::size_t at = 0; at < samples.size(); at += PIECE) {
-        const std::size_t count = std::min(PIECE, samples.size() - at);
-        sink.now_s = static_cast<double>(at + count) / teleprinterbench::RATE_Hz;
-        receiver.push(samples.data() + at, count);
-    }
-    receiver.finish();
+    feed(samples, receiver, sink);
     return sink;
 }
 

@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -354,9 +355,13 @@ private:
                 refuse(signal);
         } else if (isCandidate(signal) && heardEnough(chain) &&
                    !m_teleprinters.isOwn(signal.listener->tone_Hz(), signal.noticedLevel)) {
-            const auto pair = m_pairs.find(signal.listener->heard().tone_Hz, m_end);
-            if (!isMorse(chain) || isBurst(chain) || (pair && pair->isSure) || !isItself(signal) ||
-                signal.listener->snr_dB() < m_settings.leastSnr_dB)
+            if (!isMorse(chain) || isBurst(chain) || !isItself(signal) ||
+                signal.listener->snr_dB() < m_settings.leastSnr_dB) {
+                refuse(signal);
+                return;
+            }
+            const auto pair = pairOf(signal); // last, since it takes longest
+            if (pair && pair->isSure)
                 refuse(signal);
             else if (!pair || hasWaited(chain))
                 admit(signal);
@@ -385,9 +390,14 @@ private:
                         m_end + stepsIn(admission().refusedFor_s));
     }
 
+    std::optional<ShiftedPair> pairOf(const Signal& signal) const
+    {
+        return m_pairs.find(signal.listener->heard().tone_Hz, m_end);
+    }
+
     bool isShifted(const Signal& signal) const
     {
-        const auto pair = m_pairs.find(signal.listener->heard().tone_Hz, m_end);
+        const auto pair = pairOf(signal);
         return pair && pair->isSure;
     }
 
@@ -411,7 +421,7 @@ private:
     }
 
     // Somebody who is known already may send there as well. Who was silent since before gives way;
-    // who went on afterwards leaves what lies between; who has ended meanwhile was given already.
+    // who went on afterwards leaves what lies between; what ended meanwhile was emitted already.
     void admit(Signal& candidate)
     {
         const std::int64_t first = candidate.listener->chain()->firstMark_step();

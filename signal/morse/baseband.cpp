@@ -9,10 +9,6 @@
 
 namespace demodulator {
 
-namespace {
-
-} // namespace
-
 Baseband::Baseband(double rate_Hz, double tone_Hz)
     : m_rate_Hz(rate_Hz)
     , m_tone_Hz(tone_Hz)
