@@ -56,6 +56,58 @@ std::int64_t microseconds(double time_s)
     return std::llround(1e6 * time_s);
 }
 
+void refuseOptionsOfOneSignal(Arguments& arguments)
+{
+    for (const char* const option : {"channel", "tone", "wpm", "quick", "decoder"}) {
+        if (arguments.isSet(option))
+            arguments.fail(
+                QStringLiteral("--%1 is for a single signal").arg(QLatin1String(option)));
+    }
+}
+
+struct Frequencies
+{
+    double lowest_Hz;
+    double highest_Hz;
+};
+
+// Those of the choice that a source has.
+Frequencies frequenciesOf(const BandChoice& choice, const demodulator::BandFormat& format)
+{
+    const double edge_Hz = 0.5 * format.rate_Hz;
+    return {std::max(choice.lowest_Hz, format.isComplex ? -edge_Hz : 0.0),
+            std::min(choice.highest_Hz, edge_Hz)};
+}
+
+// Returns where the sound stopped: at its end, when interrupted, or soon after `end_s`.
+double listen(BandSource& source, double end_s, inspect::Waterfall& waterfall,
+              demodulator::BandReceiver& receiver)
+{
+    const double rate_Hz = source.format().rate_Hz;
+    std::vector<std::complex<float>> samples(PIECE_SAMPLES);
+    Progress progress;
+    double done_s = 0.0;
+    for (long long done = 0; done_s < end_s && !isInterrupted();) {
+        const std::size_t count = source.read(samples.data(), samples.size());
+        if (count == 0)
+            break;
+        waterfall.push(samples.data(), count);
+        receiver.push(samples.data(), count);
+        done += static_cast<long long>(count);
+        done_s = static_cast<double>(done) / rate_Hz;
+        progress.show(done_s / end_s);
+    }
+    receiver.finish();
+    return done_s;
+}
+
+void complainOfEnd(const QString& name, double done_s, double from_s)
+{
+    complain(name, QStringLiteral("ends after %1 s, too early for a stretch that begins at %2 s")
+                       .arg(done_s, 0, 'f', 3)
+                       .arg(from_s, 0, 'f', 3));
+}
+
 } // namespace
 
 int inspectBand(Arguments& arguments, double from_s, double length_s)
@@ -63,11 +115,7 @@ int inspectBand(Arguments& arguments, double from_s, double length_s)
     const BandChoice choice = readBandOptions(arguments);
     const AlphabetChoice alphabet = readAlphabetOptions(arguments);
     PictureFile file(arguments);
-    for (const char* const option : {"channel", "tone", "wpm", "quick", "decoder"}) {
-        if (arguments.isSet(option))
-            arguments.fail(
-                QStringLiteral("--%1 is for a single signal").arg(QLatin1String(option)));
-    }
+    refuseOptionsOfOneSignal(arguments);
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
     const QString name = choice.request.name;
@@ -93,11 +141,7 @@ int inspectBand(Arguments& arguments, double from_s, double length_s)
     receiving.format = opened.source->format();
     receiving.lowest_Hz = choice.lowest_Hz;
     receiving.highest_Hz = choice.highest_Hz;
-    const double rate_Hz = receiving.format.rate_Hz;
-    const double edge_Hz = 0.5 * rate_Hz;
-    const double lowest_Hz =
-        std::max(choice.lowest_Hz, receiving.format.isComplex ? -edge_Hz : 0.0);
-    const double highest_Hz = std::min(choice.highest_Hz, edge_Hz);
+    const auto [lowest_Hz, highest_Hz] = frequenciesOf(choice, receiving.format);
     if (!(lowest_Hz < highest_Hz)) {
         complain(name, QStringLiteral("holds none of the frequencies of --only"));
         return EXIT_BAD_INPUT;
@@ -105,21 +149,8 @@ int inspectBand(Arguments& arguments, double from_s, double length_s)
     inspect::Waterfall waterfall(receiving.format, stretch, lowest_Hz, highest_Hz,
                                  inspect::bandRows(highest_Hz - lowest_Hz));
     demodulator::BandReceiver receiver(receiving, station);
-    std::vector<std::complex<float>> samples(PIECE_SAMPLES);
-    Progress progress;
-    const double end_s = from_s + length_s + AFTERWARDS_S;
-    double done_s = 0.0;
-    for (long long done = 0; done_s < end_s && !isInterrupted();) {
-        const std::size_t count = opened.source->read(samples.data(), samples.size());
-        if (count == 0)
-            break;
-        waterfall.push(samples.data(), count);
-        receiver.push(samples.data(), count);
-        done += static_cast<long long>(count);
-        done_s = static_cast<double>(done) / rate_Hz;
-        progress.show(done_s / end_s);
-    }
-    receiver.finish();
+    const double done_s =
+        listen(*opened.source, from_s + length_s + AFTERWARDS_S, waterfall, receiver);
     if (isInterrupted()) {
         complain(file.name(), QStringLiteral("not drawn, interrupted"));
         return EXIT_BAD_INPUT;
@@ -129,10 +160,7 @@ int inspectBand(Arguments& arguments, double from_s, double length_s)
         complain(name, error);
     if (waterfall.columns() == 0) {
         if (error.isEmpty())
-            complain(name, QStringLiteral("ends after %1 s, too early for a stretch that begins at "
-                                          "%2 s")
-                               .arg(done_s, 0, 'f', 3)
-                               .arg(from_s, 0, 'f', 3));
+            complainOfEnd(name, done_s, from_s);
         return EXIT_BAD_INPUT;
     }
     stretch.to_us = std::min(stretch.to_us, microseconds(done_s));
