@@ -5,7 +5,7 @@
 
 namespace {
 
-/// As QRegExp matches a whole line with "(.);(.*)".
+/// One character, a semicolon, anything.
 bool isEntry(QStringView line)
 {
     return line.size() >= 2 && line[1] == QLatin1Char(';');

@@ -43,8 +43,8 @@ std::vector<DecoderModule> readDecoderModulesFile(const QByteArray& bytes);
 /// The content of a file that reads back to the same modules.
 QByteArray decoderModulesFileOf(const std::vector<DecoderModule>& modules);
 
-/// Whether a line of the file holds a module somewhere, as QRegExp finds
-/// "\d+\s+\d+\s+\w(\s+\d){26}\s+\w\s+\w+", but in a single pass whatever the line holds.
+/// Whether a line of the file holds a module somewhere, that is, the columns of one in a row,
+/// whatever stands before and behind. In a single pass, whatever the line holds.
 bool holdsDecoderModule(const QString& line);
 
 } // namespace Quillon

@@ -29,9 +29,9 @@ QString defaultMapName();
 /// the language of the program; " - UNKNOWN" where that is neither ITA2 nor ASCII.
 QString displayName(const QString& name, eBASE_CHARSET charset);
 
-/// As QRegExp matches ".* - (.*)": the set that the text behind the first " - " begins with. So a
-/// name that has " - " in itself has none.
+/// The set that the text behind the first " - " begins with. So a name that has " - " in itself has
+/// none.
 eBASE_CHARSET charsetOfDisplayName(const QString& display);
 
-/// As QRegExp matches "(.*) - .*": the text before the last " - ", or all of it.
+/// The text before the last " - ", or all of it.
 QString nameOfDisplayName(const QString& display);

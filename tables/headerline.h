@@ -22,8 +22,8 @@ struct HeaderLine
     bool concernsDirection() const;
 };
 
-/// Matches a whole line, without its line end, as QRegExp matches "@\s*(\w+)\s+(\w+).*", but in a
-/// single pass whatever the line holds.
+/// Matches a whole line, without its line end: "@", a word, white space, a word, anything. In a
+/// single pass, whatever the line holds.
 std::optional<HeaderLine> matchHeaderLine(QStringView line);
 
 /// Reads the header lines at the top of a file, up to the first other line, which `text` stands at
