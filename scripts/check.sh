@@ -104,7 +104,7 @@ check_headers() {
 }
 
 check_layers() {
-    scripts/check-layers.sh
+    tests/house/layers.py
 }
 
 check_format() {

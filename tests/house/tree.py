@@ -1,24 +1,14 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
 # The folders on disk are those that docs/architecture.md names under "Where a thing lives", and the
-# files of signal/morse those of the table in docs/demodulator.md. Prints what differs.
-import re
+# files of signal/morse those in the first column of the tables under "The chain" in
+# docs/demodulator.md. Prints what differs.
 import sys
 
-from ourfiles import ROOT, paths
+from ourfiles import paths
+from tables import names, rows
 
 LEVELS = 2  # folders deeper than that are their parent's own business
-
-
-def rows(page, heading, place):
-    """The first cells of a table below a heading."""
-    text = (ROOT / page).read_text().split(f"## {heading}\n", 1)[1]
-    table = re.findall(r"(?:^\|.*\n)+", text, re.MULTILINE)[place]
-    return [row.split("|")[1] for row in table.splitlines()[2:]]
-
-
-def named(cells):
-    return {name for cell in cells for name in re.findall(r"`([^`]+)`", cell)}
 
 
 def compare(page, on_page, on_disk):
@@ -34,8 +24,8 @@ def main():
     folders = {f"{'/'.join(file.parts[:depth])}/" for file in files
                for depth in range(1, min(LEVELS, len(file.parts) - 1) + 1)}
     page = "docs/architecture.md"
-    shown = named(rows(page, "Where a thing lives", 0) + rows(page, "Where a thing lives", 1))
-    shown = {name for name in shown if name.endswith("/")}
+    shown = {name for place in (0, 1) for row in rows(page, "Where a thing lives", place)
+             for name in names(row[0]) if name.endswith("/")}
     # Folders within one are compared where the page names any of them.
     parents = {name.split("/", 1)[0] for name in shown if name.count("/") > 1}
     parents -= {"tests"}
@@ -48,10 +38,9 @@ def main():
 
     stages = {file.stem for file in files if file.parts[:2] == ("signal", "morse")}
     page = "docs/demodulator.md"
-    text = (ROOT / page).read_text()
-    named_stages = {name for name in re.findall(r"`([a-z]+)`", text) if name in stages}
-    linked = set(re.findall(r"signal/morse/([a-z]+)\.(?:h|cpp)", text))
-    is_fine = compare(page, (named_stages | linked) & stages, stages) and is_fine
+    shown = {name for place in (0, 1) for row in rows(page, "The chain", place) for name in names(row[0])}
+    shown = {name for name in shown if not name.startswith("samples/")}
+    is_fine = compare(page, shown, stages) and is_fine
     sys.exit(not is_fine)
 
 
