@@ -179,7 +179,8 @@ void SoundJob::hearTeleprinter(SampleSource& source)
         }
     };
     const teleprinter::Known& known = m_request.teleprinter.known;
-    const bool isSet = known.baud || known.shift_Hz || known.centre_Hz || known.reversed;
+    const bool isSet =
+        known.baud || known.shift_Hz || known.centre_Hz || known.reversed || known.parity;
     teleprinter::Settings without = m_request.teleprinter;
     without.known = {};
     TextCollector collector(*this);

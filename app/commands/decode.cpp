@@ -78,8 +78,11 @@ private:
         if (sound.decoder == QLatin1String(MORSE_DECODER))
             return words;
         const teleprinter::Known& known = sound.teleprinter.known;
-        words += {m_choice.map, number(known.baud), number(known.shift_Hz),
+        words += {m_choice.map,
+                  number(known.baud),
+                  number(known.shift_Hz),
                   QString::number(static_cast<int>(known.reversed.value_or(false))),
+                  known.parity ? QString::number(static_cast<int>(*known.parity)) : QString(),
                   QString::number(static_cast<int>(sound.teleprinter.unshift))};
         return words;
     }

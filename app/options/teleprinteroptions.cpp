@@ -13,6 +13,8 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <optional>
+#include <utility>
 
 namespace morsehost {
 
@@ -20,6 +22,7 @@ namespace {
 
 constexpr char DECODER[] = "decoder";
 constexpr char UNSHIFT[] = "unshift-on-space";
+constexpr char PARITY[] = "parity";
 const QLatin1String NO_MAP("Default");
 
 QString decoderAsked(const Arguments& arguments)
@@ -48,6 +51,23 @@ QString whyNoDecoder(const QString& decoder, const QString& modulesFile)
         .arg(decoder, names.join(QLatin1String(", ")));
 }
 
+std::optional<teleprinter::Parity> readParity(Arguments& arguments)
+{
+    using teleprinter::Parity;
+    const std::pair<QLatin1String, Parity> rows[] = {{QLatin1String("none"), Parity::None},
+                                                     {QLatin1String("even"), Parity::Even},
+                                                     {QLatin1String("odd"), Parity::Odd}};
+    const QString parity = arguments.text(PARITY);
+    for (const auto& [name, value] : rows) {
+        if (parity == name)
+            return value;
+    }
+    if (arguments.isSet(PARITY))
+        arguments.fail(
+            QStringLiteral("--parity takes 'none', 'even' or 'odd', not '%1'").arg(parity));
+    return std::nullopt;
+}
+
 teleprinter::Settings readReceiver(Arguments& arguments)
 {
     using namespace teleprinter;
@@ -56,6 +76,7 @@ teleprinter::Settings readReceiver(Arguments& arguments)
     settings.known.shift_Hz = arguments.number("shift", LEAST_SHIFT_Hz, MOST_SHIFT_Hz);
     if (arguments.isSet("reverse"))
         settings.known.reversed = true;
+    settings.known.parity = readParity(arguments);
     settings.unshift = readUnshift(arguments);
     return settings;
 }
@@ -74,6 +95,8 @@ void refuseWhatIsNoneOf(const TeleprinterDecoder& decoder, const teleprinter::Kn
     if (arguments.isSet(UNSHIFT) && !decoder.hasShifts)
         arguments.fail(QStringLiteral("%1 has no shifts for --unshift-on-space")
                            .arg(QLatin1String(decoder.name)));
+    if (known.parity && decoder.code != teleprinter::Code::Ascii)
+        arguments.fail(QStringLiteral("%1 has no parity").arg(QLatin1String(decoder.name)));
 }
 
 } // namespace
@@ -120,6 +143,7 @@ std::vector<OptionRow> teleprinterOptionRows()
          "teleprinters: between the tones, " + range(LEAST_SHIFT_Hz, MOST_SHIFT_Hz) +
              " (default: any)"},
         {"reverse", nullptr, "teleprinters: mark is the lower tone (default: either)"},
+        {PARITY, "none|even|odd", "ASCII: beside the seven or eight bits (default: as it is sent)"},
         unshiftOption(),
     };
 }

@@ -26,7 +26,7 @@ struct TeleprinterChoice
 OptionRow unshiftOption();
 teleprinter::Unshift readUnshift(Arguments& arguments);
 
-/// --decoder, --map, --maps, --decoders, --baud, --shift, --reverse, --unshift-on-space
+/// --decoder, --map, --maps, --decoders, --baud, --shift, --reverse, --parity, --unshift-on-space
 std::vector<OptionRow> teleprinterOptionRows();
 
 /// What --tone takes of a teleprinter, and what it takes with these arguments.

@@ -263,6 +263,18 @@ const std::vector<Condition>& conditions()
                     machine.baud = 200.0;
                     machine.stop_bits = 1.0;
                 }),
+        changed("ascii300n", "ASCII, 300 Bd, 170 Hz, 7 bits, 2 stops, +15 dB", 15.0,
+                [](Machine& machine, TonePath&) {
+                    machine.code = TeleprinterCode::Ascii7;
+                    machine.baud = 300.0;
+                    machine.stop_bits = 2.0;
+                }),
+        changed("ascii-8o", "ASCII, 110 Bd, 8 bits, odd parity, +10 dB", 10.0,
+                [](Machine& machine, TonePath&) {
+                    machine.code = TeleprinterCode::Ascii8Odd;
+                    machine.baud = 110.0;
+                    machine.stop_bits = 1.0;
+                }),
         changed("sitor6", "Sitor-B, +6 dB", 6.0,
                 [](Machine& machine, TonePath&) {
                     machine.code = TeleprinterCode::SitorB;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "signal/teleprinter/acquisition.h"
 
+#include "signal/numbers.h"
 #include "signal/teleprinter/bitstream.h"
 #include "signal/teleprinter/synchronous.h"
 #include "signal/teleprinter/tracking.h"
@@ -14,10 +15,14 @@
 
 namespace teleprinter {
 
+using demodulator::PI;
+
 namespace {
 
 // What a word can gain by its form: of 128 words of seven elements, 35 are used (log 128/35).
 constexpr double MOST_FORM = 1.3;
+// Of speeds, from which on one may be a multiple of the other.
+constexpr double MULTIPLE = 1.9;
 
 struct Attempt
 {
@@ -44,7 +49,23 @@ double evenPausesOf(const std::vector<Frame>& frames)
     return static_cast<double>(even) / static_cast<double>(pauses.size());
 }
 
-Attempt attemptStartStop(const Evidence& evidence, const LineKind& kind,
+// Share of the characters that have the parity, or the commoner of both where none is known. What
+// nobody sends are nine bits of data.
+double parityOf(const std::vector<Frame>& frames, const LineKind& kind,
+                const std::optional<Parity>& known)
+{
+    if (kind.code != Code::Ascii || (!known && kind.dataBits <= 8) || known == Parity::None)
+        return 1.0;
+    const auto share = [&frames](Parity parity) {
+        const auto count =
+            std::count_if(frames.begin(), frames.end(),
+                          [parity](const Frame& frame) { return hasParity(frame.word, parity); });
+        return static_cast<double>(count) / std::max(1.0, static_cast<double>(frames.size()));
+    };
+    return known ? share(*known) : std::max(share(Parity::Even), share(Parity::Odd));
+}
+
+Attempt attemptStartStop(const Evidence& evidence, const LineKind& kind, const Known& known,
                          const Parameters& parameters)
 {
     const AcquisitionParameters& own = parameters.acquisition;
@@ -83,6 +104,7 @@ Attempt attemptStartStop(const Evidence& evidence, const LineKind& kind,
         std::min(firstMarks, fit.characters - firstMarks) * own.steadyFirst < fit.characters;
     if (fit.isSteadyFirst)
         fit.score -= own.costOfSteadyFirst * fit.characters;
+    fit.parity = parityOf(frames.list, kind, known.parity);
     fit.evenPauses = evenPausesOf(frames.list);
     fit.commonest = static_cast<double>(commonest) / std::max(1, fit.characters);
     fit.formed = static_cast<double>(attempt.characters.size()) / std::max(1, fit.characters);
@@ -121,10 +143,11 @@ Attempt attemptSynchronous(const Evidence& evidence)
     return attempt;
 }
 
-Attempt attempt(const Evidence& evidence, const LineKind& kind, const Parameters& parameters)
+Attempt attempt(const Evidence& evidence, const LineKind& kind, const Known& known,
+                const Parameters& parameters)
 {
     return kind.code == Code::Ccir476 ? attemptSynchronous(evidence)
-                                      : attemptStartStop(evidence, kind, parameters);
+                                      : attemptStartStop(evidence, kind, known, parameters);
 }
 
 Grid gridOver(const TonePair& tones, double bit)
@@ -166,19 +189,28 @@ double exclusionOf(const TonePair& tones, double step)
                : -(products - sums[SPACE] * sums[MARK] / count) / std::sqrt(spread);
 }
 
-// Mean amplitude of the tone that is off over that of the one that is on.
-double contrastOf(const TonePair& tones, const std::vector<Decided>& characters, double bit)
+// Mean amplitude of the tone that is off over that of the one that is on. Tones that are nearer
+// than the speed are seen in each other's filter: what the one that is on leaves there does not
+// count.
+double contrastOf(const TonePair& tones, const std::vector<Decided>& characters, double bit,
+                  double shift_radians)
 {
-    ByTone<double> sums = {0.0, 0.0}; // off, on
+    const double half = 0.5 * shift_radians * bit;
+    const double seen = half != 0.0 ? std::sin(half) / half : 0.0;
+    double off = 0.0;
+    double on = 0.0;
     for (const Decided& character : characters) {
         for (int element = 0; element < character.count; ++element) {
             const double begin = character.begin + element * bit;
             const bool isMark = (character.elements >> element & 1U) != 0;
-            sums[isMark ? 0 : 1] += std::abs(tones.sum(SPACE, begin, begin + bit));
-            sums[isMark ? 1 : 0] += std::abs(tones.sum(MARK, begin, begin + bit));
+            const std::complex<double> own = tones.sum(isMark ? MARK : SPACE, begin, begin + bit);
+            const std::complex<double> turn =
+                std::polar(seen, (isMark ? shift_radians : -shift_radians) * (begin + 0.5 * bit));
+            off += std::abs(tones.sum(isMark ? SPACE : MARK, begin, begin + bit) - own * turn);
+            on += std::abs(own);
         }
     }
-    return sums[1] > 0.0 ? sums[0] / sums[1] : 1.0;
+    return on > 0.0 ? off / (on * std::sqrt(1.0 - seen * seen)) : 1.0;
 }
 
 // Mean of the stronger tone.
@@ -212,9 +244,13 @@ public:
 
     std::optional<Acquired> run()
     {
+        if (m_followed != nullptr)
+            tryFollowed();
         std::map<double, std::vector<LineKind>> bySpeed;
-        for (const LineKind& kind : kindsToTry(m_known))
-            bySpeed[kind.baud].push_back(kind);
+        for (const LineKind& kind : kindsToTry(m_known)) {
+            if (mayReplace(kind))
+                bySpeed[kind.baud].push_back(kind);
+        }
         std::map<std::size_t, std::vector<TonePair>> mixed;
         std::map<std::size_t, std::vector<ByTone<double>>> tones;
         for (const auto& [baud, kinds] : bySpeed) {
@@ -224,8 +260,6 @@ public:
             for (std::size_t i = 0; i < mixed[width].size(); ++i)
                 tryPair(mixed[width][i], tones[width][i], baud, kinds);
         }
-        if (m_followed != nullptr)
-            tryFollowed();
         return decide();
     }
 
@@ -235,12 +269,41 @@ private:
         return m_followed != nullptr && isSameLine(acquired.line, *m_followed);
     }
 
+    bool hasForm(const Fit& fit) const
+    {
+        return fit.framing >= m_own.leastForm && fit.parity >= m_own.leastParity;
+    }
+
+    // A line that is followed, and whole, may only turn out to be one of a multiple of its speed.
+    bool mayReplace(const LineKind& kind) const
+    {
+        return m_attempts.empty() || !isWhole(m_attempts.front().acquired.fit) ||
+               kind.baud > MULTIPLE * m_followed->kind.baud;
+    }
+
     // Nothing but a line of this very kind has nearly all characters in their form.
     bool isWhole(const Fit& fit) const
     {
-        return !fit.isSteadyFirst && fit.characters >= m_own.leastWhole &&
+        return !fit.isSteadyFirst && hasForm(fit) && fit.characters >= m_own.leastWhole &&
                fit.formed >= m_own.wholeFormed &&
                fit.framing >= m_own.wholeFramingMean * fit.characters;
+    }
+
+    // A second stop may as well be data that are always mark.
+    bool isSameText(const Acquired& a, const Acquired& b) const
+    {
+        Line line = a.line;
+        if (isWhole(a.fit) && isWhole(b.fit))
+            line.kind.dataBits = b.line.kind.dataBits;
+        return isSameLine(line, b.line);
+    }
+
+    // Two characters of a line may together look like one of half the speed, with start and stop;
+    // the other way round, the stop would have to be where data are.
+    bool isMultiple(const Acquired& faster, const Acquired& slower) const
+    {
+        return isWhole(faster.fit) && isWhole(slower.fit) &&
+               faster.line.kind.baud > MULTIPLE * slower.line.kind.baud;
     }
 
     bool isSure(const Acquired& acquired) const
@@ -253,7 +316,7 @@ private:
                  fit.framing >= m_own.leastAsciiMean * fit.characters)) &&
                fit.characters >= (fit.evenPauses >= m_own.evenPauses ? m_own.leastCharacters
                                                                      : m_own.leastTyped) &&
-               fit.framing >= m_own.leastFraming &&
+               fit.framing >= m_own.leastFraming && fit.parity >= m_own.leastParity &&
                fit.framing >= m_own.leastFramingMean * fit.characters &&
                fit.score >= m_own.leastScoreMean * fit.characters &&
                fit.occupied >= m_own.leastOccupied && fit.unexplained <= m_own.mostUnexplained &&
@@ -327,7 +390,7 @@ private:
             if (m_known.reversed && *m_known.reversed != reversed)
                 continue;
             for (const LineKind& kind : kinds) {
-                Attempt tried = attempt(evidence, kind, m_parameters);
+                Attempt tried = attempt(evidence, kind, m_known, m_parameters);
                 tried.noise = noise;
                 tried.acquired.line = {kind, tones_Hz[reversed ? 0 : 1], tones_Hz[reversed ? 1 : 0],
                                        baud};
@@ -345,7 +408,7 @@ private:
                              m_begin, m_end);
         Attempt tried = attempt(weigh(tones, gridOver(tones, m_rate_Hz / m_followed->baud),
                                       m_rate_Hz, noise, m_parameters.evidence),
-                                m_followed->kind, m_parameters);
+                                m_followed->kind, m_known, m_parameters);
         tried.noise = noise;
         tried.acquired.line = *m_followed;
         m_attempts.push_back(std::move(tried));
@@ -375,11 +438,12 @@ private:
             const Evidence evidence = weigh(tones, gridOver(tones, m_rate_Hz / line.baud),
                                             m_rate_Hz, tried.noise, m_parameters.evidence);
             const double noise = tried.noise;
-            tried = attempt(evidence, line.kind, m_parameters);
+            tried = attempt(evidence, line.kind, m_known, m_parameters);
             tried.noise = noise;
             tried.acquired.line = line;
             tried.acquired.fit.contrast =
-                contrastOf(tones, tried.characters, m_rate_Hz / line.baud);
+                contrastOf(tones, tried.characters, m_rate_Hz / line.baud,
+                           2.0 * PI * (line.mark_Hz - line.space_Hz) / m_rate_Hz);
         }
     }
 
@@ -389,13 +453,14 @@ private:
         const auto isBetter = [this](const Attempt& a, const Attempt& b) {
             if (isWhole(a.acquired.fit) != isWhole(b.acquired.fit))
                 return isWhole(a.acquired.fit);
-            const bool hasForm = a.acquired.fit.framing >= m_own.leastForm;
-            if (hasForm != (b.acquired.fit.framing >= m_own.leastForm))
-                return hasForm;
+            if (isMultiple(a.acquired, b.acquired) || isMultiple(b.acquired, a.acquired))
+                return isMultiple(a.acquired, b.acquired);
+            if (hasForm(a.acquired.fit) != hasForm(b.acquired.fit))
+                return hasForm(a.acquired.fit);
             return a.acquired.fit.score > b.acquired.fit.score;
         };
         std::stable_sort(m_attempts.begin(), m_attempts.end(), isBetter);
-        if (m_attempts.empty() || m_attempts.front().acquired.fit.framing < m_own.leastForm)
+        if (m_attempts.empty() || !hasForm(m_attempts.front().acquired.fit))
             return std::nullopt;
         const auto count = std::min(static_cast<std::size_t>(m_own.refined), m_attempts.size());
         for (std::size_t i = 0; i < m_attempts.size(); ++i) {
@@ -429,16 +494,16 @@ private:
             });
         if (isNoBetter)
             return std::nullopt;
-        if (!isSure(best))
+        const bool isKnownSpeed = !m_known.baud || best.line.kind.baud == *m_known.baud;
+        if (!isKnownSpeed || !isSure(best))
             return std::nullopt;
         for (const Attempt& other : m_attempts) {
             const Fit& fit = other.acquired.fit;
-            if (isWhole(best.fit) && !isWhole(fit))
+            if ((isWhole(best.fit) && !isWhole(fit)) || isMultiple(best, other.acquired))
                 continue;
-            const bool hasForm = fit.framing >= m_own.leastForm;
-            if (!isSameLine(other.acquired.line, best.line) &&
-                fit.score > (hasForm ? best.fit.score - m_own.leastMargin
-                                     : best.fit.score * m_own.mostStronger))
+            if (!isSameText(other.acquired, best) &&
+                fit.score > (hasForm(fit) ? best.fit.score - m_own.leastMargin
+                                          : best.fit.score * m_own.mostStronger))
                 return std::nullopt;
         }
         if (overData(best, m_attempts.front().noise) < m_own.leastOverData)

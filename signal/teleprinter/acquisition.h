@@ -27,6 +27,7 @@ struct Fit
     double commonest = 0.0; ///< share of the commonest character among them
     /// Mean amplitude of the tone that is off over that of the one that is on; once refined.
     double contrast = 1.0;
+    double parity = 1.0;        ///< ASCII that must have one: share of characters that have it
     double regular = 0.0;       ///< share of neighbouring elements that differ
     double evenPauses = 1.0;    ///< share of pauses that are as long as most are
     bool isSteadyFirst = false; ///< ASCII: the first element hardly ever differs

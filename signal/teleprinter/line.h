@@ -14,7 +14,7 @@ namespace teleprinter {
 /// What the elements mean.
 enum class Code {
     Ita2,    ///< start-stop, five data elements
-    Ascii,   ///< start-stop, seven or eight data elements
+    Ascii,   ///< start-stop, seven or eight data elements, with or without parity
     Ccir476, ///< synchronous, seven elements, each character twice
 };
 
@@ -23,8 +23,14 @@ struct LineKind
 {
     Code code;
     double baud;
-    int dataBits;
+    int dataBits; ///< between start and stop, parity included
 };
+
+/// The last data element of ASCII: such that so many of them all are marks.
+enum class Parity { None, Even, Odd };
+
+/// Whether the marks of a word are as many as the parity wants.
+bool hasParity(unsigned word, Parity parity);
 
 /// All that are looked for.
 const std::vector<LineKind>& lineKinds();
@@ -69,9 +75,11 @@ struct Known
     std::optional<double> shift_Hz;
     std::optional<double> centre_Hz; ///< midway between the tones, within 50 Hz
     std::optional<bool> reversed;
+    std::optional<Parity> parity; ///< of ASCII
 };
 
-/// The rows of lineKinds() that fit what was known; a speed of no row brings rows of its own.
+/// The rows of lineKinds() that fit what was known; a speed of no row brings rows of its own. Usual
+/// speeds near one that was known are tried too, so that it shows when one of them is meant.
 std::vector<LineKind> kindsToTry(const Known& known);
 
 } // namespace teleprinter

@@ -64,6 +64,7 @@ bool setParameter(Parameters& parameters, const std::string& name, double value)
             PARAMETER_ROW(acquisition.mostContrast),
             PARAMETER_ROW(acquisition.steadyFirst),
             PARAMETER_ROW(acquisition.costOfSteadyFirst),
+            PARAMETER_ROW(acquisition.leastParity),
             PARAMETER_ROW(acquisition.refined),
             PARAMETER_ROW(acquisition.rounds),
             PARAMETER_ROW(acquisition.exclusion_s),

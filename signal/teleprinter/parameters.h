@@ -121,6 +121,8 @@ struct AcquisitionParameters
     /// character loses for it (row: ascii200).
     int steadyFirst = 8;
     double costOfSteadyFirst = 2.0;
+    /// Share of characters of ASCII that have the parity, where they must (silence: data).
+    double leastParity = 0.9;
     int refined = 4; ///< of the first attempts, the best: tones and clock are set right
     int rounds = 2;  ///< of that, each from the tones that the last has found
     // The tones of one signal are on in turn: their energies go against each other.

@@ -165,8 +165,9 @@ private:
         m_channel = kind.code == Code::Ccir476
                         ? makeTimeDiversityChannel(input(), found.line, found.begin, from)
                         : makeStartStopChannel(input(), found.line, from);
-        m_reader = kind.code == Code::Ascii ? makeAsciiReader(kind.dataBits)
-                                            : makeIta2Reader(m_settings.unshift);
+        m_reader = kind.code == Code::Ascii
+                       ? makeAsciiReader(kind.dataBits, m_settings.known.parity)
+                       : makeIta2Reader(m_settings.unshift);
         m_messages.begin(kind.code == Code::Ccir476);
         m_unread.clear();
         m_checks = 0;

@@ -165,8 +165,9 @@ private:
 class AsciiReader : public TextReader
 {
 public:
-    explicit AsciiReader(int dataBits)
-        : m_isKnown(dataBits < 8)
+    AsciiReader(int dataBits, std::optional<Parity> parity)
+        : m_isKnown(parity || dataBits < 8)
+        , m_isEight(dataBits > (!parity || *parity == Parity::None ? 7 : 8))
     {
     }
 
@@ -182,7 +183,8 @@ public:
 
     std::string finish() override
     {
-        // The eighth element is none of the character's if it follows from the other seven.
+        // The eighth element is none of the character's if it follows from the other seven. One
+        // that is never mark may stay: it changes nothing.
         std::size_t set = 0;
         std::size_t odd = 0;
         for (const char c : m_waiting) {
@@ -191,11 +193,9 @@ public:
             odd += bits.count() % 2;
         }
         const std::size_t all = m_waiting.size();
-        const auto isRule = [all](std::size_t count) {
-            return count * EXCEPTIONS <= all || (all - count) * EXCEPTIONS <= all;
-        };
-        m_isKnown = true;
-        m_isEight = !isRule(set) && !isRule(odd);
+        const auto hardlyEver = [all](std::size_t count) { return count * EXCEPTIONS <= all; };
+        if (!std::exchange(m_isKnown, true))
+            m_isEight = !hardlyEver(all - set) && !hardlyEver(odd) && !hardlyEver(all - odd);
         std::string text;
         for (const char c : m_waiting)
             text += characterOf(static_cast<unsigned char>(c));
@@ -214,8 +214,8 @@ private:
     }
 
     bool m_isKnown;
-    bool m_isEight = false;
-    std::string m_waiting;
+    bool m_isEight;
+    std::string m_waiting; // eight elements each
 };
 
 } // namespace
@@ -232,9 +232,9 @@ std::unique_ptr<TextReader> makeIta2Reader(Unshift unshift)
     return std::make_unique<Ita2Reader>(unshift);
 }
 
-std::unique_ptr<TextReader> makeAsciiReader(int dataBits)
+std::unique_ptr<TextReader> makeAsciiReader(int dataBits, std::optional<Parity> parity)
 {
-    return std::make_unique<AsciiReader>(dataBits);
+    return std::make_unique<AsciiReader>(dataBits, parity);
 }
 
 } // namespace teleprinter

@@ -35,8 +35,8 @@ public:
 /// Letters and figures of ITA2.
 std::unique_ptr<TextReader> makeIta2Reader(Unshift unshift);
 
-/// Seven or eight data elements. An eighth that turns out to be parity, or always the same, is left
-/// out; until that is known, the first characters wait.
-std::unique_ptr<TextReader> makeAsciiReader(int dataBits);
+/// Seven to nine data elements; a ninth is parity. An eighth that turns out to be parity, or always
+/// mark, is left out; unless the parity is known, the first characters wait for that.
+std::unique_ptr<TextReader> makeAsciiReader(int dataBits, std::optional<Parity> parity = {});
 
 } // namespace teleprinter

@@ -162,6 +162,8 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("options");
         QTest::addColumn<QByteArray>("said");
         QTest::newRow("speed") << QStringList{"--baud", "75"} << QByteArray("Baudot, 45.45 Bd");
+        QTest::newRow("speed that is near")
+            << QStringList{"--baud", "50"} << QByteArray("Baudot, 45.45 Bd");
         QTest::newRow("polarity") << QStringList{"--reverse"} << QByteArray("Baudot, 45.45 Bd");
         QTest::newRow("right ones") << QStringList{"--baud", "45.45"} << QByteArray();
     }

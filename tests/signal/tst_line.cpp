@@ -64,7 +64,50 @@ private Q_SLOTS:
             QCOMPARE(kind.baud, 56.9);
             QVERIFY(kind.code != Code::Ccir476);
         }
-        QCOMPARE(kinds.size(), std::size_t(3)); // of five, seven and eight elements
+        QCOMPARE(kinds.size(), std::size_t(4)); // of five, seven, eight and nine elements
+    }
+
+    void usualSpeedsNearTheKnownOneAreTriedToo()
+    {
+        Known known;
+        known.codes = {Code::Ita2};
+        const auto speeds = [&known](double baud) {
+            known.baud = baud;
+            std::vector<double> tried;
+            for (const LineKind& kind : kindsToTry(known))
+                tried.push_back(kind.baud);
+            return tried;
+        };
+        QCOMPARE(speeds(50.0), std::vector<double>({50.0, 45.45}));
+        QCOMPARE(speeds(45.45), std::vector<double>({45.45, 50.0}));
+        QCOMPARE(speeds(45.0), std::vector<double>({45.0, 50.0})); // 45.45 is the same one
+        QCOMPARE(speeds(75.0), std::vector<double>({75.0}));
+    }
+
+    void parityThatIsKnownSaysHowLongCharactersAre()
+    {
+        Known known;
+        known.codes = {Code::Ascii};
+        known.baud = 300.0;
+        const auto lengths = [&known](Parity parity) {
+            known.parity = parity;
+            std::vector<int> tried;
+            for (const LineKind& kind : kindsToTry(known))
+                tried.push_back(kind.dataBits);
+            return tried;
+        };
+        QCOMPARE(lengths(Parity::None), std::vector<int>({7, 8}));
+        QCOMPARE(lengths(Parity::Even), std::vector<int>({8, 9}));
+        QCOMPARE(lengths(Parity::Odd), std::vector<int>({8, 9}));
+    }
+
+    void parityCountsTheMarks()
+    {
+        QVERIFY(hasParity(0x0, Parity::Even));
+        QVERIFY(!hasParity(0x0, Parity::Odd));
+        QVERIFY(hasParity(0x100, Parity::Odd));
+        QVERIFY(!hasParity(0x103, Parity::Even));
+        QVERIFY(hasParity(0x103, Parity::None));
     }
 };
 

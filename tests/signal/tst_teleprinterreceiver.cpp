@@ -212,6 +212,53 @@ private Q_SLOTS:
         QCOMPARE(receive(samples, other).text, QString());
     }
 
+    // A speed that is wrong by less than a clock may be is followed; by more, it is none.
+    void wrongSpeedIsNotReadWithIt_data()
+    {
+        QTest::addColumn<double>("sent");
+        QTest::addColumn<double>("known");
+        QTest::addColumn<bool>("isRead");
+        QTest::newRow("50 Bd for 45.45") << 45.45 << 50.0 << false;
+        QTest::newRow("45.45 Bd for 50") << 50.0 << 45.45 << false;
+        QTest::newRow("48 Bd for 45.45") << 45.45 << 48.0 << false;
+        QTest::newRow("45 Bd for 45.45") << 45.45 << 45.0 << true;
+        QTest::newRow("51 Bd for 50") << 50.0 << 51.0 << true;
+        QTest::newRow("48 Bd, which is none of the usual") << 48.0 << 48.0 << true;
+    }
+    void wrongSpeedIsNotReadWithIt()
+    {
+        QFETCH(double, sent);
+        QFETCH(double, known);
+        QFETCH(bool, isRead);
+        Machine machine;
+        machine.baud = sent;
+        TonePath path;
+        path.snr_dB = 15.0;
+        Settings settings;
+        settings.known.codes = {Code::Ita2};
+        settings.known.baud = known;
+        QCOMPARE(receive(::sent(machine, path), settings).text,
+                 isRead ? expected(TeleprinterCode::Ita2) : QString());
+    }
+
+    void parityThatIsKnownIsKeptTo()
+    {
+        Machine machine;
+        machine.code = TeleprinterCode::Ascii8Odd;
+        machine.baud = 110.0;
+        machine.stop_bits = 1.0;
+        TonePath path;
+        path.snr_dB = 15.0;
+        const std::vector<float> samples = sent(machine, path);
+        Settings settings;
+        settings.known.parity = Parity::Odd;
+        QCOMPARE(receive(samples, settings).text, expected(machine.code));
+        for (const Parity other : {Parity::None, Parity::Even}) {
+            settings.known.parity = other;
+            QCOMPARE(receive(samples, settings).text, QString());
+        }
+    }
+
     void samplesThatAreNoNumberAreSilence()
     {
         std::vector<float> samples(80000, std::numeric_limits<float>::quiet_NaN());
@@ -284,6 +331,24 @@ void tst_TeleprinterReceiver::itReadsWithoutSettings_data()
         machine.baud = 110.0;
         machine.stop_bits = 2.0;
     });
+    const auto addAscii = [&add](const char* name, TeleprinterCode code, double baud,
+                                 double shift_Hz, double stop_bits) {
+        add(name, [=](Machine& machine, TonePath& path) {
+            machine.code = code;
+            machine.baud = baud;
+            machine.stop_bits = stop_bits;
+            path.shift_Hz = shift_Hz;
+        });
+    };
+    addAscii("8E1, 110 Bd", TeleprinterCode::Ascii8Even, 110.0, 170.0, 1.0);
+    addAscii("8O1, 300 Bd, 200 Hz", TeleprinterCode::Ascii8Odd, 300.0, 200.0, 1.0);
+    // Two characters of ten elements are also one of half the speed.
+    addAscii("7N2, 300 Bd, 200 Hz", TeleprinterCode::Ascii7, 300.0, 200.0, 2.0);
+    addAscii("7N2, 300 Bd, 170 Hz", TeleprinterCode::Ascii7, 300.0, 170.0, 2.0);
+    addAscii("7N1, 300 Bd, 170 Hz", TeleprinterCode::Ascii7, 300.0, 170.0, 1.0);
+    addAscii("7E1, 300 Bd, 200 Hz", TeleprinterCode::Ascii7Even, 300.0, 200.0, 1.0);
+    addAscii("8N1, 300 Bd, 170 Hz", TeleprinterCode::Ascii8, 300.0, 170.0, 1.0);
+    addAscii("8N2, 300 Bd, 170 Hz", TeleprinterCode::Ascii8, 300.0, 170.0, 2.0);
     add("Sitor-B", [](Machine& machine, TonePath&) {
         machine.code = TeleprinterCode::SitorB;
         machine.baud = 100.0;

@@ -194,6 +194,55 @@ private Q_SLOTS:
         const auto reader = makeAsciiReader(8);
         QCOMPARE(readAll(*reader, words), QString::fromLatin1(text));
     }
+
+    void eightBitsThatAreSeldomMeantAreKept()
+    {
+        const QByteArray text("Thirty plain characters first, then gr\xFC\xDF"
+                              "e");
+        std::vector<unsigned> words;
+        for (const char c : text)
+            words.push_back(static_cast<unsigned char>(c));
+        QCOMPARE(readAll(*makeAsciiReader(8), words), QString::fromLatin1(text));
+    }
+
+    void ninthElementIsParity()
+    {
+        const QByteArray text("gr\xFC\xDF"
+                              "e, and plain characters after them");
+        std::vector<unsigned> words;
+        for (const char c : text) {
+            const auto bits = static_cast<unsigned char>(c);
+            words.push_back(hasParity(bits, Parity::Odd) ? bits : bits | 0x100U);
+        }
+        QCOMPARE(readAll(*makeAsciiReader(9), words), QString::fromLatin1(text));
+    }
+
+    // Nothing waits for what is known.
+    void parityThatIsKnownIsLeftOutAtOnce_data()
+    {
+        QTest::addColumn<int>("dataBits");
+        QTest::addColumn<int>("parity");
+        QTest::addColumn<unsigned>("word");
+        QTest::addColumn<QString>("read");
+        const auto add = [](const char* name, int dataBits, Parity parity, unsigned word,
+                            const char* read) {
+            QTest::newRow(name) << dataBits << static_cast<int>(parity) << word
+                                << QString::fromLatin1(read);
+        };
+        add("seven bits and parity", 8, Parity::Odd, 0x80U | 'E', "E");
+        add("eight bits and parity", 9, Parity::Even, 0x1C4U, "\xC4");
+        add("eight bits alone", 8, Parity::None, 0xC4U, "\xC4");
+        add("seven bits alone", 7, Parity::None, 'E', "E");
+    }
+    void parityThatIsKnownIsLeftOutAtOnce()
+    {
+        QFETCH(int, dataBits);
+        QFETCH(int, parity);
+        QFETCH(unsigned, word);
+        QFETCH(QString, read);
+        const auto reader = makeAsciiReader(dataBits, static_cast<Parity>(parity));
+        QCOMPARE(QString::fromLatin1(QByteArray::fromStdString(reader->read(word))), read);
+    }
 };
 
 QTEST_GUILESS_MAIN(tst_TextReader)

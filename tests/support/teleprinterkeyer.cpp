@@ -132,14 +132,17 @@ private:
 
 std::string asciiElements(char c, TeleprinterCode code)
 {
-    const std::bitset<8> bits(static_cast<unsigned char>(c));
+    const bool isSeven = code == TeleprinterCode::Ascii7 || code == TeleprinterCode::Ascii7Even;
+    const std::size_t count = isSeven ? 7 : 8;
+    const std::bitset<8> bits(static_cast<unsigned char>(c) & (isSeven ? 0x7FU : 0xFFU));
     std::string elements;
-    for (std::size_t bit = 0; bit < 7; ++bit)
+    for (std::size_t bit = 0; bit < count; ++bit)
         elements += bits[bit] ? '1' : '0';
-    if (code == TeleprinterCode::Ascii8)
-        elements += bits[7] ? '1' : '0';
-    if (code == TeleprinterCode::Ascii7Even)
-        elements += (bits & std::bitset<8>(0x7F)).count() % 2 == 1 ? '1' : '0';
+    const bool isOdd = bits.count() % 2 == 1;
+    if (code == TeleprinterCode::Ascii7Even || code == TeleprinterCode::Ascii8Even)
+        elements += isOdd ? '1' : '0';
+    if (code == TeleprinterCode::Ascii8Odd)
+        elements += isOdd ? '0' : '1';
     return elements;
 }
 

@@ -16,6 +16,8 @@ enum class TeleprinterCode {
     Ascii7,     ///< seven bits, no parity
     Ascii7Even, ///< seven bits and even parity
     Ascii8,
+    Ascii8Even, ///< eight bits and parity
+    Ascii8Odd,
     SitorB, ///< CCIR 476, every character twice, after and before phasing signals
 };
 
