@@ -6,6 +6,7 @@
 #include "app/options/alphabetoptions.h"
 #include "host/standin/tracelog.h"
 #include "host/trace.h"
+#include "station/finddecoder.h"
 #include "station/io/folder.h"
 #include "station/io/systemtext.h"
 
@@ -83,7 +84,8 @@ TeleprinterSettings Reception::settings(const QString& decoder) const
     settings.place = QStringLiteral("Receiver1");
     settings.decoder = decoder;
     settings.mapsDirectory = m_choice.mapsDirectory;
-    settings.map = m_choice.map;
+    const auto chosen = m_maps.find(decoder);
+    settings.map = chosen == m_maps.end() ? m_choice.map : chosen->second;
     settings.frequency_Hz = m_options.frequency_Hz;
     return settings;
 }
@@ -101,6 +103,8 @@ bool Reception::canBegin(const QString& decoder)
 bool Reception::canShow(const QString& decoder)
 {
     if (decoder != QLatin1String(MORSE_DECODER)) {
+        if (m_choice.decoder == QLatin1String(DECODER_AS_FOUND))
+            chooseMap(decoder);
         const QString refusal = TeleprinterStation(m_tree, settings(decoder), *m_reporter).start();
         if (!refusal.isEmpty())
             complain(refusal);
@@ -110,6 +114,15 @@ bool Reception::canShow(const QString& decoder)
         return true;
     complainOfAlphabet(m_options.alphabet, m_options.alphabetDirectory);
     return false;
+}
+
+// A decoder that nobody asked for is no reason to refuse a map that is for others.
+void Reception::chooseMap(const QString& decoder)
+{
+    const QString map = mapForFound(m_tree, settings(decoder));
+    if (map != m_choice.map)
+        complain(QStringLiteral("the map '%1' is not for %2").arg(m_choice.map, decoder));
+    m_maps[decoder] = map;
 }
 
 bool Reception::canKeep()

@@ -58,6 +58,7 @@ private:
     StationSettings settings() const;
     TeleprinterSettings settings(const QString& decoder) const;
     bool canShow(const QString& decoder);
+    void chooseMap(const QString& decoder);
     bool canKeep();
     StationListener& listener(const ReceivedSource& source);
 
@@ -72,6 +73,7 @@ private:
     std::optional<MorseStation> m_station;           ///< goes before the tree
     std::optional<TeleprinterStation> m_teleprinter; ///< likewise
     std::map<QString, bool> m_canBegin;              ///< decoders that were tried
+    std::map<QString, QString> m_maps;               ///< of decoders that were found
     std::optional<bool> m_canKeep;                   ///< once it was tried
     SaveLosses m_lost;
     long long m_lostTransmissions = 0; ///< of teleprinters

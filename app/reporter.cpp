@@ -39,7 +39,8 @@ public:
         const bool endsWord = text.endsWith(QLatin1Char(' '));
         const QString characters = endsWord ? text.chopped(1) : text;
         if (!characters.isEmpty())
-            write((m_wordHasEnded ? QStringLiteral(" ") : QString()) + printable(characters));
+            write((m_wordHasEnded ? QStringLiteral(" ") : QString()) +
+                  (m_output.isTerminal() ? printable(characters) : characters));
         m_wordHasEnded = m_lineIsOpen && (endsWord || (m_wordHasEnded && characters.isEmpty()));
     }
 

@@ -44,6 +44,8 @@ enum class ReportForm {
 /// Called before text is written: whether it ends within a line.
 using LineListener = std::function<void(bool lineStaysOpen)>;
 
+/// A terminal gets control characters as U+FFFD, since they would be orders to it; a file or a pipe
+/// gets every character.
 std::unique_ptr<Reporter> makeReporter(ReportForm form, Output& output, LineListener listener);
 
 } // namespace morsehost

@@ -128,18 +128,7 @@ bool BandStation::canBegin()
 
 bool BandStation::hasMap()
 {
-    class Silent : public StationListener
-    {
-    } silent;
-    const QStringList decoders = teleprinterDecoders();
-    return std::any_of(decoders.begin(), decoders.end(), [&](const QString& decoder) {
-        TeleprinterSettings settings;
-        settings.place = QStringLiteral("Band1/Trial");
-        settings.decoder = decoder;
-        settings.mapsDirectory = m_map.directory;
-        settings.map = m_map.name;
-        return TeleprinterStation(m_tree, settings, silent).start().isEmpty();
-    });
+    return isMapOfAny(m_tree, m_map.directory, m_map.name);
 }
 
 void BandStation::signalFound(int signal, double tone_Hz, double snr_dB)

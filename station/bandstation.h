@@ -29,8 +29,8 @@ struct BandEntry
 /// it. A teleprinter whose decoder it is not for is shown as it was received.
 struct BandMap
 {
-    QString name = QStringLiteral("Default"); ///< none
-    QString directory = {};                   ///< an existing one
+    QString name = QLatin1String(NO_MAP);
+    QString directory = {}; ///< an existing one
 };
 
 /// Hears everything in the order in which it is decided.

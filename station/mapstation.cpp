@@ -90,12 +90,17 @@ QStringList MapStation::mapsMeant(const QString& name)
     const QStringList offered = maps();
     if (offered.contains(name))
         return {name};
-    QStringList meant;
-    for (const QString& map : offered) {
-        if (nameOfDisplayName(map) == name)
-            meant += map;
+    for (const Qt::CaseSensitivity letterCase : {Qt::CaseSensitive, Qt::CaseInsensitive}) {
+        QStringList meant;
+        for (const QString& map : offered) {
+            if (map.compare(name, letterCase) == 0 ||
+                nameOfDisplayName(map).compare(name, letterCase) == 0)
+                meant += map;
+        }
+        if (!meant.isEmpty())
+            return meant;
     }
-    return meant;
+    return {};
 }
 
 QString MapStation::currentMap()

@@ -14,6 +14,9 @@
 
 namespace morsehost {
 
+/// The map that is always offered and changes nothing.
+constexpr char NO_MAP[] = "Default";
+
 /// Uses the library as any host does: through paths of values, notifications and public
 /// operations. Stations share a tree, each at a place of its own. The decoder modules file has been
 /// configured before the first one.
@@ -34,7 +37,8 @@ public:
     void selectDecoder(const QString& name);
     /// False unless `mapsMeant` is one.
     bool selectMap(const QString& name);
-    /// What is offered under `name`, or under it and a character set.
+    /// What is offered under `name`, or under it and a character set; in any letter case where
+    /// nothing is spelled like this.
     QStringList mapsMeant(const QString& name);
     void receive(const QString& text);
     /// What was received ends here: a stop for the observers of the output.

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "station/teleprinterstation.h"
 
+#include "station/decoders.h"
+
 #include <QDateTime>
 #include <QDir>
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -22,6 +25,15 @@ QString frequencyText(double frequency_Hz)
     return frequency_Hz > FROM_MHz
                ? QString::number(frequency_Hz / 1e6, 'f', 3) + QStringLiteral("MHz")
                : QString::number(frequency_Hz / 1e3, 'f', 3) + QStringLiteral("KHz");
+}
+
+// Whether a station with these settings can be begun.
+bool canStart(HostTree& tree, const TeleprinterSettings& settings)
+{
+    class Silent : public StationListener
+    {
+    } silent;
+    return TeleprinterStation(tree, settings, silent).start().isEmpty();
 }
 
 // A name that no other station has used, and the number of its attempt.
@@ -152,6 +164,26 @@ void TeleprinterStation::save(QFile& file, const QByteArray& bytes)
     if (!m_isFailing)
         m_listener.saving(QStringLiteral("%1: %2").arg(file.fileName(), file.errorString()));
     m_isFailing = true;
+}
+
+bool isMapOfAny(HostTree& tree, const QString& mapsDirectory, const QString& map)
+{
+    const QStringList decoders = teleprinterDecoders();
+    return std::any_of(decoders.begin(), decoders.end(), [&](const QString& decoder) {
+        TeleprinterSettings settings;
+        settings.place = QStringLiteral("Trial1");
+        settings.decoder = decoder;
+        settings.mapsDirectory = mapsDirectory;
+        settings.map = map;
+        return canStart(tree, settings);
+    });
+}
+
+QString mapForFound(HostTree& tree, const TeleprinterSettings& settings)
+{
+    return !canStart(tree, settings) && isMapOfAny(tree, settings.mapsDirectory, settings.map)
+               ? QString(QLatin1String(NO_MAP))
+               : settings.map;
 }
 
 } // namespace morsehost

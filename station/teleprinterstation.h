@@ -21,7 +21,7 @@ struct TeleprinterSettings
     QString source;        ///< name of the recording or pipe; may be empty
     QString decoder;       ///< a name of the decoder modules table
     QString mapsDirectory; ///< an existing folder
-    QString map;           ///< as the operator calls it; "Default" for none
+    QString map;           ///< as the operator calls it; NO_MAP for none
     QString saveDirectory; ///< an existing folder; empty when nothing is saved
     std::optional<double> frequency_Hz;
     unsigned long long start_us = 0; ///< time of the first sample, since 1970-01-01 00:00 UTC
@@ -61,5 +61,12 @@ private:
     bool m_isFailing = false; ///< something of this transmission could not be saved
     long long m_lost = 0;
 };
+
+/// Whether a map is offered for any teleprinter's decoder.
+bool isMapOfAny(HostTree& tree, const QString& mapsDirectory, const QString& map);
+
+/// The map for a decoder that was found, not asked for: `map`, but none where it is only for
+/// others.
+QString mapForFound(HostTree& tree, const TeleprinterSettings& settings);
 
 } // namespace morsehost

@@ -4,6 +4,7 @@
 #include "app/console/complain.h"
 #include "app/console/exitstatus.h"
 #include "station/decoders.h"
+#include "station/finddecoder.h"
 #include "station/picture/teleprinternotes.h"
 #include "station/picture/teleprinterpicture.h"
 #include "station/teleprinterstation.h"
@@ -28,8 +29,11 @@ public:
 
     void feed(TeleprinterStation& station) { m_station = &station; }
 
+    bool hasHeard() const { return m_hasHeard; }
+
     void transmissionStarted(const teleprinter::Line& line, std::int64_t time_us) override
     {
+        m_hasHeard = true;
         m_notes.transmissionStarted(line, time_us);
         m_station->transmissionStarted(line, time_us);
     }
@@ -49,6 +53,7 @@ public:
 private:
     inspect::TeleprinterNotes& m_notes;
     TeleprinterStation* m_station = nullptr;
+    bool m_hasHeard = false;
 };
 
 } // namespace
@@ -66,6 +71,10 @@ int inspectTeleprinter(SampleSource& source, const SoundRequest& sound,
     settings.decoder = sound.decoder;
     settings.mapsDirectory = choice.mapsDirectory;
     settings.map = choice.map;
+    if (choice.decoder == QLatin1String(DECODER_AS_FOUND))
+        settings.map = mapForFound(tree, settings);
+    if (settings.map != choice.map)
+        complain(QStringLiteral("the map '%1' is not for %2").arg(choice.map, settings.decoder));
     TeleprinterStation station(tree, settings, listener);
     const QString refusal = station.start();
     if (!refusal.isEmpty()) {
@@ -80,6 +89,10 @@ int inspectTeleprinter(SampleSource& source, const SoundRequest& sound,
     reader.hear(receiver);
     if (!reader.canDraw(file.name()))
         return EXIT_BAD_INPUT;
+    if (!listener.hasHeard())
+        complain(sound.name, QStringLiteral("no %1 was heard in %2 s")
+                                 .arg(sound.decoder)
+                                 .arg(static_cast<double>(reader.end_us()) / 1e6, 0, 'f', 1));
     inspect::SeenTeleprinter seen = notes.seen();
     seen.stretch.to_us = std::min(seen.stretch.to_us, reader.end_us());
     if (!file.write(inspect::teleprinterPicture(seen, QFileInfo(sound.name).fileName())))

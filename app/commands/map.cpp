@@ -29,8 +29,6 @@ constexpr int PIECE_BYTES = 4096;
 // What is longer is no command.
 constexpr int MAX_COMMAND_BYTES = 1024;
 
-const QLatin1String DEFAULT_MAP("Default");
-
 // Shows the text and the answers to commands, as they are or as objects.
 class Screen
 {
@@ -237,7 +235,8 @@ int run(Arguments& arguments)
         complain(decoder, QStringLiteral("no map fits this decoder (see 'morsehost decoders')"));
         return EXIT_BAD_INPUT;
     }
-    const QString map = arguments.isSet("map") ? arguments.text("map") : QString(DEFAULT_MAP);
+    const QString map =
+        arguments.isSet("map") ? arguments.text("map") : QString(QLatin1String(NO_MAP));
     if (!station.selectMap(map)) {
         complain(decoder, whyNotSelected(station, map));
         return EXIT_BAD_INPUT;

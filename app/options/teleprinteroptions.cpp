@@ -5,6 +5,7 @@
 #include "app/options/tableoptions.h"
 #include "station/decoders.h"
 #include "station/finddecoder.h"
+#include "station/teleprinterstation.h"
 #include "tables/decodermodulesfile.h"
 #include "tables/hostpath.h"
 #include "tables/regularfile.h"
@@ -23,12 +24,15 @@ namespace {
 constexpr char DECODER[] = "decoder";
 constexpr char UNSHIFT[] = "unshift-on-space";
 constexpr char PARITY[] = "parity";
-const QLatin1String NO_MAP("Default");
 
 QString decoderAsked(const Arguments& arguments)
 {
-    return arguments.isSet(DECODER) ? decoderSpelled(arguments.text(DECODER))
-                                    : QString(QLatin1String(MORSE_DECODER));
+    if (!arguments.isSet(DECODER))
+        return QLatin1String(MORSE_DECODER);
+    const QString asked = arguments.text(DECODER);
+    const QLatin1String asFound(DECODER_AS_FOUND);
+    return asked.compare(asFound, Qt::CaseInsensitive) == 0 ? QString(asFound)
+                                                            : decoderSpelled(asked);
 }
 
 bool isInTable(const QString& decoder, const QString& modulesFile)
@@ -123,7 +127,7 @@ teleprinter::Unshift readUnshift(Arguments& arguments)
 
 bool TeleprinterChoice::hasMap() const
 {
-    return !map.isEmpty() && map != NO_MAP;
+    return !map.isEmpty() && map.compare(QLatin1String(NO_MAP), Qt::CaseInsensitive) != 0;
 }
 
 std::vector<OptionRow> teleprinterOptionRows()
@@ -166,7 +170,7 @@ TeleprinterChoice readTeleprinterOptions(Arguments& arguments,
     TeleprinterChoice choice;
     choice.decoder = decoderAsked(arguments);
     choice.mapsDirectory = directoryOption(arguments, "maps", "maps");
-    choice.map = arguments.isSet("map") ? arguments.text("map") : QString(NO_MAP);
+    choice.map = arguments.isSet("map") ? arguments.text("map") : QString(QLatin1String(NO_MAP));
     if (choice.decoder == QLatin1String(MORSE_DECODER)) {
         for (const OptionRow& row : teleprinterOptionRows()) {
             if (QLatin1String(row.name) != QLatin1String(DECODER) && arguments.isSet(row.name))
@@ -183,10 +187,16 @@ TeleprinterChoice readTeleprinterOptions(Arguments& arguments,
         sound.teleprinter = receiver;
         sound.teleprinter.known.centre_Hz = sound.demodulator.tone_Hz;
         const teleprinter::Known& known = sound.teleprinter.known;
-        if (known.centre_Hz && known.shift_Hz && *known.centre_Hz <= *known.shift_Hz / 2)
+        using namespace teleprinter;
+        const double half_Hz = 0.5 * known.shift_Hz.value_or(LEAST_SHIFT_Hz);
+        if (known.centre_Hz && (*known.centre_Hz - half_Hz < LOWEST_TONE_Hz ||
+                                *known.centre_Hz + half_Hz > HIGHEST_TONE_Hz))
             arguments.fail(
-                QStringLiteral("--tone is midway between the tones: with this --shift one "
-                               "of them is below 0 Hz"));
+                QStringLiteral("--tone is midway between the tones: with %1 one of them "
+                               "is outside %2 Hz")
+                    .arg(known.shift_Hz ? QStringLiteral("this --shift")
+                                        : QStringLiteral("any shift"),
+                         QString::fromStdString(range(LOWEST_TONE_Hz, HIGHEST_TONE_Hz))));
     }
     for (const char* const option : forMorse) {
         if (arguments.isSet(option))

@@ -30,6 +30,11 @@ void Output::write(const QByteArray& data)
     writeKept(m_whenBusy == WhenBusy::Wait);
 }
 
+bool Output::isTerminal() const
+{
+    return ::isatty(m_descriptor) != 0;
+}
+
 void Output::finish()
 {
     writeKept(true);

@@ -28,6 +28,7 @@ public:
     /// output counts as closed then.
     void finish();
 
+    bool isTerminal() const;
     /// The reader has gone: there is no use in going on, and nothing to complain about.
     bool isClosed() const { return m_closed; }
     /// Any other failure, such as a full disk; empty when there is none.

@@ -2,6 +2,9 @@
 // Teleprinters from their sound to the operator's alphabet, as a user runs the program.
 #include "support/files.h"
 #include "support/program.h"
+#include "support/soundfile.h"
+#include "support/teleprinterkeyer.h"
+#include "support/terminal.h"
 
 #include <QDir>
 #include <QJsonDocument>
@@ -147,6 +150,79 @@ private Q_SLOTS:
         const Ended ended = run({"decode", "--decoder", "ascii rtty", recording});
         QCOMPARE(ended.err, QByteArray());
         QCOMPARE(ended.out, run({"decode", "--decoder", "ASCII RTTY", recording}).out);
+    }
+
+    void autoIsTakenInAnyLetterCase()
+    {
+        const Ended ended =
+            run({"decode", "--decoder", "AUTO", RECORDINGS + "minimodem-ascii.flac"});
+        QCOMPARE(ended.status, 0);
+        QVERIFY2(ended.err.contains("ASCII RTTY"), ended.err.constData());
+        QVERIFY(!ended.out.isEmpty());
+    }
+
+    void nameOfAMapIsTakenInAnyLetterCase()
+    {
+        const QString recording = RECORDINGS + "minimodem-ita2.flac";
+        const Ended ended = run({"decode", "--decoder", "Baudot", "--map", "russian", recording});
+        QCOMPARE(ended.err, QByteArray());
+        QCOMPARE(ended.out,
+                 run({"decode", "--decoder", "Baudot", "--map", "Russian", recording}).out);
+    }
+
+    // As in a band: it is for those that it fits.
+    void mapThatTheFoundDecoderHasNoUseForIsSaid_data()
+    {
+        QTest::addColumn<QStringList>("command");
+        QTest::newRow("decode") << QStringList{"decode"};
+        QTest::newRow("inspect") << QStringList{"inspect", "-o", "-"};
+    }
+    void mapThatTheFoundDecoderHasNoUseForIsSaid()
+    {
+        QFETCH(QStringList, command);
+        const Ended ended = run(command + QStringList{"--decoder", "auto", "--map", "Russian",
+                                                      RECORDINGS + "minimodem-ascii.flac"});
+        QCOMPARE(ended.status, 0);
+        QVERIFY2(ended.err.contains("the map 'Russian' is not for ASCII RTTY"),
+                 ended.err.constData());
+        QVERIFY(ended.out.size() > 30);
+        const Ended none = run(command + QStringList{"--decoder", "auto", "--map", "Foo",
+                                                     RECORDINGS + "minimodem-ascii.flac"});
+        QCOMPARE(none.status, 1);
+        QVERIFY2(none.err.contains("no map 'Foo'"), none.err.constData());
+    }
+
+    void aPictureOfNothingIsSaidToBeOne()
+    {
+        QTemporaryDir folder;
+        const Ended ended =
+            run({"inspect", "--decoder", "Baudot", "-o", folder.filePath("nothing.svg"),
+                 RECORDINGS + "minimodem-ascii.flac"});
+        QCOMPARE(ended.status, 0);
+        QVERIFY2(ended.err.contains("no Baudot was heard"), ended.err.constData());
+        QVERIFY(QFile::exists(folder.filePath("nothing.svg")));
+    }
+
+    // What rings a bell or moves the cursor is an order to a terminal alone.
+    void aTerminalGetsNoOrders()
+    {
+        using testsupport::TeleprinterCode;
+        testsupport::Machine machine;
+        machine.code = TeleprinterCode::Ascii7;
+        machine.baud = 110.0;
+        const std::string text = "THE BELL RINGS \a NOW AND THE SCREEN TURNS \x1b[31m RED";
+        QTemporaryDir folder;
+        const QString recording = folder.filePath("orders.wav");
+        testsupport::writeSoundFile(
+            recording.toStdString(), 8000.0,
+            testsupport::teleprinterSound(testsupport::teleprinterElements(text, machine, "orders"),
+                                          {}, 8000.0, "orders"));
+        const QStringList words = {"decode", "--decoder", "ASCII RTTY", recording};
+        QCOMPARE(run(words).out, QByteArray::fromStdString(text + "\n"));
+        QByteArray harmless = QByteArray::fromStdString(text + "\n");
+        for (const char order : {'\a', '\x1b'})
+            harmless.replace(order, "\xEF\xBF\xBD");
+        QCOMPARE(testsupport::runAtTerminal(words).out, harmless);
     }
 
     void mapIsNoUseToMorse()
@@ -297,9 +373,20 @@ private Q_SLOTS:
         QTest::newRow("tone outside the band")
             << QStringList{"--decoder", "Baudot", "--tone", "3550"}
             << QByteArray("--tone takes a number from 200 to 3500");
-        QTest::newRow("tone below 0 Hz")
+        QTest::newRow("lower tone below the band")
             << QStringList{"--decoder", "Baudot", "--tone", "250", "--shift", "850"}
-            << QByteArray("with this --shift one of them is below 0 Hz");
+            << QByteArray("with this --shift one of them is outside 200 to 3600 Hz");
+        QTest::newRow("upper tone above the band")
+            << QStringList{"--decoder", "Baudot", "--tone", "3500", "--shift", "1000"}
+            << QByteArray("with this --shift one of them is outside 200 to 3600 Hz");
+        QTest::newRow("tone that leaves no room")
+            << QStringList{"--decoder", "Baudot", "--tone", "220"}
+            << QByteArray("with any shift one of them is outside 200 to 3600 Hz");
+        QTest::newRow("odd parity word") << QStringList{"--decoder", "auto", "--parity", "mark"}
+                                         << QByteArray("--parity takes 'none', 'even' or 'odd'");
+        QTest::newRow("parity of a code without it")
+            << QStringList{"--decoder", "Baudot", "--parity", "even"}
+            << QByteArray("Baudot has no parity");
         QTest::newRow("tone of Morse only") << QStringList{"--decoder", "auto", "--tone", "150"}
                                             << QByteArray("--tone takes a number from 200 to 3500");
         QTest::newRow("odd word") << QStringList{"--decoder", "Baudot", "--unshift-on-space", "x"}
