@@ -269,6 +269,13 @@ const std::vector<Condition>& conditions()
                     machine.baud = 300.0;
                     machine.stop_bits = 2.0;
                 }),
+        changed("ascii300w", "ASCII, 300 Bd, 850 Hz, 7 bits, even parity, +12 dB", 12.0,
+                [](Machine& machine, TonePath& path) {
+                    machine.code = TeleprinterCode::Ascii7Even;
+                    machine.baud = 300.0;
+                    machine.stop_bits = 1.0;
+                    path.shift_Hz = 850.0;
+                }),
         changed("ascii-8o", "ASCII, 110 Bd, 8 bits, odd parity, +10 dB", 10.0,
                 [](Machine& machine, TonePath&) {
                     machine.code = TeleprinterCode::Ascii8Odd;

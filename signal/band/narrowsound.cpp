@@ -11,15 +11,19 @@ namespace demodulator {
 
 namespace {
 
-constexpr std::size_t STEP = 16; // samples of the sound
-constexpr std::size_t WINDOW = WINDOW_STEPS * STEP;
+// Samples of the sound in a step: as few as its width allows, since each costs as much as the sound
+// has filters.
+constexpr std::size_t NARROW_STEP = 16;
+constexpr std::size_t WIDE_STEP = 32;
+constexpr double NARROW_Hz = 1850.0;
 
 } // namespace
 
 NarrowSound::NarrowSound(const StepBank& bank, double lowest_Hz, double highest_Hz,
                          std::int64_t begin_step)
     : m_bank(bank)
-    , m_rate_Hz(STEP / bank.step_s())
+    , m_step(highest_Hz - lowest_Hz > NARROW_Hz ? WIDE_STEP : NARROW_STEP)
+    , m_rate_Hz(static_cast<double>(m_step) / bank.step_s())
     , m_first(static_cast<long>(std::floor(lowest_Hz / bank.spacing_Hz())))
     , m_filters(static_cast<std::size_t>(
           std::max(1L, std::lround((highest_Hz - lowest_Hz) / bank.spacing_Hz()) + 1)))
@@ -27,10 +31,12 @@ NarrowSound::NarrowSound(const StepBank& bank, double lowest_Hz, double highest_
     , m_begin_s((static_cast<double>(begin_step) - 0.5 * WINDOW_STEPS) * bank.step_s())
     , m_next(begin_step)
     , m_scale(bank.scale())
-    , m_sum(WINDOW, 0.0F)
+    , m_sum(WINDOW_STEPS * m_step, 0.0F)
 {
-    for (std::size_t n = 0; n < WINDOW; ++n) {
-        const double time_s = (static_cast<double>(n) - 0.5 * WINDOW) / m_rate_Hz;
+    const std::size_t window = m_sum.size();
+    for (std::size_t n = 0; n < window; ++n) {
+        const double time_s =
+            (static_cast<double>(n) - 0.5 * static_cast<double>(window)) / m_rate_Hz;
         for (std::size_t k = 0; k < m_filters; ++k)
             m_waves.emplace_back(
                 std::polar(1.0, TWO_PI * static_cast<double>(k) * bank.spacing_Hz() * time_s));
@@ -53,9 +59,10 @@ void NarrowSound::read(std::int64_t end_step, std::vector<float>& samples)
                 ++wave;
             }
         }
-        samples.insert(samples.end(), m_sum.begin(), m_sum.begin() + STEP);
-        std::copy(m_sum.begin() + STEP, m_sum.end(), m_sum.begin());
-        std::fill(m_sum.end() - STEP, m_sum.end(), 0.0F);
+        const auto step = static_cast<std::ptrdiff_t>(m_step);
+        samples.insert(samples.end(), m_sum.begin(), m_sum.begin() + step);
+        std::copy(m_sum.begin() + step, m_sum.end(), m_sum.begin());
+        std::fill(m_sum.end() - step, m_sum.end(), 0.0F);
     }
 }
 

@@ -12,7 +12,7 @@
 namespace demodulator {
 
 /// The widest part.
-constexpr double MOST_NARROW_Hz = 1850.0;
+constexpr double MOST_NARROW_Hz = 3700.0;
 
 class NarrowSound
 {
@@ -32,6 +32,7 @@ public:
 
 private:
     const StepBank& m_bank;
+    std::size_t m_step; // samples of the sound
     double m_rate_Hz;
     long m_first; // filter
     std::size_t m_filters;

@@ -2,6 +2,8 @@
 #include "signal/band/teleprinterlistener.h"
 
 #include "signal/band/survey.h"
+#include "signal/numbers.h"
+#include "signal/timing.h"
 
 #include <algorithm>
 #include <cmath>
@@ -96,11 +98,23 @@ bool TeleprinterListener::isBetween(double tone_Hz, double within_Hz) const
            tone_Hz > m_upper_Hz - within_Hz;
 }
 
+// What the changes from one tone to the other give at a tone: each is a step of both, and falls off
+// with the distance from them.
+double TeleprinterListener::edges(double tone_Hz) const
+{
+    constexpr double MEAN_WINDOW_s = 0.5 * WINDOW_STEPS * STEP_s; // a Hann window's mean is a half
+    const double changes = std::max(1.0, m_baud * MEAN_WINDOW_s);
+    const double distances_Hz2 = std::fabs(tone_Hz - m_lower_Hz) * std::fabs(tone_Hz - m_upper_Hz);
+    const double amplitude =
+        (m_upper_Hz - m_lower_Hz) / (TWO_PI * MEAN_WINDOW_s * std::max(1.0, distances_Hz2));
+    return std::min(1.0, changes * amplitude * amplitude);
+}
+
 double TeleprinterListener::leak(double tone_Hz) const
 {
     const double amplitude = std::sqrt(Survey::leak(tone_Hz - m_lower_Hz)) +
                              std::sqrt(Survey::leak(tone_Hz - m_upper_Hz));
-    return amplitude * amplitude;
+    return std::max(amplitude * amplitude, m_isKnown ? edges(tone_Hz) : 0.0);
 }
 
 void TeleprinterListener::transmissionStarted(const teleprinter::Line& line, std::int64_t time_us)
@@ -108,6 +122,7 @@ void TeleprinterListener::transmissionStarted(const teleprinter::Line& line, std
     m_isReceiving = true;
     std::tie(m_lower_Hz, m_upper_Hz) =
         std::minmax(m_sound.base_Hz() + line.mark_Hz, m_sound.base_Hz() + line.space_Hz);
+    m_baud = line.baud;
     m_isKnown = true;
     note(TeleprinterEvent::Kind::Started, 0, time_us, line);
 }

@@ -54,6 +54,7 @@ public:
 private:
     TeleprinterListener(const StepBank& bank, const ShiftedPair& pair, double beside_Hz,
                         teleprinter::Unshift unshift, std::int64_t begin_step);
+    double edges(double tone_Hz) const;
     void transmissionStarted(const teleprinter::Line& line, std::int64_t time_us) override;
     void character(std::uint8_t character, std::int64_t time_us) override;
     void transmissionStopped(const teleprinter::Line& line, std::int64_t time_us) override;
@@ -63,7 +64,8 @@ private:
     NarrowSound m_sound;
     double m_lower_Hz; ///< of the last transmission, or as the pair was found
     double m_upper_Hz;
-    bool m_isKnown = false; ///< there was a transmission
+    double m_baud = 0.0;    ///< of the last transmission
+    bool m_isKnown = false; ///< there was one
     std::optional<teleprinter::Receiver> m_receiver;
     std::vector<float> m_samples;
     std::vector<TeleprinterEvent> m_events;

@@ -289,6 +289,13 @@ private:
                fit.framing >= m_own.wholeFramingMean * fit.characters;
     }
 
+    // Characters of ASCII that follow each other evenly: data do so for some, never for so many.
+    bool isMachine(const Acquired& acquired) const
+    {
+        return acquired.line.kind.code == Code::Ascii && isWhole(acquired.fit) &&
+               acquired.fit.evenPauses >= m_own.wholeEven;
+    }
+
     // A second stop may as well be data that are always mark.
     bool isSameText(const Acquired& a, const Acquired& b) const
     {
@@ -506,7 +513,7 @@ private:
                                           : best.fit.score * m_own.mostStronger))
                 return std::nullopt;
         }
-        if (overData(best, m_attempts.front().noise) < m_own.leastOverData)
+        if (!isMachine(best) && overData(best, m_attempts.front().noise) < m_own.leastOverData)
             return std::nullopt;
         return best;
     }

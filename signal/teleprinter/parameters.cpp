@@ -60,6 +60,7 @@ bool setParameter(Parameters& parameters, const std::string& name, double value)
             PARAMETER_ROW(acquisition.leastWhole),
             PARAMETER_ROW(acquisition.wholeFormed),
             PARAMETER_ROW(acquisition.wholeFramingMean),
+            PARAMETER_ROW(acquisition.wholeEven),
             PARAMETER_ROW(acquisition.toChange),
             PARAMETER_ROW(acquisition.mostContrast),
             PARAMETER_ROW(acquisition.steadyFirst),

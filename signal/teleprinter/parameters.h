@@ -112,6 +112,7 @@ struct AcquisitionParameters
     int leastWhole = 20;
     double wholeFormed = 0.95;
     double wholeFramingMean = 1.2;
+    double wholeEven = 0.95; ///< share of pauses from which it is a machine (row: ascii300w)
     /// Share of characters by which more have to have the form of another line than of the one that
     /// is followed (rows: ascii300, stop1).
     double toChange = 0.1;

@@ -455,6 +455,8 @@ private Q_SLOTS:
         QTest::newRow("150 Bd") << TeleprinterCode::Ascii7 << 150.0 << 170.0 << 15.0 << 3;
         QTest::newRow("200 Bd") << TeleprinterCode::Ascii8 << 200.0 << 170.0 << 15.0 << 3;
         QTest::newRow("300 Bd") << TeleprinterCode::Ascii8 << 300.0 << 200.0 << 20.0 << 4;
+        QTest::newRow("200 Bd, wide") << TeleprinterCode::Ascii8 << 200.0 << 850.0 << 20.0 << 4;
+        QTest::newRow("300 Bd, wide") << TeleprinterCode::Ascii7Even << 300.0 << 850.0 << 20.0 << 4;
         QTest::newRow("Sitor-B, weak") << TeleprinterCode::SitorB << 100.0 << 170.0 << 0.0 << 1;
     }
     void aTeleprinterOfAnyKindIsReadAndIsNoMorse()

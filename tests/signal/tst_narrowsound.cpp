@@ -42,26 +42,29 @@ private Q_SLOTS:
         QTest::addColumn<double>("rate_Hz");
         QTest::addColumn<bool>("isComplex");
         QTest::addColumn<double>("tone_Hz");
-        QTest::newRow("sound") << 8000.0 << false << 1234.5;
-        QTest::newRow("I/Q") << 48000.0 << true << 10432.1;
-        QTest::newRow("I/Q, below the centre") << 48000.0 << true << -7321.7;
-        QTest::newRow("odd rate") << 44100.0 << true << 3333.3;
+        QTest::addColumn<double>("width_Hz");
+        QTest::newRow("sound") << 8000.0 << false << 1234.5 << 900.0;
+        QTest::newRow("I/Q") << 48000.0 << true << 10432.1 << 900.0;
+        QTest::newRow("I/Q, below the centre") << 48000.0 << true << -7321.7 << 900.0;
+        QTest::newRow("odd rate") << 44100.0 << true << 3333.3 << 900.0;
+        QTest::newRow("as wide as it may be") << 48000.0 << true << 10432.1 << MOST_NARROW_Hz;
     }
     void toneKeepsLevelFrequencyAndPhase()
     {
         QFETCH(double, rate_Hz);
         QFETCH(bool, isComplex);
         QFETCH(double, tone_Hz);
+        QFETCH(double, width_Hz);
         const BandFormat format = {rate_Hz, isComplex};
         StepBank bank(format, 2.0);
         hear(bank, format, tone_Hz, 250);
         constexpr std::int64_t BEGIN = 20;
-        NarrowSound narrow(bank, tone_Hz - 400.0, tone_Hz + 500.0, BEGIN);
+        NarrowSound narrow(bank, tone_Hz - 0.4 * width_Hz, tone_Hz + 0.6 * width_Hz, BEGIN);
         std::vector<float> samples;
         narrow.read(100, samples);
         narrow.read(250, samples);
         QVERIFY(samples.size() > 3000);
-        for (std::size_t n = 64; n < samples.size(); ++n) {
+        for (std::size_t n = 128; n < samples.size(); ++n) {
             const double t_s = narrow.begin_s() + static_cast<double>(n) / narrow.rate_Hz();
             // What is taken off the frequency is taken off the phase since the first sample.
             const double expected = std::cos(2.0 * PI * (tone_Hz - narrow.base_Hz()) * t_s);

@@ -349,6 +349,8 @@ void tst_TeleprinterReceiver::itReadsWithoutSettings_data()
     addAscii("7E1, 300 Bd, 200 Hz", TeleprinterCode::Ascii7Even, 300.0, 200.0, 1.0);
     addAscii("8N1, 300 Bd, 170 Hz", TeleprinterCode::Ascii8, 300.0, 170.0, 1.0);
     addAscii("8N2, 300 Bd, 170 Hz", TeleprinterCode::Ascii8, 300.0, 170.0, 2.0);
+    addAscii("7E1, 150 Bd, 600 Hz", TeleprinterCode::Ascii7Even, 150.0, 600.0, 1.0);
+    addAscii("7E1, 300 Bd, 850 Hz", TeleprinterCode::Ascii7Even, 300.0, 850.0, 1.0);
     add("Sitor-B", [](Machine& machine, TonePath&) {
         machine.code = TeleprinterCode::SitorB;
         machine.baud = 100.0;
