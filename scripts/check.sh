@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: MIT
 # Runs every static check and prints what they find as file:line; fails if any of them complains.
 # `check.sh tidy spelling` runs only those named. `check.sh changed` leaves out clazy, and looks with
-# clang-tidy and at public headers only where something changed since BASE (default: where this left
-# main, on main the commit before). Needs `scripts/setup.sh all`.
+# clang-tidy, cppcheck and at public headers only where something changed since BASE (default: where
+# this left main, on main the commit before). Needs `scripts/setup.sh all`.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -18,6 +18,14 @@ sources() {
     done
 }
 
+changed() {
+    local base=${BASE:-$(git merge-base HEAD main 2>/dev/null || true)}
+    if [ -z "$base" ] || [ "$base" = "$(git rev-parse HEAD)" ]; then
+        base=HEAD~1
+    fi
+    git diff --name-only "$base" -- && git ls-files --others --exclude-standard
+}
+
 # among FILE…: those of them that changed, or all; of a header that changed also its source.
 is_partial=
 among() {
@@ -25,12 +33,19 @@ among() {
         printf '%s\n' "$@"
         return
     fi
-    local base=${BASE:-$(git merge-base HEAD main 2>/dev/null || true)}
-    if [ -z "$base" ] || [ "$base" = "$(git rev-parse HEAD)" ]; then
-        base=HEAD~1
+    changed | sed 'p; s/\.h$/.cpp/' | grep -xFf - <(printf '%s\n' "$@") || true
+}
+
+# The sources that changed or include a header that did, or all.
+concerned() {
+    if [ -z "$is_partial" ]; then
+        sources '*.cpp'
+        return
     fi
-    { git diff --name-only "$base" -- && git ls-files --others --exclude-standard; } | sed 'p; s/\.h$/.cpp/' |
-        grep -xFf - <(printf '%s\n' "$@") || true
+    local headers
+    headers=$(changed | sed -nE 's/^((tests|bench)\/)?(.*\.h)$/#include "\3"/p')
+    { changed && sources '*.cpp' | xargs grep -lF "${headers:-no header}"; } |
+        grep -xFf - <(sources '*.cpp') || true
 }
 
 # The compile commands for clang: each source by itself and once, without gcc's warnings. What is
@@ -81,7 +96,7 @@ check_clazy() {
 
 # What is passed by value because an interface demands it is left to clang-tidy, which knows of it.
 check_cppcheck() {
-    sources '*.cpp' | xargs cppcheck -q -j "$jobs" --std=c++17 --library=qt --library=posix \
+    concerned | xargs -r cppcheck -q -j "$jobs" --std=c++17 --library=qt --library=posix \
         --enable=warning,performance,portability --suppress=passedByValue --inline-suppr \
         --error-exitcode=1 -I. -I"$build" -Itests \
         --template='{file}:{line}: {severity}: {message} [{id}]' 2>&1
