@@ -5,6 +5,7 @@
 #include "host/standin/configuration.h"
 #include "host/standin/hosttree.h"
 #include "host/standin/tracelog.h"
+#include "support/amounts.h"
 #include "support/decodermodules.h"
 #include "support/files.h"
 #include "support/intendedleak.h"
@@ -617,7 +618,7 @@ private Q_SLOTS:
     {
         Scene scene(maps(), "Packet", "Greek - ASCII");
         scene.directory.SetMaxNumberOfChars_ValuePath("d/max");
-        const int count = 10 * 1000 * 1000;
+        const int count = testsupport::largeAmount(10 * 1000 * 1000);
         scene.input->SetValue(QString(count, 'A'), nullptr);
         QCOMPARE(scene.output->GetValue(), QString(count, QChar(0x391)));
         QCOMPARE(scene.directory.TranslateHistory(), QString(10000, QChar(0x391)));

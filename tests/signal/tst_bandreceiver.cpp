@@ -2,6 +2,7 @@
 #include "signal/band/bandreceiver.h"
 
 #include "signal/numbers.h"
+#include "support/disturbances.h"
 #include "support/keyer.h"
 #include "support/morsecode.h"
 #include "support/random.h"
@@ -41,25 +42,6 @@ Samples noise(double duration_s, const std::string& seed = "band")
         sample = {static_cast<float>(std::sqrt(0.5) * random.gauss()),
                   static_cast<float>(std::sqrt(0.5) * random.gauss())};
     return samples;
-}
-
-// Only what lies within so many Hz of 0, with steep edges.
-Samples filtered(const Samples& samples, double edge_Hz)
-{
-    constexpr int HALF = 100;
-    std::vector<float> taps;
-    for (int n = -HALF; n <= HALF; ++n) {
-        const double turns = 2.0 * edge_Hz * n / RATE_Hz;
-        const double sinc = n == 0 ? 1.0 : std::sin(PI * turns) / (PI * turns);
-        const double window = 0.5 + 0.5 * std::cos(PI * n / HALF);
-        taps.push_back(static_cast<float>(2.0 * edge_Hz / RATE_Hz * sinc * window));
-    }
-    Samples result(samples.size() - taps.size());
-    for (std::size_t n = 0; n < result.size(); ++n) {
-        for (std::size_t i = 0; i < taps.size(); ++i)
-            result[n] += taps[i] * samples[n + i];
-    }
-    return result;
 }
 
 double amplitudeOf(double snr_dB)
@@ -572,7 +554,7 @@ private Q_SLOTS:
             for (std::complex<float>& sample : samples)
                 sample = {std::copysign(1.0F, sample.real()), std::copysign(1.0F, sample.imag())};
         } else if (what == QLatin1String("noise through a receiver's filter")) {
-            samples = filtered(noise(100.0, what.toStdString()), 2400.0);
+            samples = testsupport::within(2400.0, noise(100.0, what.toStdString()), RATE_Hz);
         }
         const Sink sink = receive(samples, complexBand());
         QVERIFY2(given(sink) == 0, qPrintable(QString::fromStdString(sink.log).left(1500)));

@@ -52,6 +52,25 @@ void addClicks(std::vector<float>& samples, double perSecond, double rate_Hz, Ra
     }
 }
 
+std::vector<std::complex<float>>
+within(double edge_Hz, const std::vector<std::complex<float>>& samples, double rate_Hz)
+{
+    constexpr int HALF = 100;
+    std::vector<float> taps;
+    for (int n = -HALF; n <= HALF; ++n) {
+        const double turns = 2.0 * edge_Hz * n / rate_Hz;
+        const double sinc = n == 0 ? 1.0 : std::sin(PI * turns) / (PI * turns);
+        const double window = 0.5 + 0.5 * std::cos(PI * n / HALF);
+        taps.push_back(static_cast<float>(2.0 * edge_Hz / rate_Hz * sinc * window));
+    }
+    std::vector<std::complex<float>> result(samples.size() - taps.size());
+    for (std::size_t n = 0; n < result.size(); ++n) {
+        for (std::size_t i = 0; i < taps.size(); ++i)
+            result[n] += taps[i] * samples[n + i];
+    }
+    return result;
+}
+
 void normalise(std::vector<float>& samples)
 {
     float peak = 1e-6F;

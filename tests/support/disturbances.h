@@ -35,6 +35,10 @@ private:
 /// Adds bursts of 2 ms, up to 10 dB over a tone of amplitude 1.
 void addClicks(std::vector<float>& samples, double perSecond, double rate_Hz, Random& random);
 
+/// Only what lies within so many Hz of 0, with steep edges. The result is 201 samples shorter.
+std::vector<std::complex<float>>
+within(double edge_Hz, const std::vector<std::complex<float>>& samples, double rate_Hz);
+
 /// Sets the level so that the loudest sample is 0.9.
 void normalise(std::vector<float>& samples);
 

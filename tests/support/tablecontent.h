@@ -3,6 +3,7 @@
 // the table that was read.
 #pragma once
 
+#include "support/amounts.h"
 #include "tables/charactertable.h"
 
 #include <QByteArray>
@@ -12,8 +13,8 @@
 namespace testsupport {
 
 /// Bytes of a file far larger than any table; a reader whose cost grows linearly is done at once.
-constexpr int HUGE_BYTES = 10 * 1000 * 1000;
-constexpr int MANY_LINES = 1000 * 1000;
+constexpr int HUGE_BYTES = largeAmount(10 * 1000 * 1000);
+constexpr int MANY_LINES = largeAmount(1000 * 1000);
 
 /// A million bytes of every value.
 inline QByteArray binaryContent()

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tables/alphabetfile.h"
 
+#include "support/amounts.h"
+
 #include <QTextCodec>
 #include <QtTest>
 
@@ -114,7 +116,7 @@ private Q_SLOTS:
 
     void aLineOf100MillionCharactersIsOneKey()
     {
-        const int length = 100 * 1000 * 1000;
+        const int length = testsupport::largeAmount(100 * 1000 * 1000);
         const MorseAlphabet alphabet = readAlphabetFile(QByteArray(length, 'x') + "\t.-\n\n");
         QCOMPARE(alphabet.codes.size(), 1);
         QCOMPARE(alphabet.codes.firstKey().size(), length);
@@ -123,7 +125,7 @@ private Q_SLOTS:
 
     void aMillionLinesAreAMillionEntries()
     {
-        const int count = 1000 * 1000;
+        const int count = testsupport::largeAmount(1000 * 1000);
         QByteArray content;
         for (int i = 0; i < count; ++i)
             content += QByteArray::number(i) + "\t.-\n";

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tables/headerline.h"
 
+#include "support/amounts.h"
+
 #include <QRandomGenerator>
 #include <QRegExp>
 #include <QtTest>
@@ -119,7 +121,7 @@ private Q_SLOTS:
 
     void aLongLineIsMatchedToo()
     {
-        const int length = 50 * 1000 * 1000;
+        const int length = testsupport::largeAmount(50 * 1000 * 1000);
         const QString blanks(length, QLatin1Char(' '));
         QVERIFY(!matchHeaderLine("@" + blanks));
         const QString line = "@" + blanks + "name" + blanks + "value" + blanks;
