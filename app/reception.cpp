@@ -21,7 +21,7 @@ namespace {
 
 bool canSaveInto(const QString& folder)
 {
-    const QString reason = makeWritable(folder);
+    const QString reason = makeWritableForDays(folder);
     if (!reason.isEmpty())
         complain(folder, reason);
     return reason.isEmpty();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/transmissionpictures.h"
 
+#include "station/io/folder.h"
 #include "station/picture/picture.h"
 
 #include <QDateTime>
@@ -102,10 +103,11 @@ QString TransmissionPictures::draw(const Transmission& transmission)
     const QByteArray picture = inspect::picture(seen, begin.toString(Qt::ISODate));
     const QString name =
         begin.toString(QStringLiteral("yyyy_MM_dd__hh_mm_ss")) + QStringLiteral("_picture");
+    const QString folder = folderOfDay(m_folder, transmission.start_us);
     QFile file;
     for (int attempt = 1; attempt <= MOST_NAMES && !file.isOpen(); ++attempt) {
         const QString number = attempt > 1 ? QStringLiteral("_%1").arg(attempt) : QString();
-        file.setFileName(QDir(m_folder).filePath(name + number + QStringLiteral(".svg")));
+        file.setFileName(QDir(folder).filePath(name + number + QStringLiteral(".svg")));
         if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly) && !file.exists())
             break;
     }

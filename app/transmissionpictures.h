@@ -23,7 +23,8 @@ class TransmissionPictures : public demodulator::SymbolSink,
                              public PassingListener
 {
 public:
-    /// The next listener outlives it. `folder` exists.
+    /// The next listener outlives it. `folder` is that of the
+    /// station.
     TransmissionPictures(StationListener& next, const QString& folder);
 
     /// The station, before anything is heard; it outlives what is heard.

@@ -3,8 +3,10 @@
 
 #include "host/standin/resultpolicy.h"
 #include "morse/symbolcodes.h"
+#include "station/io/folder.h"
 #include "station/receiversettings.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 #include <utility>
@@ -108,9 +110,31 @@ void MorseStation::wireFiles()
     m_documentName = m_values.add<TextValue>("DocumentName");
     m_textFileName->AddObserver(this);
     m_codeFileName->AddObserver(this);
-    m_handler->SetSaveDirectoryPath(m_settings.saveDirectory, m_values.path("TextFileName"),
-                                    m_values.path("CodeFileName"), m_values.path("DocumentName"));
+    m_folder = m_settings.saveDirectory;
+    setSaveDirectory();
     m_saveToFile->SetValue(true, nullptr);
+}
+
+void MorseStation::setSaveDirectory()
+{
+    m_handler->SetSaveDirectoryPath(m_folder, m_values.path("TextFileName"),
+                                    m_values.path("CodeFileName"), m_values.path("DocumentName"));
+}
+
+// A transmission stays in the folder of the day on which it began, all of it. True when that is
+// another one than before: files that are open stay where they are until new ones are begun.
+bool MorseStation::changeDay(qint64 time_us)
+{
+    const QString folder = folderOfDay(m_settings.saveDirectory, time_us);
+    if (folder == m_settings.saveDirectory)
+        return false;
+    // Somebody may have removed it meanwhile; where it cannot be made, opening files fails.
+    QDir().mkpath(folder);
+    if (folder == m_folder)
+        return false;
+    m_folder = folder;
+    setSaveDirectory();
+    return true;
 }
 
 MorseStation::~MorseStation()
@@ -133,12 +157,16 @@ void MorseStation::transmissionStarted(std::int64_t time_us)
 {
     if (!m_handler)
         return;
+    const qint64 start_us = static_cast<qint64>(m_settings.start_us) + time_us;
+    const bool isFolderNew = m_ledger && changeDay(start_us);
     receiveTime(time_us);
     // The line that ends is closed here, where the time of the next one is known.
     if (m_transmission.number > 0)
         receiveCode(eSYMBOL_NEW_LINE);
+    if (isFolderNew)
+        m_saveToFile->HasChanged(eCHANGE_FORCED, nullptr);
     ++m_transmission.number;
-    m_transmission.start_us = static_cast<qint64>(m_settings.start_us) + time_us;
+    m_transmission.start_us = start_us;
     m_transmission.tone_Hz.reset();
     m_transmission.speed_wpm.reset();
     m_transmission.snr_dB.reset();

@@ -26,7 +26,7 @@ struct StationSettings
     QString source;            ///< name of the recording or pipe; may be empty
     QString alphabetDirectory; ///< without meaning for the built-in alphabet
     QString alphabet;          ///< empty for the built-in one
-    QString saveDirectory;     ///< empty when nothing is saved
+    QString saveDirectory;     ///< see folderOfDay; empty when nothing is saved
     std::optional<double> frequency_Hz;
     unsigned long long start_us = 0; ///< time of the first sample, since 1970-01-01 00:00 UTC
     std::optional<demodulator::Settings> demodulator; ///< for the result document; may be absent
@@ -71,6 +71,8 @@ private:
     void describeReceiver();
     QStringList savedFiles();
     void watchFiles(bool isElement);
+    void setSaveDirectory();
+    bool changeDay(qint64 time_us);
 
     StationSettings m_settings;
     StationListener& m_listener;
@@ -87,6 +89,7 @@ private:
     TextValue* m_codeFileName = nullptr;
     TextValue* m_textFileName = nullptr;
     TextValue* m_documentName = nullptr;
+    QString m_folder;                   ///< of the day on which the last transmission began
     std::optional<SaveLedger> m_ledger; ///< while something is saved
     std::optional<MorseHandler> m_handler;
 

@@ -2,6 +2,7 @@
 #include "station/teleprinterstation.h"
 
 #include "station/decoders.h"
+#include "station/io/folder.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -135,7 +136,9 @@ void TeleprinterStation::openFiles()
     const QString frequency = m_settings.frequency_Hz
                                   ? QStringLiteral("__") + frequencyText(*m_settings.frequency_Hz)
                                   : QString();
-    const QDir folder(m_settings.saveDirectory);
+    const QDir folder(folderOfDay(m_settings.saveDirectory, m_transmission.start_us));
+    if (folder.path() != m_settings.saveDirectory)
+        QDir().mkpath(folder.path());
     for (int attempt = 1; attempt <= MAX_NAMES; ++attempt) {
         QString name = begin + QLatin1Char('_') + decoder + frequency;
         if (attempt > 1)

@@ -22,7 +22,7 @@ struct TeleprinterSettings
     QString decoder;       ///< a name of the decoder modules table
     QString mapsDirectory; ///< an existing folder
     QString map;           ///< as the operator calls it; NO_MAP for none
-    QString saveDirectory; ///< an existing folder; empty when nothing is saved
+    QString saveDirectory; ///< see folderOfDay; empty when nothing is saved
     std::optional<double> frequency_Hz;
     unsigned long long start_us = 0; ///< time of the first sample, since 1970-01-01 00:00 UTC
 };

@@ -3,6 +3,7 @@
 
 #include "station/io/systemtext.h"
 
+#include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
 #include <QTemporaryFile>
@@ -10,6 +11,12 @@
 #include <cerrno>
 
 namespace morsehost {
+
+namespace {
+
+const QLatin1String DAY("{day}");
+
+} // namespace
 
 QString makeWritable(const QString& folder)
 {
@@ -22,6 +29,23 @@ QString makeWritable(const QString& folder)
     if (!file.open() || file.write("x") != 1 || !file.flush())
         return QStringLiteral("no file can be written there: ") + file.errorString();
     return {};
+}
+
+QString makeWritableForDays(const QString& folder)
+{
+    const int day = folder.indexOf(DAY);
+    if (day < 0)
+        return makeWritable(folder);
+    const QString above = folder.left(day).section(QLatin1Char('/'), 0, -2);
+    return makeWritable(above.isEmpty() ? QStringLiteral("/") : above);
+}
+
+QString folderOfDay(QString folder, qint64 time_us)
+{
+    if (!folder.contains(DAY))
+        return folder;
+    return folder.replace(DAY, QDateTime::fromMSecsSinceEpoch(time_us / 1000, Qt::UTC)
+                                   .toString(QStringLiteral("yyyy-MM-dd")));
 }
 
 } // namespace morsehost

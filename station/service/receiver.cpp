@@ -138,6 +138,8 @@ Receiver::Receiver(const ReceiverSettings& settings, const Surroundings& surroun
     connect(&m_stall, &QTimer::timeout, this,
             [this] { goDown(QStringLiteral("no samples for %1 s").arg(m_settings.stall_s)); });
     connect(&m_again, &QTimer::timeout, this, &Receiver::start);
+    m_quiet.setSingleShot(true);
+    connect(&m_quiet, &QTimer::timeout, this, &Receiver::quiet);
 }
 
 Receiver::~Receiver()
@@ -186,6 +188,8 @@ void Receiver::startDecoder()
         decoderEnded(*decoder);
     });
     m_begunBytes = 0;
+    m_open.clear();
+    m_isRenewalDue = false;
     decoder->start(m_surroundings.program, decoderWords(m_settings, m_surroundings.saveFolder));
     if (isRecording(m_settings)) {
         decoder->closeWriteChannel();
@@ -274,8 +278,11 @@ void Receiver::read(Decoder& decoder)
     for (int end = line.indexOf('\n'); end >= 0; end = line.indexOf('\n', begin)) {
         const QJsonDocument document = QJsonDocument::fromJson(line.mid(begin, end - begin));
         begin = end + 1;
-        if (document.isObject())
-            Q_EMIT decoded(document.object());
+        if (!document.isObject())
+            continue;
+        if (&decoder == m_decoder.get())
+            watch(document.object());
+        Q_EMIT decoded(document.object());
     }
     line.remove(0, begin);
     if (line.size() > MAX_LINE_BYTES)
@@ -390,13 +397,30 @@ void Receiver::goDown(const QString& problem)
     m_pause_ms = std::min(2 * m_pause_ms, m_surroundings.longestPause_ms);
 }
 
-void Receiver::changeSaveFolder(const QString& folder)
+// A signal is in a transmission from what is first heard of it until that is reported.
+void Receiver::watch(const QJsonObject& object)
 {
-    if (folder == m_surroundings.saveFolder)
-        return;
-    m_surroundings.saveFolder = folder;
-    // A recording takes the folder when it begins again.
-    if (isRecording(m_settings) || m_state != ReceiverState::Running)
+    m_quiet.start(m_surroundings.quiet_ms);
+    const QString event = object.value(QLatin1String("event")).toString();
+    // A decoder of one signal does not number it; it counts transmissions.
+    const int signal = m_settings.decoder == QLatin1String("band")
+                           ? object.value(QLatin1String("number")).toInt()
+                           : 0;
+    if (event == QLatin1String("transmission") || event == QLatin1String("signal"))
+        m_open.erase(signal);
+    else
+        m_open.insert(signal);
+}
+
+void Receiver::renewInPause()
+{
+    m_isRenewalDue = !isRecording(m_settings);
+    m_quiet.start(m_surroundings.quiet_ms);
+}
+
+void Receiver::quiet()
+{
+    if (!m_isRenewalDue || !m_open.empty() || m_state != ReceiverState::Running)
         return;
     dismissDecoder();
     startDecoder();

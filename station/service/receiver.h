@@ -12,6 +12,7 @@
 #include <QTimer>
 
 #include <memory>
+#include <set>
 #include <vector>
 
 class QTcpSocket;
@@ -27,7 +28,8 @@ enum class ReceiverState {
 };
 QString stateName(ReceiverState state);
 
-/// Words of the decoder's command line; with an empty folder nothing is saved.
+/// Words of the decoder's command line; with an empty folder, which may hold "{day}", nothing is
+/// saved.
 QStringList decoderWords(const ReceiverSettings& settings, const QString& saveFolder);
 
 /// Runs in the thread of its event loop. The source (a command, a socket) and the decoder (this
@@ -41,8 +43,9 @@ class Receiver : public QObject
 public:
     struct Surroundings
     {
-        QString program;    ///< path of this program
-        QString saveFolder; ///< that the decoder saves into; empty when nothing is saved
+        QString program;      ///< path of this program
+        QString saveFolder;   ///< that the decoder saves into; empty when nothing is saved
+        int quiet_ms = 30000; ///< without an event: nobody is heard
         int firstPause_ms = 1000;
         int longestPause_ms = 300000;
     };
@@ -65,9 +68,10 @@ public:
     bool isOver() const;
     /// Ends it, and returns when it is over.
     void stop();
-    /// The folder that the next decoder saves into. The running one is replaced and finishes what
-    /// it has; the source goes on.
-    void changeSaveFolder(const QString& folder);
+    /// Replaces the decoder when nobody is heard, so that no transmission is cut: the time that it
+    /// gives is counted by the samples since it began. The source goes on. A recording's decoder is
+    /// as new as its repetition.
+    void renewInPause();
 
 Q_SIGNALS:
     /// An object that the decoder wrote.
@@ -95,6 +99,8 @@ private:
     bool isSourceThere() const;
     void dismissDecoder();
     void goDown(const QString& problem);
+    void watch(const QJsonObject& object);
+    void quiet();
     void setState(ReceiverState state, const QString& problem = {});
 
     ReceiverSettings m_settings;
@@ -108,6 +114,9 @@ private:
     std::vector<std::unique_ptr<Decoder>> m_finishing; ///< those before it that have not ended yet
     QTimer m_stall;
     QTimer m_again;
+    QTimer m_quiet;
+    std::set<int> m_open; ///< signals that are in a transmission
+    bool m_isRenewalDue = false;
     QElapsedTimer m_run; ///< since the first sample
     int m_pause_ms;
     qint64 m_bytesLost = 0;

@@ -264,10 +264,9 @@ std::vector<const Receiver*> StationService::receivers() const
 
 QString StationService::saveFolder(const ReceiverSettings& settings) const
 {
-    return settings.isSaved
-               ? QDir(m_configuration.folder)
-                     .filePath(QStringLiteral("files/%1/%2").arg(today(), settings.name))
-               : QString();
+    return settings.isSaved ? QDir(m_configuration.folder)
+                                  .filePath(QStringLiteral("files/{day}/") + settings.name)
+                            : QString();
 }
 
 void StationService::take(const Receiver& receiver, const QJsonObject& object)
@@ -320,10 +319,14 @@ void StationService::showRecordings()
         show(name, recording.advance(TICK_ms / 1000.0));
 }
 
+// Decoders begin the folder of a day by themselves; their clocks are set once a day.
 void StationService::changeDay()
 {
+    const QString before = std::exchange(m_day, today());
+    if (before.isEmpty() || before == m_day)
+        return;
     for (const auto& [name, receiver] : m_receivers)
-        receiver->changeSaveFolder(saveFolder(receiver->settings()));
+        receiver->renewInPause();
 }
 
 void StationService::keepWithinLimits()

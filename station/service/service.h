@@ -78,6 +78,7 @@ private:
     std::unique_ptr<MqttPublisher> m_mqtt;
     std::vector<Publisher*> m_publishers; ///< those that there are
     SteadyClock m_clock;
+    QString m_day; ///< when it was looked at last
     QTimer m_daily;
     QTimer m_tick;
     std::deque<ArchiveRecord> m_unkept; ///< that the disk has not taken, the oldest first

@@ -242,6 +242,33 @@ private Q_SLOTS:
         QCOMPARE(log.said, QStringList());
     }
 
+    void aTransmissionLiesInTheFolderOfTheDayOnWhichItBegan()
+    {
+        const QTemporaryDir dir;
+        Log log;
+        StationSettings settings = at("One");
+        settings.saveDirectory = dir.filePath("{day}/hf");
+        settings.start_us = 1779148799000000; // 2026-05-18T23:59:59Z
+        MorseStation station(m_tree, settings, log);
+        QVERIFY(station.start());
+        station.transmissionStarted(0);
+        send(station, {0, 3}, 100000);
+        send(station, {1, 3}, 2000000); // after midnight
+        station.transmissionStopped(2100000, REPORT);
+        sendTransmission(station, {0, 0, 3}, 5000000);
+        QVERIFY(!station.stop().any());
+        const QString before = dir.filePath("2026-05-18/hf");
+        const QString after = dir.filePath("2026-05-19/hf");
+        QCOMPARE(log.transmissions.size(), std::size_t(2));
+        QCOMPARE(log.transmissions[0].files.size(), 3);
+        QCOMPARE(log.transmissions[0].files.filter(before).size(), 3);
+        QCOMPARE(log.transmissions[1].files.filter(after).size(), 3);
+        QCOMPARE(contentOfOnly(before, "*_MO__.txt"), QByteArray(". - "));
+        QCOMPARE(contentOfOnly(after, "*_MO__.txt"), QByteArray(".. "));
+        QCOMPARE(contentOfOnly(after, "*__Default.txt"), QByteArray("I"));
+        QCOMPARE(log.said, QStringList());
+    }
+
     void theSettingsShowWhatWasFound()
     {
         Log log;

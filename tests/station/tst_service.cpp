@@ -190,6 +190,40 @@ private Q_SLOTS:
         QCOMPARE(receiver.state(), ReceiverState::Down);
     }
 
+    void aDecoderIsRenewedBetweenTransmissions()
+    {
+        const QString log = m_folder.filePath("renewals");
+        const QString gate = m_folder.filePath("renewal-gate");
+        QCOMPARE(mkfifo(QFile::encodeName(gate).constData(), 0600), 0);
+        QFile file(gate);
+        QVERIFY(file.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
+        const QByteArray script = "#!/bin/sh\necho begin >>'" + log.toUtf8() +
+                                  "'\necho '{\"event\":\"time\"}'\nread -r word <'" +
+                                  gate.toUtf8() + "'\necho end >>'" + log.toUtf8() +
+                                  "'\necho '{\"event\":\"transmission\"}'\ncat >/dev/null\n";
+        Receiver::Surroundings surroundings;
+        surroundings.program = program(script.constData());
+        surroundings.quiet_ms = 0;
+        QStringList events;
+        Receiver receiver(commandReceiver("hf", "echo; exec tail -f /dev/null"), surroundings);
+        connect(&receiver, &Receiver::decoded, [&events](const QJsonObject& object) {
+            events += object.value("event").toString();
+        });
+        receiver.start();
+        QTRY_COMPARE_WITH_TIMEOUT(events, QStringList{"time"}, testsupport::HANGS_ms);
+        QTRY_COMPARE_WITH_TIMEOUT(receiver.state(), ReceiverState::Running, testsupport::HANGS_ms);
+        receiver.renewInPause();
+        QCoreApplication::processEvents();
+        QCoreApplication::processEvents();
+        QCOMPARE(file.write("open\n"), qint64(5));
+        QTRY_COMPARE_WITH_TIMEOUT(events, QStringList({"time", "transmission", "time"}),
+                                  testsupport::HANGS_ms);
+        QFile lines(log);
+        QVERIFY(lines.open(QIODevice::ReadOnly));
+        QCOMPARE(lines.readAll(), QByteArray("begin\nend\nbegin\n"));
+        QCOMPARE(file.write("open\n"), qint64(5));
+    }
+
     void whatIsUnchangedGoesOn()
     {
         StationService service(program(COUNTING_DECODER));
