@@ -481,6 +481,20 @@ std::optional<qint64> Archive::removeBefore(qint64 stop_us, const std::optional<
     return query.numRowsAffected();
 }
 
+std::optional<bool> Archive::tidy(bool isFirst)
+{
+    if (!m_dialect.tidyFirst)
+        return false;
+    const QString changes = QLatin1String(m_dialect.changes);
+    const std::optional<qint64> before = number(changes);
+    if (!before || !run(QLatin1String(isFirst ? m_dialect.tidyFirst : m_dialect.tidyOn)))
+        return std::nullopt;
+    const std::optional<qint64> after = number(changes);
+    if (!after)
+        return std::nullopt;
+    return *after - *before > 1; // the command itself counts as one
+}
+
 std::optional<qint64> Archive::size()
 {
     return number(QLatin1String(m_dialect.size));

@@ -75,8 +75,11 @@ public:
     /// where it is given; returns how many.
     std::optional<qint64> removeBefore(qint64 stop_us, const std::optional<QString>& station = {},
                                        int most = std::numeric_limits<int>::max());
-    /// Bytes of a file that hold something; 0 of a server, which keeps more than transmissions.
+    /// Bytes of a file that hold something; 0 of a server, which keeps more than transmissions. An
+    /// index of words keeps those of removed transmissions until it was tidied.
     std::optional<qint64> size();
+    /// A short step of tidying; whether there is more to be done. `isFirst` begins anew.
+    std::optional<bool> tidy(bool isFirst);
 
     const QString& error() const { return m_error; }
 

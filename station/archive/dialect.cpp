@@ -125,6 +125,10 @@ const ArchiveDialect SQLITE = {
     nullptr,
     "SELECT (page_count - freelist_count) * page_size "
     "FROM pragma_page_count, pragma_freelist_count, pragma_page_size",
+    // A megabyte of the index at once.
+    "INSERT INTO words (words, rank) VALUES ('merge', -256)",
+    "INSERT INTO words (words, rank) VALUES ('merge', 256)",
+    "SELECT total_changes()",
 };
 
 const ArchiveDialect POSTGRESQL = {
@@ -171,6 +175,9 @@ const ArchiveDialect POSTGRESQL = {
     20000,
     "coalesce(words) @@ CAST(? AS tsquery)",
     "SELECT 0",
+    nullptr,
+    nullptr,
+    nullptr,
 };
 
 } // namespace

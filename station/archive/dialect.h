@@ -45,6 +45,11 @@ struct ArchiveDialect
     int commonRows;
     const char* compared; ///< as `condition`, without the index; null where it is not in SQL
     const char* size;     ///< a query: bytes in use
+    /// The first step of giving back what removed words take, and each further one; null where the
+    /// database does that by itself.
+    const char* tidyFirst;
+    const char* tidyOn;
+    const char* changes; ///< a query: rows that this connection has changed
 };
 
 /// That of a URL; see Archive::open.

@@ -5,6 +5,7 @@
 #include "station/archive/spool.h"
 
 #include <algorithm>
+#include <cmath>
 #include <condition_variable>
 #include <limits>
 #include <mutex>
@@ -18,6 +19,8 @@ namespace {
 constexpr int RECORDS_AT_ONCE = 500;
 // A short while, so that what comes meanwhile is sent soon.
 constexpr int REMOVED_AT_ONCE = 1000;
+// Of the size that is allowed, what is free when something was removed.
+constexpr int SPARE_SHARE = 20;
 
 } // namespace
 
@@ -148,20 +151,55 @@ private:
     // Whether there may be more.
     bool removeSome(const ArchiveLimits& limits)
     {
-        std::optional<qint64> removed = 0;
-        if (limits.before_us)
-            removed = m_archive->removeBefore(*limits.before_us, limits.station, REMOVED_AT_ONCE);
-        if (removed && *removed == 0 && limits.mostBytes > 0) {
-            const std::optional<qint64> size = m_archive->size();
-            if (!size)
-                removed.reset();
-            else if (*size > limits.mostBytes)
-                removed = m_archive->removeBefore(std::numeric_limits<qint64>::max(),
-                                                  limits.station, REMOVED_AT_ONCE);
-        }
-        if (!removed)
+        std::optional<bool> isMore = limits.before_us
+                                         ? remove(*limits.before_us, limits, REMOVED_AT_ONCE)
+                                         : std::optional<bool>(false);
+        if (isMore == false && limits.mostBytes > 0)
+            isMore = shrink(limits);
+        if (!isMore) {
             m_archive.reset(); // a connection that failed once may be dead
-        return removed.value_or(0) > 0;
+            m_isTidyBegun = false;
+        }
+        return isMore.value_or(false);
+    }
+
+    // Whether there was anything.
+    std::optional<bool> remove(qint64 before_us, const ArchiveLimits& limits, qint64 most)
+    {
+        const auto removed = m_archive->removeBefore(
+            before_us, limits.station, static_cast<int>(std::min<qint64>(most, REMOVED_AT_ONCE)));
+        if (!removed)
+            return std::nullopt;
+        m_isTidyDue = m_isTidyDue || *removed > 0;
+        m_surplus = *removed > 0 ? std::max<qint64>(0, m_surplus - *removed) : 0;
+        return *removed > 0;
+    }
+
+    // The next step towards the size. What removed words take is given back before it is measured,
+    // or more would be removed than has to be.
+    std::optional<bool> shrink(const ArchiveLimits& limits)
+    {
+        if (m_surplus > 0)
+            return remove(std::numeric_limits<qint64>::max(), limits, m_surplus);
+        const std::optional<qint64> size = m_archive->size();
+        if (!size)
+            return std::nullopt;
+        if (*size <= limits.mostBytes)
+            return false;
+        if (m_isTidyDue) {
+            const std::optional<bool> isMore = m_archive->tidy(!m_isTidyBegun);
+            m_isTidyBegun = isMore.value_or(false);
+            m_isTidyDue = !isMore || *isMore;
+            return isMore ? std::optional<bool>(true) : std::nullopt;
+        }
+        const std::optional<qint64> count = m_archive->count();
+        if (!count)
+            return std::nullopt;
+        // Some more than has to be, so that the index is tidied now and then, not all the time.
+        const qint64 wanted = limits.mostBytes - limits.mostBytes / SPARE_SHARE;
+        m_surplus =
+            static_cast<qint64>(std::ceil(double(*count) * double(*size - wanted) / double(*size)));
+        return m_surplus > 0;
     }
 
     Settings m_settings;
@@ -177,6 +215,9 @@ private:
     // The thread's own.
     std::unique_ptr<Archive> m_archive;
     QString m_problem;
+    qint64 m_surplus = 0;     ///< transmissions that still have to go, for the size
+    bool m_isTidyDue = false; ///< something was removed since the index was tidied
+    bool m_isTidyBegun = false;
     std::thread m_thread;
 };
 

@@ -18,8 +18,8 @@ struct ArchiveLimits
 {
     QString station;
     std::optional<qint64> before_us; ///< those that stopped before this time
-    qint64 mostBytes =
-        0; ///< the oldest, until an archive in a file is as small; 0: as large as it is
+    /// The oldest, where an archive in a file is larger: until it is a twentieth smaller. 0: never.
+    qint64 mostBytes = 0;
 
     bool isAny() const { return before_us.has_value() || mostBytes > 0; }
 };

@@ -2,6 +2,7 @@
 // Files in a folder a day: which of them go, and when.
 #pragma once
 
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -9,11 +10,36 @@
 
 namespace morsehost {
 
-/// Removes folders of days ("2026-11-22") below `folder`: those more than `keepDays` days before
-/// `today` (0: none), then the oldest until the rest has at most `keepBytes` (0: all may stay).
-/// Today's folder stays. Returns the days that were removed.
-QStringList removeOldDays(const QString& folder, int keepDays, qint64 keepBytes,
-                          const QString& today);
+struct FileLimits
+{
+    QString folder;       ///< that of the folders of days
+    int keepDays = 0;     ///< 0: for ever
+    qint64 keepBytes = 0; ///< 0: all may stay
+    QString today;        ///< "2026-11-22"
+    qint64 now_ms = 0;    ///< since 1970-01-01 00:00 UTC
+};
+
+struct RemovedFiles
+{
+    QStringList days;
+    int ofToday = 0;
+};
+
+/// Remembers what folders of past days hold, for a day.
+class FileKeeper
+{
+public:
+    /// Removes folders of days ("2026-11-22"): those more than `keepDays` days before today, then
+    /// the oldest until the rest is small enough. Today's folder stays: when it alone is too large,
+    /// its oldest files go, but for those that were written to in the last ten minutes.
+    RemovedFiles keep(const FileLimits& limits);
+
+private:
+    qint64 bytesOf(const QString& day, const FileLimits& limits);
+
+    QMap<QString, qint64> m_bytes; ///< of past days
+    QString m_day;                 ///< on which they were counted
+};
 
 /// The time before which nothing stays, in microseconds since 1970-01-01 00:00 UTC: the begin of
 /// the day that is `keepDays` days before `today`.

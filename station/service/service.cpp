@@ -15,8 +15,9 @@ namespace morsehost {
 
 namespace {
 
-constexpr int LOOK_ms = 10000; // at the day and at the limits
-constexpr int TICK_ms = 250;   // of what is shown live
+constexpr int LOOK_ms = 10000;   // at the day and at the limits
+constexpr int LOOKS_A_COUNT = 6; // of all files
+constexpr int TICK_ms = 250;     // of what is shown live
 constexpr std::size_t MOST_UNKEPT = 10000;
 // Of a waterfall, since the last tick; who sends faster floods no page.
 constexpr int MOST_ROWS = 8;
@@ -329,6 +330,25 @@ void StationService::changeDay()
         receiver->renewInPause();
 }
 
+// Many files take a while to be counted; the receivers do not wait for that.
+void StationService::keepFiles(const FileLimits& limits)
+{
+    if (m_removing.valid() &&
+        m_removing.wait_for(std::chrono::seconds(0)) != std::future_status::ready)
+        return;
+    if (m_removing.valid()) {
+        const RemovedFiles removed = m_removing.get();
+        for (const QString& day : removed.days)
+            Q_EMIT reported(QStringLiteral("files of %1 removed").arg(day));
+        if (removed.ofToday > 0)
+            Q_EMIT reported(QStringLiteral("the oldest %1 files of today removed: keep_gigabytes")
+                                .arg(removed.ofToday));
+    }
+    if (m_looks++ % LOOKS_A_COUNT == 0 && (limits.keepDays > 0 || limits.keepBytes > 0))
+        m_removing =
+            std::async(std::launch::async, [this, limits] { return m_files.keep(limits); });
+}
+
 void StationService::keepWithinLimits()
 {
     const QString files = QDir(m_configuration.folder).filePath(QStringLiteral("files"));
@@ -337,10 +357,9 @@ void StationService::keepWithinLimits()
                          std::chrono::duration_cast<std::chrono::milliseconds>(
                              std::chrono::steady_clock::now().time_since_epoch())
                              .count());
-    const QStringList removed = removeOldDays(files, isClockSteady ? m_configuration.keepDays : 0,
-                                              qint64(m_configuration.keepGigabytes * 1e9), today());
-    for (const QString& day : removed)
-        Q_EMIT reported(QStringLiteral("files of %1 removed").arg(day));
+    keepFiles({files, isClockSteady ? m_configuration.keepDays : 0,
+               qint64(m_configuration.keepGigabytes * 1e9), today(),
+               QDateTime::currentMSecsSinceEpoch()});
     ArchiveLimits limits;
     limits.station = m_configuration.name;
     if (isClockSteady && m_configuration.archiveDays > 0)

@@ -17,6 +17,7 @@
 
 #include <deque>
 #include <functional>
+#include <future>
 #include <map>
 #include <memory>
 #include <set>
@@ -63,6 +64,7 @@ private:
     void showRecordings();
     void changeDay();
     void keepWithinLimits();
+    void keepFiles(const FileLimits& limits);
     QString saveFolder(const ReceiverSettings& settings) const;
 
     QString m_program;
@@ -78,6 +80,9 @@ private:
     std::unique_ptr<MqttPublisher> m_mqtt;
     std::vector<Publisher*> m_publishers; ///< those that there are
     SteadyClock m_clock;
+    FileKeeper m_files;                   ///< used by what goes on there:
+    std::future<RemovedFiles> m_removing; ///< not valid while there is nothing
+    int m_looks = 0;
     QString m_day; ///< when it was looked at last
     QTimer m_daily;
     QTimer m_tick;

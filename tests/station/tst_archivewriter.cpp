@@ -84,6 +84,44 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(archivedTexts(url), QStringList(), testsupport::HANGS_ms);
     }
 
+    // Words that come but once are most of an archive.
+    void anArchiveOfUniqueWordsIsNotMadeSmallerThanItHasToBe()
+    {
+        const QTemporaryDir folder;
+        const QString url = folder.filePath("archive.db");
+        constexpr int COUNT = 6000;
+        ArchiveWriter writer({url, folder.filePath("unsent")});
+        QString error;
+        const std::unique_ptr<Archive> archive = Archive::open(url, error);
+        QVERIFY2(archive, qPrintable(error));
+        std::vector<ArchiveRecord> records;
+        for (int number = 1; number <= COUNT; ++number) {
+            ArchiveRecord record = recordOf(number);
+            record.transmission.stop_us = number;
+            for (int word = 0; word < 20; ++word)
+                record.transmission.text +=
+                    QString(" %1").arg(qHash(number * 20 + word, 7025), 0, 36);
+            records.push_back(record);
+        }
+        QVERIFY(archive->add(records));
+        const qint64 before = *archive->size();
+        ArchiveLimits limits;
+        limits.mostBytes = before * 4 / 5;
+        // Two rounds: what the first leaves is small enough for the second.
+        for (int round = 0; round < 2; ++round) {
+            writer.prune(limits);
+            QTRY_VERIFY_WITH_TIMEOUT(*archive->size() <= limits.mostBytes, testsupport::HANGS_ms);
+            QVERIFY(writer.flush());
+        }
+        const qint64 kept = *archive->count();
+        QVERIFY2(kept > COUNT * 0.70 && kept < COUNT * 0.80, qPrintable(QString::number(kept)));
+        ArchiveQuery oldest;
+        oldest.isOldestFirst = true;
+        oldest.limit = 1;
+        QCOMPARE(qint64(archive->search(oldest)->front().record.transmission.number),
+                 COUNT - kept + 1);
+    }
+
     void recordsReachTheArchive()
     {
         const QTemporaryDir folder;

@@ -370,13 +370,40 @@ only=7000000-7040000
         for (const char* const day : {"2026-11-01", "2026-11-20", "2026-11-21", "2026-11-22"})
             write(files + '/' + day + "/hf/a.txt", QByteArray(1000, 'x'));
         write(files + "/notes/a.txt", "mine");
-        QCOMPARE(removeOldDays(files, 0, 0, "2026-11-22"), QStringList());
-        QCOMPARE(removeOldDays(files, 10, 0, "2026-11-22"), QStringList({"2026-11-01"}));
-        QCOMPARE(removeOldDays(files, 0, 2500, "2026-11-22"), QStringList({"2026-11-20"}));
+        const qint64 now_ms = QDateTime::currentMSecsSinceEpoch();
+        const auto kept = [&](int days, qint64 bytes) {
+            FileKeeper keeper;
+            return keeper.keep({files, days, bytes, "2026-11-22", now_ms}).days;
+        };
+        QCOMPARE(kept(0, 0), QStringList());
+        QCOMPARE(kept(10, 0), QStringList({"2026-11-01"}));
+        QCOMPARE(kept(0, 2500), QStringList({"2026-11-20"}));
         // Today's folder is being written.
-        QCOMPARE(removeOldDays(files, 0, 1, "2026-11-22"), QStringList({"2026-11-21"}));
+        QCOMPARE(kept(0, 1), QStringList({"2026-11-21"}));
         QCOMPARE(QDir(files).entryList(QDir::Dirs | QDir::NoDotAndDotDot),
                  QStringList({"2026-11-22", "notes"}));
+    }
+
+    void ofTodayTheOldestFilesGoThatAreNotWrittenToAnyMore()
+    {
+        const QString today = path("busy/2026-11-22");
+        const QDateTime now = QDateTime::currentDateTimeUtc();
+        for (int minutes = 0; minutes < 60; minutes += 6) {
+            const QString name = QString("%1/hf/%2.txt").arg(today).arg(minutes, 2, 10, QChar('0'));
+            write(name, QByteArray(1000, 'x'));
+            QFile file(name);
+            QVERIFY(file.open(QIODevice::ReadWrite));
+            QVERIFY(
+                file.setFileTime(now.addSecs(-60 * minutes), QFileDevice::FileModificationTime));
+        }
+        FileKeeper keeper;
+        FileLimits limits = {path("busy"), 0, 7000, "2026-11-22", now.toMSecsSinceEpoch()};
+        QCOMPARE(keeper.keep(limits).ofToday, 3);
+        QVERIFY(!QFile::exists(today + "/hf/42.txt"));
+        QVERIFY(QFile::exists(today + "/hf/36.txt"));
+        limits.keepBytes = 1;
+        QCOMPARE(keeper.keep(limits).ofToday, 5);
+        QCOMPARE(QDir(today + "/hf").entryList(QDir::Files), QStringList({"00.txt", "06.txt"}));
     }
 };
 
