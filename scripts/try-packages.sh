@@ -145,13 +145,15 @@ echo "The page shows text after $shown s"
 [ $shown -le 60 ] || status=1
 booted systemctl reload morsehost || status=1
 await says 'station.ini: taken over'
+# While it runs, and without leaving a file that it cannot write.
+booted morsehost search EVENING | grep -q 'GOOD EVENING' || status=1
 booted systemctl kill --signal KILL morsehost
 await says 'restart counter is at 1'
 see running || status=1
 booted systemctl stop morsehost || status=1
 booted journalctl --unit morsehost --no-pager >"$folder/service.log"
 [ $status -eq 0 ] || cat "$folder/service.log"
-booted morsehost search --archive /var/lib/morsehost/archive.db EVENING | grep -q 'GOOD EVENING' || status=1
+booted morsehost search EVENING | grep -q 'GOOD EVENING' || status=1
 booted systemctl poweroff
 wait $container || status=1
 trap - EXIT

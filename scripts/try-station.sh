@@ -17,10 +17,11 @@ chmod 755 "$work"
 pictures=${PICTURES:-$work/pictures}
 mkdir -p "$pictures"
 stations=()
+follower=
 broker=
 listener=
 finish() {
-    for process in "${stations[@]}" $broker $listener; do kill "$process" 2>/dev/null || true; done
+    for process in "${stations[@]}" $broker $listener $follower; do kill "$process" 2>/dev/null || true; done
     database stop -m immediate >/dev/null 2>&1 || true
     rm -rf "$work"
 }
@@ -177,11 +178,16 @@ assert "copy_of" not in better and other["copy_of"] == better["id"], found
 assert better["snr_dB"] > other["snr_dB"], found
 PYTHON
 
+# Follows the archive over what becomes of it.
+"$build/bin/morsehost" search --archive "$url" --follow --json >"$work/followed" 2>"$work/follower.log" &
+follower=$!
+await '"event"' cat "$work/followed"
+
 see() { PATH=/usr/bin:$PATH scripts/see-page.py "$@"; }
 north=http://127.0.0.1:$northPort/
 south=https://127.0.0.1:$southPort/
 see --open 'GOOD EVENING' $north "$pictures/page.png" north live running 'the command ended with status 3' 'GOOD EVENING' \
-    'QUICK BROWN' && echo "The page shows what it must"
+    'QUICK BROWN' 'south evening' && echo "The page shows what it must"
 see --telephone --search SP5ABC $north "$pictures/telephone.png" live running 'GOOD EVENING' '2 found' 'south both' &&
     echo "so it does on a telephone, what the other station has heard included"
 see --ca "$work/ca.pem" --password beacon --search SP5ABC $south "$pictures/tls.png" south live running '2 found' 'north both' &&
@@ -224,6 +230,12 @@ for one in "${stations[@]}"; do wait "$one"; done
 stations=()
 
 search --json >"$work/archived"
+await '"event"' cat "$work/archived"
+latest=$(grep -oP '"id":\K\d+' "$work/archived" | sort -n | tail -n 1)
+await "\"id\":$latest[,}]" cat "$work/followed"
+kill "$follower"
+wait "$follower" || { echo "BAD: who follows ended with status $?" && exit 1; }
+follower=
 cat "$work"/sent[12] >"$work/sent"
 python3 - "$work" <<'PYTHON'
 import json, re, sys
@@ -250,9 +262,12 @@ keys = {one["key"] for one in sent}
 same = {identity(one) for one in objects("archived")} ^ {identity(one) for one in sent}
 print("reported %d, archived %d, missing %d, there twice %d" %
       (sum(reported.values()), sum(archived.values()), sum(missing.values()), len(twice)))
+followed = [one["id"] for one in objects("followed")]
+expected = sorted(one["id"] for one in objects("archived") if one["id"] >= followed[0])
+print("followed %d of %d" % (len(followed), len(expected)))
 print("sent to the broker %d, of these again %d" % (len(sent), len(sent) - len(keys)))
 for what, found in (("missing", missing), ("not reported", added), ("twice", twice), ("archived or sent alone", same)):
     for one in list(found)[:5]:
         print("BAD: %s: %s" % (what, one))
-sys.exit(0 if reported and not missing and not added and not twice and not same else 1)
+sys.exit(0 if reported and not missing and not added and not twice and not same and sorted(followed) == expected else 1)
 PYTHON

@@ -5,6 +5,7 @@
 #include <QJsonObject>
 #include <QString>
 
+#include <optional>
 #include <vector>
 
 namespace morsehost {
@@ -16,9 +17,10 @@ struct ReceiverFacts
 {
     QString name;
     QString decoder;
-    QString state;        ///< as stateName says it
-    QString problem;      ///< why it is down; empty otherwise
-    qint64 bytesLost = 0; ///< of samples that came too fast
+    QString state;                           ///< as stateName says it
+    QString problem;                         ///< why it is down; empty otherwise
+    qint64 bytesLost = 0;                    ///< of samples that came too fast
+    std::optional<double> frequency_Hz = {}; ///< that it is tuned to, where that is known
 
     bool operator==(const ReceiverFacts& other) const;
 };

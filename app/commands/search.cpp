@@ -8,14 +8,18 @@
 #include "station/archive/archive.h"
 #include "station/archive/querytext.h"
 #include "station/archive/receptions.h"
+#include "station/archive/wantedwords.h"
+#include "station/decoders.h"
 #include "station/io/interrupt.h"
 #include "station/io/output.h"
 
 #include <QDateTime>
 #include <QFileInfo>
 #include <QJsonDocument>
+#include <QRegularExpression>
 #include <QThread>
 
+#include <algorithm>
 #include <limits>
 #include <unistd.h>
 
@@ -29,6 +33,7 @@ const char* const DEFAULT_ARCHIVE = "/var/lib/morsehost/archive.db";
 constexpr int DEFAULT_LIMIT = 1000;
 constexpr int FOLLOWED_AT_ONCE = 1000;
 constexpr unsigned long FOLLOW_PAUSE_ms = 500;
+constexpr unsigned long LONGEST_PAUSE_ms = 30000;
 
 QDateTime utc(qint64 time_us)
 {
@@ -70,6 +75,7 @@ QJsonObject objectOf(const ArchivedReception& reception)
     const ArchivedTransmission& found = reception.transmission;
     QJsonObject object = toJson(found.record.transmission);
     object.insert(QStringLiteral("id"), found.id);
+    object.insert(QStringLiteral("key"), found.record.key);
     if (reception.copyOf)
         object.insert(QStringLiteral("copy_of"), *reception.copyOf);
     if (!found.record.station.isEmpty())
@@ -84,9 +90,10 @@ QByteArray jsonLine(const ArchivedReception& reception)
 
 // The columns of the CSV form in their order: the members of the JSON object, but for "event".
 constexpr const char* CSV_COLUMNS[] = {
-    "id",       "copy_of",  "station", "receiver", "source",       "number",        "decoder",
-    "map",      "start",    "stop",    "tone_Hz",  "frequency_Hz", "speed_wpm",     "baud_rate",
-    "shift_Hz", "reversed", "snr_dB",  "text",     "raw_text",     "unknown_codes", "files",
+    "id",           "key",       "copy_of",       "station",  "receiver", "source",
+    "number",       "decoder",   "map",           "start",    "stop",     "tone_Hz",
+    "frequency_Hz", "speed_wpm", "baud_rate",     "shift_Hz", "reversed", "snr_dB",
+    "text",         "raw_text",  "unknown_codes", "files",
 };
 
 // What is not known is empty; the values of a list stand on a line each.
@@ -147,14 +154,37 @@ QByteArray adifHeader()
            adifField("PROGRAMID", QStringLiteral("morsehost")) + "<EOH>\n";
 }
 
-// A log has each transmission once.
+// The call sign of who sends: the first one behind "DE", else the first one. Empty where there is
+// none.
+QString callSign(const QString& text)
+{
+    // A prefix, digits, letters; before and behind it, where and how it is used.
+    static const QRegularExpression pattern(QStringLiteral(
+        "^(?:[A-Z0-9]{1,4}/)?(?:[A-Z]{1,2}|[0-9][A-Z]|[A-Z][0-9])[0-9]{1,4}[A-Z]{1,4}"
+        "(?:/[A-Z0-9]{1,4})?$"));
+    QString first;
+    bool isBehindDe = false;
+    for (const QString& word : text.toUpper().simplified().split(QLatin1Char(' '))) {
+        const bool isCall = pattern.match(word).hasMatch();
+        if (isCall && isBehindDe)
+            return word;
+        if (isCall && first.isEmpty())
+            first = word;
+        isBehindDe = word == QLatin1String("DE");
+    }
+    return first;
+}
+
+// A log has each transmission once, and a call sign in each record.
 QByteArray adifLine(const ArchivedReception& reception)
 {
-    if (reception.copyOf)
-        return {};
     const Transmission& transmission = reception.transmission.record.transmission;
+    const QString call = callSign(transmission.text);
+    if (reception.copyOf || call.isEmpty())
+        return {};
     const QDateTime start = utc(transmission.start_us);
     QByteArray line =
+        adifField("CALL", call) +
         adifField("QSO_DATE", start.toString(QStringLiteral("yyyyMMdd"))) +
         adifField("TIME_ON", start.toString(QStringLiteral("hhmmss"))) +
         adifField("TIME_OFF", utc(transmission.stop_us).toString(QStringLiteral("hhmmss")));
@@ -213,14 +243,56 @@ bool write(Output& output, const std::vector<ArchivedTransmission>& found, const
     return !output.hasFailed();
 }
 
+// Whoever interrupts does not wait long.
+void pauseFor(unsigned long pause_ms)
+{
+    for (unsigned long waited_ms = 0; waited_ms < pause_ms && !isInterrupted();
+         waited_ms += FOLLOW_PAUSE_ms)
+        QThread::msleep(FOLLOW_PAUSE_ms);
+}
+
+// What is archived from now on, until somebody interrupts or nobody reads. A database that was
+// started again is asked again.
+void follow(const QString& url, ArchiveQuery query, std::unique_ptr<Archive>& archive,
+            Output& output, const Form& form)
+{
+    query.isOldestFirst = true;
+    query.limit = FOLLOWED_AT_ONCE;
+    unsigned long pause_ms = FOLLOW_PAUSE_ms;
+    while (!isInterrupted() && !output.hasFailed()) {
+        QString error;
+        if (!archive)
+            archive = Archive::open(url, error);
+        const auto next = archive ? archive->search(query) : std::nullopt;
+        if (!next) {
+            complain(QStringLiteral("archive"),
+                     (archive ? archive->error() : error) + QStringLiteral("; tried again"));
+            archive.reset(); // a connection that failed once may be dead
+            pauseFor(pause_ms);
+            pause_ms = std::min(2 * pause_ms, LONGEST_PAUSE_ms);
+            continue;
+        }
+        pause_ms = FOLLOW_PAUSE_ms;
+        if (!next->empty())
+            query.after = next->back().id;
+        write(output, *next, form);
+        if (next->empty())
+            pauseFor(FOLLOW_PAUSE_ms);
+    }
+}
+
 int run(Arguments& arguments)
 {
     ArchiveQuery query;
     query.words = arguments.operands();
+    for (const QString& word : qAsConst(query.words)) {
+        if (wantedWords({word}).empty())
+            arguments.fail(QStringLiteral("'%1' has neither a letter nor a digit").arg(word));
+    }
     query.since_us = timeOption(arguments, "since");
     query.until_us = timeOption(arguments, "until");
     readFrequency(arguments, query);
-    query.decoder = arguments.text("decoder");
+    query.decoder = decoderSpelled(arguments.text("decoder"));
     query.receiver = arguments.text("receiver");
     query.station = arguments.text("station");
     query.limit =
@@ -246,7 +318,7 @@ int run(Arguments& arguments)
         return EXIT_BAD_INPUT;
     }
     QString error;
-    const std::unique_ptr<Archive> archive = Archive::open(url, error);
+    std::unique_ptr<Archive> archive = Archive::open(url, error);
     if (!archive) {
         complain(QStringLiteral("archive"), error);
         return EXIT_BAD_INPUT;
@@ -264,20 +336,7 @@ int run(Arguments& arguments)
         write(output, *found, *form);
     } else {
         query.after = *latest;
-        query.isOldestFirst = true;
-        query.limit = FOLLOWED_AT_ONCE;
-        while (!isInterrupted() && !output.hasFailed()) {
-            const auto next = archive->search(query);
-            if (!next) {
-                complain(QStringLiteral("archive"), archive->error());
-                return EXIT_BAD_INPUT;
-            }
-            if (!next->empty())
-                query.after = next->back().id;
-            write(output, *next, *form);
-            if (next->empty())
-                QThread::msleep(FOLLOW_PAUSE_ms);
-        }
+        follow(url, query, archive, output, *form);
     }
     if (!output.error().isEmpty()) {
         complain(QStringLiteral("standard output"), output.error());
@@ -309,7 +368,7 @@ Command searchCommand()
               {"follow", nullptr, "show what is archived from now on, as it comes"},
               {"json", nullptr, "print one JSON object per line and transmission"},
               {"csv", nullptr, "print comma-separated values with a header"},
-              {"adif", nullptr, "print ADIF records"}},
+              {"adif", nullptr, "print an ADIF record for each that holds a call sign"}},
              "  morsehost search DL0XYZ --since 2026-11-01 --frequency 7000-7040\n"
              "  morsehost search --follow --json\n"},
             run};

@@ -1,10 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "station/archive/spool.h"
 
+#include "station/io/systemtext.h"
+
 #include <QDir>
+#include <QFileInfo>
 #include <QSaveFile>
 
 #include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace morsehost {
@@ -34,13 +39,22 @@ qint64 endOfWholeLines(QFile& file)
 
 } // namespace
 
+// A disk that is full now has room later.
+QString Spool::folderFault(const QString& folder)
+{
+    if (!QDir().mkpath(folder) || !QFileInfo(folder).isDir())
+        return QStringLiteral("the folder cannot be made");
+    if (faccessat(AT_FDCWD, QFile::encodeName(folder).constData(), W_OK | X_OK, AT_EACCESS) != 0)
+        return QStringLiteral("no file can be written there: ") + systemError(errno);
+    return {};
+}
+
 Spool::Spool(const QString& folder)
     : m_folder(folder)
 {
-    if (!QDir().mkpath(folder)) {
-        m_error = QStringLiteral("the folder cannot be made");
+    m_error = folderFault(folder);
+    if (!m_error.isEmpty())
         return;
-    }
     const QStringList files =
         QDir(folder).entryList({QStringLiteral("*.lines")}, QDir::Files, QDir::Name);
     for (const QString& file : files)

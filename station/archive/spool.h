@@ -21,6 +21,9 @@ public:
     /// Begins where the last one in that folder ended.
     explicit Spool(const QString& folder);
 
+    /// Why that folder, made when it is missing, cannot be used; empty when it can.
+    static QString folderFault(const QString& folder);
+
     /// Why the folder cannot be used; empty when it can.
     const QString& error() const { return m_error; }
 

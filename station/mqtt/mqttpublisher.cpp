@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <condition_variable>
+#include <deque>
 #include <map>
 #include <mutex>
 #include <set>
@@ -33,6 +34,8 @@ constexpr int AT_ONCE = 20;
 constexpr int CONFIRMED = 1; // quality of service
 // A broker that is away for months does not fill the disk.
 constexpr qint64 MOST_WAITING_BYTES = qint64{256} << 20;
+// Nor does a full disk fill the memory.
+constexpr qint64 MOST_UNKEPT_BYTES = qint64{8} << 20;
 
 QByteArray compact(const QJsonObject& object)
 {
@@ -128,15 +131,56 @@ public:
     void add(const QByteArray& line)
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        const bool isKept = m_spool.size() < MOST_WAITING_BYTES && m_spool.append(line);
-        if (!isKept && !m_isLossReported)
-            m_report(QStringLiteral("mqtt: transmissions are lost: %1")
-                         .arg(m_spool.error().isEmpty() ? QStringLiteral("too many wait")
-                                                        : m_spool.error()));
-        m_isLossReported = !isKept;
+        m_unkept.push_back(line);
+        m_unkeptBytes += line.size();
+        keepUnkept();
+    }
+
+    // What a full disk did not take.
+    void tryAgain()
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (!m_unkept.empty())
+            keepUnkept();
+    }
+
+    void withdraw()
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_isWithdrawn = true;
     }
 
 private:
+    void dropOldest()
+    {
+        m_unkeptBytes -= m_unkept.front().size();
+        m_unkept.pop_front();
+    }
+
+    // In order, so that those behind wait too. With the lock.
+    void keepUnkept()
+    {
+        const bool isFull = m_spool.size() >= MOST_WAITING_BYTES;
+        while (!isFull && !m_unkept.empty() && m_spool.append(m_unkept.front()))
+            dropOldest();
+        bool isLost = false;
+        while (m_unkeptBytes > MOST_UNKEPT_BYTES) {
+            dropOldest();
+            isLost = true;
+        }
+        const Disk disk = isLost ? Disk::Loses : m_unkept.empty() ? Disk::Takes : Disk::Refuses;
+        if (disk == m_disk || (disk == Disk::Refuses && m_disk == Disk::Loses))
+            return;
+        m_disk = disk;
+        const QString reason = isFull ? QStringLiteral("too many wait") : m_spool.error();
+        if (disk == Disk::Takes)
+            m_report(QStringLiteral("mqtt: the disk takes transmissions again"));
+        else if (disk == Disk::Refuses)
+            m_report(QStringLiteral("mqtt: %1; transmissions are kept in memory").arg(reason));
+        else
+            m_report(QStringLiteral("mqtt: the oldest transmissions are lost: %1").arg(reason));
+    }
+
     bool isStopping()
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
@@ -305,12 +349,27 @@ private:
         };
         while (sendTransmissions(client) && goesOn()) {
         }
-        publish(client, "state", "offline", true);
+        leaveStates(client);
         while (goesOn()) {
         }
         mosquitto_disconnect(client);
         mosquitto_loop(client, LOOP_ms, 1);
     }
+
+    // Receivers have stopped; of topics that are given up nothing stays.
+    void leaveStates(mosquitto* client)
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        for (const auto& [topic, state] : m_states) {
+            QJsonObject object = QJsonDocument::fromJson(state).object();
+            object.insert(QStringLiteral("state"), QStringLiteral("stopped"));
+            object.insert(QStringLiteral("problem"), QString());
+            publish(client, topic, m_isWithdrawn ? QByteArray() : compact(object), true);
+        }
+        publish(client, "state", m_isWithdrawn ? "" : "offline", true);
+    }
+
+    enum class Disk { Takes, Refuses, Loses };
 
     MqttSettings m_settings;
     Report m_report;
@@ -319,7 +378,10 @@ private:
     std::condition_variable m_changed;
     Spool m_spool;
     bool m_isStopping = false;
-    bool m_isLossReported = false;
+    bool m_isWithdrawn = false;
+    std::deque<QByteArray> m_unkept; ///< that the disk has not taken, the oldest first
+    qint64 m_unkeptBytes = 0;
+    Disk m_disk = Disk::Takes;                 ///< as reported
     std::map<QByteArray, QByteArray> m_states; ///< by topic
     std::map<QByteArray, QByteArray> m_changedStates;
     // The thread's own.
@@ -361,6 +423,14 @@ void MqttPublisher::transmission(const ArchiveRecord& record)
     m_d->add(compact(object));
 }
 
-void MqttPublisher::tick() {}
+void MqttPublisher::tick()
+{
+    m_d->tryAgain();
+}
+
+void MqttPublisher::withdraw()
+{
+    m_d->withdraw();
+}
 
 } // namespace morsehost

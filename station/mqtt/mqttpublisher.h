@@ -29,10 +29,12 @@ QString mqttUrlFault(const QString& url);
 
 /// Topics, below PREFIX and the station's name where it has one:
 ///   state                         "online", or "offline" as last will; retained
-///   receiver/NAME/state           an object: state, problem, decoder, bytes_lost; retained
+///   receiver/NAME/state           an object: state ("stopped" after the end), problem, decoder,
+///                                 bytes_lost; retained
 ///   receiver/NAME/transmission    the object of each transmission, with its key
 /// Each transmission is on disk before `transmission` returns, and leaves it when the broker has
-/// confirmed it: in order, and at least once. The same key shows a repetition.
+/// confirmed it: in order, and at least once. The same key shows a repetition. What a full disk
+/// does not take is kept in memory, 8 MiB of it, until there is room; then the oldest are lost.
 class MqttPublisher : public Publisher
 {
 public:
@@ -50,6 +52,9 @@ public:
     void heard(const QString& receiver, const QJsonObject& object) override;
     void transmission(const ArchiveRecord& record) override;
     void tick() override;
+    /// Its topics are given up: at its end the broker retains nothing of them, where it can be
+    /// reached then.
+    void withdraw();
 
 private:
     class Private;

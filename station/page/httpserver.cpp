@@ -7,6 +7,7 @@
 #include <boost/beast/http.hpp>
 #include <boost/beast/ssl.hpp>
 
+#include <algorithm>
 #include <atomic>
 #include <optional>
 #include <sstream>
@@ -30,6 +31,8 @@ constexpr int MOST_WAITING_SLOW_REQUESTS = 32;
 constexpr std::size_t WORKERS = 2; // of each kind of requests
 // What the system takes for a reader that takes nothing.
 constexpr int SEND_BUFFER_BYTES = 128 * 1024;
+// That a reader has to take within the time it is given.
+constexpr std::size_t PIECE_BYTES = 64 * 1024;
 constexpr std::chrono::milliseconds ACCEPT_PAUSE{100};
 
 // Nothing of another site is loaded, nothing runs that did not come as a file of this one.
@@ -233,10 +236,23 @@ private:
 
     void write()
     {
+        m_written = 0;
+        writeMore();
+    }
+
+    // The time counts for a piece: who takes a large file slowly, but takes it, gets all of it.
+    void writeMore()
+    {
         lowest().expires_after(m_shared.settings.readerTime);
-        asio::async_write(m_stream, asio::buffer(m_out),
-                          [self = this->shared_from_this()](Error error, std::size_t) {
-                              if (!error)
+        const std::size_t size = std::min(m_out.size() - m_written, PIECE_BYTES);
+        asio::async_write(m_stream, asio::buffer(m_out.data() + m_written, size),
+                          [self = this->shared_from_this()](Error error, std::size_t written) {
+                              if (error)
+                                  return;
+                              self->m_written += written;
+                              if (self->m_written < self->m_out.size())
+                                  self->writeMore();
+                              else
                                   self->wasWritten();
                           });
     }
@@ -318,6 +334,7 @@ private:
     asio::steady_timer m_pulse;
     bool m_isPulseDue = false;
     std::string m_out;
+    std::size_t m_written = 0; ///< of it
 };
 
 using PlainSession = Session<beast::tcp_stream>;

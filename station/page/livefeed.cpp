@@ -16,6 +16,7 @@ constexpr std::size_t MOST_SIGNALS = 5000;
 constexpr std::size_t MOST_LATEST = 100;
 // A transmission may be long; the archive has all of it.
 constexpr int SHOWN_TEXT = 4000;
+constexpr int SILENT_TICKS = 120; // half a minute
 
 const QLatin1String EVENT("event");
 const QLatin1String NUMBER("number");
@@ -46,6 +47,15 @@ void takeFacts(QJsonObject& facts, const QJsonObject& object)
         if (!value.isUndefined())
             facts.insert(QLatin1String(name), value);
     }
+}
+
+// What is known of a single signal before its end.
+QJsonObject tunedFacts(const ReceiverFacts& receiver)
+{
+    QJsonObject facts = {{QStringLiteral("decoder"), receiver.decoder}};
+    if (receiver.frequency_Hz)
+        facts.insert(QStringLiteral("frequency_Hz"), *receiver.frequency_Hz);
+    return facts;
 }
 
 } // namespace
@@ -129,6 +139,7 @@ void LiveFeed::heard(const QString& name, const QJsonObject& object)
             return;
         takeFacts(present->second.facts, object);
         present->second.isOver = true;
+        present->second.ticksOver = 0;
         receiver.changed.insert(signal);
     } else if (event == QLatin1String("spectrum")) {
         QJsonObject row = object;
@@ -145,6 +156,18 @@ void LiveFeed::forgetSignals(Receiver& receiver)
     receiver.changed.clear();
 }
 
+// A band says itself when a signal is lost.
+void LiveFeed::forgetSilent(Receiver& receiver)
+{
+    const auto only = receiver.present.find(0);
+    if (only == receiver.present.end() || !only->second.isOver ||
+        ++only->second.ticksOver < SILENT_TICKS)
+        return;
+    receiver.present.erase(only);
+    receiver.changed.erase(0);
+    receiver.gone.insert(0);
+}
+
 void LiveFeed::hearText(Receiver& receiver, int number, const QString& text, const QString& at)
 {
     if (receiver.present.count(number) == 0 && receiver.present.size() >= MOST_SIGNALS)
@@ -155,6 +178,9 @@ void LiveFeed::hearText(Receiver& receiver, int number, const QString& text, con
     if (begins && !text.trimmed().isEmpty()) {
         signal.since = at;
         signal.isOver = false;
+        // It may be another one; how fast and strong it is, its end shows.
+        if (number == 0)
+            signal.facts = tunedFacts(receiver.facts);
     }
     signal.words = (signal.words + text).right(LAST_WORDS);
     receiver.changed.insert(number);
@@ -184,6 +210,7 @@ void LiveFeed::flush()
 {
     const std::lock_guard<std::mutex> lock(m_mutex);
     for (auto& [name, receiver] : m_receivers) {
+        forgetSilent(receiver);
         if (receiver.changed.empty() && receiver.gone.empty())
             continue;
         QJsonArray present;

@@ -30,8 +30,9 @@ public:
     void receivers(const std::vector<ReceiverFacts>& all);
     void heard(const QString& receiver, const QJsonObject& object);
     void transmission(const ArchiveRecord& record);
-    /// Sends what has changed since the last call; to be called a few times a second, so that each
-    /// character is not an event of its own.
+    /// Sends what has changed since the last call; to be called four times a second, so that each
+    /// character is not an event of its own. Who was heard by a receiver of one signal is gone half
+    /// a minute after the end, as in a band.
     void flush();
 
     /// For one more reader: the state, and from then on what changes.
@@ -44,6 +45,7 @@ private:
         QString words;     ///< the last
         QString since;
         bool isOver = false; ///< what comes next is another transmission
+        int ticksOver = 0;   ///< since then
     };
     struct Receiver
     {
@@ -54,6 +56,7 @@ private:
     };
 
     static void forgetSignals(Receiver& receiver);
+    static void forgetSilent(Receiver& receiver);
     static void hearText(Receiver& receiver, int number, const QString& text, const QString& at);
     void publish(const char* kind, const QJsonObject& object);
     static QJsonObject signalObject(int number, const Signal& signal);

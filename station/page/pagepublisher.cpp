@@ -17,6 +17,8 @@ PagePublisher::PagePublisher(const PageSettings& settings, const QString& statio
     , m_report(std::move(report))
     , m_live(station)
     , m_page(settings, {m_live, archive, folder})
+    , m_others({archive, station},
+               [this](const ArchiveRecord& record) { m_live.transmission(record); })
 {
     serve();
 }

@@ -2,6 +2,7 @@
 // A station's page as the station uses it.
 #pragma once
 
+#include "station/page/archivewatch.h"
 #include "station/page/livefeed.h"
 #include "station/page/stationpage.h"
 
@@ -37,6 +38,7 @@ private:
     int m_ticks = 0;
     LiveFeed m_live;
     StationPage m_page;
+    ArchiveWatch m_others; ///< stations that share the archive
     std::unique_ptr<HttpServer> m_server;
 };
 

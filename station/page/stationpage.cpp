@@ -4,6 +4,8 @@
 #include "station/archive/archive.h"
 #include "station/archive/querytext.h"
 #include "station/archive/receptions.h"
+#include "station/archive/wantedwords.h"
+#include "station/decoders.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -91,13 +93,6 @@ HostName hostName(const QString& host)
         return {address, isAddress(AF_INET6, address)};
     const QString name = match.captured(2);
     return {name.toLower(), isAddress(AF_INET, name)};
-}
-
-QJsonObject foundObject(const ArchivedTransmission& found)
-{
-    QJsonObject object = shownObject(found.record);
-    object.insert(QStringLiteral("id"), QString::number(found.id));
-    return object;
 }
 
 // Readers of the page are not shown where the database is.
@@ -237,7 +232,11 @@ HttpAnswer StationPage::search(const QUrlQuery& query) const
     };
     ArchiveQuery wanted;
     wanted.words = value("words").split(QLatin1Char(' '), Qt::SkipEmptyParts).mid(0, MOST_WORDS);
-    wanted.decoder = value("decoder");
+    for (const QString& word : qAsConst(wanted.words)) {
+        if (wantedWords({word}).empty())
+            return plain(400, "A word has a letter or a digit.");
+    }
+    wanted.decoder = decoderSpelled(value("decoder"));
     wanted.receiver = value("receiver");
     wanted.station = value("station");
     const auto readTime = [&value](const char* name, std::optional<qint64>& time_us) {
@@ -304,6 +303,30 @@ HttpAnswer StationPage::transmission(const QString& name) const
     return json(object);
 }
 
+// Empty for what is not given away, or is not there any more.
+QString StationPage::fileToGive(const QString& path) const
+{
+    // Of another station, which shares the archive, a path may name anything here.
+    const QFileInfo file(QFileInfo(path).canonicalFilePath());
+    const QString folder = QFileInfo(m_sources.folder).canonicalFilePath();
+    const bool isOurs = !folder.isEmpty() &&
+                        file.filePath().startsWith(folder + QLatin1Char('/')) && file.isFile() &&
+                        file.size() <= MOST_FILE_BYTES;
+    return isOurs ? file.filePath() : QString();
+}
+
+// A file keeps its number when another one is gone.
+QJsonObject StationPage::foundObject(const ArchivedTransmission& found) const
+{
+    QJsonObject object = shownObject(found.record);
+    object.insert(QStringLiteral("id"), QString::number(found.id));
+    QJsonArray files;
+    for (const QString& path : found.record.transmission.files)
+        files.append(fileToGive(path).isEmpty() ? QJsonValue() : QFileInfo(path).fileName());
+    object.insert(QStringLiteral("files"), files);
+    return object;
+}
+
 HttpAnswer StationPage::file(const QString& one, int index) const
 {
     const auto found = findOne(m_sources.archive, one);
@@ -314,13 +337,9 @@ HttpAnswer StationPage::file(const QString& one, int index) const
     const QStringList& files = found->front().record.transmission.files;
     if (index < 0 || index >= files.size())
         return notFound();
-    // Of another station, which shares the archive, a path may name anything here.
-    const QString path = QFileInfo(files[index]).canonicalFilePath();
-    const QString folder = QFileInfo(m_sources.folder).canonicalFilePath();
+    const QString path = fileToGive(files[index]);
     QFile file(path);
-    if (path.isEmpty() || folder.isEmpty() || !path.startsWith(folder + QLatin1Char('/')) ||
-        !QFileInfo(path).isFile() || file.size() > MOST_FILE_BYTES ||
-        !file.open(QIODevice::ReadOnly))
+    if (path.isEmpty() || !file.open(QIODevice::ReadOnly))
         return notFound();
     HttpAnswer answer;
     const QString name = QFileInfo(path).fileName();

@@ -2,10 +2,12 @@
 // The page of a station: what is asked of it, and what it answers.
 #pragma once
 
+#include "station/archive/archive.h"
 #include "station/page/httpserver.h"
 #include "station/page/livefeed.h"
 #include "station/page/password.h"
 
+#include <QJsonObject>
 #include <QString>
 #include <QStringList>
 #include <QUrlQuery>
@@ -50,6 +52,8 @@ private:
     HttpAnswer search(const QUrlQuery& query) const;
     HttpAnswer transmission(const QString& name) const;
     HttpAnswer file(const QString& name, int index) const;
+    QString fileToGive(const QString& path) const;
+    QJsonObject foundObject(const ArchivedTransmission& found) const;
 
     PageSettings m_settings;
     Sources m_sources;

@@ -48,7 +48,7 @@ int lineOf(const ReceiverSettings& receiver, const QString& words)
     for (const QString& word : receiver.options) {
         const bool isOption = word.startsWith(QLatin1String("--"));
         if (isOption)
-            key = word.mid(2);
+            key = word.mid(2).replace(QLatin1Char('-'), QLatin1Char('_'));
         if (isOption && words.contains(word + QLatin1Char(' ')))
             return receiver.lines.value(key);
         if (!isOption && words.contains(word))

@@ -2,6 +2,7 @@
 #include "station/service/service.h"
 
 #include "station/archive/archive.h"
+#include "station/archive/spool.h"
 
 #include <QDateTime>
 #include <QDir>
@@ -25,6 +26,20 @@ constexpr int MOST_ROWS = 8;
 QString today()
 {
     return QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyy-MM-dd"));
+}
+
+// Of what has to be written to from the begin on.
+QString folderFault(const StationConfiguration& configuration)
+{
+    for (const char* const name : {UNSENT, UNPUBLISHED}) {
+        if (name == UNPUBLISHED && configuration.mqtt.url.isEmpty())
+            continue;
+        const QString folder = QDir(configuration.folder).filePath(QLatin1String(name));
+        const QString fault = Spool::folderFault(folder);
+        if (!fault.isEmpty())
+            return folder + QStringLiteral(": ") + fault;
+    }
+    return {};
 }
 
 } // namespace
@@ -55,12 +70,11 @@ StationService::~StationService()
 
 bool StationService::configure(const StationConfiguration& configuration, QString& error)
 {
+    error = folderFault(configuration);
+    if (!error.isEmpty())
+        return false;
     const bool isFolderNew = configuration.folder != m_configuration.folder;
     if (!m_archive || isFolderNew || configuration.archive != m_configuration.archive) {
-        if (!QDir().mkpath(configuration.folder)) {
-            error = QStringLiteral("%1: the folder cannot be made").arg(configuration.folder);
-            return false;
-        }
         // Two writers never share a spool; the old one works until another folder is known to.
         const bool hadWriter = m_archive != nullptr;
         if (!isFolderNew)
@@ -113,7 +127,7 @@ std::unique_ptr<ArchiveWriter> StationService::writerFor(const StationConfigurat
 {
     return std::make_unique<ArchiveWriter>(
         ArchiveWriter::Settings{configuration.archive,
-                                QDir(configuration.folder).filePath(QStringLiteral("unsent"))},
+                                QDir(configuration.folder).filePath(QLatin1String(UNSENT))},
         [this](const QString& problem) {
             // From the writer's thread.
             QMetaObject::invokeMethod(this, [this, problem] {
@@ -201,8 +215,10 @@ void StationService::configurePublishers(const StationConfiguration& before)
     if (!m_page && !now.page.address.isEmpty())
         m_page =
             std::make_unique<PagePublisher>(now.page, now.name, now.archive, now.folder, report);
-    if (!(now.mqtt == before.mqtt))
+    if (m_mqtt && !(now.mqtt == before.mqtt)) {
+        m_mqtt->withdraw();
         m_mqtt.reset(); // two never share a folder
+    }
     if (!m_mqtt && !now.mqtt.url.isEmpty()) {
         m_mqtt = std::make_unique<MqttPublisher>(now.mqtt, report);
         if (!m_mqtt->error().isEmpty())
@@ -220,7 +236,8 @@ void StationService::notifyPublishers()
     std::vector<ReceiverFacts> all;
     for (const auto& [name, receiver] : m_receivers) {
         all.push_back({name, receiver->settings().decoder, stateName(receiver->state()),
-                       receiver->problem(), receiver->bytesLost()});
+                       receiver->problem(), receiver->bytesLost(),
+                       receiver->settings().frequency_Hz});
     }
     for (Publisher* const publisher : m_publishers)
         publisher->receivers(all);

@@ -60,6 +60,11 @@ QString readFolder(SectionReader& section, const QDir& beside)
         there.setFile(there.path());
     if (!there.isDir())
         section.fail(QStringLiteral("%1 is not a folder").arg(there.filePath()), "folder");
+    for (const char* const name : {UNSENT, UNPUBLISHED, "files"}) {
+        const QFileInfo below(QDir(path).filePath(QLatin1String(name)));
+        if (below.exists() && !below.isDir())
+            section.fail(QStringLiteral("%1 is not a folder").arg(below.filePath()), "folder");
+    }
     return path;
 }
 
@@ -286,6 +291,8 @@ ReceiverSettings readReceiver(SectionReader& section, const QString& name, const
                          .arg(teleprinters.join(QLatin1String(", ")), receiver.decoder),
                      "decoder");
     readKeys(section, use, receiver);
+    if (section.has("frequency"))
+        receiver.frequency_Hz = section.number("frequency", 0);
     if (section.isOn("pictures", false) && !receiver.isSaved)
         section.fail(QStringLiteral("pictures need save=true"), "pictures");
     section.check();
@@ -376,7 +383,7 @@ StationConfiguration readConfiguration(const QString& path, std::vector<Configur
             configuration.mqtt = readMqtt(reader, beside);
             configuration.mqtt.station = configuration.name;
             configuration.mqtt.folder =
-                QDir(configuration.folder).filePath(QStringLiteral("unpublished"));
+                QDir(configuration.folder).filePath(QLatin1String(UNPUBLISHED));
             continue;
         }
         const QString prefix = QLatin1String(RECEIVER) + QLatin1Char(' ');

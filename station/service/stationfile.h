@@ -28,6 +28,10 @@ struct SampleFormat
 /// Bytes of a sample, or of a pair.
 int sampleBytes(const SampleFormat& format);
 
+/// Folders below that of a station: what waits for the archive, and for the broker.
+inline constexpr const char* UNSENT = "unsent";
+inline constexpr const char* UNPUBLISHED = "unpublished";
+
 /// One `[receiver NAME]`.
 struct ReceiverSettings
 {
@@ -41,8 +45,9 @@ struct ReceiverSettings
     QString decoder = QStringLiteral("Morse"); ///< "band", or a decoder's name
     /// Words for the decoder's command line, from the keys that it understands.
     QStringList options;
-    SampleFormat samples;     ///< of a command or an address
-    bool isSaved = true;      ///< files are kept in a folder a day
+    SampleFormat samples;               ///< of a command or an address
+    std::optional<double> frequency_Hz; ///< that it is tuned to
+    bool isSaved = true;                ///< files are kept in a folder a day
     int stall_s = 30;         ///< without a sample for so long, it counts as stalled; 0 for never
     QMap<QString, int> lines; ///< where its keys stand, and under "" its section; not compared
 

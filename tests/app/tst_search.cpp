@@ -6,6 +6,9 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
+#include <QSqlDatabase>
+#include <QSqlError>
+#include <QSqlQuery>
 #include <QTemporaryDir>
 #include <QTime>
 #include <QtTest>
@@ -74,6 +77,7 @@ private Q_SLOTS:
         QTest::newRow("too far from it") << QStringList{"--frequency", "7026"} << 0;
         QTest::newRow("the latest") << QStringList{"--limit", "1"} << 1;
         QTest::newRow("another decoder") << QStringList{"--decoder", "Baudot"} << 0;
+        QTest::newRow("a decoder, however typed") << QStringList{"--decoder", "morse"} << 3;
         QTest::newRow("a beginning") << QStringList{"OK2*"} << 3;
     }
 
@@ -112,8 +116,58 @@ private Q_SLOTS:
             QVERIFY2(columns[i].isEmpty() || values[i].isEmpty(), columns[i].constData());
         const QByteArray adif = search({"--adif", "G3ABC"}).out;
         QVERIFY(adif.contains("<EOH>"));
+        QVERIFY(adif.contains("<CALL:5>G3ABC "));
         QVERIFY(adif.contains("<QSO_DATE:8>20260512 <TIME_ON:6>101523"));
         QVERIFY(adif.contains("<COMMENT:33>OK2XYZ DE G3ABC = UR 579 IN LEEDS"));
+    }
+
+    void whatIsFollowedGoesOnWhenTheArchiveIsBack()
+    {
+        const QString url = m_folder.filePath("away.db");
+        const auto decodeInto = [&url](int minute) {
+            const QTime time = QTime(10, 0).addSecs(60 * minute);
+            return run({"decode", "--archive", url, "--start",
+                        time.toString("'2026-05-13T'hh:mm:ss'Z'"), SAMPLE})
+                .status;
+        };
+        QCOMPARE(decodeInto(0), 0);
+        QSqlDatabase database = QSqlDatabase::addDatabase("QSQLITE", "away");
+        database.setDatabaseName(url);
+        QVERIFY(database.open());
+        QProcess follower;
+        follower.start(MORSEHOST_PATH, {"search", "--archive", url, "--follow", "OK2XYZ"});
+        QVERIFY(follower.waitForStarted(LONG_ms));
+        // It has begun when it has seen something.
+        int minute = 1;
+        for (; minute < 600 && follower.bytesAvailable() == 0; ++minute) {
+            QCOMPARE(decodeInto(minute), 0);
+            follower.waitForReadyRead(1000);
+        }
+        QVERIFY(
+            !database.exec("ALTER TABLE transmissions RENAME TO elsewhere").lastError().isValid());
+        QByteArray errors;
+        QTRY_VERIFY_WITH_TIMEOUT(
+            (errors += follower.readAllStandardError()).contains("tried again"), LONG_ms);
+        QVERIFY(
+            !database.exec("ALTER TABLE elsewhere RENAME TO transmissions").lastError().isValid());
+        follower.readAllStandardOutput();
+        QCOMPARE(decodeInto(minute), 0);
+        QTRY_VERIFY_WITH_TIMEOUT(follower.bytesAvailable() > 0, LONG_ms);
+        follower.terminate();
+        QVERIFY(follower.waitForFinished(LONG_ms));
+        QCOMPARE(follower.exitCode(), 0);
+        database.close();
+    }
+
+    void aLogHasWhatHoldsACallSign()
+    {
+        const QByteArray adif = search({"--adif"}).out;
+        QCOMPARE(adif.count("<EOR>"), 3);
+        QCOMPARE(adif.count("<CALL:6>OK2XYZ "), 2); // of the three, one is from G3ABC
+        const QString url = m_folder.filePath("plain.db");
+        QCOMPARE(run({"symbols", "--archive", url, "-"}, "0 3 1 3 5").status, 0);
+        QCOMPARE(run({"search", "--archive", url}).out.count('\n'), 1);
+        QVERIFY(!run({"search", "--archive", url, "--adif"}).out.contains("<EOR>"));
     }
 
     void whatIsDecodedAgainIsThereOnce()
@@ -172,6 +226,8 @@ private Q_SLOTS:
         QTest::newRow("no frequency")
             << QStringList{"--frequency", "x"} << QByteArray("--frequency takes KHZ or LOW-HIGH");
         QTest::newRow("no time") << QStringList{"--since", "yesterday"} << QByteArray("--since");
+        QTest::newRow("no word") << QStringList{"?"}
+                                 << QByteArray("'?' has neither a letter nor a digit");
         QTest::newRow("two forms")
             << QStringList{"--csv", "--json"} << QByteArray("--json and --csv exclude each other");
     }

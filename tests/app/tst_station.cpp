@@ -68,6 +68,9 @@ private Q_SLOTS:
         QTest::newRow("no such map")
             << QByteArray("command=x\ndecoder=Baudot\nmap=Klingon\n")
             << QByteArray(":6: no map 'Klingon' is offered for the decoder 'Baudot'\n");
+        QTest::newRow("no such map for a band")
+            << QByteArray("command=x\ndecoder=band\nmap=Klingon\n")
+            << QByteArray(":6: no map 'Klingon' is offered for a teleprinter");
         QTest::newRow("no frequencies") << QByteArray("command=x\ndecoder=band\nonly=low\n")
                                         << QByteArray(":6: --only takes two frequencies");
         QTest::newRow("too many samples for one signal")
@@ -96,7 +99,8 @@ private Q_SLOTS:
         QTest::newRow("a recording")
             << QByteArray("file=" PROJECT_DATA_DIR "/samples/evening.flac\nrepeat=5\n");
         QTest::newRow("a band") << QByteArray("tcp=host:1\ndecoder=band\nrate=96000\niq=yes\n"
-                                              "center=7e6\nonly=7000000-7040000\nformat=u8\n");
+                                              "center=7e6\nonly=7000000-7040000\nformat=u8\n"
+                                              "map=Russian\nleast_snr=3\nmost=100\n");
         QTest::newRow("a teleprinter")
             << QByteArray("command=x\ndecoder=Baudot\nmap=Russian\nbaud=50\nshift=170\n"
                           "reverse=yes\ntone=1500\n");

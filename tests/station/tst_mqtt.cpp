@@ -3,6 +3,7 @@
 #include "station/mqtt/mqttpublisher.h"
 
 #include "station/archive/record.h"
+#include "support/fulldisk.h"
 #include "support/program.h"
 
 #include <QJsonDocument>
@@ -189,6 +190,8 @@ private Q_SLOTS:
         }
         QTRY_COMPARE_WITH_TIMEOUT(subscriber.payloads("radio/north/state"),
                                   (QStringList{"online", "offline"}), testsupport::HANGS_ms);
+        const QString last = subscriber.payloads("radio/north/receiver/hf/state").last();
+        QVERIFY2(last.contains("\"state\":\"stopped\""), qPrintable(last));
         const QJsonObject object =
             QJsonDocument::fromJson(
                 subscriber.payloads("radio/north/receiver/hf/transmission").first().toUtf8())
@@ -218,6 +221,85 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(later.payloads("radio/north/state"), QStringList{"online"},
                                   testsupport::HANGS_ms);
         QCOMPARE(later.payloads("radio/north/receiver/old/state"), QStringList());
+    }
+
+    void topicsThatAreGivenUpAreTakenAway()
+    {
+        {
+            MqttPublisher publisher(settings("given-up"), [](const QString&) {});
+            publisher.receivers({{"hf", "Morse", "running", "", 0}});
+            Subscriber first(m_port);
+            QTRY_VERIFY_WITH_TIMEOUT(!first.payloads("radio/north/receiver/hf/state").isEmpty(),
+                                     testsupport::HANGS_ms);
+            publisher.withdraw();
+        }
+        // Of two, the broker gives the first before the second.
+        MqttSettings elsewhere = settings("given-up");
+        elsewhere.station = "zenith";
+        const MqttPublisher publisher(elsewhere, [](const QString&) {});
+        Subscriber later(m_port);
+        QTRY_VERIFY_WITH_TIMEOUT(!later.payloads("radio/zenith/state").isEmpty(),
+                                 testsupport::HANGS_ms);
+        QCOMPARE(later.payloads("radio/north/receiver/hf/state"), QStringList());
+        QCOMPARE(later.payloads("radio/north/state"), QStringList());
+    }
+
+    void whatAFullDiskDoesNotTakeIsSentLaterInOrder()
+    {
+        QStringList reports;
+        std::mutex mutex;
+        MqttPublisher publisher(settings("full"), [&](const QString& line) {
+            const std::lock_guard<std::mutex> lock(mutex);
+            reports += line;
+        });
+        Subscriber subscriber(m_port);
+        QTRY_VERIFY_WITH_TIMEOUT(subscriber.isReady(), testsupport::HANGS_ms);
+        {
+            const FullDisk disk(10);
+            for (int number = 1; number <= 5; ++number)
+                publisher.transmission(recordOf(number));
+        }
+        publisher.tick();
+        publisher.transmission(recordOf(6));
+        const QByteArray topic = "radio/north/receiver/hf/transmission";
+        QTRY_VERIFY_WITH_TIMEOUT(subscriber.texts(topic).contains("6"), testsupport::HANGS_ms);
+        QCOMPARE(subscriber.texts(topic), numbers(1, 6));
+        const std::lock_guard<std::mutex> lock(mutex);
+        QCOMPARE(reports.filter("kept in memory").size(), 1);
+        QCOMPARE(reports.filter("takes transmissions again").size(), 1);
+        QCOMPARE(reports.filter("lost").size(), 0);
+    }
+
+    void moreThanTheMemoryMayTakeIsLostFromTheOldestOn()
+    {
+        QStringList reports;
+        std::mutex mutex;
+        MqttPublisher publisher(settings("flood"), [&](const QString& line) {
+            const std::lock_guard<std::mutex> lock(mutex);
+            reports += line;
+        });
+        Subscriber subscriber(m_port);
+        QTRY_VERIFY_WITH_TIMEOUT(subscriber.isReady(), testsupport::HANGS_ms);
+        {
+            const FullDisk disk(10);
+            for (int number = 1; number <= 12; ++number) {
+                ArchiveRecord record = recordOf(number);
+                record.transmission.text += ' ' + QString(1 << 20, 'E');
+                publisher.transmission(record);
+            }
+        }
+        publisher.tick();
+        const QByteArray topic = "radio/north/receiver/hf/transmission";
+        const auto numbersSent = [&] {
+            QStringList sent;
+            for (const QString& text : subscriber.texts(topic))
+                sent += text.section(' ', 0, 0);
+            return sent;
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(numbersSent().contains("12"), testsupport::HANGS_ms);
+        QCOMPARE(numbersSent(), numbers(6, 12));
+        const std::lock_guard<std::mutex> lock(mutex);
+        QCOMPARE(reports.filter("oldest transmissions are lost").size(), 1);
     }
 
     void whatWasHeardWhileTheBrokerWasAwayComesLaterInOrder()

@@ -3,6 +3,7 @@
 #include "station/page/stationpage.h"
 
 #include "station/archive/archive.h"
+#include "station/page/archivewatch.h"
 #include "support/certificate.h"
 #include "support/program.h"
 
@@ -19,6 +20,7 @@
 #include <algorithm>
 #include <atomic>
 #include <map>
+#include <mutex>
 
 using namespace morsehost;
 
@@ -318,6 +320,7 @@ private Q_SLOTS:
         row("a negative file", get("/transmission/3/file/-1"), 404);
         row("a file elsewhere", get("/transmission/3/file/1"), 404);
         row("a file elsewhere, by way of the folder", get("/transmission/3/file/2"), 404);
+        row("words without a letter", get("/search?words=%22%27%3B--"), 400);
         row("a time that is none", get("/search?since=yesterday"), 400);
         row("a frequency that is none", get("/search?frequency=high"), 400);
     }
@@ -482,7 +485,7 @@ private Q_SLOTS:
         QTest::newRow("another station") << QByteArray("station=south") << 0;
         QTest::newRow("few") << QByteArray("limit=2") << 2;
         QTest::newRow("earlier ones") << QByteArray("before=2") << 1;
-        QTest::newRow("quotes") << QByteArray("words=%22%27%3B--") << 3;
+        QTest::newRow("a decoder, however typed") << QByteArray("decoder=morse") << 3;
     }
 
     void theArchiveIsSearched()
@@ -503,7 +506,10 @@ private Q_SLOTS:
         QCOMPARE(one.status, 200);
         const QJsonObject object = QJsonDocument::fromJson(one.body).object();
         QCOMPARE(object.value("text").toString(), QString("WITH FILES"));
-        QCOMPARE(object.value("files").toArray().at(0).toString(), QString("heard here.txt"));
+        const QJsonArray files = object.value("files").toArray();
+        QCOMPARE(files.at(0).toString(), QString("heard here.txt"));
+        QVERIFY(files.at(1).isNull() && files.at(2).isNull()); // which are not given away
+        QCOMPARE(files.at(3).toString(), QString("a_picture.svg"));
         QVERIFY(!one.body.contains(m_folder.path().toUtf8()));
         const QByteArray byKey = "/transmission/" + object.value("key").toString().toUtf8();
         QCOMPARE(ask(*served, get(byKey)).body, one.body);
@@ -518,6 +524,114 @@ private Q_SLOTS:
         QVERIFY(picture.head.contains("Content-Type: image/svg+xml"));
         // Opened by itself it is a file, in which nothing runs.
         QVERIFY(picture.head.contains("Content-Disposition: attachment"));
+    }
+
+    void aFileThatWasRemovedIsNotNamed()
+    {
+        const QTemporaryDir folder;
+        const QString path = folder.filePath("kept.txt");
+        QString error;
+        const auto archive = Archive::open(folder.filePath("archive.db"), error);
+        QVERIFY(archive && archive->add({recordOf("GONE", {path})}));
+        LiveFeed live("north");
+        StationPage page({}, {live, folder.filePath("archive.db"), folder.path()});
+        HttpRequest request;
+        request.method = "GET";
+        request.host = "localhost";
+        request.target = "/search";
+        const auto files = [&] {
+            const QJsonArray found =
+                QJsonDocument::fromJson(page.answer(request).body).object()["found"].toArray();
+            return found.at(0).toObject().value("files").toArray();
+        };
+        QCOMPARE(files(), QJsonArray({QJsonValue()}));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(files(), QJsonArray({"kept.txt"}));
+    }
+
+    void aLargeFileComesWhole()
+    {
+        const QByteArray content(3000001, 'x');
+        QFile file(m_folder.filePath("kept/files/large.raw"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write(content), qint64(content.size()));
+        file.close();
+        const QTemporaryDir folder;
+        QString error;
+        const auto archive = Archive::open(folder.filePath("archive.db"), error);
+        QVERIFY(archive && archive->add({recordOf("LARGE", {file.fileName()})}));
+        LiveFeed live("north");
+        StationPage page({}, {live, folder.filePath("archive.db"), m_folder.filePath("kept")});
+        const HttpServer server(local(), page);
+        QTcpSocket socket;
+        socket.connectToHost("127.0.0.1", static_cast<quint16>(server.port()));
+        QVERIFY(socket.waitForConnected(testsupport::HANGS_ms));
+        socket.write(get("/transmission/1/file/0"));
+        const Reply reply = replyOf(readAll(socket));
+        QCOMPARE(reply.status, 200);
+        QVERIFY(reply.body == content);
+    }
+
+    void whatOtherStationsArchiveIsShown()
+    {
+        const QTemporaryDir folder;
+        const QString url = folder.filePath("archive.db");
+        const auto from = [](const char* station, const char* text) {
+            ArchiveRecord record = recordOf(text);
+            record.station = station;
+            record.key = QByteArray(station) + text;
+            return record;
+        };
+        QString error;
+        const auto archive = Archive::open(url, error);
+        QVERIFY(archive && archive->add({from("south", "BEFORE")}));
+        std::mutex mutex;
+        QStringList texts;
+        const ArchiveWatch watch({url, "north", std::chrono::milliseconds(1)},
+                                 [&](const ArchiveRecord& record) {
+                                     const std::lock_guard<std::mutex> lock(mutex);
+                                     texts += record.transmission.text;
+                                 });
+        const auto seen = [&] {
+            const std::lock_guard<std::mutex> lock(mutex);
+            return texts;
+        };
+        // When it looks first is not known; so news are added until it has seen some.
+        for (int i = 0; seen().isEmpty() && i < 10000; ++i)
+            QVERIFY(archive->add({from("south", qPrintable(QString("FIRST %1").arg(i)))}));
+        QVERIFY(archive->add({from("north", "OWN"), from("south", "LAST"), from("east", "END")}));
+        QTRY_VERIFY_WITH_TIMEOUT(seen().contains("END"), testsupport::HANGS_ms);
+        QCOMPARE(seen().mid(seen().size() - 2), QStringList({"LAST", "END"}));
+        QCOMPARE(seen().filter("OWN"), QStringList());
+        QCOMPARE(seen().filter("BEFORE"), QStringList());
+    }
+
+    void aSingleSignalIsThereFromItsFirstLetterOn()
+    {
+        LiveFeed live("north");
+        live.receivers({{"hf", "Morse", "running", "", 0, 7025000.0}});
+        const auto hear = [&live](const char* text, const char* at) {
+            live.heard("hf", {{"event", "character"}, {"text", text}, {"at", at}});
+        };
+        hear("E", "2026-05-12T10:15:01.000Z");
+        std::string state = live.subscribe()->take();
+        QVERIFY(state.find("\"frequency_Hz\":7025000") != std::string::npos);
+        QVERIFY(state.find("\"text\":\"E\"") != std::string::npos);
+        live.heard("hf", {{"event", "transmission"}, {"number", 1}, {"speed_wpm", 33.0}});
+        QVERIFY(live.subscribe()->take().find("\"speed_wpm\":33") != std::string::npos);
+        // The next one is another one.
+        hear("T", "2026-05-12T10:15:05.000Z");
+        state = live.subscribe()->take();
+        QVERIFY(state.find("\"speed_wpm\"") == std::string::npos);
+        QVERIFY(state.find("\"since\":\"2026-05-12T10:15:05.000Z\"") != std::string::npos);
+        live.heard("hf", {{"event", "transmission"}, {"number", 2}});
+        for (int quarters = 0; quarters < 4 * 29; ++quarters)
+            live.flush();
+        QVERIFY(live.subscribe()->take().find("\"since\"") != std::string::npos);
+        for (int quarters = 0; quarters < 4 * 2; ++quarters)
+            live.flush();
+        QVERIFY(live.subscribe()->take().find("\"since\"") == std::string::npos);
     }
 
     void anArchiveThatIsAwayIsSaid()

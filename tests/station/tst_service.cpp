@@ -12,6 +12,7 @@
 #include <QTemporaryDir>
 #include <QtTest>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace morsehost;
 
@@ -381,6 +382,43 @@ echo '{"event":"transmission","number":2,"text":"END '$1'"}'
         const std::unique_ptr<Archive> archive = Archive::open(good.archive, error);
         QVERIFY(archive);
         QVERIFY(*archive->count() >= 2);
+    }
+
+    void aFolderThatCannotBeWrittenIsRefused_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("for the archive") << "unsent";
+        QTest::newRow("for the broker") << "unpublished";
+    }
+    void aFolderThatCannotBeWrittenIsRefused()
+    {
+        QFETCH(QString, name);
+        StationService service(program(COUNTING_DECODER));
+        StationConfiguration made = configuration({commandReceiver("a", "true")});
+        made.folder = m_folder.filePath("closed-" + name);
+        made.mqtt.url = "mqtt://localhost:1";
+        made.mqtt.folder = made.folder + "/unpublished";
+        QVERIFY(QDir().mkpath(made.folder + "/unsent"));
+        QVERIFY(QDir().mkpath(made.folder + "/unpublished"));
+        const QString closed = made.folder + '/' + name;
+        for (const char* const below : {"", "/unsent", "/unpublished"})
+            QVERIFY(QFile::setPermissions(made.folder + below, QFile::Permissions(0x7777)));
+        QVERIFY(QFile::setPermissions(m_folder.path(), QFile::Permissions(0x7755)));
+        QVERIFY(QFile::setPermissions(closed, QFile::ReadOwner | QFile::ExeOwner));
+        QString error;
+        bool isTaken = true;
+        {
+            // The superuser may write anywhere.
+            const uid_t before = geteuid();
+            QVERIFY(before != 0 || seteuid(65534) == 0);
+            isTaken = service.configure(made, error);
+            QCOMPARE(seteuid(before), 0);
+        }
+        QVERIFY(!isTaken);
+        QVERIFY2(error.startsWith(closed + ": no file can be written there"), qPrintable(error));
+        QVERIFY(service.receivers().empty());
+        QVERIFY(
+            QFile::setPermissions(closed, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
     }
 
     void aFolderThatCannotBeMadeIsRefused()

@@ -80,7 +80,12 @@ async function showDetail(name) {
     }
     const files = byId("detail-files");
     files.replaceChildren();
+    // Those that were removed, or lie at another station, have no name.
+    if (!one.files.some((name) => name && name.endsWith(".svg")))
+        files.append(element("li", "none", "No picture is kept of this transmission."));
     one.files.forEach((name, index) => {
+        if (!name)
+            return;
         const item = element("li");
         const link = textElement("a", "", name);
         link.href = path + "/file/" + index;
