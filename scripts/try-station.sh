@@ -232,7 +232,7 @@ stations=()
 search --json >"$work/archived"
 await '"event"' cat "$work/archived"
 latest=$(grep -oP '"id":\K\d+' "$work/archived" | sort -n | tail -n 1)
-await "\"id\":$latest[,}]" cat "$work/followed"
+await "\"id\":${latest}[,}]" cat "$work/followed"
 kill "$follower"
 wait "$follower" || { echo "BAD: who follows ended with status $?" && exit 1; }
 follower=

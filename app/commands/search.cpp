@@ -243,7 +243,7 @@ bool write(Output& output, const std::vector<ArchivedTransmission>& found, const
     return !output.hasFailed();
 }
 
-// Whoever interrupts does not wait long.
+// The one who interrupts does not wait long.
 void pauseFor(unsigned long pause_ms)
 {
     for (unsigned long waited_ms = 0; waited_ms < pause_ms && !isInterrupted();

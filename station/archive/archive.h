@@ -78,7 +78,7 @@ public:
     /// Bytes of a file that hold something; 0 of a server, which keeps more than transmissions. An
     /// index of words keeps those of removed transmissions until it was tidied.
     std::optional<qint64> size();
-    /// A short step of tidying; whether there is more to be done. `isFirst` begins anew.
+    /// A short step of tidying; whether there is more to be done. `isFirst` begins again.
     std::optional<bool> tidy(bool isFirst);
 
     const QString& error() const { return m_error; }

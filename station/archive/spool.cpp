@@ -51,8 +51,8 @@ QString Spool::folderFault(const QString& folder)
 
 Spool::Spool(const QString& folder)
     : m_folder(folder)
+    , m_error(folderFault(folder))
 {
-    m_error = folderFault(folder);
     if (!m_error.isEmpty())
         return;
     const QStringList files =

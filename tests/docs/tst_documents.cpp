@@ -267,6 +267,27 @@ private Q_SLOTS:
         QVERIFY2(printed.startsWith(said), qPrintable(printed));
     }
 
+    void everyChapterOfTheGuideIsRun()
+    {
+        QMap<QString, int> sessions;
+        QStringList chapters;
+        for (const Page& page : m_pages) {
+            for (const Block& block : page.blocks)
+                sessions[page.name] += block.kind() == QLatin1String("console") ? 1 : 0;
+            if (page.name != QLatin1String("docs/operator-guide.md"))
+                continue;
+            for (const auto& [line, target] : pages::links(page)) {
+                if (page.prose.at(line - 1).startsWith(QLatin1String("| [")))
+                    chapters += QStringLiteral("docs/") + target.section(QLatin1Char('#'), 0, 0);
+            }
+        }
+        for (const char* const chapter : {"station", "page", "mqtt", "cluster"}) {
+            const QString name = QStringLiteral("docs/%1.md").arg(QLatin1String(chapter));
+            QVERIFY2(chapters.contains(name), chapter);
+            QVERIFY2(sessions[name] > 0, chapter);
+        }
+    }
+
     void theListOfPagesHasThemAll()
     {
         QStringList listed;
