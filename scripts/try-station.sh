@@ -181,7 +181,7 @@ PYTHON
 # Follows the archive over what becomes of it.
 "$build/bin/morsehost" search --archive "$url" --follow --json >"$work/followed" 2>"$work/follower.log" &
 follower=$!
-await '"event"' cat "$work/followed"
+await '"event"' grep -m 1 event "$work/followed"
 
 see() { PATH=/usr/bin:$PATH scripts/see-page.py "$@"; }
 north=http://127.0.0.1:$northPort/
@@ -230,9 +230,8 @@ for one in "${stations[@]}"; do wait "$one"; done
 stations=()
 
 search --json >"$work/archived"
-await '"event"' cat "$work/archived"
 latest=$(grep -oP '"id":\K\d+' "$work/archived" | sort -n | tail -n 1)
-await "\"id\":${latest}[,}]" cat "$work/followed"
+await '"event"' grep -m 1 "\"id\":${latest}[,}]" "$work/followed"
 kill "$follower"
 wait "$follower" || { echo "BAD: who follows ended with status $?" && exit 1; }
 follower=
