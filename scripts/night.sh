@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # What is too slow for every change, for a night: every static check on every file, all tests under the
-# sanitizers, threads, coverage, ten minutes of every fuzz target, mutants, a day of signal. Goes on
-# after a step that fails. NIGHT names a folder for what the steps print (default: build/night).
+# sanitizers, threads, coverage, ten minutes of every fuzz target, mutants, a day of signal, the packages
+# on a bare machine (root). Goes on after a step that fails. NIGHT names a folder for what the steps print
+# (default: build/night).
 cd "$(dirname "$0")/.." || exit
 . scripts/steps.sh
 
@@ -31,4 +32,5 @@ step logged cluster scripts/try-cluster.sh build/asan
 step logged long-run scripts/long-run.sh 24
 step logged hours scripts/try-hours.sh 2
 step logged packages scripts/package.sh
+step logged try-packages scripts/try-packages.sh "$night/machine"
 report_steps

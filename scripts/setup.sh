@@ -24,7 +24,7 @@ packages=(build-essential cmake ninja-build pkg-config qtbase5-dev libsndfile1-d
     gcovr
 )
 [ "${1:-test}" != night ] || packages+=(postgresql mosquitto-clients chromium
-    python3-websocket libnss3-tools slurm-wlm faketime systemd-container)
+    debootstrap python3-websocket libnss3-tools slurm-wlm faketime systemd-container)
 
 missing=()
 for package in "${packages[@]}"; do
