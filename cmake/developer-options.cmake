@@ -24,10 +24,12 @@ if(CMAKE_UNITY_BUILD AND CMAKE_CXX_COMPILER_ID STREQUAL GNU)
     target_compile_options(morsehandler_options INTERFACE -Wno-subobject-linkage)
 endif()
 if(MORSEHANDLER_COVERAGE)
-    # Counted are the library and the stand-in host; a test would only dilute the figures, and takes
-    # longer to build when it is counted. Each source is compiled once, so that all counts are of one
-    # object: what is hidden otherwise is visible here, and no test compiles it into itself.
+    # Counted is what is shipped; a test would only dilute the figures, and takes longer to build when
+    # it is counted. Each source is compiled once, so that all counts are of one object: what is hidden
+    # otherwise is visible here, and no test compiles it into itself.
     set(MORSEHANDLER_COUNTED --coverage)
+    # Of what goes through seconds of sound, sample by sample.
+    set(MORSEHANDLER_LONG_LOOPS -O1)
     target_link_options(morsehandler_options INTERFACE --coverage)
 endif()
 if(MORSEHANDLER_SANITIZERS)

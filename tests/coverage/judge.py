@@ -31,7 +31,7 @@ def main():
             print(f"{folder}: nothing was counted")
             is_fine = False
             continue
-        text = f"{folder:14}"
+        text = f"{folder:18}"
         for what, floor in zip(("line", "branch"), map(float, floors)):
             reached, total = count[what + "_covered"], count[what + "_total"]
             is_low = share(reached, total) < floor
