@@ -252,6 +252,106 @@ private Q_SLOTS:
                 QVERIFY2(segment.begin_step >= 0, qPrintable(QString::number(segment.begin_step)));
         }
     }
+    void aPathBeginsWithTheSegmentAskedForAndHasNoHoles()
+    {
+        Heard heard(20.0);
+        heard.add(false, 50);
+        for (int i = 0; i < 12; ++i) {
+            heard.add(true, i % 3 == 0 ? 45 : 15);
+            heard.add(false, i % 4 == 3 ? 45 : 15);
+        }
+        heard.add(false, 20);
+        for (const std::int64_t since : {60, 101, 200, 333, 400}) {
+            const Path path = heard.trellis.path(since);
+            QVERIFY(!path.segments.empty());
+            QVERIFY(path.segments.front().begin_step <= since);
+            QVERIFY(path.segments.front().end_step > since);
+            for (std::size_t i = 1; i < path.segments.size(); ++i) {
+                QCOMPARE(path.segments[i].begin_step, path.segments[i - 1].end_step);
+                QVERIFY(isMark(path.segments[i].kind) != isMark(path.segments[i - 1].kind));
+            }
+        }
+    }
+    void aMarkThatGoesOnIsTheLastSegment()
+    {
+        Heard heard(20.0);
+        heard.add(false, 50);
+        heard.add(true, 15);
+        heard.add(false, 15);
+        heard.add(true, 30);
+        const Path path = heard.trellis.path(0);
+        QVERIFY(!path.segments.empty());
+        QVERIFY2(isMark(path.segments.back().kind), heard.kinds().c_str());
+        QVERIFY(std::abs(path.segments.back().begin_step - 80) <= 2);
+        QCOMPARE(path.segments.back().end_step, std::int64_t(110));
+    }
+    // A mark alone is a dot of one hand or a dash of another; dots and dashes have one speed.
+    void theMarginSaysHowSureTheSpeedIs()
+    {
+        Heard mark;
+        mark.add(false, 50);
+        mark.add(true, 30);
+        mark.add(false, 30);
+        Heard marks;
+        marks.add(false, 50);
+        for (const int steps : {30, 90, 30, 90, 90, 30, 30}) {
+            marks.add(true, steps);
+            marks.add(false, 30);
+        }
+        const double alone = mark.trellis.path(0).margin;
+        const double among = marks.trellis.path(0).margin;
+        QVERIFY2(among > 20.0 && alone < 0.25 * among,
+                 qPrintable(QString("%1 and %2").arg(alone).arg(among)));
+    }
+    void aDashIsNoSteadyToneHoweverLongTheHandHoldsIt_data()
+    {
+        QTest::addColumn<int>("units");
+        QTest::addColumn<bool>("isSteady");
+        QTest::newRow("a dash") << 3 << false;
+        QTest::newRow("a long dash") << 5 << false;
+        QTest::newRow("five seconds and more") << 90 << true;
+    }
+    void aDashIsNoSteadyToneHoweverLongTheHandHoldsIt()
+    {
+        QFETCH(int, units);
+        QFETCH(bool, isSteady);
+        Heard heard(20.0);
+        heard.add(false, 50);
+        for (const int steps : {15, 45, 15, units * 15, 15}) {
+            heard.add(true, steps);
+            heard.add(false, 15);
+        }
+        heard.add(false, 100);
+        QVERIFY2((heard.kinds().find('+') != std::string::npos) == isSteady, heard.kinds().c_str());
+    }
+    // Scores of a strong signal grow by hundreds a step, those of a weak one hardly.
+    void elementsOfAStrongSignalAreThoseOfAWeakOne_data()
+    {
+        QTest::addColumn<double>("noise");
+        for (const double noise : {0.3, 0.1, 0.01, 0.001})
+            QTest::addRow("noise of %g", noise) << noise;
+    }
+    void elementsOfAStrongSignalAreThoseOfAWeakOne()
+    {
+        QFETCH(double, noise);
+        Heard heard(20.0);
+        heard.likelihood.setLevel({1.0, noise});
+        const double deviation = std::sqrt(0.5 * noise);
+        const auto add = [&](bool mark, int steps) {
+            for (int n = 0; n < steps; ++n) {
+                heard.likelihood.push({(mark ? 1.0 : 0.0) + deviation * heard.random.gauss(),
+                                       deviation * heard.random.gauss()});
+                heard.trellis.advance();
+            }
+        };
+        add(false, 50);
+        for (const int steps : {15, 45, 15, 15, 45}) {
+            add(true, steps);
+            add(false, 15);
+        }
+        add(false, 150);
+        QCOMPARE(heard.kinds(), std::string("._-_._._- "));
+    }
     void theLastSegmentGoesOn()
     {
         Heard heard(20.0);
