@@ -263,11 +263,16 @@ Frames findFrames(const Evidence& evidence, const FrameSearch& search, const Pau
         if (silent.score + own.signalBegins > marking.score)
             marking = {silent.score + own.signalBegins, silent.lastEnd};
 
-        // Never out of silence: a machine sends mark before its first character.
+        // A machine sends mark before its first character, but what is heard may begin with it;
+        // none after that comes out of silence.
         Start start;
+        const float space = node <= last ? evidence.likelihoods[SPACE][i] : IMPOSSIBLE;
+        if (silent.lastEnd < 0 && space > -own.firstWithoutMark)
+            start = {silent.score + own.firstWithoutMark + pauses[-1], -1};
         const auto elementBefore = static_cast<std::size_t>(std::max(from, node - NODES));
-        if (idle[i] > idle[elementBefore])
-            start = {marking.score + pauses[-1], marking.lastEnd};
+        const float afterMark = marking.score + pauses[-1];
+        if (idle[i] > idle[elementBefore] && afterMark > start.score)
+            start = {afterMark, marking.lastEnd};
         const int longest = pauses.isFlat() ? -1 : std::min(node - from, PausePrior::LONGEST);
         for (int pause = 0; pause <= longest; ++pause) {
             const auto end = static_cast<std::size_t>(node - pause);

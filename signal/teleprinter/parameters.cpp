@@ -25,6 +25,7 @@ bool setParameter(Parameters& parameters, const std::string& name, double value)
             PARAMETER_ROW(evidence.mostStrength_per_s),
             PARAMETER_ROW(framing.silenceBegins),
             PARAMETER_ROW(framing.signalBegins),
+            PARAMETER_ROW(framing.firstWithoutMark),
             PARAMETER_ROW(framing.character),
             PARAMETER_ROW(framing.worthRefining),
             PARAMETER_ROW(framing.mostBehind),

@@ -41,6 +41,9 @@ struct FramingParameters
     // farther, noise is read as characters.
     float silenceBegins = -6.0F;
     float signalBegins = -6.0F;
+    /// That the first character has no mark before it: its start has to outweigh that by itself
+    /// (row: late).
+    float firstWithoutMark = -10.0F;
     float character = -1.0F; ///< each: that one begins, and not the idle line goes on
     /// A start that is worse than this by any reading is not looked at again.
     float worthRefining = -6.0F;

@@ -62,6 +62,17 @@ private Q_SLOTS:
         QCOMPARE(frames.unexplained, 0);
     }
 
+    void firstCharacterNeedsNoMarkBeforeIt()
+    {
+        Machine machine;
+        machine.idle_s = 0.0;
+        TonePath path;
+        path.snr_dB = 20.0;
+        const Frames frames =
+            findFrames(evidenceOf(machine, path, TEXT), FrameSearch(), PausePrior(), 0, false);
+        QCOMPARE(textOf(frames), QString(TEXT));
+    }
+
     void keepingThePhaseReadsTheSame()
     {
         Machine machine;

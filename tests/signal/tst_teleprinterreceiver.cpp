@@ -323,6 +323,8 @@ void tst_TeleprinterReceiver::itReadsWithoutSettings_data()
         path.before_s = 16.0;
     });
     add("after 12 s of noise", [](Machine&, TonePath& path) { path.before_s = 12.0; });
+    add("no mark before the first character",
+        [](Machine& machine, TonePath&) { machine.idle_s = 0.0; });
     add("clock 2 % fast", [](Machine& machine, TonePath&) { machine.fasterClock = 0.02; });
     add("tones fading in turn", [](Machine&, TonePath& path) { path.selective_dB = 12.0; });
     add("keyed carrier beside it", [](Machine&, TonePath& path) { path.carrier_dB = -3.0; });
