@@ -275,6 +275,18 @@ private Q_SLOTS:
         QCOMPARE(saved.entryList({"*_Baudot__14.087MHz.raw"}, QDir::Files).size(), 1);
     }
 
+    void dayIsPartOfTheFolder()
+    {
+        QTemporaryDir folder;
+        QCOMPARE(run({"decode", "--decoder", "Baudot", "--start", "2026-05-12T10:15:00Z", "--save",
+                      folder.filePath("{day}/hf"), RECORDINGS + "minimodem-ita2.flac"})
+                     .status,
+                 0);
+        const QDir saved(folder.filePath("2026-05-12/hf"));
+        QCOMPARE(saved.entryList({"2026_05_12__10_15_*_Baudot.txt"}, QDir::Files).size(), 1);
+        QCOMPARE(saved.entryList({"2026_05_12__10_15_*_Baudot.raw"}, QDir::Files).size(), 1);
+    }
+
     void pipeIsReadToo()
     {
         const Ended ended =
