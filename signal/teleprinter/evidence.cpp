@@ -102,7 +102,6 @@ float phaseGain(float strength)
 
 float eitherTone(const Evidence& evidence, std::size_t node)
 {
-    constexpr float LOG_2 = 0.693147F;
     const float mark = evidence.likelihoods[MARK][node];
     const float space = evidence.likelihoods[SPACE][node];
     return std::max(mark, space) + std::log1p(std::exp(-std::fabs(mark - space))) - LOG_2;

@@ -14,6 +14,9 @@ namespace teleprinter {
 /// Places in time at which an element may begin, per element.
 constexpr int NODES = 16;
 
+/// What it costs that an element may be either of two, as a logarithm.
+constexpr float LOG_2 = 0.693147F;
+
 /// Where the nodes lie, in samples of the input.
 struct Grid
 {

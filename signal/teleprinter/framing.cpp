@@ -13,7 +13,6 @@ using demodulator::logBesselI0;
 
 namespace {
 
-constexpr float LOG_2 = 0.693147F;
 constexpr float IMPOSSIBLE = -1e30F; // of a score: below any that can come about
 
 // Data elements of a character that a word has room for.
