@@ -318,6 +318,7 @@ private:
         const Fit& fit = acquired.fit;
         const Line& line = acquired.line;
         return std::min(line.mark_Hz, line.space_Hz) >= LOWEST_TONE_Hz &&
+               line.shift_Hz() >= m_parameters.spectrum.leastIndex * line.baud &&
                (line.kind.code != Code::Ascii ||
                 (fit.regular <= m_own.mostRegular && fit.formed >= m_own.leastFormedAscii &&
                  fit.framing >= m_own.leastAsciiMean * fit.characters)) &&
