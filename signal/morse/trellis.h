@@ -32,8 +32,8 @@ struct Path
 {
     std::vector<Segment> segments; ///< oldest first; the last one is still going on
     double gain = 0.0;             ///< log likelihood over noise alone, since the path began
-    double margin = 0.0;           ///< log likelihood over any path at another speed
-    bool complete = false;         ///< reaches back to where the signal began
+    double margin = 0.0;   ///< log likelihood over any path at another speed, and over silence
+    bool complete = false; ///< reaches back to where the signal began
 };
 
 class Trellis

@@ -303,6 +303,82 @@ private Q_SLOTS:
         QVERIFY2(among > 20.0 && alone < 0.25 * among,
                  qPrintable(QString("%1 and %2").arg(alone).arg(among)));
     }
+    // At a known speed the only other explanation is silence: since the last transmission, not
+    // since the path began.
+    void theMarginIsOverSilenceAsWell()
+    {
+        Heard heard(20.0);
+        heard.likelihood.setLevel({1.0, 1.0});
+        const auto add = [&heard](bool mark, int steps) {
+            for (int n = 0; n < steps; ++n) {
+                heard.likelihood.push(
+                    {(mark ? 1.0 : 0.0) + 0.7 * heard.random.gauss(), 0.7 * heard.random.gauss()});
+                heard.trellis.advance();
+            }
+        };
+        const auto send = [&] {
+            for (const int steps : {15, 45, 15}) {
+                add(true, steps);
+                add(false, 15);
+            }
+            return heard.trellis.path(0);
+        };
+        add(false, 50);
+        const Path first = send();
+        QVERIFY(first.complete);
+        QVERIFY(first.margin > 15.0 && std::fabs(first.margin - first.gain) < 0.1);
+        add(false, 1200);
+        const Path both = send();
+        QVERIFY(both.complete);
+        const double expected = both.gain - first.gain;
+        QVERIFY2(std::fabs(both.margin - expected) < 0.25 * expected,
+                 qPrintable(QString("%1 of %2").arg(both.margin).arg(both.gain)));
+    }
+    void theSpeedChangesByOneOrTwoStepsOfTheScale_data()
+    {
+        QTest::addColumn<double>("nextSpeed");
+        QTest::addColumn<double>("secondSpeed");
+        QTest::addColumn<int>("largestChange");
+        const double never = -70.0;
+        QTest::newRow("none") << never << never << 0;
+        QTest::newRow("one") << 0.0 << never << 1;
+        QTest::newRow("two") << never << 0.0 << 2;
+    }
+    // Of a hand that becomes faster by two steps, and then slower by four.
+    void theSpeedChangesByOneOrTwoStepsOfTheScale()
+    {
+        QFETCH(double, nextSpeed);
+        QFETCH(double, secondSpeed);
+        QFETCH(int, largestChange);
+        TrellisParameters parameters;
+        parameters.nextSpeed = nextSpeed;
+        parameters.secondSpeed = secondSpeed;
+        Heard heard(20.0, "changes", parameters);
+        std::vector<double> units; // by speed
+        for (std::size_t speed = 0; speed < heard.timing.speeds(); ++speed)
+            units.push_back(heard.timing.table(speed).unit_steps);
+        const std::size_t middle = units.size() / 2;
+        heard.add(false, 50);
+        for (const std::size_t speed : {middle, middle - 2, middle, middle + 2}) {
+            for (const int length_units : {1, 3, 1, 1, 3, 3}) {
+                heard.add(true, static_cast<int>(std::lround(length_units * units[speed])));
+                heard.add(false, static_cast<int>(std::lround(units[speed])));
+            }
+        }
+        const std::vector<Segment> segments = heard.trellis.path(0).segments;
+        QVERIFY(segments.size() >= 47);
+        const auto speedOf = [&units](const Segment& segment) {
+            return std::find(units.begin(), units.end(), segment.unit_steps) - units.begin();
+        };
+        int most = 0;
+        for (std::size_t i = 1; i < segments.size(); ++i) {
+            const auto change =
+                static_cast<int>(std::abs(speedOf(segments[i]) - speedOf(segments[i - 1])));
+            QVERIFY2(change == 0 || change == largestChange, qPrintable(QString::number(change)));
+            most = std::max(most, change);
+        }
+        QCOMPARE(most, largestChange);
+    }
     void aDashIsNoSteadyToneHoweverLongTheHandHoldsIt_data()
     {
         QTest::addColumn<int>("units");
