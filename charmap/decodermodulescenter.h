@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The host's decoder modules, as the decoder modules file lists them.
-// No API: used inside the library only.
+// Used inside the library only, the header is not installed; yet the order of its fields is binary
+// interface, since hosts share the class.
 #pragma once
 
 #include "tables/decodermodulesfile.h"
