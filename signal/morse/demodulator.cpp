@@ -20,6 +20,7 @@ namespace demodulator {
 
 namespace {
 
+// Of the samples from which a signal that is found late is read.
 constexpr double HISTORY_s = 8.0;
 
 std::int64_t hopsOf(double period_s)

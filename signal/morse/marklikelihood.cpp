@@ -10,6 +10,7 @@ namespace demodulator {
 
 namespace {
 
+// Sums are made small again so often, see lowerSums.
 constexpr std::int64_t LOWER_SUMS_STEPS = 256;
 // Sums reach back to before the first step of the longest mark, in whole groups.
 constexpr std::size_t KEPT_SUMS = wholeLanes(MarkLikelihood::LONGEST_STEPS + 1);

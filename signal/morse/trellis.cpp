@@ -10,6 +10,8 @@ namespace demodulator {
 
 namespace {
 
+// A steady tone is weighed at the end of blocks of this length, not at every step: it lasts for
+// many.
 constexpr std::int64_t CARRIER_BLOCK_STEPS = 32;
 // Scores stay near their reference: it is moved when the best of a step is farther from it.
 constexpr int NEAR_REFERENCE = 20 * SCORES_PER_NAT;
