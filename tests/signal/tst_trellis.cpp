@@ -162,6 +162,30 @@ private Q_SLOTS:
         QVERIFY(std::abs(steady.begin_step - 200) <= 2);
         QVERIFY(std::abs(steady.end_step - 800) <= 2);
     }
+    // At least half of what a path can hold is kept of the tone.
+    void keyingGoesOnAfterASteadyToneThatIsLongerThanAPath()
+    {
+        Heard heard(20.0);
+        const auto send = [&heard] {
+            for (const int steps : {15, 45, 15}) {
+                heard.add(true, steps);
+                heard.add(false, 15);
+            }
+        };
+        heard.add(false, 50);
+        send();
+        heard.add(false, 30);
+        heard.add(true, static_cast<int>(Trellis::KEPT_STEPS) + 500);
+        const std::int64_t end = heard.likelihood.end();
+        heard.add(false, 45);
+        send();
+        heard.add(false, 100);
+        const std::string kinds = heard.kinds();
+        QVERIFY2(kinds == "+c._-_. ", kinds.c_str());
+        const Segment steady = heard.trellis.path(0).segments.front();
+        QVERIFY(std::abs(steady.end_step - end) <= 2);
+        QVERIFY(steady.end_step - steady.begin_step >= Trellis::KEPT_STEPS / 2);
+    }
     // A hand of another speed that begins after a long silence is a signal of its own.
     void theGainIsThatSinceThePathBegan()
     {
