@@ -46,11 +46,23 @@ void Listener::process(std::int64_t end_step)
     m_chain->setNoise(m_survey.noise(m_chain->tone_Hz()));
     const std::int64_t until = std::min(end_step, m_end);
     while (m_chain->end_step() < until && !m_chain->ended() && !m_successor) {
-        m_chain->push(m_mixer.step(m_chain->end_step(), m_chain->tone_Hz()));
+        Step step = m_mixer.step(m_chain->end_step(), m_chain->tone_Hz());
+        step.floor = noiseAt(m_chain->end_step());
+        m_chain->push(step);
         settleInPause();
     }
     if (m_chain->ended() || m_chain->end_step() >= m_end || m_successor)
         finish();
+}
+
+// Of the frame whose middle is at a step, or next to it.
+double Listener::noiseAt(std::int64_t step)
+{
+    const std::int64_t end = m_survey.end();
+    return m_former.at(
+        (step + Survey::HOP_STEPS / 2) / Survey::HOP_STEPS,
+        std::max(std::int64_t{0}, end - Survey::KEPT_FLOORS), end - 1,
+        [this](std::int64_t frame) { return m_survey.noiseIn(frame, m_chain->tone_Hz()); });
 }
 
 // A station that answers must not affect what came before.

@@ -3,6 +3,7 @@
 // asked. Listeners share nothing that changes, so that each may work in a thread of its own.
 #pragma once
 
+#include "signal/band/formernoise.h"
 #include "signal/band/parameters.h"
 #include "signal/band/stationchange.h"
 #include "signal/band/stepbank.h"
@@ -81,6 +82,7 @@ private:
     void sound(const float* samples, std::size_t count, double rate_Hz) override;
     void step(const FollowedStep& step) override;
     void mark(std::int64_t begin_us, std::int64_t end_us, double unit_us) override;
+    double noiseAt(std::int64_t step);
     StationMark measured(std::int64_t begin_step, std::int64_t end_step) const;
     void judge(StationChange::Verdict verdict);
     void note(const BandEvent& event);
@@ -101,6 +103,7 @@ private:
     bool m_ended = false;
     bool m_released = false;
     BandMixer m_mixer;
+    FormerNoise m_former;
     std::optional<SignalChain> m_chain; // is large, so it is made where there are several threads
     std::int64_t m_settled = 0;         // the mark after which it was
     std::vector<BandEvent> m_events;

@@ -125,6 +125,8 @@ struct BandParameters
     {
         signal.tone.sureErrors = 1e9;
         signal.tone.spreadMarks = std::numeric_limits<unsigned>::max();
+        // Strong signals beside it are in what is measured (row: contest).
+        signal.burst.formerNoise = 4.0;
     }
 
     SurveyParameters survey;

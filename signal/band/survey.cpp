@@ -2,6 +2,7 @@
 #include "signal/band/survey.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <kiss_fft.h>
 
@@ -13,6 +14,21 @@ namespace {
 constexpr std::size_t PIECE_BINS = 16;
 // Spectra overlap by half, so that so many of them are independent.
 constexpr double INDEPENDENT = 0.65;
+
+// Of the powers of a piece in one frame, the value that as many are below: a signal fills the rest.
+constexpr std::size_t LOW_IN_PIECE = 4;
+
+constexpr std::size_t AROUND_PIECES = 2; // that count, on each side
+
+// Where that value lies in noise, whose powers are distributed exponentially, as a share of the
+// mean.
+double shareOfMean(std::int64_t rank, std::int64_t count)
+{
+    double share = 0.0;
+    for (std::int64_t i = count - rank; i <= count; ++i)
+        share += 1.0 / static_cast<double>(i);
+    return share;
+}
 
 // How a keyed tone looks beside its frequency, as power: the window's own skirt, then the clicks of
 // hard edges.
@@ -52,6 +68,8 @@ Survey::Survey(const BandFormat& format, std::size_t stepSamples, const BandPara
     m_powers.resize(m_bins * static_cast<std::size_t>(KEPT_FRAMES));
     m_floors.resize((m_bins + PIECE_BINS - 1) / PIECE_BINS);
     m_usualFloors.resize(m_floors.size());
+    m_frameFloors.assign(static_cast<std::size_t>(KEPT_FLOORS),
+                         std::vector<float>(m_floors.size()));
 }
 
 Survey::~Survey() = default;
@@ -68,6 +86,7 @@ void Survey::compute(std::int64_t frame, const std::complex<float>* samples)
     const std::size_t lowest = m_format.isComplex ? (m_size + 1) / 2 : 0;
     for (std::size_t bin = 0; bin < m_bins; ++bin)
         powers[bin] = std::norm(output[(bin + lowest) % m_size]);
+    keepFloors(frame, powers);
 }
 
 std::size_t Survey::binOf(double frequency_Hz) const
@@ -97,10 +116,6 @@ void Survey::measureNoise(std::size_t piece, bool usual)
 float Survey::floorOf(std::size_t piece, std::int64_t count) const
 {
     const std::int64_t rank = count / m_parameters.lowOneIn;
-    // Where that value lies in noise, whose powers are distributed exponentially.
-    double ofMean = 0.0;
-    for (std::int64_t i = count - rank; i <= count; ++i)
-        ofMean += 1.0 / static_cast<double>(i);
     const std::size_t first = piece * PIECE_BINS;
     const std::size_t last = std::min(m_bins, first + PIECE_BINS);
     std::vector<float> lows;
@@ -113,7 +128,37 @@ float Survey::floorOf(std::size_t piece, std::int64_t count) const
     }
     const auto middle = lows.begin() + static_cast<std::ptrdiff_t>(lows.size() / 2);
     std::nth_element(lows.begin(), middle, lows.end());
-    return *middle / static_cast<float>(ofMean);
+    return *middle / static_cast<float>(shareOfMean(rank, count));
+}
+
+void Survey::keepFloors(std::int64_t frame, const float* powers)
+{
+    std::vector<float>& floors = m_frameFloors[static_cast<std::size_t>(frame % KEPT_FLOORS)];
+    std::array<float, PIECE_BINS> values = {};
+    for (std::size_t piece = 0; piece < floors.size(); ++piece) {
+        const std::size_t first = piece * PIECE_BINS;
+        const std::size_t count = std::min(PIECE_BINS, m_bins - first);
+        const std::size_t rank = std::min(LOW_IN_PIECE, count - 1);
+        std::copy_n(powers + first, count, values.begin());
+        std::nth_element(values.begin(), values.begin() + rank, values.begin() + count);
+        floors[piece] =
+            values[rank] / static_cast<float>(shareOfMean(static_cast<std::int64_t>(rank),
+                                                          static_cast<std::int64_t>(count)));
+    }
+}
+
+// The second least of five pieces, so that strong signals beside it do not count.
+double Survey::noiseIn(std::int64_t frame, double tone_Hz) const
+{
+    const std::vector<float>& floors = m_frameFloors[static_cast<std::size_t>(frame % KEPT_FLOORS)];
+    const std::size_t piece = binOf(tone_Hz) / PIECE_BINS;
+    const std::size_t first = piece - std::min(piece, AROUND_PIECES);
+    const std::size_t last = std::min(floors.size(), piece + AROUND_PIECES + 1);
+    std::array<float, 2 * AROUND_PIECES + 1> around = {};
+    const auto end = std::partial_sort_copy(floors.begin() + static_cast<std::ptrdiff_t>(first),
+                                            floors.begin() + static_cast<std::ptrdiff_t>(last),
+                                            around.begin(), around.end());
+    return static_cast<double>(around[end - around.begin() > 1 ? 1 : 0]) * m_toNoise;
 }
 
 // The median of three pieces, so that a signal that fills one does not count.

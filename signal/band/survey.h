@@ -32,6 +32,8 @@ public:
     static constexpr std::int64_t HOP_STEPS = 8;
     /// Spectra that are kept: 4 s.
     static constexpr std::int64_t KEPT_FRAMES = 128;
+    /// Frames of which the noise is kept: 16 s.
+    static constexpr std::int64_t KEPT_FLOORS = 512;
 
     /// `stepSamples` as the bank has it.
     Survey(const BandFormat& format, std::size_t stepSamples,
@@ -63,7 +65,9 @@ public:
 
     /// Variance that noise gives one step.
     double noise(double tone_Hz) const;
-    /// What that is in the scale of power().
+    /// The same, in one frame of those of which it is kept: a guess from few powers.
+    double noiseIn(std::int64_t frame, double tone_Hz) const;
+    /// What noise() is in the scale of power().
     double noisePower(double noise) const { return noise * m_toSignal / m_toNoise; }
     /// Power at a tone in one frame, in the scale of KeyedTone::signal.
     double power(std::int64_t frame, double tone_Hz) const;
@@ -78,6 +82,7 @@ private:
     {
         return &m_powers[static_cast<std::size_t>(frame % KEPT_FRAMES) * m_bins];
     }
+    void keepFloors(std::int64_t frame, const float* powers);
     float floorAround(std::size_t piece) const;
     double floorAt(std::size_t bin) const;
     float floorOf(std::size_t piece, std::int64_t count) const;
@@ -94,9 +99,10 @@ private:
     double m_toNoise = 0.0;
     Window m_window;
     std::unique_ptr<kiss_fft_state, void (*)(void*)> m_transform;
-    std::vector<float> m_powers;      // by frame, then bin, lowest frequency first
-    std::vector<float> m_floors;      // by piece: power of a bin without signal
-    std::vector<float> m_usualFloors; // the same, over a longer time
+    std::vector<float> m_powers;                   // by frame, then bin, lowest frequency first
+    std::vector<std::vector<float>> m_frameFloors; // by frame, then piece
+    std::vector<float> m_floors;                   // by piece: power of a bin without signal
+    std::vector<float> m_usualFloors;              // the same, over a longer time
     std::int64_t m_end = 0;
 };
 

@@ -7,6 +7,7 @@
 
 #include <QTest>
 
+#include <algorithm>
 #include <cmath>
 
 using namespace demodulator;
@@ -156,6 +157,30 @@ private Q_SLOTS:
         }
         QCOMPARE(Survey::leak(0.0), 1.0);
         QCOMPARE(Survey::leak(5000.0), 0.0);
+    }
+    void noiseOfAFrameIsThatOfItsTime()
+    {
+        // Falls by 20 dB after half of the time; a strong signal is in it all the while.
+        std::vector<std::complex<float>> samples = band({{1000.0, 30.0}}, 4.0);
+        for (std::size_t n = samples.size() / 2; n < samples.size(); ++n)
+            samples[n] *= 0.1F;
+        const Surveyed surveyed(samples);
+        const auto usual = [&](std::int64_t from, std::int64_t to, double tone_Hz) {
+            std::vector<double> values;
+            for (std::int64_t frame = from; frame < to; ++frame)
+                values.push_back(surveyed.survey.noiseIn(frame, tone_Hz));
+            std::sort(values.begin(), values.end());
+            return values[values.size() / 2];
+        };
+        const std::int64_t half = surveyed.survey.end() / 2;
+        for (const double tone_Hz : {-3900.0, -1000.0, 0.0, 1000.0, 3900.0}) {
+            const double before = usual(0, half - 2, tone_Hz);
+            const double after = usual(half + 2, surveyed.survey.end(), tone_Hz);
+            // 1 / STEP_SAMPLES is the noise of a step.
+            QVERIFY2(before * STEP_SAMPLES > 0.7 && before * STEP_SAMPLES < 1.6,
+                     qPrintable(QString::number(before * STEP_SAMPLES)));
+            QVERIFY(after > 0.006 * before && after < 0.016 * before);
+        }
     }
 };
 
