@@ -69,7 +69,7 @@ void Decider::emitUntil(const Path& path, const std::vector<bool>& isForeign, st
     }
     const auto since = static_cast<std::int64_t>(1e6 * m_parameters.learning_s / m_step_us);
     if (m_emitted > m_learnt && now >= m_learnt + since) {
-        m_timing.update(m_unit_steps);
+        m_timing.update(m_unit_steps, heard.dot);
         m_learnt = now;
     }
 }

@@ -129,7 +129,8 @@ void SignalChain::review(bool last)
     const Level& level = m_likelihood.level();
     const std::int64_t until = last ? now : now - steps(delay_s(level));
     m_decider.emitUntil(path, isForeign, now, until,
-                        {m_tone.tone_Hz(), IN_500_Hz * level.signal / level.noise});
+                        {m_tone.tone_Hz(), IN_500_Hz * level.signal / level.noise,
+                         level.signal * level.dot_steps / level.noise});
     if (m_classifier.lastMarkEnd_us() > 0 && !m_classifier.active())
         m_state = State::Ended;
 }

@@ -81,6 +81,8 @@ void TimingModel::forget()
     m_lengths[index(Kind::CharacterGap)] = m_parameters.characterGap;
     m_lengths[index(Kind::WordGap)] = m_parameters.wordGap;
     m_longGaps.clear();
+    m_learntUnit = 1.0;
+    m_evenShare = m_parameters.evenShare;
     const double weight = m_parameters.priorWeight;
     for (std::size_t kind = 0; kind < KINDS; ++kind) {
         const double mean = m_lengths[kind].mean_units;
@@ -91,6 +93,7 @@ void TimingModel::forget()
 
 void TimingModel::learn(Kind kind, double units)
 {
+    learnEvenness(kind, units);
     if (kind == Kind::CharacterGap || kind == Kind::WordGap) {
         m_longGaps.push_back(units);
         if (m_longGaps.size() > m_parameters.keptGaps)
@@ -110,20 +113,49 @@ void TimingModel::learn(Kind kind, double units)
     memory.squares = memory.squares * keep + bounded * bounded;
 }
 
-void TimingModel::update(double unit_steps)
+void TimingModel::update(double unit_steps, double dot)
 {
+    m_expectedEven = dot < m_parameters.evenDot ? m_evenShare : 0.0;
     learnMoments(Kind::Dot);
     learnMoments(Kind::Dash);
     learnMoments(Kind::ElementGap);
-    learnGapStyle(learnUnit());
+    m_learntUnit = learnUnit();
+    learnGapStyle(m_learntUnit);
     m_characterThreshold = crossing(Kind::ElementGap, Kind::CharacterGap, 0.0);
     m_wordThreshold = crossing(Kind::CharacterGap, Kind::WordGap, 0.0);
     ++m_version;
+    if (unit_steps > 0.0)
+        m_resolution_units = m_parameters.resolution_steps / unit_steps;
     const bool all = !(unit_steps > 0.0) || ++m_updates % m_parameters.updatesOfAll == 0;
     for (DurationTable& table : m_tables) {
         if (all || std::fabs(std::log(table.unit_steps / unit_steps)) < m_parameters.nearSpeed)
             buildTable(table);
     }
+}
+
+// How a machine keys this kind.
+TimingModel::Length TimingModel::evenLength(Kind kind, double resolution_units) const
+{
+    double units = 1.0;
+    if (kind == Kind::Dash || kind == Kind::CharacterGap)
+        units = 3.0;
+    else if (kind == Kind::WordGap)
+        units = 7.0;
+    return {units, std::hypot(m_parameters.evenDeviation * units, resolution_units),
+            m_lengths[index(kind)].share};
+}
+
+void TimingModel::learnEvenness(Kind kind, double units)
+{
+    if (kind == Kind::Carrier || kind == Kind::Silence)
+        return;
+    const double even =
+        m_evenShare * densityAt(evenLength(kind, m_resolution_units), units / m_learntUnit);
+    const double uneven =
+        (1.0 - m_evenShare) * densityAt(lengthSeen(kind, m_resolution_units), units);
+    const double keep = 1.0 - 1.0 / m_parameters.evenMemory;
+    m_evenShare = std::clamp(keep * m_evenShare + (1.0 - keep) * even / (even + uneven),
+                             m_parameters.leastEvenShare, m_parameters.mostEvenShare);
 }
 
 void TimingModel::learnMoments(Kind kind)
@@ -241,12 +273,15 @@ void TimingModel::buildLengths(LengthTable& lengths, const DurationTable& table,
     lengths.count = static_cast<std::size_t>(longest_steps) + 1;
     m_density.assign(lengths.count, 1e-30F);
     for (const Kind kind : kinds) {
-        const Length length = lengthSeen(kind, resolution_units);
-        raiseToDensity({static_cast<float>(length.mean_units),
-                        static_cast<float>(length.deviation_units),
-                        static_cast<float>(length.rightTail),
-                        static_cast<float>(length.share / table.unit_steps)}, // per step
-                       static_cast<float>(spacing_units), m_density.data(), lengths.count);
+        const auto add = [&](const Length& length, double share) {
+            raiseToDensity(
+                {static_cast<float>(length.mean_units), static_cast<float>(length.deviation_units),
+                 static_cast<float>(length.rightTail),
+                 static_cast<float>(share * length.share / table.unit_steps)}, // per step
+                static_cast<float>(spacing_units), m_density.data(), lengths.count);
+        };
+        add(lengthSeen(kind, resolution_units), 1.0 - m_expectedEven);
+        add(evenLength(kind, m_parameters.evenResolution_steps * spacing_units), m_expectedEven);
     }
     m_logarithm.resize(lengths.count);
     const auto fill = [&](std::vector<Score>& scores) {

@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -71,8 +72,8 @@ public:
     /// A mark or space that was decided.
     void learn(Kind kind, double units);
     /// Puts what was learnt into the tables: into all when no unit is given, else at once only into
-    /// those of similar speeds.
-    void update(double unit_steps = 0.0);
+    /// those of similar speeds. `dot` is the energy of a dot over noise density.
+    void update(double unit_steps = 0.0, double dot = std::numeric_limits<double>::infinity());
 
     double mean(Kind kind) const { return m_lengths[static_cast<std::size_t>(kind)].mean_units; }
     /// Length in units from which on a gap ends a character, a word.
@@ -87,6 +88,8 @@ private:
     };
     static constexpr std::size_t KINDS = 7;
 
+    Length evenLength(Kind kind, double resolution_units) const;
+    void learnEvenness(Kind kind, double units);
     void learnMoments(Kind kind);
     double learnUnit();
     void learnGapStyle(double unit);
@@ -103,6 +106,10 @@ private:
     std::array<Length, KINDS> m_lengths{}; // by kind
     std::array<Memory, KINDS> m_memory{};  // by kind
     std::deque<double> m_longGaps;         // between characters and words, in units
+    double m_learntUnit = 1.0;             // in units of the speed that was heard
+    double m_resolution_units = 0.05;      // of that speed
+    double m_evenShare = 0.0;              // of lengths as a machine keys them
+    double m_expectedEven = 0.0;           // the same, as the tables have it
     unsigned m_version = 0;
     unsigned m_updates = 0; // of one speed
     double m_characterThreshold = 2.0;

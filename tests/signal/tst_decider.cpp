@@ -36,7 +36,7 @@ struct Deciding
                    std::vector<bool> isForeign = {})
     {
         isForeign.resize(path.segments.size());
-        decider.emitUntil(path, isForeign, now, until, {700.0, 100.0});
+        decider.emitUntil(path, isForeign, now, until, {700.0, 100.0, 1000.0});
     }
     std::vector<int> codes() const { return list.codes(); }
 };

@@ -9,6 +9,7 @@ using namespace demodulator;
 namespace {
 
 constexpr double STEP_s = 0.004;
+constexpr double WEAK_DOT = 8.0; // energy over noise density: -6 dB
 
 const DurationTable& tableAt(const TimingModel& timing, double unit_steps)
 {
@@ -34,6 +35,13 @@ Kind markKind(const TimingModel& timing, double units)
 double probability(Score score)
 {
     return std::exp(static_cast<double>(score) / SCORES_PER_NAT);
+}
+
+// Log likelihood of a length that a machine keys over one that lies off by 0.2 of a unit.
+double preferenceForEven(const TimingModel& timing)
+{
+    const LengthTable& gaps = tableAt(timing, 15.0).gap;
+    return (gaps.exactly[45] - gaps.exactly[48]) / double{SCORES_PER_NAT};
 }
 
 } // namespace
@@ -175,8 +183,10 @@ private Q_SLOTS:
             };
             return (at(mean_units) - at(mean_units * 7.0 / 6.0)) / SCORES_PER_NAT;
         };
-        TimingModel usual(STEP_s, {});
-        TimingModel wide(STEP_s, {});
+        TimingParameters uneven; // nobody keys as a machine does
+        uneven.evenShare = uneven.leastEvenShare = uneven.mostEvenShare = 0.0;
+        TimingModel usual(STEP_s, {}, uneven);
+        TimingModel wide(STEP_s, {}, uneven);
         for (int i = 0; i < 12; ++i) {
             for (int character = 0; character < 4; ++character) {
                 usual.learn(Kind::CharacterGap, 3.0);
@@ -249,6 +259,80 @@ private Q_SLOTS:
         timing.update();
         QVERIFY(std::fabs(timing.mean(Kind::Dot) - 1.0) < 0.03);
         QVERIFY(std::fabs(timing.mean(Kind::Dash) - 3.0) < 0.06);
+    }
+    void aMachinesLengthsAreExpectedMoreAndMore()
+    {
+        TimingModel timing(STEP_s, {});
+        timing.update(0.0, WEAK_DOT);
+        const double before = preferenceForEven(timing);
+        for (int i = 0; i < 40; ++i) {
+            for (const Kind kind : {Kind::Dot, Kind::ElementGap})
+                timing.learn(kind, 1.0);
+            for (const Kind kind : {Kind::Dash, Kind::CharacterGap})
+                timing.learn(kind, 3.0);
+            timing.learn(Kind::WordGap, 7.0);
+            timing.update(15.0, WEAK_DOT);
+        }
+        QVERIFY(preferenceForEven(timing) > before + 1.0);
+        timing.forget();
+        timing.update(0.0, WEAK_DOT);
+        QVERIFY(std::fabs(preferenceForEven(timing) - before) < 0.1);
+    }
+    void aHandsLengthsMakeThemUnlikely()
+    {
+        TimingParameters parameters;
+        parameters.evenShare = 0.5;
+        TimingModel timing(STEP_s, {}, parameters);
+        timing.update(0.0, WEAK_DOT);
+        const double before = preferenceForEven(timing);
+        QVERIFY(before > 0.5);
+        for (int i = 0; i < 100; ++i) {
+            const double off = 0.1 * static_cast<double>(i % 9 - 4);
+            timing.learn(Kind::Dot, 1.0 + off);
+            timing.learn(Kind::ElementGap, 1.0 - off);
+            timing.learn(Kind::Dash, 3.0 + 2.0 * off);
+            timing.learn(Kind::CharacterGap, 3.0 + 3.0 * off);
+            timing.update(15.0, WEAK_DOT);
+        }
+        QVERIFY(preferenceForEven(timing) < 0.5 * before);
+    }
+    void aMachineIsKnownAtASpeedBetweenTwoTables()
+    {
+        TimingModel timing(STEP_s, {});
+        timing.update(0.0, WEAK_DOT);
+        const double before = preferenceForEven(timing);
+        for (int i = 0; i < 100; ++i) {
+            for (const Kind kind : {Kind::Dot, Kind::ElementGap})
+                timing.learn(kind, 1.02);
+            for (const Kind kind : {Kind::Dash, Kind::CharacterGap})
+                timing.learn(kind, 3.06);
+            timing.update(15.0, WEAK_DOT);
+        }
+        QVERIFY(preferenceForEven(timing) > before + 1.0);
+    }
+    void carriersAndSilenceSayNothingOfWhoKeys()
+    {
+        TimingModel timing(STEP_s, {});
+        timing.update(0.0, WEAK_DOT);
+        const double before = preferenceForEven(timing);
+        for (int i = 0; i < 100; ++i) {
+            timing.learn(Kind::Carrier, 9.0);
+            timing.learn(Kind::Silence, 50.0);
+        }
+        timing.update(0.0, WEAK_DOT);
+        QCOMPARE(preferenceForEven(timing), before);
+    }
+    void ofAStrongSignalNoMachineIsExpected()
+    {
+        TimingModel timing(STEP_s, {});
+        const double before = preferenceForEven(timing);
+        for (int i = 0; i < 100; ++i)
+            timing.learn(Kind::CharacterGap, 3.0);
+        timing.update(0.0, TimingParameters().evenDot);
+        const double strong = preferenceForEven(timing);
+        timing.update(0.0, WEAK_DOT);
+        QVERIFY(preferenceForEven(timing) > strong + 1.0);
+        QVERIFY(std::fabs(strong - before) < 0.5);
     }
     void oneWildLengthChangesLittle()
     {
