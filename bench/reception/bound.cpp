@@ -16,8 +16,7 @@ using namespace demodulator;
 
 namespace {
 
-constexpr std::int64_t LATE_steps = 1000; // 4 s
-constexpr std::int64_t REVIEW_steps = 125;
+constexpr std::int64_t REVIEW_steps = 8;
 constexpr double CERTAIN = 30.0; // concentration of the phase
 
 class Codes : public SymbolSink
@@ -32,7 +31,7 @@ public:
 
 } // namespace
 
-std::vector<int> boundOf(const Recording& recording, const Recording& clean)
+std::vector<int> boundOf(const Recording& recording, const Recording& clean, double late_s)
 {
     // Both are scaled to their own peak: how much of the one is in the other.
     double product = 0.0;
@@ -76,13 +75,14 @@ std::vector<int> boundOf(const Recording& recording, const Recording& clean)
         timing.learn(Kind::Dash, 3.0);
         timing.learn(Kind::ElementGap, 1.0);
     }
-    timing.update();
+    timing.update(0.0, 0.0);
     MarkLikelihood likelihood;
     likelihood.setLevel(level);
     likelihood.setPhase(std::arg(sum), CERTAIN);
     Trellis trellis(timing, likelihood);
     Codes codes;
     Classifier classifier(codes);
+    const std::int64_t late_steps = std::llround(late_s / STEP_s);
     std::int64_t given = 0;
     for (std::int64_t step = 0; step < steps; ++step) {
         likelihood.push(baseband.step(history, step).value);
@@ -93,7 +93,7 @@ std::vector<int> boundOf(const Recording& recording, const Recording& clean)
         for (const Segment& segment : trellis.path(given).segments) {
             if ((segment.begin_step + segment.end_step) / 2 < given)
                 continue;
-            if (!last && segment.end_step > step - LATE_steps)
+            if (!last && segment.end_step > step - late_steps)
                 break;
             if (isMark(segment.kind))
                 classifier.mark({segment.kind, segment.begin_step, segment.end_step, 1.0});

@@ -349,15 +349,19 @@ std::vector<Condition> makeConditions()
         hand.characterGap_units = 9.3;
         hand.wordGap_units = 21.6;
     });
-    add("fist", "straight key: dashes 3.4, jitter 18 %, gaps 3.4 and 6.5, +10 dB",
-        [](Hand& hand, Path& path) {
+    const auto straightKey = [](double snr_dB) {
+        return [snr_dB](Hand& hand, Path& path) {
             hand.dash_units = 3.4;
             hand.jitter_units = 0.18;
             hand.heavier_units = 0.1;
             hand.characterGap_units = 3.4;
             hand.wordGap_units = 6.5;
-            path.snr_dB = 10;
-        });
+            path.snr_dB = snr_dB;
+        };
+    };
+    add("fist", "straight key: dashes 3.4, jitter 18 %, gaps 3.4 and 6.5, +10 dB", straightKey(10));
+    add("fist0", "the same straight key, 0 dB", straightKey(0));
+    add("fist-3", "the same straight key, -3 dB", straightKey(-3));
     add("wpm45", "45 wpm, +10 dB", noisy(45, 10));
     add("wpm8", "8 wpm, +6 dB", noisy(8, 6));
     add("stations",

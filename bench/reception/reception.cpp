@@ -187,24 +187,30 @@ int measure(const Options& options)
 // What could be read at best; only of conditions with a steady signal in steady noise.
 int bound(const Options& options)
 {
-    std::printf("| condition | bound |\n|---|---:|\n");
+    std::printf("| condition | after 0.9 s | after 4 s |\n|---|---:|---:|\n");
     for (const reception::Condition& condition : reception::conditions()) {
         if (!wanted(options, condition))
             continue;
         reception::Condition clean = condition;
         clean.path.snr_dB.reset();
-        Rates rates;
+        Rates soon;
+        Rates late;
         for (const std::string& seed : reception::seeds(options.set, options.seeds)) {
             for (const std::string& kind : reception::kinds()) {
                 const reception::Recording recording = reception::record(condition, kind, seed);
-                const std::vector<int> codes =
-                    reception::boundOf(recording, reception::record(clean, kind, seed));
-                rates.each.push_back(100.0 *
-                                     testsupport::characterErrorRate(
-                                         recording.sent, testsupport::textOfCodes(codes, UNKNOWN)));
+                const reception::Recording sent = reception::record(clean, kind, seed);
+                const auto errorsAfter = [&](double late_s) {
+                    return 100.0 * testsupport::characterErrorRate(
+                                       recording.sent,
+                                       testsupport::textOfCodes(
+                                           reception::boundOf(recording, sent, late_s), UNKNOWN));
+                };
+                soon.each.push_back(errorsAfter(0.9));
+                late.each.push_back(errorsAfter(4.0));
             }
         }
-        std::printf("| %s | %s |\n", condition.title.c_str(), rates.text().c_str());
+        std::printf("| %s | %s | %s |\n", condition.title.c_str(), soon.text().c_str(),
+                    late.text().c_str());
         std::fflush(stdout);
     }
     return 0;
