@@ -104,6 +104,44 @@ private:
     std::unique_ptr<QTemporaryDir> m_folder;
 };
 
+/// What the operator's guide calls its chapters, itself among them.
+QStringList chaptersOf(const QVector<Page>& all)
+{
+    QStringList chapters;
+    for (const Page& page : all) {
+        if (page.name != QLatin1String("docs/operator-guide.md"))
+            continue;
+        chapters += page.name;
+        for (const auto& [line, target] : pages::links(page)) {
+            if (page.prose.at(line - 1).startsWith(QLatin1String("| [")))
+                chapters += QStringLiteral("docs/") + target.section(QLatin1Char('#'), 0, 0);
+        }
+    }
+    return chapters;
+}
+
+/// Whoever has the packages has a link `data`, and no other folder of a clone.
+QStringList checkPackagedFiles(const Page& page)
+{
+    static const QRegularExpression path(QStringLiteral("(?:^|\\s)([\\w.-]+)/[\\w./*-]+"));
+    QStringList complaints;
+    for (const Block& block : page.blocks) {
+        QStringList texts;
+        if (block.info == QLatin1String("sh"))
+            texts += block.content();
+        for (const pages::Command& command : pages::commands(block))
+            texts += command.text;
+        auto paths = path.globalMatch(texts.join(QLatin1Char('\n')));
+        while (paths.hasNext()) {
+            const QRegularExpressionMatch one = paths.next();
+            if (one.captured(1) != QLatin1String("data") && project.exists(one.captured(1)))
+                complaints += at(page, block.line) + one.captured().trimmed() +
+                              QStringLiteral(" is in no package");
+        }
+    }
+    return complaints;
+}
+
 QStringList checkFileNames(const Page& page)
 {
     static const QRegularExpression path(QStringLiteral("^[\\w.-]+(/[\\w.-]+)*/?$"));
@@ -270,22 +308,33 @@ private Q_SLOTS:
     void everyChapterOfTheGuideIsRun()
     {
         QMap<QString, int> sessions;
-        QStringList chapters;
+        const QStringList chapters = chaptersOf(m_pages);
         for (const Page& page : m_pages) {
             for (const Block& block : page.blocks)
                 sessions[page.name] += block.kind() == QLatin1String("console") ? 1 : 0;
-            if (page.name != QLatin1String("docs/operator-guide.md"))
-                continue;
-            for (const auto& [line, target] : pages::links(page)) {
-                if (page.prose.at(line - 1).startsWith(QLatin1String("| [")))
-                    chapters += QStringLiteral("docs/") + target.section(QLatin1Char('#'), 0, 0);
-            }
         }
         for (const char* const chapter : {"station", "page", "mqtt", "cluster"}) {
             const QString name = QStringLiteral("docs/%1.md").arg(QLatin1String(chapter));
             QVERIFY2(chapters.contains(name), chapter);
             QVERIFY2(sessions[name] > 0, chapter);
         }
+    }
+
+    void theGuideUsesWhatThePackagesHold()
+    {
+        const QStringList chapters = chaptersOf(m_pages);
+        QStringList complaints;
+        for (const Page& page : m_pages) {
+            if (chapters.contains(page.name))
+                complaints += checkPackagedFiles(page);
+        }
+        QVERIFY2(complaints.isEmpty(), asMessage(complaints).constData());
+
+        const Page clone =
+            pages::parse(QStringLiteral("page.md"),
+                         QStringLiteral("```console\n$ cat data/a tests/data/b\n```\n"));
+        QCOMPARE(checkPackagedFiles(clone),
+                 QStringList(QStringLiteral("page.md:1: tests/data/b is in no package")));
     }
 
     void theListOfPagesHasThemAll()

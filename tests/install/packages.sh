@@ -51,7 +51,7 @@ holds libmorsehandler-dev "$LIBDIR/libmorsehandler.so" "$LIBDIR/libhoststandin.s
     share/doc/libmorsehandler-dev/examples/{CMakeLists.txt,own_host.cpp,host/standin/datetime.cpp}
 holds morsehost bin/morsehost share/man/man1/morsehost.1.gz \
     share/bash-completion/completions/morsehost share/morsehandler/maps/Greek.ascii.map \
-    share/morsehandler/samples/three-overs.flac share/morsehandler/station/example.ini \
+    share/morsehandler/samples/{three-overs,teleprinters/minimodem-ita2}.flac share/morsehandler/station/example.ini \
     lib/systemd/system/morsehost.service
 holds morsehandler-doc share/doc/morsehandler/{operator-guide.md,host-guide.md,formats/map.md} \
     share/doc/morsehandler/api/{index.html,classMorseHandler.html}
