@@ -61,8 +61,15 @@ QString mqttUrlFault(const QString& url)
         parsed.scheme() == QLatin1String("mqtt") || parsed.scheme() == QLatin1String("mqtts");
     if (!parsed.isValid() || !isScheme || parsed.host().isEmpty())
         return QStringLiteral("not mqtt://HOST/PREFIX or mqtts://HOST/PREFIX");
-    if (parsed.path().contains(QLatin1Char('+')) || parsed.path().contains(QLatin1Char('#')))
+    const QString prefix = parsed.path().mid(1);
+    const bool hasWildcard = parsed.hasFragment() || prefix.contains(QLatin1Char('+')) ||
+                             prefix.contains(QLatin1Char('#'));
+    if (hasWildcard)
         return QStringLiteral("a prefix has neither '+' nor '#'");
+    if (parsed.hasQuery())
+        return QStringLiteral("a '?' in a prefix is written as %3F");
+    if (!prefix.isEmpty() && prefix.split(QLatin1Char('/')).contains(QString()))
+        return QStringLiteral("a prefix has no empty level");
     return {};
 }
 

@@ -365,7 +365,17 @@ private Q_SLOTS:
         QTest::newRow("another scheme") << "http://broker/" << false;
         QTest::newRow("no host") << "mqtt:///radio" << false;
         QTest::newRow("nothing") << "" << false;
+        QTest::newRow("no prefix behind a slash") << "mqtt://broker/" << true;
         QTest::newRow("a wildcard") << "mqtt://broker/radio/+" << false;
+        QTest::newRow("a wildcard, encoded") << "mqtt://broker/radio/%2B" << false;
+        QTest::newRow("a wildcard for all levels") << "mqtt://broker/radio/#" << false;
+        QTest::newRow("all levels, encoded") << "mqtt://broker/radio/%23/north" << false;
+        QTest::newRow("levels behind a wildcard") << "mqtt://broker/a/#/b+c" << false;
+        QTest::newRow("what would be dropped") << "mqtt://broker/a?b" << false;
+        QTest::newRow("an empty level") << "mqtt://broker/a//b" << false;
+        QTest::newRow("an empty first level") << "mqtt://broker//a" << false;
+        QTest::newRow("an empty last level") << "mqtt://broker/a/" << false;
+        QTest::newRow("no port") << "mqtt://broker:abc/a" << false;
     }
 
     void urlsAreChecked()
