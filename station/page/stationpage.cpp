@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <arpa/inet.h>
+#include <iterator>
 
 // Resources of a static library have to be asked for, outside of any namespace.
 static void loadSite()
@@ -31,6 +32,8 @@ namespace {
 constexpr int MOST_FOUND = 200;
 constexpr int USUALLY_FOUND = 50;
 constexpr int MOST_WORDS = 16;
+constexpr const char* SEARCH_KEYS[] = {"words", "decoder",   "receiver", "station", "since",
+                                       "until", "frequency", "limit",    "before"};
 const char* const SEARCH = "search";
 const char* const TRANSMISSION = "transmission";
 constexpr qint64 MOST_FILE_BYTES = qint64{64} << 20;
@@ -230,6 +233,11 @@ HttpAnswer StationPage::search(const QUrlQuery& query) const
     const auto value = [&query](const char* name) {
         return query.queryItemValue(QLatin1String(name), QUrl::FullyDecoded).trimmed();
     };
+    for (const auto& item : query.queryItems(QUrl::FullyDecoded)) {
+        if (std::none_of(std::begin(SEARCH_KEYS), std::end(SEARCH_KEYS),
+                         [&item](const char* key) { return item.first == QLatin1String(key); }))
+            return plain(400, "A search has other keys.");
+    }
     ArchiveQuery wanted;
     wanted.words = value("words").split(QLatin1Char(' '), Qt::SkipEmptyParts).mid(0, MOST_WORDS);
     for (const QString& word : qAsConst(wanted.words)) {
@@ -247,11 +255,17 @@ HttpAnswer StationPage::search(const QUrlQuery& query) const
         return plain(400, "A time is a day or an ISO 8601 time, in UTC.");
     if (!value("frequency").isEmpty() && !readArchiveFrequency(value("frequency"), wanted))
         return plain(400, "A frequency is in kHz: 7025 or 7000-7040.");
-    bool isNumber = false;
-    const int limit = value("limit").toInt(&isNumber);
-    wanted.limit = isNumber ? std::clamp(limit, 1, MOST_FOUND) : USUALLY_FOUND;
-    const qint64 before = value("before").toLongLong(&isNumber);
-    if (isNumber)
+    const auto readNumber = [&value](const char* name, qint64 otherwise) {
+        bool isNumber = false;
+        const qint64 number = value(name).toLongLong(&isNumber);
+        return value(name).isEmpty() ? otherwise : isNumber ? number : 0;
+    };
+    const qint64 limit = readNumber("limit", USUALLY_FOUND);
+    const qint64 before = readNumber("before", 1);
+    if (limit < 1 || before < 1)
+        return plain(400, "limit and before are whole numbers from 1 on.");
+    wanted.limit = int(std::min<qint64>(limit, MOST_FOUND));
+    if (!value("before").isEmpty())
         wanted.before = before;
 
     QString error;

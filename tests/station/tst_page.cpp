@@ -323,6 +323,11 @@ private Q_SLOTS:
         row("words without a letter", get("/search?words=%22%27%3B--"), 400);
         row("a time that is none", get("/search?since=yesterday"), 400);
         row("a frequency that is none", get("/search?frequency=high"), 400);
+        row("a limit that is no number", get("/search?limit=abc"), 400);
+        row("a limit of nothing", get("/search?limit=0"), 400);
+        row("a place that is no number", get("/search?before=zz"), 400);
+        row("a place before all", get("/search?before=-1"), 400);
+        row("a key that is none", get("/search?colour=red"), 400);
     }
 
     void badRequestsAreRefused()
