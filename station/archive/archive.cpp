@@ -142,8 +142,24 @@ Archive::~Archive()
     QSqlDatabase::removeDatabase(m_connection);
 }
 
+bool isArchiveOnServer(const QString& url)
+{
+    return url.startsWith(QLatin1String("postgresql:"), Qt::CaseInsensitive);
+}
+
+QString archiveUrlFault(const QString& url)
+{
+    const ArchiveDialect& dialect = archiveDialect(url);
+    return dialect.urlFault ? dialect.urlFault(url) : QString();
+}
+
 std::unique_ptr<Archive> Archive::open(const QString& url, QString& error)
 {
+    const QString fault = archiveUrlFault(url);
+    if (!fault.isEmpty()) {
+        error = QStringLiteral("the URL ") + fault;
+        return nullptr;
+    }
     static std::atomic<int> s_connections{0};
     const QString name = QStringLiteral("archive%1").arg(++s_connections);
     const ArchiveDialect& dialect = archiveDialect(url);

@@ -46,6 +46,12 @@ struct ArchivedTransmission
 
 struct ArchiveDialect;
 
+/// Whether the URL of an archive means a server, not a file.
+bool isArchiveOnServer(const QString& url);
+/// What is wrong with the URL of an archive on a server ("has no port ..."); empty when nothing is
+/// known to be, and of a file.
+QString archiveUrlFault(const QString& url);
+
 /// One connection, used by the thread that opened it. An operation that fails returns nothing and
 /// leaves the reason in `error()`; the connection is then to be opened again.
 class Archive

@@ -16,6 +16,8 @@ namespace morsehost {
 struct ArchiveDialect
 {
     const char* driver;
+    /// As archiveUrlFault; null where there is none to be found.
+    QString (*urlFault)(const QString& url);
     /// Of the connection, before it is opened.
     void (*setUp)(QSqlDatabase& database, const QString& url);
     std::vector<const char*> onOpening;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "station/service/stationfile.h"
 
+#include "station/archive/archive.h"
 #include "station/decoders.h"
 #include "station/page/httpserver.h"
 #include "station/service/stationsections.h"
@@ -11,7 +12,6 @@
 #include <QHostAddress>
 #include <QRegularExpression>
 #include <QSettings>
-#include <QUrl>
 
 #include <algorithm>
 
@@ -32,11 +32,6 @@ const FormatWord FORMAT_WORDS[] = {{"s16", SampleFormat::Word::S16},
                                    {"f32", SampleFormat::Word::F32},
                                    {"u8", SampleFormat::Word::U8},
                                    {"s8", SampleFormat::Word::S8}};
-
-bool isOnServer(const QString& archive)
-{
-    return QUrl(archive).scheme() == QLatin1String("postgresql");
-}
 
 QString readPath(SectionReader& section, const char* key, const QDir& beside)
 {
@@ -73,9 +68,10 @@ QString readArchive(SectionReader& section, const QString& folder, const QDir& b
     QString given = section.text("archive");
     if (given.isEmpty())
         return QDir(folder).filePath(QStringLiteral("archive.db"));
-    if (isOnServer(given)) {
-        if (QUrl(given).path().indexOf(QLatin1Char('/')) != 0 || QUrl(given).path().size() < 2)
-            section.fail(QStringLiteral("archive names no database"), "archive");
+    if (isArchiveOnServer(given)) {
+        const QString fault = archiveUrlFault(given);
+        if (!fault.isEmpty())
+            section.fail(QStringLiteral("archive ") + fault, "archive");
         return given;
     }
     if (given.contains(QLatin1String("://")))
@@ -159,13 +155,22 @@ MqttSettings readMqtt(SectionReader& section, const QDir& beside)
 }
 
 // Names become names of folders and of topics.
+constexpr int MOST_NAME_CHARACTERS = 64;
+
 bool isUsableName(const QString& name)
 {
     for (const QChar c : name) {
         if (!c.isLetterOrNumber() && c != QLatin1Char('-') && c != QLatin1Char('_'))
             return false;
     }
-    return !name.isEmpty() && name.size() <= 64;
+    return !name.isEmpty() && name.size() <= MOST_NAME_CHARACTERS;
+}
+
+// QSettings reads the names of sections as Latin-1.
+bool isUsableSectionName(const QString& name)
+{
+    return isUsableName(name) &&
+           std::all_of(name.begin(), name.end(), [](QChar c) { return c.unicode() < 0x80; });
 }
 
 unsigned useOf(const QString& decoder)
@@ -277,8 +282,12 @@ ReceiverSettings readReceiver(SectionReader& section, const QString& name, const
 {
     ReceiverSettings receiver;
     receiver.name = name;
-    if (!isUsableName(name))
-        section.fail(QStringLiteral("a receiver's name has letters, digits, '-' and '_' only"));
+    if (!isUsableSectionName(name)) {
+        section.fail(QStringLiteral("a receiver's name has letters from A to Z, digits, '-' and "
+                                    "'_' only, %1 at most")
+                         .arg(MOST_NAME_CHARACTERS));
+        return receiver;
+    }
     readSource(section, beside, receiver);
     if (section.has("decoder"))
         receiver.decoder = decoderSpelled(section.text("decoder"));
@@ -364,7 +373,7 @@ StationConfiguration readConfiguration(const QString& path, std::vector<Configur
     configuration.keepGigabytes = station.number("keep_gigabytes", 0);
     configuration.archiveDays = int(station.number("archive_days", 0));
     configuration.archiveGigabytes = station.number("archive_gigabytes", 0);
-    if (configuration.archiveGigabytes > 0 && isOnServer(configuration.archive))
+    if (configuration.archiveGigabytes > 0 && isArchiveOnServer(configuration.archive))
         station.fail(QStringLiteral("archive_gigabytes is for an archive in a file; "
                                     "archive_days is for a server too"),
                      "archive_gigabytes");

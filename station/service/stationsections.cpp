@@ -15,19 +15,29 @@ bool isList(const QVariant& value)
     return value.type() == QVariant::StringList;
 }
 
-// A ';' outside of quotes ends a value.
-bool isCutOff(const QString& value)
+// Where QSettings sees the end of a line.
+enum class LineEnd {
+    Usual,
+    AtSemicolon, ///< outside of quotes: the rest is lost
+    InQuotes,    ///< it reads on in the next line
+    AtBackslash, ///< likewise
+};
+
+LineEnd endOf(const QString& line)
 {
     bool isQuoted = false;
-    for (int i = 0; i < value.size(); ++i) {
-        if (value[i] == QLatin1Char('\\'))
+    for (int i = 0; i < line.size(); ++i) {
+        if (line[i] == QLatin1Char('\\')) {
             ++i;
-        else if (value[i] == QLatin1Char('"'))
+            if (i == line.size())
+                return LineEnd::AtBackslash;
+        } else if (line[i] == QLatin1Char('"')) {
             isQuoted = !isQuoted;
-        else if (value[i] == QLatin1Char(';') && !isQuoted)
-            return true;
+        } else if (line[i] == QLatin1Char(';') && !isQuoted) {
+            return LineEnd::AtSemicolon;
+        }
     }
-    return false;
+    return isQuoted ? LineEnd::InQuotes : LineEnd::Usual;
 }
 
 std::optional<double> numberOf(const KeyRow& row, const QString& text)
@@ -107,8 +117,15 @@ Lines::Lines(const QByteArray& content)
     for (const QByteArray& bytes : lines) {
         ++number;
         const QString line = QString::fromUtf8(bytes).trimmed();
-        if (line.isEmpty() || line.startsWith(QLatin1Char(';')) ||
-            line.startsWith(QLatin1Char('#')))
+        if (line.isEmpty() || line.startsWith(QLatin1Char(';')))
+            continue;
+        // Of a comment behind '#' too: to QSettings it is a line like any other.
+        const LineEnd end = endOf(line);
+        if (end == LineEnd::InQuotes)
+            m_faults.push_back({number, QStringLiteral("a quote is not closed in this line")});
+        if (end == LineEnd::AtBackslash)
+            m_faults.push_back({number, QStringLiteral("a line cannot end in a '\\'")});
+        if (line.startsWith(QLatin1Char('#')))
             continue;
         if (line.startsWith(QLatin1Char('['))) {
             if (!line.endsWith(QLatin1Char(']')))
@@ -128,7 +145,7 @@ Lines::Lines(const QByteArray& content)
         // QSettings takes it for a group.
         if (key.contains(QLatin1Char('/')) || key.contains(QLatin1Char('\\')))
             m_faults.push_back({number, QStringLiteral("no key '%1'").arg(key)});
-        if (isCutOff(line.section(QLatin1Char('='), 1)))
+        if (end == LineEnd::AtSemicolon)
             m_faults.push_back(
                 {number, QStringLiteral("%1 holds a ';': put the value between quotes").arg(key)});
         note(section, key, number);
