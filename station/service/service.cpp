@@ -74,6 +74,14 @@ bool StationService::configure(const StationConfiguration& configuration, QStrin
     if (!error.isEmpty())
         return false;
     const bool isFolderNew = configuration.folder != m_configuration.folder;
+    std::unique_ptr<FolderLock> lock;
+    if (!m_lock || isFolderNew) {
+        lock = std::make_unique<FolderLock>(configuration.folder);
+        if (!lock->error().isEmpty()) {
+            error = configuration.folder + QStringLiteral(": ") + lock->error();
+            return false;
+        }
+    }
     if (!m_archive || isFolderNew || configuration.archive != m_configuration.archive) {
         // Two writers never share a spool; the old one works until another folder is known to.
         const bool hadWriter = m_archive != nullptr;
@@ -89,6 +97,8 @@ bool StationService::configure(const StationConfiguration& configuration, QStrin
         }
         m_archive = std::move(writer);
     }
+    if (lock)
+        m_lock = std::move(lock);
     const StationConfiguration before = std::exchange(m_configuration, configuration);
     configurePublishers(before);
 
@@ -270,6 +280,7 @@ void StationService::stop()
     if (m_archive)
         m_archive->flush();
     m_archive.reset();
+    m_lock.reset();
 }
 
 std::vector<const Receiver*> StationService::receivers() const

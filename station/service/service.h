@@ -4,6 +4,7 @@
 
 #include "station/archive/record.h"
 #include "station/archive/writer.h"
+#include "station/io/folderlock.h"
 #include "station/page/pagepublisher.h"
 #include "station/service/receiver.h"
 #include "station/service/recordingtap.h"
@@ -37,7 +38,8 @@ public:
 
     /// Does what the configuration says; what was the same before goes on undisturbed. A receiver
     /// that is removed or replaced ends in its own time, and its successor begins when it has
-    /// ended. False, with the reason, when the folder cannot be used; then all is as it was.
+    /// ended. False, with the reason, when the folder cannot be used,
+    /// for instance because another station uses it; then all is as it was.
     bool configure(const StationConfiguration& configuration, QString& error);
     /// Ends the receivers, lets the decoders finish, and sends what can be sent.
     void stop();
@@ -69,6 +71,7 @@ private:
 
     QString m_program;
     StationConfiguration m_configuration;
+    std::unique_ptr<FolderLock> m_lock; ///< of the folder; two stations would send all twice
     std::unique_ptr<ArchiveWriter> m_archive;
     std::map<QString, std::unique_ptr<Receiver>> m_receivers; ///< by name
     std::vector<std::unique_ptr<Receiver>> m_leaving; ///< replaced or removed, and not over yet

@@ -421,6 +421,28 @@ echo '{"event":"transmission","number":2,"text":"END '$1'"}'
             QFile::setPermissions(closed, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
     }
 
+    void aFolderIsForOneStation()
+    {
+        StationService first(program(COUNTING_DECODER));
+        StationService second(program(COUNTING_DECODER));
+        // What the first one runs does not hold the folder behind its end.
+        StationConfiguration shared = configuration({commandReceiver("a", "sleep 1000")});
+        shared.folder = m_folder.filePath("shared");
+        QString error;
+        QVERIFY2(first.configure(shared, error), qPrintable(error));
+        QVERIFY(first.configure(shared, error));
+        QVERIFY(!second.configure(shared, error));
+        QCOMPARE(error, shared.folder + ": another station uses this folder");
+        QVERIFY(second.receivers().empty());
+
+        StationConfiguration own = shared;
+        own.folder = m_folder.filePath("own");
+        QVERIFY2(second.configure(own, error), qPrintable(error));
+        QVERIFY(!second.configure(shared, error));
+        first.stop();
+        QVERIFY2(second.configure(shared, error), qPrintable(error));
+    }
+
     void aFolderThatCannotBeMadeIsRefused()
     {
         StationService service(program(COUNTING_DECODER));
