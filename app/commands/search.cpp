@@ -312,15 +312,17 @@ int run(Arguments& arguments)
     const QString url = arguments.isSet("archive") ? arguments.text("archive")
                                                    : QString::fromLatin1(DEFAULT_ARCHIVE);
     // A file that is not there is not made by looking into it.
-    if (!url.startsWith(QLatin1String("postgresql:")) &&
-        !QFileInfo::exists(url.section(QLatin1String("sqlite:"), -1))) {
+    const bool isOnServer = isArchiveOnServer(url);
+    if (!isOnServer && !QFileInfo::exists(url.section(QLatin1String("sqlite:"), -1))) {
         complain(url, QStringLiteral("no such archive"));
         return EXIT_BAD_INPUT;
     }
     QString error;
     std::unique_ptr<Archive> archive = Archive::open(url, error);
+    // The URL of a server may hold a password.
+    const QString subject = isOnServer ? QStringLiteral("archive") : url;
     if (!archive) {
-        complain(QStringLiteral("archive"), error);
+        complain(subject, error);
         return EXIT_BAD_INPUT;
     }
     Output output(STDOUT_FILENO);
@@ -329,7 +331,7 @@ int run(Arguments& arguments)
     const std::optional<qint64> latest = archive->latest();
     const auto found = archive->search(query);
     if (!latest || !found) {
-        complain(QStringLiteral("archive"), archive->error());
+        complain(subject, archive->error());
         return EXIT_BAD_INPUT;
     }
     if (!arguments.isSet("follow")) {
@@ -364,7 +366,7 @@ Command searchCommand()
               {"decoder", "NAME", "of this decoder only: Morse, Baudot, ..."},
               {"receiver", "NAME", "of this receiver only"},
               {"station", "NAME", "of this station only"},
-              {"limit", "N", "at most N (default: 1000)"},
+              {"limit", "N", "at most N receptions (default: 1000)"},
               {"follow", nullptr, "show what is archived from now on, as it comes"},
               {"json", nullptr, "print one JSON object per line and transmission"},
               {"csv", nullptr, "print comma-separated values with a header"},
