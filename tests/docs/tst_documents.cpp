@@ -120,7 +120,7 @@ QStringList chaptersOf(const QVector<Page>& all)
     return chapters;
 }
 
-/// Whoever has the packages has a link `data`, and no other folder of a clone.
+/// Those who have the packages have a link `data`, and no other folder of a clone.
 QStringList checkPackagedFiles(const Page& page)
 {
     static const QRegularExpression path(QStringLiteral("(?:^|\\s)([\\w.-]+)/[\\w./*-]+"));
