@@ -32,7 +32,7 @@ constexpr std::size_t WORKERS = 2; // of each kind of requests
 // What the system takes for a reader that takes nothing.
 constexpr int SEND_BUFFER_BYTES = 128 * 1024;
 // That a reader has to take within the time it is given.
-constexpr std::size_t PIECE_BYTES = 64 * 1024;
+constexpr std::size_t PIECE_BYTES = std::size_t{64} * 1024;
 constexpr std::chrono::milliseconds ACCEPT_PAUSE{100};
 
 // Nothing of another site is loaded, nothing runs that did not come as a file of this one.
