@@ -426,7 +426,7 @@ echo '{"event":"transmission","number":2,"text":"END '$1'"}'
         StationService first(program(COUNTING_DECODER));
         StationService second(program(COUNTING_DECODER));
         // What the first one runs does not hold the folder behind its end.
-        StationConfiguration shared = configuration({commandReceiver("a", "sleep 1000")});
+        StationConfiguration shared = configuration({commandReceiver("a", "tail -f /dev/null")});
         shared.folder = m_folder.filePath("shared");
         QString error;
         QVERIFY2(first.configure(shared, error), qPrintable(error));
