@@ -4,9 +4,9 @@
 // weakest frames before or behind the step show is noise.
 #pragma once
 
+#include "signal/morse/framefloors.h"
+
 #include <cstdint>
-#include <functional>
-#include <map>
 
 namespace demodulator {
 
@@ -19,17 +19,13 @@ public:
     /// The weakest one of so many of them is taken.
     static constexpr std::int64_t LOW_ONE_IN = 6;
 
-    /// Noise of a frame, any scale.
-    using FloorOf = std::function<double(std::int64_t frame)>;
-
     /// At a frame, of those from `oldest` to `newest`: the larger of what is usual before it and
     /// behind it, 0 where no frame is there. Each frame is asked for once; they come in order.
-    double at(std::int64_t frame, std::int64_t oldest, std::int64_t newest, const FloorOf& floorOf);
+    double at(std::int64_t frame, std::int64_t oldest, std::int64_t newest,
+              const FrameFloors::FloorOf& floorOf);
 
 private:
-    double lowest(std::int64_t first, std::int64_t last) const;
-
-    std::map<std::int64_t, double> m_floors; // by frame
+    FrameFloors m_floors;
     std::int64_t m_frame = -1;
     double m_noise = 0.0; // at it
 };

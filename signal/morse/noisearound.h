@@ -3,10 +3,10 @@
 // time: the middle one of the frames around it.
 #pragma once
 
+#include "signal/morse/framefloors.h"
 #include "signal/morse/tonefinder.h"
 
 #include <cstdint>
-#include <map>
 
 namespace demodulator {
 
@@ -25,7 +25,7 @@ public:
     double before(const ToneFinder& finder, double tone_Hz, std::int64_t samples);
 
 private:
-    std::map<std::int64_t, double> m_floors; // by frame
+    FrameFloors m_floors;
     std::int64_t m_frame = -1;
     double m_floor = 0.0; // around it
 };
