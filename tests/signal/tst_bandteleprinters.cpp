@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "signal/band/bandteleprinters.h"
 
+#include "support/bandfilling.h"
 #include "support/random.h"
 #include "support/teleprinterkeyer.h"
 
@@ -8,7 +9,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <complex>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -81,25 +81,7 @@ struct Band
 
     void hear(const std::vector<float>& samples)
     {
-        const auto windowAt = [&samples](std::size_t centre, std::size_t length) {
-            std::vector<std::complex<float>> window(length);
-            for (std::size_t i = 0; i < length; ++i) {
-                const std::size_t at = centre + i - length / 2;
-                window[i] = at < samples.size() ? samples[at] : 0.0F;
-            }
-            return window;
-        };
-        const auto steps = static_cast<std::int64_t>(samples.size() / bank.stepSamples());
-        for (; end < steps; ++end) {
-            const std::size_t centre = static_cast<std::size_t>(end) * bank.stepSamples();
-            bank.compute(end, windowAt(centre, bank.windowSamples()).data());
-            if (end % Survey::HOP_STEPS == 0)
-                survey.compute(end / Survey::HOP_STEPS,
-                               windowAt(centre, survey.windowSamples()).data());
-        }
-        survey.advanceTo(end / Survey::HOP_STEPS);
-        for (std::size_t piece = 0; piece < survey.pieces(); ++piece)
-            survey.measureNoise(piece);
+        end = testsupport::fill(bank, survey, samples, end);
     }
 
     void notice() { teleprinters.notice(MARK_Hz, {}, end, 0); }

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "signal/band/formernoise.h"
 
+#include "support/bandfilling.h"
+#include "support/random.h"
+
 #include <QtTest>
 
+#include <cmath>
 #include <vector>
 
 using namespace demodulator;
@@ -45,6 +49,34 @@ private Q_SLOTS:
         FormerNoise noise;
         for (std::int64_t frame = 100 + SPAN; frame < 160; ++frame)
             QVERIFY(noise.at(frame, 0, 200, falling) < 3.0);
+    }
+    // By what the search guesses from one spectrum, which is rough.
+    void ofEvenNoiseItIsTheNoise()
+    {
+        constexpr double RATE_Hz = 8000.0;
+        constexpr double DURATION_s = 30.0;
+        const BandFormat format = {RATE_Hz, false};
+        testsupport::Random random("even");
+        std::vector<float> samples(static_cast<std::size_t>(DURATION_s * RATE_Hz));
+        for (float& sample : samples)
+            sample = static_cast<float>(random.gauss());
+        StepBank bank(format, DURATION_s);
+        Survey survey(format, bank.stepSamples());
+        const std::int64_t newest =
+            testsupport::fill(bank, survey, samples) / Survey::HOP_STEPS - 1;
+        const std::int64_t oldest = newest - Survey::KEPT_FLOORS + 1;
+        double sum_dB = 0.0;
+        int count = 0;
+        for (double tone_Hz = 500.0; tone_Hz < 3500.0; tone_Hz += 100.0) {
+            FormerNoise noise;
+            for (std::int64_t frame = oldest + SPAN; frame < newest - SPAN; ++frame, ++count)
+                sum_dB +=
+                    10.0 * std::log10(noise.at(frame, oldest, newest, [&](std::int64_t asked) {
+                        return survey.noiseIn(asked, tone_Hz);
+                    }) / survey.noise(tone_Hz));
+        }
+        const double mean_dB = sum_dB / count;
+        QVERIFY2(std::abs(mean_dB) < 0.5, qPrintable(QString::number(mean_dB)));
     }
     void eachFrameIsAskedForOnceAndOnlyIfItIsThere()
     {

@@ -2,6 +2,7 @@
 #include "signal/band/shiftedpairs.h"
 
 #include "signal/numbers.h"
+#include "support/bandfilling.h"
 #include "support/keyer.h"
 #include "support/random.h"
 #include "support/teleprinterkeyer.h"
@@ -76,25 +77,7 @@ std::optional<ShiftedPair> pairIn(const Samples& samples, double tone_Hz)
 {
     StepBank bank(FORMAT, DURATION_s);
     Survey survey(FORMAT, bank.stepSamples());
-    const auto windowAt = [&samples](std::size_t centre, std::size_t length) {
-        std::vector<std::complex<float>> window(length);
-        for (std::size_t i = 0; i < length; ++i) {
-            const std::size_t at = centre + i - length / 2;
-            window[i] = at < samples.size() ? samples[at] : 0.0F;
-        }
-        return window;
-    };
-    const auto steps = static_cast<std::int64_t>(samples.size() / bank.stepSamples());
-    for (std::int64_t step = 0; step < steps; ++step) {
-        const std::size_t centre = static_cast<std::size_t>(step) * bank.stepSamples();
-        bank.compute(step, windowAt(centre, bank.windowSamples()).data());
-        if (step % Survey::HOP_STEPS == 0)
-            survey.compute(step / Survey::HOP_STEPS,
-                           windowAt(centre, survey.windowSamples()).data());
-    }
-    survey.advanceTo(steps / Survey::HOP_STEPS);
-    for (std::size_t piece = 0; piece < survey.pieces(); ++piece)
-        survey.measureNoise(piece);
+    const std::int64_t steps = testsupport::fill(bank, survey, samples);
     return ShiftedPairs(bank, survey, PairParameters()).find(tone_Hz, steps);
 }
 
