@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "station/mapstation.h"
 
-#include "host/standin/configuration.h"
-#include "support/decodermodules.h"
-#include "support/files.h"
+#include "support/baudotmap.h"
 
 #include <QDir>
 #include <QFile>
@@ -36,9 +34,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         QVERIFY(m_folder.isValid());
-        const QString path = writeFile(m_folder.filePath("modules.txt"), moduleLine("Baudot", 'I'));
-        setConfigurationValue(QString(), "DecoderModulesFile", path);
-        writeFile(m_folder.filePath("Other.ita2.map"), "0x41\t0x05D0\n\n");
+        writeBaudotWithMap(m_folder.path());
     }
 
     void stopIsAnnouncedOnceAndAddsNothing()
