@@ -42,6 +42,17 @@ Condition changed(const char* name, const char* title, double snr_dB,
     return condition;
 }
 
+Condition ascii(const char* name, const char* title, double snr_dB, TeleprinterCode code,
+                double baud, double stop_bits, double shift_Hz = TonePath().shift_Hz)
+{
+    return changed(name, title, snr_dB, [&](Machine& machine, TonePath& path) {
+        machine.code = code;
+        machine.baud = baud;
+        machine.stop_bits = stop_bits;
+        path.shift_Hz = shift_Hz;
+    });
+}
+
 // Words and groups in lines, as a machine's operator sends them. Of the figures, only those that
 // are the same in the international alphabet and in that of the United States.
 std::string linesOf(const std::string& text)
@@ -238,50 +249,20 @@ const std::vector<Condition>& conditions()
                 [](Machine&, TonePath& path) { path.carrier_dB = -3.0; }),
         changed("typed", "typed by hand", 20.0,
                 [](Machine& machine, TonePath&) { machine.typedPause_bits = 6.0; }),
-        changed("ascii110", "ASCII, 110 Bd, 7 bits, even parity, +10 dB", 10.0,
-                [](Machine& machine, TonePath&) {
-                    machine.code = TeleprinterCode::Ascii7Even;
-                    machine.baud = 110.0;
-                    machine.stop_bits = 2.0;
-                }),
-        changed("ascii300", "ASCII, 300 Bd, 200 Hz, 8 bits, +15 dB", 15.0,
-                [](Machine& machine, TonePath& path) {
-                    machine.code = TeleprinterCode::Ascii8;
-                    machine.baud = 300.0;
-                    machine.stop_bits = 1.0;
-                    path.shift_Hz = 200.0;
-                }),
-        changed("ascii150", "ASCII, 150 Bd, 170 Hz, 7 bits, +15 dB", 15.0,
-                [](Machine& machine, TonePath&) {
-                    machine.code = TeleprinterCode::Ascii7;
-                    machine.baud = 150.0;
-                    machine.stop_bits = 1.0;
-                }),
-        changed("ascii200", "ASCII, 200 Bd, 170 Hz, 8 bits, +15 dB", 15.0,
-                [](Machine& machine, TonePath&) {
-                    machine.code = TeleprinterCode::Ascii8;
-                    machine.baud = 200.0;
-                    machine.stop_bits = 1.0;
-                }),
-        changed("ascii300n", "ASCII, 300 Bd, 170 Hz, 7 bits, 2 stops, +15 dB", 15.0,
-                [](Machine& machine, TonePath&) {
-                    machine.code = TeleprinterCode::Ascii7;
-                    machine.baud = 300.0;
-                    machine.stop_bits = 2.0;
-                }),
-        changed("ascii300w", "ASCII, 300 Bd, 850 Hz, 7 bits, even parity, +12 dB", 12.0,
-                [](Machine& machine, TonePath& path) {
-                    machine.code = TeleprinterCode::Ascii7Even;
-                    machine.baud = 300.0;
-                    machine.stop_bits = 1.0;
-                    path.shift_Hz = 850.0;
-                }),
-        changed("ascii-8o", "ASCII, 110 Bd, 8 bits, odd parity, +10 dB", 10.0,
-                [](Machine& machine, TonePath&) {
-                    machine.code = TeleprinterCode::Ascii8Odd;
-                    machine.baud = 110.0;
-                    machine.stop_bits = 1.0;
-                }),
+        ascii("ascii110", "ASCII, 110 Bd, 7 bits, even parity, +10 dB", 10.0,
+              TeleprinterCode::Ascii7Even, 110.0, 2.0),
+        ascii("ascii300", "ASCII, 300 Bd, 200 Hz, 8 bits, +15 dB", 15.0, TeleprinterCode::Ascii8,
+              300.0, 1.0, 200.0),
+        ascii("ascii150", "ASCII, 150 Bd, 170 Hz, 7 bits, +15 dB", 15.0, TeleprinterCode::Ascii7,
+              150.0, 1.0),
+        ascii("ascii200", "ASCII, 200 Bd, 170 Hz, 8 bits, +15 dB", 15.0, TeleprinterCode::Ascii8,
+              200.0, 1.0),
+        ascii("ascii300n", "ASCII, 300 Bd, 170 Hz, 7 bits, 2 stops, +15 dB", 15.0,
+              TeleprinterCode::Ascii7, 300.0, 2.0),
+        ascii("ascii300w", "ASCII, 300 Bd, 850 Hz, 7 bits, even parity, +12 dB", 12.0,
+              TeleprinterCode::Ascii7Even, 300.0, 1.0, 850.0),
+        ascii("ascii-8o", "ASCII, 110 Bd, 8 bits, odd parity, +10 dB", 10.0,
+              TeleprinterCode::Ascii8Odd, 110.0, 1.0),
         changed("sitor6", "Sitor-B, +6 dB", 6.0,
                 [](Machine& machine, TonePath&) {
                     machine.code = TeleprinterCode::SitorB;

@@ -4,8 +4,22 @@
 #include <QtTest>
 
 #include <algorithm>
+#include <vector>
 
 using namespace teleprinter;
+
+namespace {
+
+template <typename Value>
+std::vector<Value> triedOf(const Known& known, Value LineKind::*member)
+{
+    std::vector<Value> tried;
+    for (const LineKind& kind : kindsToTry(known))
+        tried.push_back(kind.*member);
+    return tried;
+}
+
+} // namespace
 
 class tst_Line : public QObject
 {
@@ -73,10 +87,7 @@ private Q_SLOTS:
         known.codes = {Code::Ita2};
         const auto speeds = [&known](double baud) {
             known.baud = baud;
-            std::vector<double> tried;
-            for (const LineKind& kind : kindsToTry(known))
-                tried.push_back(kind.baud);
-            return tried;
+            return triedOf(known, &LineKind::baud);
         };
         QCOMPARE(speeds(50.0), std::vector<double>({50.0, 45.45}));
         QCOMPARE(speeds(45.45), std::vector<double>({45.45, 50.0}));
@@ -91,10 +102,7 @@ private Q_SLOTS:
         known.baud = 300.0;
         const auto lengths = [&known](Parity parity) {
             known.parity = parity;
-            std::vector<int> tried;
-            for (const LineKind& kind : kindsToTry(known))
-                tried.push_back(kind.dataBits);
-            return tried;
+            return triedOf(known, &LineKind::dataBits);
         };
         QCOMPARE(lengths(Parity::None), std::vector<int>({7, 8}));
         QCOMPARE(lengths(Parity::Even), std::vector<int>({8, 9}));
