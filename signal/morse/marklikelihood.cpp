@@ -20,6 +20,9 @@ double believedNoise(const Level& level, const LikelihoodParameters& parameters)
     return std::max({level.noise, level.signal / parameters.largestRatio, 1e-30});
 }
 
+// Log probability of an amplitude that no mark has.
+constexpr double NO_AMPLITUDE = -100.0;
+
 // Energy of a dot over noise density.
 double dotRatio(const Level& level)
 {
@@ -42,11 +45,15 @@ void weighAmplitudes(const Level& level, const LikelihoodParameters& parameters,
     double otherwise = 0.0;
     for (const auto& other : others) {
         const double logProbability =
-            other.price + parameters.lossOfFreedom * std::min(0.0, std::log(ratio / other.freedom));
+            level.hasEcho ? NO_AMPLITUDE
+                          : other.price + parameters.lossOfFreedom *
+                                              std::min(0.0, std::log(ratio / other.freedom));
         otherwise += std::exp(logProbability);
         *++choice = {static_cast<float>(other.factor), static_cast<float>(logProbability)};
     }
-    weighing.choices[0] = {1.0F, static_cast<float>(std::log1p(-otherwise))};
+    const double expected = level.hasEcho ? parameters.besideEcho : 1.0;
+    weighing.choices[0] = {static_cast<float>(expected),
+                           static_cast<float>(std::log1p(-otherwise))};
 }
 
 } // namespace

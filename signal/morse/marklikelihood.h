@@ -21,6 +21,7 @@ struct Level
     double noise = 0.0;          ///< variance that one step adds to a sum of steps
     double dot_steps = 15.0;     ///< length of a dot, roughly
     double coherent_steps = 1e9; ///< over which an unsteady tone keeps its phase
+    bool hasEcho = false;        ///< what is weaker than expected is no mark
 };
 
 class MarkLikelihood
@@ -36,6 +37,11 @@ public:
     /// The level expected of the steps that follow.
     void setLevel(const Level& level);
     const Level& level() const { return m_level; }
+    /// Power of a step so many before the last one, of those that are kept.
+    float power(std::size_t before) const
+    {
+        return m_stepRe[before] * m_stepRe[before] + m_stepIm[before] * m_stepIm[before];
+    }
 
     /// The phase expected of the steps that follow, and how well that of a mark is known: the
     /// concentration of a von Mises distribution, 0 where nothing is known.

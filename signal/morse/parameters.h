@@ -117,6 +117,22 @@ struct BurstParameters
     double mean_s = 4.0; ///< as the noise near the tone is measured
 };
 
+/// Echoes in the gaps (echometer.h). Powers are relative to that of the marks around.
+struct EchoParameters
+{
+    double span_s = 3.0;    ///< that is looked at
+    double every_s = 0.256; ///< it is looked at so often (row: none; speed)
+    // Marks are so near, as echoes are late and fading is slow (rows: echo12; hf-poor).
+    double around_s = 0.3;
+    double strongest = 0.4;   ///< more is a mark (row: echo6)
+    double weakest = 0.03;    ///< less does not disturb (row: echo16)
+    double overNoise = 4.0;   ///< that noise does not look like an echo (row: snr6)
+    unsigned edge_steps = 3;  ///< beside a mark: its own edge (row: wpm45)
+    double sureShare = 0.3;   ///< of the gaps are filled
+    double leastShare = 0.08; ///< and have to be, once they were
+    double leastGaps_s = 0.4; ///< less says nothing
+};
+
 /// How well a mark explains some steps (marklikelihood.h).
 struct LikelihoodParameters
 {
@@ -134,6 +150,9 @@ struct LikelihoodParameters
     double fadedPrice = -2.5;
     double fadedFreedom = 300.0;
     double lossOfFreedom = 4.3;
+    // Where an echo fills the gaps only the amplitude followed is believed, and some more is
+    // expected: what is half as strong is no mark (rows: echo12, echo9; echo6 for the amplitude).
+    double besideEcho = 1.25;
 
     // A strong signal is not trusted beyond this signal-to-noise ratio of one step: rising edges,
     // fading and clicks are no noise that the model knows, and lengths have to count beside levels
@@ -405,6 +424,7 @@ struct Parameters
     ToneParameters tone;
     PhaseParameters phase;
     BurstParameters burst;
+    EchoParameters echo;
     LikelihoodParameters likelihood;
     TimingParameters timing;
     TrellisParameters trellis;

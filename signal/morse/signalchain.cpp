@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "signal/morse/signalchain.h"
 
+#include "signal/morse/echometer.h"
 #include "signal/morse/leveltracker.h"
 #include "signal/morse/phasetracker.h"
 #include "signal/morse/tonetracker.h"
@@ -35,6 +36,7 @@ SignalChain::SignalChain(const SignalGuess& guess, double step_s, std::int64_t b
     , m_observer(observer)
     , m_tone(guess.tone_Hz, step_s, MarkLikelihood::KEPT_STEPS)
     , m_spread(guess.spread)
+    , m_hasEcho(guess.hasEcho)
     , m_step_s(step_s)
     , m_origin(begin_step)
     , m_judge(parameters.judge)
@@ -55,6 +57,7 @@ void SignalChain::setLevel(double signal, double noise)
     level.dot_steps = m_unit_steps;
     if (m_spread.off_Hz > 0.0)
         level.coherent_steps = m_parameters.tone.coherentTurn / (m_spread.off_Hz * m_step_s);
+    level.hasEcho = m_hasEcho;
     m_likelihood.setLevel(level);
 }
 
@@ -72,7 +75,7 @@ bool SignalChain::steady() const
 SignalGuess SignalChain::heard() const
 {
     const Level& level = m_likelihood.level();
-    return {m_tone.tone_Hz(), level.signal, level.noise, m_spread};
+    return {m_tone.tone_Hz(), level.signal, level.noise, m_spread, m_hasEcho};
 }
 
 void SignalChain::push(const Step& step)
@@ -90,8 +93,20 @@ void SignalChain::push(const Step& step)
     const double former = step.floor > m_parameters.burst.formerNoise * noise ? step.floor : 0.0;
     m_likelihood.push(value, std::max(former, m_bursts.noiseOf(step.rest, noise)));
     m_trellis.advance();
+    if (m_likelihood.end() % std::max<std::int64_t>(1, steps(m_parameters.echo.every_s)) == 0)
+        lookForEcho();
     if (m_likelihood.end() % std::max<std::int64_t>(1, steps(m_parameters.decision.review_s)) == 0)
         review(false);
+}
+
+void SignalChain::lookForEcho()
+{
+    const std::int64_t kept = std::min(m_likelihood.end(), MarkLikelihood::KEPT_STEPS);
+    std::vector<float> powers;
+    for (std::int64_t n = 0; n < std::min(kept, steps(m_parameters.echo.span_s)); ++n)
+        powers.push_back(m_likelihood.power(static_cast<std::size_t>(n)));
+    const Level& level = m_likelihood.level();
+    m_hasEcho = hasEcho(powers, level.noise, m_step_s, m_hasEcho, m_parameters.echo);
 }
 
 void SignalChain::settle()

@@ -30,6 +30,7 @@ struct SignalGuess
     double signal;          ///< square of half the key-down amplitude, in the scale of Step::value
     double noise;           ///< variance that noise gives one step
     ToneSpread spread = {}; ///< how unsteady the tone is
+    bool hasEcho = false;   ///< that fills its gaps
 };
 
 /// The owner of the sound makes the steps, one every STEP_s, without gaps. A mixer may follow
@@ -113,6 +114,7 @@ private:
     void review(bool last);
     double delay_s(const Level& level) const;
     void look(const Path& path, const std::vector<bool>& isForeign);
+    void lookForEcho();
     std::vector<HeardMark> heardMarks(const Path& path, const std::vector<bool>& isForeign) const;
     void judge(const Path& path, const std::vector<bool>& isForeign);
     void follow(std::vector<HeardMark> marks);
@@ -134,6 +136,7 @@ private:
 
     ExpectedTone m_tone;
     ToneSpread m_spread;
+    bool m_hasEcho;
     double m_step_s;
     std::int64_t m_origin; // step of the sound that is step 0 of the likelihood
     State m_state = State::Listening;

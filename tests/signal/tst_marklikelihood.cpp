@@ -53,6 +53,26 @@ private Q_SLOTS:
             QVERIFY2(ratio > 4.0F, qPrintable(QString::number(ratio)));
         }
     }
+    void besideAnEchoWhatIsWeakIsNoMark()
+    {
+        const auto ratio = [](double amplitude, bool hasEcho) {
+            MarkLikelihood likelihood;
+            Level level;
+            level.signal = 1.0;
+            level.noise = 0.01;
+            level.hasEcho = hasEcho;
+            likelihood.setLevel(level);
+            for (int n = 0; n < 20; ++n)
+                likelihood.push(amplitude);
+            return likelihood.ratio(20);
+        };
+        for (const double amplitude : {0.25, 0.35, 0.5}) {
+            QVERIFY(ratio(amplitude, false) > 4.0F);
+            QVERIFY(ratio(amplitude, true) < -4.0F);
+        }
+        QVERIFY(ratio(0.8, true) > 4.0F);
+        QVERIFY(ratio(1.0, true) > 4.0F);
+    }
     void aKnownPhaseHelpsOnlyTheMarkThatHasIt()
     {
         // A weak mark on phase 0.

@@ -49,6 +49,8 @@ private Q_SLOTS:
         add("chirp", "prose", 0);
         add("wobble15", "prose", 2);
         add("settle30", "contact", 2);
+        add("echo12", "prose", 2);
+        add("echo9", "groups", 4);
         add("neighbour", "groups", 0);
         add("crowd", "prose", 1);
         add("clicks", "groups", 0);

@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+#include "signal/morse/echometer.h"
+
+#include "signal/timing.h"
+
+#include <QtTest>
+
+#include <cmath>
+#include <vector>
+
+using namespace demodulator;
+
+namespace {
+
+constexpr double NOISE = 1e-3;
+constexpr double LATE_s = 0.13;
+constexpr std::size_t UNIT_steps = 15; // 20 words a minute
+
+// Dashes and dots of a level that may change, with an echo of them.
+std::vector<float> powersOf(double echo_dB, double dBPerSecond = 0.0)
+{
+    const std::vector<int> units = {3, 1, 1, 1, 3, 1, 1, 3, 3, 1, 3, 1, 1, 7, 1, 1, 1, 3};
+    std::vector<double> keyed;
+    while (keyed.size() < 750) {
+        for (std::size_t i = 0; i < units.size(); ++i)
+            keyed.insert(keyed.end(), static_cast<std::size_t>(units[i]) * UNIT_steps,
+                         i % 2 == 0 ? 1.0 : 0.0);
+    }
+    const auto late = static_cast<std::size_t>(std::llround(LATE_s / STEP_s));
+    std::vector<float> powers;
+    for (std::size_t n = 0; n < 750; ++n) {
+        const double echo = n < late ? 0.0 : std::pow(10.0, 0.1 * echo_dB) * keyed[n - late];
+        const double level = std::pow(10.0, 0.1 * dBPerSecond * STEP_s * static_cast<double>(n));
+        powers.push_back(static_cast<float>(level * std::max(keyed[n], echo) + NOISE));
+    }
+    return powers;
+}
+
+bool isHeard(const std::vector<float>& powers, bool former = false)
+{
+    return hasEcho(powers, NOISE, STEP_s, former, EchoParameters());
+}
+
+} // namespace
+
+class tst_EchoMeter : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void anEchoIsHeardWhatIsNotDisturbingIsNone()
+    {
+        for (const double echo_dB : {-6.0, -9.0, -12.0, -14.0}) {
+            QVERIFY2(isHeard(powersOf(echo_dB)), qPrintable(QString::number(echo_dB)));
+            // Also in the order in which steps are kept, the newest first.
+            const std::vector<float> powers = powersOf(echo_dB);
+            QVERIFY(isHeard({powers.rbegin(), powers.rend()}));
+        }
+        QVERIFY(!isHeard(powersOf(-18.0)));
+        QVERIFY(!isHeard(powersOf(-100.0)));
+    }
+    void fadingIsNoEcho()
+    {
+        for (const double dBPerSecond : {-20.0, -8.0, 8.0, 20.0})
+            QVERIFY2(!isHeard(powersOf(-100.0, dBPerSecond)),
+                     qPrintable(QString::number(dBPerSecond)));
+    }
+    void noiseIsNoEcho()
+    {
+        std::vector<float> powers = powersOf(-100.0);
+        for (std::size_t n = 0; n < powers.size(); ++n)
+            powers[n] *= 1.0F + static_cast<float>(n % 3);
+        QVERIFY(!hasEcho(powers, 2.0 * NOISE, STEP_s, false, EchoParameters()));
+        QVERIFY(!hasEcho(powersOf(-12.0), 0.1, STEP_s, false, EchoParameters()));
+    }
+    void itStaysUntilMostGapsAreEmpty()
+    {
+        std::vector<float> powers = powersOf(-12.0);
+        const std::vector<float> clean = powersOf(-100.0);
+        // Of the last steps, the first 2.3 s have no echo any more.
+        std::copy_n(clean.begin(), 575, powers.begin());
+        QVERIFY(!isHeard(powers, false));
+        QVERIFY(isHeard(powers, true));
+        QVERIFY(!isHeard(clean, true));
+    }
+    void withoutGapsItIsWhatItWas()
+    {
+        QVERIFY(!isHeard({}, false));
+        QVERIFY(isHeard({}, true));
+        QVERIFY(isHeard(std::vector<float>(750, 1.0F), true));
+    }
+};
+
+QTEST_APPLESS_MAIN(tst_EchoMeter)
+#include "tst_echometer.moc"
