@@ -25,7 +25,7 @@ public:
     {
         double tone_Hz;
         double snr; ///< key-down power over noise power in 500 Hz
-        double dot; ///< energy of a dot over noise density
+        double dot; ///< energy of a dot over noise density, of the weakest of the last seconds
     };
 
     /// Emits what ends before step `until` and was not emitted. `isForeign` says of each segment

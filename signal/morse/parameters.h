@@ -219,16 +219,17 @@ struct TimingParameters
 
     // A machine keys lengths of 1, 3 and 7 units: to within this share of each, and what steps can
     // show. How many of all lengths are such is learnt from the last ones, from a share to begin
-    // with, between bounds. Only of signals whose dots have less than this energy over noise
-    // density: of others the lengths are heard well enough, and an answer at nearly the same tone
-    // and speed has another grid (rows: snr-6, snr-3; fist-3 and stations for too much).
+    // with, between bounds. Only of signals whose weakest dots have less than this energy over
+    // noise density, in a fade say: of others the lengths are heard well enough, and an answer at
+    // nearly the same tone and speed has another grid (rows: snr-6, snr-3, hf-poor, scatter; fist-3
+    // and stations for too much).
     double evenDeviation = 0.02;
     double evenResolution_steps = 0.4;
     double evenShare = 0.1;
     double leastEvenShare = 0.02;
     double mostEvenShare = 0.98;
     double evenMemory = 40.0;
-    double evenDot = 60.0;
+    double evenDot = 150.0;
 
     // Learning: that first knowledge weighs as much as so many marks, later ones are forgotten
     // after so many; a length counts as at most so many deviations off (rows: heavy, longdash).

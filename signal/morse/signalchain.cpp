@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace demodulator {
 
@@ -20,6 +21,17 @@ namespace {
 constexpr double IN_500_Hz = 1.0 / (500.0 * STEP_s);
 // The halves of shorter marks say nothing of their tone.
 constexpr std::int64_t SHORTEST_HALVED_STEPS = 6;
+
+// Power of a step of the weakest one. Short ones may be half of an edge.
+double weakestMark(const std::vector<HeardMark>& marks)
+{
+    double weakest = std::numeric_limits<double>::infinity();
+    for (const HeardMark& mark : marks) {
+        if (!mark.isForeign && mark.length_steps >= SHORTEST_HALVED_STEPS)
+            weakest = std::min(weakest, std::norm(mark.sum / mark.length_steps));
+    }
+    return weakest;
+}
 
 } // namespace
 
@@ -145,7 +157,7 @@ void SignalChain::review(bool last)
     const std::int64_t until = last ? now : now - steps(delay_s(level));
     m_decider.emitUntil(path, isForeign, now, until,
                         {m_tone.tone_Hz(), IN_500_Hz * level.signal / level.noise,
-                         level.signal * level.dot_steps / level.noise});
+                         std::min(level.signal, m_weakestMark) * level.dot_steps / level.noise});
     if (m_classifier.lastMarkEnd_us() > 0 && !m_classifier.active())
         m_state = State::Ended;
 }
@@ -264,6 +276,7 @@ std::vector<HeardMark> SignalChain::heardMarks(const Path& path,
 
 void SignalChain::follow(std::vector<HeardMark> marks)
 {
+    m_weakestMark = weakestMark(marks);
     if (!marks.empty()) {
         m_spread = toneSpread(marks, m_spread, m_parameters.tone);
         const Level& level = m_likelihood.level();

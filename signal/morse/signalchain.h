@@ -137,6 +137,7 @@ private:
     ExpectedTone m_tone;
     ToneSpread m_spread;
     bool m_hasEcho;
+    double m_weakestMark = 0.0; // power of its steps, of those of the last seconds
     double m_step_s;
     std::int64_t m_origin; // step of the sound that is step 0 of the likelihood
     State m_state = State::Listening;
