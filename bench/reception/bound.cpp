@@ -18,6 +18,7 @@ namespace {
 
 constexpr std::int64_t REVIEW_steps = 8;
 constexpr double CERTAIN = 30.0; // concentration of the phase
+constexpr double NEVER = -100.0; // log probability of another level than the one known
 
 class Codes : public SymbolSink
 {
@@ -31,17 +32,27 @@ public:
 
 } // namespace
 
-std::vector<int> boundOf(const Recording& recording, const Recording& clean, double late_s)
+std::vector<int> boundOf(const Recording& recording, const Recording& clean,
+                         const Recording& carrier, double late_s)
 {
-    // Both are scaled to their own peak: how much of the one is in the other.
+    // Each is scaled to its own peak: how much of the one is in the other. Without noise the gaps
+    // are empty.
+    const std::size_t size =
+        std::min({recording.samples.size(), clean.samples.size(), carrier.samples.size()});
     double product = 0.0;
     double cleanPower = 0.0;
-    const std::size_t size = std::min(recording.samples.size(), clean.samples.size());
+    double keyedProduct = 0.0;
+    double keyedPower = 0.0;
     for (std::size_t n = 0; n < size; ++n) {
-        product += static_cast<double>(recording.samples[n] * clean.samples[n]);
-        cleanPower += static_cast<double>(clean.samples[n] * clean.samples[n]);
+        const auto keyed = static_cast<double>(clean.samples[n]);
+        const double held = keyed == 0.0 ? 0.0 : static_cast<double>(carrier.samples[n]);
+        product += static_cast<double>(recording.samples[n]) * keyed;
+        cleanPower += keyed * keyed;
+        keyedProduct += keyed * held;
+        keyedPower += held * held;
     }
     const double scale = product / cleanPower;
+    const double carrierScale = scale * keyedProduct / keyedPower;
     double noisePower = 0.0;
     for (std::size_t n = 0; n < size; ++n) {
         const double rest = static_cast<double>(recording.samples[n]) -
@@ -55,20 +66,15 @@ std::vector<int> boundOf(const Recording& recording, const Recording& clean, dou
         return history;
     };
     const SampleHistory history = historyOf(recording);
-    const SampleHistory cleanHistory = historyOf(clean);
+    const SampleHistory carrierHistory = historyOf(carrier);
     Baseband baseband(RATE_Hz, recording.tone_Hz);
-    Baseband cleanBaseband(RATE_Hz, recording.tone_Hz);
-    const std::int64_t steps = history.end() / baseband.stepSamples() - 2;
-    std::complex<double> sum = 0.0;
-    for (std::int64_t step = 0; step < steps; ++step)
-        sum += cleanBaseband.step(cleanHistory, step).value;
+    Baseband carrierBaseband(RATE_Hz, recording.tone_Hz);
+    const std::int64_t steps =
+        std::min(history.end(), carrierHistory.end()) / baseband.stepSamples() - 2;
 
-    constexpr double KEY_DOWN = 0.9; // amplitude that the clean recording was brought to
-    const double unit_steps = unitOf_s(recording.speed_wpm) / STEP_s;
     Level level;
-    level.signal = std::pow(0.5 * scale * KEY_DOWN, 2.0);
     level.noise = noisePower / baseband.stepSamples();
-    level.dot_steps = unit_steps;
+    level.dot_steps = unitOf_s(recording.speed_wpm) / STEP_s;
     TimingModel timing(STEP_s, recording.speed_wpm);
     for (int i = 0; i < 100; ++i) {
         timing.learn(Kind::Dot, 1.0);
@@ -76,15 +82,21 @@ std::vector<int> boundOf(const Recording& recording, const Recording& clean, dou
         timing.learn(Kind::ElementGap, 1.0);
     }
     timing.update(0.0, 0.0);
-    MarkLikelihood likelihood;
-    likelihood.setLevel(level);
-    likelihood.setPhase(std::arg(sum), CERTAIN);
+    LikelihoodParameters knownLevel;
+    knownLevel.nearPrice = NEVER;
+    knownLevel.fadedPrice = NEVER;
+    MarkLikelihood likelihood(knownLevel);
     Trellis trellis(timing, likelihood);
     Codes codes;
     Classifier classifier(codes);
     const std::int64_t late_steps = std::llround(late_s / STEP_s);
     std::int64_t given = 0;
     for (std::int64_t step = 0; step < steps; ++step) {
+        const std::complex<double> held =
+            carrierScale * carrierBaseband.step(carrierHistory, step).value;
+        level.signal = std::norm(held);
+        likelihood.setLevel(level);
+        likelihood.setPhase(std::arg(held), CERTAIN);
         likelihood.push(baseband.step(history, step).value);
         trellis.advance();
         const bool last = step + 1 == steps;

@@ -8,9 +8,10 @@
 
 namespace reception {
 
-/// Symbol codes of a recording whose tone, phase, level, noise and keying are steady: all of these
-/// are known, also that a machine keys, the speed to within 20 %, and each decision waits for
-/// `late_s`. `clean` is the same recording without noise.
-std::vector<int> boundOf(const Recording& recording, const Recording& clean, double late_s);
+/// Symbol codes of a recording: level, phase and tone are known at every moment, also the noise,
+/// that a machine keys, and the speed to within 20 %; each decision waits for `late_s`. `clean` is
+/// the same recording without noise, `carrier` that one with the key held down.
+std::vector<int> boundOf(const Recording& recording, const Recording& clean,
+                         const Recording& carrier, double late_s);
 
 } // namespace reception

@@ -465,9 +465,19 @@ Recording record(const Condition& condition, const std::string& kind, const std:
         own.draw(own.hand, own.path, random);
     recording.tone_Hz = own.path.tone_Hz;
     recording.speed_wpm = own.hand.speed_wpm;
-    recording.samples = own.twoStations ? twoStations(own, recording.sent, recording.name)
-                                        : testsupport::sound(recording.sent, own.hand, own.path,
-                                                             RATE_Hz, recording.name);
+    if (own.twoStations) {
+        recording.samples = twoStations(own, recording.sent, recording.name);
+        return recording;
+    }
+    std::vector<testsupport::Piece> pieces =
+        testsupport::keying(recording.sent, own.hand, recording.name);
+    if (own.keyDown) {
+        double duration_s = 0.0;
+        for (const testsupport::Piece& piece : pieces)
+            duration_s += piece.duration_s;
+        pieces = {{true, duration_s}};
+    }
+    recording.samples = testsupport::sound(pieces, own.path, RATE_Hz, recording.name);
     return recording;
 }
 

@@ -23,6 +23,7 @@ struct Condition
     testsupport::Path path;
     /// What is drawn for every recording beside its tone; may be empty.
     std::function<void(testsupport::Hand&, testsupport::Path&, testsupport::Random&)> draw;
+    bool keyDown = false;     ///< all the while, for as long as the text takes
     bool twoStations = false; ///< a second one answers, at its own speed, pitch and strength
 };
 

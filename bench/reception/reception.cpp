@@ -184,7 +184,7 @@ int measure(const Options& options)
     return 0;
 }
 
-// What could be read at best; only of conditions with a steady signal in steady noise.
+// What could be read at best; only of conditions with one signal in steady noise.
 int bound(const Options& options)
 {
     std::printf("| condition | after 0.9 s | after 4 s |\n|---|---:|---:|\n");
@@ -193,17 +193,21 @@ int bound(const Options& options)
             continue;
         reception::Condition clean = condition;
         clean.path.snr_dB.reset();
+        reception::Condition carrier = clean;
+        carrier.keyDown = true;
         Rates soon;
         Rates late;
         for (const std::string& seed : reception::seeds(options.set, options.seeds)) {
             for (const std::string& kind : reception::kinds()) {
                 const reception::Recording recording = reception::record(condition, kind, seed);
                 const reception::Recording sent = reception::record(clean, kind, seed);
+                const reception::Recording held = reception::record(carrier, kind, seed);
                 const auto errorsAfter = [&](double late_s) {
-                    return 100.0 * testsupport::characterErrorRate(
-                                       recording.sent,
-                                       testsupport::textOfCodes(
-                                           reception::boundOf(recording, sent, late_s), UNKNOWN));
+                    return 100.0 *
+                           testsupport::characterErrorRate(
+                               recording.sent,
+                               testsupport::textOfCodes(
+                                   reception::boundOf(recording, sent, held, late_s), UNKNOWN));
                 };
                 soon.each.push_back(errorsAfter(0.9));
                 late.each.push_back(errorsAfter(4.0));
