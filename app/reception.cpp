@@ -72,7 +72,6 @@ StationSettings Reception::settings() const
 {
     StationSettings settings;
     settings.place = QStringLiteral("Receiver1");
-    settings.alphabetDirectory = m_options.alphabetDirectory;
     settings.alphabet = m_options.alphabet;
     settings.frequency_Hz = m_options.frequency_Hz;
     return settings;
@@ -112,7 +111,7 @@ bool Reception::canShow(const QString& decoder)
     }
     if (MorseStation(m_tree, settings(), *m_reporter).start())
         return true;
-    complainOfAlphabet(m_options.alphabet, m_options.alphabetDirectory);
+    complainOfAlphabet(m_options.alphabet);
     return false;
 }
 

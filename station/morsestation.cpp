@@ -20,6 +20,11 @@ constexpr int MAX_TEXT = 1 << 20;
 constexpr int MAX_UNKNOWN_CODES = 1 << 14;
 constexpr int MAX_ELEMENTS = 256;
 
+bool isFigure(const QString& text)
+{
+    return text.size() == 1 && text.at(0) >= QLatin1Char('0') && text.at(0) <= QLatin1Char('9');
+}
+
 TavikResultDataXml::ResultPolicy documentPolicy(std::optional<SaveLedger>& ledger)
 {
     if (!ledger)
@@ -49,7 +54,7 @@ MorseStation::MorseStation(HostTree& tree, const StationSettings& settings,
     m_transmission.receiver = settings.receiver;
     m_transmission.source = settings.source;
     m_transmission.decoder = QStringLiteral("Morse");
-    m_transmission.map = settings.alphabet;
+    m_transmission.map = settings.alphabet.name;
     m_transmission.frequency_Hz = settings.frequency_Hz;
     m_available->SetValue(true, nullptr);
     m_text->AddObserver(this);
@@ -76,14 +81,14 @@ MorseStation::MorseStation(HostTree& tree, const StationSettings& settings,
 
 void MorseStation::wireAlphabet()
 {
-    m_alphabetDirectory->SetValue(m_settings.alphabetDirectory, nullptr);
+    m_alphabetDirectory->SetValue(m_settings.alphabet.directory, nullptr);
     m_handler->SetMorseAlphabet_DirectoryPath(m_values.path("AlphabetDirectory"));
     // Without a selection the handler takes its built-in alphabet.
-    if (m_settings.alphabet.isEmpty())
+    if (m_settings.alphabet.name.isEmpty())
         return;
     auto* const alphabet = m_values.add<ValueSelection>("Alphabet");
-    alphabet->AddItem(m_settings.alphabet, 0, 0, nullptr);
-    alphabet->Select(m_settings.alphabet, nullptr);
+    alphabet->AddItem(m_settings.alphabet.name, 0, 0, nullptr);
+    alphabet->Select(m_settings.alphabet.name, nullptr);
     m_handler->SetMorseAlphabet_ValuePath(m_values.path("Alphabet"));
 }
 
@@ -150,7 +155,7 @@ MorseStation::~MorseStation()
 
 bool MorseStation::start()
 {
-    return m_handler->StartNewMorseSession() || m_settings.alphabet.isEmpty();
+    return m_handler->StartNewMorseSession() || m_settings.alphabet.name.isEmpty();
 }
 
 void MorseStation::transmissionStarted(std::int64_t time_us)
@@ -236,6 +241,10 @@ void MorseStation::receiveCode(int code)
     m_textOfCode.clear();
     m_listener.symbol(code);
     writeSymbol(code);
+    // The handler takes a dash alone for a zero while the last character is a figure: an empty one
+    // is none.
+    if (symbol == eSYMBOL_NEW_CHAR && !m_settings.alphabet.cutNumbers && isFigure(m_textOfCode))
+        writeSymbol(eSYMBOL_NEW_CHAR);
     if (symbol >= eSYMBOL_NEW_CHAR && symbol <= eSYMBOL_NEW_LINE) {
         const QString elements = std::exchange(m_elements, QString());
         if (!elements.isEmpty() && m_textOfCode.trimmed().isEmpty()) {

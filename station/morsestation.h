@@ -19,14 +19,21 @@
 namespace morsehost {
 
 /// What the operator chose, and what is known of the receiver.
+/// How elements become characters.
+struct AlphabetChoice
+{
+    QString name;           ///< empty for the built-in one
+    QString directory;      ///< without meaning for the built-in one
+    bool cutNumbers = true; ///< a dash alone is a zero after a figure, where a letter otherwise
+};
+
 struct StationSettings
 {
-    QString place;             ///< of its values in the tree, such as "Receiver1/Signal3"
-    QString receiver;          ///< its name in what is reported; may be empty
-    QString source;            ///< name of the recording or pipe; may be empty
-    QString alphabetDirectory; ///< without meaning for the built-in alphabet
-    QString alphabet;          ///< empty for the built-in one
-    QString saveDirectory;     ///< see folderOfDay; empty when nothing is saved
+    QString place;    ///< of its values in the tree, such as "Receiver1/Signal3"
+    QString receiver; ///< its name in what is reported; may be empty
+    QString source;   ///< name of the recording or pipe; may be empty
+    AlphabetChoice alphabet;
+    QString saveDirectory; ///< see folderOfDay; empty when nothing is saved
     std::optional<double> frequency_Hz;
     unsigned long long start_us = 0; ///< time of the first sample, since 1970-01-01 00:00 UTC
     std::optional<demodulator::Settings> demodulator; ///< for the result document; may be absent

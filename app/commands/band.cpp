@@ -83,9 +83,7 @@ BandOptions readOptions(Arguments& arguments)
         options.settings.threads = static_cast<unsigned>(*jobs);
 
     StationSettings& station = options.station;
-    const AlphabetChoice alphabet = readAlphabetOptions(arguments);
-    station.alphabet = alphabet.name;
-    station.alphabetDirectory = alphabet.directory;
+    station.alphabet = readAlphabetOptions(arguments);
     station.source = request.name;
     if (arguments.isSet("map"))
         options.map = {arguments.text("map"), directoryOption(arguments, "maps", "maps")};
@@ -155,7 +153,7 @@ RecordingKeys keysOf(const BandOptions& options, const QString& start)
         return {};
     const auto number = [](double value) { return QString::number(value, 'g', 15); };
     QStringList parameters = {QStringLiteral("band"),
-                              options.station.alphabet,
+                              options.station.alphabet.name,
                               QString::number(int(input.request.isComplex)),
                               number(input.center_Hz),
                               number(options.settings.lowest_Hz),
@@ -163,6 +161,8 @@ RecordingKeys keysOf(const BandOptions& options, const QString& start)
                               number(options.settings.leastSnr_dB),
                               QString::number(options.settings.mostSignals),
                               start};
+    if (!options.station.alphabet.cutNumbers)
+        parameters += QStringLiteral("no cut numbers");
     // Without a map the key is that of archives that were filled before there were maps.
     if (options.map.name != BandMap().name)
         parameters += options.map.name;
@@ -222,7 +222,7 @@ int run(Arguments& arguments)
     ArchivingBandListener listener(*reporter, archive);
     BandStation station(options.station, options.input.center_Hz, listener, options.map);
     if (!station.canBegin()) {
-        complainOfAlphabet(options.station.alphabet, options.station.alphabetDirectory);
+        complainOfAlphabet(options.station.alphabet);
         return EXIT_BAD_INPUT;
     }
     if (arguments.isSet("map") && !station.hasMap()) {

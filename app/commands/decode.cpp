@@ -69,14 +69,18 @@ private:
         const auto number = [](const auto& value) {
             return value ? QString::number(*value, 'g', 15) : QString();
         };
-        QStringList words = {sound.decoder, m_options.alphabet, number(m_options.frequency_Hz),
+        QStringList words = {sound.decoder, m_options.alphabet.name, number(m_options.frequency_Hz),
                              number(sound.demodulator.tone_Hz),
                              number(sound.demodulator.speed_wpm)};
         words += sound.channel ? QString::number(*sound.channel) : QString();
         words += QString::number(static_cast<int>(m_options.startRule));
         words += QString::number(m_options.start_us);
-        if (sound.decoder == QLatin1String(MORSE_DECODER))
+        if (sound.decoder == QLatin1String(MORSE_DECODER)) {
+            // With them the key is that of archives that were filled before there was a choice.
+            if (!m_options.alphabet.cutNumbers)
+                words += QStringLiteral("no cut numbers");
             return words;
+        }
         const teleprinter::Known& known = sound.teleprinter.known;
         words += {m_choice.map,
                   number(known.baud),
@@ -240,8 +244,8 @@ int run(Arguments& arguments)
     if (options.startRule == StartRule::Given && sounds.size() > 1)
         arguments.fail(QStringLiteral("--start TIME is for one recording; several take "
                                       "--start auto"));
-    const TeleprinterChoice choice =
-        readTeleprinterOptions(arguments, {"wpm", "codes", "alphabet", "pictures"}, sounds);
+    const TeleprinterChoice choice = readTeleprinterOptions(
+        arguments, {"wpm", "codes", "alphabet", "cut-numbers", "pictures"}, sounds);
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
     if (!canDecode(arguments, choice))

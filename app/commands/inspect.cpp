@@ -93,7 +93,8 @@ int run(Arguments& arguments)
     }
     const AlphabetChoice alphabet = readAlphabetOptions(arguments);
     std::vector<SoundRequest> sounds = readSoundOptions(arguments, tonesToSet(arguments));
-    const TeleprinterChoice choice = readTeleprinterOptions(arguments, {"wpm", "alphabet"}, sounds);
+    const TeleprinterChoice choice =
+        readTeleprinterOptions(arguments, {"wpm", "alphabet", "cut-numbers"}, sounds);
     PictureFile file(arguments);
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
@@ -128,11 +129,10 @@ int run(Arguments& arguments)
     HostTree tree;
     StationSettings settings;
     settings.place = QStringLiteral("Receiver1");
-    settings.alphabet = alphabet.name;
-    settings.alphabetDirectory = alphabet.directory;
+    settings.alphabet = alphabet;
     MorseStation decoder(tree, settings, listener);
     if (!decoder.start()) {
-        complainOfAlphabet(alphabet.name, alphabet.directory);
+        complainOfAlphabet(alphabet);
         return EXIT_BAD_INPUT;
     }
     listener.feed(decoder);

@@ -130,11 +130,10 @@ int inspectBand(Arguments& arguments, double from_s, double length_s)
     inspect::Stretch stretch = {microseconds(from_s), microseconds(from_s + length_s)};
     Texts texts(stretch);
     StationSettings settings;
-    settings.alphabet = alphabet.name;
-    settings.alphabetDirectory = alphabet.directory;
+    settings.alphabet = alphabet;
     BandStation station(settings, choice.center_Hz, texts);
     if (!station.canBegin()) {
-        complainOfAlphabet(alphabet.name, alphabet.directory);
+        complainOfAlphabet(alphabet);
         return EXIT_BAD_INPUT;
     }
     demodulator::BandSettings receiving;

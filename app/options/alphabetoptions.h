@@ -3,6 +3,7 @@
 #pragma once
 
 #include "app/options/arguments.h"
+#include "station/morsestation.h"
 
 namespace morsehost {
 
@@ -11,17 +12,11 @@ constexpr char BUILT_IN_ALPHABET[] = "Default";
 /// Taken where none is chosen.
 constexpr char DEFAULT_ALPHABET[] = "International";
 
-struct AlphabetChoice
-{
-    QString name; ///< empty for the built-in one
-    QString directory;
-};
-
-/// --alphabet, --alphabets
+/// --alphabet, --alphabets, --cut-numbers
 std::vector<OptionRow> alphabetOptionRows();
 /// Errors are left in `arguments`.
 AlphabetChoice readAlphabetOptions(Arguments& arguments);
 /// "Name: no such alphabet in DIRECTORY"
-void complainOfAlphabet(const QString& name, const QString& directory);
+void complainOfAlphabet(const AlphabetChoice& alphabet);
 
 } // namespace morsehost

@@ -68,9 +68,7 @@ std::vector<OptionRow> receptionOptionRows(std::vector<OptionRow> more, StartWor
 ReceptionOptions readReceptionOptions(Arguments& arguments, StartWords words)
 {
     ReceptionOptions options;
-    const AlphabetChoice alphabet = readAlphabetOptions(arguments);
-    options.alphabet = alphabet.name;
-    options.alphabetDirectory = alphabet.directory;
+    options.alphabet = readAlphabetOptions(arguments);
     if (arguments.isSet("save"))
         options.saveDirectory =
             QDir::cleanPath(QDir::current().absoluteFilePath(arguments.text("save")));

@@ -2,6 +2,7 @@
 // Options that the commands which decode share: how, since when, what is kept and what is shown.
 #pragma once
 
+#include "app/options/alphabetoptions.h"
 #include "app/options/arguments.h"
 #include "app/reporter.h"
 #include "station/audio/sound.h"
@@ -22,8 +23,7 @@ enum class StartRule {
 
 struct ReceptionOptions
 {
-    QString alphabet; ///< empty for the built-in one
-    QString alphabetDirectory;
+    AlphabetChoice alphabet;
     QString saveDirectory; ///< empty when nothing is saved
     QString archive;       ///< URL; empty when nothing is archived
     std::optional<double> frequency_Hz;

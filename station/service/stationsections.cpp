@@ -94,6 +94,7 @@ const std::vector<KeyRow>& keyRows()
         {{RECEIVER, "frequency", "receive frequency in Hz"}, 1, 3e12, "frequency", Kind::Number, MORSE | TELEPRINTER},
         {{RECEIVER, "pictures", "whether a picture of each transmission is kept beside its files (default: false)"}, 0, 0, "pictures", Kind::Switch, MORSE},
         {{RECEIVER, "alphabet", "Morse alphabet"}, 0, 0, "alphabet", Kind::Text, MORSE | BAND},
+        {{RECEIVER, "cut_numbers", "on or off: whether a dash alone after a figure is a zero (default: on)"}, 0, 0, "cut-numbers", Kind::Text, MORSE | BAND},
         {{RECEIVER, "map", "map for a teleprinter's characters; of a band, for those of its teleprinters that it is for"}, 0, 0, "map", Kind::Text, TELEPRINTER | BAND},
         {{RECEIVER, "baud", "speed of a teleprinter in Bd (default: any of the usual ones)"}, teleprinter::LOWEST_BAUD, teleprinter::HIGHEST_BAUD, "baud", Kind::Number, TELEPRINTER},
         {{RECEIVER, "shift", "between the tones of a teleprinter in Hz (default: any)"}, teleprinter::LEAST_SHIFT_Hz, teleprinter::MOST_SHIFT_Hz, "shift", Kind::Number, TELEPRINTER},

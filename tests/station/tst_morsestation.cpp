@@ -212,9 +212,36 @@ private Q_SLOTS:
     {
         Log log;
         StationSettings settings = at("One");
-        settings.alphabet = QStringLiteral("Elvish");
-        settings.alphabetDirectory = m_dir.path();
+        settings.alphabet.name = QStringLiteral("Elvish");
+        settings.alphabet.directory = m_dir.path();
         QVERIFY(!MorseStation(m_tree, settings, log).start());
+    }
+
+    void aDashAfterAFigureIsAZeroUnlessCutNumbersAreOff_data()
+    {
+        QTest::addColumn<bool>("cutNumbers");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("on") << true << QStringLiteral("50 0ET");
+        QTest::newRow("off") << false << QStringLiteral("5T TET");
+    }
+    void aDashAfterAFigureIsAZeroUnlessCutNumbersAreOff()
+    {
+        QFETCH(bool, cutNumbers);
+        QFETCH(QString, text);
+        const QTemporaryDir saved;
+        Log log;
+        StationSettings settings = at("One");
+        settings.alphabet.cutNumbers = cutNumbers;
+        settings.saveDirectory = saved.path();
+        MorseStation station(m_tree, settings, log);
+        QVERIFY(station.start());
+        sendTransmission(station, {0, 0, 0, 0, 0, 3, 1, 3, 4, 1, 3, 0, 3, 1, 3}, 0);
+        QCOMPARE(log.transmissions.at(0).text, text);
+        QVERIFY(log.transmissions.at(0).unknownCodes.isEmpty());
+        QVERIFY(!station.stop().any());
+        const QStringList files = log.transmissions.at(0).files;
+        QCOMPARE(files.size(), 3);
+        QVERIFY2(contentOf(files[0]).contains(text.toUtf8()), contentOf(files[0]).constData());
     }
 
     // Several within a second, far more than the clock in their names can distinguish.
