@@ -120,17 +120,17 @@ struct BurstParameters
 /// Echoes in the gaps (echometer.h). Powers are relative to that of the marks around.
 struct EchoParameters
 {
-    double span_s = 3.0;    ///< that is looked at (row: none)
+    double span_s = 3.0;    ///< that is looked at (row: echo9)
     double every_s = 0.256; ///< it is looked at so often (row: none; speed)
     // Marks are so near, as echoes are late and fading is slow (rows: echo12; hf-poor).
     double around_s = 0.3;
     double strongest = 0.4;   ///< more is a mark (row: echo6)
     double weakest = 0.03;    ///< less does not disturb (row: echo16)
-    double overNoise = 4.0;   ///< that noise does not look like an echo (row: snr6)
-    unsigned edge_steps = 3;  ///< beside a mark: its own edge (row: wpm45)
+    double overNoise = 4.0;   ///< that noise does not look like an echo (row: hf-poor)
+    unsigned edge_steps = 3;  ///< beside a mark: its own edge (row: none)
     double sureShare = 0.3;   ///< of the gaps are filled (rows: echo12; fsk)
     double leastShare = 0.08; ///< and have to be, once they were (rows: echo12, echo9)
-    double leastGaps_s = 0.4; ///< less says nothing (row: none)
+    double leastGaps_s = 0.4; ///< less says nothing (rows: echo9, hf-poor)
 };
 
 /// How well a mark explains some steps (marklikelihood.h).
