@@ -140,8 +140,8 @@ void BandTeleprinters::notice(double tone_Hz, const std::vector<KeyedTone>& tone
     m_tried.push_back({pair->upper_Hz, until});
     const Strength strength = strengthOf(*pair, end_step, oldest_step);
     Teleprinter one;
-    one.listener = std::make_unique<TeleprinterListener>(m_bank, *pair, tones, m_settings.unshift,
-                                                         oldest_step);
+    one.listener = std::make_unique<TeleprinterListener>(m_bank, *pair, tones, parameters(),
+                                                         m_settings.unshift, oldest_step);
     one.level = strength.level;
     one.snr_dB = strength.snr_dB;
     one.noticed = end_step;

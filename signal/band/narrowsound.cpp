@@ -15,7 +15,8 @@ namespace {
 // has filters.
 constexpr std::size_t NARROW_STEP = 16;
 constexpr std::size_t WIDE_STEP = 32;
-constexpr double NARROW_Hz = 1850.0;
+// As much of the lower rate as the widest part takes of the higher one.
+constexpr double NARROW_Hz = MOST_NARROW_Hz * NARROW_STEP / WIDE_STEP;
 
 } // namespace
 

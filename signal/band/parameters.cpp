@@ -40,6 +40,8 @@ std::vector<ParameterRow> rowsOf(BandParameters& parameters)
         PARAMETER_ROW(teleprinter.own_Hz),
         PARAMETER_ROW(teleprinter.between_Hz),
         PARAMETER_ROW(teleprinter.heard_s),
+        PARAMETER_ROW(teleprinter.mostBeside_Hz),
+        PARAMETER_ROW(teleprinter.leastBeside_Hz),
         PARAMETER_ROW(change.leastPause_s),
         PARAMETER_ROW(change.leastPause_units),
         PARAMETER_ROW(change.judgedMarks),

@@ -14,28 +14,20 @@ namespace demodulator {
 
 namespace {
 
-// So much beside the tones shows how strong the noise is, even that beside the fastest, and lets
-// the tones drift. It is less where they are so far apart that the sound would be too wide, and
-// where somebody else sends, whose keying would be taken for noise: but no less than what the usual
-// speeds need.
-constexpr double MOST_BESIDE_Hz = 700.0;
-constexpr double LEAST_BESIDE_Hz = 400.0;
-
 // The fastest of the usual speeds, Sitor-B and ASCII of 110 Bd, are looked for in any case.
 constexpr double LEAST_MOST_BAUD = 110.0;
 
-// So far a pair's tones may be off before its line is known: half the spacing of the bank's
-// filters.
-constexpr double UNKNOWN_BY_Hz = 31.0;
-
-double besideOf(const StepBank& bank, const ShiftedPair& pair, const std::vector<KeyedTone>& tones)
+// What the listener's sound has beside the tones: less where they are so far apart that it would be
+// too wide.
+double besideOf(const StepBank& bank, const ShiftedPair& pair, const std::vector<KeyedTone>& tones,
+                const TeleprinterParameters& own)
 {
-    double beside_Hz = MOST_BESIDE_Hz;
+    double beside_Hz = own.mostBeside_Hz;
     for (const KeyedTone& tone : tones) {
         const double away_Hz = std::max(pair.lower_Hz - tone.tone_Hz, tone.tone_Hz - pair.upper_Hz);
-        if (away_Hz > LEAST_BESIDE_Hz)
-            beside_Hz =
-                std::min(beside_Hz, std::max(LEAST_BESIDE_Hz, away_Hz - 2.0 * bank.spacing_Hz()));
+        if (away_Hz > own.leastBeside_Hz)
+            beside_Hz = std::min(beside_Hz,
+                                 std::max(own.leastBeside_Hz, away_Hz - 2.0 * bank.spacing_Hz()));
     }
     return std::min(beside_Hz, 0.5 * (MOST_NARROW_Hz - (pair.upper_Hz - pair.lower_Hz)));
 }
@@ -44,15 +36,17 @@ double besideOf(const StepBank& bank, const ShiftedPair& pair, const std::vector
 
 TeleprinterListener::TeleprinterListener(const StepBank& bank, const ShiftedPair& pair,
                                          const std::vector<KeyedTone>& tones,
+                                         const TeleprinterParameters& parameters,
                                          teleprinter::Unshift unshift, std::int64_t begin_step)
-    : TeleprinterListener(bank, pair, besideOf(bank, pair, tones), unshift, begin_step)
+    : TeleprinterListener(bank, pair, besideOf(bank, pair, tones, parameters), unshift, begin_step)
 {
 }
 
 TeleprinterListener::TeleprinterListener(const StepBank& bank, const ShiftedPair& pair,
                                          double beside_Hz, teleprinter::Unshift unshift,
                                          std::int64_t begin_step)
-    : m_sound(bank, pair.lower_Hz - beside_Hz, pair.upper_Hz + beside_Hz, begin_step)
+    : m_unknownBy_Hz(0.5 * bank.spacing_Hz())
+    , m_sound(bank, pair.lower_Hz - beside_Hz, pair.upper_Hz + beside_Hz, begin_step)
     , m_lower_Hz(pair.lower_Hz)
     , m_upper_Hz(pair.upper_Hz)
 {
@@ -89,7 +83,7 @@ double TeleprinterListener::offset_Hz(double tone_Hz) const
 {
     const double offset_Hz =
         std::min(std::fabs(tone_Hz - m_lower_Hz), std::fabs(tone_Hz - m_upper_Hz));
-    return std::max(0.0, offset_Hz - (m_isKnown ? 0.0 : UNKNOWN_BY_Hz));
+    return std::max(0.0, offset_Hz - (m_isKnown ? 0.0 : m_unknownBy_Hz));
 }
 
 bool TeleprinterListener::isBetween(double tone_Hz, double within_Hz) const

@@ -29,7 +29,8 @@ public:
     /// From a step on that the bank still has. Keyed `tones` that stand far enough from the pair
     /// are kept out of what it hears.
     TeleprinterListener(const StepBank& bank, const ShiftedPair& pair,
-                        const std::vector<KeyedTone>& tones, teleprinter::Unshift unshift,
+                        const std::vector<KeyedTone>& tones,
+                        const TeleprinterParameters& parameters, teleprinter::Unshift unshift,
                         std::int64_t begin_step);
     ~TeleprinterListener() override;
     TeleprinterListener(const TeleprinterListener&) = delete;
@@ -61,6 +62,8 @@ private:
     void note(TeleprinterEvent::Kind kind, std::uint8_t character, std::int64_t time_us,
               const teleprinter::Line& line);
 
+    /// So far a pair's tones may be off before its line is known: as a filter shows them.
+    double m_unknownBy_Hz;
     NarrowSound m_sound;
     double m_lower_Hz; ///< of the last transmission, or as the pair was found
     double m_upper_Hz;

@@ -21,7 +21,8 @@ namespace {
 
 // What a word can gain by its form: of 128 words of seven elements, 35 are used (log 128/35).
 constexpr double MOST_FORM = 1.3;
-// Of speeds, from which on one may be a multiple of the other.
+// From here on one speed is a multiple of another: no usual speed is between 1.65 and 2 times
+// another one.
 constexpr double MULTIPLE = 1.9;
 
 struct Attempt
@@ -31,10 +32,8 @@ struct Attempt
     std::vector<Decided> characters;
 };
 
-double evenPausesOf(const std::vector<Frame>& frames)
+double evenPausesOf(const std::vector<Frame>& frames, int alike_nodes)
 {
-    constexpr int AS_LONG =
-        3; // nodes: what differs by less is one length, as far as noise shows it
     std::vector<int> pauses;
     for (std::size_t i = 1; i < frames.size(); ++i)
         pauses.push_back(frames[i].pause);
@@ -43,8 +42,8 @@ double evenPausesOf(const std::vector<Frame>& frames)
     const auto middle = pauses.begin() + static_cast<std::ptrdiff_t>(pauses.size() / 2);
     std::nth_element(pauses.begin(), middle, pauses.end());
     const int usual = *middle;
-    const auto even = std::count_if(pauses.begin(), pauses.end(), [usual](int pause) {
-        return pause >= 0 && std::abs(pause - usual) <= AS_LONG;
+    const auto even = std::count_if(pauses.begin(), pauses.end(), [usual, alike_nodes](int pause) {
+        return pause >= 0 && std::abs(pause - usual) <= alike_nodes;
     });
     return static_cast<double>(even) / static_cast<double>(pauses.size());
 }
@@ -105,7 +104,7 @@ Attempt attemptStartStop(const Evidence& evidence, const LineKind& kind, const K
     if (fit.isSteadyFirst)
         fit.score -= own.costOfSteadyFirst * fit.characters;
     fit.parity = parityOf(frames.list, kind, known.parity);
-    fit.evenPauses = evenPausesOf(frames.list);
+    fit.evenPauses = evenPausesOf(frames.list, own.alike_nodes);
     fit.commonest = static_cast<double>(commonest) / std::max(1, fit.characters);
     fit.formed = static_cast<double>(attempt.characters.size()) / std::max(1, fit.characters);
     fit.occupied = static_cast<double>(frames.list.size()) * search.format.nodes() /
@@ -247,7 +246,7 @@ public:
         if (m_followed != nullptr)
             tryFollowed();
         std::map<double, std::vector<LineKind>> bySpeed;
-        for (const LineKind& kind : kindsToTry(m_known)) {
+        for (const LineKind& kind : kindsToTry(m_known, m_parameters.line)) {
             if (mayReplace(kind))
                 bySpeed[kind.baud].push_back(kind);
         }
@@ -428,7 +427,7 @@ private:
         for (int round = 0; round < m_own.rounds; ++round) {
             Line line = tried.acquired.line;
             const double bit = m_rate_Hz / line.baud;
-            Tracking tracking;
+            Tracking tracking(m_parameters.tracking);
             tracking.add(
                 TonePair(m_history, m_rate_Hz, {line.space_Hz, line.mark_Hz}, m_begin, m_end),
                 tried.characters, bit);

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdlib>
 
 namespace teleprinter {
 
@@ -192,11 +193,12 @@ void PausePrior::learn(int nodes, float weight)
 {
     for (float& count : m_counts)
         count *= 1.0F - weight / m_parameters.remembered;
+    const float shares[] = {1.0F - 2.0F * (m_parameters.besideLearnt + m_parameters.nextLearnt),
+                            m_parameters.besideLearnt, m_parameters.nextLearnt};
     for (int offset = -2; offset <= 2; ++offset) {
         const int at = nodes + offset;
-        constexpr float KERNEL[] = {0.1F, 0.2F, 0.4F, 0.2F, 0.1F};
         if (nodes >= 0 && at >= 0 && at <= LONGEST)
-            m_counts[static_cast<std::size_t>(at)] += weight * KERNEL[offset + 2];
+            m_counts[static_cast<std::size_t>(at)] += weight * shares[std::abs(offset)];
     }
 }
 
@@ -210,11 +212,13 @@ void PausePrior::update()
         (1.0F - m_parameters.anyPause) * std::min(1.0F, sum / m_parameters.learntFrom);
     for (int nodes = 0; nodes <= LONGEST; ++nodes) {
         const float learnt = sum > 0.0F ? m_counts[static_cast<std::size_t>(nodes)] / sum : 0.0F;
-        const float any = (1.0F - known) * 0.8F / static_cast<float>(LONGEST + 1);
+        const float any =
+            (1.0F - known) * (1.0F - m_parameters.longPause) / static_cast<float>(LONGEST + 1);
         m_logs[static_cast<std::size_t>(nodes)] = std::log(known * learnt + any);
     }
     // A long pause may end anywhere: each node of it is as improbable as one of the short.
-    m_logs[LONGEST + 1] = std::log((1.0F - known) * 0.2F / static_cast<float>(LONGEST + 1));
+    m_logs[LONGEST + 1] =
+        std::log((1.0F - known) * m_parameters.longPause / static_cast<float>(LONGEST + 1));
 }
 
 Frames findFrames(const Evidence& evidence, const FrameSearch& search, const PausePrior& pauses,
@@ -328,9 +332,6 @@ Frames findFrames(const Evidence& evidence, const FrameSearch& search, const Pau
 
 float scoreOfSender(const Frames& frames, const FramingParameters& parameters)
 {
-    // What was measured of a machine's pause: mostly the same node, at times one beside it.
-    constexpr float SAME = 0.9F;
-    constexpr float BESIDE = 0.05F;
     const PausePrior any(parameters);
     std::vector<float> seen(PausePrior::LONGEST + 1, 0.0F);
     float count = 1.0F;
@@ -344,11 +345,11 @@ float scoreOfSender(const Frames& frames, const FramingParameters& parameters)
         }
         const auto pause = static_cast<std::size_t>(frame.pause);
         machine += std::log((seen[pause] + std::exp(any[frame.pause])) / count);
-        seen[pause] += SAME;
+        seen[pause] += 1.0F - 2.0F * parameters.besideMachine;
         if (pause > 0)
-            seen[pause - 1] += BESIDE;
+            seen[pause - 1] += parameters.besideMachine;
         if (pause + 1 < seen.size())
-            seen[pause + 1] += BESIDE;
+            seen[pause + 1] += parameters.besideMachine;
         ++count;
     }
     const auto asFound = static_cast<float>(frames.list.size()) * (any[-1] + parameters.character);

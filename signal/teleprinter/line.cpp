@@ -12,11 +12,6 @@ namespace {
 constexpr double SAME_TONE = 0.4;   // of the speed: nearer ones are one within an element
 constexpr double SAME_SPEED = 0.01; // 45 and 45.45 Bd are one speed
 
-// Beside a speed that was known: nearer ones a clock may be off by, farther ones have no form at
-// it.
-constexpr double NEAREST_OTHER = 0.05;
-constexpr double FARTHEST_OTHER = 0.12;
-
 // Whether a character of seven or eight bits and its parity fill so many elements.
 bool canHold(int dataBits, const std::optional<Parity>& parity)
 {
@@ -54,7 +49,7 @@ bool isSameLine(const Line& a, const Line& b)
            std::fabs(a.space_Hz - b.space_Hz) < near_Hz;
 }
 
-std::vector<LineKind> kindsToTry(const Known& known)
+std::vector<LineKind> kindsToTry(const Known& known, const LineParameters& parameters)
 {
     std::vector<LineKind> kinds;
     for (const LineKind& row : lineKinds()) {
@@ -78,7 +73,7 @@ std::vector<LineKind> kindsToTry(const Known& known)
             (row.code != Code::Ccir476 || std::fabs(*known.baud / row.baud - 1.0) < SAME_SPEED))
             kinds.push_back({row.code, *known.baud, row.dataBits});
         const double other = std::fabs(row.baud / *known.baud - 1.0);
-        if (other > NEAREST_OTHER && other < FARTHEST_OTHER)
+        if (other > parameters.nearestOther && other < parameters.farthestOther)
             kinds.push_back(row);
     }
     return kinds;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "signal/limits.h"
+#include "signal/teleprinter/parameters.h"
 
 #include <cstddef>
 #include <optional>
@@ -80,6 +81,6 @@ struct Known
 
 /// The rows of lineKinds() that fit what was known; a speed of no row brings rows of its own. Usual
 /// speeds near one that was known are tried too, so that it shows when one of them is meant.
-std::vector<LineKind> kindsToTry(const Known& known);
+std::vector<LineKind> kindsToTry(const Known& known, const LineParameters& parameters = {});
 
 } // namespace teleprinter

@@ -4,8 +4,17 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace teleprinter {
+
+/// Speeds beside one that was known (line.h).
+struct LineParameters
+{
+    // Nearer ones a clock may be off by; farther ones have no form at it (row: none).
+    double nearestOther = 0.05;
+    double farthestOther = 0.12;
+};
 
 /// Where tones may be (spectrum.h). Rows: snr-4, narrow and ascii300.
 struct SpectrumParameters
@@ -20,6 +29,10 @@ struct SpectrumParameters
     double toneReach = 0.25;           ///< the same, of the speed
     double noiseReach_Hz = 250.0;      ///< beyond the tones, where noise is measured
     double noiseDistance = 1.5;        ///< of that from the tones, at least, in speeds
+    double floorReach_Hz = 600.0;      ///< to each side of a tone: the noise about it (row: none)
+    /// The centre of a tone is that of what is above this share of its highest bin
+    /// (row: snr-2).
+    double humpFrom = 0.7;
 };
 
 /// How strong the tones are (evidence.h). Rows: snr-4, rayleigh and echo.
@@ -56,6 +69,14 @@ struct FramingParameters
     float leastLearnt = 1.0F; ///< characters; from fewer, no pause is likelier than another
     float remembered = 60.0F; ///< characters, after which a pause counts e times less
     float anyPause = 0.05F;   ///< share of pauses that are like no other
+    float longPause = 0.2F;   ///< share of pauses beyond the longest that is learnt
+    // Each pause that is learnt also counts for those a node and two nodes longer and shorter:
+    // noise moves begins by so much.
+    float besideLearnt = 0.2F;
+    float nextLearnt = 0.1F;
+    /// Share of a machine's pauses that are a node longer, and of those that are shorter
+    /// (row: none).
+    float besideMachine = 0.05F;
 };
 
 /// Data without characters (bitstream.h). Costs are logarithms of probabilities. Row: shift-keyed.
@@ -74,6 +95,10 @@ struct TrackingParameters
     // What the tones may drift from one span to the next: variances (row: drift).
     double centreDrift_Hz2 = 0.15;
     double shiftDrift_Hz2 = 0.02;
+    // By which another length and another begin are tried, in elements: large enough for the sums
+    // to differ beyond noise, small enough for a parabola to go through them.
+    double lengthStep = 0.008; ///< (row: snr-4)
+    double beginStep = 0.15;   ///< (row: none)
 };
 
 /// Whether there is a line (acquisition.h). Rows: snr-4 for too strict, silence for too lax.
@@ -85,6 +110,7 @@ struct AcquisitionParameters
     /// the same speed look like characters with pauses of any number of elements.
     int leastTyped = 20;
     double evenPauses = 0.8;
+    int alike_nodes = 3; ///< pauses that differ by no more are one length, as far as noise shows
     // How much better starts and stops fit than any elements would: a logarithm of likelihoods.
     double leastFraming = 10.0;     ///< in all
     double leastFramingMean = 0.35; ///< a character; 1.39 is all there can be
@@ -145,6 +171,8 @@ struct StartStopParameters
     double span_s = 2.0;
     double ahead_s = 0.7;
     double leastAhead_characters = 3.0; ///< of that part, at least
+    double mostAhead = 0.6;             ///< the same, at most: share of all that is not decided
+    double longPause_characters = 2.0;  ///< after which what is decided ends with the span
     double before_s = 0.5;              ///< heard again, for the levels
     double noise_s = 3.0;               ///< over which the noise is measured
     double lengthGain = 0.3; ///< share of the clock's error in a span that is followed (row: fast)
@@ -154,6 +182,7 @@ struct StartStopParameters
     double idleAtMost_s = 20.0; ///< without a character
     float present_per_s = 8.0F; ///< logarithm of the likelihood of a signal
     float leastFramingMean = 0.1F; ///< a character; below, the span is no text (silence)
+    int judgedFrom = 4;            ///< characters: fewer show no form (row: none)
     float goodFrame = 3.0F;        ///< score from which a character shows tones and clock
     float doubtful = 3.0F;         ///< least margin of an element
 };
@@ -179,6 +208,36 @@ struct TimeDiversityParameters
     float sureOrder = 6.0F; ///< logarithm of the likelihood of one order over the other
 };
 
+/// Words to characters (textreader.h). Row: snr-4.
+struct TextParameters
+{
+    // How often a figure is one of these, per mille: digits mostly; signs stand behind them, and
+    // the rest is rare or has no use outside one country.
+    double digit = 80.0;
+    double minus = 25.0;    ///< (row: none)
+    double signFirst = 3.0; ///< any sign but a minus, where no figure stands before it (row: none)
+    double commonSign = 20.0; ///< . , / : (row: none)
+    double someSign = 8.0;    ///< ( ) ? + = (row: none)
+    double apostrophe = 4.0;  ///< (row: none)
+    double otherSign = 2.0;   ///< (row: none)
+    /// Share of letters that are drawn evenly, not as those of English (row: none).
+    double evenLetters = 0.3;
+    double mostOfOne = 2.5; ///< odds from one combination: it may be misread (row: snr-2)
+    // Logarithms of odds that a blank brings back the letters.
+    double unshiftsAtFirst = 0.5; ///< (row: none)
+    double missed = 3.0;          ///< where a letter shift may have been missed (row: rayleigh)
+    double repeated = 4.0;        ///< for a figure shift that was not needed otherwise (row: none)
+    double sure = 4.0;            ///< (row: none)
+    double mostOdds = 8.0;        ///< (row: none)
+    double mostLearnt = 4.0;      ///< from one group (row: none)
+    /// Of a group of letters before which a shift may have been missed (row: snr-4).
+    double doubtfulWeight = 0.25;
+    unsigned mostWaiting = 8; ///< characters that wait until they show what they are (row: none)
+    // ASCII of eight elements, of which the last may be parity (row: none).
+    unsigned parityFrom = 24; ///< characters: hardly any text of so many follows a rule by chance
+    unsigned parityExceptions = 8; ///< one in so many may be misread
+};
+
 /// When a line is looked for (teleprinterreceiver.h). Row: late; speed.
 struct SearchParameters
 {
@@ -198,6 +257,7 @@ struct SearchParameters
 
 struct Parameters
 {
+    LineParameters line;
     SpectrumParameters spectrum;
     EvidenceParameters evidence;
     FramingParameters framing;
@@ -206,8 +266,12 @@ struct Parameters
     AcquisitionParameters acquisition;
     StartStopParameters startStop;
     TimeDiversityParameters timeDiversity;
+    TextParameters text;
     SearchParameters search;
 };
+
+/// The names of all members, as "part.member".
+std::vector<std::string> parameterNames();
 
 /// Sets "part.member" by its name, for sweeps; false when there is none, or it is no number.
 bool setParameter(Parameters& parameters, const std::string& name, double value);

@@ -109,7 +109,7 @@ std::vector<Spectrum::Peak> Spectrum::peaks(const std::vector<double>& power,
         if (*std::max_element(smooth.begin() + static_cast<std::ptrdiff_t>(from),
                               smooth.begin() + static_cast<std::ptrdiff_t>(to) + 1) > smooth[bin])
             continue;
-        const std::size_t around = binOf(600.0);
+        const std::size_t around = binOf(m_parameters.floorReach_Hz);
         const std::size_t begin = std::max(first, bin - std::min(bin, around));
         const std::size_t end = std::min(last, bin + around);
         const double floor = median({smooth.begin() + static_cast<std::ptrdiff_t>(begin),
@@ -118,7 +118,7 @@ std::vector<Spectrum::Peak> Spectrum::peaks(const std::vector<double>& power,
         double excesses = 1e-30;
         double moment = 0.0;
         for (std::size_t k = from; k <= to; ++k) {
-            const double excess = std::max(0.0, smooth[k] - 0.7 * smooth[bin]);
+            const double excess = std::max(0.0, smooth[k] - m_parameters.humpFrom * smooth[bin]);
             excesses += excess;
             moment += excess * static_cast<double>(k);
         }

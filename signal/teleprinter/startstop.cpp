@@ -71,8 +71,8 @@ private:
         const int frame = m_search.format.nodes();
         const double ahead =
             std::max(m_own.ahead_s * rate_Hz, m_own.leastAhead_characters * frame * node);
-        const double until =
-            isLast ? end + frame * node : end - std::min(ahead, 0.6 * (end - m_decided));
+        const double until = isLast ? end + frame * node
+                                    : end - std::min(ahead, m_own.mostAhead * (end - m_decided));
         std::vector<Decided> seen;
         double decided = isLast ? end : until;
         bool isAfterFrame = false;
@@ -97,7 +97,7 @@ private:
                                 m_search.format.dataBits + 2});
         }
         // A pause since the last character: what is decided ends with the span.
-        if (isAfterFrame && until - decided > 2.0 * frame * node) {
+        if (isAfterFrame && until - decided > m_own.longPause_characters * frame * node) {
             decided = until - frame * node;
             isAfterFrame = false;
         }
@@ -123,8 +123,8 @@ private:
             return;
         m_absent_s = isPresent ? 0.0 : m_absent_s + passed_s;
         m_idle_s = count > 0 ? 0.0 : m_idle_s + passed_s;
-        const bool isForm =
-            count < 4 || framing > m_own.leastFramingMean * static_cast<float>(count);
+        const bool isForm = count < m_own.judgedFrom ||
+                            framing > m_own.leastFramingMean * static_cast<float>(count);
         m_formless_s = isForm ? 0.0 : m_formless_s + passed_s;
         m_isOver = m_absent_s > m_own.overAfter_s || m_idle_s > m_own.idleAtMost_s ||
                    m_formless_s > m_own.overAfter_s;

@@ -166,8 +166,9 @@ private:
                         ? makeTimeDiversityChannel(input(), found.line, found.begin, from)
                         : makeStartStopChannel(input(), found.line, from);
         m_reader = kind.code == Code::Ascii
-                       ? makeAsciiReader(kind.dataBits, m_settings.known.parity)
-                       : makeIta2Reader(m_settings.unshift);
+                       ? makeAsciiReader(kind.dataBits, m_settings.known.parity,
+                                         m_settings.parameters.text)
+                       : makeIta2Reader(m_settings.unshift, m_settings.parameters.text);
         m_messages.begin(kind.code == Code::Ccir476);
         m_unread.clear();
         m_checks = 0;

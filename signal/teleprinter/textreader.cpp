@@ -16,29 +16,28 @@ namespace {
 // Letters are weighed as those of English, mixed with evenly drawn ones, since other languages and
 // callsigns are sent too; figures are mostly digits, signs stand behind them, and the rest is rare
 // or has no use outside one country.
-double letterOverFigure(unsigned word, bool isFirst)
+double letterOverFigure(unsigned word, bool isFirst, const TextParameters& own)
 {
+    // Of English prose, rounded.
     constexpr double PER_MILLE[26] = {75, 15, 28, 38, 85, 22, 20, 45, 65, 4,  12, 40, 25,
                                       65, 70, 22, 5,  60, 60, 85, 28, 10, 22, 5,  20, 5};
-    constexpr double MIXED = 0.3;
-    constexpr double MOST = 2.5; // one combination may be misread
     const std::uint8_t letter = ita2Character(word, false);
     const std::uint8_t figure = ita2Character(word, true);
     if (letter < 'A' || letter > 'Z')
         return 0.0;
     const std::string common = ".,-/:";
-    constexpr double FIRST = 3.0; // of all signs but a minus, where no figure stands before them
     const std::string some = "()?+=";
     const auto sign = static_cast<char>(figure);
-    const double ofFigures = figure >= '0' && figure <= '9'           ? 80.0
-                             : sign == '-'                            ? 25.0
-                             : isFirst                                ? FIRST
-                             : common.find(sign) != std::string::npos ? 20.0
-                             : some.find(sign) != std::string::npos   ? 8.0
-                             : sign == '\''                           ? 4.0
-                                                                      : 2.0;
-    const double ofLetters = (1.0 - MIXED) * PER_MILLE[letter - 'A'] + MIXED * 1000.0 / 26.0;
-    return std::clamp(std::log(ofLetters / ofFigures), -MOST, MOST);
+    const double ofFigures = figure >= '0' && figure <= '9'           ? own.digit
+                             : sign == '-'                            ? own.minus
+                             : isFirst                                ? own.signFirst
+                             : common.find(sign) != std::string::npos ? own.commonSign
+                             : some.find(sign) != std::string::npos   ? own.someSign
+                             : sign == '\''                           ? own.apostrophe
+                                                                      : own.otherSign;
+    const double ofLetters =
+        (1.0 - own.evenLetters) * PER_MILLE[letter - 'A'] + own.evenLetters * 1000.0 / 26.0;
+    return std::clamp(std::log(ofLetters / ofFigures), -own.mostOfOne, own.mostOfOne);
 }
 
 // Whether a blank brings back the letters is seen from what follows blanks. While that is not sure,
@@ -46,8 +45,10 @@ double letterOverFigure(unsigned word, bool isFirst)
 class Ita2Reader : public TextReader
 {
 public:
-    explicit Ita2Reader(Unshift unshift)
-        : m_unshift(unshift)
+    Ita2Reader(Unshift unshift, const TextParameters& parameters)
+        : m_own(parameters)
+        , m_unshift(unshift)
+        , m_unshifts(parameters.unshiftsAtFirst)
     {
     }
 
@@ -70,12 +71,12 @@ public:
         m_isDoubtful = m_isDoubtful || isDoubtful;
         m_isAfterBlank = false;
         if (m_isGroup)
-            m_group += letterOverFigure(word, std::exchange(m_isFirst, false));
+            m_group += letterOverFigure(word, std::exchange(m_isFirst, false), m_own);
         if (!m_isOpen)
             return textOf(word);
         m_waiting += static_cast<char>(word);
         const double letters = m_group + oddsNow();
-        if (std::fabs(letters) < SURE && m_waiting.size() < MOST_WAITING)
+        if (std::fabs(letters) < m_own.sure && m_waiting.size() < m_own.mostWaiting)
             return std::string();
         return settle();
     }
@@ -85,8 +86,8 @@ public:
         std::string text = settle();
         if (m_isGroup) {
             // Where a shift may have been missed, letters say little of the sender.
-            const double weight = m_isDoubtful && m_group > 0.0 ? MISSED_WEIGHT : 1.0;
-            learn(weight * std::clamp(m_group, -MOST_LEARNT, MOST_LEARNT));
+            const double weight = m_isDoubtful && m_group > 0.0 ? m_own.doubtfulWeight : 1.0;
+            learn(weight * std::clamp(m_group, -m_own.mostLearnt, m_own.mostLearnt));
         }
         m_isGroup = false;
         m_group = 0.0;
@@ -94,18 +95,11 @@ public:
     }
 
 private:
-    // Logarithms of odds that a blank brings back the letters.
-    static constexpr double AT_FIRST = 0.5;
-    static constexpr double MISSED = 3.0;   // where a letter shift may have been
-    static constexpr double REPEATED = 4.0; // for a figure shift that was not needed otherwise
-    static constexpr double SURE = 4.0;
-    static constexpr double MOST_ODDS = 8.0;
-    static constexpr double MOST_LEARNT = 4.0; // from one group
-    static constexpr double MISSED_WEIGHT = 0.25;
-    static constexpr std::size_t MOST_WAITING = 8; // characters
-
-    double oddsNow() const { return m_unshifts + (m_isDoubtful ? MISSED : 0.0); }
-    void learn(double odds) { m_unshifts = std::clamp(m_unshifts + odds, -MOST_ODDS, MOST_ODDS); }
+    double oddsNow() const { return m_unshifts + (m_isDoubtful ? m_own.missed : 0.0); }
+    void learn(double odds)
+    {
+        m_unshifts = std::clamp(m_unshifts + odds, -m_own.mostOdds, m_own.mostOdds);
+    }
 
     std::string textOf(unsigned word) const
     {
@@ -117,7 +111,7 @@ private:
     {
         // Only a sender whose own machine unshifts repeats the figure shift after a blank.
         if (figures && m_sentFigures && m_isAfterBlank)
-            learn(REPEATED);
+            learn(m_own.repeated);
         m_figures = m_sentFigures = figures;
         m_isDoubtful = isDoubtful;
         m_isOpen = false;
@@ -130,8 +124,8 @@ private:
         if (m_unshift == Unshift::OnBlank) {
             m_figures = false;
         } else if (m_unshift == Unshift::WhereSenderDoes && m_sentFigures) {
-            m_isOpen = std::fabs(oddsNow()) < SURE;
-            m_figures = oddsNow() < SURE;
+            m_isOpen = std::fabs(oddsNow()) < m_own.sure;
+            m_figures = oddsNow() < m_own.sure;
         }
     }
 
@@ -149,24 +143,26 @@ private:
         return text;
     }
 
+    TextParameters m_own;
     Unshift m_unshift;
     bool m_figures = false;
-    bool m_sentFigures = false;   // the last shift that was read
-    bool m_isDoubtful = false;    // whether there was no other shift since the last that was read
-    bool m_isAfterBlank = false;  // the last word
-    bool m_isGroup = false;       // what follows a blank without a shift, after figures
-    bool m_isFirst = false;       // its first word comes next
-    bool m_isOpen = false;        // it is not known yet what the group is
-    double m_group = 0.0;         // odds that its words are letters
-    double m_unshifts = AT_FIRST; // of the sender
+    bool m_sentFigures = false;  // the last shift that was read
+    bool m_isDoubtful = false;   // whether there was no other shift since the last that was read
+    bool m_isAfterBlank = false; // the last word
+    bool m_isGroup = false;      // what follows a blank without a shift, after figures
+    bool m_isFirst = false;      // its first word comes next
+    bool m_isOpen = false;       // it is not known yet what the group is
+    double m_group = 0.0;        // odds that its words are letters
+    double m_unshifts;           // odds that the sender does so
     std::string m_waiting;
 };
 
 class AsciiReader : public TextReader
 {
 public:
-    AsciiReader(int dataBits, std::optional<Parity> parity)
-        : m_isKnown(parity || dataBits < 8)
+    AsciiReader(int dataBits, std::optional<Parity> parity, const TextParameters& parameters)
+        : m_own(parameters)
+        , m_isKnown(parity || dataBits < 8)
         , m_isEight(dataBits > (!parity || *parity == Parity::None ? 7 : 8))
     {
     }
@@ -176,7 +172,7 @@ public:
         if (m_isKnown)
             return std::string(1, characterOf(word));
         m_waiting += static_cast<char>(word);
-        if (m_waiting.size() < DECIDED_AFTER)
+        if (m_waiting.size() < m_own.parityFrom)
             return std::string();
         return finish();
     }
@@ -193,7 +189,9 @@ public:
             odd += bits.count() % 2;
         }
         const std::size_t all = m_waiting.size();
-        const auto hardlyEver = [all](std::size_t count) { return count * EXCEPTIONS <= all; };
+        const auto hardlyEver = [all, this](std::size_t count) {
+            return count * m_own.parityExceptions <= all;
+        };
         if (!std::exchange(m_isKnown, true))
             m_isEight = !hardlyEver(all - set) && !hardlyEver(odd) && !hardlyEver(all - odd);
         std::string text;
@@ -204,15 +202,12 @@ public:
     }
 
 private:
-    // Characters, one to three seconds: hardly any text of so many follows a rule by chance.
-    static constexpr std::size_t DECIDED_AFTER = 24;
-    static constexpr std::size_t EXCEPTIONS = 8; // one in so many may be misread
-
     char characterOf(unsigned word) const
     {
         return static_cast<char>(m_isEight ? word & 0xFFU : word & 0x7FU);
     }
 
+    TextParameters m_own;
     bool m_isKnown;
     bool m_isEight;
     std::string m_waiting; // eight elements each
@@ -227,14 +222,15 @@ std::string TextReader::finish()
     return std::string();
 }
 
-std::unique_ptr<TextReader> makeIta2Reader(Unshift unshift)
+std::unique_ptr<TextReader> makeIta2Reader(Unshift unshift, const TextParameters& parameters)
 {
-    return std::make_unique<Ita2Reader>(unshift);
+    return std::make_unique<Ita2Reader>(unshift, parameters);
 }
 
-std::unique_ptr<TextReader> makeAsciiReader(int dataBits, std::optional<Parity> parity)
+std::unique_ptr<TextReader> makeAsciiReader(int dataBits, std::optional<Parity> parity,
+                                            const TextParameters& parameters)
 {
-    return std::make_unique<AsciiReader>(dataBits, parity);
+    return std::make_unique<AsciiReader>(dataBits, parity, parameters);
 }
 
 } // namespace teleprinter

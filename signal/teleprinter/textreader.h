@@ -3,6 +3,7 @@
 #pragma once
 
 #include "signal/teleprinter/line.h"
+#include "signal/teleprinter/parameters.h"
 
 #include <cstdint>
 #include <memory>
@@ -33,10 +34,11 @@ public:
 };
 
 /// Letters and figures of ITA2.
-std::unique_ptr<TextReader> makeIta2Reader(Unshift unshift);
+std::unique_ptr<TextReader> makeIta2Reader(Unshift unshift, const TextParameters& parameters = {});
 
 /// Seven to nine data elements; a ninth is parity. An eighth that turns out to be parity, or always
 /// mark, is left out; unless the parity is known, the first characters wait for that.
-std::unique_ptr<TextReader> makeAsciiReader(int dataBits, std::optional<Parity> parity = {});
+std::unique_ptr<TextReader> makeAsciiReader(int dataBits, std::optional<Parity> parity = {},
+                                            const TextParameters& parameters = {});
 
 } // namespace teleprinter

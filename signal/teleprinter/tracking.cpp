@@ -12,11 +12,6 @@ using demodulator::PI;
 
 namespace {
 
-// By which another length and another begin are tried, in elements: large enough for the sums to
-// differ beyond noise, small enough for a parabola to go through them.
-constexpr double LENGTH_STEP = 0.008;
-constexpr double BEGIN_STEP = 0.15;
-
 // Where the parabola through three equally spaced heights has its top, in steps from the middle.
 double topOf(const double (&heights)[3])
 {
@@ -54,11 +49,11 @@ void Tracking::add(const TonePair& tones, const std::vector<Decided>& characters
             m_lengths[1] += std::abs(whole);
             m_begins[1] += std::abs(whole);
             for (const int side : {-1, 1}) {
-                const double length = bit * (1.0 + side * LENGTH_STEP);
+                const double length = bit * (1.0 + side * m_parameters.lengthStep);
                 // Longer elements about the middle of the character, so that its begin stays apart.
                 const double stretched = begin + (element - 0.5 * character.count) * (length - bit);
                 m_lengths[1 + side] += std::abs(tones.sum(tone, stretched, stretched + bit));
-                const double moved = begin + side * BEGIN_STEP * bit;
+                const double moved = begin + side * m_parameters.beginStep * bit;
                 m_begins[1 + side] += std::abs(tones.sum(tone, moved, moved + bit));
             }
         }
@@ -90,12 +85,12 @@ double Tracking::fineVariance_Hz2(std::size_t tone, double rate_Hz, double bit) 
 
 double Tracking::lengthError() const
 {
-    return topOf(m_lengths) * LENGTH_STEP;
+    return topOf(m_lengths) * m_parameters.lengthStep;
 }
 
 double Tracking::beginError(double bit) const
 {
-    return topOf(m_begins) * BEGIN_STEP * bit;
+    return topOf(m_begins) * m_parameters.beginStep * bit;
 }
 
 void SignalStrength::add(const Tracking& tracking, double noise, double rate_Hz, double bit)
