@@ -166,17 +166,178 @@ float scoreOfBegin(const Evidence& evidence, std::size_t node)
     return score;
 }
 
-// The best way to be at a node between characters, and where it came from.
-struct Between
+// The best way to a place, and where it came from.
+struct Way
 {
     float score = IMPOSSIBLE;
     int lastEnd = -1; // node at which the last character ended; -1: none
 };
 
-struct Start
+// The best way through all nodes from one on: characters, mark between them, and silence.
+class FramePath
 {
-    float score = IMPOSSIBLE;
-    int lastEnd = -1;
+public:
+    // `last`: node at which the last character may begin.
+    FramePath(const Evidence& evidence, const FrameSearch& search, const PausePrior& pauses,
+              int from, int last, bool afterFrame)
+        : m_evidence(evidence)
+        , m_search(search)
+        , m_own(search.parameters)
+        , m_pauses(pauses)
+        , m_from(from)
+        , m_last(last)
+        , m_frame(search.format.nodes())
+        , m_ends(static_cast<std::size_t>(last) + static_cast<std::size_t>(m_frame) + 1, IMPOSSIBLE)
+        , m_idle(m_ends.size() + 1, 0.0F)
+        , m_starts(m_ends.size())
+        , m_scores(scoresOf(evidence, static_cast<std::size_t>(search.format.dataBits),
+                            static_cast<std::size_t>(last) + 1))
+        , m_words(m_scores.size(), AS_LIKELIER)
+    {
+        for (std::size_t n = 0; n < m_turns.size(); ++n)
+            m_turns[n] = std::polar(1.0F, static_cast<float>(search.turn * static_cast<double>(n)));
+        if (afterFrame)
+            m_ends[static_cast<std::size_t>(from)] = 0.0F;
+        else
+            m_marking.score = m_silent.score = 0.0F;
+        for (int node = from; node < static_cast<int>(m_ends.size()); ++node) {
+            const float mark = idleAt(node);
+            rest(node);
+            m_starts[static_cast<std::size_t>(node)] = bestStart(node);
+            if (node > last)
+                cut(node);
+            else
+                putCharacter(node);
+            m_marking.score += mark;
+        }
+    }
+
+    // Back from the end of what can be seen: between characters, or within one.
+    Frames frames() const
+    {
+        const Way& between = m_marking.score > m_silent.score ? m_marking : m_silent;
+        const Way& best = m_cut.score > between.score ? m_cut : between;
+        Frames frames;
+        frames.score = best.score;
+        for (int end = best.lastEnd; end >= m_from + m_frame;) {
+            const int begin = end - m_frame;
+            end = m_starts[static_cast<std::size_t>(begin)].lastEnd;
+            frames.list.push_back(frameAt(begin));
+            if (frames.list.back().afterSilence)
+                frames.unexplained += begin - end;
+        }
+        std::reverse(frames.list.begin(), frames.list.end());
+        return frames;
+    }
+
+private:
+    // What the line gains by idling at a node: the element that is there shows it.
+    float idleAt(int node)
+    {
+        const auto i = static_cast<std::size_t>(node);
+        const auto begin = static_cast<std::size_t>(std::max(0, node - m_search.idleAt));
+        const float gain = m_search.coherent ? m_evidence.phaseGains[MARK][begin] : 0.0F;
+        const float mark = (m_evidence.likelihoods[MARK][begin] + gain) / NODES;
+        m_idle[i + 1] = m_idle[i] + mark;
+        return mark;
+    }
+
+    // Mark or silence at a node, whichever way leads there best.
+    void rest(int node)
+    {
+        const float end = m_ends[static_cast<std::size_t>(node)];
+        if (end > m_marking.score)
+            m_marking = {end, node};
+        if (end + m_own.silenceBegins > m_silent.score)
+            m_silent = {end + m_own.silenceBegins, node};
+        if (m_marking.score + m_own.silenceBegins > m_silent.score)
+            m_silent = {m_marking.score + m_own.silenceBegins, m_marking.lastEnd};
+        if (m_silent.score + m_own.signalBegins > m_marking.score)
+            m_marking = {m_silent.score + m_own.signalBegins, m_silent.lastEnd};
+    }
+
+    // The best way to a start element at a node.
+    Way bestStart(int node) const
+    {
+        const auto i = static_cast<std::size_t>(node);
+        // A machine sends mark before its first character, but what is heard may begin with it;
+        // none after that comes out of silence.
+        Way start;
+        const float space = node <= m_last ? m_evidence.likelihoods[SPACE][i] : IMPOSSIBLE;
+        if (m_silent.lastEnd < 0 && space > -m_own.firstWithoutMark)
+            start = {m_silent.score + m_own.firstWithoutMark + m_pauses[-1], -1};
+        const auto elementBefore = static_cast<std::size_t>(std::max(m_from, node - NODES));
+        const float afterMark = m_marking.score + m_pauses[-1];
+        if (m_idle[i] > m_idle[elementBefore] && afterMark > start.score)
+            start = {afterMark, m_marking.lastEnd};
+        const int longest = m_pauses.isFlat() ? -1 : std::min(node - m_from, PausePrior::LONGEST);
+        for (int pause = 0; pause <= longest; ++pause) {
+            const auto end = static_cast<std::size_t>(node - pause);
+            const float score = m_ends[end] + m_idle[i] - m_idle[end] + m_pauses[pause];
+            if (score > start.score)
+                start = {score, node - pause};
+        }
+        return start;
+    }
+
+    // A character from a node on.
+    void putCharacter(int node)
+    {
+        const auto i = static_cast<std::size_t>(node);
+        const Way& start = m_starts[i];
+        const float far = start.score + m_scores[i] + m_own.character;
+        if (m_search.coherent && m_scores[i] > m_own.worthRefining &&
+            far > m_reached - m_own.mostBehind) {
+            Candidate candidate(m_evidence, m_search, node);
+            candidate.refine(m_turns);
+            m_words[i] = candidate.word();
+            m_scores[i] = candidate.score();
+        }
+        float& end = m_ends[i + static_cast<std::size_t>(m_frame)];
+        end = start.score + m_scores[i] + m_own.character;
+        m_reached = std::max(m_reached, end);
+    }
+
+    // One that is not over at the last node.
+    void cut(int node)
+    {
+        const auto i = static_cast<std::size_t>(node);
+        const float score = m_starts[i].score + scoreOfBegin(m_evidence, i) + m_own.character;
+        if (score > m_cut.score)
+            m_cut = {score, m_starts[i].lastEnd};
+    }
+
+    Frame frameAt(int node) const
+    {
+        const auto i = static_cast<std::size_t>(node);
+        const int lastEnd = m_starts[i].lastEnd;
+        const bool isLong = lastEnd < 0 || node - lastEnd > PausePrior::LONGEST;
+        const bool isAfterSilence =
+            lastEnd >= 0 && m_idle[i] < m_idle[static_cast<std::size_t>(lastEnd)];
+        const Candidate candidate(m_evidence, m_search, node);
+        const unsigned word = m_words[i] == AS_LIKELIER ? candidate.word() : m_words[i];
+        return {node,          isLong ? -1 : node - lastEnd, word,
+                m_scores[i],   candidate.framing(),          candidate.leastMargin(),
+                isAfterSilence};
+    }
+
+    const Evidence& m_evidence;
+    const FrameSearch& m_search;
+    const FramingParameters& m_own;
+    const PausePrior& m_pauses;
+    int m_from;
+    int m_last;
+    int m_frame;               // nodes of a character
+    std::vector<float> m_ends; // best score with a character ending at a node
+    std::vector<float> m_idle; // sum of the likelihood of mark up to a node
+    std::vector<Way> m_starts;
+    std::vector<float> m_scores; // of the character from each node
+    std::vector<unsigned> m_words;
+    Words m_turns = {};
+    float m_reached = IMPOSSIBLE; // by any character so far
+    Way m_marking;                // between characters, with mark and without
+    Way m_silent;
+    Way m_cut; // into a character that is not over at the last node
 };
 
 } // namespace
@@ -224,110 +385,10 @@ void PausePrior::update()
 Frames findFrames(const Evidence& evidence, const FrameSearch& search, const PausePrior& pauses,
                   int from, bool afterFrame)
 {
-    const FramingParameters& own = search.parameters;
-    const int frame = search.format.nodes();
-    const int last = evidence.grid.count - (2 + search.format.dataBits) * NODES; // last start
-    Frames frames;
+    const int last = evidence.grid.count - (2 + search.format.dataBits) * NODES;
     if (last <= from || from < 0 || search.format.dataBits > MOST_BITS)
-        return frames;
-    Words turns;
-    for (std::size_t n = 0; n < turns.size(); ++n)
-        turns[n] = std::polar(1.0F, static_cast<float>(search.turn * static_cast<double>(n)));
-
-    const auto size = static_cast<std::size_t>(last) + static_cast<std::size_t>(frame) + 1;
-    std::vector<float> ends(size, IMPOSSIBLE); // best score with a character ending at a node
-    std::vector<float> idle(size + 1, 0.0F);   // sum of the likelihood of mark up to a node
-    std::vector<Start> starts(size);
-    std::vector<float> scores = scoresOf(evidence, static_cast<std::size_t>(search.format.dataBits),
-                                         static_cast<std::size_t>(last) + 1);
-    std::vector<unsigned> words(scores.size(), AS_LIKELIER);
-    float reached = IMPOSSIBLE; // by any character so far
-    Between marking;
-    Between silent;
-    if (afterFrame)
-        ends[static_cast<std::size_t>(from)] = 0.0F;
-    else
-        marking.score = silent.score = 0.0F;
-
-    Start cut; // into a character that is not over at the last node
-    for (int node = from; node < static_cast<int>(size); ++node) {
-        const auto i = static_cast<std::size_t>(node);
-        // The element that is here shows whether the line idles.
-        const auto begin = static_cast<std::size_t>(std::max(0, node - search.idleAt));
-        const float gain = search.coherent ? evidence.phaseGains[MARK][begin] : 0.0F;
-        const float mark = (evidence.likelihoods[MARK][begin] + gain) / NODES;
-        idle[i + 1] = idle[i] + mark;
-        if (ends[i] > marking.score)
-            marking = {ends[i], node};
-        if (ends[i] + own.silenceBegins > silent.score)
-            silent = {ends[i] + own.silenceBegins, node};
-        if (marking.score + own.silenceBegins > silent.score)
-            silent = {marking.score + own.silenceBegins, marking.lastEnd};
-        if (silent.score + own.signalBegins > marking.score)
-            marking = {silent.score + own.signalBegins, silent.lastEnd};
-
-        // A machine sends mark before its first character, but what is heard may begin with it;
-        // none after that comes out of silence.
-        Start start;
-        const float space = node <= last ? evidence.likelihoods[SPACE][i] : IMPOSSIBLE;
-        if (silent.lastEnd < 0 && space > -own.firstWithoutMark)
-            start = {silent.score + own.firstWithoutMark + pauses[-1], -1};
-        const auto elementBefore = static_cast<std::size_t>(std::max(from, node - NODES));
-        const float afterMark = marking.score + pauses[-1];
-        if (idle[i] > idle[elementBefore] && afterMark > start.score)
-            start = {afterMark, marking.lastEnd};
-        const int longest = pauses.isFlat() ? -1 : std::min(node - from, PausePrior::LONGEST);
-        for (int pause = 0; pause <= longest; ++pause) {
-            const auto end = static_cast<std::size_t>(node - pause);
-            const float score = ends[end] + idle[i] - idle[end] + pauses[pause];
-            if (score > start.score)
-                start = {score, node - pause};
-        }
-        starts[i] = start;
-        if (node > last) {
-            const float score = start.score + scoreOfBegin(evidence, i) + own.character;
-            if (score > cut.score)
-                cut = {score, start.lastEnd};
-            marking.score += mark;
-            continue;
-        }
-
-        const float far = start.score + scores[i] + own.character;
-        if (search.coherent && scores[i] > own.worthRefining && far > reached - own.mostBehind) {
-            Candidate candidate(evidence, search, node);
-            candidate.refine(turns);
-            words[i] = candidate.word();
-            scores[i] = candidate.score();
-        }
-        ends[i + static_cast<std::size_t>(frame)] = start.score + scores[i] + own.character;
-        reached = std::max(reached, ends[i + static_cast<std::size_t>(frame)]);
-        marking.score += mark;
-    }
-
-    // The best way to the end of what can be seen: between characters, or within one.
-    int end = marking.score > silent.score ? marking.lastEnd : silent.lastEnd;
-    float best = std::max(marking.score, silent.score);
-    if (cut.score > best) {
-        best = cut.score;
-        end = cut.lastEnd;
-    }
-    frames.score = best;
-    while (end >= from + frame) {
-        const auto i = static_cast<std::size_t>(end - frame);
-        const int nodes = end - frame - starts[i].lastEnd;
-        const int pause = starts[i].lastEnd < 0 || nodes > PausePrior::LONGEST ? -1 : nodes;
-        const bool isAfterSilence =
-            starts[i].lastEnd >= 0 && idle[i] < idle[static_cast<std::size_t>(starts[i].lastEnd)];
-        if (isAfterSilence)
-            frames.unexplained += nodes;
-        const Candidate candidate(evidence, search, end - frame);
-        const unsigned word = words[i] == AS_LIKELIER ? candidate.word() : words[i];
-        frames.list.push_back({end - frame, pause, word, scores[i], candidate.framing(),
-                               candidate.leastMargin(), isAfterSilence});
-        end = starts[i].lastEnd;
-    }
-    std::reverse(frames.list.begin(), frames.list.end());
-    return frames;
+        return {};
+    return FramePath(evidence, search, pauses, from, last, afterFrame).frames();
 }
 
 float scoreOfSender(const Frames& frames, const FramingParameters& parameters)
