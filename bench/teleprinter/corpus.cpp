@@ -249,6 +249,8 @@ const std::vector<Condition>& conditions()
                 [](Machine&, TonePath& path) { path.carrier_dB = -3.0; }),
         changed("typed", "typed by hand", 20.0,
                 [](Machine& machine, TonePath&) { machine.typedPause_bits = 6.0; }),
+        changed("slow", "typed slowly by hand, +6 dB", 6.0,
+                [](Machine& machine, TonePath&) { machine.typedPause_bits = 20.0; }),
         ascii("ascii110", "ASCII, 110 Bd, 7 bits, even parity, +10 dB", 10.0,
               TeleprinterCode::Ascii7Even, 110.0, 2.0),
         ascii("ascii300", "ASCII, 300 Bd, 200 Hz, 8 bits, +15 dB", 15.0, TeleprinterCode::Ascii8,

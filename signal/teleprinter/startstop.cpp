@@ -96,9 +96,11 @@ private:
                 seen.push_back({begin, found.word << 1U | 1U << (m_search.format.dataBits + 1U),
                                 m_search.format.dataBits + 2});
         }
-        // A pause since the last character: what is decided ends with the span.
-        if (isAfterFrame && until - decided > m_own.longPause_characters * frame * node) {
-            decided = until - frame * node;
+        // A pause, or none at all before it: what is decided ends with the span, but for a
+        // character that has begun, and the mark before it.
+        if (!isLast &&
+            (!isAfterFrame || until - decided > m_own.longPause_characters * frame * node)) {
+            decided = std::max(m_decided, until - (frame + NODES) * node);
             isAfterFrame = false;
         }
         m_pauses.update();

@@ -87,7 +87,7 @@ private Q_SLOTS:
         const TonePath path;
         const Heard got = heard(keyed(machine, path), lineOf(machine, path));
         QCOMPARE(got.text, QString(TEXT));
-        QVERIFY(std::fabs(got.line.baud / (machine.baud * (1.0 + fast)) - 1.0) < 0.005);
+        QVERIFY(std::fabs(got.line.baud / (machine.baud * (1.0 + fast)) - 1.0) < 0.0075);
     }
 
     void tonesAreFollowed()
