@@ -295,12 +295,20 @@ private:
                acquired.fit.evenPauses >= m_own.wholeEven;
     }
 
+    bool isKnown(const Acquired& acquired) const
+    {
+        return isKnownSpeed(acquired.line.kind.baud, m_known, m_parameters.line);
+    }
+
     // A second stop may as well be data that are always mark.
     bool isSameText(const Acquired& a, const Acquired& b) const
     {
         Line line = a.line;
         if (isWhole(a.fit) && isWhole(b.fit))
             line.kind.dataBits = b.line.kind.dataBits;
+        // A speed that was known, and a usual one near it, are both the one that is meant.
+        if (m_known.baud && isKnown(a) && isKnown(b))
+            line.kind.baud = b.line.kind.baud;
         return isSameLine(line, b.line);
     }
 
@@ -312,6 +320,22 @@ private:
                faster.line.kind.baud > MULTIPLE * slower.line.kind.baud;
     }
 
+    // As a machine sends them, not a hand.
+    bool isEven(const Fit& fit) const { return fit.evenPauses >= m_own.evenPauses; }
+
+    // Data of the same speed look like characters with pauses of any number of elements: a few have
+    // to show more than many, or than those of a machine.
+    bool isFewTyped(const Fit& fit) const
+    {
+        return !isEven(fit) && fit.characters < m_own.manyTyped;
+    }
+    bool isInForm(const Fit& fit) const
+    {
+        return fit.formed >= m_own.typedFormed &&
+               fit.framing >= m_own.typedFramingMean * fit.characters &&
+               fit.contrast <= m_own.typedContrast;
+    }
+
     bool isSure(const Acquired& acquired) const
     {
         const Fit& fit = acquired.fit;
@@ -321,13 +345,13 @@ private:
                (line.kind.code != Code::Ascii ||
                 (fit.regular <= m_own.mostRegular && fit.formed >= m_own.leastFormedAscii &&
                  fit.framing >= m_own.leastAsciiMean * fit.characters)) &&
-               fit.characters >= (fit.evenPauses >= m_own.evenPauses ? m_own.leastCharacters
-                                                                     : m_own.leastTyped) &&
+               fit.characters >= m_own.leastCharacters && (!isFewTyped(fit) || isInForm(fit)) &&
                fit.framing >= m_own.leastFraming && fit.parity >= m_own.leastParity &&
                fit.framing >= m_own.leastFramingMean * fit.characters &&
                fit.score >= m_own.leastScoreMean * fit.characters &&
-               fit.occupied >= m_own.leastOccupied && fit.unexplained <= m_own.mostUnexplained &&
-               fit.commonest <= m_own.tooOften && fit.contrast <= m_own.mostContrast;
+               fit.occupied >= (isEven(fit) ? m_own.leastOccupied : m_own.typedOccupied) &&
+               fit.unexplained <= m_own.mostUnexplained && fit.commonest <= m_own.tooOften &&
+               fit.contrast <= m_own.mostContrast;
     }
 
     // How much likelier it is than data without characters, at any speed.
@@ -491,7 +515,26 @@ private:
         std::stable_sort(m_attempts.begin(), m_attempts.end(), isBetter);
         if (m_attempts.empty())
             return std::nullopt;
-        const Acquired& best = m_attempts.front().acquired;
+        // What data explain far better is none; then it may be the next one.
+        for (const Attempt& tried : m_attempts) {
+            const Acquired& best = tried.acquired;
+            if (!isClear(best))
+                return std::nullopt;
+            if (isMachine(best))
+                return best;
+            const double over = overData(best, tried.noise);
+            if (over >= (isFewTyped(best.fit) ? m_own.typedOverData : m_own.leastOverData))
+                return best;
+            if (over > m_own.hopelessOverData)
+                return std::nullopt;
+            m_dropped.push_back(&best);
+        }
+        return std::nullopt;
+    }
+
+    // Sure by itself, and without a rival.
+    bool isClear(const Acquired& best) const
+    {
         const bool isNoBetter =
             std::any_of(m_attempts.begin(), m_attempts.end(), [&](const Attempt& tried) {
                 const Fit& own = tried.acquired.fit;
@@ -499,23 +542,21 @@ private:
                        (best.fit.score <= own.score ||
                         best.fit.formed <= own.formed + m_own.toChange);
             });
-        if (isNoBetter)
-            return std::nullopt;
-        const bool isKnownSpeed = !m_known.baud || best.line.kind.baud == *m_known.baud;
-        if (!isKnownSpeed || !isSure(best))
-            return std::nullopt;
+        if (isNoBetter || !isKnown(best) || !isSure(best))
+            return false;
         for (const Attempt& other : m_attempts) {
             const Fit& fit = other.acquired.fit;
-            if ((isWhole(best.fit) && !isWhole(fit)) || isMultiple(best, other.acquired))
+            const bool isDropped =
+                std::find(m_dropped.begin(), m_dropped.end(), &other.acquired) != m_dropped.end();
+            if (isDropped || (isWhole(best.fit) && !isWhole(fit)) ||
+                isMultiple(best, other.acquired))
                 continue;
             if (!isSameText(other.acquired, best) &&
                 fit.score > (hasForm(fit) ? best.fit.score - m_own.leastMargin
                                           : best.fit.score * m_own.mostStronger))
-                return std::nullopt;
+                return false;
         }
-        if (!isMachine(best) && overData(best, m_attempts.front().noise) < m_own.leastOverData)
-            return std::nullopt;
-        return best;
+        return true;
     }
 
     const Parameters& m_parameters;
@@ -529,6 +570,7 @@ private:
     std::int64_t m_end;
     double m_span_s;
     std::vector<Attempt> m_attempts;
+    std::vector<const Acquired*> m_dropped; // of them
 };
 
 } // namespace

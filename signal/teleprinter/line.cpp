@@ -49,6 +49,11 @@ bool isSameLine(const Line& a, const Line& b)
            std::fabs(a.space_Hz - b.space_Hz) < near_Hz;
 }
 
+bool isKnownSpeed(double baud, const Known& known, const LineParameters& parameters)
+{
+    return !known.baud || std::fabs(*known.baud / baud - 1.0) < parameters.nearestOther;
+}
+
 std::vector<LineKind> kindsToTry(const Known& known, const LineParameters& parameters)
 {
     std::vector<LineKind> kinds;
@@ -72,8 +77,8 @@ std::vector<LineKind> kindsToTry(const Known& known, const LineParameters& param
         if (!isThere &&
             (row.code != Code::Ccir476 || std::fabs(*known.baud / row.baud - 1.0) < SAME_SPEED))
             kinds.push_back({row.code, *known.baud, row.dataBits});
-        const double other = std::fabs(row.baud / *known.baud - 1.0);
-        if (other > parameters.nearestOther && other < parameters.farthestOther)
+        const double other = std::fabs(*known.baud / row.baud - 1.0);
+        if (other > SAME_SPEED && other < parameters.farthestOther)
             kinds.push_back(row);
     }
     return kinds;

@@ -79,8 +79,11 @@ struct Known
     std::optional<Parity> parity; ///< of ASCII
 };
 
+/// Whether a speed is the one that was known, as far as a clock may be off; any is where none was.
+bool isKnownSpeed(double baud, const Known& known, const LineParameters& parameters = {});
+
 /// The rows of lineKinds() that fit what was known; a speed of no row brings rows of its own. Usual
-/// speeds near one that was known are tried too, so that it shows when one of them is meant.
+/// speeds near one that was known are tried too: one of them may be meant, or be what is there.
 std::vector<LineKind> kindsToTry(const Known& known, const LineParameters& parameters = {});
 
 } // namespace teleprinter

@@ -11,8 +11,9 @@ namespace teleprinter {
 /// Speeds beside one that was known (line.h).
 struct LineParameters
 {
-    // Nearer ones a clock may be off by; farther ones have no form at it (row: none).
-    double nearestOther = 0.05;
+    // A clock may be off by a twentieth, here with some room for rounding; farther ones have no
+    // form at it (row: none).
+    double nearestOther = 0.0501;
     double farthestOther = 0.12;
 };
 
@@ -97,7 +98,7 @@ struct TrackingParameters
     double shiftDrift_Hz2 = 0.02;
     // By which another length and another begin are tried, in elements: large enough for the sums
     // to differ beyond noise, small enough for a parabola to go through them.
-    double lengthStep = 0.008; ///< (row: snr-4)
+    double lengthStep = 0.008; ///< (row: slow)
     double beginStep = 0.15;   ///< (row: none)
 };
 
@@ -106,10 +107,16 @@ struct AcquisitionParameters
 {
     // A line has so many characters at least; by fewer, noise would pass for one.
     int leastCharacters = 8;
-    /// So many where not this share of pauses is alike: a machine sends even ones, other data of
-    /// the same speed look like characters with pauses of any number of elements.
-    int leastTyped = 20;
+    /// Share of pauses that are alike where a machine sends.
     double evenPauses = 0.8;
+    // Where a hand does, fewer than so many have to be likelier than data by so much, with this
+    // share of them in their form, and so well (rows: typed, slow; silence: two Morse stations).
+    int manyTyped = 20;
+    double typedOverData = 40.0;
+    double typedFormed = 0.99;
+    double typedFramingMean = 1.25;
+    double typedContrast = 0.2;  ///< of Fit::contrast: two hands are at times heard at once
+    double typedOccupied = 0.15; ///< of the span, in place of leastOccupied (row: slow)
     int alike_nodes = 3; ///< pauses that differ by no more are one length, as far as noise shows
     // How much better starts and stops fit than any elements would: a logarithm of likelihoods.
     double leastFraming = 10.0;     ///< in all
@@ -131,6 +138,9 @@ struct AcquisitionParameters
     double leastMargin = 15.0; ///< of the score, over any other line
     /// By how much it is likelier than data without characters (silence; rows: ascii110, narrow).
     double leastOverData = -15.0;
+    /// Less than this, and another line that fits less well may be meant: characters typed at half
+    /// the speed look like some that are typed, too (row: typed).
+    double hopelessOverData = -100.0;
     double comparedStrength = 20.0; ///< of an element; a stronger signal is weighed like this
     /// Framing from which an attempt is a rival by its form; of others, only one that fits so much
     /// better in strength is (row: ascii300).

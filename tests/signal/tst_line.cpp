@@ -93,6 +93,19 @@ private Q_SLOTS:
         QCOMPARE(speeds(45.45), std::vector<double>({45.45, 50.0}));
         QCOMPARE(speeds(45.0), std::vector<double>({45.0, 50.0})); // 45.45 is the same one
         QCOMPARE(speeds(75.0), std::vector<double>({75.0}));
+        QCOMPARE(speeds(47.5), std::vector<double>({47.5, 45.45, 50.0}));
+    }
+
+    void speedIsKnownWithinATwentieth()
+    {
+        Known known;
+        QVERIFY(isKnownSpeed(50.0, known));
+        known.baud = 47.5;
+        QVERIFY(isKnownSpeed(50.0, known));
+        QVERIFY(isKnownSpeed(45.45, known));
+        QVERIFY(!isKnownSpeed(50.1, known));
+        known.baud = 48.0;
+        QVERIFY(!isKnownSpeed(45.45, known));
     }
 
     void parityThatIsKnownSaysHowLongCharactersAre()

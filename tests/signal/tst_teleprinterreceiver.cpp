@@ -212,6 +212,30 @@ private Q_SLOTS:
         QCOMPARE(receive(samples, other).text, QString());
     }
 
+    void typedTextIsFoundByItsFirstCharactersAndReadWhole_data()
+    {
+        QTest::addColumn<double>("pause_bits");
+        QTest::addColumn<double>("snr_dB");
+        QTest::addColumn<double>("within_s");
+        QTest::newRow("four characters a second") << 6.0 << 20.0 << 5.0;
+        QTest::newRow("a character and a half a second") << 20.0 << 10.0 << 14.0;
+    }
+    void typedTextIsFoundByItsFirstCharactersAndReadWhole()
+    {
+        QFETCH(double, pause_bits);
+        QFETCH(double, snr_dB);
+        QFETCH(double, within_s);
+        Machine machine;
+        machine.typedPause_bits = pause_bits;
+        TonePath path;
+        path.snr_dB = snr_dB;
+        const TextList heard = receive(sent(machine, path));
+        QCOMPARE(heard.text, expected(machine.code));
+        QCOMPARE(heard.lines.size(), std::size_t(1));
+        const double keyed_s = path.before_s + machine.idle_s;
+        QVERIFY2(heard.found_s < keyed_s + within_s, qPrintable(QString::number(heard.found_s)));
+    }
+
     // A speed that is wrong by less than a clock may be is followed; by more, it is none.
     void wrongSpeedIsNotReadWithIt_data()
     {
@@ -222,6 +246,7 @@ private Q_SLOTS:
         QTest::newRow("45.45 Bd for 50") << 50.0 << 45.45 << false;
         QTest::newRow("48 Bd for 45.45") << 45.45 << 48.0 << false;
         QTest::newRow("45 Bd for 45.45") << 45.45 << 45.0 << true;
+        QTest::newRow("47.5 Bd for 50") << 50.0 << 47.5 << true;
         QTest::newRow("51 Bd for 50") << 50.0 << 51.0 << true;
         QTest::newRow("48 Bd, which is none of the usual") << 48.0 << 48.0 << true;
     }
@@ -237,8 +262,10 @@ private Q_SLOTS:
         Settings settings;
         settings.known.codes = {Code::Ita2};
         settings.known.baud = known;
-        QCOMPARE(receive(::sent(machine, path), settings).text,
-                 isRead ? expected(TeleprinterCode::Ita2) : QString());
+        const TextList heard = receive(::sent(machine, path), settings);
+        QCOMPARE(heard.text, isRead ? expected(TeleprinterCode::Ita2) : QString());
+        QVERIFY2(heard.found_s < path.before_s + machine.idle_s + 3.0,
+                 qPrintable(QString::number(heard.found_s)));
     }
 
     void parityThatIsKnownIsKeptTo()
