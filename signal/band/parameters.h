@@ -116,7 +116,7 @@ struct TeleprinterParameters
     double heard_s = 3.0; ///< over which its strength is measured
     // So much beside the tones shows how strong the noise is, even that beside the fastest, and
     // lets the tones drift. It is less where somebody else sends, whose keying would be taken for
-    // noise: but no less than what the usual speeds need (row: mixed).
+    // noise: but no less than what the usual speeds need (row: none).
     double mostBeside_Hz = 700.0;
     double leastBeside_Hz = 400.0;
 };

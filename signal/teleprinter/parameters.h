@@ -138,8 +138,8 @@ struct AcquisitionParameters
     double leastMargin = 15.0; ///< of the score, over any other line
     /// By how much it is likelier than data without characters (silence; rows: ascii110, narrow).
     double leastOverData = -15.0;
-    /// Less than this, and another line that fits less well may be meant: characters typed at half
-    /// the speed look like some that are typed, too (row: typed).
+    /// Below this, another line that fits less well may be meant: what is typed also looks like
+    /// characters of twice the speed (row: typed).
     double hopelessOverData = -100.0;
     double comparedStrength = 20.0; ///< of an element; a stronger signal is weighed like this
     /// Framing from which an attempt is a rival by its form; of others, only one that fits so much
