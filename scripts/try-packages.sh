@@ -3,7 +3,7 @@
 # Tries the packages of scripts/package.sh as somebody would who has nothing but a bare Debian 12 and
 # them: follows the installed pages there, what is printed compared with what the page shows.
 # `try-packages.sh FOLDER` keeps the bare system and what it fetched in FOLDER, for the next time.
-# Needs root, debootstrap and the packages of `setup.sh night`.
+# Needs root.
 set -euo pipefail
 
 fail() { echo "$*" >&2; exit 1; }
@@ -11,13 +11,12 @@ fail() { echo "$*" >&2; exit 1; }
 folder=$(realpath -m "$1")
 cd "$(dirname "$0")/.."
 [ "$(id -u)" -eq 0 ] || fail "Only root can make a system to try them on."
-command -v debootstrap >/dev/null || fail "debootstrap is missing: apt install debootstrap"
 # What is mounted from here on goes with this process, however it ends.
 [ "${MOUNTS:-}" = own ] || MOUNTS=own exec unshare --mount scripts/try-packages.sh "$folder"
+scripts/setup.sh night
 
 packages=(build/package/packages/*.deb)
 [ -e "${packages[0]}" ] || fail "There are no packages; run scripts/package.sh first."
-scripts/setup.sh night
 read -ra flags <<<"$(pkg-config --cflags --libs Qt5Core)"
 c++ -std=c++17 -fPIC -Itests tests/docs/{followpage,blocks,pages}.cpp -o build/followpage \
     "${flags[@]}"
