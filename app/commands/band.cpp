@@ -199,6 +199,11 @@ int run(Arguments& arguments)
         return EXIT_BAD_INPUT;
     }
     options.settings.format = opened.source->format();
+    if (const QString fault = limitsFault(options.input, options.settings.format);
+        !fault.isEmpty()) {
+        complain(options.input.request.name, fault);
+        return EXIT_BAD_INPUT;
+    }
     const QString& folder = options.station.saveDirectory;
     const QString refusal = folder.isEmpty() ? QString() : makeWritableForDays(folder);
     if (!refusal.isEmpty()) {

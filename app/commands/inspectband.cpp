@@ -65,20 +65,6 @@ void refuseOptionsOfOneSignal(Arguments& arguments)
     }
 }
 
-struct Frequencies
-{
-    double lowest_Hz;
-    double highest_Hz;
-};
-
-// Those of the choice that a source has.
-Frequencies frequenciesOf(const BandChoice& choice, const demodulator::BandFormat& format)
-{
-    const double edge_Hz = 0.5 * format.rate_Hz;
-    return {std::max(choice.lowest_Hz, format.isComplex ? -edge_Hz : 0.0),
-            std::min(choice.highest_Hz, edge_Hz)};
-}
-
 // Returns where the sound stopped: at its end, when interrupted, or soon after `end_s`.
 double listen(BandSource& source, double end_s, inspect::Waterfall& waterfall,
               demodulator::BandReceiver& receiver)
@@ -124,6 +110,10 @@ int inspectBand(Arguments& arguments, double from_s, double length_s)
         complain(name, opened.error);
         return EXIT_BAD_INPUT;
     }
+    if (const QString fault = limitsFault(choice, opened.source->format()); !fault.isEmpty()) {
+        complain(name, fault);
+        return EXIT_BAD_INPUT;
+    }
     if (!file.open(name))
         return EXIT_BAD_INPUT;
 
@@ -140,11 +130,7 @@ int inspectBand(Arguments& arguments, double from_s, double length_s)
     receiving.format = opened.source->format();
     receiving.lowest_Hz = choice.lowest_Hz;
     receiving.highest_Hz = choice.highest_Hz;
-    const auto [lowest_Hz, highest_Hz] = frequenciesOf(choice, receiving.format);
-    if (!(lowest_Hz < highest_Hz)) {
-        complain(name, QStringLiteral("holds none of the frequencies of --only"));
-        return EXIT_BAD_INPUT;
-    }
+    const auto [lowest_Hz, highest_Hz] = limitsOf(choice, receiving.format);
     inspect::Waterfall waterfall(receiving.format, stretch, lowest_Hz, highest_Hz,
                                  inspect::bandRows(highest_Hz - lowest_Hz));
     demodulator::BandReceiver receiver(receiving, station);

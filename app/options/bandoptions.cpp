@@ -3,6 +3,8 @@
 
 #include "signal/band/bandreceiver.h"
 
+#include <algorithm>
+
 namespace morsehost {
 
 namespace {
@@ -57,6 +59,12 @@ void readLimits(Arguments& arguments, BandChoice& choice)
     choice.highest_Hz = high_Hz - choice.center_Hz;
 }
 
+BandLimits limitsOf(const demodulator::BandFormat& format)
+{
+    const double edge_Hz = 0.5 * format.rate_Hz;
+    return {format.isComplex ? -edge_Hz : 0.0, edge_Hz};
+}
+
 } // namespace
 
 std::vector<OptionRow> bandOptionRows()
@@ -89,6 +97,27 @@ BandChoice readBandOptions(Arguments& arguments, RawFormat format)
     choice.center_Hz = arguments.number("center", 0, MAX_CENTER_HZ).value_or(0.0);
     readLimits(arguments, choice);
     return choice;
+}
+
+BandLimits limitsOf(const BandChoice& choice, const demodulator::BandFormat& format)
+{
+    const BandLimits input = limitsOf(format);
+    return {std::max(choice.lowest_Hz, input.lowest_Hz),
+            std::min(choice.highest_Hz, input.highest_Hz)};
+}
+
+QString limitsFault(const BandChoice& choice, const demodulator::BandFormat& format)
+{
+    const BandLimits left = limitsOf(choice, format);
+    if (left.lowest_Hz < left.highest_Hz)
+        return {};
+    const BandLimits input = limitsOf(format);
+    const auto hertz = [&choice](double tone_Hz) {
+        return QString::number(choice.center_Hz + tone_Hz, 'f', 0);
+    };
+    return QStringLiteral("--only %1-%2 lies outside of what is received, %3 to %4 Hz")
+        .arg(hertz(choice.lowest_Hz), hertz(choice.highest_Hz), hertz(input.lowest_Hz),
+             hertz(input.highest_Hz));
 }
 
 } // namespace morsehost

@@ -23,6 +23,16 @@ std::vector<OptionRow> bandOptionRows();
 /// another. Errors are left in `arguments`.
 BandChoice readBandOptions(Arguments& arguments, RawFormat format = RawFormat::S16);
 
+/// Of the choice's frequencies, those that the input has.
+struct BandLimits
+{
+    double lowest_Hz;
+    double highest_Hz;
+};
+BandLimits limitsOf(const BandChoice& choice, const demodulator::BandFormat& format);
+/// Why none is left; empty when some are.
+QString limitsFault(const BandChoice& choice, const demodulator::BandFormat& format);
+
 /// The value that a word stands for.
 template <typename Value>
 struct Word

@@ -3,40 +3,49 @@
 
 #include "station/audio/bandsource.h"
 #include "station/service/receiver.h"
+#include "station/service/stationsections.h"
 
 #include <QProcess>
+#include <QRegularExpression>
 
 namespace morsehost {
 
 namespace {
 
-QString recordingFault(const ReceiverSettings& receiver)
+OpenedBand openRecording(const ReceiverSettings& receiver)
 {
     BandRequest request;
     request.name = receiver.file;
     request.isComplex = receiver.samples.isComplex;
-    const OpenedBand opened = openBand(request);
-    return opened.source ? QString() : receiver.file + QStringLiteral(": ") + opened.error;
+    return openBand(request);
+}
+
+// What would be heard to its end is replaced by silence of the same rate.
+ReceiverSettings asSamples(ReceiverSettings receiver, double rate_Hz)
+{
+    receiver.lines[QStringLiteral("rate")] = receiver.lines.value(QStringLiteral("file"));
+    receiver.options =
+        QStringList{QStringLiteral("--rate"), QString::number(rate_Hz, 'f', 0)} + receiver.options;
+    receiver.file.clear();
+    return receiver;
 }
 
 // The decoder's own words; empty when it takes what is asked of it.
-QString refusal(const ReceiverSettings& receiver, const QString& program)
+QString refusal(ReceiverSettings receiver, const QString& program)
 {
-    // A recording would be heard to its end.
-    ReceiverSettings silent = receiver;
-    silent.file.clear();
     // Pictures need a folder; whether files are kept has been looked at.
-    silent.options.removeAll(QStringLiteral("--pictures"));
+    receiver.options.removeAll(QStringLiteral("--pictures"));
     QProcess decoder;
     decoder.setStandardInputFile(QProcess::nullDevice());
     decoder.setStandardOutputFile(QProcess::nullDevice());
-    decoder.start(program, decoderWords(silent, QString()));
+    decoder.start(program, decoderWords(receiver, QString()));
     if (!decoder.waitForFinished(-1))
         return decoder.errorString();
     if (decoder.exitStatus() == QProcess::NormalExit && decoder.exitCode() == 0)
         return {};
     QString words = QString::fromUtf8(decoder.readAllStandardError()).simplified();
     words = words.section(QStringLiteral("morsehost: "), 1).section(QStringLiteral(" (see "), 0, 0);
+    words.remove(QStringLiteral("standard input: "));
     return words.isEmpty() ? QStringLiteral("the decoder fails") : words;
 }
 
@@ -57,21 +66,40 @@ int lineOf(const ReceiverSettings& receiver, const QString& words)
     return line;
 }
 
+// The words with the file's keys for the options of the command line.
+QString inKeys(QString words)
+{
+    for (const stationfile::KeyRow& row : stationfile::keyRows()) {
+        if (row.option)
+            words.replace(
+                QRegularExpression(QStringLiteral("--%1(?![\\w-])").arg(QLatin1String(row.option))),
+                QLatin1String(row.key.name));
+    }
+    return words;
+}
+
 } // namespace
 
 std::vector<ConfigurationFault> decoderFaults(const StationConfiguration& configuration,
                                               const QString& program)
 {
     std::vector<ConfigurationFault> faults;
-    for (const ReceiverSettings& receiver : configuration.receivers) {
-        if (!receiver.file.isEmpty()) {
-            const QString fault = recordingFault(receiver);
-            if (!fault.isEmpty())
-                faults.push_back({receiver.lines.value(QStringLiteral("file")), fault});
-        }
+    const auto ask = [&](const ReceiverSettings& receiver) {
         const QString words = refusal(receiver, program);
         if (!words.isEmpty())
-            faults.push_back({lineOf(receiver, words), words});
+            faults.push_back({lineOf(receiver, words), inKeys(words)});
+    };
+    for (const ReceiverSettings& receiver : configuration.receivers) {
+        if (receiver.file.isEmpty()) {
+            ask(receiver);
+            continue;
+        }
+        const OpenedBand opened = openRecording(receiver);
+        if (opened.source)
+            ask(asSamples(receiver, opened.source->format().rate_Hz));
+        else
+            faults.push_back({receiver.lines.value(QStringLiteral("file")),
+                              receiver.file + QStringLiteral(": ") + opened.error});
     }
     return faults;
 }

@@ -321,6 +321,8 @@ private Q_SLOTS:
             << QStringList{"-n", "4", "-"} << QByteArray() << 2;
         QTest::newRow("limits the wrong way round")
             << QStringList{"--only", "200-100", "-"} << QByteArray() << 2;
+        QTest::newRow("limits outside of the input")
+            << QStringList{"--rate", "8000", "--only", "4000-5000", "-"} << QByteArray() << 1;
         QTest::newRow("limits that are none")
             << QStringList{"--only", "20", "-"} << QByteArray() << 2;
     }

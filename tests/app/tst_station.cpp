@@ -2,6 +2,7 @@
 // `morsehost station` from outside: the example that ships is heard, shown, archived and ended.
 #include "support/files.h"
 #include "support/program.h"
+#include "support/soundfile.h"
 
 #include <QFile>
 #include <QJsonArray>
@@ -72,10 +73,27 @@ private Q_SLOTS:
             << QByteArray("command=x\ndecoder=band\nmap=Klingon\n")
             << QByteArray(":6: no map 'Klingon' is offered for a teleprinter");
         QTest::newRow("no frequencies") << QByteArray("command=x\ndecoder=band\nonly=low\n")
-                                        << QByteArray(":6: --only takes two frequencies");
+                                        << QByteArray(":6: only takes two frequencies");
+        QTest::newRow("frequencies above the input")
+            << QByteArray("command=x\ndecoder=band\nrate=48000\nonly=24000-25000\n")
+            << QByteArray(":7: only 24000-25000 lies outside of what is received, 0 to 24000 Hz\n");
+        QTest::newRow("frequencies of another band")
+            << QByteArray("command=x\ndecoder=band\niq=yes\ncenter=7e6\nonly=400-800\n")
+            << QByteArray(":8: only 400-800 lies outside of what is received, 6976000 to "
+                          "7024000 Hz\n");
+        QTest::newRow("frequencies above those of a recording")
+            << QByteArray("file=" PROJECT_DATA_DIR
+                          "/samples/evening.flac\ndecoder=band\nonly=4000-5000\n")
+            << QByteArray(":6: only 4000-5000 lies outside of what is received, 0 to 4000 Hz\n");
+        QTest::newRow("tone above those of a recording")
+            << QByteArray("tone=3000\nfile=silence.wav\n")
+            << QByteArray(":4: a tone of 3000 Hz cannot be heard at 4000 samples a second");
+        QTest::newRow("key of two words")
+            << QByteArray("command=x\ndecoder=Baudot\nunshift_on_space=perhaps\n")
+            << QByteArray(":6: unshift_on_space takes 'yes' or 'no', not 'perhaps'\n");
         QTest::newRow("too many samples for one signal")
             << QByteArray("command=x\nrate=5000000\n")
-            << QByteArray(":5: --rate takes a whole number from 4000 to 768000");
+            << QByteArray(":5: rate takes a whole number from 4000 to 768000");
         QTest::newRow("no recording")
             << QByteArray("file=checked.ini\n") << QByteArray("checked.ini: is not a recording");
     }
@@ -86,6 +104,7 @@ private Q_SLOTS:
         const QString file = m_folder.filePath("checked.ini");
         QFile::remove(file);
         writeFile(file, "[station]\nfolder=kept\n[receiver a]\n" + receiver);
+        testsupport::writeSoundFile(m_folder.filePath("silence.wav").toStdString(), 4000, {0, 0});
         const auto checked = run({"station", "--check", file});
         QCOMPARE(checked.status, 1);
         QVERIFY2(checked.err.contains(fault), checked.err.constData());
@@ -99,7 +118,7 @@ private Q_SLOTS:
         QTest::newRow("a recording")
             << QByteArray("file=" PROJECT_DATA_DIR "/samples/evening.flac\nrepeat=5\n");
         QTest::newRow("a band") << QByteArray("tcp=host:1\ndecoder=band\nrate=96000\niq=yes\n"
-                                              "center=7e6\nonly=7000000-7040000\nformat=u8\n"
+                                              "center=7e6\nonly=7000000-7100000\nformat=u8\n"
                                               "map=Russian\nleast_snr=3\nmost=100\n");
         QTest::newRow("a teleprinter")
             << QByteArray("command=x\ndecoder=Baudot\nmap=Russian\nbaud=50\nshift=170\n"
