@@ -11,7 +11,11 @@
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QtTest>
+
+#include <cerrno>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 using namespace morsehost;
@@ -26,7 +30,19 @@ n=$(wc -c)
 echo '{"event":"transmission","number":2,"start":"2026-11-22T10:00:06.000Z","stop":"2026-11-22T10:00:09.000Z","text":"'$n'"}'
 )";
 
+// What locking a file fails with, as on a file system without locks; 0 to let it be.
+int g_lockError = 0;
+
 } // namespace
+
+// In place of that of the system.
+int flock(int file, int operation) noexcept
+{
+    if (g_lockError == 0)
+        return static_cast<int>(syscall(SYS_flock, file, operation));
+    errno = g_lockError;
+    return -1;
+}
 
 class tst_Service : public QObject
 {
@@ -441,6 +457,28 @@ echo '{"event":"transmission","number":2,"text":"END '$1'"}'
         QVERIFY(!second.configure(shared, error));
         first.stop();
         QVERIFY2(second.configure(shared, error), qPrintable(error));
+    }
+
+    void aFolderWithoutLocksIsRefused_data()
+    {
+        QTest::addColumn<int>("error");
+        QTest::newRow("not supported") << EOPNOTSUPP;
+        QTest::newRow("no lock server") << ENOLCK;
+    }
+    void aFolderWithoutLocksIsRefused()
+    {
+        QFETCH(int, error);
+        StationService service(program(COUNTING_DECODER));
+        StationConfiguration wanted = configuration({commandReceiver("a", "true")});
+        QString reason;
+        g_lockError = error;
+        const bool isTaken = service.configure(wanted, reason);
+        g_lockError = 0;
+        QVERIFY(!isTaken);
+        QVERIFY2(reason.startsWith(wanted.folder + ": the file system has no locks"),
+                 qPrintable(reason));
+        QVERIFY(service.receivers().empty());
+        QVERIFY2(service.configure(wanted, reason), qPrintable(reason));
     }
 
     void aFolderThatCannotBeMadeIsRefused()
