@@ -312,17 +312,14 @@ int run(Arguments& arguments)
     const QString url = arguments.isSet("archive") ? arguments.text("archive")
                                                    : QString::fromLatin1(DEFAULT_ARCHIVE);
     // A file that is not there is not made by looking into it.
-    const bool isOnServer = isArchiveOnServer(url);
-    if (!isOnServer && !QFileInfo::exists(url.section(QLatin1String("sqlite:"), -1))) {
+    if (!isArchiveOnServer(url) && !QFileInfo::exists(archivePath(url))) {
         complain(url, QStringLiteral("no such archive"));
         return EXIT_BAD_INPUT;
     }
     QString error;
     std::unique_ptr<Archive> archive = Archive::open(url, error);
-    // The URL of a server may hold a password.
-    const QString subject = isOnServer ? QStringLiteral("archive") : url;
     if (!archive) {
-        complain(subject, error);
+        complain(QStringLiteral("archive"), error);
         return EXIT_BAD_INPUT;
     }
     Output output(STDOUT_FILENO);
@@ -331,7 +328,7 @@ int run(Arguments& arguments)
     const std::optional<qint64> latest = archive->latest();
     const auto found = archive->search(query);
     if (!latest || !found) {
-        complain(subject, archive->error());
+        complain(QStringLiteral("archive"), archive->error());
         return EXIT_BAD_INPUT;
     }
     if (!arguments.isSet("follow")) {

@@ -5,6 +5,8 @@
 #include "station/archive/dialect.h"
 #include "station/archive/wantedwords.h"
 
+#include <QFile>
+#include <QFileInfo>
 #include <QSqlDatabase>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -23,6 +25,17 @@ constexpr int NARROW_ROWS = 200000;
 constexpr int COMPARED_ROWS = 20000;
 // So many ids are a block, of which the archive knows when what is in it began.
 constexpr int BLOCK_IDS = 4096;
+
+const char* const NO_ARCHIVE = "is no archive";
+// What the file of a database begins with, unless it is empty.
+const char* const DATABASE_HEADER = "SQLite format 3";
+
+// The database's own words, without those of the driver.
+QString reasonOf(const QSqlError& error)
+{
+    const QString words = error.databaseText().simplified();
+    return words.isEmpty() ? error.driverText().simplified() : words;
+}
 
 QString columnNames()
 {
@@ -130,9 +143,10 @@ std::vector<Conditions> groupsOf(const ArchiveQuery& query)
 
 } // namespace
 
-Archive::Archive(const QString& connection, const ArchiveDialect& dialect)
+Archive::Archive(const QString& connection, const ArchiveDialect& dialect, const QString& place)
     : m_connection(connection)
     , m_dialect(dialect)
+    , m_place(place)
 {
 }
 
@@ -153,11 +167,37 @@ QString archiveUrlFault(const QString& url)
     return dialect.urlFault ? dialect.urlFault(url) : QString();
 }
 
+QString archivePath(const QString& url)
+{
+    const QString scheme = QStringLiteral("sqlite:");
+    return url.startsWith(scheme) ? url.mid(scheme.size()) : url;
+}
+
+QString archiveFileFault(const QString& path)
+{
+    const QFileInfo there(path);
+    if (!there.exists())
+        return {};
+    if (!there.isFile())
+        return there.isDir() ? QStringLiteral("is a folder") : QLatin1String(NO_ARCHIVE);
+    QFile file(path);
+    if (there.size() == 0 || !file.open(QIODevice::ReadOnly))
+        return {};
+    return file.peek(qstrlen(DATABASE_HEADER)) == DATABASE_HEADER ? QString()
+                                                                  : QLatin1String(NO_ARCHIVE);
+}
+
 std::unique_ptr<Archive> Archive::open(const QString& url, QString& error)
 {
     const QString fault = archiveUrlFault(url);
     if (!fault.isEmpty()) {
         error = QStringLiteral("the URL ") + fault;
+        return nullptr;
+    }
+    const QString path = isArchiveOnServer(url) ? QString() : archivePath(url);
+    const QString place = path.isEmpty() ? QString() : path + QStringLiteral(": ");
+    if (const QString fileFault = archiveFileFault(path); !fileFault.isEmpty()) {
+        error = place + fileFault;
         return nullptr;
     }
     static std::atomic<int> s_connections{0};
@@ -168,10 +208,10 @@ std::unique_ptr<Archive> Archive::open(const QString& url, QString& error)
         dialect.setUp(database, url);
         database.open();
     }
-    std::unique_ptr<Archive> archive(new Archive(name, dialect));
+    std::unique_ptr<Archive> archive(new Archive(name, dialect, place));
     const QSqlDatabase database = QSqlDatabase::database(name, false);
     if (!database.isOpen()) {
-        error = database.lastError().text();
+        error = place + reasonOf(database.lastError());
         return nullptr;
     }
     if (!archive->prepareSchema()) {
@@ -183,6 +223,12 @@ std::unique_ptr<Archive> Archive::open(const QString& url, QString& error)
 
 bool Archive::prepareSchema()
 {
+    // Of another program: nothing of it is touched.
+    if (m_dialect.isForeign && number(QLatin1String(m_dialect.isForeign)) != 0) {
+        if (m_error.isEmpty())
+            fail(QLatin1String(NO_ARCHIVE));
+        return false;
+    }
     for (const char* const sql : m_dialect.onOpening) {
         if (!run(QLatin1String(sql)))
             return false;
@@ -206,8 +252,7 @@ bool Archive::prepareSchema()
     if (!version)
         return rollBack();
     if (*version < 0 || *version > newest) {
-        m_error =
-            QStringLiteral("holds an archive of version %1, not %2").arg(*version).arg(newest);
+        fail(QStringLiteral("holds an archive of version %1, not %2").arg(*version).arg(newest));
         return rollBack();
     }
     for (auto step = static_cast<std::size_t>(*version); step < m_dialect.schema.size(); ++step) {
@@ -223,9 +268,10 @@ bool Archive::prepareSchema()
 
 bool Archive::run(QSqlQuery& query)
 {
-    if (query.exec())
+    // exec() would forget why a query could not be prepared.
+    if (!query.lastError().isValid() && query.exec())
         return true;
-    m_error = query.lastError().text();
+    fail(reasonOf(query.lastError()));
     return false;
 }
 
@@ -234,7 +280,7 @@ bool Archive::run(const QString& sql)
     QSqlQuery query(QSqlDatabase::database(m_connection, false));
     if (query.exec(sql))
         return true;
-    m_error = query.lastError().text();
+    fail(reasonOf(query.lastError()));
     return false;
 }
 
@@ -255,7 +301,7 @@ bool Archive::transact(Work work)
 {
     QSqlDatabase database = QSqlDatabase::database(m_connection, false);
     if (!database.transaction()) {
-        m_error = database.lastError().text();
+        fail(reasonOf(database.lastError()));
         return false;
     }
     if ((m_dialect.beforeAdding && !run(QLatin1String(m_dialect.beforeAdding))) || !work()) {
@@ -263,7 +309,7 @@ bool Archive::transact(Work work)
         return false;
     }
     if (!database.commit()) {
-        m_error = database.lastError().text();
+        fail(reasonOf(database.lastError()));
         database.rollback();
         return false;
     }

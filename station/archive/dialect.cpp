@@ -13,8 +13,7 @@ namespace {
 
 void setUpSqlite(QSqlDatabase& database, const QString& url)
 {
-    const QString scheme = QStringLiteral("sqlite:");
-    database.setDatabaseName(url.startsWith(scheme) ? url.mid(scheme.size()) : url);
+    database.setDatabaseName(archivePath(url));
     database.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=10000"));
 }
 
@@ -99,6 +98,8 @@ const ArchiveDialect SQLITE = {
     "QSQLITE",
     nullptr,
     setUpSqlite,
+    "SELECT EXISTS (SELECT 1 FROM sqlite_master) AND NOT EXISTS "
+    "(SELECT 1 FROM pragma_table_info('transmissions') WHERE name = 'raw_text')",
     {"PRAGMA journal_mode = WAL", "PRAGMA synchronous = FULL"},
     "BEGIN IMMEDIATE",
     "PRAGMA user_version",
@@ -156,6 +157,7 @@ const ArchiveDialect POSTGRESQL = {
     "QPSQL",
     postgresqlUrlFault,
     setUpPostgresql,
+    nullptr,
     {},
     "BEGIN",
     "SELECT coalesce((SELECT obj_description(to_regclass('transmissions')))::int, 0)",

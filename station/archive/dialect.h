@@ -20,6 +20,9 @@ struct ArchiveDialect
     QString (*urlFault)(const QString& url);
     /// Of the connection, before it is opened.
     void (*setUp)(QSqlDatabase& database, const QString& url);
+    /// A query: not 0 where there are tables, but none of an archive; null where others may be
+    /// there as well.
+    const char* isForeign;
     std::vector<const char*> onOpening;
     const char* begin;   ///< of a transaction that keeps others from making the tables
     const char* version; ///< a query

@@ -4,6 +4,7 @@
 #include "station/archive/archive.h"
 #include "station/archive/dialect.h"
 #include "station/archive/recording.h"
+#include "support/files.h"
 
 #include <QDir>
 #include <QFile>
@@ -364,6 +365,35 @@ private Q_SLOTS:
         QCOMPARE(*archive->hasRecording("none"), false);
         // What had no station is of the station without a name.
         QCOMPARE(*archive->removeBefore(100 * SECOND_us, QString()), 1);
+    }
+
+    // On a server, others may have tables in the same database.
+    void theDatabaseOfAnotherProgramIsLeftAsItIs()
+    {
+        const QString other = m_folder.filePath("other.db");
+        {
+            QSqlDatabase database = QSqlDatabase::addDatabase("QSQLITE", "other");
+            database.setDatabaseName(other);
+            QVERIFY(database.open());
+            QSqlQuery query(database);
+            QVERIFY(query.exec("CREATE TABLE transmissions (speaker TEXT)"));
+            database.close();
+        }
+        QSqlDatabase::removeDatabase("other");
+        const QByteArray before = contentOf(other);
+        QString error;
+        QVERIFY(!Archive::open(other, error));
+        QCOMPARE(error, other + ": is no archive");
+        QCOMPARE(contentOf(other), before);
+    }
+
+    void aDamagedArchiveIsNamed()
+    {
+        const QString damaged = m_folder.filePath("damaged.db");
+        writeFile(damaged, QByteArray("SQLite format 3\0", 16) + QByteArray(5000, 'x'));
+        QString error;
+        QVERIFY(!Archive::open(damaged, error));
+        QCOMPARE(error, damaged + ": file is not a database");
     }
 
     void wordsAreFoundWhole_data()

@@ -289,6 +289,14 @@ only=7000000-7040000
         QTest::newRow("an archive that is a folder")
             << head + "archive=.\n" + one
             << QString("3: %1 is a folder").arg(QFileInfo(path("x")).path());
+        write(path("notes.txt"), "no database");
+        QTest::newRow("an archive that is none")
+            << head + "archive=sqlite:notes.txt\n" + one
+            << QString("3: %1 is no archive").arg(path("notes.txt"));
+        write(path("other/archive.db"), "no database");
+        QTest::newRow("a folder whose archive is none")
+            << QByteArray("[station]\nfolder=other\n") + one
+            << QString("2: %1 is no archive").arg(path("other/archive.db"));
         QTest::newRow("pictures of nothing") << head + one + "pictures=yes\nsave=no\n"
                                              << "5: pictures need save=true";
         QTest::newRow("the size of a server")
