@@ -147,10 +147,10 @@ MorseStation& Reception::begin(const ReceivedSource& source, bool isOneOfSeveral
     settings.demodulator = source.demodulator;
     StationListener* listener = &this->listener(source);
     if (m_options.hasPictures)
-        listener = &m_pictures.emplace(*listener, m_options.saveDirectory);
+        listener = &m_morsePictures.emplace(*listener, m_options.saveDirectory);
     m_station.emplace(m_tree, settings, *listener);
-    if (m_pictures)
-        m_pictures->feed(*m_station);
+    if (m_morsePictures)
+        m_morsePictures->feed(*m_station);
     m_station->start();
     if (isOneOfSeveral)
         m_reporter->source(source.name);
@@ -162,12 +162,16 @@ SoundSinks Reception::sinks()
     SoundSinks sinks;
     if (m_station)
         sinks.morse = &*m_station;
-    if (m_pictures) {
-        sinks.morse = &*m_pictures;
-        sinks.observer = &*m_pictures;
+    if (m_morsePictures) {
+        sinks.morse = &*m_morsePictures;
+        sinks.observer = &*m_morsePictures;
     }
     if (m_teleprinter)
         sinks.teleprinter = &*m_teleprinter;
+    if (m_teleprinterPictures) {
+        sinks.teleprinter = &*m_teleprinterPictures;
+        sinks.teleprinterObserver = &*m_teleprinterPictures;
+    }
     return sinks;
 }
 
@@ -178,7 +182,12 @@ TeleprinterStation& Reception::beginTeleprinter(const ReceivedSource& source,
     settings.source = source.name;
     settings.saveDirectory = m_options.saveDirectory;
     settings.start_us = source.start_us;
-    m_teleprinter.emplace(m_tree, settings, listener(source));
+    StationListener* listener = &this->listener(source);
+    if (m_options.hasPictures)
+        listener = &m_teleprinterPictures.emplace(*listener, m_options.saveDirectory);
+    m_teleprinter.emplace(m_tree, settings, *listener);
+    if (m_teleprinterPictures)
+        m_teleprinterPictures->feed(*m_teleprinter);
     m_teleprinter->start();
     if (isOneOfSeveral)
         m_reporter->source(source.name);
@@ -195,11 +204,12 @@ void Reception::end(SourceEnd how)
         m_lost.characters += lost.characters;
         m_lost.documents += lost.documents;
         m_station.reset();
-        m_pictures.reset();
+        m_morsePictures.reset();
     }
     if (m_teleprinter) {
         m_lostTransmissions += m_teleprinter->lost();
         m_teleprinter.reset();
+        m_teleprinterPictures.reset();
     }
     m_archive.end(how);
     m_reporter->end();

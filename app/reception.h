@@ -69,7 +69,8 @@ private:
     ReceptionArchive m_archive;
     ArchivingListener m_listener;
     HostTree m_tree;
-    std::optional<TransmissionPictures> m_pictures;
+    std::optional<MorsePictures> m_morsePictures;
+    std::optional<TeleprinterPictures> m_teleprinterPictures;
     std::optional<MorseStation> m_station;           ///< goes before the tree
     std::optional<TeleprinterStation> m_teleprinter; ///< likewise
     std::map<QString, bool> m_canBegin;              ///< decoders that were tried

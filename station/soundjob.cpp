@@ -66,7 +66,7 @@ private:
     SoundJob& m_job;
 };
 
-class SoundJob::TextCollector : public teleprinter::TextSink
+class SoundJob::TextCollector : public teleprinter::TextSink, public teleprinter::Observer
 {
 public:
     explicit TextCollector(SoundJob& job)
@@ -93,6 +93,18 @@ public:
         m_job.add([=](const SoundSinks& sinks) {
             sinks.teleprinter->transmissionStopped(line, time_us);
         });
+    }
+
+    void sound(const float* samples, std::size_t count, double rate_Hz) override
+    {
+        m_job.add([piece = std::vector<float>(samples, samples + count),
+                   rate_Hz](const SoundSinks& sinks) {
+            sinks.teleprinterObserver->sound(piece.data(), piece.size(), rate_Hz);
+        });
+    }
+    void word(const teleprinter::SeenWord& word) override
+    {
+        m_job.add([=](const SoundSinks& sinks) { sinks.teleprinterObserver->word(word); });
     }
 
 private:
@@ -184,7 +196,7 @@ void SoundJob::hearTeleprinter(SampleSource& source)
     teleprinter::Settings without = m_request.teleprinter;
     without.known = {};
     TextCollector collector(*this);
-    Receivers receivers = {{m_request.teleprinter, collector},
+    Receivers receivers = {{m_request.teleprinter, collector, m_isObserved ? &collector : nullptr},
                            collector.isHeard(),
                            isSet ? std::make_unique<LineFinder>(without) : nullptr};
     hearWith(receivers, source);

@@ -5,6 +5,7 @@
 
 #include "signal/morse/observer.h"
 #include "signal/morse/symbolsink.h"
+#include "signal/teleprinter/observer.h"
 #include "signal/teleprinter/teleprinterreceiver.h"
 #include "station/audio/sound.h"
 
@@ -44,13 +45,14 @@ struct SoundSinks
     demodulator::SymbolSink* morse = nullptr;
     demodulator::Observer* observer = nullptr; ///< beside `morse`
     teleprinter::TextSink* teleprinter = nullptr;
+    teleprinter::Observer* teleprinterObserver = nullptr; ///< beside `teleprinter`
 };
 
 class SoundJob
 {
 public:
     /// Begins at once. The bell outlives the job. The request's decoder may be DECODER_AS_FOUND.
-    /// What an observer of the demodulator of Morse sees is kept only where it is wanted.
+    /// What an observer sees is kept only where it is wanted.
     SoundJob(SoundRequest request, SoundBell& bell, bool isObserved = false);
     /// Stops it where it is.
     ~SoundJob();
@@ -60,7 +62,7 @@ public:
     /// Null until the first samples are there, or are known not to come.
     const SoundFacts* facts() const;
     /// Hands on what has been heard since the last call; to be called from one thread, again and
-    /// again, since a job waits when much has not been fetched. The observer is that of a job that
+    /// again, since a job waits when much has not been fetched. Observers are those of a job that
     /// is observed. False when there was nothing.
     bool deliver(const SoundSinks& sinks);
     /// All has been heard; there may still be something to deliver.

@@ -244,8 +244,8 @@ int run(Arguments& arguments)
     if (options.startRule == StartRule::Given && sounds.size() > 1)
         arguments.fail(QStringLiteral("--start TIME is for one recording; several take "
                                       "--start auto"));
-    const TeleprinterChoice choice = readTeleprinterOptions(
-        arguments, {"wpm", "codes", "alphabet", "cut-numbers", "pictures"}, sounds);
+    const TeleprinterChoice choice =
+        readTeleprinterOptions(arguments, {"wpm", "codes", "alphabet", "cut-numbers"}, sounds);
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
     if (!canDecode(arguments, choice))

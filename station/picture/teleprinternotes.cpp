@@ -14,6 +14,21 @@ TeleprinterNotes::TeleprinterNotes(const Stretch& stretch, std::int64_t begin_us
     m_seen.stretch = stretch;
 }
 
+void TeleprinterNotes::forgetBefore(std::int64_t time_us)
+{
+    if (time_us <= m_seen.stretch.from_us)
+        return;
+    m_seen.stretch.from_us = time_us;
+    m_sound.forgetBefore(time_us, m_seen);
+    const auto forget = [](auto& things, auto isOver) {
+        things.erase(things.begin(), std::find_if_not(things.begin(), things.end(), isOver));
+    };
+    forget(m_seen.words,
+           [time_us](const TeleprinterWord& word) { return word.seen.end_us <= time_us; });
+    forget(m_seen.transmissions,
+           [time_us](const Transmission& one) { return one.end_us && *one.end_us <= time_us; });
+}
+
 void TeleprinterNotes::sound(const float* samples, std::size_t count, double rate_Hz)
 {
     m_sound.hear(samples, count, rate_Hz, m_seen);

@@ -38,6 +38,8 @@ public:
     explicit TeleprinterNotes(const Stretch& stretch, std::int64_t begin_us = 0);
 
     const SeenTeleprinter& seen() const { return m_seen; }
+    /// The stretch begins then, or where it did if that is later.
+    void forgetBefore(std::int64_t time_us);
 
     void transmissionStarted(const teleprinter::Line& line, std::int64_t time_us) override;
     void character(std::uint8_t character, std::int64_t time_us) override;

@@ -73,6 +73,33 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(QString(pictures[0]).replace("_picture", "_picture_2")));
     }
 
+    void decodeKeepsAPictureOfATeleprinter_data()
+    {
+        QTest::addColumn<QString>("decoder");
+        QTest::addColumn<QString>("recording");
+        const QString folder = QStringLiteral(TEST_DATA_DIR "/teleprinters/");
+        QTest::newRow("Baudot") << "Baudot" << folder + "minimodem-ita2.flac";
+        QTest::newRow("ASCII") << "ASCII RTTY" << folder + "minimodem-ascii.flac";
+        QTest::newRow("as found") << "auto" << folder + "hf-weather.flac";
+    }
+    void decodeKeepsAPictureOfATeleprinter()
+    {
+        QFETCH(QString, decoder);
+        QFETCH(QString, recording);
+        QTemporaryDir dir;
+        const Ended ended = run({"decode", "--decoder", decoder, "--json", "--save", dir.path(),
+                                 "--pictures", recording});
+        QCOMPARE(ended.status, 0);
+        const QByteArray last = ended.out.split('\n').at(ended.out.count('\n') - 1);
+        const QJsonObject object = QJsonDocument::fromJson(last).object();
+        QCOMPARE(object.value("event").toString(), QString("transmission"));
+        const Drawn drawn =
+            testsupport::readDrawn(contentOf(object.value("files").toArray().last().toString()));
+        QCOMPARE(drawn.error, QString());
+        QCOMPARE(textOf(drawn), object.value("text").toString().remove(QRegularExpression("\\s")));
+        QCOMPARE(drawn.inRows("flagname").size(), std::size_t(2));
+    }
+
     void decodeKeepsNoPictureOfWhatItDoesNotSave()
     {
         const Ended ended = run({"decode", "--pictures", RECORDING});

@@ -59,6 +59,37 @@ private Q_SLOTS:
         QCOMPARE(drawn.inRows("text").size(), seen.words.size());
     }
 
+    void whatIsForgottenLeavesWhatAStretchThatBeginsThenHas()
+    {
+        const SeenTeleprinter all = seenOver(12.0, 110.0);
+        const auto heard = [&all](TeleprinterNotes& notes) {
+            notes.sound(all.samples.data(), all.samples.size(), all.rate_Hz);
+            notes.transmissionStarted(*all.line, 0);
+            for (std::size_t i = 0; i < all.words.size(); ++i) {
+                notes.word(all.words[i].seen);
+                if (i == 10) {
+                    notes.transmissionStopped(*all.line, all.words[i].seen.end_us);
+                    notes.transmissionStarted(*all.line, all.words[i + 1].seen.begin_us);
+                }
+            }
+        };
+        TeleprinterNotes notes({0, 20000000});
+        heard(notes);
+        notes.forgetBefore(3000000);
+        notes.forgetBefore(5000000);
+        notes.forgetBefore(4000000); // is forgotten already
+        TeleprinterNotes wanted({5000000, 20000000});
+        heard(wanted);
+        const SeenTeleprinter& seen = notes.seen();
+        QCOMPARE(seen.stretch.from_us, wanted.seen().stretch.from_us);
+        QCOMPARE(seen.firstSample, wanted.seen().firstSample);
+        QCOMPARE(seen.samples.size(), wanted.seen().samples.size());
+        QCOMPARE(seen.words.size(), wanted.seen().words.size());
+        QCOMPARE(seen.words.front().seen.begin_us, wanted.seen().words.front().seen.begin_us);
+        QCOMPARE(seen.transmissions.size(), std::size_t(1));
+        QCOMPARE(seen.transmissions.size(), wanted.seen().transmissions.size());
+    }
+
     void withoutAWordItSaysSo()
     {
         SeenTeleprinter seen = seenOver(5.0, 100.0);
