@@ -147,6 +147,7 @@ command=python3 $work/feed.py $work $hours $speed $minutes
 decoder=band
 rate=8000
 stall=600
+pictures=true
 [receiver evening]
 file=$PWD/data/samples/evening.flac
 repeat=10

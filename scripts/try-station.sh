@@ -125,10 +125,12 @@ command="sox $PWD/data/samples/three-overs.flac -t raw -r 8000 -e signed -b 16 -
 file=$PWD/data/samples/bands/contest.flac
 decoder=band
 repeat=20
+pictures=true
 [receiver teleprinter]
 file=$work/teleprinter.wav
 decoder=Baudot
 repeat=5
+pictures=true
 [receiver broken]
 command=exit 3
 [receiver both]
@@ -188,6 +190,8 @@ north=http://127.0.0.1:$northPort/
 south=https://127.0.0.1:$southPort/
 see --open 'GOOD EVENING' $north "$pictures/page.png" north live running 'the command ended with status 3' 'GOOD EVENING' \
     'QUICK BROWN' 'south evening' && echo "The page shows what it must"
+see --open 'QUICK BROWN' $north "$pictures/teleprinter.png" north live && see --open TEST $north "$pictures/band.png" north live &&
+    echo "pictures of a teleprinter and of a band included"
 see --telephone --search SP5ABC $north "$pictures/telephone.png" live running 'GOOD EVENING' '2 found' 'south both' &&
     echo "so it does on a telephone, what the other station has heard included"
 see --ca "$work/ca.pem" --password beacon --search SP5ABC $south "$pictures/tls.png" south live running '2 found' 'north both' &&

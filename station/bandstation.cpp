@@ -11,6 +11,31 @@ namespace morsehost {
 
 BandListener::~BandListener() = default;
 
+void PassingBandListener::found(const BandEntry& signal)
+{
+    m_next.found(signal);
+}
+
+void PassingBandListener::text(const BandEntry& signal, const QString& text, std::int64_t time_us)
+{
+    m_next.text(signal, text, time_us);
+}
+
+void PassingBandListener::transmission(const Transmission& transmission)
+{
+    m_next.transmission(transmission);
+}
+
+void PassingBandListener::lost(const BandEntry& signal)
+{
+    m_next.lost(signal);
+}
+
+void PassingBandListener::saving(const QString& message)
+{
+    m_next.saving(message);
+}
+
 // One signal's station, and what it reports.
 class BandStation::One : private StationListener
 {

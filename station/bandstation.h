@@ -48,6 +48,26 @@ public:
     virtual void saving(const QString& message) = 0;
 };
 
+/// Passes all on to another listener, for those that look at a part of it.
+class PassingBandListener : public BandListener
+{
+public:
+    /// The next one outlives it.
+    explicit PassingBandListener(BandListener& next)
+        : m_next(next)
+    {
+    }
+
+    void found(const BandEntry& signal) override;
+    void text(const BandEntry& signal, const QString& text, std::int64_t time_us) override;
+    void transmission(const Transmission& transmission) override;
+    void lost(const BandEntry& signal) override;
+    void saving(const QString& message) override;
+
+private:
+    BandListener& m_next;
+};
+
 /// Signals come and go: a station lives as long as its signal.
 class BandStation : public demodulator::BandSink
 {

@@ -143,13 +143,13 @@ int inspectBand(Arguments& arguments, double from_s, double length_s)
     const QString& error = opened.source->error();
     if (!error.isEmpty())
         complain(name, error);
-    if (waterfall.columns() == 0) {
+    if (waterfall.powers().columns() == 0) {
         if (error.isEmpty())
             complainOfEnd(name, done_s, from_s);
         return EXIT_BAD_INPUT;
     }
     stretch.to_us = std::min(stretch.to_us, microseconds(done_s));
-    if (!file.write(inspect::bandPicture(waterfall, texts.texts, stretch, choice.center_Hz,
+    if (!file.write(inspect::bandPicture(waterfall.powers(), texts.texts, stretch, choice.center_Hz,
                                          QFileInfo(name).fileName())))
         return EXIT_BAD_INPUT;
     return error.isEmpty() ? EXIT_DONE : EXIT_BAD_INPUT;

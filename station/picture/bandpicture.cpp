@@ -12,8 +12,10 @@ namespace inspect {
 
 namespace {
 
-constexpr int ROW_COLUMNS = 1440; // a minute
-constexpr double ROW_s = ROW_COLUMNS * Waterfall::COLUMN_s;
+constexpr double ROW_PIXELS = 1440.0;
+constexpr double LONGEST_ROW_s = 60.0;
+constexpr double SHORTEST_ROW_s = 10.0;
+constexpr int ROW_TICKS = 12;      // at most
 constexpr double BAND_LEFT = 92.0; // frequencies are wider than seconds
 constexpr double AXIS = 30.0;      // below each row
 constexpr double BOTTOM = 12.0;
@@ -51,14 +53,17 @@ double roundStep(double least)
 class BandDrawing
 {
 public:
-    BandDrawing(const Waterfall& waterfall, const std::vector<BandText>& texts,
+    BandDrawing(const BandPowers& powers, const std::vector<BandText>& texts,
                 const Stretch& stretch, double center_Hz)
-        : m_waterfall(waterfall)
+        : m_powers(powers)
         , m_stretch(stretch)
         , m_center_Hz(center_Hz)
-        , m_height(bandRows(waterfall.highest_Hz() - waterfall.lowest_Hz()))
-        , m_timeRows(std::max(1, (waterfall.columns() + ROW_COLUMNS - 1) / ROW_COLUMNS))
-        , m_shading(Shading::of(waterfall.powers_dB()))
+        , m_height(bandRows(powers.highest_Hz - powers.lowest_Hz))
+        , m_row_s(std::clamp(std::ceil(secondsOf(stretch.to_us - stretch.from_us)), SHORTEST_ROW_s,
+                             LONGEST_ROW_s))
+        , m_rowColumns(static_cast<int>(std::lround(m_row_s / Waterfall::COLUMN_s)))
+        , m_timeRows(std::max(1, (powers.columns() + m_rowColumns - 1) / m_rowColumns))
+        , m_shading(Shading::of(powers.powers_dB))
     {
         for (const BandText& text : texts)
             m_signals[text.number].push_back(&text);
@@ -66,14 +71,14 @@ public:
 
     QByteArray draw(const QString& title)
     {
-        m_svg.begin(BAND_LEFT + ROW_COLUMNS + Svg::RIGHT,
+        m_svg.begin(BAND_LEFT + ROW_PIXELS + Svg::RIGHT,
                     Svg::HEADER + m_timeRows * (m_height + AXIS) + BOTTOM, title, BAND_STYLE);
         m_svg.writeHeader(BAND_LEFT, title,
                           QStringLiteral("%1 s to %2 s, %3 to %4 kHz, %5 signals with text")
                               .arg(secondsOf(m_stretch.from_us), 0, 'f', 0)
                               .arg(secondsOf(m_stretch.to_us), 0, 'f', 0)
-                              .arg((m_center_Hz + m_waterfall.lowest_Hz()) / 1000.0, 0, 'f', 2)
-                              .arg((m_center_Hz + m_waterfall.highest_Hz()) / 1000.0, 0, 'f', 2)
+                              .arg((m_center_Hz + m_powers.lowest_Hz) / 1000.0, 0, 'f', 2)
+                              .arg((m_center_Hz + m_powers.highest_Hz) / 1000.0, 0, 'f', 2)
                               .arg(m_signals.size()));
         for (int row = 0; row < m_timeRows; ++row) {
             m_svg.beginGroup("row", BAND_LEFT, Svg::HEADER + row * (m_height + AXIS));
@@ -86,29 +91,32 @@ public:
 private:
     double yOf(double tone_Hz) const
     {
-        return m_height * (m_waterfall.highest_Hz() - tone_Hz) /
-               (m_waterfall.highest_Hz() - m_waterfall.lowest_Hz());
+        return m_height * (m_powers.highest_Hz - tone_Hz) /
+               (m_powers.highest_Hz - m_powers.lowest_Hz);
     }
+
+    double xOf(double time_s) const { return time_s / m_row_s * ROW_PIXELS; }
 
     void drawRow(int row)
     {
-        const int first = row * ROW_COLUMNS;
-        const int columns = std::min(ROW_COLUMNS, m_waterfall.columns() - first);
+        const int first = row * m_rowColumns;
+        const int columns = std::min(m_rowColumns, m_powers.columns() - first);
         if (columns > 0) {
-            const int rows = m_waterfall.rows();
+            const int rows = m_powers.rows;
             std::vector<float> powers_dB;
             powers_dB.reserve(static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns));
             for (int y = 0; y < rows; ++y) {
                 for (int x = first; x < first + columns; ++x)
-                    powers_dB.push_back(m_waterfall.powers_dB()[static_cast<std::size_t>(x) *
-                                                                    static_cast<std::size_t>(rows) +
-                                                                static_cast<std::size_t>(y)]);
+                    powers_dB.push_back(m_powers.powers_dB[static_cast<std::size_t>(x) *
+                                                               static_cast<std::size_t>(rows) +
+                                                           static_cast<std::size_t>(y)]);
             }
-            m_svg.image(0.0, 0.0, columns, m_height, m_shading.png(powers_dB, columns));
+            m_svg.image(0.0, 0.0, columns * ROW_PIXELS / m_rowColumns, m_height,
+                        m_shading.png(powers_dB, columns));
         }
-        m_svg.rectangle("frame", 0.0, 0.0, ROW_COLUMNS, m_height);
+        m_svg.rectangle("frame", 0.0, 0.0, ROW_PIXELS, m_height);
         drawFrequencies();
-        const double begin_s = secondsOf(m_stretch.from_us) + row * ROW_s;
+        const double begin_s = secondsOf(m_stretch.from_us) + row * m_row_s;
         drawTimes(begin_s);
         for (const auto& signal : m_signals)
             drawTexts(signal.second, begin_s);
@@ -116,8 +124,8 @@ private:
 
     void drawFrequencies()
     {
-        const double lowest_Hz = m_center_Hz + m_waterfall.lowest_Hz();
-        const double highest_Hz = m_center_Hz + m_waterfall.highest_Hz();
+        const double lowest_Hz = m_center_Hz + m_powers.lowest_Hz;
+        const double highest_Hz = m_center_Hz + m_powers.highest_Hz;
         const double tick_Hz = roundStep(LEAST_TICK * (highest_Hz - lowest_Hz) / m_height);
         const int digits = tick_Hz < 10.0 ? 3 : tick_Hz < 100.0 ? 2 : tick_Hz < 1000.0 ? 1 : 0;
         for (double tick = std::ceil(lowest_Hz / tick_Hz); tick * tick_Hz <= highest_Hz; ++tick) {
@@ -130,12 +138,13 @@ private:
 
     void drawTimes(double begin_s)
     {
-        constexpr double TICK_s = 5.0;
-        for (double tick = std::ceil(begin_s / TICK_s); tick * TICK_s <= begin_s + ROW_s; ++tick) {
-            const double x = (tick * TICK_s - begin_s) / Waterfall::COLUMN_s;
+        const double tick_s = roundStep(m_row_s / ROW_TICKS);
+        for (double tick = std::ceil(begin_s / tick_s); tick * tick_s <= begin_s + m_row_s;
+             ++tick) {
+            const double x = xOf(tick * tick_s - begin_s);
             m_svg.line("line", x, m_height, x, m_height + 4.0);
             m_svg.write("middle", x, m_height + 18.0,
-                        QStringLiteral("%1 s").arg(tick * TICK_s, 0, 'f', 0));
+                        QStringLiteral("%1 s").arg(tick * tick_s, 0, 'f', 0));
         }
     }
 
@@ -152,8 +161,8 @@ private:
             word.clear();
         };
         for (const BandText* const text : texts) {
-            const double x = (secondsOf(text->time_us) - begin_s) / Waterfall::COLUMN_s;
-            if (x < 0.0 || x >= ROW_COLUMNS)
+            const double x = xOf(secondsOf(text->time_us) - begin_s);
+            if (x < 0.0 || x >= ROW_PIXELS)
                 continue;
             if (text->text.trimmed().isEmpty()) {
                 flush();
@@ -167,10 +176,12 @@ private:
         flush();
     }
 
-    const Waterfall& m_waterfall;
+    const BandPowers& m_powers;
     Stretch m_stretch;
     double m_center_Hz;
     int m_height;
+    double m_row_s; ///< of time in a row
+    int m_rowColumns;
     int m_timeRows;
     Shading m_shading;
     std::map<int, std::vector<const BandText*>> m_signals;
@@ -185,10 +196,10 @@ int bandRows(double width_Hz)
                                        static_cast<double>(HIGHEST_BAND_PIXELS)));
 }
 
-QByteArray bandPicture(const Waterfall& waterfall, const std::vector<BandText>& texts,
+QByteArray bandPicture(const BandPowers& powers, const std::vector<BandText>& texts,
                        const Stretch& stretch, double center_Hz, const QString& title)
 {
-    return BandDrawing(waterfall, texts, stretch, center_Hz).draw(title);
+    return BandDrawing(powers, texts, stretch, center_Hz).draw(title);
 }
 
 } // namespace inspect

@@ -27,9 +27,9 @@ constexpr int HIGHEST_BAND_PIXELS = 4000;
 /// Rows for this many hertz so that signals 160 Hz apart can be read.
 int bandRows(double width_Hz);
 
-/// A row a minute: the waterfall, time to the right, with each signal's text along its trace.
-/// `center_Hz` is what 0 Hz of the band is.
-QByteArray bandPicture(const Waterfall& waterfall, const std::vector<BandText>& texts,
+/// A row a minute, or one for a shorter stretch: the waterfall, time to the right, with each
+/// signal's text along its trace. `center_Hz` is what 0 Hz of the band is.
+QByteArray bandPicture(const BandPowers& powers, const std::vector<BandText>& texts,
                        const Stretch& stretch, double center_Hz, const QString& title);
 
 } // namespace inspect

@@ -32,9 +32,9 @@ Waterfall::Waterfall(const demodulator::BandFormat& format, const Stretch& stret
     };
     m_firstBin = binOf(lowest_Hz);
     m_lastBin = binOf(highest_Hz);
-    m_rows = static_cast<int>(std::min<long>(maxRows, m_lastBin - m_firstBin + 1));
-    m_lowest_Hz = (static_cast<double>(m_firstBin) - 0.5) * bin_Hz;
-    m_highest_Hz = (static_cast<double>(m_lastBin) + 0.5) * bin_Hz;
+    m_powers.rows = static_cast<int>(std::min<long>(maxRows, m_lastBin - m_firstBin + 1));
+    m_powers.lowest_Hz = (static_cast<double>(m_firstBin) - 0.5) * bin_Hz;
+    m_powers.highest_Hz = (static_cast<double>(m_lastBin) + 0.5) * bin_Hz;
     m_fullScale = (m_isComplex ? 1.0 : 0.25) * m_window.sum * m_window.sum;
     m_input.reserve(m_size);
 }
@@ -60,14 +60,14 @@ void Waterfall::addColumn()
     m_input.clear();
     const auto size = static_cast<long>(m_size);
     const long bins = m_lastBin - m_firstBin + 1;
-    for (int row = 0; row < m_rows; ++row) {
-        const long to = m_lastBin - bins * row / m_rows;
-        const long from = m_lastBin - bins * (row + 1) / m_rows + 1;
+    for (int row = 0; row < m_powers.rows; ++row) {
+        const long to = m_lastBin - bins * row / m_powers.rows;
+        const long from = m_lastBin - bins * (row + 1) / m_powers.rows + 1;
         float strongest = 0.0F;
         for (long bin = from; bin <= to; ++bin)
             strongest = std::max(
                 strongest, std::norm(m_output[static_cast<std::size_t>((bin + size) % size)]));
-        m_powers_dB.push_back(static_cast<float>(
+        m_powers.powers_dB.push_back(static_cast<float>(
             10.0 * std::log10(static_cast<double>(strongest) / m_fullScale + SILENCE)));
     }
 }

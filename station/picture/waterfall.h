@@ -10,11 +10,24 @@
 
 #include <complex>
 #include <memory>
+#include <utility>
 #include <vector>
 
 namespace inspect {
 
-/// A picture's powers grow with the stretch and with `rows`, not with the width of the band.
+/// The power of a part of a band over time, full-scale tone: 0 dB.
+struct BandPowers
+{
+    int rows = 0;
+    double lowest_Hz = 0.0;       ///< lower edge of the lowest row
+    double highest_Hz = 0.0;      ///< upper edge of the highest
+    std::vector<float> powers_dB; ///< column by column, in each the highest frequency first
+
+    int columns() const { return rows > 0 ? static_cast<int>(powers_dB.size()) / rows : 0; }
+};
+
+/// Powers grow with the stretch and with `maxRows`, not with the width of the band. Of the
+/// frequencies of a row the strongest counts, so that no signal is lost between two.
 class Waterfall
 {
 public:
@@ -28,14 +41,9 @@ public:
 
     void push(const std::complex<float>* samples, std::size_t count);
 
-    int columns() const { return static_cast<int>(m_powers_dB.size()) / m_rows; }
-    int rows() const { return m_rows; }
-    /// Of the lower edge of the lowest row, and of the upper edge of the highest.
-    double lowest_Hz() const { return m_lowest_Hz; }
-    double highest_Hz() const { return m_highest_Hz; }
-    /// `rows()` powers a column, the highest frequency first; full-scale tone: 0 dB. Of the
-    /// frequencies of a row the strongest counts, so that no signal is lost between two.
-    const std::vector<float>& powers_dB() const { return m_powers_dB; }
+    const BandPowers& powers() const { return m_powers; }
+    /// Those of the columns since the last call, which are forgotten.
+    std::vector<float> takePowers() { return std::exchange(m_powers.powers_dB, {}); }
 
 private:
     void addColumn();
@@ -49,15 +57,12 @@ private:
     double m_begun = 0.0; ///< columns that are done
     long m_firstBin;
     long m_lastBin;
-    int m_rows;
-    double m_lowest_Hz;
-    double m_highest_Hz;
+    BandPowers m_powers;
     demodulator::Window m_window;
     double m_fullScale;
     std::unique_ptr<kiss_fft_state, void (*)(void*)> m_transform;
     std::vector<std::complex<float>> m_input;
     std::vector<std::complex<float>> m_output;
-    std::vector<float> m_powers_dB;
 };
 
 } // namespace inspect

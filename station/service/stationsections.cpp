@@ -92,7 +92,7 @@ const std::vector<KeyRow>& keyRows()
         {{RECEIVER, "iq", "whether samples are pairs of I and Q"}, 0, 0, "iq", Kind::Switch, BAND},
         {{RECEIVER, "center", "frequency in Hz that 0 Hz of I and Q stands for"}, 0, 3e12, "center", Kind::Number, BAND},
         {{RECEIVER, "frequency", "receive frequency in Hz"}, 1, 3e12, "frequency", Kind::Number, MORSE | TELEPRINTER},
-        {{RECEIVER, "pictures", "whether a picture of each transmission is kept beside its files (default: false)"}, 0, 0, "pictures", Kind::Switch, MORSE | TELEPRINTER},
+        {{RECEIVER, "pictures", "whether a picture of each transmission is kept beside its files (default: false)"}, 0, 0, "pictures", Kind::Switch},
         {{RECEIVER, "alphabet", "Morse alphabet"}, 0, 0, "alphabet", Kind::Text, MORSE | BAND},
         {{RECEIVER, "cut_numbers", "on or off: whether a dash alone after a figure is a zero (default: on)"}, 0, 0, "cut-numbers", Kind::Text, MORSE | BAND},
         {{RECEIVER, "map", "map for a teleprinter's characters; of a band, for those of its teleprinters that it is for"}, 0, 0, "map", Kind::Text, TELEPRINTER | BAND},

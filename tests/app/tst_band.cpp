@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // `morsehost band` from outside: its forms of output, its kinds of input, and what is wrong with
 // either.
+#include "support/drawn.h"
 #include "support/files.h"
 #include "support/keyer.h"
 #include "support/program.h"
@@ -8,6 +9,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
@@ -296,6 +298,55 @@ private Q_SLOTS:
         QCOMPARE(ended.status, 0);
     }
 
+    void aPictureOfEachTransmissionIsKept_data()
+    {
+        QTest::addColumn<QString>("recording");
+        QTest::addColumn<int>("transmissions");
+        QTest::newRow("Morse") << TEST_DATA_DIR "/recordings/three-overs.flac" << 3;
+        QTest::newRow("a teleprinter") << TEST_DATA_DIR "/teleprinters/minimodem-ita2.flac" << 1;
+    }
+    void aPictureOfEachTransmissionIsKept()
+    {
+        QFETCH(QString, recording);
+        QFETCH(int, transmissions);
+        QTemporaryDir dir;
+        const Ended ended = run({"--json", "--pictures", "--save", dir.path(), "--center",
+                                 "7000000", "--start", "2026-05-12T10:15:00Z", recording});
+        QCOMPARE(ended.status, 0);
+        int pictures = 0;
+        const QList<QByteArray> lines = ended.out.split('\n');
+        for (const QByteArray& line : lines) {
+            const QJsonObject object = QJsonDocument::fromJson(line).object();
+            if (object.value("event") != QJsonValue("transmission"))
+                continue;
+            ++pictures;
+            const auto drawn = testsupport::readDrawn(
+                contentOf(object.value("files").toArray().last().toString()));
+            QCOMPARE(drawn.error, QString());
+            QString text;
+            for (const auto& piece : drawn.inRows("text"))
+                text += piece.text;
+            const QString sent = object.value("text").toString();
+            QCOMPARE(text, QString(sent).remove(QRegularExpression("\\s")));
+        }
+        QCOMPARE(pictures, transmissions);
+        QCOMPARE(QDir(dir.path()).entryList({"*_picture*.svg"}).size(), transmissions);
+    }
+
+    void aPictureThatCannotBeSavedIsSaid()
+    {
+        QTemporaryDir dir;
+        // No other name is free in this second.
+        for (int i = 1; i <= 1000; ++i) {
+            const QString number = i > 1 ? QString("_%1").arg(i) : QString();
+            writeFile(dir.filePath("1970_01_01__00_00_00_picture" + number + ".svg"), "taken");
+        }
+        const Ended ended = run({"--pictures", "--save", dir.path(),
+                                 TEST_DATA_DIR "/teleprinters/minimodem-ita2.flac"});
+        QVERIFY2(ended.err.contains("the picture cannot be saved"), ended.err.constData());
+        QVERIFY(ended.out.contains("PRIWET"));
+    }
+
     void whatCannotBeUsedIsRefused_data()
     {
         QTest::addColumn<QStringList>("words");
@@ -323,6 +374,7 @@ private Q_SLOTS:
             << QStringList{"--only", "200-100", "-"} << QByteArray() << 2;
         QTest::newRow("limits outside of the input")
             << QStringList{"--rate", "8000", "--only", "4000-5000", "-"} << QByteArray() << 1;
+        QTest::newRow("pictures of nothing") << QStringList{"--pictures", "-"} << QByteArray() << 2;
         QTest::newRow("limits that are none")
             << QStringList{"--only", "20", "-"} << QByteArray() << 2;
     }

@@ -119,10 +119,10 @@ private Q_SLOTS:
             << QByteArray("file=" PROJECT_DATA_DIR "/samples/evening.flac\nrepeat=5\n");
         QTest::newRow("a band") << QByteArray("tcp=host:1\ndecoder=band\nrate=96000\niq=yes\n"
                                               "center=7e6\nonly=7000000-7100000\nformat=u8\n"
-                                              "map=Russian\nleast_snr=3\nmost=100\n");
+                                              "map=Russian\nleast_snr=3\nmost=100\npictures=yes\n");
         QTest::newRow("a teleprinter")
             << QByteArray("command=x\ndecoder=Baudot\nmap=Russian\nbaud=50\nshift=170\n"
-                          "reverse=yes\ntone=1500\n");
+                          "reverse=yes\ntone=1500\npictures=yes\n");
     }
     void whatDecodersTakePassesTheCheck()
     {

@@ -27,13 +27,13 @@ int images(const testsupport::Drawn& drawn)
         [](const testsupport::DrawnPiece& piece) { return piece.element == "image"; }));
 }
 
-Waterfall silence(double duration_s, bool isComplex)
+BandPowers silence(double duration_s, bool isComplex)
 {
     Waterfall waterfall({RATE_Hz, isComplex}, {0, static_cast<std::int64_t>(1e6 * duration_s)},
                         -2e6, 2e6, 4000);
     const std::vector<std::complex<float>> samples(static_cast<std::size_t>(duration_s * RATE_Hz));
     waterfall.push(samples.data(), samples.size());
-    return waterfall;
+    return waterfall.powers();
 }
 
 } // namespace
@@ -45,13 +45,13 @@ class tst_BandPicture : public QObject
 private Q_SLOTS:
     void wordsStandAlongTheirTraces()
     {
-        const Waterfall waterfall = silence(90.0, true);
+        const BandPowers powers = silence(90.0, true);
         const std::vector<BandText> texts = {
             {1, 3000.0, 10000000, "C"}, {2, -3000.0, 10500000, "D"}, {1, 3000.0, 11000000, "Q"},
             {1, 3000.0, 11000000, " "}, {2, -3000.0, 12000000, "E"}, {1, 3000.0, 70000000, "K"},
         };
         const auto drawn =
-            testsupport::readDrawn(bandPicture(waterfall, texts, {0, 90000000}, 7e6, "band"));
+            testsupport::readDrawn(bandPicture(powers, texts, {0, 90000000}, 7e6, "band"));
         QCOMPARE(drawn.error, QString());
         QCOMPARE(drawn.rows, 2); // a minute each
         QCOMPARE(images(drawn), 2);
@@ -68,6 +68,19 @@ private Q_SLOTS:
         // Higher frequencies lie above lower ones, 10 Hz a pixel.
         const double apart = words[1].number("y") - words[0].number("y");
         QVERIFY2(std::fabs(apart - 600.0) < 5.0, qPrintable(QString::number(apart)));
+    }
+
+    void aStretchOfLessThanAMinuteFillsItsRow()
+    {
+        const auto lefts = [](double length_s) {
+            const auto drawn = testsupport::readDrawn(
+                bandPicture(silence(length_s, false), {{1, 1000.0, 5000000, "K"}},
+                            {0, static_cast<std::int64_t>(1e6 * length_s)}, 0.0, "band"));
+            return lastLeft(drawn.inRows("text").at(0)) + 6.0;
+        };
+        QVERIFY(std::fabs(lefts(20.0) - 360.0) < 0.1);
+        QVERIFY(std::fabs(lefts(10.0) - 720.0) < 0.1);
+        QVERIFY(std::fabs(lefts(6.0) - 720.0) < 0.1); // ten seconds at least
     }
 
     void frequenciesAreNamedAsReceived()

@@ -26,13 +26,14 @@ Samples tone(double tone_Hz, double begin_s, double duration_s, bool isComplex)
 
 int brightestRow(const Waterfall& waterfall, int column)
 {
-    const auto begin = waterfall.powers_dB().begin() + column * waterfall.rows();
-    return static_cast<int>(std::max_element(begin, begin + waterfall.rows()) - begin);
+    const auto begin = waterfall.powers().powers_dB.begin() + column * waterfall.powers().rows;
+    return static_cast<int>(std::max_element(begin, begin + waterfall.powers().rows) - begin);
 }
 
 float powerAt(const Waterfall& waterfall, int column, int row)
 {
-    return waterfall.powers_dB()[static_cast<std::size_t>(column * waterfall.rows() + row)];
+    return waterfall.powers()
+        .powers_dB[static_cast<std::size_t>(column * waterfall.powers().rows + row)];
 }
 
 } // namespace
@@ -60,11 +61,12 @@ private Q_SLOTS:
         Waterfall waterfall({RATE_Hz, isComplex}, {0, 1000000}, -2e6, 2e6, maxRows);
         const Samples samples = tone(tone_Hz, 0.0, 1.0, isComplex);
         waterfall.push(samples.data(), samples.size());
-        QVERIFY(waterfall.columns() >= 23);
-        QVERIFY(waterfall.rows() <= maxRows);
-        const double row_Hz = (waterfall.highest_Hz() - waterfall.lowest_Hz()) / waterfall.rows();
+        QVERIFY(waterfall.powers().columns() >= 23);
+        QVERIFY(waterfall.powers().rows <= maxRows);
+        const double row_Hz = (waterfall.powers().highest_Hz - waterfall.powers().lowest_Hz) /
+                              waterfall.powers().rows;
         const int row = brightestRow(waterfall, 10);
-        const double found_Hz = waterfall.highest_Hz() - (row + 0.5) * row_Hz;
+        const double found_Hz = waterfall.powers().highest_Hz - (row + 0.5) * row_Hz;
         QVERIFY2(std::fabs(found_Hz - tone_Hz) <= row_Hz, qPrintable(QString::number(found_Hz)));
         QVERIFY(std::fabs(powerAt(waterfall, 10, row)) < 1.5F); // full scale is 0 dB
     }
@@ -76,7 +78,7 @@ private Q_SLOTS:
         Waterfall waterfall({RATE_Hz, false}, {0, 60000000}, 0.0, 4000.0, 4000);
         const Samples samples = tone(1000.0, BEGIN_s, 60.0, false);
         waterfall.push(samples.data(), samples.size());
-        const int row = brightestRow(waterfall, waterfall.columns() - 1);
+        const int row = brightestRow(waterfall, waterfall.powers().columns() - 1);
         int first = 0;
         while (powerAt(waterfall, first, row) < -10.0F)
             ++first;
@@ -89,7 +91,7 @@ private Q_SLOTS:
         const Samples samples = tone(1000.0, 2.5, 10.0, false);
         for (const std::complex<float>& sample : samples)
             waterfall.push(&sample, 1);
-        QVERIFY(waterfall.columns() == 23 || waterfall.columns() == 24);
+        QVERIFY(waterfall.powers().columns() == 23 || waterfall.powers().columns() == 24);
         const int row = brightestRow(waterfall, 20);
         QVERIFY(powerAt(waterfall, 5, row) < -100.0F);
         QVERIFY(powerAt(waterfall, 20, row) > -1.5F);
@@ -100,7 +102,7 @@ private Q_SLOTS:
         Waterfall waterfall({RATE_Hz, false}, {20000000, 30000000}, 0.0, 4000.0, 4000);
         const Samples samples = tone(1000.0, 0.0, 1.0, false);
         waterfall.push(samples.data(), samples.size());
-        QCOMPARE(waterfall.columns(), 0);
+        QCOMPARE(waterfall.powers().columns(), 0);
     }
 };
 
