@@ -41,7 +41,7 @@ protected:
     TransmissionPictures(StationListener& next, const QString& folder);
 
     void begin(std::int64_t time_us) { m_begin_us = time_us; }
-    /// Ends at `time_us`, which `pass` tells the station.
+    /// Ends at `time_us`, which `pass` passes on to the station.
     template <typename Pass>
     void end(std::int64_t time_us, Pass pass)
     {
