@@ -100,7 +100,8 @@ void refuseWhatIsNoneOf(const TeleprinterDecoder& decoder, const teleprinter::Kn
         arguments.fail(QStringLiteral("%1 has no shifts for --unshift-on-space")
                            .arg(QLatin1String(decoder.name)));
     if (known.parity && decoder.code != teleprinter::Code::Ascii)
-        arguments.fail(QStringLiteral("%1 has no parity").arg(QLatin1String(decoder.name)));
+        arguments.fail(
+            QStringLiteral("%1 has no elements for --parity").arg(QLatin1String(decoder.name)));
 }
 
 } // namespace

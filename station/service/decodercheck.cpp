@@ -49,6 +49,12 @@ QString refusal(ReceiverSettings receiver, const QString& program)
     return words.isEmpty() ? QStringLiteral("the decoder fails") : words;
 }
 
+// An option within words, as a whole.
+QRegularExpression asWord(const QString& option)
+{
+    return QRegularExpression(option + QStringLiteral("(?![\\w-])"));
+}
+
 // Of the key whose option the words name, or whose value.
 int lineOf(const ReceiverSettings& receiver, const QString& words)
 {
@@ -58,7 +64,7 @@ int lineOf(const ReceiverSettings& receiver, const QString& words)
         const bool isOption = word.startsWith(QLatin1String("--"));
         if (isOption)
             key = word.mid(2).replace(QLatin1Char('-'), QLatin1Char('_'));
-        if (isOption && words.contains(word + QLatin1Char(' ')))
+        if (isOption && words.contains(asWord(word)))
             return receiver.lines.value(key);
         if (!isOption && words.contains(word))
             line = receiver.lines.value(key);
@@ -71,9 +77,8 @@ QString inKeys(QString words)
 {
     for (const stationfile::KeyRow& row : stationfile::keyRows()) {
         if (row.option)
-            words.replace(
-                QRegularExpression(QStringLiteral("--%1(?![\\w-])").arg(QLatin1String(row.option))),
-                QLatin1String(row.key.name));
+            words.replace(asWord(QStringLiteral("--") + QLatin1String(row.option)),
+                          QLatin1String(row.key.name));
     }
     return words;
 }

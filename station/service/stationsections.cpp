@@ -99,6 +99,7 @@ const std::vector<KeyRow>& keyRows()
         {{RECEIVER, "baud", "speed of a teleprinter in Bd (default: any of the usual ones)"}, teleprinter::LOWEST_BAUD, teleprinter::HIGHEST_BAUD, "baud", Kind::Number, TELEPRINTER},
         {{RECEIVER, "shift", "between the tones of a teleprinter in Hz (default: any)"}, teleprinter::LEAST_SHIFT_Hz, teleprinter::MOST_SHIFT_Hz, "shift", Kind::Number, TELEPRINTER},
         {{RECEIVER, "reverse", "whether mark is the lower tone of a teleprinter (default: either)"}, 0, 0, "reverse", Kind::Switch, TELEPRINTER},
+        {{RECEIVER, "parity", "none, even or odd: the element beside the seven or eight bits of ASCII (default: as it is sent)"}, 0, 0, "parity", Kind::Text, TELEPRINTER},
         {{RECEIVER, "unshift_on_space", "yes or no: whether a blank brings back a teleprinter's letters (default: as the text shows)"}, 0, 0, "unshift-on-space", Kind::Text, TELEPRINTER | BAND},
         {{RECEIVER, "only", "LOW-HIGH in Hz: signals of a band beyond these are left out"}, 0, 0, "only", Kind::Text, BAND},
         {{RECEIVER, "least_snr", "signals of a band with less than so many dB over the noise in 500 Hz are left out (default: -30)"}, -30, 60, "least-snr", Kind::Number, BAND},

@@ -91,6 +91,12 @@ private Q_SLOTS:
         QTest::newRow("key of two words")
             << QByteArray("command=x\ndecoder=Baudot\nunshift_on_space=perhaps\n")
             << QByteArray(":6: unshift_on_space takes 'yes' or 'no', not 'perhaps'\n");
+        QTest::newRow("shifts of a code without them")
+            << QByteArray("command=x\ndecoder=ASCII RTTY\nbaud=110\nunshift_on_space=yes\n")
+            << QByteArray(":7: ASCII RTTY has no shifts for unshift_on_space\n");
+        QTest::newRow("parity of a code without it")
+            << QByteArray("command=x\ndecoder=Baudot\nbaud=50\nparity=even\n")
+            << QByteArray(":7: Baudot has no elements for parity\n");
         QTest::newRow("too many samples for one signal")
             << QByteArray("command=x\nrate=5000000\n")
             << QByteArray(":5: rate takes a whole number from 4000 to 768000");
@@ -120,6 +126,8 @@ private Q_SLOTS:
         QTest::newRow("a band") << QByteArray("tcp=host:1\ndecoder=band\nrate=96000\niq=yes\n"
                                               "center=7e6\nonly=7000000-7100000\nformat=u8\n"
                                               "map=Russian\nleast_snr=3\nmost=100\npictures=yes\n");
+        QTest::newRow("ASCII") << QByteArray(
+            "command=x\ndecoder=ASCII RTTY\nbaud=300\nparity=even\n");
         QTest::newRow("a teleprinter")
             << QByteArray("command=x\ndecoder=Baudot\nmap=Russian\nbaud=50\nshift=170\n"
                           "reverse=yes\ntone=1500\npictures=yes\n");

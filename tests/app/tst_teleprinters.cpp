@@ -398,7 +398,7 @@ private Q_SLOTS:
                                          << QByteArray("--parity takes 'none', 'even' or 'odd'");
         QTest::newRow("parity of a code without it")
             << QStringList{"--decoder", "Baudot", "--parity", "even"}
-            << QByteArray("Baudot has no parity");
+            << QByteArray("Baudot has no elements for --parity");
         QTest::newRow("tone of Morse only") << QStringList{"--decoder", "auto", "--tone", "150"}
                                             << QByteArray("--tone takes a number from 200 to 3500");
         QTest::newRow("odd word") << QStringList{"--decoder", "Baudot", "--unshift-on-space", "x"}
