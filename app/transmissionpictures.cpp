@@ -93,8 +93,8 @@ QString TransmissionPictures::draw(const Transmission& transmission)
         {m_kept_us, m_begin_us.value_or(0) - PICTURE_EDGE_us, end_us - LONGEST_PICTURE_us});
     forgetBefore(m_kept_us);
     QString problem;
-    const QString path = savePicture(picture(end_us, pictureTitle(transmission.start_us)), m_folder,
-                                     transmission.start_us, problem);
+    QString path = savePicture(picture(end_us, pictureTitle(transmission.start_us)), m_folder,
+                               transmission.start_us, problem);
     if (path.isEmpty())
         saving(problem);
     return path;

@@ -64,7 +64,7 @@ QString readFolder(SectionReader& section, const QDir& beside)
 
 QString readArchive(SectionReader& section, const QString& folder, const QDir& beside)
 {
-    const QString given = section.text("archive");
+    QString given = section.text("archive");
     if (isArchiveOnServer(given)) {
         const QString fault = archiveUrlFault(given);
         if (!fault.isEmpty())
