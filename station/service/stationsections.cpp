@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "station/service/stationsections.h"
 
+#include "signal/band/bandreceiver.h"
 #include "signal/limits.h"
 #include "signal/teleprinter/line.h"
 
@@ -87,7 +88,7 @@ const std::vector<KeyRow>& keyRows()
         {{RECEIVER, "decoder", "Morse, band, or a decoder of the decoder modules file (default: Morse)"}, 0, 0, nullptr, Kind::Text},
         {{RECEIVER, "save", "whether files are kept (default: true)"}, 0, 0, nullptr, Kind::Switch},
         {{RECEIVER, "stall", "seconds without samples after which the receiver is started again (default: 30; 0: never)"}, 0, 86400, nullptr, Kind::WholeNumber, EVERY_DECODER | SAMPLES_ALONE},
-        {{RECEIVER, "rate", "samples a second"}, 4000, 10000000, "rate", Kind::WholeNumber, EVERY_DECODER | SAMPLES_ALONE},
+        {{RECEIVER, "rate", "samples a second"}, demodulator::LOWEST_BAND_RATE_Hz, demodulator::HIGHEST_BAND_RATE_Hz, "rate", Kind::WholeNumber, EVERY_DECODER | SAMPLES_ALONE},
         {{RECEIVER, "format", "s16, f32, u8 or s8 (default: s16)"}, 0, 0, "format", Kind::Text, BAND | SAMPLES_ALONE},
         {{RECEIVER, "iq", "whether samples are pairs of I and Q"}, 0, 0, "iq", Kind::Switch, BAND},
         {{RECEIVER, "center", "frequency in Hz that 0 Hz of I and Q stands for"}, 0, 3e12, "center", Kind::Number, BAND},

@@ -98,7 +98,7 @@ private Q_SLOTS:
             << QByteArray("command=x\ndecoder=Baudot\nbaud=50\nparity=even\n")
             << QByteArray(":7: Baudot has no elements for parity\n");
         QTest::newRow("too many samples for one signal")
-            << QByteArray("command=x\nrate=5000000\n")
+            << QByteArray("command=x\nrate=1000000\n")
             << QByteArray(":5: rate takes a whole number from 4000 to 768000");
         QTest::newRow("no recording")
             << QByteArray("file=checked.ini\n") << QByteArray("checked.ini: is not a recording");

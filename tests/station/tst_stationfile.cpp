@@ -216,7 +216,7 @@ only=7000000-7040000
             << "3: keep_days takes a whole number from 0 to 36500, not 'ten'";
         QTest::newRow("out of range")
             << head + one + "rate=1\n"
-            << "5: rate takes a whole number from 4000 to 10000000, not '1'";
+            << "5: rate takes a whole number from 4000 to 2400000, not '1'";
         QTest::newRow("a tone that is not heard")
             << head + one + "tone=3600\n"
             << "5: tone takes a number from 50 to 3500, not '3600'";
