@@ -20,6 +20,7 @@ constexpr int MAX_TEXT = 1 << 20;
 constexpr int MAX_UNKNOWN_CODES = 1 << 14;
 constexpr int MAX_ELEMENTS = 256;
 
+// As the handler has it.
 bool isFigure(const QString& text)
 {
     return text.size() == 1 && text.at(0) >= QLatin1Char('0') && text.at(0) <= QLatin1Char('9');

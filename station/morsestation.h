@@ -18,15 +18,15 @@
 
 namespace morsehost {
 
-/// What the operator chose, and what is known of the receiver.
 /// How elements become characters.
 struct AlphabetChoice
 {
     QString name;           ///< empty for the built-in one
     QString directory;      ///< without meaning for the built-in one
-    bool cutNumbers = true; ///< a dash alone is a zero after a figure, where a letter otherwise
+    bool cutNumbers = true; ///< after a figure, a dash alone is a zero and no T
 };
 
+/// What the operator chose, and what is known of the receiver.
 struct StationSettings
 {
     QString place;    ///< of its values in the tree, such as "Receiver1/Signal3"

@@ -679,6 +679,13 @@ private Q_SLOTS:
             "--shift needs the --decoder of a teleprinter");
         row("a polarity with Morse", {"decode", "--reverse", "x"},
             "--reverse needs the --decoder of a teleprinter");
+        row("cut numbers in another word", {"decode", "--cut-numbers", "yes", "x"},
+            "--cut-numbers takes 'on' or 'off', not 'yes'");
+        row("cut numbers of a band", {"band", "--cut-numbers", "x", "x"},
+            "--cut-numbers takes 'on' or 'off', not 'x'");
+        row("cut numbers of a teleprinter",
+            {"decode", "--decoder", "Baudot", "--cut-numbers", "off", "x"},
+            "--cut-numbers is for Morse");
         row("blanks that unshift with Morse", {"decode", "--unshift-on-space", "yes", "x"},
             "--unshift-on-space needs the --decoder of a teleprinter");
     }

@@ -88,6 +88,9 @@ private Q_SLOTS:
         QTest::newRow("tone above those of a recording")
             << QByteArray("tone=3000\nfile=silence.wav\n")
             << QByteArray(":4: a tone of 3000 Hz cannot be heard at 4000 samples a second");
+        QTest::newRow("cut numbers in another word")
+            << QByteArray("command=x\ncut_numbers=false\n")
+            << QByteArray(":5: cut_numbers takes 'on' or 'off', not 'false'\n");
         QTest::newRow("key of two words")
             << QByteArray("command=x\ndecoder=Baudot\nunshift_on_space=perhaps\n")
             << QByteArray(":6: unshift_on_space takes 'yes' or 'no', not 'perhaps'\n");

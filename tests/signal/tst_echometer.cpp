@@ -72,7 +72,7 @@ private Q_SLOTS:
         QVERIFY(!hasEcho(powers, 2.0 * NOISE, STEP_s, false, EchoParameters()));
         QVERIFY(!hasEcho(powersOf(-12.0), 0.1, STEP_s, false, EchoParameters()));
     }
-    void itStaysUntilMostGapsAreEmpty()
+    void itStaysUntilAlmostAllGapsAreEmpty()
     {
         std::vector<float> powers = powersOf(-12.0);
         const std::vector<float> clean = powersOf(-100.0);

@@ -20,7 +20,8 @@ std::int64_t fill(demodulator::StepBank& bank, demodulator::Survey& survey,
     const auto windowAt = [&samples](std::size_t centre, std::size_t length) {
         std::vector<std::complex<float>> window(length);
         for (std::size_t i = 0; i < length; ++i) {
-            const std::size_t at = centre + i - length / 2; // before the first it wraps around
+            const std::size_t at =
+                centre + i - length / 2; // before the first it is beyond the end: silence
             window[i] = at < samples.size() ? samples[at] : Sample();
         }
         return window;
