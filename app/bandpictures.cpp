@@ -79,8 +79,11 @@ QByteArray BandPictures::draw(const Transmission& transmission) const
                      return stretch.touches(text.time_us, text.time_us + 1) &&
                             text.tone_Hz >= powers.lowest_Hz && text.tone_Hz <= powers.highest_Hz;
                  });
-    return inspect::bandPicture(powers, texts, stretch, m_center_Hz,
-                                pictureTitle(transmission.start_us));
+    const QString frequency_kHz =
+        QString::number(1e-3 * transmission.frequency_Hz.value_or(m_center_Hz), 'f', 2);
+    return inspect::bandPicture(
+        powers, texts, stretch, m_center_Hz,
+        QStringLiteral("%1 kHz, %2").arg(frequency_kHz, pictureTitle(transmission.start_us)));
 }
 
 } // namespace morsehost

@@ -320,8 +320,11 @@ private Q_SLOTS:
             if (object.value("event") != QJsonValue("transmission"))
                 continue;
             ++pictures;
-            const auto drawn = testsupport::readDrawn(
-                contentOf(object.value("files").toArray().last().toString()));
+            const QByteArray picture = contentOf(object.value("files").toArray().last().toString());
+            const QString title =
+                QString::number(1e-3 * object.value("frequency_Hz").toDouble(), 'f', 2) + " kHz, ";
+            QVERIFY2(picture.contains(title.toUtf8()), qPrintable(title));
+            const auto drawn = testsupport::readDrawn(picture);
             QCOMPARE(drawn.error, QString());
             QString text;
             for (const auto& piece : drawn.inRows("text"))

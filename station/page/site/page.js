@@ -93,7 +93,7 @@ async function showDetail(name) {
         if (name.endsWith(".svg")) {
             const picture = element("img", "picture");
             picture.src = link.href;
-            picture.alt = "the sound, what was followed in it, and the text";
+            picture.alt = "picture of the transmission";
             item.append(picture);
         }
         files.append(item);
