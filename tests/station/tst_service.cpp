@@ -82,8 +82,8 @@ class tst_Service : public QObject
 private Q_SLOTS:
     void samplesReachTheDecoderAndItsTextTheArchive()
     {
-        StationService service(program(COUNTING_DECODER));
         int received = 0;
+        StationService service(program(COUNTING_DECODER));
         connect(&service, &StationService::received, [&received] { ++received; });
         QString error;
         // 30000 bytes, then it stays open.
@@ -111,15 +111,15 @@ private Q_SLOTS:
         surroundings.program = program(COUNTING_DECODER);
         surroundings.firstPause_ms = 1;
         surroundings.longestPause_ms = 4;
-        Receiver receiver(commandReceiver("hf", "echo no such tuner >&2; exit 3"), surroundings);
         int downs = 0;
         QString problem;
+        int decoders = 0;
+        Receiver receiver(commandReceiver("hf", "echo no such tuner >&2; exit 3"), surroundings);
         connect(&receiver, &Receiver::stateChanged, [&] {
             downs += receiver.state() == ReceiverState::Down ? 1 : 0;
             if (receiver.state() == ReceiverState::Down)
                 problem = receiver.problem();
         });
-        int decoders = 0;
         connect(&receiver, &Receiver::decoded, [&](const QJsonObject& object) {
             decoders += object.value("text") == QJsonValue("FIRST") ? 1 : 0;
         });
@@ -152,8 +152,8 @@ private Q_SLOTS:
         ReceiverSettings settings =
             commandReceiver("hf", "printf x; head -c 60000003 /dev/zero; printf yyyy");
         settings.samples.isComplex = true; // 4 bytes each
-        Receiver receiver(settings, surroundings);
         qint64 arrived = -1;
+        Receiver receiver(settings, surroundings);
         connect(&receiver, &Receiver::decoded, [&arrived](const QJsonObject& object) {
             arrived = qint64(object.value("bytes").toDouble());
         });
@@ -194,8 +194,8 @@ private Q_SLOTS:
         ReceiverSettings settings;
         settings.name = "net";
         settings.tcp = QString("127.0.0.1:%1").arg(server.serverPort());
-        Receiver receiver(settings, surroundings);
         QStringList texts;
+        Receiver receiver(settings, surroundings);
         connect(&receiver, &Receiver::decoded,
                 [&](const QJsonObject& object) { texts += object.value("text").toString(); });
         receiver.start();
@@ -320,11 +320,11 @@ echo '{"event":"transmission","number":2,"text":"END '$1'"}'
 
     void aPageShowsWhatIsReceived()
     {
+        QStringList lines;
         StationService service(program(COUNTING_DECODER));
         StationConfiguration made =
             configuration({commandReceiver("hf", "head -c 30000 /dev/zero")});
         made.page.address = "127.0.0.1";
-        QStringList lines;
         connect(&service, &StationService::reported,
                 [&lines](const QString& line) { lines += line; });
         QString error;
@@ -354,15 +354,15 @@ echo '{"event":"transmission","number":2,"text":"END '$1'"}'
     {
         QTcpServer taken;
         QVERIFY(taken.listen(QHostAddress::LocalHost));
+        QStringList lines;
+        int received = 0;
         StationService service(program(COUNTING_DECODER));
         StationConfiguration made =
             configuration({commandReceiver("hf", "head -c 30000 /dev/zero")});
         made.page.address = "127.0.0.1";
         made.page.port = taken.serverPort();
-        QStringList lines;
         connect(&service, &StationService::reported,
                 [&lines](const QString& line) { lines += line; });
-        int received = 0;
         connect(&service, &StationService::received, [&received] { ++received; });
         QString error;
         QVERIFY(service.configure(made, error));
@@ -375,8 +375,8 @@ echo '{"event":"transmission","number":2,"text":"END '$1'"}'
 
     void whatIsRefusedChangesNothing()
     {
-        StationService service(program(COUNTING_DECODER));
         int received = 0;
+        StationService service(program(COUNTING_DECODER));
         connect(&service, &StationService::received, [&received] { ++received; });
         QString error;
         StationConfiguration good = configuration({commandReceiver("hf", "cat /dev/zero")});
