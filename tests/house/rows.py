@@ -32,7 +32,9 @@ def without_row(text):
             above = " ".join(comment)
             comment = []
         if line.startswith("struct "):
-            of_struct = above
+            of_struct, above = above, ""
+        elif not line:
+            above = ""
         elif re.match(r"(double|float|int|unsigned|std::array<.*>) \w+( =|;|$)", line):
             own = line.partition("//")[2]
             if not any(re.search(r"\brows?: ", c, re.IGNORECASE) for c in (own, above, of_struct)):
