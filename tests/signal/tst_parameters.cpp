@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "signal/morse/parameters.h"
 
+#include "support/membernames.h"
+
 #include <QtTest>
-#include <cstdint>
-#include <cstring>
 #include <limits>
-#include <set>
 
 using namespace demodulator;
 
@@ -23,19 +22,8 @@ private Q_SLOTS:
     }
     void everyMemberHasAName()
     {
-        Parameters parameters;
-        std::memset(static_cast<void*>(&parameters), 0, sizeof(parameters));
-        std::set<std::string> names;
-        for (const std::string& name : parameterNames()) {
-            QVERIFY2(names.insert(name).second, name.c_str());
-            QVERIFY2(setParameter(parameters, name, 1.1), name.c_str());
-        }
-        // Members are doubles, or integers of half their size with or without a neighbour. A part
-        // that begins with nothing but zeros belongs to a member that was not set.
-        std::uint32_t words[sizeof(Parameters) / sizeof(std::uint32_t)];
-        std::memcpy(words, &parameters, sizeof(parameters));
-        for (std::size_t i = 0; i < std::size(words); i += 2)
-            QVERIFY2(words[i] != 0, qPrintable(QStringLiteral("at byte %1").arg(4 * i)));
+        const std::string fault = testsupport::memberWithoutName<Parameters>(parameterNames());
+        QVERIFY2(fault.empty(), fault.c_str());
     }
     void whatIsNoMemberOrNoNumberIsRefused()
     {

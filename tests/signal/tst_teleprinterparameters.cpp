@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "signal/teleprinter/parameters.h"
 
+#include "support/membernames.h"
+
 #include <QtTest>
-#include <cstdint>
-#include <cstring>
 #include <limits>
-#include <set>
-#include <vector>
 
 using namespace teleprinter;
 
@@ -27,18 +25,8 @@ private Q_SLOTS:
     }
     void everyMemberHasAName()
     {
-        Parameters parameters;
-        std::memset(static_cast<void*>(&parameters), 0, sizeof(parameters));
-        std::set<std::string> names;
-        for (const std::string& name : parameterNames()) {
-            QVERIFY2(names.insert(name).second, name.c_str());
-            QVERIFY2(setParameter(parameters, name, 1.1), name.c_str());
-        }
-        // What is still zero belongs to no member that was set, unless it fills up to a double.
-        std::vector<std::uint32_t> words(sizeof(parameters) / sizeof(std::uint32_t));
-        std::memcpy(words.data(), &parameters, sizeof(parameters));
-        for (std::size_t i = 0; i < words.size(); i += 2)
-            QVERIFY2(words[i] != 0, qPrintable(QStringLiteral("at byte %1").arg(4 * i)));
+        const std::string fault = testsupport::memberWithoutName<Parameters>(parameterNames());
+        QVERIFY2(fault.empty(), fault.c_str());
     }
     void whatIsNoMemberOrNoNumberIsRefused()
     {
