@@ -3,8 +3,6 @@
 
 #include "morse/symbolcodes.h"
 
-#include <algorithm>
-
 namespace inspect {
 
 namespace {
@@ -32,9 +30,6 @@ void Notes::forgetBefore(std::int64_t time_us)
         return;
     m_seen.stretch.from_us = time_us;
     m_sound.forgetBefore(time_us, m_seen);
-    const auto forget = [](auto& things, auto isOver) {
-        things.erase(things.begin(), std::find_if_not(things.begin(), things.end(), isOver));
-    };
     const auto isOver = [time_us](const auto& thing) { return thing.end_us <= time_us; };
     forget(m_seen.steps, [time_us](const auto& step) { return step.time_us < time_us; });
     forget(m_seen.marks, isOver);

@@ -2,6 +2,7 @@
 // The sound of a stretch of a recording, kept for its picture.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -20,6 +21,13 @@ struct Stretch
         return begin_us < to_us && end_us > from_us;
     }
 };
+
+/// Drops the first of the things, as long as they are over.
+template <typename Things, typename IsOver>
+void forget(Things& things, IsOver isOver)
+{
+    things.erase(things.begin(), std::find_if_not(things.begin(), things.end(), isOver));
+}
 
 /// From its first sound to its last, as far as that is known.
 struct Transmission

@@ -20,9 +20,6 @@ void TeleprinterNotes::forgetBefore(std::int64_t time_us)
         return;
     m_seen.stretch.from_us = time_us;
     m_sound.forgetBefore(time_us, m_seen);
-    const auto forget = [](auto& things, auto isOver) {
-        things.erase(things.begin(), std::find_if_not(things.begin(), things.end(), isOver));
-    };
     forget(m_seen.words,
            [time_us](const TeleprinterWord& word) { return word.seen.end_us <= time_us; });
     forget(m_seen.transmissions,
