@@ -130,8 +130,9 @@ struct BandParameters
     {
         signal.tone.sureErrors = 1e9;
         signal.tone.spreadMarks = std::numeric_limits<unsigned>::max();
-        // Strong signals beside it are in what is measured (row: contest).
-        signal.burst.formerNoise = 4.0;
+        // Strong signals beside it are in what is measured, which makes it unsteady; what differs
+        // by more is noise that has fallen (row: contest).
+        signal.burst.formerNoise = 2.0;
     }
 
     SurveyParameters survey;
