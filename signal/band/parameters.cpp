@@ -68,15 +68,6 @@ std::vector<ParameterRow> rowsOf(BandParameters& parameters)
 
 } // namespace
 
-std::vector<std::string> bandParameterNames()
-{
-    BandParameters parameters;
-    std::vector<std::string> names;
-    for (const ParameterRow& row : rowsOf(parameters))
-        names.emplace_back(row.name);
-    return names;
-}
-
 bool setParameter(BandParameters& parameters, const std::string& name, double value)
 {
     return setByName(rowsOf(parameters), name, value) ||

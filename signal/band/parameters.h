@@ -7,7 +7,6 @@
 
 #include <limits>
 #include <string>
-#include <vector>
 
 namespace demodulator {
 
@@ -143,9 +142,6 @@ struct BandParameters
     TeleprinterParameters teleprinter;
     Parameters signal; ///< of the chain of each signal
 };
-
-/// The names of all members but those of the chain, as "part.member".
-std::vector<std::string> bandParameterNames();
 
 /// Sets "part.member" by its name, for sweeps, of the chain as well; false when there is none, or
 /// it is not a number.

@@ -244,15 +244,6 @@ std::vector<ParameterRow> rowsOf(Parameters& parameters)
 
 } // namespace
 
-std::vector<std::string> parameterNames()
-{
-    Parameters parameters;
-    std::vector<std::string> names;
-    for (const ParameterRow& row : rowsOf(parameters))
-        names.emplace_back(row.name);
-    return names;
-}
-
 bool setParameter(Parameters& parameters, const std::string& name, double value)
 {
     return setByName(rowsOf(parameters), name, value);

@@ -7,7 +7,6 @@
 
 #include <array>
 #include <string>
-#include <vector>
 
 namespace demodulator {
 
@@ -433,9 +432,6 @@ struct Parameters
     JudgeParameters judge;
     AttentionParameters attention;
 };
-
-/// The names of all members, as "part.member".
-std::vector<std::string> parameterNames();
 
 /// Sets "part.member" by its name, for sweeps; false when there is none, or it is not a number.
 bool setParameter(Parameters& parameters, const std::string& name, double value);

@@ -155,15 +155,6 @@ std::vector<demodulator::ParameterRow> parameterRows(Parameters& parameters)
 
 } // namespace
 
-std::vector<std::string> parameterNames()
-{
-    Parameters parameters;
-    std::vector<std::string> names;
-    for (const demodulator::ParameterRow& row : parameterRows(parameters))
-        names.emplace_back(row.name);
-    return names;
-}
-
 bool setParameter(Parameters& parameters, const std::string& name, double value)
 {
     return demodulator::setByName(parameterRows(parameters), name, value);

@@ -4,7 +4,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 namespace teleprinter {
 
@@ -279,9 +278,6 @@ struct Parameters
     TextParameters text;
     SearchParameters search;
 };
-
-/// The names of all members, as "part.member".
-std::vector<std::string> parameterNames();
 
 /// Sets "part.member" by its name, for sweeps; false when there is none, or it is no number.
 bool setParameter(Parameters& parameters, const std::string& name, double value);

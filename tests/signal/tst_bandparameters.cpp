@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "signal/band/parameters.h"
 
-#include "support/membernames.h"
-
 #include <QtTest>
-#include <cstddef>
 
 using namespace demodulator;
 
@@ -26,12 +23,6 @@ private Q_SLOTS:
         BandParameters parameters;
         QVERIFY(setParameter(parameters, "level.memory_s", 0.7));
         QCOMPARE(parameters.signal.level.memory_s, 0.7);
-    }
-    void everyMemberHasAName()
-    {
-        const std::string fault = testsupport::memberWithoutName<BandParameters>(
-            bandParameterNames(), offsetof(BandParameters, signal));
-        QVERIFY2(fault.empty(), fault.c_str());
     }
 };
 

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "signal/morse/parameters.h"
 
-#include "support/membernames.h"
-
 #include <QtTest>
 #include <limits>
 
@@ -19,11 +17,6 @@ private Q_SLOTS:
         QCOMPARE(parameters.level.memory_s, 0.7);
         QVERIFY(setParameter(parameters, "phase.leastMarks", 9));
         QCOMPARE(parameters.phase.leastMarks, 9U);
-    }
-    void everyMemberHasAName()
-    {
-        const std::string fault = testsupport::memberWithoutName<Parameters>(parameterNames());
-        QVERIFY2(fault.empty(), fault.c_str());
     }
     void whatIsNoMemberOrNoNumberIsRefused()
     {

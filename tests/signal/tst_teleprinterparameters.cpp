@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "signal/teleprinter/parameters.h"
 
-#include "support/membernames.h"
-
 #include <QtTest>
 #include <limits>
 
@@ -22,11 +20,6 @@ private Q_SLOTS:
         QCOMPARE(parameters.framing.character, -2.0F);
         QVERIFY(setParameter(parameters, "acquisition.refined", 7.0));
         QCOMPARE(parameters.acquisition.refined, 7);
-    }
-    void everyMemberHasAName()
-    {
-        const std::string fault = testsupport::memberWithoutName<Parameters>(parameterNames());
-        QVERIFY2(fault.empty(), fault.c_str());
     }
     void whatIsNoMemberOrNoNumberIsRefused()
     {
