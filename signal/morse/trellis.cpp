@@ -126,10 +126,12 @@ void Trellis::weighMarks()
         if (m_now - m_marks.lastLive[speed] <= static_cast<std::int64_t>(gap))
             m_longestGap = std::max(m_longestGap, gap);
     }
-    m_ratios.resize(wholeLanes(m_longestMark + 1));
-    // The shortest are always asked for: a gap may end now, and a mark begin.
+    // The shortest are always asked for: a carrier may end at any step of a block.
+    constexpr std::size_t BLOCK_GROUPS = CARRIER_BLOCK_STEPS / LANES;
+    m_ratios.resize(std::max(wholeLanes(m_longestMark + 1), BLOCK_GROUPS * LANES));
     const std::size_t groups = m_ratios.size() / LANES;
-    const std::uint64_t live = m_gaps.live.groups(groups) | 1;
+    const std::uint64_t live =
+        m_gaps.live.groups(groups) | ((std::uint64_t{1} << BLOCK_GROUPS) - 1);
     for (std::size_t group = 0; group < groups; ++group) {
         std::size_t end = group;
         while (end < groups && (live >> end & 1) != 0)

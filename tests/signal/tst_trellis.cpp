@@ -162,6 +162,37 @@ private Q_SLOTS:
         QVERIFY(std::abs(steady.begin_step - 200) <= 2);
         QVERIFY(std::abs(steady.end_step - 800) <= 2);
     }
+    // At whichever step of a block, and where nothing else has been likely for long.
+    void aStrongSteadyToneEndsWhereItEnds()
+    {
+        for (int steps = 1000; steps < 1032; ++steps) {
+            Heard heard(20.0);
+            const auto add = [&heard](bool mark, int count) {
+                for (int n = 0; n < count; ++n) {
+                    heard.likelihood.push({(mark ? 1.0 : 0.0) + 0.022 * heard.random.gauss(),
+                                           0.022 * heard.random.gauss()});
+                    heard.trellis.advance();
+                }
+            };
+            heard.likelihood.setLevel({1.0, 0.001});
+            add(false, 50);
+            for (const int dot : {15, 45, 15}) {
+                add(true, dot);
+                add(false, 15);
+            }
+            add(false, 30);
+            add(true, steps);
+            const std::int64_t end = heard.likelihood.end();
+            add(false, 100);
+            const std::vector<Segment> segments = heard.trellis.path(0).segments;
+            const auto steady =
+                std::find_if(segments.begin(), segments.end(),
+                             [](const Segment& one) { return one.kind == Kind::Carrier; });
+            QVERIFY2(steady != segments.end(), heard.kinds().c_str());
+            QVERIFY2(std::abs(steady->end_step - end) <= 2,
+                     qPrintable(QStringLiteral("%1, not %2").arg(steady->end_step).arg(end)));
+        }
+    }
     // At least half of what a path can hold is kept of the tone.
     void keyingGoesOnAfterASteadyToneThatIsLongerThanAPath()
     {
