@@ -5,7 +5,8 @@
 
 namespace demodulator {
 
-/// Sample rates that are read.
+/// Sample rates that are read: a step of the lowest has 16 samples, and sound is seldom faster than
+/// the highest.
 constexpr double LOWEST_RATE_Hz = 4000.0;
 constexpr double HIGHEST_RATE_Hz = 768000.0;
 

@@ -15,7 +15,7 @@ inline __attribute__((always_inline)) float quickLog(float x)
     // x = 2^exponent * m with m between sqrt(1/2) and sqrt(2).
     std::uint32_t bits = 0;
     std::memcpy(&bits, &x, sizeof bits);
-    constexpr std::uint32_t ROOT_HALF = 0x3f3504f3;
+    constexpr std::uint32_t ROOT_HALF = 0x3f3504f3; // the bits of sqrt(1/2)
     const std::uint32_t shifted = bits - ROOT_HALF;
     const auto exponent = static_cast<float>(static_cast<std::int32_t>(shifted) >> 23);
     const std::uint32_t mantissa = (shifted & 0x007fffffU) + ROOT_HALF;

@@ -24,7 +24,7 @@ namespace {
 
 // Vectors of one length, whatever a processor has: compilers split them where it has less.
 typedef Score ScoreLanes __attribute__((vector_size(LANES * sizeof(Score))));
-constexpr std::size_t FLOAT_LANES = 8;
+constexpr std::size_t FLOAT_LANES = 8; // those of a register of AVX2
 typedef float FloatLanes __attribute__((vector_size(FLOAT_LANES * sizeof(float))));
 
 INLINE void load(ScoreLanes& lanes, const Score* from)

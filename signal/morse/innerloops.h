@@ -87,6 +87,7 @@ struct StepSums
 void weighMarks(const MarkWeighing& weighing, const StepSums& sums, std::size_t first,
                 std::size_t count, std::int32_t* out);
 
+/// Far beyond any beam, and with a Score beside it within 32 bits.
 constexpr std::int32_t MOST_EVIDENCE = 20000 * SCORES_PER_NAT;
 
 /// Sum of a[i] times the conjugate of b[i], both complex.

@@ -11,6 +11,7 @@ struct Row
     char figure;
 };
 
+// What ITA2 has beside printed characters, as in ASCII.
 constexpr char WHO_ARE_YOU = 0x05;
 constexpr char BELL = 0x07;
 

@@ -56,7 +56,8 @@ struct Line
 /// The tones are a little off at most, all else is equal.
 bool isSameLine(const Line& a, const Line& b);
 
-/// Limits of what can be known and found.
+/// Limits of what can be known and found: the lines in use, from 45.45 to 300 Bd and from 85 to
+/// 850 Hz, with room for those that are off. Tones are those that a receiver lets through.
 constexpr double LOWEST_BAUD = 40.0;
 constexpr double HIGHEST_BAUD = 300.0;
 constexpr double LEAST_SHIFT_Hz = 70.0;

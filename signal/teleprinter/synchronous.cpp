@@ -65,6 +65,7 @@ float formOf(const ElementShares& shares, int node)
                 probabilities[marks] * (1.0 - mark) + probabilities[marks - 1] * mark;
         probabilities[0] *= 1.0 - mark;
     }
+    // The share of all combinations that are words.
     constexpr double DRAWN = static_cast<double>(CCIR476_WORDS) / (1U << WORD_ELEMENTS);
     return static_cast<float>(
         std::log(std::max(probabilities[MARKS], std::numeric_limits<double>::min()) / DRAWN));

@@ -11,6 +11,7 @@
 
 namespace teleprinter {
 
+/// Of CCIR 476, in which four of them are marks.
 constexpr int WORD_ELEMENTS = 7;
 constexpr int WORD_NODES = WORD_ELEMENTS * NODES;
 

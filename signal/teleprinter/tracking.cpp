@@ -100,14 +100,14 @@ void SignalStrength::add(const Tracking& tracking, double noise, double rate_Hz,
     // A tone of power P gives P bit^2 / 2, the noise bit times its variance.
     const double energy = tracking.energy() - tracking.elements() * noise * bit;
     const double power = std::max(0.0, 2.0 * energy / (bit * bit));
-    constexpr double WIDTH_Hz = 500.0;
+    constexpr double WIDTH_Hz = 500.0; // in which the noise of a ratio is counted
     m_ratios += power / (noise * WIDTH_Hz / (0.5 * rate_Hz));
     m_elements += tracking.elements();
 }
 
 std::optional<double> SignalStrength::snr_dB() const
 {
-    constexpr double LEAST = 1e-3;
+    constexpr double LEAST = 1e-3; // what fades away has a logarithm, too
     constexpr double MOST = 1e9; // without any noise
     if (m_elements <= 0.0)
         return std::nullopt;
