@@ -108,7 +108,7 @@ void SignalStrength::add(const Tracking& tracking, double noise, double rate_Hz,
 std::optional<double> SignalStrength::snr_dB() const
 {
     constexpr double LEAST = 1e-3; // what fades away has a logarithm, too
-    constexpr double MOST = 1e9; // without any noise
+    constexpr double MOST = 1e9;   // without any noise
     if (m_elements <= 0.0)
         return std::nullopt;
     return 10.0 * std::log10(std::clamp(m_ratios / m_elements, LEAST, MOST));
