@@ -574,6 +574,26 @@ const std::vector<Silence>& silences()
                 [](double duration_s, const std::string& seed) {
                     return testsupport::phaseKeying(duration_s, RATE_Hz, seed);
                 }),
+        instead("radar, 10 to 50 pulses a second",
+                [](double duration_s, const std::string& seed) {
+                    return testsupport::radar(duration_s, false, RATE_Hz, seed);
+                }),
+        instead("radar in bursts",
+                [](double duration_s, const std::string& seed) {
+                    return testsupport::radar(duration_s, true, RATE_Hz, seed);
+                }),
+        instead("chirps of an ionosonde, 25 to 100 kHz a second",
+                [](double duration_s, const std::string& seed) {
+                    return testsupport::sweeps(duration_s, 25e3, 100e3, RATE_Hz, seed);
+                }),
+        instead("carriers that sweep, 30 to 3000 Hz a second",
+                [](double duration_s, const std::string& seed) {
+                    return testsupport::sweeps(duration_s, 30.0, 3000.0, RATE_Hz, seed);
+                }),
+        instead("a carrier tuned across by hand",
+                [](double duration_s, const std::string& seed) {
+                    return testsupport::tunedAcross(duration_s, RATE_Hz, seed);
+                }),
     };
     return list;
 }

@@ -430,6 +430,10 @@ private Q_SLOTS:
         add("dialling tones", dialling(40.0, 8000.0, "test"));
         add("time pips", timePips(40.0, 8000.0, "test"));
         add("phase keying", phaseKeying(40.0, 8000.0, "test"));
+        add("radar", radar(40.0, false, 8000.0, "test"));
+        add("radar in bursts", radar(40.0, true, 8000.0, "test"));
+        add("chirps of an ionosonde", sweeps(40.0, 25e3, 100e3, 8000.0, "test"));
+        add("carriers that sweep", sweeps(40.0, 30.0, 3000.0, 8000.0, "test"));
         const double toNothing_dB = std::numeric_limits<double>::infinity();
         for (const double drop_dB : {10.0, 30.0, toNothing_dB})
             QTest::addRow("noise that falls by %g dB", drop_dB)

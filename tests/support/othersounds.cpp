@@ -43,6 +43,12 @@ void addTone(std::vector<float>& samples, double begin_s, double duration_s, dou
     }
 }
 
+// What a receiver's filter of 300 to 2700 Hz leaves of a tone.
+double passed(double tone_Hz)
+{
+    return std::clamp(std::min(tone_Hz - 250.0, 2750.0 - tone_Hz) / 100.0, 0.0, 1.0);
+}
+
 } // namespace
 
 std::vector<float> teleprinter(double duration_s, double centre_Hz, double rate_Hz,
@@ -214,6 +220,91 @@ std::vector<float> phaseKeying(double duration_s, double rate_Hz, const std::str
         samples[n] =
             static_cast<float>((before + (after - before) * share) *
                                std::sin(TWO_PI * tone_Hz * static_cast<double>(n) / rate_Hz));
+    }
+    return samples;
+}
+
+std::vector<float> radar(double duration_s, bool isGated, double rate_Hz, const std::string& seed)
+{
+    constexpr double CHIP_s = 0.0005;
+    Random random(seed + "/radar");
+    std::vector<float> samples = silent(duration_s, rate_Hz);
+    for (double setting_s = 0.0; setting_s < duration_s; setting_s += 20.0) {
+        const double interval_s = 1.0 / between(10.0, 50.0, random);
+        const double length_s = between(0.002, 0.015, random);
+        const double tone_Hz = between(400.0, 2000.0, random);
+        const bool isCoded = random.below(2) != 0U;
+        std::vector<double> code; // the same for every pulse
+        for (double at_s = 0.0; at_s < length_s; at_s += CHIP_s)
+            code.push_back(isCoded && random.below(2) != 0U ? -1.0 : 1.0);
+        double gate_s = setting_s; // when it opens or closes next
+        bool isOpen = !isGated;
+        const double end_s = std::min(setting_s + 20.0, duration_s);
+        for (double at_s = setting_s; at_s < end_s; at_s += interval_s) {
+            while (isGated && at_s >= gate_s) {
+                isOpen = !isOpen;
+                gate_s += between(0.3, 5.0, random);
+            }
+            const auto first = static_cast<std::size_t>(at_s * rate_Hz);
+            const auto count = isOpen ? static_cast<std::size_t>(length_s * rate_Hz) : 0;
+            for (std::size_t n = 0; n < count && first + n < samples.size(); ++n) {
+                const double age_s = static_cast<double>(n) / rate_Hz;
+                samples[first + n] = static_cast<float>(
+                    code[static_cast<std::size_t>(age_s / CHIP_s)] *
+                    std::sin(TWO_PI * tone_Hz * static_cast<double>(first + n) / rate_Hz));
+            }
+        }
+    }
+    return samples;
+}
+
+std::vector<float> sweeps(double duration_s, double slowest_Hz_per_s, double fastest_Hz_per_s,
+                          double rate_Hz, const std::string& seed)
+{
+    constexpr double LOW_Hz = 250.0;
+    constexpr double HIGH_Hz = 2750.0;
+    Random random(seed + "/sweeps");
+    std::vector<float> samples = silent(duration_s, rate_Hz);
+    std::size_t n = 0;
+    while (n < samples.size()) {
+        n += static_cast<std::size_t>(between(0.2, 3.0, random) * rate_Hz);
+        // As many slow ones as quick ones.
+        const double speed_Hz_per_s =
+            slowest_Hz_per_s *
+            std::pow(fastest_Hz_per_s / slowest_Hz_per_s, between(0.0, 1.0, random));
+        const bool isRising = random.below(2) != 0U;
+        const double step_Hz = (isRising ? 1.0 : -1.0) * speed_Hz_per_s / rate_Hz;
+        double phase = between(0.0, TWO_PI, random);
+        for (double tone_Hz = isRising ? LOW_Hz : HIGH_Hz;
+             n < samples.size() && tone_Hz >= LOW_Hz && tone_Hz <= HIGH_Hz; tone_Hz += step_Hz) {
+            phase += TWO_PI * tone_Hz / rate_Hz;
+            samples[n++] = static_cast<float>(passed(tone_Hz) * std::sin(phase));
+        }
+    }
+    return samples;
+}
+
+std::vector<float> tunedAcross(double duration_s, double rate_Hz, const std::string& seed)
+{
+    Random random(seed + "/tuned");
+    std::vector<float> samples = silent(duration_s, rate_Hz);
+    double from_Hz = between(-500.0, 3500.0, random);
+    double phase = 0.0;
+    std::size_t n = 0;
+    while (n < samples.size()) {
+        const double to_Hz = between(-500.0, 3500.0, random);
+        const double turned_s = between(0.3, 4.0, random);
+        const auto end =
+            n + static_cast<std::size_t>((turned_s + between(0.0, 2.0, random)) * rate_Hz);
+        for (const std::size_t first = n; n < std::min(end, samples.size()); ++n) {
+            const double share = std::min(1.0, static_cast<double>(n - first) / rate_Hz / turned_s);
+            // A hand begins and ends gently.
+            const double tone_Hz =
+                from_Hz + (to_Hz - from_Hz) * (0.5 - 0.5 * std::cos(0.5 * TWO_PI * share));
+            phase += TWO_PI * tone_Hz / rate_Hz;
+            samples[n] = static_cast<float>(passed(tone_Hz) * std::sin(phase));
+        }
+        from_Hz = to_Hz;
     }
     return samples;
 }

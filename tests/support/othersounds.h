@@ -30,6 +30,19 @@ std::vector<float> music(double duration_s, double rate_Hz, const std::string& s
 /// Phase reversals at 31.25 baud.
 std::vector<float> phaseKeying(double duration_s, double rate_Hz, const std::string& seed);
 
+/// Pulses of a radar over the horizon, 10 to 50 a second and 2 to 15 ms long, plain or phase-coded;
+/// rate, length and pitch change every 20 s. `isGated`: they come in bursts of 0.3 to 5 s.
+std::vector<float> radar(double duration_s, bool isGated, double rate_Hz, const std::string& seed);
+
+/// Carriers that sweep through a pass band of 300 to 2700 Hz, up or down, at a steady speed drawn
+/// between the two for each, 0.2 to 3 s apart.
+std::vector<float> sweeps(double duration_s, double slowest_Hz_per_s, double fastest_Hz_per_s,
+                          double rate_Hz, const std::string& seed);
+
+/// A carrier in the same pass band while the receiver's tuning is turned by hand: to somewhere
+/// within 4 kHz in 0.3 to 4 s, where it rests for up to 2 s.
+std::vector<float> tunedAcross(double duration_s, double rate_Hz, const std::string& seed);
+
 /// White noise that falls every 15 s, `loud_s` after it rose, by `drop_dB`; infinite: to nothing.
 std::vector<float> fallingNoise(double duration_s, double loud_s, double drop_dB, double rate_Hz,
                                 const std::string& seed);
