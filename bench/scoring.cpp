@@ -10,6 +10,7 @@
 #include <optional>
 #include <sstream>
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace bench {
@@ -121,7 +122,12 @@ std::string outputOf(std::string command, const Replacements& replacements, doub
     for (std::size_t count = fread(buffer, 1, sizeof buffer, pipe); count > 0;
          count = fread(buffer, 1, sizeof buffer, pipe))
         text.append(buffer, count);
-    pclose(pipe);
+    const int status = pclose(pipe);
+    // A program that is not there would look like one that reads nothing.
+    if (WIFEXITED(status) && (WEXITSTATUS(status) == 126 || WEXITSTATUS(status) == 127)) {
+        std::fprintf(stderr, "cannot run '%s'\n", command.c_str());
+        std::exit(2);
+    }
     return text;
 }
 

@@ -62,8 +62,8 @@ std::vector<Peer> peersOf(const std::vector<std::string>& arguments);
 /// Names in a command line, braces included, and what stands for them.
 using Replacements = std::vector<std::pair<std::string, std::string>>;
 
-/// What a command writes to its standard output; empty when it cannot be started. `cost` gets the
-/// processor time of the command and all that it starts.
+/// What a command writes to its standard output; ends the program with a message when there is no
+/// such command. `cost` gets the processor time of the command and all that it starts.
 std::string outputOf(std::string command, const Replacements& replacements, double signal_s,
                      Cost& cost);
 

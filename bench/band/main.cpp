@@ -183,7 +183,7 @@ struct Row
 int score(const Options& options)
 {
     const std::vector<bench::Peer> peers = bench::peersOf(options.others);
-    const bench::TemporaryWave wave;
+    static const bench::TemporaryWave wave; // removed however the program ends
     std::printf("| band | ours, error | strays a minute | processor s a s | s a s |");
     for (const bench::Peer& peer : peers)
         std::printf(" %s, error | strays a minute |", peer.name.c_str());

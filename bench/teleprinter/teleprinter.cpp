@@ -308,7 +308,7 @@ int score(const Options& options)
     std::printf("\n");
     Cost ours;
     std::vector<Cost> costs(peers.size());
-    const bench::TemporaryWave wave;
+    static const bench::TemporaryWave wave; // removed however the program ends
     for (const Condition& condition : teleprinterbench::conditions()) {
         if (!bench::isAmong(options.only, condition.name))
             continue;
