@@ -3,6 +3,7 @@
 #include "morse/symbolcodes.h"
 #include "reception/bound.h"
 #include "reception/corpus.h"
+#include "reception/offair.h"
 #include "scoring.h"
 #include "signal/morse/demodulator.h"
 #include "support/morsecode.h"
@@ -317,7 +318,7 @@ int make(const Options& options)
 int score(const Options& options)
 {
     const std::vector<bench::Peer> peers = bench::peersOf(options.others);
-    const bench::TemporaryWave wave;
+    static const bench::TemporaryWave wave; // removed however the program ends
     struct Column
     {
         std::string name;
@@ -388,6 +389,16 @@ int score(const Options& options)
     return 0;
 }
 
+int offAir(const Options& options)
+{
+    if (options.others.size() < 2) {
+        std::fprintf(stderr, "offair needs a list and a folder\n");
+        return 2;
+    }
+    const auto peers = bench::peersOf({options.others.begin() + 2, options.others.end()});
+    return reception::scoreOffAir(options.others[0], options.others[1], peers);
+}
+
 int usage()
 {
     std::fprintf(stderr, "usage: reception list\n"
@@ -396,6 +407,7 @@ int usage()
                          "       reception score [OPTION...] [NAME=COMMAND...]\n"
                          "       reception bound [OPTION...]\n"
                          "       reception delay [OPTION...]\n"
+                         "       reception offair LIST FOLDER [NAME=COMMAND...]\n"
                          "       reception noise [--set NAME] [--hours HOURS] [--show]\n"
                          "options: --set NAME  --seeds COUNT  --only CONDITION,...  --kind KIND\n"
                          "         --length CHARACTERS  --ours unaided|known|both|none  --show\n"
@@ -441,5 +453,7 @@ int main(int argc, char** argv)
         return delay(options);
     if (command == "noise")
         return noise(options);
+    if (command == "offair")
+        return offAir(options);
     return usage();
 }
