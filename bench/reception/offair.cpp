@@ -60,7 +60,7 @@ std::string trimmed(const std::string& text)
     return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
 }
 
-void check(const Stretch& stretch)
+void checkStretch(const Stretch& stretch)
 {
     for (const char* key : KEYS)
         stretch.value(key);
@@ -106,7 +106,7 @@ std::vector<Stretch> readList(const std::string& path)
     }
     if (list.empty())
         throw Fault(path + ": no list of recordings");
-    std::for_each(list.begin(), list.end(), check);
+    std::for_each(list.begin(), list.end(), checkStretch);
     return list;
 }
 
@@ -149,7 +149,8 @@ struct Column
     bench::Cost cost;
 };
 
-void score(const std::vector<Stretch>& list, const std::string& folder, std::vector<Column> columns)
+void printTable(const std::vector<Stretch>& list, const std::string& folder,
+                std::vector<Column> columns)
 {
     static const bench::TemporaryWave wave; // removed however the program ends
     std::printf("| recording | characters |");
@@ -218,7 +219,7 @@ int scoreOffAir(const std::string& list, const std::string& folder,
         std::vector<Column> columns = {{"ours", program.string() + " decode --codes {}", 0, {}}};
         for (const bench::Peer& peer : peers)
             columns.push_back({peer.name, peer.command, 0, {}});
-        score(there, folder, columns);
+        printTable(there, folder, columns);
         return 0;
     } catch (const std::exception& fault) {
         std::fflush(stdout);

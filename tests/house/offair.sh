@@ -52,7 +52,7 @@ END
 length=$(($(stat -c %s "$work/there/contact.wav") / 2 / 8000))
 entry to "$length" > "$work/list"
 entry file elsewhere.wav >> "$work/list"
-said=$("$reception" offair "$work/list" "$work/there" 'nothing=true' 'told=echo {tone} {wpm}' 2>"$work/missing")
+said=$("$reception" offair "$work/list" "$work/there" 'nothing=true' 'given=echo {tone} {wpm}' 2>"$work/missing")
 grep -qE '^\| a contact \| [0-9]+ \| 0\.0 \| 100\.0 \| [0-9]+\.[0-9] \|$' <<< "$said" || fail "$said"
 grep -q 'elsewhere.wav, from https://example.org/contact.wav (CC0 1.0)' "$work/missing" || fail "$(cat "$work/missing")"
 entry to "$((length / 2))" > "$work/half"
