@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -24,6 +23,7 @@ namespace {
 
 using Fault = std::runtime_error;
 
+constexpr double MOST = 1e6; // seconds, Hz: what a number of the list can be
 constexpr std::array KEYS = {"file", "address", "licence", "sha256", "from",
                              "to",   "tone",    "wpm",     "text",   "written"};
 
@@ -46,7 +46,7 @@ struct Stretch
         const std::string& text = value(key);
         char* end = nullptr;
         const double result = std::strtod(text.c_str(), &end);
-        if (*end != '\0' || !std::isfinite(result) || result < 0.0)
+        if (*end != '\0' || !(result >= 0.0 && result <= MOST))
             throw Fault(where + ": '" + key + "' of '" + title + "' cannot be '" + text + "'");
         return result;
     }
@@ -216,7 +216,8 @@ int scoreOffAir(const std::string& list, const std::string& folder,
         }
         if (there.empty())
             throw Fault(folder + ": none of the recordings is here");
-        std::vector<Column> columns = {{"ours", program.string() + " decode --codes {}", 0, {}}};
+        std::vector<Column> columns = {
+            {"ours", "'" + program.string() + "' decode --codes {}", 0, {}}};
         for (const bench::Peer& peer : peers)
             columns.push_back({peer.name, peer.command, 0, {}});
         printTable(there, folder, columns);

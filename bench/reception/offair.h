@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Recordings off the air, which others publish which the one who measures has fetched: what is
-// known of each stands in a list, the recordings in a folder.
+// Recordings off the air that others published: what is known of each stands in a list, and the one
+// who measures has fetched them into a folder.
 #pragma once
 
 #include "scoring.h"

@@ -74,6 +74,7 @@ wrong "another recording" sha256 0123
 wrong "ends before 9999 s" to 9999
 wrong "ends before it begins" to 0
 wrong "'tone' of 'a contact' cannot be 'high'" tone high
+wrong "'to' of 'a contact' cannot be '1e300'" to 1e300
 wrong "has no 'text'" text ""
 wrong "has no 'licence'" licence ""
 wrong "is a path, not a name" file ../contact.wav
