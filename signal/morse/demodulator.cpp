@@ -8,6 +8,7 @@
 #include "signal/morse/follower.h"
 #include "signal/morse/observer.h"
 #include "signal/morse/refusedtones.h"
+#include "signal/morse/rehearing.h"
 #include "signal/morse/signalchain.h"
 #include "signal/morse/tonefinder.h"
 #include "signal/samples/samples.h"
@@ -33,27 +34,66 @@ bool usable(double rate_Hz)
     return rate_Hz >= LOWEST_RATE_Hz && rate_Hz <= HIGHEST_RATE_Hz;
 }
 
+// What is set out of bounds counts as not set.
+Settings bounded(Settings settings)
+{
+    const auto limit = [](std::optional<double>& value, double least, double most) {
+        if (value && !(*value >= least && *value <= most))
+            value.reset();
+    };
+    limit(settings.tone_Hz, LOWEST_SET_TONE_Hz, HIGHEST_SET_TONE_Hz);
+    limit(settings.speed_wpm, LOWEST_SET_SPEED_wpm, HIGHEST_SET_SPEED_wpm);
+    return settings;
+}
+
+// What hears a recording after the first hearing, one behind the other. Live there is none.
+class Rehearings
+{
+public:
+    Rehearings(const Settings& settings, double step_s, SymbolSink& sink, Observer* observer)
+        : m_sink(&sink)
+        , m_observer(observer)
+    {
+        for (int i = 0; !settings.isLive && i < settings.parameters.rehearing.times; ++i) {
+            m_all.push_back(std::make_unique<Rehearing>(
+                step_s, settings.speed_wpm, settings.parameters, *m_sink, m_observer, i == 0));
+            m_sink = m_all.back().get();
+            m_observer = m_all.back().get();
+        }
+    }
+
+    // Those of the first hearing.
+    SymbolSink& sink() const { return *m_sink; }
+    Observer* observer() const { return m_observer; }
+
+    void finish()
+    {
+        for (auto each = m_all.rbegin(); each != m_all.rend(); ++each)
+            (*each)->finish();
+    }
+
+private:
+    std::vector<std::unique_ptr<Rehearing>> m_all; // the last one first
+    SymbolSink* m_sink;
+    Observer* m_observer;
+};
+
 } // namespace
 
 class Demodulator::Private
 {
 public:
     Private(const Settings& settings, SymbolSink& sink, Observer* observer)
-        : m_settings(settings)
-        , m_sink(sink)
-        , m_observer(observer)
+        : m_settings(bounded(settings))
         , m_decimator(settings.sampleRate_Hz)
         , m_rate_Hz(m_decimator.outputRate_Hz())
+        , m_rehearings(m_settings, Baseband::stepSamplesAt(m_rate_Hz) / m_rate_Hz, sink, observer)
+        , m_sink(m_rehearings.sink())
+        , m_observer(m_rehearings.observer())
         , m_history(static_cast<std::size_t>(HISTORY_s * m_rate_Hz))
         , m_finder(m_rate_Hz, settings.parameters.finder)
         , m_frame(m_finder.frameLength())
     {
-        const auto limit = [](std::optional<double>& value, double least, double most) {
-            if (value && !(*value >= least && *value <= most))
-                value.reset();
-        };
-        limit(m_settings.tone_Hz, LOWEST_SET_TONE_Hz, HIGHEST_SET_TONE_Hz);
-        limit(m_settings.speed_wpm, LOWEST_SET_SPEED_wpm, HIGHEST_SET_SPEED_wpm);
     }
 
     void push(const float* samples, std::size_t count)
@@ -81,6 +121,7 @@ public:
         promoteIf(&Private::isEnoughAtTheEnd);
         if (m_active)
             m_active->chain().finish();
+        m_rehearings.finish();
     }
 
 private:
@@ -386,10 +427,11 @@ private:
     }
 
     Settings m_settings;
-    SymbolSink& m_sink;
-    Observer* m_observer;
     Decimator m_decimator;
     double m_rate_Hz;
+    Rehearings m_rehearings;
+    SymbolSink& m_sink;
+    Observer* m_observer;
     SampleHistory m_history;
     ToneFinder m_finder;
     std::vector<float> m_frame;

@@ -16,7 +16,10 @@ struct Settings
     double sampleRate_Hz = 8000.0;
     std::optional<double> tone_Hz;   ///< look for the signal within 50 Hz of this
     std::optional<double> speed_wpm; ///< expect this speed, within 20 %
-    Parameters parameters = {};      ///< what the stages are tuned with
+    /// False: a signal is heard again once it is known what comes after, which reads fading and
+    /// weak ones better. Codes come some 25 seconds late then, or at the end of the input.
+    bool isLive = true;
+    Parameters parameters = {}; ///< what the stages are tuned with
 };
 
 class Observer;

@@ -18,6 +18,7 @@ struct FollowedStep
     double tone_Hz;             ///< where the tone was expected
     std::complex<double> value; ///< half the amplitude found there, and its phase
     Level level;                ///< what the signal and the noise were expected to be
+    double noise = 0.0;         ///< of this very step: more than that of the level during a crash
 };
 
 /// Times count from the first sample, as those of a SymbolSink.

@@ -360,6 +360,38 @@ struct JudgeParameters
     double memory_marks = 60.0;
 };
 
+/// What is heard again, with what came after known (rehearing.h).
+struct RehearingParameters
+{
+    int times = 2;         ///< each with the marks that the last one found (rows: hf-poor, flutter)
+    double piece_s = 4.0;  ///< heard at once (row: none; speed)
+    double ahead_s = 8.0;  ///< of what comes after that is known (rows: hf-quiet, stations)
+    double before_s = 8.0; ///< and of what came before (rows: hf-quiet, hf-poor)
+    // So much is heard before it is emitted, if it is Morse; in doubt so much (rows: speech, music;
+    // beginner for too little).
+    double judged_s = 12.0;
+    double heldAtMost_s = 60.0;
+    double toneLag_s = 0.5; ///< until a tone is known better (rows: stations, settle120)
+    // Rates of fading that are tried, each twice the last one (rows: snr-6, hf-poor; flutter).
+    double slowestFading_per_s = 0.3;
+    double fastestFading_per_s = 150.0;
+    // Steps overlap, so that neighbours have some of their noise in common; and none is more
+    // certain than at this ratio: edges and clicks are no fading (rows: snr-6, hf-poor).
+    double sharedNoise = 1.5;
+    double largestRatio = 32.0;
+    double largestConcentration = 30.0; ///< no phase is known better (rows: hf-poor, static)
+    // Where the amplitude changes as fast as this, maybe each mark has a phase of its own, at this
+    // price as a logarithm; of a tone that changes within its marks, each part has, of so many
+    // steps (rows: phase25-0; settle120).
+    double steadyFading_per_s = 3.0;
+    double ownPhase = 4.0;
+    unsigned part_steps = 4;
+    // Gaps are filled by an echo when so much of the time it seemed so; fast fading looks like one
+    // (rows: echo12, echo9; flutter).
+    double echoShare = 0.5;
+    double fastestEcho_per_s = 15.0;
+};
+
 /// Which tone is followed (demodulator.h).
 struct AttentionParameters
 {
@@ -430,6 +462,7 @@ struct Parameters
     TrellisParameters trellis;
     DecisionParameters decision;
     JudgeParameters judge;
+    RehearingParameters rehearing;
     AttentionParameters attention;
 };
 

@@ -94,16 +94,41 @@ void SignalChain::push(const Step& step)
 {
     if (m_state == State::Ended)
         return;
-    const std::int64_t now = m_likelihood.end();
     const std::complex<double> value = m_tone.turn(step);
-    if (m_observer) {
-        const double middle_us = 1e6 * m_step_s * static_cast<double>(m_origin + now);
-        m_observer->step({std::llround(middle_us), m_tone.tone_Hz(), value, m_likelihood.level()});
-    }
     // Noise that has fallen since is weighed as what it was.
     const double noise = m_likelihood.level().noise;
     const double former = step.floor > m_parameters.burst.formerNoise * noise ? step.floor : 0.0;
-    m_likelihood.push(value, std::max(former, m_bursts.noiseOf(step.rest, noise)));
+    take(value, std::max(former, m_bursts.noiseOf(step.rest, noise)));
+}
+
+void SignalChain::pushKnown(const KnownStep& step)
+{
+    if (m_state == State::Ended)
+        return;
+    m_isKnown = true;
+    m_tone.set(step.tone_Hz);
+    Level level = step.level;
+    level.dot_steps = m_unit_steps;
+    m_likelihood.setLevel(level);
+    m_likelihood.setPhase(step.phase, step.concentration);
+    take(m_tone.turn({step.value, 0.0, step.tone_Hz, 0.0}), step.noise);
+}
+
+void SignalChain::confirm()
+{
+    if (m_state == State::Listening)
+        m_state = State::Confirmed;
+}
+
+void SignalChain::take(std::complex<double> value, double noise)
+{
+    if (m_observer) {
+        const double middle_us =
+            1e6 * m_step_s * static_cast<double>(m_origin + m_likelihood.end());
+        m_observer->step({std::llround(middle_us), m_tone.tone_Hz(), value, m_likelihood.level(),
+                          std::max(noise, m_likelihood.level().noise)});
+    }
+    m_likelihood.push(value, noise);
     m_trellis.advance();
     if (m_likelihood.end() % std::max<std::int64_t>(1, steps(m_parameters.echo.every_s)) == 0)
         lookForEcho();
@@ -277,6 +302,8 @@ std::vector<HeardMark> SignalChain::heardMarks(const Path& path,
 void SignalChain::follow(std::vector<HeardMark> marks)
 {
     m_weakestMark = weakestMark(marks);
+    if (m_isKnown)
+        return;
     if (!marks.empty()) {
         m_spread = toneSpread(marks, m_spread, m_parameters.tone);
         const Level& level = m_likelihood.level();

@@ -33,6 +33,18 @@ struct SignalGuess
     bool hasEcho = false;   ///< that fills its gaps
 };
 
+/// A step that another chain has followed, of which everything is known now but whether it is a
+/// mark.
+struct KnownStep
+{
+    std::complex<double> value; ///< against the phase of the tone
+    double tone_Hz;
+    double noise;         ///< of this very step: more during a crash of static
+    Level level;          ///< its dots are those of the chain that hears it
+    double phase;         ///< that a mark has here
+    double concentration; ///< how well that is known (von Mises), 0: not at all
+};
+
 /// The owner of the sound makes the steps, one every STEP_s, without gaps. A mixer may follow
 /// tone_Hz() from step to step, which wanders with the signal, or stand still or move in strides:
 /// Step::tone_Hz says where it was, and the chain turns the step by the difference. What is lost is
@@ -56,6 +68,8 @@ public:
     void setNoise(double noise);
     /// What is pushed after the end is ignored.
     void push(const Step& step);
+    /// In place of push(): nothing is followed any more then.
+    void pushKnown(const KnownStep& step);
     /// Decides what lies before the present pause, so that the next sender does not affect it.
     void settle();
     /// End of the signal: what is pending is decided now.
@@ -82,6 +96,8 @@ public:
     /// Tone, level and noise as they are known now.
     SignalGuess heard() const;
 
+    /// It is known to be a signal.
+    void confirm();
     /// From now on the decisions go to the sink.
     void release() { m_released = true; }
     /// The transmission it was made for has ended.
@@ -111,6 +127,7 @@ private:
 
     std::int64_t steps(double duration_s) const;
     void setLevel(double signal, double noise);
+    void take(std::complex<double> value, double noise);
     void review(bool last);
     double delay_s(const Level& level) const;
     void look(const Path& path, const std::vector<bool>& isForeign);
@@ -142,6 +159,7 @@ private:
     std::int64_t m_origin; // step of the sound that is step 0 of the likelihood
     State m_state = State::Listening;
     bool m_released = false;
+    bool m_isKnown = false; // level, tone and phase come with the steps
     PathFound m_found;
     // Of marks that a later path does not reach back to.
     MorseJudge m_judge;

@@ -27,10 +27,11 @@ struct SignalReport
 ///   as every other and the blank comes by itself.
 /// - 5, end of line, is written by the host at the next transmissionStarted(), not here.
 ///
-/// Delay: a code is emitted at most 1 s after the mark that it reports on (a character gap: after
-/// the end of its character, a word gap: after the gap is one). Only a transmission's beginning can
-/// take longer: until it is surely keying, and its speed is sure or 2 s and 8 marks, or 4.5 s, have
-/// come.
+/// Delay, heard live: a code is emitted at most 1 s after the mark that it reports on (a character
+/// gap: after the end of its character, a word gap: after the gap is one). Only a transmission's
+/// beginning can take longer: until it is surely keying, and its speed is sure or 2 s and 8 marks,
+/// or 4.5 s, have come. What is heard again (Settings::isLive) comes half a minute late, whatever
+/// the speed.
 class SymbolSink
 {
 public:

@@ -1,0 +1,203 @@
+// SPDX-License-Identifier: MIT
+#include "signal/morse/rehearing.h"
+
+#include "reception/corpus.h"
+#include "signal/morse/demodulator.h"
+#include "support/codelist.h"
+#include "support/keyer.h"
+
+#include <QtTest>
+
+#include <algorithm>
+#include <vector>
+
+using namespace demodulator;
+using namespace testsupport;
+
+namespace {
+
+constexpr double RATE_Hz = 8000.0;
+const char* const TEXT = "CQ CQ DE AB1C AB1C THE QUICK BROWN FOX JUMPS OVER THE LAZY DOG K";
+
+struct Heard : CodeList, Observer
+{
+    void sound(const float*, std::size_t count, double rate_Hz) override
+    {
+        sound_s += static_cast<double>(count) / rate_Hz;
+    }
+    void step(const FollowedStep& step) override
+    {
+        earliest = std::min(earliest, sound_s - 1e-6 * static_cast<double>(step.time_us));
+        ++steps;
+    }
+    void mark(std::int64_t, std::int64_t, double) override { ++marks; }
+
+    double sound_s = 0.0;
+    double earliest = 0.0; // by which a step came before its sound, if negative
+    int steps = 0;
+    int marks = 0;
+};
+
+Heard hear(const std::vector<float>& samples, bool isLive, std::size_t piece = 4000)
+{
+    Settings settings;
+    settings.sampleRate_Hz = RATE_Hz;
+    settings.isLive = isLive;
+    Heard heard;
+    Demodulator demodulator(settings, heard, &heard);
+    for (std::size_t at = 0; at < samples.size(); at += piece)
+        demodulator.push(samples.data() + at, std::min(piece, samples.size() - at));
+    demodulator.finish();
+    return heard;
+}
+
+std::vector<float> keyed(double tone_Hz, double speed_wpm, double after_s)
+{
+    Hand hand;
+    hand.speed_wpm = speed_wpm;
+    testsupport::Path path;
+    path.tone_Hz = tone_Hz;
+    path.before_s = 0.6;
+    path.after_s = after_s;
+    return sound(TEXT, hand, path, RATE_Hz, "rehearing");
+}
+
+std::vector<float> withNoise(std::vector<float> samples)
+{
+    addNoise(samples, RATE_Hz, 0.9, 12.0, "rehearing");
+    return samples;
+}
+
+void append(std::vector<float>& samples, const std::vector<float>& more, float level = 1.0F)
+{
+    for (const float sample : more)
+        samples.push_back(level * sample);
+}
+
+std::size_t errors(const reception::Recording& recording, const CodeList& list)
+{
+    return editDistance(asReceived(recording.sent), asReceived(textOfCodes(list.codes(), '*')));
+}
+
+} // namespace
+
+class tst_Rehearing : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void whatFadesIsReadWithAThirdOfTheErrors_data()
+    {
+        QTest::addColumn<QString>("condition");
+        for (const char* condition : {"hf-moderate", "hf-poor"})
+            QTest::newRow(condition) << QString::fromLatin1(condition);
+    }
+    void whatFadesIsReadWithAThirdOfTheErrors()
+    {
+        QFETCH(QString, condition);
+        const auto& all = reception::conditions();
+        const auto row = std::find_if(all.begin(), all.end(), [&](const auto& each) {
+            return each.name == condition.toStdString();
+        });
+        QVERIFY(row != all.end());
+        std::size_t live = 0;
+        std::size_t again = 0;
+        for (const std::string& kind : reception::kinds()) {
+            const reception::Recording recording = reception::record(*row, kind, "test", 150);
+            live += errors(recording, hear(recording.samples, true));
+            again += errors(recording, hear(recording.samples, false));
+        }
+        QVERIFY2(3 * again < live, qPrintable(QStringLiteral("%1 of %2").arg(again).arg(live)));
+    }
+    void aShortTransmissionIsHeardToo()
+    {
+        testsupport::Path path;
+        path.after_s = 1.0;
+        const Heard heard = hear(withNoise(sound("TEST", {}, path, RATE_Hz, "short")), false);
+        QCOMPARE(QString::fromStdString(heard.text()), QStringLiteral("TEST"));
+        QCOMPARE(heard.transmissions.size(), std::size_t(1));
+    }
+    void transmissionsAreThoseOfTheFirstHearing()
+    {
+        std::vector<float> samples = keyed(700.0, 25.0, 5.0);
+        append(samples, keyed(850.0, 18.0, 8.0));
+        append(samples, keyed(700.0, 30.0, 1.0));
+        samples = withNoise(samples);
+        const Heard live = hear(samples, true);
+        const Heard again = hear(samples, false);
+        QCOMPARE(again.text(), live.text());
+        QCOMPARE(again.transmissions.size(), live.transmissions.size());
+        for (std::size_t i = 0; i < live.transmissions.size(); ++i) {
+            const Transmission& expected = live.transmissions[i];
+            const Transmission& found = again.transmissions[i];
+            QVERIFY(std::abs(found.start_us - expected.start_us) < 20000);
+            QVERIFY(std::abs(found.stop_us - expected.stop_us) < 20000);
+            QVERIFY(std::fabs(found.report.tone_Hz - expected.report.tone_Hz) < 2.0);
+            QVERIFY(std::fabs(found.report.speed_wpm - expected.report.speed_wpm) < 0.5);
+            QVERIFY(std::fabs(found.report.snr_dB - expected.report.snr_dB) < 1.5);
+        }
+    }
+    // Who takes over is heard from before the moment at which that was noticed.
+    void whereAnotherSignalTakesOverNothingIsReadTwice()
+    {
+        std::vector<float> samples = keyed(700.0, 25.0, 0.6);
+        append(samples, keyed(820.0, 29.0, 0.6), 0.6F);
+        append(samples, keyed(700.0, 25.0, 0.6));
+        const Heard heard = hear(withNoise(samples), false);
+        const QString text = QString::fromStdString(heard.text());
+        QCOMPARE(text.count(QStringLiteral("QUICK BROWN FOX JUMPS OVER THE LAZY DOG K")), 3);
+        QCOMPARE(text.count(QStringLiteral("FOX")), 3);
+        std::int64_t last_us = 0;
+        for (const Transmission& transmission : heard.transmissions) {
+            QVERIFY(transmission.start_us >= last_us);
+            QVERIFY(std::is_sorted(transmission.times_us.begin(), transmission.times_us.end()));
+            last_us = transmission.stop_us;
+        }
+    }
+    void theCutOfTheInputChangesNothing()
+    {
+        std::vector<float> samples = keyed(700.0, 25.0, 5.0);
+        append(samples, keyed(850.0, 18.0, 0.0));
+        samples = withNoise(samples);
+        const Heard whole = hear(samples, false, samples.size());
+        QCOMPARE(whole.transmissions.size(), std::size_t(2));
+        QVERIFY(hear(samples, false, 37).transmissions == whole.transmissions);
+    }
+    void anObserverHearsTheSoundBeforeItsSteps()
+    {
+        std::vector<float> samples = keyed(700.0, 25.0, 5.0);
+        append(samples, keyed(850.0, 18.0, 1.0));
+        samples = withNoise(samples);
+        const Heard heard = hear(samples, false);
+        QVERIFY(heard.sound_s * RATE_Hz >= static_cast<double>(samples.size()));
+        QVERIFY2(heard.earliest > -0.05, qPrintable(QString::number(heard.earliest)));
+        QVERIFY(heard.steps > 5000);
+        QVERIFY(heard.marks > 200);
+    }
+    // Live, what sounds like a few characters is emitted before it is known to be speech.
+    void whatTurnsOutToBeNoMorseIsLeftOut()
+    {
+        const auto& all = reception::silences();
+        const auto speech = std::find_if(all.begin(), all.end(),
+                                         [](const auto& each) { return each.title == "speech"; });
+        QVERIFY(speech != all.end());
+        std::size_t live = 0;
+        std::size_t again = 0;
+        for (const char* seed : {"one", "two", "three", "four"}) {
+            const std::vector<float> samples = speech->make(60.0, seed);
+            live += hear(samples, true).codes().size();
+            again += hear(samples, false).codes().size();
+        }
+        QVERIFY2(live > 40 && 2 * again < live,
+                 qPrintable(QStringLiteral("%1 of %2").arg(again).arg(live)));
+    }
+    void noTransmissionNoCode()
+    {
+        std::vector<float> samples(static_cast<std::size_t>(20.0 * RATE_Hz), 0.0F);
+        const Heard heard = hear(withNoise(samples), false);
+        QVERIFY(heard.transmissions.empty());
+        QVERIFY(heard.sound_s > 19.0);
+    }
+};
+
+QTEST_APPLESS_MAIN(tst_Rehearing)
+#include "tst_rehearing.moc"
