@@ -79,6 +79,8 @@ private:
             // With them the key is that of archives that were filled before there was a choice.
             if (!m_options.alphabet.cutNumbers)
                 words += QStringLiteral("no cut numbers");
+            if (sound.demodulator.isLive)
+                words += QStringLiteral("live");
             return words;
         }
         const teleprinter::Known& known = sound.teleprinter.known;
@@ -244,8 +246,8 @@ int run(Arguments& arguments)
     if (options.startRule == StartRule::Given && sounds.size() > 1)
         arguments.fail(QStringLiteral("--start TIME is for one recording; several take "
                                       "--start auto"));
-    const TeleprinterChoice choice =
-        readTeleprinterOptions(arguments, {"wpm", "codes", "alphabet", "cut-numbers"}, sounds);
+    const TeleprinterChoice choice = readTeleprinterOptions(
+        arguments, {"wpm", "codes", "alphabet", "cut-numbers", "live"}, sounds);
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
     if (!canDecode(arguments, choice))

@@ -94,7 +94,7 @@ int run(Arguments& arguments)
     const AlphabetChoice alphabet = readAlphabetOptions(arguments);
     std::vector<SoundRequest> sounds = readSoundOptions(arguments, tonesToSet(arguments));
     const TeleprinterChoice choice =
-        readTeleprinterOptions(arguments, {"wpm", "alphabet", "cut-numbers"}, sounds);
+        readTeleprinterOptions(arguments, {"wpm", "alphabet", "cut-numbers", "live"}, sounds);
     PictureFile file(arguments);
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;

@@ -58,7 +58,7 @@ std::int64_t microseconds(double time_s)
 
 void refuseOptionsOfOneSignal(Arguments& arguments)
 {
-    for (const char* const option : {"channel", "tone", "wpm", "quick", "decoder"}) {
+    for (const char* const option : {"channel", "tone", "wpm", "live", "quick", "decoder"}) {
         if (arguments.isSet(option))
             arguments.fail(
                 QStringLiteral("--%1 is for a single signal").arg(QLatin1String(option)));

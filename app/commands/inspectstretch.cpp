@@ -17,8 +17,9 @@ constexpr std::size_t PIECE_SAMPLES = 4096;
 constexpr double BEFORE_s = 60;
 
 // What is heard so long after a stretch changes nothing in it any more: the longest silence that
-// ends a transmission, the beginning that is heard out first, and some to spare.
-constexpr double AFTERWARDS_s = 30;
+// ends a transmission, the beginning that is heard out first, what is heard again with what came
+// after, and some to spare.
+constexpr double AFTERWARDS_s = 60;
 
 std::int64_t microseconds(double time_s)
 {

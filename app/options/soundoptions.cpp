@@ -39,6 +39,9 @@ std::vector<OptionRow> soundOptionRows(const std::string& moreOfTone)
              rounded(100 * (SET_SPEED_TOLERANCE - 1)) + " percent, " +
              range(LOWEST_SET_SPEED_wpm, HIGHEST_SET_SPEED_wpm) + " (default: any from " +
              range(LOWEST_SPEED_wpm, HIGHEST_SPEED_wpm) + ")"},
+        {"live", nullptr,
+         "hear a file as a pipe is heard: at once, not again with what came after (default: twice "
+         "again, which reads fading and weak Morse better)"},
     };
 }
 
@@ -57,6 +60,7 @@ std::vector<SoundRequest> readSoundOptions(Arguments& arguments, const ToneRange
     for (const QString& name : arguments.operands()) {
         SoundRequest request = common;
         request.isPipe = name == QLatin1String("-");
+        request.demodulator.isLive = request.isPipe || arguments.isSet("live");
         request.name = request.isPipe ? QStringLiteral("standard input") : name;
         pipes += request.isPipe ? 1 : 0;
         requests.push_back(request);

@@ -2,6 +2,7 @@
 // The program from outside: what it reads, what it prints, how it ends.
 #include "support/files.h"
 #include "support/keyer.h"
+#include "support/morsecode.h"
 #include "support/program.h"
 #include "support/resultschema.h"
 #include "support/soundfile.h"
@@ -467,6 +468,31 @@ private Q_SLOTS:
         const Ended ended =
             run({"decode", "--tone", "700", "--wpm", "20", "-"}, raw(keyed("PARIS")));
         QCOMPARE(ended.out.simplified(), QByteArray("PARIS"));
+    }
+
+    // In fading it shows.
+    void aFileIsHeardAgainUnlessItIsToBeHeardLive()
+    {
+        const std::string sent = "THE QUICK BROWN FOX JUMPS OVER THE LAZY DOG AND THE RIVER THEN "
+                                 "GOES ON OVER THE HILLS TO THE SEA WHERE SHIPS WAIT FOR WIND";
+        testsupport::Path path;
+        path.scatter_Hz = 0.8;
+        path.snr_dB = 15.0;
+        const std::vector<float> samples = testsupport::sound(sent, {}, path, RATE_HZ, "again");
+        QTemporaryDir dir;
+        const QString name = dir.filePath("fading.wav");
+        testsupport::writeSoundFile(name.toStdString(), RATE_HZ, samples);
+        const auto errors = [&](const Ended& ended) {
+            return testsupport::editDistance(sent, ended.out.simplified().toStdString());
+        };
+        const Ended again = run({"decode", name});
+        const Ended live = run({"decode", "--live", name});
+        QCOMPARE(again.status, 0);
+        QCOMPARE(live.status, 0);
+        QVERIFY2(2 * errors(again) < errors(live), (again.out + live.out).constData());
+        QFile file(name);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(run({"decode", "-"}, file.readAll()).out, live.out);
     }
 
     void silenceGivesNothing()
