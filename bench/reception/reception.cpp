@@ -72,18 +72,27 @@ struct Options
     std::string kind;
     std::string ours = "both";
     double hours = 1.0;
+    bool isLive = false;
     bool show = false;
     demodulator::Parameters parameters;
     std::vector<std::string> others; // directory, or NAME=COMMAND
 };
 
-CodeList decode(const reception::Recording& recording, bool known,
+// How our demodulator hears a recording.
+struct Hearing
+{
+    bool isLive = false;  // as from a pipe
+    bool isKnown = false; // tone and speed
+};
+
+CodeList decode(const reception::Recording& recording, const Hearing& hearing,
                 const demodulator::Parameters& parameters, Cost& cost)
 {
     demodulator::Settings settings;
     settings.parameters = parameters;
+    settings.isLive = hearing.isLive;
     settings.sampleRate_Hz = reception::RATE_Hz;
-    if (known) {
+    if (hearing.isKnown) {
         settings.tone_Hz = recording.tone_Hz;
         settings.speed_wpm = recording.speed_wpm;
     }
@@ -161,8 +170,8 @@ int measure(const Options& options)
         Rates rates;
         Rates lenient; // codes of no character left out
         forAll(options, condition, [&](const reception::Recording& recording) {
-            const CodeList heard =
-                decode(recording, options.ours == "known", options.parameters, cost);
+            const CodeList heard = decode(recording, {options.isLive, options.ours == "known"},
+                                          options.parameters, cost);
             const std::string received = testsupport::textOfCodes(heard.codes, UNKNOWN);
             rates.each.push_back(100.0 * testsupport::characterErrorRate(recording.sent, received));
             lenient.each.push_back(
@@ -243,7 +252,7 @@ int delay(const Options& options)
         later.path.before_s = 5.0; // not at the very beginning of the input
         forAll(options, later, [&](const reception::Recording& recording) {
             const CodeList heard =
-                decode(recording, options.ours == "known", options.parameters, cost);
+                decode(recording, {true, options.ours == "known"}, options.parameters, cost);
             const auto add = [](std::vector<double>& to, const std::vector<double>& from) {
                 to.insert(to.end(), from.begin(), from.end());
             };
@@ -278,7 +287,8 @@ int noise(const Options& options)
             reception::Recording recording;
             recording.samples =
                 silence.make(PIECE_s, silence.title + "/" + options.set + std::to_string(piece));
-            const CodeList heard = decode(recording, false, options.parameters, cost);
+            const CodeList heard =
+                decode(recording, {options.isLive, false}, options.parameters, cost);
             transmissions += heard.transmissions;
             errorMarks += heard.errorMarks;
             for (const char c : testsupport::textOfCodes(heard.codes, UNKNOWN)) {
@@ -314,7 +324,8 @@ int make(const Options& options)
     return 0;
 }
 
-// A table in Markdown: our demodulator, unaided and with tone and speed known, and other programs.
+// A table in Markdown: our demodulator, from a file, live, and with tone and speed known, and other
+// programs.
 int score(const Options& options)
 {
     const std::vector<bench::Peer> peers = bench::peersOf(options.others);
@@ -326,14 +337,25 @@ int score(const Options& options)
         Cost cost;
     };
     std::vector<Column> columns;
-    for (const bool known : {false, true}) {
-        if (options.ours == (known ? "unaided" : "known") || options.ours == "none")
+    const struct
+    {
+        const char* name;
+        const char* chosenBy;
+        Hearing hearing;
+    } ours[] = {
+        {"ours", "unaided", {false, false}},
+        {"ours, live", "unaided", {true, false}},
+        {"ours, known", "known", {false, true}},
+    };
+    for (const auto& own : ours) {
+        if (options.ours != "both" && options.ours != own.chosenBy)
             continue;
-        const auto read = [known, &options](const reception::Recording& recording, Cost& cost) {
+        const auto read = [hearing = own.hearing, &options](const reception::Recording& recording,
+                                                            Cost& cost) {
             return testsupport::textOfCodes(
-                decode(recording, known, options.parameters, cost).codes, UNKNOWN);
+                decode(recording, hearing, options.parameters, cost).codes, UNKNOWN);
         };
-        columns.push_back({known ? "ours, known" : "ours", read, {}});
+        columns.push_back({own.name, read, {}});
     }
     for (const bench::Peer& peer : peers) {
         const auto read = [&](const reception::Recording& recording, Cost& cost) {
@@ -401,18 +423,19 @@ int offAir(const Options& options)
 
 int usage()
 {
-    std::fprintf(stderr, "usage: reception list\n"
-                         "       reception measure [OPTION...]\n"
-                         "       reception make [OPTION...] DIRECTORY\n"
-                         "       reception score [OPTION...] [NAME=COMMAND...]\n"
-                         "       reception bound [OPTION...]\n"
-                         "       reception delay [OPTION...]\n"
-                         "       reception offair LIST FOLDER [NAME=COMMAND...]\n"
-                         "       reception noise [--set NAME] [--hours HOURS] [--show]\n"
-                         "options: --set NAME  --seeds COUNT  --only CONDITION,...  --kind KIND\n"
-                         "         --length CHARACTERS  --ours unaided|known|both|none  --show\n"
-                         "         --with PART.MEMBER=VALUE (parameters.h), as often as wanted\n"
-                         "COMMAND writes text; {} is the recording, {tone} and {wpm} the truth\n");
+    std::fprintf(stderr,
+                 "usage: reception list\n"
+                 "       reception measure [OPTION...]\n"
+                 "       reception make [OPTION...] DIRECTORY\n"
+                 "       reception score [OPTION...] [NAME=COMMAND...]\n"
+                 "       reception bound [OPTION...]\n"
+                 "       reception delay [OPTION...]\n"
+                 "       reception offair LIST FOLDER [NAME=COMMAND...]\n"
+                 "       reception noise [--set NAME] [--hours HOURS] [--show]\n"
+                 "options: --set NAME  --seeds COUNT  --only CONDITION,...  --kind KIND\n"
+                 "         --length CHARACTERS  --ours unaided|known|both|none  --live  --show\n"
+                 "         --with PART.MEMBER=VALUE (parameters.h), as often as wanted\n"
+                 "COMMAND writes text; {} is the recording, {tone} and {wpm} the truth\n");
     return 2;
 }
 
@@ -430,6 +453,7 @@ int main(int argc, char** argv)
         {"--length", options.length, 2},
         {"--hours", options.hours},
         {"--ours", options.ours},
+        {"--live", options.isLive},
         {"--show", options.show},
         bench::Option([&options](const std::string& member, double value) {
             return demodulator::setParameter(options.parameters, member, value);
