@@ -28,7 +28,7 @@ public:
     bool isHeld() const { return m_isHeld; }
     /// What has waited is handed on, and what comes from now on at once.
     void release();
-    /// What has waited is forgotten; the next sink never hears of it.
+    /// What has waited is forgotten; the next sink never hears of it. Between transmissions only.
     void drop() { m_waiting.clear(); }
 
     void transmissionStarted(std::int64_t time_us) override;

@@ -149,6 +149,7 @@ void Rehearing::close()
 {
     m_chain->finish();
     judge();
+    // Only the whole of a transmission can be dropped.
     if (m_codes.isHeld() && m_chain->judgedMarks() >= m_parameters.attention.loneMarks)
         m_codes.drop();
     m_codes.release();
@@ -161,8 +162,6 @@ void Rehearing::judge()
     const MorseJudge::Verdict verdict = m_chain->verdict();
     if (verdict == MorseJudge::Verdict::Morse || verdict == MorseJudge::Verdict::Dashes)
         m_codes.release();
-    if (verdict == MorseJudge::Verdict::Other)
-        m_codes.drop();
 }
 
 void Rehearing::hearUntil(std::int64_t end)
