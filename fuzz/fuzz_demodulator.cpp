@@ -2,7 +2,7 @@
 // Sound through the demodulator. The input: a byte each for the sample rate, for the tone and the
 // speed that the demodulator is given, and for the kind of the rest, which is samples of 8 bits,
 // samples as floating-point numbers, or keying: marks and spaces in turn, in steps of 10 ms. The
-// bit 4 of the kind asks for the same again in pieces.
+// bit 4 of the kind asks for the same again in pieces, bit 8 for it not live.
 #include "fuzz/fuzzing.h"
 #include "morse/symbolcodes.h"
 #include "signal/morse/demodulator.h"
@@ -134,6 +134,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (const std::uint8_t speed = bytes.byte())
         settings.speed_wpm = 1.0 * speed;
     const std::uint8_t kind = bytes.byte();
+    settings.isLive = (kind & 8) == 0;
 
     std::vector<float> samples = kind % 4 == 0   ? samplesOf8Bits(bytes.rest())
                                  : kind % 4 == 1 ? floatingPoint(bytes.rest())
