@@ -25,9 +25,12 @@ void decodeRecording(benchmark::State& state)
     QTemporaryDir dir;
     const QString file = dir.filePath(QStringLiteral("x.wav"));
     testsupport::writeSoundFile(file.toStdString(), rate_Hz, samples);
+    QStringList words = {QStringLiteral("decode")};
+    if (state.range(1) != 0)
+        words += QStringLiteral("--live");
     for (auto _ : state) {
         QProcess process;
-        process.start(QStringLiteral(MORSEHOST_PATH), {QStringLiteral("decode"), file});
+        process.start(QStringLiteral(MORSEHOST_PATH), words + QStringList(file));
         process.waitForFinished(-1);
         if (process.exitCode() != 0 || process.readAllStandardOutput().size() < 1000)
             state.SkipWithError("the recording was not decoded");
@@ -40,8 +43,7 @@ void decodeRecording(benchmark::State& state)
 } // namespace
 
 BENCHMARK(decodeRecording)
-    ->ArgName("rate_Hz")
-    ->Arg(8000)
-    ->Arg(48000)
+    ->ArgNames({"rate_Hz", "live"})
+    ->ArgsProduct({{8000, 48000}, {0, 1}})
     ->UseRealTime()
     ->Unit(benchmark::kMillisecond);

@@ -40,8 +40,8 @@ std::vector<OptionRow> soundOptionRows(const std::string& moreOfTone)
              range(LOWEST_SET_SPEED_wpm, HIGHEST_SET_SPEED_wpm) + " (default: any from " +
              range(LOWEST_SPEED_wpm, HIGHEST_SPEED_wpm) + ")"},
         {"live", nullptr,
-         "hear a file as a pipe is heard: at once, not again with what came after (default: twice "
-         "again, which reads fading and weak Morse better)"},
+         "decode a file in one pass, as a pipe (default: three passes, which read fading and weak "
+         "Morse better)"},
     };
 }
 
