@@ -272,8 +272,8 @@ Command bandCommand()
         {"most", "N", "follow at most N signals, the strongest, 1 to 5000 (default: 2000)"},
         {"jobs", "N", "use N processors (default: all); the output does not depend on it"},
         {"form", "FORM",
-         "lines: a line for each transmission; colon: FREQUENCY:TEXT, word by word (default: "
-         "lines)"},
+         "lines: a line for each transmission; colon: FREQUENCY:TEXT, word by word, of raw samples "
+         "in f32 unless --format says otherwise (default: lines)"},
         {"n", "N", "with --form colon: a line at the first blank after N characters (default: 8)"},
         {"json", nullptr, "print one JSON object per line and event"},
         {"table", nullptr,

@@ -73,8 +73,7 @@ std::vector<OptionRow> bandOptionRows()
         {"iq", nullptr,
          "the input is I and Q: two channels of a recording, or pairs of raw samples"},
         {"format", "FORMAT",
-         "format of raw samples on standard input: s16, f32, u8 or s8 (default: s16; f32 with "
-         "--form colon)"},
+         "format of raw samples on standard input: s16, f32, u8 or s8 (default: s16)"},
         {"rate", "HZ", "sample rate of raw samples, 4000 to 2400000 (default: 48000)"},
         {"center", "HZ", "frequency that 0 Hz of the input stands for (default: 0)"},
         {"only", "LO-HI", "leave out signals beyond these frequencies, in hertz"},
