@@ -43,15 +43,15 @@ void Rehearing::finish()
     passOn(std::numeric_limits<double>::infinity());
 }
 
-void Rehearing::transmissionStopped(std::int64_t, const SignalReport&)
+void Rehearing::transmissionStopped(std::int64_t time_us, const SignalReport&)
 {
-    m_isOver = true;
+    m_stopped = steps(1e-6 * static_cast<double>(time_us));
 }
 
 void Rehearing::sound(const float* samples, std::size_t count, double rate_Hz)
 {
     // What another signal takes from the end of this one is known by now.
-    if (m_isOver)
+    if (m_stopped)
         conclude();
     if (!m_observer)
         return;
@@ -72,9 +72,8 @@ void Rehearing::passOn(double until_s)
 void Rehearing::step(const FollowedStep& step)
 {
     const std::int64_t at = steps(1e-6 * static_cast<double>(step.time_us));
-    if (m_isOver || at != end_step()) {
-        while (!m_steps.empty() && end_step() > std::max(at, m_heard))
-            m_steps.pop_back();
+    if (m_stopped || at != end_step()) {
+        cut(at);
         conclude();
         m_begin = at;
         m_heard = at;
@@ -83,6 +82,12 @@ void Rehearing::step(const FollowedStep& step)
     const RehearingParameters& rehearing = m_parameters.rehearing;
     if (end_step() - m_heard >= steps(rehearing.piece_s + rehearing.ahead_s))
         hearUntil(m_heard + steps(rehearing.piece_s));
+}
+
+void Rehearing::cut(std::int64_t end)
+{
+    while (!m_steps.empty() && end_step() > std::max(end, m_heard))
+        m_steps.pop_back();
 }
 
 void Rehearing::mark(std::int64_t begin_us, std::int64_t end_us, double)
@@ -205,6 +210,9 @@ void Rehearing::hearUntil(std::int64_t end)
 
 void Rehearing::conclude()
 {
+    // What comes in the silence after it may be another station's.
+    if (m_stopped)
+        cut(*m_stopped + steps(m_parameters.attention.afterLast_s));
     while (m_heard < end_step())
         hearUntil(std::min(end_step(), m_heard + steps(m_parameters.rehearing.piece_s)));
     if (m_chain)
@@ -213,7 +221,7 @@ void Rehearing::conclude()
     m_marks.clear();
     m_aside_cycles = 0.0;
     m_begin = m_heard;
-    m_isOver = false;
+    m_stopped.reset();
 }
 
 } // namespace demodulator

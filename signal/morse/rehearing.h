@@ -58,6 +58,7 @@ private:
     bool hasEcho(const Amplitudes& amplitudes) const;
     void open(const FollowedStep& step);
     void close();
+    void cut(std::int64_t end_step);
     void judge();
     void hearUntil(std::int64_t end_step);
     void conclude();
@@ -75,9 +76,9 @@ private:
     double m_aside_cycles = 0.0;      // phase by which it is turned
     std::int64_t m_heard = 0;         // what came before was heard again
     std::deque<Mark> m_marks;
-    bool m_isOver = false;     // the first hearing has ended
-    std::deque<Piece> m_sound; // that the observer gets when its steps come
-    double m_passedOn_s = 0.0; // of the sound
+    std::optional<std::int64_t> m_stopped; // where the first hearing has ended
+    std::deque<Piece> m_sound;             // that the observer gets when its steps come
+    double m_passedOn_s = 0.0;             // of the sound
     std::unique_ptr<SignalChain> m_chain;
     std::int64_t m_opened = 0; // where that began to hear
 };

@@ -116,6 +116,37 @@ private Q_SLOTS:
         QCOMPARE(QString::fromStdString(heard.text()), QStringLiteral("TEST"));
         QCOMPARE(heard.transmissions.size(), std::size_t(1));
     }
+    // An answer beside its tone that comes before it is held to be over is no part of it.
+    void aShortOverIsKeptWhenItIsAnswered_data()
+    {
+        QTest::addColumn<QString>("over");
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<double>("pause_s");
+        for (const char* over : {"QRL?", "5NN TU", "CQ TEST K"})
+            for (const char* answer : {"R", "TU", "R R K"})
+                for (const double pause_s : {2.3, 2.5})
+                    QTest::addRow("%s, %s after %.1f s", over, answer, pause_s)
+                        << QString::fromLatin1(over) << QString::fromLatin1(answer) << pause_s;
+    }
+    void aShortOverIsKeptWhenItIsAnswered()
+    {
+        QFETCH(QString, over);
+        QFETCH(QString, answer);
+        QFETCH(double, pause_s);
+        Hand hand;
+        hand.speed_wpm = 22.0;
+        testsupport::Path path;
+        path.before_s = 3.0;
+        path.after_s = pause_s;
+        std::vector<float> samples = sound(over.toStdString(), hand, path, RATE_Hz, "over");
+        path.tone_Hz += 40.0;
+        path.before_s = 0.0;
+        path.after_s = 5.0;
+        append(samples, sound(answer.toStdString(), hand, path, RATE_Hz, "answer"));
+        const Heard heard = hear(withNoise(std::move(samples)), false);
+        const QString text = QString::fromStdString(heard.text());
+        QVERIFY2(text.startsWith(over), qPrintable(text));
+    }
     void transmissionsAreThoseOfTheFirstHearing()
     {
         std::vector<float> samples = keyed(700.0, 25.0, 5.0);
