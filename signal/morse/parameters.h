@@ -379,7 +379,9 @@ struct RehearingParameters
     // certain than at this ratio: edges and clicks are no fading (rows: snr-6, hf-poor).
     double sharedNoise = 1.5;
     double largestRatio = 32.0;
-    double largestConcentration = 30.0; ///< no phase is known better (rows: hf-poor, static)
+    // No phase is trusted more; that of a mark above the noise of a step, less in that measure
+    // (rows: hf-poor, static; holes).
+    double largestConcentration = 30.0;
     // Where the amplitude changes as fast as this, maybe each mark has a phase of its own, at this
     // price as a logarithm; of a tone that changes within its marks, each part has, of so many
     // steps (rows: phase25-0; settle120).

@@ -93,10 +93,8 @@ void Rehearing::cut(std::int64_t end)
 void Rehearing::mark(std::int64_t begin_us, std::int64_t end_us, double)
 {
     // Edges are no part of it.
-    const double step_us = 1e6 * m_step_s;
-    m_marks.push_back(
-        {static_cast<std::int64_t>(std::ceil(static_cast<double>(begin_us) / step_us)) + 1,
-         static_cast<std::int64_t>(std::ceil(static_cast<double>(end_us) / step_us)) - 1});
+    m_marks.push_back({steps(1e-6 * static_cast<double>(begin_us)) + 1,
+                       steps(1e-6 * static_cast<double>(end_us)) - 1});
 }
 
 // What follows a tone is behind it: where it was is known better soon after.
@@ -184,14 +182,18 @@ void Rehearing::hearUntil(std::int64_t end)
         if (!m_chain)
             open(step);
         const auto& [mean, variance] = known.steps[index];
-        const double signal = std::norm(mean) + variance;
+        // An echo makes a mark stronger or weaker where the two overlap: only the level that was
+        // followed is that of a mark.
+        const double signal = echo ? step.level.signal : std::norm(mean) + variance;
         KnownStep again = {heard[index].value,   laterTone_Hz(index), step.noise,
                            m_steps.back().level, std::arg(mean),      0.0};
         again.level.noise = step.level.noise;
         again.level.signal = std::max(signal, m_parameters.level.weakestRatio * step.level.noise);
         again.level.hasEcho = echo;
+        // A strong mark does not need its phase, which a hole in it would contradict.
+        const double trust = std::min(1.0, again.level.noise / again.level.signal);
         if (known.hasPhase)
-            again.concentration = std::min(m_parameters.rehearing.largestConcentration,
+            again.concentration = std::min(trust * m_parameters.rehearing.largestConcentration,
                                            2.0 * std::norm(mean) / std::max(variance, 1e-30));
         m_chain->pushKnown(again);
     }

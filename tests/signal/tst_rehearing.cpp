@@ -9,6 +9,7 @@
 #include <QtTest>
 
 #include <algorithm>
+#include <string>
 #include <vector>
 
 using namespace demodulator;
@@ -79,6 +80,31 @@ std::size_t errors(const reception::Recording& recording, const CodeList& list)
     return editDistance(asReceived(recording.sent), asReceived(textOfCodes(list.codes(), '*')));
 }
 
+struct ErrorCounts
+{
+    std::size_t live = 0;
+    std::size_t again = 0;
+};
+
+// All kinds of text under a condition, once for each seed.
+ErrorCounts errorsOf(const std::string& condition, const std::vector<std::string>& seeds)
+{
+    const auto& all = reception::conditions();
+    const auto row = std::find_if(all.begin(), all.end(),
+                                  [&](const auto& each) { return each.name == condition; });
+    if (row == all.end())
+        qFatal("no condition %s", condition.c_str());
+    ErrorCounts counts;
+    for (const std::string& seed : seeds) {
+        for (const std::string& kind : reception::kinds()) {
+            const reception::Recording recording = reception::record(*row, kind, seed, 150);
+            counts.live += errors(recording, hear(recording.samples, true));
+            counts.again += errors(recording, hear(recording.samples, false));
+        }
+    }
+    return counts;
+}
+
 } // namespace
 
 class tst_Rehearing : public QObject
@@ -94,19 +120,20 @@ private Q_SLOTS:
     void whatFadesIsReadWithAThirdOfTheErrors()
     {
         QFETCH(QString, condition);
-        const auto& all = reception::conditions();
-        const auto row = std::find_if(all.begin(), all.end(), [&](const auto& each) {
-            return each.name == condition.toStdString();
-        });
-        QVERIFY(row != all.end());
-        std::size_t live = 0;
-        std::size_t again = 0;
-        for (const std::string& kind : reception::kinds()) {
-            const reception::Recording recording = reception::record(*row, kind, "test", 150);
-            live += errors(recording, hear(recording.samples, true));
-            again += errors(recording, hear(recording.samples, false));
-        }
+        const auto [live, again] = errorsOf(condition.toStdString(), {"test"});
         QVERIFY2(3 * again < live, qPrintable(QStringLiteral("%1 of %2").arg(again).arg(live)));
+    }
+    // Half of the level is no mark, wherever the echo makes a mark stronger or weaker.
+    void anEchoIsNotRead()
+    {
+        const auto [live, again] = errorsOf("echo9", {"one", "two", "three"});
+        QVERIFY2(again == 0, qPrintable(QStringLiteral("%1, live %2").arg(again).arg(live)));
+    }
+    // A phase that is known says nothing against a strong mark with a hole.
+    void aHoleCostsAboutAsMuchAsLive()
+    {
+        const auto [live, again] = errorsOf("holes", {"one", "two", "three"});
+        QVERIFY2(2 * again < 3 * live, qPrintable(QStringLiteral("%1 of %2").arg(again).arg(live)));
     }
     void aShortTransmissionIsHeardToo()
     {
