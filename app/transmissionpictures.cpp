@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/transmissionpictures.h"
 
+#include "signal/morse/parameters.h"
 #include "station/io/folder.h"
 #include "station/picture/picture.h"
 #include "station/picture/teleprinterpicture.h"
@@ -10,14 +11,21 @@
 #include <QFile>
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 namespace morsehost {
 
 namespace {
 
-// A transmission is noticed so long after its begin, at most.
-constexpr std::int64_t NOTICED_us = 60000000;
+// A transmission is reported so long after its begin, at most.
+std::int64_t reportedWithin_us()
+{
+    const demodulator::RehearingParameters again;
+    return std::llround(1e6 * (again.heldAtMost_s + again.piece_s +
+                               demodulator::AttentionParameters().heardAgain_s));
+}
+
 constexpr std::int64_t FORGOTTEN_AT_ONCE_us = 10000000;
 constexpr int MOST_NAMES = 1000; // of pictures that begin in one second
 constexpr inspect::Stretch ALWAYS = {0, std::numeric_limits<std::int64_t>::max()};
@@ -68,7 +76,7 @@ void TransmissionPictures::hear(std::size_t count, double rate_Hz)
     const auto now_us = static_cast<std::int64_t>(m_heard_us);
     const std::int64_t wanted_us =
         m_begin_us ? std::max(*m_begin_us - PICTURE_EDGE_us, now_us - LONGEST_PICTURE_us)
-                   : now_us - NOTICED_us;
+                   : now_us - reportedWithin_us();
     if (wanted_us - m_kept_us <= FORGOTTEN_AT_ONCE_us)
         return;
     m_kept_us = wanted_us;

@@ -75,14 +75,16 @@ private:
         words += sound.channel ? QString::number(*sound.channel) : QString();
         words += QString::number(static_cast<int>(m_options.startRule));
         words += QString::number(m_options.start_us);
-        if (sound.decoder == QLatin1String(MORSE_DECODER)) {
-            // With them the key is that of archives that were filled before there was a choice.
+        if (sound.decoder == QLatin1String(MORSE_DECODER) ||
+            sound.decoder == QLatin1String(DECODER_AS_FOUND)) {
+            // Without them the key is that of archives that were filled before there was a choice.
             if (!m_options.alphabet.cutNumbers)
                 words += QStringLiteral("no cut numbers");
-            if (sound.demodulator.isLive)
-                words += QStringLiteral("live");
-            return words;
+            if (!sound.demodulator.isLive)
+                words += QStringLiteral("heard again");
         }
+        if (sound.decoder == QLatin1String(MORSE_DECODER))
+            return words;
         const teleprinter::Known& known = sound.teleprinter.known;
         words += {m_choice.map,
                   number(known.baud),
@@ -246,8 +248,10 @@ int run(Arguments& arguments)
     if (options.startRule == StartRule::Given && sounds.size() > 1)
         arguments.fail(QStringLiteral("--start TIME is for one recording; several take "
                                       "--start auto"));
-    const TeleprinterChoice choice = readTeleprinterOptions(
-        arguments, {"wpm", "codes", "alphabet", "cut-numbers", "live"}, sounds);
+    const TeleprinterChoice choice =
+        readTeleprinterOptions(arguments, {"wpm", "alphabet", "cut-numbers", "live"}, sounds);
+    if (arguments.isSet("codes") && choice.decoder != QLatin1String(MORSE_DECODER))
+        arguments.fail(QStringLiteral("--codes is for Morse"));
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
     if (!canDecode(arguments, choice))

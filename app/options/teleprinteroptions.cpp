@@ -200,7 +200,7 @@ TeleprinterChoice readTeleprinterOptions(Arguments& arguments,
                          QString::fromStdString(range(LOWEST_TONE_Hz, HIGHEST_TONE_Hz))));
     }
     for (const char* const option : forMorse) {
-        if (arguments.isSet(option))
+        if (arguments.isSet(option) && choice.decoder != QLatin1String(DECODER_AS_FOUND))
             arguments.fail(QStringLiteral("--%1 is for Morse").arg(QLatin1String(option)));
     }
     return choice;

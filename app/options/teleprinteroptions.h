@@ -35,7 +35,7 @@ ToneRange tonesToSet(const Arguments& arguments);
 
 /// Puts the decoder and what is known of its signal into the sounds, too. Errors are left in
 /// `arguments`; where Morse is asked for, or not, options that are for the other are errors too.
-/// `forMorse`: which of the command's are.
+/// `forMorse`: which of the command's are. Where the decoder is yet to be found, both are taken.
 TeleprinterChoice readTeleprinterOptions(Arguments& arguments,
                                          std::initializer_list<const char*> forMorse,
                                          std::vector<SoundRequest>& sounds);

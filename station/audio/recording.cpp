@@ -290,6 +290,10 @@ OpenedSource openFile(const QString& path, std::optional<int> channel)
     const int descriptor = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC);
     if (descriptor < 0)
         return refused(systemError(errno));
+    if (::lseek(descriptor, 0, SEEK_CUR) < 0) {
+        ::close(descriptor);
+        return refused(QStringLiteral("is a pipe; a file is needed, or '-' for standard input"));
+    }
     OpenedRecording opened = openDescriptor(descriptor, channel);
     if (!opened.recording)
         return refused(opened.error);

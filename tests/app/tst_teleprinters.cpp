@@ -128,6 +128,18 @@ private Q_SLOTS:
         QVERIFY(ended.out.size() > 30);
     }
 
+    // What it found to be Morse is read as it would have been from the beginning.
+    void autoTakesTheOptionsOfMorse()
+    {
+        const QStringList options = {"--live", "--wpm",
+                                     "25",     "--alphabet",
+                                     "Greek",  PROJECT_DATA_DIR "/samples/evening.flac"};
+        const Ended found = run(QStringList{"decode", "--decoder", "auto"} + options);
+        QCOMPARE(found.status, 0);
+        QCOMPARE(found.out, run(QStringList{"decode"} + options).out);
+        QVERIFY(found.out.size() > 30);
+    }
+
     void autoReadsAPipeFromItsBegin_data()
     {
         QTest::addColumn<QString>("recording");
@@ -319,6 +331,25 @@ private Q_SLOTS:
         QCOMPARE(three.err, one.err);
     }
 
+    void recordingHeardOtherwiseIsAnother()
+    {
+        QTemporaryDir folder;
+        const QStringList words = {"decode",
+                                   "--decoder",
+                                   "auto",
+                                   "--archive",
+                                   folder.filePath("heard.db"),
+                                   PROJECT_DATA_DIR "/samples/evening.flac"};
+        for (const QStringList& option :
+             {QStringList{}, QStringList{"--live"}, QStringList{"--cut-numbers", "off"}}) {
+            const Ended first = run(words + option);
+            QCOMPARE(first.status, 0);
+            QVERIFY2(!first.err.contains("is in the archive"), first.err.constData());
+            const Ended again = run(words + option);
+            QVERIFY2(again.err.contains("is in the archive"), again.err.constData());
+        }
+    }
+
     void recordingIsArchivedOnce()
     {
         QTemporaryDir folder;
@@ -405,6 +436,8 @@ private Q_SLOTS:
                                   << QByteArray("--unshift-on-space takes 'yes' or 'no'");
         QTest::newRow("an option of Morse") << QStringList{"--decoder", "Baudot", "--wpm", "20"}
                                             << QByteArray("--wpm is for Morse");
+        QTest::newRow("codes of what is yet to be found")
+            << QStringList{"--decoder", "auto", "--codes"} << QByteArray("--codes is for Morse");
         QTest::newRow("no folder of maps")
             << QStringList{"--decoder", "Baudot", "--maps", "/nowhere"}
             << QByteArray("no such folder");

@@ -84,6 +84,15 @@ class tst_Pipe : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void aPipeThatIsNamedIsNoFile()
+    {
+        const Pipe pipe;
+        const OpenedSource opened =
+            openRecording(QStringLiteral("/dev/fd/%1").arg(pipe.reader()), std::nullopt);
+        QVERIFY(!opened.source);
+        QCOMPARE(opened.error,
+                 QStringLiteral("is a pipe; a file is needed, or '-' for standard input"));
+    }
     void samplesMayBeCutInTwo_data()
     {
         QTest::addColumn<int>("size");
