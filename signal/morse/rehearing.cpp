@@ -90,8 +90,9 @@ void Rehearing::cut(std::int64_t end)
         m_steps.pop_back();
 }
 
-void Rehearing::mark(std::int64_t begin_us, std::int64_t end_us, double)
+void Rehearing::mark(std::int64_t begin_us, std::int64_t end_us, double unit_us)
 {
+    m_unit_us = unit_us;
     // Edges are no part of it.
     m_marks.push_back({steps(1e-6 * static_cast<double>(begin_us)) + 1,
                        steps(1e-6 * static_cast<double>(end_us)) - 1});
@@ -212,9 +213,11 @@ void Rehearing::hearUntil(std::int64_t end)
 
 void Rehearing::conclude()
 {
-    // What comes in the silence after it may be another station's.
+    // What comes in the silence after it may be another station's: no more than ends a word is its.
+    const AttentionParameters& attention = m_parameters.attention;
     if (m_stopped)
-        cut(*m_stopped + steps(m_parameters.attention.afterLast_s));
+        cut(*m_stopped + steps(std::max(attention.rivalSilence_s,
+                                        attention.rivalSilence_units * 1e-6 * m_unit_us)));
     while (m_heard < end_step())
         hearUntil(std::min(end_step(), m_heard + steps(m_parameters.rehearing.piece_s)));
     if (m_chain)

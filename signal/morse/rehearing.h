@@ -76,6 +76,7 @@ private:
     double m_aside_cycles = 0.0;      // phase by which it is turned
     std::int64_t m_heard = 0;         // what came before was heard again
     std::deque<Mark> m_marks;
+    double m_unit_us = 0.0;                // a dot of the last one
     std::optional<std::int64_t> m_stopped; // where the first hearing has ended
     std::deque<Piece> m_sound;             // that the observer gets when its steps come
     double m_passedOn_s = 0.0;             // of the sound
