@@ -113,7 +113,7 @@ MorseHandler::MorseHandler()
 {
     m_pDateTime->setFormatString(QStringLiteral("hh:mm:ss.zzz"));
     m_pDateTime->setOffsetFromUTC(Vanth::DateTime::Local_TimeZone);
-    // The texts of the connections are kept as they are, with a blank before the ampersand.
+    // It would take the blanks out of the signatures.
     // clang-format off
     connect(m_pResultDataHandler, SIGNAL(SetFilename(const QString &)),
             this, SLOT(SetXmlFileName(const QString &)));
@@ -129,7 +129,7 @@ MorseHandler::~MorseHandler()
         observedValues().LeaveAll();
         m_own->unfinishedFiles.Finish();
     } catch (...) {
-        // The message names another class; log filters know it as it is.
+        // Texts of traces are interface: this one names the translator.
         traceMessage(QStringLiteral("Exception caught in MorseTranslator::~MorseHandler"),
                      SOURCE_FILE, 149);
     }
@@ -152,7 +152,8 @@ void MorseHandler::observe(Kind*& role, const QString& path)
         role->AddObserver(this);
 }
 
-// These are registered once more, as hosts expect; a change is notified once all the same.
+// These are registered twice, as the contract with the host says; a change is notified once all the
+// same.
 template <typename Kind>
 void MorseHandler::observeTwice(Kind*& role, const QString& path)
 {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // morsehost-manual: writes the manual page or a completion of morsehost, at build time.
 #include "app/commands/registry.h"
+#include "app/console/exitstatus.h"
 #include "app/manual/completion.h"
 #include "app/manual/manualpage.h"
 
@@ -24,13 +25,13 @@ int main(int argc, char* argv[])
         text = fishCompletion(commands(), programOptions());
     } else {
         std::fputs("Usage: morsehost-manual page FILE DATE | bash|zsh|fish FILE\n", stderr);
-        return 2;
+        return EXIT_BAD_USAGE;
     }
     std::ofstream file(argv[2], std::ios::binary);
     file << text.toUtf8().constData();
     file.close();
     if (file)
-        return 0;
+        return EXIT_DONE;
     std::fprintf(stderr, "morsehost-manual: %s: cannot be written\n", argv[2]);
-    return 1;
+    return EXIT_BAD_INPUT;
 }

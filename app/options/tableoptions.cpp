@@ -4,8 +4,8 @@
 #include "app/console/complain.h"
 #include "app/datadirectory.h"
 #include "host/standin/configuration.h"
+#include "station/io/systemtext.h"
 
-#include <QFile>
 #include <QFileInfo>
 
 namespace morsehost {
@@ -35,12 +35,11 @@ QString decoderModulesFile(const Arguments& arguments)
 bool configureDecoderModules(const Arguments& arguments)
 {
     const QString file = decoderModulesFile(arguments);
-    if (QFileInfo::exists(file) && !QFileInfo(file).isFile()) {
-        complain(file, QStringLiteral("is not a regular file"));
-        return false;
-    }
-    if (QFile opened(file); !opened.open(QIODevice::ReadOnly)) {
-        complain(file, opened.errorString());
+    QString why = whyUnreadable(file);
+    if (why.isEmpty() && !QFileInfo(file).isFile())
+        why = QStringLiteral("is not a regular file");
+    if (!why.isEmpty()) {
+        complain(file, why);
         return false;
     }
     setConfigurationValue(QString(), QStringLiteral("DecoderModulesFile"), file);

@@ -148,7 +148,7 @@ std::vector<OptionRow> teleprinterOptionRows()
          "teleprinters: between the tones, " + range(LEAST_SHIFT_Hz, MOST_SHIFT_Hz) +
              " (default: any)"},
         {"reverse", nullptr, "teleprinters: mark is the lower tone (default: either)"},
-        {PARITY, "none|even|odd", "ASCII: beside the seven or eight bits (default: as it is sent)"},
+        {PARITY, "none|even|odd", "ASCII RTTY: the parity bit of a character (default: found out)"},
         unshiftOption(),
     };
 }

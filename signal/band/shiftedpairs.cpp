@@ -14,6 +14,7 @@ namespace {
 
 // 64 ms: pieces by which it is seen for how long both are keyed.
 constexpr std::size_t PIECE_STEPS = 16;
+constexpr double OWN_SPACINGS = 0.6; // half of one to both sides, and some more for one between two
 
 double productOf(const std::vector<float>& one, const std::vector<float>& other, std::size_t lag)
 {
@@ -117,7 +118,8 @@ double ShiftedPairs::chance(const Opposed& pair, double steps) const
 // Filters are wider than what the survey resolves.
 double ShiftedPairs::toneNear(double tone_Hz) const
 {
-    const auto found = m_survey.findNear(tone_Hz, 0.6 * m_bank.spacing_Hz(), Survey::KEPT_FRAMES);
+    const auto found =
+        m_survey.findNear(tone_Hz, OWN_SPACINGS * m_bank.spacing_Hz(), Survey::KEPT_FRAMES);
     return found ? found->tone_Hz : tone_Hz;
 }
 

@@ -120,6 +120,7 @@ std::vector<demodulator::ParameterRow> parameterRows(Parameters& parameters)
         PARAMETER_ROW(timeDiversity.doubtful),
         PARAMETER_ROW(timeDiversity.formless),
         PARAMETER_ROW(timeDiversity.overAfter_s),
+        PARAMETER_ROW(timeDiversity.mostAlike),
         PARAMETER_ROW(timeDiversity.faded),
         PARAMETER_ROW(timeDiversity.sureOrder),
         PARAMETER_ROW(text.digit),

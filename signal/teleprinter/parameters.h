@@ -213,6 +213,7 @@ struct TimeDiversityParameters
     float formless = 0.2F;     ///< mean of a word; 1.3 is all there can be
     double overAfter_s = 3.0;  ///< without a word
     // Which words repeat others.
+    float mostAlike = 8.0F; ///< that one pair of words may say: none decides alone
     float faded = 0.95F;    ///< share of what was known of the order that is left, a word later
     float sureOrder = 6.0F; ///< logarithm of the likelihood of one order over the other
 };

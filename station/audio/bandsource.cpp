@@ -8,10 +8,7 @@
 #include "station/io/systemtext.h"
 
 #include <QFile>
-#include <QFileInfo>
 
-#include <cerrno>
-#include <cstdint>
 #include <cstring>
 #include <unistd.h>
 #include <vector>
@@ -168,13 +165,8 @@ OpenedBand refusedBand(const QString& reason)
 
 OpenedBand openRecordedIQ(const QString& path)
 {
-    const QFileInfo file(path);
-    if (!file.exists())
-        return refusedBand(QStringLiteral("no such file"));
-    if (file.isDir())
-        return refusedBand(QStringLiteral("is a directory"));
-    if (!file.isReadable())
-        return refusedBand(systemError(EACCES));
+    if (const QString why = whyUnreadable(path); !why.isEmpty())
+        return refusedBand(why);
     SF_INFO info = {};
     SoundFile sound(sf_open(QFile::encodeName(path).constData(), SFM_READ, &info));
     if (!sound)

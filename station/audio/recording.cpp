@@ -374,10 +374,8 @@ long long SampleSource::skip(long long count)
 OpenedSource openRecording(const QString& path, std::optional<int> channel)
 {
     const QFileInfo info(path);
-    if (!info.exists())
-        return refused(QStringLiteral("no such file"));
-    if (info.isDir())
-        return refused(QStringLiteral("is a directory"));
+    if (const QString why = whyUnreadable(path); !why.isEmpty())
+        return refused(why);
     if (info.isFile() && info.size() == 0)
         return refused(QStringLiteral("is empty"));
     return openFile(path, channel);

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "station/io/systemtext.h"
 
+#include <QFileInfo>
+
+#include <cerrno>
 #include <cstring>
 
 namespace morsehost {
@@ -8,6 +11,16 @@ namespace morsehost {
 QString systemError(int number)
 {
     return QString::fromLocal8Bit(std::strerror(number));
+}
+
+QString whyUnreadable(const QString& path)
+{
+    const QFileInfo file(path);
+    if (!file.exists())
+        return systemError(ENOENT);
+    if (file.isDir())
+        return QStringLiteral("is a directory");
+    return file.isReadable() ? QString() : systemError(EACCES);
 }
 
 QString counted(long long count, const char* one, const char* several)

@@ -9,6 +9,9 @@ namespace morsehost {
 /// What a value of errno means.
 QString systemError(int number);
 
+/// Why no file can be read at `path`; empty when one can.
+QString whyUnreadable(const QString& path);
+
 /// "1 channel", "2 channels"
 QString counted(long long count, const char* one, const char* several);
 

@@ -3,6 +3,7 @@
 
 #include "station/archive/archive.h"
 #include "station/decoders.h"
+#include "station/io/systemtext.h"
 #include "station/page/httpserver.h"
 #include "station/service/stationsections.h"
 
@@ -13,6 +14,7 @@
 #include <QSettings>
 
 #include <algorithm>
+#include <cerrno>
 
 namespace morsehost {
 
@@ -39,7 +41,7 @@ QString readPath(SectionReader& section, const char* key, const QDir& beside)
         return {};
     QString path = QDir::cleanPath(beside.absoluteFilePath(given));
     if (!QFileInfo::exists(path))
-        section.fail(QStringLiteral("no such file: %1").arg(path), key);
+        section.fail(QStringLiteral("%1: %2").arg(path, systemError(ENOENT)), key);
     return path;
 }
 
@@ -212,7 +214,7 @@ void readSource(SectionReader& section, const QDir& beside, ReceiverSettings& re
             section.fail(QStringLiteral("tcp takes HOST:PORT, not '%1'").arg(receiver.tcp), "tcp");
     }
     if (!receiver.file.isEmpty() && !QFileInfo::exists(receiver.file))
-        section.fail(QStringLiteral("no such file: %1").arg(receiver.file), "file");
+        section.fail(QStringLiteral("%1: %2").arg(receiver.file, systemError(ENOENT)), "file");
     if (isPipe(receiver.file)) {
         receiver.command = QStringLiteral("exec cat ") + quoted(receiver.file);
         receiver.file.clear();
@@ -347,9 +349,15 @@ StationConfiguration readConfiguration(const QString& path, std::vector<Configur
     using namespace stationfile;
     StationConfiguration configuration;
     QFile file(path);
-    if (!QFileInfo(path).isFile() || file.size() > MAX_FILE_BYTES ||
-        !file.open(QIODevice::ReadOnly)) {
-        faults.push_back({0, QStringLiteral("cannot be read")});
+    QString why = whyUnreadable(path);
+    if (why.isEmpty() && !QFileInfo(path).isFile())
+        why = QStringLiteral("is not a regular file");
+    if (why.isEmpty() && file.size() > MAX_FILE_BYTES)
+        why = QStringLiteral("is larger than %1 bytes").arg(MAX_FILE_BYTES);
+    if (why.isEmpty() && !file.open(QIODevice::ReadOnly))
+        why = file.errorString();
+    if (!why.isEmpty()) {
+        faults.push_back({0, why});
         return configuration;
     }
     const Lines lines(file.readAll());

@@ -449,7 +449,7 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("words");
         QTest::addColumn<QByteArray>("part");
         QTest::newRow("no such recording")
-            << QStringList{"/nowhere/x.wav"} << QByteArray("no such file");
+            << QStringList{"/nowhere/x.wav"} << QByteArray("No such file or directory");
         QTest::newRow("no recording") << QStringList{TEST_DATA_DIR "/recordings/README.md"}
                                       << QByteArray("not a recording that can be read");
         QTest::newRow("beyond the end")

@@ -184,7 +184,7 @@ private Q_SLOTS:
             << QByteArray("/no/such: No such file");
         QTest::newRow("a folder for decoder modules")
             << QStringList{"--decoder", "Baudot", "--decoders", "/"} << 1
-            << QByteArray("/: is not a regular file");
+            << QByteArray("/: is a directory");
     }
 
     void badInputIsSaidInOneLine()

@@ -160,7 +160,8 @@ private Q_SLOTS:
         const QString path = dir.filePath(QString::fromUtf8("\xC3\xBC %1 \xE2\x99\xAB.wav"));
         writeSound(path, SF_FORMAT_WAV | SF_FORMAT_PCM_16, keyed("PARIS"), RATE_HZ);
         QCOMPARE(run({"decode", path}).out.simplified(), QByteArray("PARIS"));
-        verifyOneLine(run({"decode", path + "?"}), 1, "\xE2\x99\xAB.wav?: no such file");
+        verifyOneLine(run({"decode", path + "?"}), 1,
+                      "\xE2\x99\xAB.wav?: No such file or directory");
     }
 
     void rawSamplesComeFromAPipe()
@@ -389,7 +390,7 @@ private Q_SLOTS:
         paths.insert(2, dir.filePath("missing.wav"));
         const Ended one = run(QStringList{"decode", "--jobs", "1"} + paths);
         QCOMPARE(one.status, 1);
-        QCOMPARE(one.err, "morsehost: " + paths.at(2).toUtf8() + ": no such file\n");
+        QCOMPARE(one.err, "morsehost: " + paths.at(2).toUtf8() + ": No such file or directory\n");
         QByteArray expected;
         for (const int i : {0, 1, 3, 4})
             expected += "==> " + paths.at(i).toUtf8() + " <==\n" +
@@ -570,7 +571,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("kind");
         QTest::addColumn<QByteArray>("reason");
-        QTest::newRow("missing") << "missing" << QByteArray("no such file");
+        QTest::newRow("missing") << "missing" << QByteArray("No such file or directory");
         QTest::newRow("directory") << "directory" << QByteArray("is a directory");
         QTest::newRow("empty") << "empty" << QByteArray("is empty");
         QTest::newRow("text") << "text" << QByteArray("not a recording that can be read");
@@ -917,11 +918,31 @@ private Q_SLOTS:
                  "morsehost: standard input: line 2: '" + word + "' is no symbol code\n");
         QVERIFY(ended.out.startsWith("E"));
     }
-    void symbolFilesThatCannotBeReadAreSaid()
+    void filesThatCannotBeReadAreSaidInTheSameWords_data()
     {
+        QTest::addColumn<QStringList>("command");
+        QTest::newRow("decode") << QStringList{"decode"};
+        QTest::newRow("inspect") << QStringList{"inspect", "-o", "picture.svg"};
+        QTest::newRow("band") << QStringList{"band"};
+        QTest::newRow("band of I/Q") << QStringList{"band", "--iq"};
+        QTest::newRow("symbols") << QStringList{"symbols"};
+        QTest::newRow("decoders") << QStringList{"decoders", "--decoders"};
+        QTest::newRow("station") << QStringList{"station"};
+    }
+    void filesThatCannotBeReadAreSaidInTheSameWords()
+    {
+        QFETCH(QStringList, command);
         QTemporaryDir dir;
-        verifyOneLine(run({"symbols", dir.path()}), 1, "is a directory");
-        verifyOneLine(run({"symbols", dir.filePath("x")}), 1, "No such file");
+        const auto said = [](const QString& path, const char* why) {
+            return "morsehost: " + path.toUtf8() + ": " + why + '\n';
+        };
+        const Ended folder = run(command + QStringList{dir.path()});
+        QCOMPARE(folder.err, said(dir.path(), "is a directory"));
+        QCOMPARE(folder.status, 1);
+        const QString missing = dir.filePath("x");
+        const Ended none = run(command + QStringList{missing});
+        QCOMPARE(none.err, said(missing, "No such file or directory"));
+        QCOMPARE(none.status, 1);
     }
 
     void errorMarksAreEvents()

@@ -235,8 +235,9 @@ only=7000000-7040000
                                         << "3: receiver a needs one of command, file and tcp";
         QTest::newRow("two inputs") << head + one + "tcp=host:1\n"
                                     << "3: receiver a needs one of command, file and tcp";
-        QTest::newRow("no such file") << head + "[receiver a]\nfile=gone.wav\n"
-                                      << QString("4: no such file: %1").arg(path("gone.wav"));
+        QTest::newRow("no such file")
+            << head + "[receiver a]\nfile=gone.wav\n"
+            << QString("4: %1: No such file or directory").arg(path("gone.wav"));
         QTest::newRow("no port") << head + "[receiver a]\ntcp=host\n"
                                  << "4: tcp takes HOST:PORT, not 'host'";
         QTest::newRow("a name that leads out of the folder")
@@ -336,7 +337,7 @@ only=7000000-7040000
         page("a password in plain text", "listen=0.0.0.0:8073\npassword=secret\n",
              "7: password takes what 'morsehost password' prints");
         page("no such certificate", "listen=127.0.0.1:8073\nkey=gone.pem\n",
-             QString("7: no such file: %1").arg(path("gone.pem")));
+             QString("7: %1: No such file or directory").arg(path("gone.pem")));
         page("a key without a certificate", "listen=127.0.0.1:8073\nkey=station1.ini\n",
              "5: certificate and key belong together");
         page("a certificate that is none",
@@ -378,12 +379,16 @@ only=7000000-7040000
 
     void aFileThatCannotBeReadIsAFault()
     {
-        std::vector<ConfigurationFault> faults;
-        readConfiguration(path("missing.ini"), faults);
-        QCOMPARE(faults.size(), std::size_t(1));
-        faults.clear();
-        readConfiguration("/dev/zero", faults);
-        QCOMPARE(faults.size(), std::size_t(1));
+        const auto faultOf = [](const QString& file) {
+            std::vector<ConfigurationFault> faults;
+            readConfiguration(file, faults);
+            return faults.size() == 1 ? faults.front().text : QString();
+        };
+        QCOMPARE(faultOf(path("missing.ini")), QString("No such file or directory"));
+        QCOMPARE(faultOf(path(".")), QString("is a directory"));
+        QCOMPARE(faultOf("/dev/zero"), QString("is not a regular file"));
+        write(path("long.ini"), QByteArray(1024 * 1024 + 1, '\n'));
+        QCOMPARE(faultOf(path("long.ini")), QString("is larger than 1048576 bytes"));
     }
 
     void whatIsKeptBeginsWithADay()
