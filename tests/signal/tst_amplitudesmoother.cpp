@@ -86,6 +86,50 @@ std::complex<double> fading(std::size_t n)
     return std::polar(0.7, 0.4) * std::cos(PI * static_cast<double>(n) / STEPS);
 }
 
+// Of each step, known from those of marks alone: what normal random numbers are when some of them
+// are known, without a filter. They have this power, and are (1 + r t) exp(-r t) alike.
+std::vector<ExpectedAmplitude> conditional(const std::vector<HeardStep>& steps, double power,
+                                           double rate_per_s)
+{
+    const auto alike = [&](std::size_t a, std::size_t b) {
+        const double turn =
+            rate_per_s * STEP_s * std::fabs(static_cast<double>(a) - static_cast<double>(b));
+        return power * (1.0 + turn) * std::exp(-turn);
+    };
+    std::vector<std::size_t> marks;
+    for (std::size_t n = 0; n < steps.size(); ++n) {
+        if (steps[n].isMark)
+            marks.push_back(n);
+    }
+    std::vector<ExpectedAmplitude> expected;
+    for (std::size_t n = 0; n < steps.size(); ++n) {
+        // Gauss: each row is what two marks have in common, and what the mark has with this step.
+        std::vector<std::vector<double>> rows;
+        for (const std::size_t a : marks) {
+            rows.emplace_back();
+            for (const std::size_t b : marks)
+                rows.back().push_back(alike(a, b) + (a == b ? steps[a].noise : 0.0));
+            rows.back().push_back(alike(a, n));
+        }
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            for (std::size_t j = 0; j < rows.size(); ++j) {
+                const double share = j == i ? 0.0 : rows[j][i] / rows[i][i];
+                for (std::size_t k = i; share != 0.0 && k <= rows.size(); ++k)
+                    rows[j][k] -= share * rows[i][k];
+            }
+        }
+        ExpectedAmplitude one;
+        one.variance = power;
+        for (std::size_t i = 0; i < rows.size(); ++i) {
+            const double weight = rows[i].back() / rows[i][i];
+            one.mean += weight * steps[marks[i]].value;
+            one.variance -= weight * alike(marks[i], n);
+        }
+        expected.push_back(one);
+    }
+    return expected;
+}
+
 } // namespace
 
 class tst_AmplitudeSmoother : public QObject
@@ -107,6 +151,51 @@ private Q_SLOTS:
         const double noise = 0.25;
         const double error = meanSquareError(smoothed(heard(steady, noise)), steady);
         QVERIFY2(error < 0.05 * noise, qPrintable(QString::number(error / noise)));
+    }
+    void allIsKnownThatTheMarksSay_data()
+    {
+        QTest::addColumn<double>("rate_per_s");
+        QTest::newRow("slow") << 2.4;
+        QTest::newRow("quick") << 19.2;
+    }
+    void allIsKnownThatTheMarksSay()
+    {
+        QFETCH(double, rate_per_s);
+        std::vector<HeardStep> steps = heard([](std::size_t n) {
+            return std::polar(1.0 + 0.3 * std::sin(0.05 * static_cast<double>(n)),
+                              0.01 * static_cast<double>(n));
+        });
+        steps.resize(110);
+        double power = 0.0;
+        double marks = 0.0;
+        for (HeardStep& step : steps) {
+            step.noise = 0.2;
+            power += step.isMark ? std::norm(step.value) - step.noise : 0.0;
+            marks += step.isMark ? 1.0 : 0.0;
+        }
+        RehearingParameters parameters;
+        parameters.slowestFading_per_s = rate_per_s;
+        parameters.fastestFading_per_s = 1.5 * rate_per_s;
+        parameters.steadyFading_per_s = 100.0;
+        const Amplitudes found = smoothAmplitude(steps, STEP_s, false, parameters);
+        QCOMPARE(found.rate_per_s, rate_per_s);
+        const std::vector<ExpectedAmplitude> expected =
+            conditional(steps, power / marks, rate_per_s);
+        for (std::size_t n = 0; n < steps.size(); ++n) {
+            QVERIFY(std::abs(found.steps[n].mean - expected[n].mean) < 1e-6);
+            QVERIFY(std::fabs(found.steps[n].variance - expected[n].variance) < 1e-6);
+        }
+    }
+    // Otherwise chance would say that there is no signal at all.
+    void marksThatAreWeakerThanTheirNoiseHaveSomePower()
+    {
+        std::vector<HeardStep> steps = heard([](std::size_t) { return 0.0; });
+        for (std::size_t n = 0; n < steps.size(); ++n) {
+            steps[n] = {0.0, NOISE, n < UNIT_steps};
+        }
+        const Amplitudes found = smoothed(steps);
+        const double power = found.steps.back().variance; // far from any mark
+        QVERIFY2(power > 0.25 * NOISE && power < 0.35 * NOISE, qPrintable(QString::number(power)));
     }
     void aNullIsKnownFromBothSides()
     {
