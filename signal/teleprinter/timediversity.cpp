@@ -115,7 +115,8 @@ private:
         const float alike = meanOf(combine(direct.words, repeated.words)) - meanOf(direct.words) -
                             meanOf(repeated.words);
         const std::size_t parity = (m_given + m_slots.size() - 1 - REPEATED_AFTER) % 2;
-        m_alike[parity] = m_own.faded * m_alike[parity] + std::clamp(alike, -m_own.mostAlike, m_own.mostAlike);
+        m_alike[parity] =
+            m_own.faded * m_alike[parity] + std::clamp(alike, -m_own.mostAlike, m_own.mostAlike);
         m_isOrdered = m_isOrdered || std::fabs(m_alike[0] - m_alike[1]) > m_own.sureOrder;
     }
 
