@@ -191,7 +191,30 @@ private Q_SLOTS:
             QVERIFY2(steady != segments.end(), heard.kinds().c_str());
             QVERIFY2(std::abs(steady->end_step - end) <= 2,
                      qPrintable(QStringLiteral("%1, not %2").arg(steady->end_step).arg(end)));
+            QCOMPARE(heard.kinds().substr(0, 7), std::string("._-_.c+"));
         }
+    }
+    void aSteadyToneLastsForItsLeastLength_data()
+    {
+        QTest::addColumn<double>("least_units");
+        QTest::addColumn<bool>("isSteady");
+        QTest::newRow("shorter") << 8.0 << true;
+        QTest::newRow("longer") << 200.0 << false;
+    }
+    void aSteadyToneLastsForItsLeastLength()
+    {
+        QFETCH(double, least_units);
+        QFETCH(bool, isSteady);
+        TrellisParameters parameters;
+        parameters.leastCarrier_units = least_units;
+        Heard heard(20.0, "least", parameters);
+        heard.add(false, 50);
+        for (const int steps : {15, 45, 15, 40 * 15, 15}) {
+            heard.add(true, steps);
+            heard.add(false, 15);
+        }
+        heard.add(false, 100);
+        QVERIFY2((heard.kinds().find('+') != std::string::npos) == isSteady, heard.kinds().c_str());
     }
     // At least half of what a path can hold is kept of the tone.
     void keyingGoesOnAfterASteadyToneThatIsLongerThanAPath()
@@ -285,6 +308,20 @@ private Q_SLOTS:
         const Path path = heard.trellis.path(0);
         QVERIFY(path.complete);
         QCOMPARE(path.segments.back().end_step, std::int64_t(60 + 2 * (75 + 45 + 900)));
+    }
+    // What a silence is worth is how probable so long a gap is.
+    void aSilenceIsWorthLessThanTheGapItBeganAs()
+    {
+        Heard heard(20.0);
+        heard.add(false, 50);
+        for (const int steps : {15, 45, 15}) {
+            heard.add(true, steps);
+            heard.add(false, 15);
+        }
+        const double gap = heard.trellis.path(0).gain;
+        heard.add(false, 1200);
+        const double silence = heard.trellis.path(0).gain;
+        QVERIFY2(silence < gap - 1.0, qPrintable(QString("%1 after %2").arg(silence).arg(gap)));
     }
     void noMarkBeginsBeforeTheFirstStep_data()
     {
