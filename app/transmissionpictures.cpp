@@ -11,7 +11,6 @@
 #include <QFile>
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
 
 namespace morsehost {
@@ -19,13 +18,10 @@ namespace morsehost {
 namespace {
 
 // A transmission is reported so long after its begin, at most.
-std::int64_t reportedWithin_us()
-{
-    const demodulator::RehearingParameters again;
-    return std::llround(1e6 * (again.heldAtMost_s + again.piece_s +
-                               demodulator::AttentionParameters().heardAgain_s));
-}
-
+constexpr std::int64_t REPORTED_WITHIN_us =
+    static_cast<std::int64_t>(1e6 * (demodulator::RehearingParameters().heldAtMost_s +
+                                     demodulator::RehearingParameters().piece_s +
+                                     demodulator::AttentionParameters().heardAgain_s));
 constexpr std::int64_t FORGOTTEN_AT_ONCE_us = 10000000;
 constexpr int MOST_NAMES = 1000; // of pictures that begin in one second
 constexpr inspect::Stretch ALWAYS = {0, std::numeric_limits<std::int64_t>::max()};
@@ -76,7 +72,7 @@ void TransmissionPictures::hear(std::size_t count, double rate_Hz)
     const auto now_us = static_cast<std::int64_t>(m_heard_us);
     const std::int64_t wanted_us =
         m_begin_us ? std::max(*m_begin_us - PICTURE_EDGE_us, now_us - LONGEST_PICTURE_us)
-                   : now_us - reportedWithin_us();
+                   : now_us - REPORTED_WITHIN_us;
     if (wanted_us - m_kept_us <= FORGOTTEN_AT_ONCE_us)
         return;
     m_kept_us = wanted_us;

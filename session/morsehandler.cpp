@@ -113,7 +113,7 @@ MorseHandler::MorseHandler()
 {
     m_pDateTime->setFormatString(QStringLiteral("hh:mm:ss.zzz"));
     m_pDateTime->setOffsetFromUTC(Vanth::DateTime::Local_TimeZone);
-    // It would take the blanks out of the signatures.
+    // The formatter would take the blanks out of the signatures.
     // clang-format off
     connect(m_pResultDataHandler, SIGNAL(SetFilename(const QString &)),
             this, SLOT(SetXmlFileName(const QString &)));

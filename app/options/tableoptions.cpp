@@ -6,8 +6,6 @@
 #include "host/standin/configuration.h"
 #include "station/io/systemtext.h"
 
-#include <QFileInfo>
-
 namespace morsehost {
 
 QString directoryOption(const Arguments& arguments, const char* option, const char* shipped)
@@ -35,10 +33,7 @@ QString decoderModulesFile(const Arguments& arguments)
 bool configureDecoderModules(const Arguments& arguments)
 {
     const QString file = decoderModulesFile(arguments);
-    QString why = whyUnreadable(file);
-    if (why.isEmpty() && !QFileInfo(file).isFile())
-        why = QStringLiteral("is not a regular file");
-    if (!why.isEmpty()) {
+    if (const QString why = whyNoRegularFile(file); !why.isEmpty()) {
         complain(file, why);
         return false;
     }

@@ -199,8 +199,10 @@ TeleprinterChoice readTeleprinterOptions(Arguments& arguments,
                                         : QStringLiteral("any shift"),
                          QString::fromStdString(range(LOWEST_TONE_Hz, HIGHEST_TONE_Hz))));
     }
+    if (choice.decoder == QLatin1String(DECODER_AS_FOUND))
+        return choice;
     for (const char* const option : forMorse) {
-        if (arguments.isSet(option) && choice.decoder != QLatin1String(DECODER_AS_FOUND))
+        if (arguments.isSet(option))
             arguments.fail(QStringLiteral("--%1 is for Morse").arg(QLatin1String(option)));
     }
     return choice;

@@ -30,8 +30,8 @@ struct SignalReport
 /// Delay, heard live: a code is emitted at most 1 s after the mark that it reports on (a character
 /// gap: after the end of its character, a word gap: after the gap is one). Only a transmission's
 /// beginning can take longer: until it is surely keying, and its speed is sure or 2 s and 8 marks,
-/// or 4.5 s, have come. What is heard again (Settings::isLive) comes 24 s late, whatever the
-/// speed, and up to 90 s where it is not sure to be Morse.
+/// or 4.5 s, have come. What is heard again (Settings::isLive) comes 16 to 21 s late, the
+/// first seconds of a transmission 28 s, and where it is not sure to be Morse at most 90 s.
 class SymbolSink
 {
 public:

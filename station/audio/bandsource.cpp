@@ -9,6 +9,7 @@
 
 #include <QFile>
 
+#include <cstdint>
 #include <cstring>
 #include <unistd.h>
 #include <vector>

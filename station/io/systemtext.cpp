@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "station/io/systemtext.h"
 
+#include <QFile>
 #include <QFileInfo>
 
 #include <cerrno>
 #include <cstring>
+#include <unistd.h>
 
 namespace morsehost {
 
@@ -15,12 +17,17 @@ QString systemError(int number)
 
 QString whyUnreadable(const QString& path)
 {
-    const QFileInfo file(path);
-    if (!file.exists())
-        return systemError(ENOENT);
-    if (file.isDir())
-        return QStringLiteral("is a directory");
-    return file.isReadable() ? QString() : systemError(EACCES);
+    if (::access(QFile::encodeName(path).constData(), R_OK) != 0)
+        return systemError(errno);
+    return QFileInfo(path).isDir() ? QStringLiteral("is a directory") : QString();
+}
+
+QString whyNoRegularFile(const QString& path)
+{
+    QString why = whyUnreadable(path);
+    if (!why.isEmpty() || QFileInfo(path).isFile())
+        return why;
+    return QStringLiteral("is not a regular file");
 }
 
 QString counted(long long count, const char* one, const char* several)

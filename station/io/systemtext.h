@@ -9,8 +9,11 @@ namespace morsehost {
 /// What a value of errno means.
 QString systemError(int number);
 
-/// Why no file can be read at `path`; empty when one can.
+/// Why nothing can be read at `path`; empty when something can, be it a pipe or a device.
 QString whyUnreadable(const QString& path);
+
+/// The same of a regular file.
+QString whyNoRegularFile(const QString& path);
 
 /// "1 channel", "2 channels"
 QString counted(long long count, const char* one, const char* several);

@@ -349,9 +349,7 @@ StationConfiguration readConfiguration(const QString& path, std::vector<Configur
     using namespace stationfile;
     StationConfiguration configuration;
     QFile file(path);
-    QString why = whyUnreadable(path);
-    if (why.isEmpty() && !QFileInfo(path).isFile())
-        why = QStringLiteral("is not a regular file");
+    QString why = whyNoRegularFile(path);
     if (why.isEmpty() && file.size() > MAX_FILE_BYTES)
         why = QStringLiteral("is larger than %1 bytes").arg(MAX_FILE_BYTES);
     if (why.isEmpty() && !file.open(QIODevice::ReadOnly))

@@ -101,31 +101,29 @@ std::vector<ExpectedAmplitude> conditional(const std::vector<HeardStep>& steps, 
         if (steps[n].isMark)
             marks.push_back(n);
     }
-    std::vector<ExpectedAmplitude> expected;
-    for (std::size_t n = 0; n < steps.size(); ++n) {
-        // Gauss: each row is what two marks have in common, and what the mark has with this step.
-        std::vector<std::vector<double>> rows;
-        for (const std::size_t a : marks) {
-            rows.emplace_back();
-            for (const std::size_t b : marks)
-                rows.back().push_back(alike(a, b) + (a == b ? steps[a].noise : 0.0));
+    // Gauss: a row is what a mark has in common with each mark, and then with each step.
+    std::vector<std::vector<double>> rows;
+    for (const std::size_t a : marks) {
+        rows.emplace_back();
+        for (const std::size_t b : marks)
+            rows.back().push_back(alike(a, b) + (a == b ? steps[a].noise : 0.0));
+        for (std::size_t n = 0; n < steps.size(); ++n)
             rows.back().push_back(alike(a, n));
+    }
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        for (std::size_t j = 0; j < rows.size(); ++j) {
+            const double share = j == i ? 0.0 : rows[j][i] / rows[i][i];
+            for (std::size_t k = i; k < rows[i].size(); ++k)
+                rows[j][k] -= share * rows[i][k];
         }
-        for (std::size_t i = 0; i < rows.size(); ++i) {
-            for (std::size_t j = 0; j < rows.size(); ++j) {
-                const double share = j == i ? 0.0 : rows[j][i] / rows[i][i];
-                for (std::size_t k = i; share != 0.0 && k <= rows.size(); ++k)
-                    rows[j][k] -= share * rows[i][k];
-            }
+    }
+    std::vector<ExpectedAmplitude> expected(steps.size(), {{}, power});
+    for (std::size_t n = 0; n < steps.size(); ++n) {
+        for (std::size_t i = 0; i < marks.size(); ++i) {
+            const double weight = rows[i][marks.size() + n] / rows[i][i];
+            expected[n].mean += weight * steps[marks[i]].value;
+            expected[n].variance -= weight * alike(marks[i], n);
         }
-        ExpectedAmplitude one;
-        one.variance = power;
-        for (std::size_t i = 0; i < rows.size(); ++i) {
-            const double weight = rows[i].back() / rows[i][i];
-            one.mean += weight * steps[marks[i]].value;
-            one.variance -= weight * alike(marks[i], n);
-        }
-        expected.push_back(one);
     }
     return expected;
 }
@@ -189,10 +187,9 @@ private Q_SLOTS:
     // Otherwise chance would say that there is no signal at all.
     void marksThatAreWeakerThanTheirNoiseHaveSomePower()
     {
-        std::vector<HeardStep> steps = heard([](std::size_t) { return 0.0; });
-        for (std::size_t n = 0; n < steps.size(); ++n) {
-            steps[n] = {0.0, NOISE, n < UNIT_steps};
-        }
+        std::vector<HeardStep> steps(STEPS, {0.0, NOISE, false});
+        for (std::size_t n = 0; n < UNIT_steps; ++n)
+            steps[n].isMark = true;
         const Amplitudes found = smoothed(steps);
         const double power = found.steps.back().variance; // far from any mark
         QVERIFY2(power > 0.25 * NOISE && power < 0.35 * NOISE, qPrintable(QString::number(power)));
