@@ -199,6 +199,12 @@ void addUnsteady(std::vector<Condition>& rows)
         hand.leastJump_wpm = 14;
         hand.mostJump_wpm = 30;
     });
+    add("halves", "speed falls from 24 to 40 wpm to 40 to 60 % of it for a few words, and back",
+        [](Hand&, Path&) {});
+    rows.back().draw = [](Hand& hand, Path&, Random& random) {
+        hand.speed_wpm = between(24, 40, random);
+        hand.otherSpeed_wpm = hand.speed_wpm * between(0.4, 0.6, random);
+    };
 }
 
 // What is heard beside the signal, or taken from it.
@@ -294,6 +300,10 @@ std::vector<Condition> makeConditions()
         path.fading_dB = 10;
         path.fading_Hz = 0.5;
     });
+    add("quickfading", "fading 10 dB, 1 to 2.5 Hz", [](Hand&, Path& path) { path.fading_dB = 10; });
+    rows.back().draw = [](Hand&, Path& path, Random& random) {
+        path.fading_Hz = between(1, 2.5, random);
+    };
     add("neighbour", "second signal 300 Hz up, 6 dB down", [](Hand&, Path&) {});
     rows.back().draw = [](Hand&, Path& path, Random& random) {
         path.neighbours = {second(random)};
@@ -367,7 +377,13 @@ std::vector<Condition> makeConditions()
     add("stations",
         "two stations in turn, each at 13 to 30 wpm, 30 to 200 Hz and up to 10 dB apart, +15 dB",
         [](Hand&, Path& path) { path.snr_dB = 15; });
-    rows.back().twoStations = true;
+    rows.back().answers = Answers();
+    rows.back().draw = [](Hand& hand, Path&, Random& random) {
+        hand.speed_wpm = between(13, 30, random);
+    };
+    add("shortovers", "the same with overs of 5 to 40 characters, 25 to 60 Hz apart",
+        [](Hand&, Path& path) { path.snr_dB = 15; });
+    rows.back().answers = Answers{5, 40, 25.0, 60.0};
     rows.back().draw = [](Hand& hand, Path&, Random& random) {
         hand.speed_wpm = between(13, 30, random);
     };
@@ -412,19 +428,22 @@ std::string text(const std::string& kind, const std::string& seed, std::size_t l
 
 namespace {
 
-// Overs of about 100 characters, sent in turn.
 std::vector<float> twoStations(const Condition& condition, const std::string& sent,
                                const std::string& seed)
 {
     std::vector<float> sum;
+    const Answers& answers = *condition.answers;
     Random random(seed + "/answer");
-    const double offset_Hz = between(30, 200, random);
+    Random lengths(seed + "/overs");
+    const double offset_Hz = between(answers.leastOffset_Hz, answers.mostOffset_Hz, random);
     const double answer_wpm = between(13, 30, random);
     const auto level = static_cast<float>(std::pow(10.0, -between(0, 10, random) / 20.0));
     std::size_t begin = 0;
     bool second = false;
     for (int over = 0; begin < sent.size(); ++over) {
-        std::size_t end = std::min(sent.size(), begin + 100);
+        const std::size_t length =
+            answers.leastOver + lengths.below(answers.mostOver - answers.leastOver + 1);
+        std::size_t end = std::min(sent.size(), begin + length);
         while (end < sent.size() && sent[end] != ' ')
             ++end;
         Hand hand = condition.hand;
@@ -465,7 +484,7 @@ Recording record(const Condition& condition, const std::string& kind, const std:
         own.draw(own.hand, own.path, random);
     recording.tone_Hz = own.path.tone_Hz;
     recording.speed_wpm = own.hand.speed_wpm;
-    if (own.twoStations) {
+    if (own.answers) {
         recording.samples = twoStations(own, recording.sent, recording.name);
         return recording;
     }
@@ -550,6 +569,14 @@ const std::vector<Silence>& silences()
                 [](double duration_s, const std::string& seed) {
                     return testsupport::teleprinter(duration_s, 1000.0, RATE_Hz, seed);
                 }),
+        instead("teleprinters of 45 to 100 baud and 85 to 850 Hz, SITOR",
+                [](double duration_s, const std::string& seed) {
+                    return testsupport::otherTeleprinters(duration_s, RATE_Hz, seed);
+                }),
+        instead("SITOR in bursts",
+                [](double duration_s, const std::string& seed) {
+                    return testsupport::teleprinterBursts(duration_s, RATE_Hz, seed);
+                }),
         instead("speech",
                 [](double duration_s, const std::string& seed) {
                     return testsupport::speech(duration_s, RATE_Hz, seed);
@@ -561,6 +588,14 @@ const std::vector<Silence>& silences()
         instead("time pips",
                 [](double duration_s, const std::string& seed) {
                     return testsupport::timePips(duration_s, RATE_Hz, seed);
+                }),
+        instead("time codes",
+                [](double duration_s, const std::string& seed) {
+                    return testsupport::timeCode(duration_s, RATE_Hz, seed);
+                }),
+        instead("ringing and engaged tones",
+                [](double duration_s, const std::string& seed) {
+                    return testsupport::ringing(duration_s, RATE_Hz, seed);
                 }),
         instead("hopping tones",
                 [](double duration_s, const std::string& seed) {

@@ -7,12 +7,23 @@
 #include "support/random.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace reception {
 
 constexpr double RATE_Hz = 8000.0;
+
+/// A second station answers, at its own speed, pitch and strength: overs of so many characters, to
+/// the end of a word, and how far its tone is off.
+struct Answers
+{
+    std::size_t leastOver = 100;
+    std::size_t mostOver = 100;
+    double leastOffset_Hz = 30.0;
+    double mostOffset_Hz = 200.0;
+};
 
 /// One row of the table.
 struct Condition
@@ -23,8 +34,8 @@ struct Condition
     testsupport::Path path;
     /// What is drawn for every recording beside its tone; may be empty.
     std::function<void(testsupport::Hand&, testsupport::Path&, testsupport::Random&)> draw;
-    bool keyDown = false;     ///< all the while, for as long as the text takes
-    bool twoStations = false; ///< a second one answers, at its own speed, pitch and strength
+    bool keyDown = false; ///< all the while, for as long as the text takes
+    std::optional<Answers> answers;
 };
 
 const std::vector<Condition>& conditions();

@@ -172,6 +172,7 @@ std::vector<ParameterRow> rowsOf(Parameters& parameters)
         PARAMETER_ROW(trellis.resumeAtOther),
         PARAMETER_ROW(trellis.nextSpeed),
         PARAMETER_ROW(trellis.secondSpeed),
+        PARAMETER_ROW(trellis.otherSpeedAfterWord),
         PARAMETER_ROW(trellis.otherSpeed),
         PARAMETER_ROW(trellis.carrier),
         PARAMETER_ROW(trellis.leastCarrier_units),

@@ -288,6 +288,7 @@ struct TrellisParameters
     // any number of them (rows: speedup, jumps, stations).
     double nextSpeed = -3.0;
     double secondSpeed = -6.0;
+    double otherSpeedAfterWord = -12.0;
     // Change of the logarithm of speed that makes other elements of the same lengths (row: none;
     // delay).
     double otherSpeed = 0.45;

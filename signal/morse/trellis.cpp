@@ -280,11 +280,26 @@ void Trellis::endMarks(int cut)
     }
 }
 
+// The best path on which a word ends now, at the price of any other speed.
+int Trellis::changedScore()
+{
+    const auto best = std::max_element(m_gap.begin(), m_gap.end(), [](const Choice& a, const Choice& b) {
+        return a.score < b.score;
+    });
+    const auto speed = static_cast<std::size_t>(best - m_gap.begin());
+    if (best->score <= NEVER ||
+        m_timing.table(speed).gapKind(best->length_steps) != Kind::WordGap)
+        return NEVER;
+    m_memory.change(static_cast<Speed>(speed), best->length_steps);
+    return best->score + toScore(m_parameters.otherSpeedAfterWord);
+}
+
 // A mark may follow a gap at the same speed or at another one, a silence, or nothing.
 void Trellis::endGaps(int cut, const Idle& idle)
 {
     constexpr int NEIGHBOURS = PathMemory::NEIGHBOURS;
     constexpr std::int32_t NO_GAP = NEIGHBOURS + 1;
+    constexpr std::int32_t OTHER_HAND = NEIGHBOURS + 2;
     const std::int32_t changes[NEIGHBOURS + 1] = {0, toScore(m_parameters.nextSpeed),
                                                   toScore(m_parameters.secondSpeed)};
     const std::size_t speeds = m_timing.speeds();
@@ -303,9 +318,14 @@ void Trellis::endGaps(int cut, const Idle& idle)
     }
     raiseFromNeighbours(m_gapScores.data() + NEIGHBOURS, changes, NEIGHBOURS, speeds,
                         m_begins.data(), m_beginsFrom.data());
+    const int changed = changedScore();
     GapEnd best;
     int most = NEVER;
     for (std::size_t speed = 0; speed < speeds; ++speed) {
+        if (changed > m_begins[speed]) {
+            m_begins[speed] = changed;
+            m_beginsFrom[speed] = OTHER_HAND;
+        }
         const int score = m_begins[speed];
         if (score < cut || score <= NEVER)
             continue;
@@ -315,7 +335,9 @@ void Trellis::endGaps(int cut, const Idle& idle)
         m_gaps.lastLive[speed] = m_now;
         m_gaps.liveRows.setNewest(speed);
         m_gaps.live.setNewest();
-        if (isAfterMark) {
+        if (from == OTHER_HAND) {
+            m_memory.endGap(speed, PathMemory::ofChange());
+        } else if (isAfterMark) {
             const Choice& gap =
                 m_gap[static_cast<std::size_t>(static_cast<std::int64_t>(speed) + from)];
             m_memory.endGap(speed, PathMemory::ofGap(from, gap.length_steps));

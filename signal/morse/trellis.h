@@ -134,6 +134,7 @@ private:
     Total chooseMarks();
     Total chooseGaps(Idle& idle);
     void endMarks(int cut);
+    int changedScore();
     void endGaps(int cut, const Idle& idle);
     double unit_steps(Speed speed) const;
     std::vector<Open> openPaths() const;

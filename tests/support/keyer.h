@@ -24,6 +24,7 @@ struct Hand
     double gapSpread = 0.0;   ///< deviation of the logarithm of gaps between characters and words
     double speedSpread = 0.0; ///< deviation of the logarithm of each character's speed
     double dashJitter_units = 0; ///< deviation of dashes beside that of all marks
+    double otherSpeed_wpm = 0.0; ///< taken every few words, and given up again; 0: none
     double leastJump_wpm = 0.0;  ///< every few words another speed is drawn between these; 0: none
     double mostJump_wpm = 0.0;
 };

@@ -3,6 +3,7 @@
 
 #include "signal/numbers.h"
 #include "support/random.h"
+#include "support/teleprinterkeyer.h"
 
 #include <algorithm>
 #include <cmath>
@@ -70,6 +71,63 @@ std::vector<float> teleprinter(double duration_s, double centre_Hz, double rate_
         }
         phase += TWO_PI * (centre_Hz + (mark ? 0.5 : -0.5) * SHIFT_Hz) / rate_Hz;
         samples[n] = static_cast<float>(std::sin(phase));
+    }
+    return samples;
+}
+
+std::vector<float> otherTeleprinters(double duration_s, double rate_Hz, const std::string& seed)
+{
+    constexpr double EACH_s = 20.0;
+    constexpr double BAUDS[] = {45.45, 50.0, 75.0, 100.0};
+    constexpr double SHIFTS_Hz[] = {85.0, 170.0, 450.0, 850.0};
+    Random random(seed + "/teleprinters");
+    std::vector<float> samples;
+    while (static_cast<double>(samples.size()) < duration_s * rate_Hz) {
+        Machine machine;
+        machine.idle_s = 0.2;
+        TonePath path;
+        path.centre_Hz = between(900.0, 1800.0, random);
+        path.shift_Hz = SHIFTS_Hz[random.below(4)];
+        path.before_s = path.after_s = 0.0;
+        if (random.below(4) == 0) {
+            machine.code = TeleprinterCode::SitorB;
+            path.shift_Hz = 170.0;
+        } else {
+            machine.baud = BAUDS[random.below(4)];
+        }
+        std::string text;
+        while (text.size() < 250) // more than is sent in that time
+            text += static_cast<char>(random.below(6) == 0 ? ' ' : 'A' + random.below(26));
+        std::vector<float> part =
+            teleprinterSound(teleprinterElements(text, machine, seed), path, rate_Hz, seed);
+        part.resize(std::min(part.size(), static_cast<std::size_t>(EACH_s * rate_Hz)));
+        samples.insert(samples.end(), part.begin(), part.end());
+    }
+    samples.resize(static_cast<std::size_t>(duration_s * rate_Hz));
+    return samples;
+}
+
+std::vector<float> teleprinterBursts(double duration_s, double rate_Hz, const std::string& seed)
+{
+    constexpr double BAUD = 100.0;
+    constexpr double SHIFT_Hz = 170.0;
+    constexpr double CYCLE_s = 0.45;
+    constexpr double BURST_s = 0.21;
+    Random random(seed + "/bursts");
+    const double centre_Hz = between(900.0, 1800.0, random);
+    std::vector<float> samples = silent(duration_s, rate_Hz);
+    double phase = 0.0;
+    double bitEnd_s = 0.0;
+    bool mark = true;
+    for (std::size_t n = 0; n < samples.size(); ++n) {
+        const double time_s = static_cast<double>(n) / rate_Hz;
+        if (time_s >= bitEnd_s) {
+            mark = random.below(2) != 0U;
+            bitEnd_s += 1.0 / BAUD;
+        }
+        phase += TWO_PI * (centre_Hz + (mark ? 0.5 : -0.5) * SHIFT_Hz) / rate_Hz;
+        if (std::fmod(time_s, CYCLE_s) < BURST_s)
+            samples[n] = static_cast<float>(std::sin(phase));
     }
     return samples;
 }
@@ -155,6 +213,53 @@ std::vector<float> timePips(double duration_s, double rate_Hz, const std::string
     for (int second = 0; second < static_cast<int>(duration_s); ++second) {
         const bool minute = (first + second) % 60 == 0;
         addTone(samples, second, minute ? 0.5 : 0.1, 1000.0, 1.0, 0.0, rate_Hz);
+    }
+    return samples;
+}
+
+std::vector<float> timeCode(double duration_s, double rate_Hz, const std::string& seed)
+{
+    constexpr double LENGTHS_s[] = {0.2, 0.5, 0.8};
+    Random random(seed + "/time code");
+    std::vector<float> samples = silent(duration_s, rate_Hz);
+    double tone_Hz = 0.0;
+    double low = 0.0;
+    bool isKeyedHigh = false;
+    double length_s = 0.0;
+    for (std::size_t n = 0; n < samples.size(); ++n) {
+        const double time_s = static_cast<double>(n) / rate_Hz;
+        const double second_s = std::fmod(time_s, 1.0);
+        if (std::fmod(time_s, 60.0) < 0.5 / rate_Hz) {
+            tone_Hz = between(500.0, 1000.0, random);
+            low = random.below(2) == 0 ? 0.32 : 0.14;
+            isKeyedHigh = random.below(2) == 0;
+        }
+        if (second_s < 0.5 / rate_Hz) {
+            const std::size_t kind = random.below(20);
+            length_s = LENGTHS_s[kind == 0 ? 2 : kind % 2];
+        }
+        const double amplitude = (second_s < length_s) == isKeyedHigh ? 1.0 : low;
+        samples[n] = static_cast<float>(amplitude * std::sin(TWO_PI * tone_Hz * time_s));
+    }
+    return samples;
+}
+
+std::vector<float> ringing(double duration_s, double rate_Hz, const std::string& seed)
+{
+    // On and off in turn.
+    const std::vector<double> CADENCES_s[] = {{0.4, 0.2, 0.4, 2.0}, {1.0, 4.0},   {2.0, 4.0},
+                                              {0.5, 0.5},           {0.25, 0.25}, {0.375, 0.375}};
+    Random random(seed + "/ringing");
+    std::vector<float> samples = silent(duration_s, rate_Hz);
+    for (double begin_s = 0.0; begin_s < duration_s; begin_s += 20.0) {
+        const std::vector<double>& cadence_s = CADENCES_s[random.below(6)];
+        const double tone_Hz = between(400.0, 450.0, random);
+        double at_s = begin_s;
+        for (std::size_t i = 0; at_s < begin_s + 20.0; i = (i + 1) % cadence_s.size()) {
+            if (i % 2 == 0)
+                addTone(samples, at_s, cadence_s[i], tone_Hz, 1.0, 0.0, rate_Hz);
+            at_s += cadence_s[i];
+        }
     }
     return samples;
 }

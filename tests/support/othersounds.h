@@ -12,6 +12,12 @@ namespace testsupport {
 std::vector<float> teleprinter(double duration_s, double centre_Hz, double rate_Hz,
                                const std::string& seed);
 
+/// Teleprinters of 45 to 100 baud and 85 to 850 Hz, another every 20 s, and SITOR.
+std::vector<float> otherTeleprinters(double duration_s, double rate_Hz, const std::string& seed);
+
+/// SITOR in mode A: frequency shift keying of 100 baud and 170 Hz, 210 ms of every 450 ms.
+std::vector<float> teleprinterBursts(double duration_s, double rate_Hz, const std::string& seed);
+
 /// Vowels of three formants over a gliding pitch, hisses, syllables and pauses.
 std::vector<float> speech(double duration_s, double rate_Hz, const std::string& seed);
 
@@ -20,6 +26,13 @@ std::vector<float> dialling(double duration_s, double rate_Hz, const std::string
 
 /// 1000 Hz for 100 ms at every second, a longer one at the minute.
 std::vector<float> timePips(double duration_s, double rate_Hz, const std::string& seed);
+
+/// A carrier that time codes key once a second: it falls, or rises, by 10 or 17 dB for 0.2, 0.5 or
+/// 0.8 s; another such station every minute.
+std::vector<float> timeCode(double duration_s, double rate_Hz, const std::string& seed);
+
+/// Ringing and engaged tones of telephones of several countries, another every 20 s.
+std::vector<float> ringing(double duration_s, double rate_Hz, const std::string& seed);
 
 /// A tone that takes another of 16 pitches every 32 to 250 ms.
 std::vector<float> hoppingTones(double duration_s, double rate_Hz, const std::string& seed);
