@@ -284,11 +284,13 @@ struct TrellisParameters
     double start = -8.0;
     double resume = -6.0;
     double resumeAtOther = -2.0;
-    // That the speed changes at a gap: by one or two steps on the scale, or, after a silence, by
-    // any number of them (rows: speedup, jumps, stations).
+    // That the speed changes at a gap, by one or two steps on the scale (rows: speedup, jumps); or,
+    // with a word, by any number up to this one: tables of far slower speeds cost time (row:
+    // halves).
     double nextSpeed = -3.0;
     double secondSpeed = -6.0;
-    double otherSpeedAfterWord = -12.0;
+    double anySpeed = -12.0;
+    unsigned farthestSpeeds = 20;
     // Change of the logarithm of speed that makes other elements of the same lengths (row: none;
     // delay).
     double otherSpeed = 0.45;

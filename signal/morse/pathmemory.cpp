@@ -15,7 +15,7 @@ enum Origin : std::uint16_t {
     FROM_FIRST_NEIGHBOUR = 1, // and so on to the last one
     FROM_BEGINNING = FROM_FIRST_NEIGHBOUR + 2 * PathMemory::NEIGHBOURS + 1,
     FROM_SILENCE,
-    FROM_CHANGE,
+    FROM_WORD,
 };
 
 PathMemory::Way packed(int origin, int length_steps)
@@ -40,9 +40,9 @@ PathMemory::Way PathMemory::ofGap(int speedOffset, int length_steps)
     return packed(FROM_FIRST_NEIGHBOUR + speedOffset + NEIGHBOURS, length_steps);
 }
 
-PathMemory::Way PathMemory::ofChange()
+PathMemory::Way PathMemory::ofWord()
 {
-    return packed(FROM_CHANGE, 0);
+    return packed(FROM_WORD, 0);
 }
 
 PathMemory::Way PathMemory::ofSilence()
@@ -59,7 +59,7 @@ PathMemory::PathMemory(const TimingModel& timing)
     : m_timing(timing)
     , m_marks(timing.speeds() * KEPT_WAYS)
     , m_gaps(timing.speeds() * KEPT_WAYS)
-    , m_changes(KEPT_WAYS)
+    , m_words(KEPT_WAYS)
     , m_idle(1)
 {
 }
@@ -71,9 +71,9 @@ void PathMemory::begin(std::int64_t step)
         at(m_marks, speed, step) = at(m_gaps, speed, step) = 0;
 }
 
-void PathMemory::change(Speed speed, int length_steps)
+void PathMemory::endWord(Speed speed, int length_steps)
 {
-    m_changes[indexOf(0, m_now)] = {speed, length_steps};
+    m_words[indexOf(0, m_now)] = {speed, length_steps};
 }
 
 void PathMemory::rest(Idle idle)
@@ -136,11 +136,10 @@ std::optional<Piece> PathMemory::before(const Place& place) const
     } else if (origin == FROM_SILENCE) {
         const Idle& idle = idleAt(place.step);
         piece.begin = {true, idle.speed, idle.markEnd};
-    } else if (origin == FROM_CHANGE) {
-        const Change& change = m_changes[indexOf(0, place.step)];
-        piece.begin = {true, change.speed, place.step - change.length_steps};
-        piece.kind =
-            m_timing.table(static_cast<std::size_t>(change.speed)).gapKind(change.length_steps);
+    } else if (origin == FROM_WORD) {
+        const Word& word = m_words[indexOf(0, place.step)];
+        piece.begin = {true, word.speed, place.step - word.length_steps};
+        piece.kind = Kind::WordGap;
     } else {
         const int from = place.speed + origin - FROM_FIRST_NEIGHBOUR - NEIGHBOURS;
         piece.begin = {true, static_cast<Speed>(from), place.step - length};

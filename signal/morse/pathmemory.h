@@ -67,8 +67,8 @@ public:
     /// The gap may have been at another speed than the mark behind it: `speedOffset` is the index
     /// of its speed less that of the mark's.
     static Way ofGap(int speedOffset, int length_steps);
-    /// The one gap at this step after which any speed may follow, see change().
-    static Way ofChange();
+    /// The gap of endWord() at this step.
+    static Way ofWord();
     static Way ofSilence();
     static Way ofBeginning();
 
@@ -79,8 +79,8 @@ public:
     void begin(std::int64_t step);
     void endMark(std::size_t speed, Way way) { at(m_marks, speed, m_now) = way; }
     void endGap(std::size_t speed, Way way) { at(m_gaps, speed, m_now) = way; }
-    /// The gap that ways of change at this step come from: its length, and its own speed.
-    void change(Speed speed, int length_steps);
+    /// A word may end with this gap, and another speed follow: one for all paths of this step.
+    void endWord(Speed speed, int length_steps);
     /// The best silence at this step; it counts where it is better than the last one.
     void rest(Idle idle);
     const Idle& idle() const { return m_idle.back(); }
@@ -109,7 +109,7 @@ private:
     // Ends of marks and gaps that are remembered at each speed.
     static constexpr std::size_t KEPT_WAYS = 512;
 
-    struct Change
+    struct Word
     {
         Speed speed = 0;
         int length_steps = 0;
@@ -129,7 +129,7 @@ private:
     const TimingModel& m_timing;
     std::int64_t m_now = 0;
     std::vector<Way> m_marks, m_gaps; // by speed and step
-    std::vector<Change> m_changes;    // by step
+    std::vector<Word> m_words;        // by step
     std::deque<Idle> m_idle;          // oldest first
     std::set<Piece, ByEnd> m_trunk;   // of all paths, what lies further back than those
 };

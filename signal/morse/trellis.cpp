@@ -280,18 +280,22 @@ void Trellis::endMarks(int cut)
     }
 }
 
-// The best path on which a word ends now, at the price of any other speed.
-int Trellis::changedScore()
+// The best path on which a word may end now, at the price of another speed, and the speeds that may
+// follow.
+Trellis::WordEnd Trellis::wordEnd()
 {
-    const auto best = std::max_element(m_gap.begin(), m_gap.end(), [](const Choice& a, const Choice& b) {
-        return a.score < b.score;
-    });
+    const auto best =
+        std::max_element(m_gap.begin(), m_gap.end(),
+                         [](const Choice& a, const Choice& b) { return a.score < b.score; });
     const auto speed = static_cast<std::size_t>(best - m_gap.begin());
+    // At half the speed, or twice it, a gap between words looks like one between characters.
     if (best->score <= NEVER ||
-        m_timing.table(speed).gapKind(best->length_steps) != Kind::WordGap)
-        return NEVER;
-    m_memory.change(static_cast<Speed>(speed), best->length_steps);
-    return best->score + toScore(m_parameters.otherSpeedAfterWord);
+        m_timing.table(speed).gapKind(best->length_steps) == Kind::ElementGap)
+        return {};
+    m_memory.endWord(static_cast<Speed>(speed), best->length_steps);
+    const std::size_t reach = m_parameters.farthestSpeeds;
+    return {best->score + toScore(m_parameters.anySpeed), speed - std::min(speed, reach),
+            std::min(m_timing.speeds(), speed + reach + 1)};
 }
 
 // A mark may follow a gap at the same speed or at another one, a silence, or nothing.
@@ -299,7 +303,7 @@ void Trellis::endGaps(int cut, const Idle& idle)
 {
     constexpr int NEIGHBOURS = PathMemory::NEIGHBOURS;
     constexpr std::int32_t NO_GAP = NEIGHBOURS + 1;
-    constexpr std::int32_t OTHER_HAND = NEIGHBOURS + 2;
+    constexpr std::int32_t ANY = NEIGHBOURS + 2;
     const std::int32_t changes[NEIGHBOURS + 1] = {0, toScore(m_parameters.nextSpeed),
                                                   toScore(m_parameters.secondSpeed)};
     const std::size_t speeds = m_timing.speeds();
@@ -318,14 +322,16 @@ void Trellis::endGaps(int cut, const Idle& idle)
     }
     raiseFromNeighbours(m_gapScores.data() + NEIGHBOURS, changes, NEIGHBOURS, speeds,
                         m_begins.data(), m_beginsFrom.data());
-    const int changed = changedScore();
+    const WordEnd word = wordEnd();
+    for (std::size_t speed = word.first; speed < word.last; ++speed) {
+        if (word.score > m_begins[speed]) {
+            m_begins[speed] = word.score;
+            m_beginsFrom[speed] = ANY;
+        }
+    }
     GapEnd best;
     int most = NEVER;
     for (std::size_t speed = 0; speed < speeds; ++speed) {
-        if (changed > m_begins[speed]) {
-            m_begins[speed] = changed;
-            m_beginsFrom[speed] = OTHER_HAND;
-        }
         const int score = m_begins[speed];
         if (score < cut || score <= NEVER)
             continue;
@@ -335,8 +341,8 @@ void Trellis::endGaps(int cut, const Idle& idle)
         m_gaps.lastLive[speed] = m_now;
         m_gaps.liveRows.setNewest(speed);
         m_gaps.live.setNewest();
-        if (from == OTHER_HAND) {
-            m_memory.endGap(speed, PathMemory::ofChange());
+        if (from == ANY) {
+            m_memory.endGap(speed, PathMemory::ofWord());
         } else if (isAfterMark) {
             const Choice& gap =
                 m_gap[static_cast<std::size_t>(static_cast<std::int64_t>(speed) + from)];

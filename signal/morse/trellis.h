@@ -89,6 +89,13 @@ private:
         bool isCarrier = false;
     };
 
+    // What begins at other speeds with a word: its score, and their range.
+    struct WordEnd
+    {
+        int score = NEVER;
+        std::size_t first = 0, last = 0;
+    };
+
     // A gap that ended, the best of all speeds.
     struct GapEnd
     {
@@ -134,7 +141,7 @@ private:
     Total chooseMarks();
     Total chooseGaps(Idle& idle);
     void endMarks(int cut);
-    int changedScore();
+    WordEnd wordEnd();
     void endGaps(int cut, const Idle& idle);
     double unit_steps(Speed speed) const;
     std::vector<Open> openPaths() const;

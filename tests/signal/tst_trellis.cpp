@@ -471,6 +471,56 @@ private Q_SLOTS:
         }
         QCOMPARE(most, largestChange);
     }
+    void anySpeedWithinReachMayFollowAWord_data()
+    {
+        QTest::addColumn<int>("gap_units");
+        QTest::addColumn<int>("change");
+        QTest::addColumn<double>("price");
+        QTest::addColumn<bool>("isFollowed");
+        QTest::newRow("slower") << 7 << 14 << -12.0 << true;
+        QTest::newRow("quicker") << 7 << -14 << -12.0 << true;
+        QTest::newRow("as far as it reaches") << 7 << 20 << -12.0 << true;
+        QTest::newRow("beyond") << 7 << 26 << -12.0 << false;
+        QTest::newRow("too dear") << 7 << 14 << -70.0 << false;
+        QTest::newRow("within a letter") << 1 << 14 << -12.0 << false;
+    }
+    // Dots at half the speed are two units long, which is hardly a dash, and dashes six.
+    void anySpeedWithinReachMayFollowAWord()
+    {
+        QFETCH(int, gap_units);
+        QFETCH(int, change);
+        QFETCH(double, price);
+        QFETCH(bool, isFollowed);
+        TrellisParameters parameters;
+        parameters.anySpeed = price;
+        parameters.nextSpeed = parameters.secondSpeed = -70.0;
+        Heard heard({}, "word", parameters);
+        const auto unitAt = [&heard](int speed) {
+            return heard.timing.table(static_cast<std::size_t>(speed)).unit_steps;
+        };
+        const int first = 22; // of 52
+        const auto send = [&](double unit, int last_units) {
+            const int lengths_units[] = {1, 3, 1, 1, 3, 3, 1, 1};
+            for (const int& length : lengths_units) {
+                const int gap = &length == std::end(lengths_units) - 1 ? last_units : 1;
+                heard.add(true, static_cast<int>(std::lround(length * unit)));
+                heard.add(false, static_cast<int>(std::lround(gap * unit)));
+            }
+        };
+        heard.add(false, 50);
+        send(unitAt(first), gap_units);
+        send(unitAt(first + change), 1);
+        const std::vector<Segment> segments = heard.trellis.path(0).segments;
+        const auto changed =
+            std::find_if(segments.begin(), segments.end(), [&](const Segment& segment) {
+                return std::fabs(segment.unit_steps / unitAt(first + change) - 1.0) < 0.1;
+            });
+        QCOMPARE(segments.end() - changed == 16, isFollowed); // from the first mark on
+        if (isFollowed) {
+            QCOMPARE((changed - 1)->kind, Kind::WordGap);
+            QVERIFY(std::fabs((changed - 1)->unit_steps / unitAt(first) - 1.0) < 0.1);
+        }
+    }
     void aDashIsNoSteadyToneHoweverLongTheHandHoldsIt_data()
     {
         QTest::addColumn<int>("units");
