@@ -38,13 +38,43 @@ std::vector<float> marksAround(const std::vector<float>& powers, std::size_t rea
     return marks;
 }
 
+// What is in the gaps, in steps back from now.
+struct Gaps
+{
+    std::vector<std::size_t> steps;
+    std::vector<bool> isFilled;
+};
+
+// The share of the gaps that are filled where a mark was so long before, and empty where none was,
+// at the delay that fits best: a weak mark of a signal that fades follows no other.
+double agreement(const Gaps& gaps, const std::vector<bool>& isMark, std::size_t shortest,
+                 std::size_t longest)
+{
+    double best = 0.0;
+    for (std::size_t delay = shortest; delay <= longest; ++delay) {
+        double known = 0.0;
+        double agreeing = 0.0;
+        for (std::size_t n = 0; n < gaps.steps.size(); ++n) {
+            const std::size_t former = gaps.steps[n] + delay;
+            if (former >= isMark.size())
+                break;
+            known += 1.0;
+            agreeing += isMark[former] == gaps.isFilled[n] ? 1.0 : 0.0;
+        }
+        best = std::max(best, agreeing / std::max(1.0, known));
+    }
+    return best;
+}
+
 } // namespace
 
 bool hasEcho(const std::vector<float>& powers, double noise, double step_s, bool former,
              const EchoParameters& parameters)
 {
-    const std::vector<float> marks =
-        marksAround(powers, static_cast<std::size_t>(std::llround(parameters.around_s / step_s)));
+    const auto steps = [step_s](double duration_s) {
+        return static_cast<std::size_t>(std::llround(duration_s / step_s));
+    };
+    const std::vector<float> marks = marksAround(powers, steps(parameters.around_s));
     const auto isAbove = [&](std::size_t i, double share) {
         return static_cast<double>(powers[i]) > share * static_cast<double>(marks[i]);
     };
@@ -55,18 +85,25 @@ bool hasEcho(const std::vector<float>& powers, double noise, double step_s, bool
             ++near;
         return near <= last;
     };
-    double gaps = 0.0;
-    double filled = 0.0;
+    Gaps gaps;
     for (std::size_t i = 0; i < powers.size(); ++i) {
         const double echo = parameters.weakest * static_cast<double>(marks[i]);
         if (echo < parameters.overNoise * noise || isAtMark(i))
             continue;
-        gaps += 1.0;
-        filled += isAbove(i, parameters.weakest) ? 1.0 : 0.0;
+        gaps.steps.push_back(i);
+        gaps.isFilled.push_back(isAbove(i, parameters.weakest));
     }
-    if (gaps * step_s < parameters.leastGaps_s)
+    if (static_cast<double>(gaps.steps.size()) * step_s < parameters.leastGaps_s)
         return former;
-    return filled > gaps * (former ? parameters.leastShare : parameters.sureShare);
+    const auto filled = std::count(gaps.isFilled.begin(), gaps.isFilled.end(), true);
+    if (static_cast<double>(filled) <= static_cast<double>(gaps.steps.size()) *
+                                           (former ? parameters.leastShare : parameters.sureShare))
+        return false;
+    std::vector<bool> isMark;
+    for (std::size_t i = 0; i < powers.size(); ++i)
+        isMark.push_back(isAbove(i, parameters.strongest));
+    return agreement(gaps, isMark, steps(parameters.shortest_s), steps(parameters.longest_s)) >
+           (former ? parameters.leastAgreement : parameters.sureAgreement);
 }
 
 } // namespace demodulator

@@ -121,8 +121,9 @@ struct EchoParameters
 {
     double span_s = 3.0;    ///< that is looked at (row: echo9)
     double every_s = 0.256; ///< it is looked at so often (row: none; speed)
-    // Marks are so near, as echoes are late and fading is slow (rows: echo12; hf-poor).
-    double around_s = 0.3;
+    // Marks are so near, as echoes are late and fading is slow (rows: echo12, echo9;
+    // hf-poor, quickfading).
+    double around_s = 0.2;
     double strongest = 0.4;   ///< more is a mark (row: echo6)
     double weakest = 0.03;    ///< less does not disturb (row: echo16)
     double overNoise = 4.0;   ///< that noise does not look like an echo (row: hf-poor)
@@ -130,6 +131,12 @@ struct EchoParameters
     double sureShare = 0.3;   ///< of the gaps are filled (rows: echo12; fsk)
     double leastShare = 0.08; ///< and have to be, once they were (rows: echo12, echo9)
     double leastGaps_s = 0.4; ///< less says nothing (rows: echo9, hf-poor)
+    // Gaps are filled where marks were so long before, and where none were they are not; of a share
+    // of them (rows: echo9, quickfading).
+    double shortest_s = 0.03;
+    double longest_s = 0.3;
+    double sureAgreement = 0.8;
+    double leastAgreement = 0.6;
 };
 
 /// How well a mark explains some steps (marklikelihood.h).

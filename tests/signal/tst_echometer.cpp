@@ -33,6 +33,19 @@ std::vector<float> powersOf(double echo_dB, double dBPerSecond = 0.0)
         const double level = std::pow(10.0, 0.1 * dBPerSecond * STEP_s * static_cast<double>(n));
         powers.push_back(static_cast<float>(level * std::max(keyed[n], echo) + NOISE));
     }
+    return {powers.rbegin(), powers.rend()};
+}
+
+// A level that goes up and down within less than a second.
+std::vector<float> fadingQuickly(double depth_dB, double rate_Hz)
+{
+    std::vector<float> powers = powersOf(-100.0);
+    for (std::size_t n = 0; n < powers.size(); ++n) {
+        const double turns = rate_Hz * STEP_s * static_cast<double>(n);
+        const double level_dB = 0.5 * depth_dB * (std::cos(2.0 * M_PI * turns) - 1.0);
+        powers[n] =
+            static_cast<float>((powers[n] - NOISE) * std::pow(10.0, 0.1 * level_dB) + NOISE);
+    }
     return powers;
 }
 
@@ -50,10 +63,10 @@ private Q_SLOTS:
     void anEchoIsHeardWhatIsNotDisturbingIsNone()
     {
         for (const double echo_dB : {-6.0, -9.0, -12.0, -14.0}) {
-            QVERIFY2(isHeard(powersOf(echo_dB)), qPrintable(QString::number(echo_dB)));
-            // Also in the order in which steps are kept, the newest first.
             const std::vector<float> powers = powersOf(echo_dB);
-            QVERIFY(isHeard({powers.rbegin(), powers.rend()}));
+            QVERIFY2(isHeard(powers), qPrintable(QString::number(echo_dB)));
+            // What comes before a mark is none.
+            QVERIFY(!isHeard({powers.rbegin(), powers.rend()}));
         }
         QVERIFY(!isHeard(powersOf(-18.0)));
         QVERIFY(!isHeard(powersOf(-100.0)));
@@ -63,6 +76,11 @@ private Q_SLOTS:
         for (const double dBPerSecond : {-20.0, -8.0, 8.0, 20.0})
             QVERIFY2(!isHeard(powersOf(-100.0, dBPerSecond)),
                      qPrintable(QString::number(dBPerSecond)));
+    }
+    void quickFadingIsNoEcho()
+    {
+        for (const double rate_Hz : {1.0, 1.5, 2.0, 2.5})
+            QVERIFY2(!isHeard(fadingQuickly(10.0, rate_Hz)), qPrintable(QString::number(rate_Hz)));
     }
     void noiseIsNoEcho()
     {
