@@ -216,6 +216,7 @@ std::vector<ParameterRow> rowsOf(Parameters& parameters)
         PARAMETER_ROW(rehearing.ahead_s),
         PARAMETER_ROW(rehearing.before_s),
         PARAMETER_ROW(rehearing.judged_s),
+        PARAMETER_ROW(rehearing.sureMarks),
         PARAMETER_ROW(rehearing.heldAtMost_s),
         PARAMETER_ROW(rehearing.toneLag_s),
         PARAMETER_ROW(rehearing.slowestFading_per_s),

@@ -380,6 +380,7 @@ struct RehearingParameters
     // So much is heard before it is emitted, if it is Morse; in doubt so much (rows: speech, music;
     // beginner for too little).
     double judged_s = 12.0;
+    double sureMarks = 15.0; ///< that once were Morse are emitted, whatever follows
     double heldAtMost_s = 60.0;
     double toneLag_s = 0.5; ///< until a tone is known better (rows: stations, settle120)
     // Rates of fading that are tried, each twice the last one (rows: snr-6, hf-poor; flutter).
