@@ -332,7 +332,9 @@ private:
                 m_heardUntil = m_active->lastEmitted_sample();
                 if (isOne || !hearsOtherwise(*m_active)) {
                     m_heardUntil = now;
-                    refuse(chain, isOne);
+                    // Another station that came back makes it odd.
+                    if (isOne || !chain.wasMorse())
+                        refuse(chain, isOne);
                 }
                 m_active.reset();
             }

@@ -367,6 +367,8 @@ struct JudgeParameters
     double strayErrors = 4.0;
     // A share of marks wants more of them than the phase's next value does.
     double leastMarks = 10.0;
+    // So many that are Morse were Morse, whatever follows (rows: shortovers; SITOR in bursts).
+    double sureMarks = 15.0;
     double memory_marks = 60.0;
 };
 
@@ -380,7 +382,6 @@ struct RehearingParameters
     // So much is heard before it is emitted, if it is Morse; in doubt so much (rows: speech, music;
     // beginner for too little).
     double judged_s = 12.0;
-    double sureMarks = 15.0; ///< that once were Morse are emitted, whatever follows
     double heldAtMost_s = 60.0;
     double toneLag_s = 0.5; ///< until a tone is known better (rows: stations, settle120)
     // Rates of fading that are tried, each twice the last one (rows: snr-6, hf-poor; flutter).

@@ -145,7 +145,6 @@ void Rehearing::open(const FollowedStep& step)
     m_chain->confirm();
     m_chain->release();
     m_opened = m_heard;
-    m_wasMorse = false;
     if (m_isLast)
         m_codes.hold();
 }
@@ -154,8 +153,9 @@ void Rehearing::close()
 {
     m_chain->finish();
     judge();
-    // Only the whole of a transmission can be dropped.
-    if (m_codes.isHeld() && !m_wasMorse &&
+    // Only the whole of a transmission can be dropped. The end alone may be odd: another station
+    // comes into it, or it fades.
+    if (m_codes.isHeld() && !m_chain->wasMorse() &&
         m_chain->judgedMarks() >= m_parameters.attention.loneMarks)
         m_codes.drop();
     m_codes.release();
@@ -200,10 +200,6 @@ void Rehearing::hearUntil(std::int64_t end)
                                            2.0 * std::norm(mean) / std::max(variance, 1e-30));
         m_chain->pushKnown(again);
     }
-    // The end may be odd: another station comes into it, or it fades.
-    if (m_chain->verdict() == MorseJudge::Verdict::Morse &&
-        m_chain->judgedMarks() >= m_parameters.rehearing.sureMarks)
-        m_wasMorse = true;
     if (m_heard - m_opened >= steps(m_parameters.rehearing.judged_s))
         judge();
     if (m_heard - m_opened >= steps(m_parameters.rehearing.heldAtMost_s))

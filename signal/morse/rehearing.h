@@ -82,7 +82,6 @@ private:
     double m_passedOn_s = 0.0;             // of the sound
     std::unique_ptr<SignalChain> m_chain;
     std::int64_t m_opened = 0; // where that began to hear
-    bool m_wasMorse = false;   // on many of its marks
 };
 
 } // namespace demodulator

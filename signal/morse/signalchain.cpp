@@ -254,6 +254,9 @@ void SignalChain::judge(const Path& path, const std::vector<bool>& isForeign)
     }
     m_found.verdict = all.verdict();
     m_found.judgedMarks = all.marks();
+    if (m_found.verdict == MorseJudge::Verdict::Morse &&
+        m_found.judgedMarks >= m_parameters.judge.sureMarks)
+        m_found.wasMorse = true;
 }
 
 // The marks of the path that have ended and are recent enough to matter.

@@ -81,6 +81,8 @@ public:
     MorseJudge::Verdict verdict() const { return m_found.verdict; }
     /// Marks that the verdict rests on; older ones count less.
     double judgedMarks() const { return m_found.judgedMarks; }
+    /// At some time, many marks were.
+    bool wasMorse() const { return m_found.wasMorse; }
     /// Marks of the path found so far; once confirmed, those of the last seconds.
     std::int64_t marks() const { return m_found.marks; }
     /// Log likelihood of its speed over all others.
@@ -123,6 +125,7 @@ private:
         double margin = 0.0;
         MorseJudge::Verdict verdict = MorseJudge::Verdict::Unsure;
         double judgedMarks = 0.0;
+        bool wasMorse = false;
     };
 
     std::int64_t steps(double duration_s) const;
