@@ -23,6 +23,20 @@ const reception::Condition& conditionOf(const QString& name)
 
 } // namespace
 
+namespace {
+
+// Sounds that are taken for keying now and then, and how many characters they may give in two
+// minutes. Crashes that a filter has left narrow, the nulls of a carrier, syllables, notes and hops
+// are keying for a moment each; time codes and the tones of a telephone are keyed indeed, and
+// bursts of a teleprinter are heard through one of its two tones.
+constexpr std::pair<const char*, int> LIMITS[] = {
+    {"static crashes through", 6}, {"a carrier", 4},   {"speech", 60},  {"music", 45},
+    {"hopping tones", 45},         {"time codes", 60}, {"ringing", 60}, {"teleprinters of", 60},
+    {"SITOR in bursts", 400},
+};
+
+} // namespace
+
 class tst_Reception : public QObject
 {
     Q_OBJECT
@@ -61,6 +75,9 @@ private Q_SLOTS:
         add("speedup", "groups", 0);
         add("widegaps", "prose", 5);
         add("stations", "contact", 3);
+        add("shortovers", "contact", 12);
+        add("halves", "contact", 0);
+        add("quickfading", "contact", 16);
         add("all", "groups", 5);
     }
     void aWeakOrDisturbedSignalIsStillRead()
@@ -94,20 +111,12 @@ private Q_SLOTS:
         QTest::addColumn<int>("mostCharacters"); // in two minutes
         for (std::size_t i = 0; i < reception::silences().size(); ++i) {
             const QString title = QString::fromStdString(reception::silences()[i].title);
-            // Crashes that a filter has left narrow, and the nulls of a carrier, are what still
-            // sounds like keying now and then.
-            const bool narrowCrashes = title.startsWith(QLatin1String("static crashes through"));
-            const bool carrier = title.startsWith(QLatin1String("a carrier"));
-            // So do syllables, notes and hops, for a moment each.
-            const bool speech = title == QLatin1String("speech");
-            const bool tones =
-                title == QLatin1String("music") || title == QLatin1String("hopping tones");
-            QTest::newRow(qPrintable(title)) << int(i)
-                                             << (speech          ? 60
-                                                 : tones         ? 45
-                                                 : narrowCrashes ? 6
-                                                 : carrier       ? 4
-                                                                 : 0);
+            const auto limit =
+                std::find_if(std::begin(LIMITS), std::end(LIMITS), [&title](const auto& each) {
+                    return title.startsWith(QLatin1String(each.first));
+                });
+            QTest::newRow(qPrintable(title))
+                << int(i) << (limit == std::end(LIMITS) ? 0 : limit->second);
         }
     }
     void whereNobodyKeysNothingIsHeard()
