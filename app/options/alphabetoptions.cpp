@@ -19,7 +19,8 @@ std::vector<OptionRow> alphabetOptionRows()
          "the Morse alphabet, as 'morsehost alphabets' lists it (default: International)"},
         {"alphabets", "DIR", "folder of the alphabet files (default: those installed)"},
         {CUT_NUMBERS, "on|off",
-         "a dash alone after a figure is a zero, as in 5TT for 500 (default: on)"},
+         "a dash alone after a figure is a zero, as in 5TT for 500; so is a T that begins the word "
+         "after it (default: on)"},
     };
 }
 

@@ -41,7 +41,7 @@ std::vector<OptionRow> soundOptionRows(const std::string& moreOfTone)
              range(LOWEST_SPEED_wpm, HIGHEST_SPEED_wpm) + ")"},
         {"live", nullptr,
          "decode a file in one pass, as a pipe (default: three passes, which read fading and weak "
-         "Morse better)"},
+         "Morse better and leave out what does not look like Morse)"},
     };
 }
 

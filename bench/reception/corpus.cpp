@@ -381,7 +381,8 @@ std::vector<Condition> makeConditions()
     rows.back().draw = [](Hand& hand, Path&, Random& random) {
         hand.speed_wpm = between(13, 30, random);
     };
-    add("shortovers", "the same with overs of 5 to 40 characters, 25 to 60 Hz apart",
+    add("shortovers",
+        "two stations in turn, overs of 5 to 40 characters, 25 to 60 Hz apart, +15 dB",
         [](Hand&, Path& path) { path.snr_dB = 15; });
     rows.back().answers = Answers{5, 40, 25.0, 60.0};
     rows.back().draw = [](Hand& hand, Path&, Random& random) {

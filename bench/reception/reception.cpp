@@ -283,10 +283,11 @@ int noise(const Options& options)
         std::size_t unknown = 0;
         std::size_t errorMarks = 0;
         const auto pieces = static_cast<int>(std::ceil(options.hours * 3600.0 / PIECE_s));
+        const double piece_s = std::min(PIECE_s, options.hours * 3600.0);
         for (int piece = 0; piece < pieces; ++piece) {
             reception::Recording recording;
             recording.samples =
-                silence.make(PIECE_s, silence.title + "/" + options.set + std::to_string(piece));
+                silence.make(piece_s, silence.title + "/" + options.set + std::to_string(piece));
             const CodeList heard =
                 decode(recording, {options.isLive, false}, options.parameters, cost);
             transmissions += heard.transmissions;
@@ -299,7 +300,7 @@ int noise(const Options& options)
                 std::printf("piece %d: %s\n", piece,
                             testsupport::textOfCodes(heard.codes, UNKNOWN).c_str());
         }
-        std::printf("| %.1f of %s | %zu | %zu | %zu | %zu |\n", pieces * PIECE_s / 3600.0,
+        std::printf("| %.2g of %s | %zu | %zu | %zu | %zu |\n", pieces * piece_s / 3600.0,
                     silence.title.c_str(), transmissions, characters, unknown, errorMarks);
         std::fflush(stdout);
     }
@@ -431,7 +432,7 @@ int usage()
                  "       reception bound [OPTION...]\n"
                  "       reception delay [OPTION...]\n"
                  "       reception offair LIST FOLDER [NAME=COMMAND...]\n"
-                 "       reception noise [--set NAME] [--hours HOURS] [--show]\n"
+                 "       reception noise [OPTION...] [--hours HOURS]\n"
                  "options: --set NAME  --seeds COUNT  --only CONDITION,...  --kind KIND\n"
                  "         --length CHARACTERS  --ours unaided|known|both|none  --live  --show\n"
                  "         --with PART.MEMBER=VALUE (parameters.h), as often as wanted\n"

@@ -101,7 +101,11 @@ public:
     /// It is known to be a signal.
     void confirm();
     /// From now on the decisions go to the sink.
-    void release() { m_released = true; }
+    void release()
+    {
+        m_released = true;
+        m_trellis.followAnySpeed();
+    }
     /// The transmission it was made for has ended.
     bool ended() const { return m_state == State::Ended; }
     /// A tone without keying was heard in the last seconds.

@@ -289,7 +289,7 @@ Trellis::WordEnd Trellis::wordEnd()
                          [](const Choice& a, const Choice& b) { return a.score < b.score; });
     const auto speed = static_cast<std::size_t>(best - m_gap.begin());
     // At half the speed, or twice it, a gap between words looks like one between characters.
-    if (best->score <= NEVER ||
+    if (!m_followsAnySpeed || best->score <= NEVER ||
         m_timing.table(speed).gapKind(best->length_steps) == Kind::ElementGap)
         return {};
     m_memory.endWord(static_cast<Speed>(speed), best->length_steps);

@@ -43,6 +43,10 @@ public:
     Trellis(const TimingModel& timing, const MarkLikelihood& likelihood,
             const TrellisParameters& parameters = {});
 
+    /// From now on, any speed may follow a word. What is no Morse looks more like it then, so this
+    /// is for signals that are known to be.
+    void followAnySpeed() { m_followsAnySpeed = true; }
+
     /// Takes the newest step of the likelihood into account.
     void advance();
 
@@ -170,6 +174,7 @@ private:
     PathMemory m_memory;
     Recent<GapEnd> m_gapEnds; // by step
     Carrier m_carrier;
+    bool m_followsAnySpeed = false;
 };
 
 } // namespace demodulator

@@ -476,13 +476,15 @@ private Q_SLOTS:
         QTest::addColumn<int>("gap_units");
         QTest::addColumn<int>("change");
         QTest::addColumn<double>("price");
+        QTest::addColumn<bool>("isMorse");
         QTest::addColumn<bool>("isFollowed");
-        QTest::newRow("slower") << 7 << 14 << -12.0 << true;
-        QTest::newRow("quicker") << 7 << -14 << -12.0 << true;
-        QTest::newRow("as far as it reaches") << 7 << 20 << -12.0 << true;
-        QTest::newRow("beyond") << 7 << 26 << -12.0 << false;
-        QTest::newRow("too dear") << 7 << 14 << -70.0 << false;
-        QTest::newRow("within a letter") << 1 << 14 << -12.0 << false;
+        QTest::newRow("slower") << 7 << 14 << -12.0 << true << true;
+        QTest::newRow("quicker") << 7 << -14 << -12.0 << true << true;
+        QTest::newRow("as far as it reaches") << 7 << 20 << -12.0 << true << true;
+        QTest::newRow("beyond") << 7 << 26 << -12.0 << true << false;
+        QTest::newRow("too dear") << 7 << 14 << -70.0 << true << false;
+        QTest::newRow("before it is known to be Morse") << 7 << 14 << -12.0 << false << false;
+        QTest::newRow("within a letter") << 1 << 14 << -12.0 << true << false;
     }
     // Dots at half the speed are two units long, which is hardly a dash, and dashes six.
     void anySpeedWithinReachMayFollowAWord()
@@ -490,6 +492,7 @@ private Q_SLOTS:
         QFETCH(int, gap_units);
         QFETCH(int, change);
         QFETCH(double, price);
+        QFETCH(bool, isMorse);
         QFETCH(bool, isFollowed);
         TrellisParameters parameters;
         parameters.anySpeed = price;
@@ -507,6 +510,8 @@ private Q_SLOTS:
                 heard.add(false, static_cast<int>(std::lround(gap * unit)));
             }
         };
+        if (isMorse)
+            heard.trellis.followAnySpeed();
         heard.add(false, 50);
         send(unitAt(first), gap_units);
         send(unitAt(first + change), 1);
