@@ -320,10 +320,11 @@ struct DecisionParameters
     double review_s = 0.032; ///< decisions are looked at so often (row: none; delay)
     // What is older is decided (rows: snr-3, and delay). Of a signal whose dots have more energy
     // over noise density than this, and whose speed is sure by this margin, in proportion less, but
-    // not less than these (rows: jumps, static, scatter).
+    // not less than these (rows: jumps, static, scatter). The margin has to be less than the price
+    // of another speed after a word, since it hardly gets beyond that.
     double delay_s = 0.9;
     double strongDot = 100.0;
-    double sureMargin = 40.0;
+    double sureMargin = 10.0;
     double leastDelay_s = 0.28;
     double leastDelay_units = 5.0;
     // Log likelihood of keying over noise that makes a signal a signal: noise reaches it once in

@@ -482,7 +482,7 @@ private Q_SLOTS:
         QTest::newRow("quicker") << 7 << -14 << -12.0 << true << true;
         QTest::newRow("as far as it reaches") << 7 << 20 << -12.0 << true << true;
         QTest::newRow("beyond") << 7 << 26 << -12.0 << true << false;
-        QTest::newRow("too dear") << 7 << 14 << -70.0 << true << false;
+        QTest::newRow("too expensive") << 7 << 14 << -70.0 << true << false;
         QTest::newRow("before it is known to be Morse") << 7 << 14 << -12.0 << false << false;
         QTest::newRow("within a letter") << 1 << 14 << -12.0 << true << false;
     }
