@@ -73,7 +73,9 @@ void Rehearing::step(const FollowedStep& step)
 {
     const std::int64_t at = steps(1e-6 * static_cast<double>(step.time_us));
     if (m_stopped || at != end_step()) {
-        cut(at);
+        // The next may begin before the last mark of this one, which a gap must follow.
+        const std::int64_t gap = steps(1e-6 * m_unit_us);
+        cut(m_marks.empty() ? at : std::max(at, m_marks.back().end_step + gap));
         conclude();
         m_begin = at;
         m_heard = at;
