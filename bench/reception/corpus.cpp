@@ -388,6 +388,12 @@ std::vector<Condition> makeConditions()
     rows.back().draw = [](Hand& hand, Path&, Random& random) {
         hand.speed_wpm = between(13, 30, random);
     };
+    add("equalovers", "as before, equally strong, 30 to 45 Hz apart",
+        [](Hand&, Path& path) { path.snr_dB = 15; });
+    rows.back().answers = Answers{5, 40, 30.0, 45.0, 0.0};
+    rows.back().draw = [](Hand& hand, Path&, Random& random) {
+        hand.speed_wpm = between(13, 30, random);
+    };
     addUnsteady(rows);
     addDisturbed(rows);
     return rows;
@@ -438,7 +444,7 @@ std::vector<float> twoStations(const Condition& condition, const std::string& se
     Random lengths(seed + "/overs");
     const double offset_Hz = between(answers.leastOffset_Hz, answers.mostOffset_Hz, random);
     const double answer_wpm = between(13, 30, random);
-    const auto level = static_cast<float>(std::pow(10.0, -between(0, 10, random) / 20.0));
+    const auto level = static_cast<float>(std::pow(10.0, -between(0, answers.mostWeaker_dB, random) / 20.0));
     std::size_t begin = 0;
     bool second = false;
     for (int over = 0; begin < sent.size(); ++over) {

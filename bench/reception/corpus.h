@@ -16,13 +16,14 @@ namespace reception {
 constexpr double RATE_Hz = 8000.0;
 
 /// A second station answers, at its own speed, pitch and strength: overs of so many characters, to
-/// the end of a word, and how far its tone is off.
+/// the end of a word, how far its tone is off, and by how much it may be weaker.
 struct Answers
 {
     std::size_t leastOver = 100;
     std::size_t mostOver = 100;
     double leastOffset_Hz = 30.0;
     double mostOffset_Hz = 200.0;
+    double mostWeaker_dB = 10.0;
 };
 
 /// One row of the table.

@@ -330,11 +330,11 @@ private:
             if (isOne || chain.verdict() == MorseJudge::Verdict::Other) {
                 m_active->chain().finish();
                 m_heardUntil = m_active->lastEmitted_sample();
-                if (isOne || !hearsOtherwise(*m_active)) {
+                // Another station that came into it makes it odd: that one is heard from there on.
+                const bool isAnswered = chain.wasMorse() && !isOne;
+                if (!isAnswered && (isOne || !hearsOtherwise(*m_active))) {
                     m_heardUntil = now;
-                    // Another station that came back makes it odd.
-                    if (isOne || !chain.wasMorse())
-                        refuse(chain, isOne);
+                    refuse(chain, isOne);
                 }
                 m_active.reset();
             }
@@ -393,7 +393,11 @@ private:
     {
         const std::int64_t now = m_history.end();
         std::int64_t since = std::max(m_heardUntil, now - samplesIn(attention().heardAgain_s));
-        std::int64_t frames = framesIn(attention().search_s);
+        // What was emitted is not looked for.
+        std::int64_t frames = std::min(
+            framesIn(attention().search_s),
+            std::max(now - m_heardUntil, samplesIn(attention().rivalSilence_s)) /
+                static_cast<std::int64_t>(m_finder.hop()));
         if (m_active) {
             const std::int64_t silence = now - m_active->lastMark_sample();
             if (silence <

@@ -369,7 +369,7 @@ struct JudgeParameters
     // A share of marks wants more of them than the phase's next value does.
     double leastMarks = 10.0;
     // So many that are Morse were Morse, whatever follows (rows: shortovers; SITOR in bursts).
-    double sureMarks = 15.0;
+    double sureMarks = 10.0;
     double memory_marks = 60.0;
 };
 
