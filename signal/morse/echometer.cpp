@@ -38,30 +38,39 @@ std::vector<float> marksAround(const std::vector<float>& powers, std::size_t rea
     return marks;
 }
 
-// What is in the gaps, in steps back from now.
-struct Gaps
+// A step in a gap.
+struct Gap
 {
-    std::vector<std::size_t> steps;
-    std::vector<bool> isFilled;
+    std::size_t step; // back from now
+    bool isFilled;
 };
 
-// The share of the gaps that are filled where a mark was so long before, and empty where none was,
-// at the delay that fits best: a weak mark of a signal that fades follows no other.
-double agreement(const Gaps& gaps, const std::vector<bool>& isMark, std::size_t shortest,
-                 std::size_t longest)
+// How surely the gaps are filled where a mark was so long before, and empty where none was, at the
+// delay that fits best: a weak mark of a signal that fades follows no other. The smaller of the two
+// shares counts, since fading may agree with one of them.
+double agreement(const std::vector<Gap>& gaps, const std::vector<bool>& isMark,
+                 std::size_t shortest, std::size_t longest)
 {
     double best = 0.0;
     for (std::size_t delay = shortest; delay <= longest; ++delay) {
-        double known = 0.0;
-        double agreeing = 0.0;
-        for (std::size_t n = 0; n < gaps.steps.size(); ++n) {
-            const std::size_t former = gaps.steps[n] + delay;
+        double filled = 0.0;
+        double afterMark = 0.0;
+        double empty = 0.0;
+        double afterNone = 0.0;
+        for (const Gap& gap : gaps) {
+            const std::size_t former = gap.step + delay;
             if (former >= isMark.size())
                 break;
-            known += 1.0;
-            agreeing += isMark[former] == gaps.isFilled[n] ? 1.0 : 0.0;
+            if (isMark[former]) {
+                afterMark += 1.0;
+                filled += gap.isFilled ? 1.0 : 0.0;
+            } else {
+                afterNone += 1.0;
+                empty += gap.isFilled ? 0.0 : 1.0;
+            }
         }
-        best = std::max(best, agreeing / std::max(1.0, known));
+        best = std::max(best, std::min(filled / std::max(1.0, afterMark),
+                                       empty / std::max(1.0, afterNone)));
     }
     return best;
 }
@@ -78,30 +87,24 @@ bool hasEcho(const std::vector<float>& powers, double noise, double step_s, bool
     const auto isAbove = [&](std::size_t i, double share) {
         return static_cast<double>(powers[i]) > share * static_cast<double>(marks[i]);
     };
-    const auto isAtMark = [&](std::size_t i) {
-        const std::size_t last = std::min(powers.size() - 1, i + parameters.edge_steps);
-        std::size_t near = i - std::min<std::size_t>(i, parameters.edge_steps);
-        while (near <= last && !isAbove(near, parameters.strongest))
-            ++near;
-        return near <= last;
-    };
-    Gaps gaps;
-    for (std::size_t i = 0; i < powers.size(); ++i) {
-        const double echo = parameters.weakest * static_cast<double>(marks[i]);
-        if (echo < parameters.overNoise * noise || isAtMark(i))
-            continue;
-        gaps.steps.push_back(i);
-        gaps.isFilled.push_back(isAbove(i, parameters.weakest));
-    }
-    if (static_cast<double>(gaps.steps.size()) * step_s < parameters.leastGaps_s)
-        return former;
-    const auto filled = std::count(gaps.isFilled.begin(), gaps.isFilled.end(), true);
-    if (static_cast<double>(filled) <= static_cast<double>(gaps.steps.size()) *
-                                           (former ? parameters.leastShare : parameters.sureShare))
-        return false;
     std::vector<bool> isMark;
     for (std::size_t i = 0; i < powers.size(); ++i)
         isMark.push_back(isAbove(i, parameters.strongest));
+    const auto isAtMark = [&](std::size_t i) {
+        const std::size_t last = std::min(powers.size() - 1, i + parameters.edge_steps);
+        std::size_t near = i - std::min<std::size_t>(i, parameters.edge_steps);
+        while (near <= last && !isMark[near])
+            ++near;
+        return near <= last;
+    };
+    std::vector<Gap> gaps;
+    for (std::size_t i = 0; i < powers.size(); ++i) {
+        const double echo = parameters.weakest * static_cast<double>(marks[i]);
+        if (echo >= parameters.overNoise * noise && !isAtMark(i))
+            gaps.push_back({i, isAbove(i, parameters.weakest)});
+    }
+    if (static_cast<double>(gaps.size()) * step_s < parameters.leastGaps_s)
+        return former;
     return agreement(gaps, isMark, steps(parameters.shortest_s), steps(parameters.longest_s)) >
            (former ? parameters.leastAgreement : parameters.sureAgreement);
 }

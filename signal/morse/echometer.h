@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Stage: are the gaps filled with an echo? It is weaker than its mark, and comes with the same
-// delay every time; a good part of the gaps has it. Fading makes some marks weak, but they follow
-// no others.
+// delay after every mark. Fading makes some marks weak, but they follow no others.
 #pragma once
 
 #include "signal/morse/parameters.h"
@@ -10,8 +9,8 @@
 
 namespace demodulator {
 
-/// Whether a good part of the gaps in the last steps is filled; where it was so before (`former`),
-/// a smaller part is enough. `powers` are those of the steps, the newest first; `noise` is the
+/// Whether the gaps in the last steps are filled where an echo of the marks would be, and only
+/// there; where it was so before (`former`), half of that is enough. `powers` are those of the steps, the newest first; `noise` is the
 /// variance that noise gives one step.
 bool hasEcho(const std::vector<float>& powers, double noise, double step_s, bool former,
              const EchoParameters& parameters);

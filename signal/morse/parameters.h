@@ -128,15 +128,13 @@ struct EchoParameters
     double weakest = 0.03;    ///< less does not disturb (row: echo16)
     double overNoise = 4.0;   ///< that noise does not look like an echo (row: hf-poor)
     unsigned edge_steps = 3;  ///< beside a mark: its own edge (row: none)
-    double sureShare = 0.3;   ///< of the gaps are filled (rows: echo12; fsk)
-    double leastShare = 0.08; ///< and have to be, once they were (rows: echo12, echo9)
     double leastGaps_s = 0.4; ///< less says nothing (rows: echo9, hf-poor)
     // Gaps are filled where marks were so long before, and where none were they are not; of a share
-    // of them (rows: echo9, quickfading).
+    // of each, and of a smaller one once it was so (rows: echo12, echo9, quickfading).
     double shortest_s = 0.03;
     double longest_s = 0.3;
-    double sureAgreement = 0.8;
-    double leastAgreement = 0.6;
+    double sureAgreement = 0.9;
+    double leastAgreement = 0.5;
 };
 
 /// How well a mark explains some steps (marklikelihood.h).
@@ -401,10 +399,8 @@ struct RehearingParameters
     double steadyFading_per_s = 3.0;
     double ownPhase = 4.0;
     unsigned part_steps = 4;
-    // Gaps are filled by an echo when so much of the time it seemed so; fast fading looks like one
-    // (rows: echo12, echo9; flutter).
+    // Gaps are filled by an echo when so much of the time it seemed so (rows: echo12, echo9).
     double echoShare = 0.5;
-    double fastestEcho_per_s = 15.0;
 };
 
 /// Which tone is followed (demodulator.h).

@@ -129,14 +129,12 @@ std::vector<HeardStep> Rehearing::turned() const
     return turned;
 }
 
-bool Rehearing::hasEcho(const Amplitudes& amplitudes) const
+bool Rehearing::hasEcho() const
 {
-    const RehearingParameters& rehearing = m_parameters.rehearing;
-    if (amplitudes.rate_per_s >= rehearing.fastestEcho_per_s)
-        return false;
     const auto echoes = std::count_if(m_steps.begin(), m_steps.end(),
                                       [](const FollowedStep& step) { return step.level.hasEcho; });
-    return static_cast<double>(echoes) > rehearing.echoShare * static_cast<double>(m_steps.size());
+    return static_cast<double>(echoes) >
+           m_parameters.rehearing.echoShare * static_cast<double>(m_steps.size());
 }
 
 void Rehearing::open(const FollowedStep& step)
@@ -178,7 +176,7 @@ void Rehearing::hearUntil(std::int64_t end)
     const std::vector<HeardStep> heard = turned();
     const Amplitudes known =
         smoothAmplitude(heard, m_step_s, isUnsteady(m_steps.back().level), m_parameters.rehearing);
-    const bool echo = hasEcho(known);
+    const bool echo = hasEcho();
     for (; m_heard < end; ++m_heard) {
         const auto index = static_cast<std::size_t>(m_heard - m_begin);
         const FollowedStep& step = m_steps[index];

@@ -55,7 +55,7 @@ private:
     std::int64_t steps(double duration_s) const;
     std::vector<HeardStep> turned() const;
     double laterTone_Hz(std::size_t index) const;
-    bool hasEcho(const Amplitudes& amplitudes) const;
+    bool hasEcho() const;
     void open(const FollowedStep& step);
     void close();
     void cut(std::int64_t end_step);
