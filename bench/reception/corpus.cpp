@@ -444,7 +444,8 @@ std::vector<float> twoStations(const Condition& condition, const std::string& se
     Random lengths(seed + "/overs");
     const double offset_Hz = between(answers.leastOffset_Hz, answers.mostOffset_Hz, random);
     const double answer_wpm = between(13, 30, random);
-    const auto level = static_cast<float>(std::pow(10.0, -between(0, answers.mostWeaker_dB, random) / 20.0));
+    const auto level =
+        static_cast<float>(std::pow(10.0, -between(0, answers.mostWeaker_dB, random) / 20.0));
     std::size_t begin = 0;
     bool second = false;
     for (int over = 0; begin < sent.size(); ++over) {

@@ -300,7 +300,7 @@ int noise(const Options& options)
                 std::printf("piece %d: %s\n", piece,
                             testsupport::textOfCodes(heard.codes, UNKNOWN).c_str());
         }
-        std::printf("| %.2g of %s | %zu | %zu | %zu | %zu |\n", pieces * piece_s / 3600.0,
+        std::printf("| %.2f of %s | %zu | %zu | %zu | %zu |\n", pieces * piece_s / 3600.0,
                     silence.title.c_str(), transmissions, characters, unknown, errorMarks);
         std::fflush(stdout);
     }

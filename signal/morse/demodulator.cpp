@@ -394,10 +394,10 @@ private:
         const std::int64_t now = m_history.end();
         std::int64_t since = std::max(m_heardUntil, now - samplesIn(attention().heardAgain_s));
         // What was emitted is not looked for.
-        std::int64_t frames = std::min(
-            framesIn(attention().search_s),
-            std::max(now - m_heardUntil, samplesIn(attention().rivalSilence_s)) /
-                static_cast<std::int64_t>(m_finder.hop()));
+        std::int64_t frames =
+            std::min(framesIn(attention().search_s),
+                     std::max(now - m_heardUntil, samplesIn(attention().rivalSilence_s)) /
+                         static_cast<std::int64_t>(m_finder.hop()));
         if (m_active) {
             const std::int64_t silence = now - m_active->lastMark_sample();
             if (silence <

@@ -69,8 +69,8 @@ double agreement(const std::vector<Gap>& gaps, const std::vector<bool>& isMark,
                 empty += gap.isFilled ? 0.0 : 1.0;
             }
         }
-        best = std::max(best, std::min(filled / std::max(1.0, afterMark),
-                                       empty / std::max(1.0, afterNone)));
+        best = std::max(
+            best, std::min(filled / std::max(1.0, afterMark), empty / std::max(1.0, afterNone)));
     }
     return best;
 }

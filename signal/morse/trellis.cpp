@@ -284,12 +284,14 @@ void Trellis::endMarks(int cut)
 // follow.
 Trellis::WordEnd Trellis::wordEnd()
 {
+    if (!m_followsAnySpeed)
+        return {};
     const auto best =
         std::max_element(m_gap.begin(), m_gap.end(),
                          [](const Choice& a, const Choice& b) { return a.score < b.score; });
     const auto speed = static_cast<std::size_t>(best - m_gap.begin());
     // At half the speed, or twice it, a gap between words looks like one between characters.
-    if (!m_followsAnySpeed || best->score <= NEVER ||
+    if (best->score <= NEVER ||
         m_timing.table(speed).gapKind(best->length_steps) == Kind::ElementGap)
         return {};
     m_memory.endWord(static_cast<Speed>(speed), best->length_steps);

@@ -63,7 +63,7 @@ class tst_EchoMeter : public QObject
 private Q_SLOTS:
     void anEchoIsHeardWhatIsNotDisturbingIsNone()
     {
-        for (const double echo_dB : {-8.0, -9.0, -12.0, -14.0}) {
+        for (const double echo_dB : {-9.0, -12.0, -14.0}) {
             const std::vector<float> powers = powersOf(echo_dB);
             QVERIFY2(isHeard(powers), qPrintable(QString::number(echo_dB)));
             // What comes before a mark is none.

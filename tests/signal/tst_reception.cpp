@@ -21,10 +21,6 @@ const reception::Condition& conditionOf(const QString& name)
     qFatal("no such condition");
 }
 
-} // namespace
-
-namespace {
-
 // Sounds that are taken for keying now and then, and how many characters they may give in two
 // minutes. Crashes that a filter has left narrow, the nulls of a carrier, syllables, notes and hops
 // are keying for a moment each; time codes and the tones of a telephone are keyed indeed, and

@@ -220,8 +220,8 @@ std::vector<Piece> keying(const std::string& text, const Hand& hand, const std::
     double speed_wpm = hand.speed_wpm;
     const double swingPhase = 2.0 * PI * Random(seed + "/swing").uniform();
 
-    bool isOther = false;
-    bool wasOther = false;
+    double base_wpm = hand.speed_wpm;
+    double next_wpm = hand.speed_wpm; // from the next word on
     double jumped_wpm = hand.speed_wpm;
     int wordsLeft = hand.otherSpeed_wpm > 0.0 ? 4 : 0;
     const auto spread = [&ragged](double deviation) {
@@ -237,11 +237,9 @@ std::vector<Piece> keying(const std::string& text, const Hand& hand, const std::
 
     double pendingGap_units = 0.0;
     for (std::size_t i = 0; i < text.size(); ++i) {
-        speed_wpm = hand.speed_wpm;
+        speed_wpm = base_wpm;
         if (hand.endSpeed_wpm > 0.0)
             speed_wpm += (hand.endSpeed_wpm - hand.speed_wpm) * static_cast<double>(i) / total;
-        if (wasOther)
-            speed_wpm = hand.otherSpeed_wpm;
         if (hand.speedSwing_wpm != 0.0)
             speed_wpm += hand.speedSwing_wpm * std::sin(2.0 * PI * elapsed_s / 40.0 + swingPhase);
         if (hand.mostJump_wpm > 0.0)
@@ -253,7 +251,8 @@ std::vector<Piece> keying(const std::string& text, const Hand& hand, const std::
                 pendingGap_units = hand.wordGap_units;
             if ((hand.mostJump_wpm > 0.0 || hand.otherSpeed_wpm > 0.0) && wordsLeft-- <= 0) {
                 wordsLeft = 3 + static_cast<int>(ragged.below(6));
-                isOther = hand.otherSpeed_wpm > 0.0 && !isOther;
+                if (hand.otherSpeed_wpm > 0.0)
+                    next_wpm = next_wpm == hand.speed_wpm ? hand.otherSpeed_wpm : hand.speed_wpm;
                 jumped_wpm = hand.leastJump_wpm +
                              (hand.mostJump_wpm - hand.leastJump_wpm) * ragged.uniform();
             }
@@ -261,11 +260,9 @@ std::vector<Piece> keying(const std::string& text, const Hand& hand, const std::
         }
         if (pendingGap_units > 0.0)
             add(false, pendingGap_units * spread(hand.gapSpread));
-        if (isOther != wasOther) {
-            // The gap before it is one of the speed that was.
-            wasOther = isOther;
-            speed_wpm = isOther ? hand.otherSpeed_wpm : hand.speed_wpm;
-        }
+        // The gap before it is one of the speed that was.
+        if (next_wpm != base_wpm)
+            speed_wpm = base_wpm = next_wpm;
         for (const char* element = elements; *element != 0; ++element) {
             if (element != elements)
                 add(false, 1.0);

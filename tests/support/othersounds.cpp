@@ -44,6 +44,25 @@ void addTone(std::vector<float>& samples, double begin_s, double duration_s, dou
     }
 }
 
+// Two tones in turn, without a jump of phase. `nextBit` tells whether the next bit is a mark, the
+// upper tone, and adds its length to the end of the last one.
+template <typename NextBit>
+std::vector<float> shifted(double duration_s, double centre_Hz, double shift_Hz, double rate_Hz,
+                           NextBit nextBit)
+{
+    std::vector<float> samples = silent(duration_s, rate_Hz);
+    double phase = 0.0;
+    double bitEnd_s = 0.0;
+    bool mark = true;
+    for (std::size_t n = 0; n < samples.size(); ++n) {
+        if (static_cast<double>(n) / rate_Hz >= bitEnd_s)
+            mark = nextBit(bitEnd_s);
+        phase += TWO_PI * (centre_Hz + (mark ? 0.5 : -0.5) * shift_Hz) / rate_Hz;
+        samples[n] = static_cast<float>(std::sin(phase));
+    }
+    return samples;
+}
+
 // What a receiver's filter of 300 to 2700 Hz leaves of a tone.
 double passed(double tone_Hz)
 {
@@ -58,21 +77,13 @@ std::vector<float> teleprinter(double duration_s, double centre_Hz, double rate_
     constexpr double BAUD = 45.45;
     constexpr double SHIFT_Hz = 170.0;
     Random random(seed + "/teleprinter");
-    std::vector<float> samples = silent(duration_s, rate_Hz);
-    double phase = 0.0;
-    double bitEnd_s = 0.0;
     int bit = 0; // of a character: start, five, stop
-    bool mark = true;
-    for (std::size_t n = 0; n < samples.size(); ++n) {
-        if (static_cast<double>(n) / rate_Hz >= bitEnd_s) {
-            mark = bit != 0 && (bit == 6 || random.below(2) != 0U);
-            bitEnd_s += (bit == 6 ? 1.5 : 1.0) / BAUD;
-            bit = (bit + 1) % 7;
-        }
-        phase += TWO_PI * (centre_Hz + (mark ? 0.5 : -0.5) * SHIFT_Hz) / rate_Hz;
-        samples[n] = static_cast<float>(std::sin(phase));
-    }
-    return samples;
+    return shifted(duration_s, centre_Hz, SHIFT_Hz, rate_Hz, [&](double& bitEnd_s) {
+        const bool mark = bit != 0 && (bit == 6 || random.below(2) != 0U);
+        bitEnd_s += (bit == 6 ? 1.5 : 1.0) / BAUD;
+        bit = (bit + 1) % 7;
+        return mark;
+    });
 }
 
 std::vector<float> otherTeleprinters(double duration_s, double rate_Hz, const std::string& seed)
@@ -115,19 +126,14 @@ std::vector<float> teleprinterBursts(double duration_s, double rate_Hz, const st
     constexpr double BURST_s = 0.21;
     Random random(seed + "/bursts");
     const double centre_Hz = between(900.0, 1800.0, random);
-    std::vector<float> samples = silent(duration_s, rate_Hz);
-    double phase = 0.0;
-    double bitEnd_s = 0.0;
-    bool mark = true;
-    for (std::size_t n = 0; n < samples.size(); ++n) {
-        const double time_s = static_cast<double>(n) / rate_Hz;
-        if (time_s >= bitEnd_s) {
-            mark = random.below(2) != 0U;
+    std::vector<float> samples =
+        shifted(duration_s, centre_Hz, SHIFT_Hz, rate_Hz, [&](double& bitEnd_s) {
             bitEnd_s += 1.0 / BAUD;
-        }
-        phase += TWO_PI * (centre_Hz + (mark ? 0.5 : -0.5) * SHIFT_Hz) / rate_Hz;
-        if (std::fmod(time_s, CYCLE_s) < BURST_s)
-            samples[n] = static_cast<float>(std::sin(phase));
+            return random.below(2) != 0U;
+        });
+    for (std::size_t n = 0; n < samples.size(); ++n) {
+        if (std::fmod(static_cast<double>(n) / rate_Hz, CYCLE_s) >= BURST_s)
+            samples[n] = 0.0F;
     }
     return samples;
 }
