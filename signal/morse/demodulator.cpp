@@ -209,6 +209,10 @@ private:
         const std::int64_t marks = chain.marks();
         if (chain.unit_s() < attention().quickUnit_s && marks < attention().quick_marks)
             return false;
+        // Of two tones in turn either looks like Morse until a gap between words is heard.
+        if (chain.side() == MorseJudge::Side::Unknown && verdict == Verdict::Morse &&
+            hasComplement(follower))
+            return false;
         if (heard > samplesIn(attention().heardFirstAtMost_s))
             return verdict == Verdict::Morse || verdict == Verdict::Dashes;
         const bool surveyed = m_finder.frames() > framesIn(attention().search_s);
@@ -302,22 +306,34 @@ private:
         m_refused.add(chain.tone_Hz(), m_history.end() + samplesIn(refused_s));
     }
 
-    // Two tones in turn at a teleprinter's rate, or more than two at any.
+    // Two tones in turn at a teleprinter's rate, or the space of keying by two tones, or one of
+    // more than two.
     bool isOneOfSeveral(const Follower& follower) const
     {
         if (m_finder.frames() % hopsOf(attention().searchEvery_s) != 0)
             return false;
         const SignalChain& chain = follower.chain();
-        // Noise that fell just when the signal began is no tone in turn with it, and of few frames
-        // chance makes anything.
+        if (hasComplement(follower))
+            return chain.unit_s() < attention().teleprinterUnit_s ||
+                   chain.side() == MorseJudge::Side::Space;
+        const std::int64_t frames = comparedFrames(follower);
+        return frames > 0 && m_finder.takesTurns(chain.tone_Hz(), frames);
+    }
+
+    bool hasComplement(const Follower& follower) const
+    {
+        const std::int64_t frames = comparedFrames(follower);
+        return frames > 0 && m_finder.hasComplement(follower.chain().tone_Hz(), frames);
+    }
+
+    // Over which tones can be seen to take turns, 0 when they are too few: noise that fell just
+    // when the signal began is no tone in turn with it, and of few frames chance makes anything.
+    std::int64_t comparedFrames(const Follower& follower) const
+    {
         const std::int64_t heard = (m_history.end() - follower.firstMark_sample()) /
                                    static_cast<std::int64_t>(m_finder.hop());
         const std::int64_t frames = std::min(framesIn(attention().search_s), heard - 2);
-        if (frames < framesIn(attention().compared_s))
-            return false;
-        return m_finder.hasComplement(chain.tone_Hz(), frames)
-                   ? chain.unit_s() < attention().teleprinterUnit_s
-                   : m_finder.takesTurns(chain.tone_Hz(), frames);
+        return frames < framesIn(attention().compared_s) ? 0 : frames;
     }
 
     void dropWhatIsNoMorse()

@@ -14,10 +14,11 @@ MorseJudge::MorseJudge(const JudgeParameters& parameters)
 void MorseJudge::mark(const Mark& mark)
 {
     const double keep = 1.0 - 1.0 / m_parameters.memory_marks;
-    for (double* count : {&m_marks, &m_between, &m_long, &m_foreign, &m_dots, &m_dashes,
+    for (double* count : {&m_marks, &m_between, &m_long, &m_wide, &m_foreign, &m_dots, &m_dashes,
                           &m_innerGaps, &m_dotLengths, &m_dotSquares})
         *count *= keep;
     m_marks += 1.0;
+    m_wide += mark.gap_units > m_parameters.longestDash_units ? 1.0 : 0.0;
     if (mark.isForeign) {
         m_foreign += 1.0;
         return;
@@ -55,6 +56,13 @@ bool MorseJudge::isOdd(double deviations, double mostAlone) const
            isMore(m_foreign, m_parameters.mostForeign, deviations) ||
            isMore(m_marks - m_innerGaps, mostAlone, deviations) ||
            m_dotSquares - m_dotLengths * m_dotLengths / std::max(1.0, m_dots) > allowed;
+}
+
+MorseJudge::Side MorseJudge::side() const
+{
+    if (m_long == m_wide)
+        return Side::Unknown;
+    return m_long > m_wide ? Side::Space : Side::Mark;
 }
 
 MorseJudge::Verdict MorseJudge::verdict() const

@@ -28,6 +28,14 @@ public:
         Other,  ///< so many marks do not belong in Morse that it is no chance
     };
     Verdict verdict() const;
+    enum class Side {
+        Unknown,
+        Mark,
+        Space,
+    };
+    /// If it is one of two tones in turn, which one: the space has the longest marks, since it is on
+    /// between words, and the mark has the longest gaps.
+    Side side() const;
     /// Marks that were judged; older ones count less.
     double marks() const { return m_marks; }
 
@@ -40,6 +48,7 @@ private:
     double m_marks = 0.0;
     double m_between = 0.0; // neither dot nor dash
     double m_long = 0.0;    // longer than any dash
+    double m_wide = 0.0;    // after a gap longer than any dash
     double m_foreign = 0.0;
     double m_dots = 0.0;
     double m_dashes = 0.0;

@@ -253,6 +253,7 @@ void SignalChain::judge(const Path& path, const std::vector<bool>& isForeign)
         }
     }
     m_found.verdict = all.verdict();
+    m_found.side = all.side();
     m_found.judgedMarks = all.marks();
     if (m_found.verdict == MorseJudge::Verdict::Morse &&
         m_found.judgedMarks >= m_parameters.judge.sureMarks)

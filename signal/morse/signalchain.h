@@ -79,6 +79,7 @@ public:
     bool confirmed() const { return m_state != State::Listening; }
     /// Whether what was heard of late is Morse.
     MorseJudge::Verdict verdict() const { return m_found.verdict; }
+    MorseJudge::Side side() const { return m_found.side; }
     /// Marks that the verdict rests on; older ones count less.
     double judgedMarks() const { return m_found.judgedMarks; }
     /// At some time, many marks were.
@@ -128,6 +129,7 @@ private:
         std::int64_t marks = 0;
         double margin = 0.0;
         MorseJudge::Verdict verdict = MorseJudge::Verdict::Unsure;
+        MorseJudge::Side side = MorseJudge::Side::Unknown;
         double judgedMarks = 0.0;
         bool wasMorse = false;
     };

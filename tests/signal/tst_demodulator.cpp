@@ -87,6 +87,24 @@ private Q_SLOTS:
         const CodeList list = decodeAll(keyedText(speed_wpm, rate_Hz, 20.0), rate_Hz);
         QCOMPARE(read(list), TEXT_READ);
     }
+    // Its inverse looks like keying as well, until there are gaps between words.
+    void ofFrequencyShiftKeyingTheSpaceIsSoonLeftAlone()
+    {
+        Path path;
+        path.tone_Hz = 700.0;
+        path.shift_Hz = 85.0;
+        path.snr_dB = 20.0;
+        const std::vector<float> samples = sound(TEXT, {}, path, 8000.0, "shifted");
+        const auto readNear = [&samples](double tone_Hz) {
+            CodeList list;
+            demodulator::Demodulator demodulator({8000.0, tone_Hz, {}}, list);
+            demodulator.push(samples.data(), samples.size());
+            demodulator.finish();
+            return read(list);
+        };
+        QCOMPARE(readNear(720.0), TEXT_READ);
+        QVERIFY2(readNear(595.0).size() < 16, qPrintable(readNear(595.0)));
+    }
     void theLimitsOfToneAndSpeedAreHeard_data()
     {
         using namespace demodulator;

@@ -96,6 +96,27 @@ private Q_SLOTS:
         QVERIFY(teleprinter(1.0, 150).verdict() == Verdict::Other);
         QVERIFY(teleprinter(0.75, 150).verdict() == Verdict::Other); // taken for slower keying
     }
+    void ofTwoTonesInTurnTheSpaceHasTheLongestMarks()
+    {
+        using Side = MorseJudge::Side;
+        MorseJudge mark({});
+        MorseJudge space({});
+        double on_units = 0.0;
+        double off_units = 0.0;
+        for (const testsupport::Piece& piece : testsupport::keying("PARIS PARIS", {}, "sides")) {
+            const double units = piece.duration_s * testsupport::Hand().speed_wpm / 1.2;
+            if (piece.mark) {
+                space.mark({off_units, UNIT_steps, on_units, false});
+                on_units = units;
+                mark.mark({on_units, UNIT_steps, off_units, false});
+            } else {
+                off_units = units;
+            }
+        }
+        QCOMPARE(mark.side(), Side::Mark);
+        QCOMPARE(space.side(), Side::Space);
+        QCOMPARE(MorseJudge({}).side(), Side::Unknown);
+    }
     void dotsAloneAreNotSureAndDashesAloneAreSaid()
     {
         for (const double length : {1.0, 3.0}) {

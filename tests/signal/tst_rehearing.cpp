@@ -180,6 +180,27 @@ private Q_SLOTS:
         const QString text = QString::fromStdString(heard.text());
         QVERIFY2(text.startsWith(over), qPrintable(text));
     }
+    // The answer is heard from before its first mark on, which is within the last mark of this one.
+    void aQuickAnswerLeavesTheLastDashWhole_data()
+    {
+        QTest::addColumn<double>("pause_s");
+        for (const double pause_s : {0.2, 0.25, 0.3})
+            QTest::addRow("after %.2f s", pause_s) << pause_s;
+    }
+    void aQuickAnswerLeavesTheLastDashWhole()
+    {
+        QFETCH(double, pause_s);
+        testsupport::Path path;
+        path.after_s = pause_s;
+        std::vector<float> samples = sound("CQ CQ DE DL1ABC K", {}, path, RATE_Hz, "first");
+        path.tone_Hz += 100.0;
+        path.before_s = 0.0;
+        path.after_s = 5.0;
+        append(samples, sound("DL1ABC DE G3XYZ K", {}, path, RATE_Hz, "answer"));
+        const Heard heard = hear(withNoise(std::move(samples)), false);
+        QCOMPARE(QString::fromStdString(heard.text()).simplified(),
+                 QStringLiteral("CQ CQ DE DL1ABC K DL1ABC DE G3XYZ K"));
+    }
     // What comes back into it makes its end odd, which does not undo its beginning.
     void aWeakAnswerIsKeptWhenTheFirstStationComesBack()
     {
