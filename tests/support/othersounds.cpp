@@ -44,7 +44,7 @@ void addTone(std::vector<float>& samples, double begin_s, double duration_s, dou
     }
 }
 
-// Two tones in turn, without a jump of phase. `nextBit` tells whether the next bit is a mark, the
+// Two tones in turn, without a jump of phase. `nextBit` says whether the next bit is a mark, the
 // upper tone, and adds its length to the end of the last one.
 template <typename NextBit>
 std::vector<float> shifted(double duration_s, double centre_Hz, double shift_Hz, double rate_Hz,
