@@ -403,7 +403,7 @@ Trellis::Front Trellis::front() const
     }
     front.rival = idle.score;
     for (const Open& path : paths) {
-        if (front.last && path.score > IMPOSSIBLE &&
+        if (front.last &&
             std::fabs(std::log(unit_steps(path.last.speed) / unit_steps(front.last->speed))) >
                 m_parameters.otherSpeed)
             front.rival = std::max(front.rival, path.score);

@@ -194,6 +194,24 @@ private Q_SLOTS:
             QCOMPARE(heard.kinds().substr(0, 7), std::string("._-_.c+"));
         }
     }
+    // Its end has a price, unless a block ends there.
+    void theEndOfASteadyToneHasItsPrice()
+    {
+        const auto gain = [](double carrierEnds) {
+            TrellisParameters parameters;
+            parameters.carrierEnds = carrierEnds;
+            Heard heard(20.0, "price", parameters);
+            heard.add(false, 64);
+            for (const int steps : {15, 45, 15, 40 * 15, 15, 45, 15}) {
+                heard.add(true, steps);
+                heard.add(false, 15);
+            }
+            heard.add(false, 100);
+            return heard.trellis.path(0).gain;
+        };
+        const double difference = gain(-8.0) - gain(-11.0);
+        QVERIFY2(std::fabs(difference - 3.0) < 0.5, qPrintable(QString::number(difference)));
+    }
     void aSteadyToneLastsForItsLeastLength_data()
     {
         QTest::addColumn<double>("least_units");
@@ -308,6 +326,26 @@ private Q_SLOTS:
         const Path path = heard.trellis.path(0);
         QVERIFY(path.complete);
         QCOMPARE(path.segments.back().end_step, std::int64_t(60 + 2 * (75 + 45 + 900)));
+    }
+    void eachOfTheSpeedsGoesOnAfterASilence()
+    {
+        const TimingModel timing(0.004, 20.0);
+        for (std::size_t speed = 0; speed < timing.speeds(); ++speed) {
+            const double unit = timing.table(speed).unit_steps;
+            Heard heard(20.0);
+            heard.add(false, 60);
+            for (int i = 0; i < 2; ++i) {
+                for (const double units : {1.0, 3.0, 1.0}) {
+                    heard.add(true, static_cast<int>(std::lround(units * unit)));
+                    heard.add(false, static_cast<int>(std::lround(unit)));
+                }
+                heard.add(false, 700);
+            }
+            QVERIFY2(heard.kinds() == "._-_. ._-_. ",
+                     qPrintable(QStringLiteral("%1 at %2 steps")
+                                    .arg(QString::fromStdString(heard.kinds()))
+                                    .arg(unit)));
+        }
     }
     // What a silence is worth is how probable so long a gap is.
     void aSilenceIsWorthLessThanTheGapItBeganAs()
