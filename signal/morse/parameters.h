@@ -321,7 +321,7 @@ struct DecisionParameters
     // not less than these (rows: jumps, static, scatter). The margin has to be less than the price
     // of another speed after a word, since it hardly gets beyond that.
     double delay_s = 0.9;
-    double strongDot = 100.0;
+    double strongDot = 90.0;
     double sureMargin = 10.0;
     double leastDelay_s = 0.28;
     double leastDelay_units = 5.0;
