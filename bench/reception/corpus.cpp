@@ -230,14 +230,26 @@ void addDisturbed(std::vector<Condition>& rows)
     add("echo12", "echo 130 ms late, -12 dB", echo(-12));
     add("echo9", "echo 130 ms late, -9 dB", echo(-9));
     add("echo6", "echo 130 ms late, -6 dB", echo(-6));
+    add("echoes", "echo 50 to 280 ms late, -14 to -8 dB", [](Hand&, Path&) {});
+    rows.back().draw = [](Hand&, Path& path, Random& random) {
+        path.echo_ms = between(50, 280, random);
+        path.echo_dB = between(-14, -8, random);
+    };
     add("agc", "static crashes, 2 a second, through an automatic gain that recovers in 0.3 s",
         [](Hand&, Path& path) {
             path.static_per_s = 2;
             path.agc_s = 0.3;
         });
-    add("holes", "20 ms lost each second", [](Hand&, Path& path) { path.holes_per_s = 1; });
+    add("holes", "20 ms lost each second, to digital silence",
+        [](Hand&, Path& path) { path.holes_per_s = 1; });
     add("fsk", "frequency shift keying, 85 Hz lower in the spaces",
         [](Hand&, Path& path) { path.shift_Hz = 85; });
+    add("shifts", "frequency shift keying, 50 to 200 Hz lower in the spaces, 13 to 45 wpm",
+        [](Hand&, Path&) {});
+    rows.back().draw = [](Hand& hand, Path& path, Random& random) {
+        hand.speed_wpm = between(13, 45, random);
+        path.shift_Hz = between(50, 200, random);
+    };
     add("rtty0", "teleprinter 400 Hz up, as strong", teleprinter(0));
     add("rtty10", "teleprinter 400 Hz up, 10 dB stronger", teleprinter(10));
     add("speech0", "speech, its loud parts as strong", speech(0));
@@ -393,6 +405,14 @@ std::vector<Condition> makeConditions()
     rows.back().answers = Answers{5, 40, 30.0, 45.0, 0.0};
     rows.back().draw = [](Hand& hand, Path&, Random& random) {
         hand.speed_wpm = between(13, 30, random);
+    };
+    add("tuneup", "a steady tone of 0.6 to 2.5 s, a pause of 0.4 to 1.5 s, then the text",
+        [](Hand&, Path&) {});
+    rows.back().draw = [](Hand& hand, Path& path, Random& random) {
+        hand.speed_wpm = between(16, 28, random);
+        hand.tuning_s = between(0.6, 2.5, random);
+        hand.afterTuning_s = between(0.4, 1.5, random);
+        path.before_s = between(0.3, 6.0, random);
     };
     addUnsteady(rows);
     addDisturbed(rows);

@@ -178,8 +178,11 @@ private:
                 m_active.reset();
             }
         }
-        if (m_candidate)
+        if (m_candidate) {
             m_candidate->process(m_history, m_finder);
+            if (!m_candidate->chain().confirmed() && m_candidate->chain().steady())
+                hearsAfterCarrier();
+        }
         if (m_finder.frames() % hopsOf(attention().searchEvery_s) == 0) {
             if (m_active)
                 m_active->chain().setNoise(ofStep(noiseFor(m_active->chain())));
@@ -295,6 +298,18 @@ private:
         promote();
     }
 
+    // Who holds the key down to tune, and sends then, is heard from there on.
+    bool hearsAfterCarrier()
+    {
+        const std::optional<std::int64_t> end = m_candidate->endOfCarrier_sample();
+        if (!end)
+            return false;
+        m_candidateSince = *end + samplesIn(attention().afterLast_s);
+        m_candidate = follow(m_candidate->chain().heard(), m_candidateSince);
+        m_candidateBegin = m_history.end();
+        return true;
+    }
+
     // What is no Morse is left alone for a while, so that something else can be heard. Lengths say
     // the more, the more of them were heard.
     void refuse(const SignalChain& chain, bool isOneOfSeveral)
@@ -363,7 +378,7 @@ private:
         const bool isOdd =
             chain.verdict() == MorseJudge::Verdict::Other &&
             (chain.margin() > attention().sureMargin || chain.judgedMarks() > attention().oddMarks);
-        if (isOdd && !isOne && hearsOtherwise(*m_candidate))
+        if (isOdd && !isOne && (hearsAfterCarrier() || hearsOtherwise(*m_candidate)))
             return;
         if (isOne || isOdd)
             refuse(chain, isOne);

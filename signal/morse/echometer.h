@@ -10,8 +10,8 @@
 namespace demodulator {
 
 /// Whether the gaps in the last steps are filled where an echo of the marks would be, and only
-/// there; where it was so before (`former`), half of that is enough. `powers` are those of the steps, the newest first; `noise` is the
-/// variance that noise gives one step.
+/// there; where it was so before (`former`), half of that is enough. `powers` are those of the
+/// steps, the newest first; `noise` is the variance that noise gives one step.
 bool hasEcho(const std::vector<float>& powers, double noise, double step_s, bool former,
              const EchoParameters& parameters);
 

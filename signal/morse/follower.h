@@ -33,6 +33,11 @@ public:
     std::int64_t firstMark_sample() const { return sample(m_chain.firstMark_step()); }
     std::int64_t lastMark_sample() const { return sample(m_chain.lastMark_step()); }
     std::int64_t lastEmitted_sample() const { return sample(m_chain.lastEmitted_step()); }
+    std::optional<std::int64_t> endOfCarrier_sample() const
+    {
+        const std::optional<std::int64_t> step = m_chain.endOfCarrier_step();
+        return step ? std::optional(sample(*step)) : std::nullopt;
+    }
 
 private:
     std::int64_t sample(std::int64_t step) const { return step * m_baseband.stepSamples(); }

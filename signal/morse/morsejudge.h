@@ -33,8 +33,8 @@ public:
         Mark,
         Space,
     };
-    /// If it is one of two tones in turn, which one: the space has the longest marks, since it is on
-    /// between words, and the mark has the longest gaps.
+    /// If it is one of two tones in turn, which one: the space has the longest marks, since it is
+    /// on between words, and the mark has the longest gaps.
     Side side() const;
     /// Marks that were judged; older ones count less.
     double marks() const { return m_marks; }

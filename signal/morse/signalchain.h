@@ -91,6 +91,9 @@ public:
     /// First and last mark of the path found so far.
     std::int64_t firstMark_step() const { return m_found.firstMark; }
     std::int64_t lastMark_step() const { return m_found.lastMark; }
+    /// End of a steady tone, or of a mark that is far longer than all others, once there are marks
+    /// after it.
+    std::optional<std::int64_t> endOfCarrier_step() const { return m_found.endOfCarrier; }
     /// End of the last mark that was emitted.
     std::int64_t lastEmitted_step() const { return m_origin + m_decider.emitted_step(); }
     /// Length of a dot at the end of the path.
@@ -132,6 +135,7 @@ private:
         MorseJudge::Side side = MorseJudge::Side::Unknown;
         double judgedMarks = 0.0;
         bool wasMorse = false;
+        std::optional<std::int64_t> endOfCarrier;
     };
 
     std::int64_t steps(double duration_s) const;

@@ -87,6 +87,29 @@ private Q_SLOTS:
         const CodeList list = decodeAll(keyedText(speed_wpm, rate_Hz, 20.0), rate_Hz);
         QCOMPARE(read(list), TEXT_READ);
     }
+    // Heard together with it, the text is that of a slow hand.
+    void whoTunesBeforeTheTextIsReadFromItsBegin_data()
+    {
+        QTest::addColumn<double>("tuning_s");
+        QTest::addColumn<double>("pause_s");
+        for (const double tuning_s : {0.9, 1.2, 2.2})
+            for (const double pause_s : {0.5, 1.0, 1.4})
+                QTest::addRow("%.1f s, then %.1f s", tuning_s, pause_s) << tuning_s << pause_s;
+    }
+    void whoTunesBeforeTheTextIsReadFromItsBegin()
+    {
+        QFETCH(double, tuning_s);
+        QFETCH(double, pause_s);
+        Hand hand;
+        hand.tuning_s = tuning_s;
+        hand.afterTuning_s = pause_s;
+        Path path;
+        path.snr_dB = 20.0;
+        const CodeList list =
+            decodeAll(sound("CQ CQ DE DL1ABC DL1ABC K", hand, path, 8000.0, "tuning"), 8000.0);
+        QVERIFY2(read(list).endsWith(QStringLiteral("CQ CQ DE DL1ABC DL1ABC K")),
+                 qPrintable(read(list)));
+    }
     // Its inverse looks like keying as well, until there are gaps between words.
     void ofFrequencyShiftKeyingTheSpaceIsSoonLeftAlone()
     {

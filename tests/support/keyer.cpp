@@ -215,6 +215,8 @@ std::vector<Piece> keying(const std::string& text, const Hand& hand, const std::
     Random random(seed + "/hand");
     Random ragged(seed + "/ragged");
     std::vector<Piece> pieces;
+    if (hand.tuning_s > 0.0)
+        pieces = {{true, hand.tuning_s}, {false, hand.afterTuning_s}};
     double elapsed_s = 0.0;
     const double total = std::max<double>(1.0, static_cast<double>(text.size()));
     double speed_wpm = hand.speed_wpm;
