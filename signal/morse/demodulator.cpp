@@ -304,7 +304,7 @@ private:
         const std::optional<std::int64_t> end = m_candidate->endOfCarrier_sample();
         if (!end)
             return false;
-        m_candidateSince = *end + samplesIn(attention().afterLast_s);
+        m_candidateSince = std::max(*end + samplesIn(attention().afterLast_s), m_history.begin());
         m_candidate = follow(m_candidate->chain().heard(), m_candidateSince);
         m_candidateBegin = m_history.end();
         return true;
