@@ -72,7 +72,7 @@ private Q_SLOTS:
         add("widegaps", "prose", 5);
         add("stations", "contact", 3);
         add("shortovers", "contact", 12);
-        add("equalovers", "prose", 14);
+        add("equalovers", "prose", 24);
         add("halves", "contact", 0);
         add("quickfading", "contact", 16);
         add("all", "groups", 5);
