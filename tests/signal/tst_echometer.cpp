@@ -83,6 +83,14 @@ private Q_SLOTS:
         for (const double rate_Hz : {1.0, 1.5, 2.0, 2.5})
             QVERIFY2(!isHeard(fadingQuickly(10.0, rate_Hz)), qPrintable(QString::number(rate_Hz)));
     }
+    void whatFillsOtherGapsTooIsNoEcho()
+    {
+        std::vector<float> powers = powersOf(-12.0);
+        QVERIFY(isHeard(powers));
+        for (std::size_t n = 0; n < powers.size() / 2; ++n)
+            powers[n] = std::max(powers[n], 0.06F);
+        QVERIFY(!isHeard(powers));
+    }
     void noiseIsNoEcho()
     {
         std::vector<float> powers = powersOf(-100.0);
