@@ -9,10 +9,10 @@
 #include "station/io/input.h"
 #include "station/io/interrupt.h"
 #include "station/io/output.h"
+#include "station/io/systemtext.h"
 #include "station/mapstation.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -212,8 +212,8 @@ int run(Arguments& arguments)
     const QString mapsDirectory = directoryOption(arguments, "maps", "maps");
     if (!arguments.error().isEmpty())
         return EXIT_BAD_USAGE;
-    if (!QFileInfo(mapsDirectory).isDir()) {
-        complain(mapsDirectory, QStringLiteral("no such folder"));
+    if (const QString why = morsehost::whyNoFolder(mapsDirectory); !why.isEmpty()) {
+        complain(mapsDirectory, why);
         return EXIT_BAD_INPUT;
     }
     const Descriptor descriptor(arguments.operands().value(0, QStringLiteral("-")));

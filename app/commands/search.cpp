@@ -12,6 +12,7 @@
 #include "station/decoders.h"
 #include "station/io/interrupt.h"
 #include "station/io/output.h"
+#include "station/io/systemtext.h"
 
 #include <QDateTime>
 #include <QFileInfo>
@@ -20,6 +21,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <cerrno>
 #include <limits>
 #include <unistd.h>
 
@@ -313,7 +315,7 @@ int run(Arguments& arguments)
                                                    : QString::fromLatin1(DEFAULT_ARCHIVE);
     // A file that is not there is not made by looking into it.
     if (!isArchiveOnServer(url) && !QFileInfo::exists(archivePath(url))) {
-        complain(url, QStringLiteral("no such archive"));
+        complain(archivePath(url), systemError(ENOENT));
         return EXIT_BAD_INPUT;
     }
     QString error;

@@ -5,13 +5,13 @@
 #include "app/options/tableoptions.h"
 #include "station/decoders.h"
 #include "station/finddecoder.h"
+#include "station/io/systemtext.h"
 #include "station/teleprinterstation.h"
 #include "tables/decodermodulesfile.h"
 #include "tables/hostpath.h"
 #include "tables/regularfile.h"
 
 #include <QFile>
-#include <QFileInfo>
 
 #include <algorithm>
 #include <optional>
@@ -218,10 +218,10 @@ bool canDecode(const Arguments& arguments, const TeleprinterChoice& choice)
         complain(whyNoDecoder(choice.decoder, decoderModulesFile(arguments)));
         return false;
     }
-    if (QFileInfo(choice.mapsDirectory).isDir())
-        return true;
-    complain(choice.mapsDirectory, QStringLiteral("no such folder"));
-    return false;
+    const QString why = morsehost::whyNoFolder(choice.mapsDirectory);
+    if (!why.isEmpty())
+        complain(choice.mapsDirectory, why);
+    return why.isEmpty();
 }
 
 } // namespace morsehost

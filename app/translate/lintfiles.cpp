@@ -2,12 +2,11 @@
 #include "app/translate/lintfiles.h"
 
 #include "app/console/printable.h"
+#include "station/io/systemtext.h"
 #include "tables/lint/lint.h"
 #include "tables/tableformat.h"
 
 #include <QFileInfo>
-#include <cerrno>
-#include <cstring>
 
 namespace translate {
 
@@ -24,8 +23,7 @@ void writeFault(QTextStream& out, const QString& file, const Fault& fault)
 lint::Report noFile(const QString& name)
 {
     lint::Report report;
-    report.failure = QFileInfo::exists(name) ? QStringLiteral("is not a file")
-                                             : QString::fromLocal8Bit(std::strerror(ENOENT));
+    report.failure = morsehost::whyNoRegularFile(name);
     return report;
 }
 

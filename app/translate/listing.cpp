@@ -23,11 +23,6 @@ namespace {
 
 using morsehost::printableLine;
 
-QString noSuchFolder(const QDir& folder)
-{
-    return QStringLiteral("%1: no such folder").arg(folder.path());
-}
-
 /// One line; `isChosen` says whether the name leads to this file.
 void writeLine(QTextStream& out, const QString& name, const QString& path, bool isChosen)
 {
@@ -70,8 +65,8 @@ QString setName(char letter)
 QString listAlphabets(const QString& directory, QTextStream& out)
 {
     const QDir folder(directory);
-    if (!folder.exists())
-        return noSuchFolder(folder);
+    if (const QString why = morsehost::whyNoFolder(directory); !why.isEmpty())
+        return directory + QStringLiteral(": ") + why;
     out.setCodec("UTF-8"); // whatever the locale
     const QLatin1String builtIn(morsehost::BUILT_IN_ALPHABET);
     out << builtIn << "\t(built in)\tleft to right\t" << defaultAlphabet().size() << " entries\n";
@@ -95,8 +90,8 @@ QString listAlphabets(const QString& directory, QTextStream& out)
 QString listMaps(const QString& directory, const QString& decoder, QTextStream& out)
 {
     const QDir folder(directory);
-    if (!folder.exists())
-        return noSuchFolder(folder);
+    if (const QString why = morsehost::whyNoFolder(directory); !why.isEmpty())
+        return directory + QStringLiteral(": ") + why;
     out.setCodec("UTF-8");
     const eBASE_CHARSET charset = CodecHandler().CharsetForDecoder(decoder);
     if (!decoder.isEmpty() && charset == eCHARSET_NONE)

@@ -386,26 +386,23 @@ std::vector<Condition> makeConditions()
     add("fist-3", "the same straight key, -3 dB", straightKey(-3));
     add("wpm45", "45 wpm, +10 dB", noisy(45, 10));
     add("wpm8", "8 wpm, +6 dB", noisy(8, 6));
+    const auto anySpeed = [](Hand& hand, Path&, Random& random) {
+        hand.speed_wpm = between(13, 30, random);
+    };
     add("stations",
         "two stations in turn, each at 13 to 30 wpm, 30 to 200 Hz and up to 10 dB apart, +15 dB",
         [](Hand&, Path& path) { path.snr_dB = 15; });
     rows.back().answers = Answers();
-    rows.back().draw = [](Hand& hand, Path&, Random& random) {
-        hand.speed_wpm = between(13, 30, random);
-    };
+    rows.back().draw = anySpeed;
     add("shortovers",
         "two stations in turn, overs of 5 to 40 characters, 25 to 60 Hz apart, +15 dB",
         [](Hand&, Path& path) { path.snr_dB = 15; });
     rows.back().answers = Answers{5, 40, 25.0, 60.0};
-    rows.back().draw = [](Hand& hand, Path&, Random& random) {
-        hand.speed_wpm = between(13, 30, random);
-    };
+    rows.back().draw = anySpeed;
     add("equalovers", "as before, equally strong, 30 to 45 Hz apart",
         [](Hand&, Path& path) { path.snr_dB = 15; });
     rows.back().answers = Answers{5, 40, 30.0, 45.0, 0.0};
-    rows.back().draw = [](Hand& hand, Path&, Random& random) {
-        hand.speed_wpm = between(13, 30, random);
-    };
+    rows.back().draw = anySpeed;
     add("tuneup", "a steady tone of 0.6 to 2.5 s, a pause of 0.4 to 1.5 s, then the text",
         [](Hand&, Path&) {});
     rows.back().draw = [](Hand& hand, Path& path, Random& random) {

@@ -212,18 +212,18 @@ private:
         const std::int64_t marks = chain.marks();
         if (chain.unit_s() < attention().quickUnit_s && marks < attention().quick_marks)
             return false;
-        // Of two tones in turn either looks like Morse until a gap between words is heard.
-        if (chain.side() == MorseJudge::Side::Unknown && verdict == Verdict::Morse &&
-            hasComplement(follower))
-            return false;
-        if (heard > samplesIn(attention().heardFirstAtMost_s))
-            return verdict == Verdict::Morse || verdict == Verdict::Dashes;
+        const bool isLong = heard > samplesIn(attention().heardFirstAtMost_s);
+        if (verdict != Verdict::Morse)
+            return isLong && verdict == Verdict::Dashes;
         const bool surveyed = m_finder.frames() > framesIn(attention().search_s);
-        const bool sure = surveyed && heard > samplesIn(attention().sureAfter_s) &&
-                          marks >= attention().sureAfter_marks &&
-                          chain.margin() > attention().sureMargin;
-        return verdict == Verdict::Morse && (sure || (heard > samplesIn(attention().heardFirst_s) &&
-                                                      marks >= attention().heardFirst_marks));
+        const bool isSure = surveyed && heard > samplesIn(attention().sureAfter_s) &&
+                            marks >= attention().sureAfter_marks &&
+                            chain.margin() > attention().sureMargin;
+        if (!isLong && !isSure &&
+            (heard <= samplesIn(attention().heardFirst_s) || marks < attention().heardFirst_marks))
+            return false;
+        // Of two tones in turn either looks like Morse until a gap between words is heard.
+        return chain.side() != MorseJudge::Side::Unknown || !hasComplement(follower);
     }
 
     // At the end of the input, what was sent last may be short.

@@ -192,6 +192,7 @@ std::vector<ParameterRow> rowsOf(Parameters& parameters)
         PARAMETER_ROW(decision.leastMarks),
         PARAMETER_ROW(decision.steady_s),
         PARAMETER_ROW(decision.otherHand),
+        PARAMETER_ROW(decision.farLonger),
         PARAMETER_ROW(decision.learning_s),
         PARAMETER_ROW(judge.longestDot_units),
         PARAMETER_ROW(judge.shortestDash_units),

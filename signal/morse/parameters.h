@@ -333,6 +333,7 @@ struct DecisionParameters
     // Change of the logarithm of speed that a hand does not make: somebody else keys (row:
     // stations).
     double otherHand = 0.2;
+    double farLonger = 2.0;  ///< times the next longest mark is no dash (row: tuneup)
     double learning_s = 0.5; ///< what was learnt of the timing is put to use so often
 };
 

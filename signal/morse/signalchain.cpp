@@ -16,9 +16,6 @@ namespace demodulator {
 
 namespace {
 
-// A mark so many times as long as the next longest is no dash of the same hand.
-constexpr std::int64_t FAR_LONGER = 2;
-
 // Signal over noise of one step to power of the tone over noise in 500 Hz: half the amplitude
 // squared is half the power, and the noise of a step is that of 1 / STEP_s on both sides of 0.
 constexpr double IN_500_Hz = 1.0 / (500.0 * STEP_s);
@@ -209,23 +206,11 @@ void SignalChain::look(const Path& path, const std::vector<bool>& isForeign)
     m_found.marks = 0;
     m_found.margin = path.margin;
     bool isCarrier = false;
-    std::int64_t longest = 0;
-    std::int64_t second = 0;
-    std::int64_t endOfLongest = 0;
-    int afterLongest = 0;
     for (std::size_t i = 0; i < path.segments.size(); ++i) {
         const Segment& segment = path.segments[i];
         if (!isMark(segment.kind) || isForeign[i])
             continue;
         isCarrier = isCarrier || segment.kind == Kind::Carrier;
-        const std::int64_t length = segment.end_step - segment.begin_step;
-        ++afterLongest;
-        second = std::max(second, std::min(length, longest));
-        if (length > longest) {
-            longest = length;
-            endOfLongest = m_origin + segment.end_step;
-            afterLongest = 0;
-        }
         m_found.lastMark = m_origin + segment.end_step;
         m_unit_steps = segment.unit_steps;
         if (i + 1 == path.segments.size())
@@ -240,9 +225,37 @@ void SignalChain::look(const Path& path, const std::vector<bool>& isForeign)
         m_state = State::Confirmed;
     if (isCarrier)
         m_carrierUntil = m_likelihood.end();
-    m_found.endOfCarrier.reset();
-    if (longest > FAR_LONGER * second && afterLongest >= m_parameters.decision.leastMarks)
-        m_found.endOfCarrier = endOfLongest;
+    m_found.endOfCarrier = endOfCarrier(path, isForeign);
+}
+
+// Of a mark too long for a dash of the hand that keys the others, with keying after it.
+std::optional<std::int64_t> SignalChain::endOfCarrier(const Path& path,
+                                                      const std::vector<bool>& isForeign) const
+{
+    std::int64_t longest = 0;
+    std::int64_t second = 0;
+    std::int64_t end = 0;
+    int marksAfter = 0;
+    for (std::size_t i = 0; i < path.segments.size(); ++i) {
+        const Segment& segment = path.segments[i];
+        if (!isMark(segment.kind) || isForeign[i])
+            continue;
+        const std::int64_t length = segment.end_step - segment.begin_step;
+        if (length > longest) {
+            second = longest;
+            longest = length;
+            end = segment.end_step;
+            marksAfter = 0;
+        } else {
+            second = std::max(second, length);
+            ++marksAfter;
+        }
+    }
+    const DecisionParameters& decision = m_parameters.decision;
+    if (static_cast<double>(longest) <= decision.farLonger * static_cast<double>(second) ||
+        marksAfter < decision.leastMarks)
+        return {};
+    return m_origin + end;
 }
 
 // Of a signal that is emitted, marks that are decided are counted once; all others as the path has

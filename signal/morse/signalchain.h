@@ -144,6 +144,8 @@ private:
     void review(bool last);
     double delay_s(const Level& level) const;
     void look(const Path& path, const std::vector<bool>& isForeign);
+    std::optional<std::int64_t> endOfCarrier(const Path& path,
+                                             const std::vector<bool>& isForeign) const;
     void lookForEcho();
     std::vector<HeardMark> heardMarks(const Path& path, const std::vector<bool>& isForeign) const;
     void judge(const Path& path, const std::vector<bool>& isForeign);

@@ -25,7 +25,7 @@ Descriptor::Descriptor(const QString& name)
     if (m_number < 0)
         m_error = systemError(errno);
     else if (fstat(m_number, &status) == 0 && S_ISDIR(status.st_mode))
-        m_error = QStringLiteral("is a directory");
+        m_error = QStringLiteral("is a folder");
 }
 
 Descriptor::~Descriptor()

@@ -19,7 +19,7 @@ QString whyUnreadable(const QString& path)
 {
     if (::access(QFile::encodeName(path).constData(), R_OK) != 0)
         return systemError(errno);
-    return QFileInfo(path).isDir() ? QStringLiteral("is a directory") : QString();
+    return QFileInfo(path).isDir() ? QStringLiteral("is a folder") : QString();
 }
 
 QString whyNoRegularFile(const QString& path)
@@ -28,6 +28,15 @@ QString whyNoRegularFile(const QString& path)
     if (!why.isEmpty() || QFileInfo(path).isFile())
         return why;
     return QStringLiteral("is not a regular file");
+}
+
+QString whyNoFolder(const QString& path)
+{
+    const QFileInfo there(path);
+    if (there.exists() && !there.isDir())
+        return QStringLiteral("is not a folder");
+    const bool isReadable = ::access(QFile::encodeName(path).constData(), R_OK | X_OK) == 0;
+    return isReadable ? QString() : systemError(errno);
 }
 
 QString counted(long long count, const char* one, const char* several)

@@ -15,6 +15,9 @@ QString whyUnreadable(const QString& path);
 /// The same of a regular file.
 QString whyNoRegularFile(const QString& path);
 
+/// Why there is no readable folder at `path`; empty when there is one.
+QString whyNoFolder(const QString& path);
+
 /// "1 channel", "2 channels"
 QString counted(long long count, const char* one, const char* several);
 

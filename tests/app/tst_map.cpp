@@ -176,15 +176,15 @@ private Q_SLOTS:
         QTest::newRow("missing file") << QStringList{"--decoder", "Baudot", "/no/such"} << 1
                                       << QByteArray("/no/such: No such file");
         QTest::newRow("directory")
-            << QStringList{"--decoder", "Baudot", "/"} << 1 << QByteArray("/: is a directory");
+            << QStringList{"--decoder", "Baudot", "/"} << 1 << QByteArray("/: is a folder");
         QTest::newRow("missing folder") << QStringList{"--decoder", "Baudot", "--maps", "/no/such"}
-                                        << 1 << QByteArray("/no/such: no such folder");
+                                        << 1 << QByteArray("/no/such: No such file or directory");
         QTest::newRow("missing decoder modules")
             << QStringList{"--decoder", "Baudot", "--decoders", "/no/such"} << 1
             << QByteArray("/no/such: No such file");
         QTest::newRow("a folder for decoder modules")
             << QStringList{"--decoder", "Baudot", "--decoders", "/"} << 1
-            << QByteArray("/: is a directory");
+            << QByteArray("/: is a folder");
     }
 
     void badInputIsSaidInOneLine()

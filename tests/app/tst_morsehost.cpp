@@ -572,7 +572,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("kind");
         QTest::addColumn<QByteArray>("reason");
         QTest::newRow("missing") << "missing" << QByteArray("No such file or directory");
-        QTest::newRow("directory") << "directory" << QByteArray("is a directory");
+        QTest::newRow("directory") << "directory" << QByteArray("is a folder");
         QTest::newRow("empty") << "empty" << QByteArray("is empty");
         QTest::newRow("text") << "text" << QByteArray("not a recording that can be read");
         QTest::newRow("truncated header") << "header" << QByteArray("not a recording");
@@ -937,7 +937,7 @@ private Q_SLOTS:
             return "morsehost: " + path.toUtf8() + ": " + why + '\n';
         };
         const Ended folder = run(command + QStringList{dir.path()});
-        QCOMPARE(folder.err, said(dir.path(), "is a directory"));
+        QCOMPARE(folder.err, said(dir.path(), "is a folder"));
         QCOMPARE(folder.status, 1);
         const QString missing = dir.filePath("x");
         const Ended none = run(command + QStringList{missing});

@@ -440,7 +440,10 @@ private Q_SLOTS:
             << QStringList{"--decoder", "auto", "--codes"} << QByteArray("--codes is for Morse");
         QTest::newRow("no folder of maps")
             << QStringList{"--decoder", "Baudot", "--maps", "/nowhere"}
-            << QByteArray("no such folder");
+            << QByteArray("No such file or directory");
+        QTest::newRow("a file in place of the folder")
+            << QStringList{"--decoder", "Baudot", "--maps", "/dev/null"}
+            << QByteArray("/dev/null: is not a folder");
     }
     void whatCannotBeIsSaidInOneLine()
     {

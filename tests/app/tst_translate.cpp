@@ -384,9 +384,9 @@ private Q_SLOTS:
         QTest::newRow("a name mistyped")
             << shippedAlphabets + "/Greek.mla"
             << shippedAlphabets + "/Greek.mla: No such file or directory";
-        QTest::newRow("a folder") << shippedAlphabets << shippedAlphabets + ": is not a file";
+        QTest::newRow("a folder") << shippedAlphabets << shippedAlphabets + ": is a folder";
         QTest::newRow("a device") << "/dev/null"
-                                  << "/dev/null: is not a file";
+                                  << "/dev/null: is not a regular file";
     }
     void whatIsNoFileIsReportedBesideTables()
     {

@@ -119,11 +119,7 @@ private Q_SLOTS:
         path.snr_dB = 20.0;
         const std::vector<float> samples = sound(TEXT, {}, path, 8000.0, "shifted");
         const auto readNear = [&samples](double tone_Hz) {
-            CodeList list;
-            demodulator::Demodulator demodulator({8000.0, tone_Hz, {}}, list);
-            demodulator.push(samples.data(), samples.size());
-            demodulator.finish();
-            return read(list);
+            return read(decodeAll(samples, {8000.0, tone_Hz, {}}));
         };
         QCOMPARE(readNear(720.0), TEXT_READ);
         QVERIFY2(readNear(595.0).size() < 16, qPrintable(readNear(595.0)));
@@ -156,17 +152,13 @@ private Q_SLOTS:
         path.snr_dB = 20.0;
         path.after_s = 4.0;
         const std::vector<float> samples = sound("CQ DE AB1C AB1C", hand, path, 8000.0, "limits");
-        CodeList list;
         demodulator::Settings settings;
         settings.sampleRate_Hz = 8000.0;
         if (isSet) {
             settings.tone_Hz = tone_Hz;
             settings.speed_wpm = speed_wpm;
         }
-        demodulator::Demodulator demodulator(settings, list);
-        demodulator.push(samples.data(), samples.size());
-        demodulator.finish();
-        QCOMPARE(read(list), QStringLiteral("CQ DE AB1C AB1C"));
+        QCOMPARE(read(decodeAll(samples, settings)), QStringLiteral("CQ DE AB1C AB1C"));
     }
     void theCutOfTheInputChangesNothing()
     {
@@ -559,11 +551,7 @@ private Q_SLOTS:
             samples[n] += 0.5F * weak[n];
         addNoise(samples, 8000.0, 0.9, 20.0, "known");
         QCOMPARE(read(decodeAll(samples, 8000.0)), QStringLiteral("STRONG STRONG STRONG"));
-        CodeList list;
-        demodulator::Demodulator demodulator({8000.0, 1000.0, {}}, list);
-        demodulator.push(samples.data(), samples.size());
-        demodulator.finish();
-        QCOMPARE(read(list), QStringLiteral("WEAK WEAK WEAK"));
+        QCOMPARE(read(decodeAll(samples, {8000.0, 1000.0, {}})), QStringLiteral("WEAK WEAK WEAK"));
     }
     void anAnsweringStationIsHeardAtItsOwnSpeedAndTone()
     {

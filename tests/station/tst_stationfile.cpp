@@ -385,7 +385,7 @@ only=7000000-7040000
             return faults.size() == 1 ? faults.front().text : QString();
         };
         QCOMPARE(faultOf(path("missing.ini")), QString("No such file or directory"));
-        QCOMPARE(faultOf(path(".")), QString("is a directory"));
+        QCOMPARE(faultOf(path(".")), QString("is a folder"));
         QCOMPARE(faultOf("/dev/zero"), QString("is not a regular file"));
         write(path("long.ini"), QByteArray(1024 * 1024 + 1, '\n'));
         QCOMPARE(faultOf(path("long.ini")), QString("is larger than 1048576 bytes"));

@@ -62,17 +62,23 @@ public:
     std::vector<Transmission> transmissions;
 };
 
-inline CodeList decodeAll(const std::vector<float>& samples, double rate_Hz,
+inline CodeList decodeAll(const std::vector<float>& samples, const demodulator::Settings& settings,
                           std::size_t piece = 4096)
 {
     CodeList list;
-    demodulator::Settings settings;
-    settings.sampleRate_Hz = rate_Hz;
     demodulator::Demodulator demodulator(settings, list);
     for (std::size_t at = 0; at < samples.size(); at += piece)
         demodulator.push(samples.data() + at, std::min(piece, samples.size() - at));
     demodulator.finish();
     return list;
+}
+
+inline CodeList decodeAll(const std::vector<float>& samples, double rate_Hz,
+                          std::size_t piece = 4096)
+{
+    demodulator::Settings settings;
+    settings.sampleRate_Hz = rate_Hz;
+    return decodeAll(samples, settings, piece);
 }
 
 } // namespace testsupport

@@ -25,10 +25,10 @@ struct Hand
     double speedSpread = 0.0; ///< deviation of the logarithm of each character's speed
     double dashJitter_units = 0; ///< deviation of dashes beside that of all marks
     double otherSpeed_wpm = 0.0; ///< taken every few words, and given up again; 0: none
-    double tuning_s = 0.0;       ///< the key is held down so long before the text
-    double afterTuning_s = 0.0;  ///< and up so long after that
     double leastJump_wpm = 0.0;  ///< every few words another speed is drawn between these; 0: none
     double mostJump_wpm = 0.0;
+    double tuning_s = 0.0;      ///< the key is held down so long before the text; 0: not at all
+    double afterTuning_s = 0.0; ///< and up so long after that
 };
 
 /// Another keyed signal beside ours: text that says nothing, drawn.
