@@ -3,12 +3,16 @@
 
 #include "reception/corpus.h"
 #include "signal/morse/demodulator.h"
+#include "signal/numbers.h"
+#include "signal/timing.h"
 #include "support/codelist.h"
 #include "support/keyer.h"
 
 #include <QtTest>
 
 #include <algorithm>
+#include <cmath>
+#include <complex>
 #include <string>
 #include <vector>
 
@@ -104,6 +108,85 @@ ErrorCounts errorsOf(const std::string& condition, const std::vector<std::string
     }
     return counts;
 }
+
+// A first hearing made by arithmetic: the steps of what is keyed, and its marks once they are over.
+class FirstHearing
+{
+public:
+    explicit FirstHearing(Rehearing& rehearing)
+        : m_rehearing(rehearing)
+    {
+    }
+
+    void mark(double duration_s)
+    {
+        const std::int64_t begin_us = now_us();
+        go(true, duration_s);
+        m_rehearing.mark(begin_us, now_us(), 1e6 * unitOf_s(Hand().speed_wpm));
+    }
+    void pause(double duration_s) { go(false, duration_s); }
+    void text(const std::string& text)
+    {
+        for (const testsupport::Piece& piece : keying(text, Hand(), "first")) {
+            if (piece.mark)
+                mark(piece.duration_s);
+            else
+                pause(piece.duration_s);
+        }
+    }
+    void stop(std::int64_t time_us) { m_rehearing.transmissionStopped(time_us, {}); }
+
+    std::int64_t now_us() const
+    {
+        return std::llround(1e6 * STEP_s * static_cast<double>(m_steps));
+    }
+
+    double drift_Hz_per_s = 0.0; // of the tone, half a second of which the first hearing is behind
+
+private:
+    void go(bool isDown, double duration_s)
+    {
+        for (std::int64_t steps = std::llround(duration_s / STEP_s); steps > 0; --steps)
+            step(isDown);
+    }
+    void step(bool isDown)
+    {
+        const double now_s = STEP_s * static_cast<double>(m_steps);
+        const double expected_Hz = 700.0 + drift_Hz_per_s * now_s;
+        const Level level = {1.0, 1e-2};
+        const std::complex<double> value = isDown ? std::polar(1.0, TWO_PI * m_cycles) : 0.0;
+        m_rehearing.step({now_us(), expected_Hz, value, level, level.noise});
+        m_cycles += drift_Hz_per_s * RehearingParameters().toneLag_s * STEP_s;
+        ++m_steps;
+    }
+
+    Rehearing& m_rehearing;
+    std::int64_t m_steps = 0;
+    double m_cycles = 0.0;
+};
+
+void sendWord(FirstHearing& first, const std::string& word)
+{
+    first.text(word);
+    first.pause(7.0 * unitOf_s(Hand().speed_wpm));
+}
+
+// The stage alone, what it emits and what its observer gets.
+struct Stage : Heard
+{
+    void step(const FollowedStep& step) override
+    {
+        Heard::step(step);
+        if (std::abs(step.value) > 0.5)
+            largestTurn = std::max(largestTurn, std::fabs(std::arg(step.value * std::conj(last))));
+        last = std::abs(step.value) > 0.5 ? step.value : last;
+    }
+
+    std::complex<double> last = 1.0; // of a mark
+    double largestTurn = 0.0;
+    Rehearing rehearing{STEP_s, {}, Parameters(), *this, this, true};
+    FirstHearing first{rehearing};
+};
 
 } // namespace
 
@@ -295,6 +378,58 @@ private Q_SLOTS:
         }
         QVERIFY2(live > 40 && 2 * again < live,
                  qPrintable(QStringLiteral("%1 of %2").arg(again).arg(live)));
+    }
+    // Until then it may turn out to be no Morse.
+    void codesAreHeldUntilEnoughWasHeard()
+    {
+        const RehearingParameters rehearing;
+        Stage stage;
+        while (1e-6 * static_cast<double>(stage.first.now_us()) <
+               rehearing.judged_s + rehearing.ahead_s - 4.0)
+            sendWord(stage.first, "TEST");
+        QVERIFY(stage.codes().empty());
+        for (int i = 0; i < 3; ++i)
+            sendWord(stage.first, "TEST");
+        QVERIFY(!stage.codes().empty());
+    }
+    // As the first hearing went on, in the silence in which it waited for its end.
+    void whatComesAfterItsEndIsAnotherStations()
+    {
+        Stage stage;
+        stage.first.text("TEST");
+        const std::int64_t end_us = stage.first.now_us();
+        stage.first.pause(1.2);
+        stage.first.text("EE");
+        stage.first.stop(end_us);
+        stage.rehearing.finish();
+        QCOMPARE(QString::fromStdString(stage.text()), QStringLiteral("TEST"));
+    }
+    // A tone that drifts is turned against where it was known to be later, piece after piece.
+    void thePhaseGoesOnFromPieceToPiece()
+    {
+        for (const double drift_Hz_per_s : {-0.11, 0.07, 0.16}) {
+            Stage stage;
+            stage.first.drift_Hz_per_s = drift_Hz_per_s;
+            for (int i = 0; i < 12; ++i)
+                sendWord(stage.first, "CQCQTEST");
+            stage.rehearing.finish();
+            QVERIFY(stage.steps > 5000);
+            QVERIFY2(stage.largestTurn < 0.2, qPrintable(QString::number(stage.largestTurn)));
+        }
+    }
+    // Dots alone may be any row of equal sounds, but a few of them are a short answer.
+    void dotsAloneAreLeftOutWhenTheyAreTooManyForAnAnswer()
+    {
+        const auto heard = [](int dots) {
+            Stage stage;
+            stage.first.text(std::string(static_cast<std::size_t>(dots), 'E'));
+            stage.first.pause(3.0);
+            stage.rehearing.finish();
+            return QString::fromStdString(stage.text());
+        };
+        const int most = AttentionParameters().loneMarks;
+        QCOMPARE(heard(most), QString(most, QLatin1Char('E')));
+        QCOMPARE(heard(most + 1), QString());
     }
     void noTransmissionNoCode()
     {
