@@ -19,15 +19,13 @@ namespace {
 // Signal over noise of one step to power of the tone over noise in 500 Hz: half the amplitude
 // squared is half the power, and the noise of a step is that of 1 / STEP_s on both sides of 0.
 constexpr double IN_500_Hz = 1.0 / (500.0 * STEP_s);
-// The halves of shorter marks say nothing of their tone.
-constexpr std::int64_t SHORTEST_HALVED_STEPS = 6;
 
-// Power of a step of the weakest one. Short ones may be half of an edge.
+// Power of a step of the weakest one.
 double weakestMark(const std::vector<HeardMark>& marks)
 {
     double weakest = std::numeric_limits<double>::infinity();
     for (const HeardMark& mark : marks) {
-        if (!mark.isForeign && mark.length_steps >= SHORTEST_HALVED_STEPS)
+        if (!mark.isForeign && mark.length_steps >= MarkMeter::SHORTEST_STEPS)
             weakest = std::min(weakest, std::norm(mark.sum / mark.length_steps));
     }
     return weakest;
@@ -47,6 +45,7 @@ SignalChain::SignalChain(const SignalGuess& guess, double step_s, std::int64_t b
     , m_decider(m_timing, m_classifier, parameters.decision, step_s, begin_step)
     , m_observer(observer)
     , m_tone(guess.tone_Hz, step_s, MarkLikelihood::KEPT_STEPS)
+    , m_meter(m_likelihood, m_tone, step_s, parameters.tone, parameters.judge)
     , m_spread(guess.spread)
     , m_hasEcho(guess.hasEcho)
     , m_step_s(step_s)
@@ -172,7 +171,8 @@ void SignalChain::review(bool last)
         return;
     std::vector<bool> isForeign;
     for (const Segment& segment : path.segments)
-        isForeign.push_back(isMark(segment.kind) && foreign(segment));
+        isForeign.push_back(isMark(segment.kind) &&
+                            m_meter.isForeign(segment.begin_step, segment.end_step, m_spread));
     look(path, isForeign);
     judge(path, isForeign);
     follow(heardMarks(path, isForeign));
@@ -276,7 +276,8 @@ void SignalChain::judge(const Path& path, const std::vector<bool>& isForeign)
         }
         if ((segment.begin_step + segment.end_step) / 2 < judged)
             continue;
-        all.mark({units, segment.unit_steps, gap_units, isForeign[i] || strays(segment)});
+        all.mark({units, segment.unit_steps, gap_units,
+                  isForeign[i] || m_meter.strays(segment.begin_step, segment.end_step, m_spread)});
         judged = segment.end_step;
         if (m_released && segment.end_step < settled) {
             m_judge = all;
@@ -305,29 +306,7 @@ std::vector<HeardMark> SignalChain::heardMarks(const Path& path,
         if (!isMark(path.segments[i].kind) || end == now || end < oldest ||
             now - begin > MarkLikelihood::KEPT_STEPS)
             continue;
-        const double middle = 0.5 * static_cast<double>(begin + end - 1);
-        const auto at = static_cast<std::int64_t>(middle);
-        const std::int64_t lag = std::max<std::int64_t>(1, (end - begin) / 3);
-        HeardMark mark;
-        mark.length_steps = static_cast<double>(end - begin);
-        mark.end_s = static_cast<double>(now - end) * m_step_s;
-        mark.middle_s = (static_cast<double>(now) - middle) * m_step_s;
-        mark.sum = m_likelihood.sum(begin, end);
-        mark.turn = m_likelihood.advance(begin, end, lag);
-        mark.lag_s = static_cast<double>(lag) * m_step_s;
-        mark.wholeTurns = wholeTurns(begin, end, mark);
-        mark.tone_Hz = m_tone.toneAt(at);
-        mark.cycles =
-            m_tone.cyclesAt(at) + (middle - static_cast<double>(at)) * m_step_s * mark.tone_Hz;
-        mark.offset_Hz = offset_Hz(begin, end);
-        if (end - begin >= SHORTEST_HALVED_STEPS) {
-            // The level followed is too low for a tone that is not steady: the mark's own power.
-            const double power = std::abs(m_likelihood.advance(begin, end, 1)) /
-                                 static_cast<double>(end - begin - 1);
-            const std::int64_t half = (end - begin) / 2;
-            mark.bend_Hz = offset_Hz(end - half, end) - offset_Hz(begin, begin + half);
-            mark.bendError_Hz = std::sqrt(2.0) * offsetError_Hz(half, power);
-        }
+        HeardMark mark = m_meter.measured(begin, end);
         mark.isForeign = isForeign[i];
         marks.push_back(mark);
     }
@@ -366,55 +345,6 @@ void SignalChain::follow(std::vector<HeardMark> marks)
         m_tone.set(estimate.frequency_Hz);
     m_likelihood.setPhase(TWO_PI * std::remainder(estimate.cycles - m_tone.nextCycles(), 1.0),
                           estimate.concentration);
-}
-
-// How far a mark's own tone is from the one expected, from step to step.
-double SignalChain::offset_Hz(std::int64_t begin_step, std::int64_t end_step) const
-{
-    if (m_likelihood.end() - begin_step > MarkLikelihood::KEPT_STEPS)
-        return 0.0;
-    const std::complex<double> turn = m_likelihood.advance(begin_step, end_step, 1);
-    return std::arg(turn) / (TWO_PI * m_step_s);
-}
-
-// What noise does to that: the deviation of the angle between two steps, averaged over a mark.
-double SignalChain::offsetError_Hz(std::int64_t length_steps) const
-{
-    return offsetError_Hz(length_steps, m_likelihood.level().signal);
-}
-
-double SignalChain::offsetError_Hz(std::int64_t length_steps, double signal) const
-{
-    const double ratio = std::max(signal, 1e-30) / std::max(m_likelihood.level().noise, 1e-30);
-    const double error =
-        std::sqrt((1.0 + 0.5 / ratio) / (ratio * static_cast<double>(length_steps)));
-    return error / (TWO_PI * m_step_s);
-}
-
-// Of a mark's phase within a lag, where noise leaves no doubt: somebody who answers beside the tone
-// turns more than once in a third of a dash.
-double SignalChain::wholeTurns(std::int64_t begin_step, std::int64_t end_step,
-                               const HeardMark& mark) const
-{
-    if (m_parameters.tone.sureErrors * offsetError_Hz(end_step - begin_step) * mark.lag_s > 0.5)
-        return 0.0;
-    const double within = std::arg(mark.turn) / TWO_PI;
-    return std::round(offset_Hz(begin_step, end_step) * mark.lag_s - within);
-}
-
-// Belongs to another signal, whose tone is far off.
-bool SignalChain::foreign(const Segment& mark) const
-{
-    return std::fabs(offset_Hz(mark.begin_step, mark.end_step)) >
-           m_parameters.tone.foreign_Hz + m_parameters.tone.spreadOffset * m_spread.within_Hz;
-}
-
-// Its tone is farther off than that of a transmitter may be, and than noise explains.
-bool SignalChain::strays(const Segment& mark) const
-{
-    return std::fabs(offset_Hz(mark.begin_step, mark.end_step)) >
-           m_parameters.judge.strayTone_Hz + m_parameters.tone.spreadOffset * m_spread.within_Hz +
-               m_parameters.judge.strayErrors * offsetError_Hz(mark.end_step - mark.begin_step);
 }
 
 } // namespace demodulator

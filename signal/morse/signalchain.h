@@ -9,6 +9,7 @@
 #include "signal/morse/expectedtone.h"
 #include "signal/morse/heardmark.h"
 #include "signal/morse/marklikelihood.h"
+#include "signal/morse/markmeter.h"
 #include "signal/morse/morsejudge.h"
 #include "signal/morse/observer.h"
 #include "signal/morse/parameters.h"
@@ -150,12 +151,6 @@ private:
     std::vector<HeardMark> heardMarks(const Path& path, const std::vector<bool>& isForeign) const;
     void judge(const Path& path, const std::vector<bool>& isForeign);
     void follow(std::vector<HeardMark> marks);
-    double offset_Hz(std::int64_t begin_step, std::int64_t end_step) const;
-    double offsetError_Hz(std::int64_t length_steps) const;
-    double offsetError_Hz(std::int64_t length_steps, double signal) const;
-    double wholeTurns(std::int64_t begin_step, std::int64_t end_step, const HeardMark& mark) const;
-    bool foreign(const Segment& mark) const;
-    bool strays(const Segment& mark) const;
 
     Parameters m_parameters;
     MarkLikelihood m_likelihood;
@@ -167,6 +162,7 @@ private:
     Observer* m_observer;
 
     ExpectedTone m_tone;
+    MarkMeter m_meter;
     ToneSpread m_spread;
     bool m_hasEcho;
     double m_weakestMark = 0.0; // power of its steps, of those of the last seconds
@@ -178,8 +174,8 @@ private:
     PathFound m_found;
     // Of marks that a later path does not reach back to.
     MorseJudge m_judge;
-    std::int64_t m_judged = 0;  // end of the last of them
-    double m_unit_steps = 15.0; // that of 20 words a minute until there is one
+    std::int64_t m_judged = 0; // end of the last of them
+    double m_unit_steps = Level().dot_steps;
     std::int64_t m_carrierUntil = 0;
 };
 
