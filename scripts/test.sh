@@ -18,8 +18,15 @@ else
     names=
     for what in "${@:2}"; do
         case $what in
-            */*) targets+=("tst_${what#*/}") && names+="|$what\$" ;;
-            *) targets+=("tests_$what") && names+="|$what/" ;;
+            install* | longrun*) targets+=(all) ;;
+            fuzz/*) targets+=("fuzz_${what#*/}") ;;
+            house/*) targets+=(tests_house) ;;
+            */*) targets+=("tst_${what#*/}") ;;
+            *) targets+=("tests_$what") ;;
+        esac
+        case $what in
+            */*) names+="|$what\$" ;;
+            *) names+="|$what/" ;;
         esac
     done
     cmake --build --preset "$preset" --target "${targets[@]}"
