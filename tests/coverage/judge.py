@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
 # `judge.py summary.json`: prints lines and branches reached by folder, from gcovr's summary in JSON,
-# and fails where a folder of floors.txt has less than stands there, or nothing at all.
+# and fails where a folder has less than stands in floors.txt, or where one of the two is missing.
 import collections
 import json
 import pathlib
@@ -39,7 +39,10 @@ def main():
             text += f"  {what} {reached:4} of {total:4} {share(reached, total):6.2f} %"
             text += f" (floor: {floor:g})" if is_low else ""
         print(text)
-    sys.exit(not is_fine)
+        del counts[folder]
+    for folder in sorted(counts):
+        print(f"{folder}: has no floor")
+    sys.exit(not is_fine or len(counts) > 0)
 
 
 if __name__ == "__main__":
