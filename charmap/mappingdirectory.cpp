@@ -317,11 +317,8 @@ void MappingDirectory::closeOutputFile()
 
 void MappingDirectory::writeTextDirection(bool rightToLeft)
 {
-    m_textDirectionRTL = m_own->textDirectionPath.isEmpty()
-                             ? nullptr
-                             : findLivingValue<FlagValue>(m_own->textDirectionPath);
-    if (m_textDirectionRTL)
-        m_textDirectionRTL->SetValue(rightToLeft, nullptr);
+    if (FlagValue* const direction = lookUpAgain(m_textDirectionRTL, m_own->textDirectionPath))
+        direction->SetValue(rightToLeft, nullptr);
 }
 
 QStringList MappingDirectory::availableMaps(eBASE_CHARSET charset)

@@ -97,7 +97,7 @@ int main(int argc, char* argv[])
 
     Screen screen(text);
     if (!handler.StartNewMorseSession())
-        std::fputs("no such alphabet, the built-in one serves\n", stderr);
+        std::fputs("no such alphabet, the built-in one is used\n", stderr);
     saveFiles->SetValue(true, nullptr);
 
     // A transmission: the time of its signal before the codes that were heard then.

@@ -10,7 +10,7 @@
 
 namespace fuzzing {
 
-/// So short a text is translated without building a table, in either direction.
+/// So short a text is translated forwards without building a table.
 constexpr int PIECE = 15;
 
 /// Every byte, and some characters that are none.

@@ -14,6 +14,14 @@ Kind* findLivingValue(const QString& path)
     return value && value->GetState() != eSTATE_DELETED ? value : nullptr;
 }
 
+/// The value of a role that is not observed, found again by its path; null when there is none.
+template <typename Kind>
+Kind* lookUpAgain(Kind*& role, const QString& path)
+{
+    role = path.isEmpty() ? nullptr : findLivingValue<Kind>(path);
+    return role;
+}
+
 /// Whether `value` is the one that notifies.
 inline bool isSame(const Observable* source, const ValueBase* value)
 {
@@ -34,7 +42,7 @@ public:
     {
     }
 
-    /// Whether `value` serves in any role.
+    /// Whether `value` is in any role.
     bool Hold(const Observable* value) const
     {
         bool isHeld = false;

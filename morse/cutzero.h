@@ -4,6 +4,7 @@
 #pragma once
 
 #include "morse/codeindex.h"
+#include "morse/digit.h"
 
 /// The text of a code with the cut zero applied; empty for an unknown code. Keeps `lastWasDigit` up
 /// to date for the next code. The result lives as long as the alphabet.
@@ -16,7 +17,6 @@ inline const QString& decodeWithCutZero(const CodeIndex& index, const CodeBuffer
     const QString* text = isCutZero ? &CUT_ZERO : index.Find(code);
     if (!text)
         text = &UNKNOWN;
-    lastWasDigit =
-        text->size() == 1 && text->at(0) >= QLatin1Char('0') && text->at(0) <= QLatin1Char('9');
+    lastWasDigit = isDigit(*text);
     return *text;
 }

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Sends HOURS (24 without it) of signal through one `morsehost decode --save` as fast as it goes,
+# Sends HOURS (default: 24) of signal through one `morsehost decode --save` as fast as it goes,
 # watches its memory and descriptors, and then looks for every character that it wrote to standard
 # output in the text files, in the result documents and, decoded again, in the code files. Takes the
-# programs from BIN; without that it builds them.
+# programs from BIN (default: builds them).
 #
 #     scripts/long-run.sh [HOURS [BIN]]
 set -euo pipefail

@@ -5,6 +5,7 @@
 #include "host/ipcidentifier.h"
 #include "host/trace.h"
 #include "host/valueroles.h"
+#include "morse/digit.h"
 #include "morse/morsetranslator.h"
 #include "morse/symbolcodes.h"
 #include "session/sessionfile.h"
@@ -33,23 +34,10 @@ const QLatin1String CUT_ZERO("0");
 
 const QLatin1String SOURCE_FILE("tools\\morsehandler\\morsehandler");
 
-bool isDigit(const QString& text)
-{
-    return text.size() == 1 && text.at(0) >= QLatin1Char('0') && text.at(0) <= QLatin1Char('9');
-}
-
 QString withTrailingBackslash(const QString& directory)
 {
     const QLatin1Char backslash('\\');
     return directory.endsWith(backslash) ? directory : directory + backslash;
-}
-
-// The value of a role that is not observed, found again by its path; null when there is none.
-template <typename Kind>
-Kind* lookUpAgain(Kind*& role, const QString& path)
-{
-    role = path.isEmpty() ? nullptr : findLivingValue<Kind>(path);
-    return role;
 }
 
 } // namespace

@@ -87,7 +87,7 @@ public:
     void SetIpcIdentifier(const QString& id);
 
     /// Loads the selected alphabet and begins to process codes. False when no alphabet file could
-    /// be read; the built-in alphabet serves then.
+    /// be read; the built-in alphabet is used then.
     bool StartNewMorseSession();
     /// Stops processing, forgets the received symbols and closes the files. Codes that wait in the
     /// queue stay there.

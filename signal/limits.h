@@ -10,6 +10,14 @@ namespace demodulator {
 constexpr double LOWEST_RATE_Hz = 4000.0;
 constexpr double HIGHEST_RATE_Hz = 768000.0;
 
+/// Sample rates of a band: from that of sound to 2.4 MHz, as wide as cheap receivers give it
+/// without losses.
+constexpr double LOWEST_BAND_RATE_Hz = 4000.0;
+constexpr double HIGHEST_BAND_RATE_Hz = 2.4e6;
+
+/// Signals of a band that may be followed at once.
+constexpr int MOST_BAND_SIGNALS = 5000;
+
 /// Tones that are found when none is set.
 constexpr double LOWEST_TONE_Hz = 150.0;
 constexpr double HIGHEST_TONE_Hz = 3500.0;

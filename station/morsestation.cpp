@@ -2,6 +2,7 @@
 #include "station/morsestation.h"
 
 #include "host/standin/resultpolicy.h"
+#include "morse/digit.h"
 #include "morse/symbolcodes.h"
 #include "station/io/folder.h"
 #include "station/receiversettings.h"
@@ -19,12 +20,6 @@ namespace {
 constexpr int MAX_TEXT = 1 << 20;
 constexpr int MAX_UNKNOWN_CODES = 1 << 14;
 constexpr int MAX_ELEMENTS = 256;
-
-// As the handler has it.
-bool isFigure(const QString& text)
-{
-    return text.size() == 1 && text.at(0) >= QLatin1Char('0') && text.at(0) <= QLatin1Char('9');
-}
 
 TavikResultDataXml::ResultPolicy documentPolicy(std::optional<SaveLedger>& ledger)
 {
@@ -244,7 +239,7 @@ void MorseStation::receiveCode(int code)
     writeSymbol(code);
     // The handler takes a dash alone for a zero while the last character is a figure: an empty one
     // is none.
-    if (symbol == eSYMBOL_NEW_CHAR && !m_settings.alphabet.cutNumbers && isFigure(m_textOfCode))
+    if (symbol == eSYMBOL_NEW_CHAR && !m_settings.alphabet.cutNumbers && isDigit(m_textOfCode))
         writeSymbol(eSYMBOL_NEW_CHAR);
     if (symbol >= eSYMBOL_NEW_CHAR && symbol <= eSYMBOL_NEW_LINE) {
         const QString elements = std::exchange(m_elements, QString());

@@ -132,7 +132,7 @@ void CharacterTable::Store(int line, signed char key, QChar character, Faults& f
                      static_cast<uchar>(key), earlier);
     } else if (character.unicode() == asByte(key) && key != ' ') {
         // A blank for a blank is how a table says that it means the blank.
-        faults.Warning(line, "the byte %1 shows as itself without this line, too",
+        faults.Warning(line, "no effect: the byte %1 is shown as itself without this line",
                        static_cast<uchar>(key));
     }
     characters.insert(key, character);

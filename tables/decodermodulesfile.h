@@ -14,7 +14,7 @@
 
 namespace Quillon {
 
-/// One line of the file. Its fields stand in the order of the columns, which a test holds.
+/// One line of the file. The order of the fields, that of the columns, is binary interface.
 struct DecoderModule
 {
     qint32 id = 0;

@@ -77,7 +77,7 @@ private:
         words += QString::number(m_options.start_us);
         if (sound.decoder == QLatin1String(MORSE_DECODER) ||
             sound.decoder == QLatin1String(DECODER_AS_FOUND)) {
-            // Without them the key is that of archives that were filled before there was a choice.
+            // What is not set is no part of the key: what is archived already keeps its own.
             if (!m_options.alphabet.cutNumbers)
                 words += QStringLiteral("no cut numbers");
             if (!sound.demodulator.isLive)

@@ -154,7 +154,9 @@ std::vector<OptionRow> optionRows()
     std::vector<OptionRow> rows = {
         pictureOptionRow(),
         {"from", "S", "where to begin: seconds, or a position such as 1:30 (default: 0)"},
-        {"length", "S", "seconds to draw, at most 600 (default: 30)"},
+        {"length", "S",
+         "seconds to draw, at most " +
+             std::to_string(static_cast<int>(inspect::LONGEST_STRETCH_s)) + " (default: 30)"},
         {"quick", nullptr,
          "begin 60 seconds before the stretch instead of at the beginning; the text may differ "
          "from that of 'decode'"},

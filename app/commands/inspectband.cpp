@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/commands/inspectband.h"
 
+#include "app/commands/inspectstretch.h"
 #include "app/console/complain.h"
 #include "app/console/exitstatus.h"
 #include "app/console/progress.h"
@@ -50,11 +51,6 @@ public:
 private:
     inspect::Stretch m_stretch;
 };
-
-std::int64_t microseconds(double time_s)
-{
-    return std::llround(1e6 * time_s);
-}
 
 void refuseOptionsOfOneSignal(Arguments& arguments)
 {

@@ -21,12 +21,12 @@ constexpr double BEFORE_s = 60;
 // after, and some to spare.
 constexpr double AFTERWARDS_s = 60;
 
+} // namespace
+
 std::int64_t microseconds(double time_s)
 {
     return std::llround(1e6 * time_s);
 }
-
-} // namespace
 
 StretchReader::StretchReader(SampleSource& source, const SoundRequest& sound,
                              const StretchChoice& choice)

@@ -8,12 +8,16 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <vector>
 
 namespace morsehost {
 
 /// Of a picture.
 constexpr double SHORTEST_LENGTH_s = 0.1;
+
+/// To the nearest one.
+std::int64_t microseconds(double time_s);
 
 struct StretchChoice
 {

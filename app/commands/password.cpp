@@ -58,7 +58,7 @@ int run(Arguments& /*arguments*/)
         password.chop(1);
     const QByteArray hash = password.isEmpty() ? QByteArray() : hashOfPassword(password);
     if (hash.isEmpty()) {
-        complain(QStringLiteral("a password has from 1 to 511 bytes"));
+        complain(QStringLiteral("a password has from 1 to %1 bytes").arg(MAX_PASSWORD_BYTES));
         return EXIT_BAD_INPUT;
     }
     std::printf("%s\n", hash.constData());

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "app/options/bandoptions.h"
 
+#include "app/options/soundoptions.h"
 #include "signal/band/bandreceiver.h"
+#include "signal/limits.h"
 
 #include <algorithm>
 
@@ -74,8 +76,11 @@ std::vector<OptionRow> bandOptionRows()
          "the input is I and Q: two channels of a recording, or pairs of raw samples"},
         {"format", "FORMAT",
          "format of raw samples on standard input: s16, f32, u8 or s8 (default: s16)"},
-        {"rate", "HZ", "sample rate of raw samples, 4000 to 2400000 (default: 48000)"},
-        {"center", "HZ", "frequency that 0 Hz of the input stands for (default: 0)"},
+        {"rate", "HZ",
+         "sample rate of raw samples, " +
+             range(demodulator::LOWEST_BAND_RATE_Hz, demodulator::HIGHEST_BAND_RATE_Hz) +
+             " (default: 48000)"},
+        {"center", "HZ", "receive frequency at 0 Hz of the input (default: 0)"},
         {"only", "LO-HI", "leave out signals beyond these frequencies, in hertz"},
         {"r", "HZ", "the same as --rate, as web receivers call their decoders"},
         {"i", nullptr, "the same as --format s16"},

@@ -95,13 +95,14 @@ void refuseWhatIsNoneOf(const TeleprinterDecoder& decoder, const teleprinter::Kn
             ? baud(decoder.lowestBaud) + QLatin1String(" to ") + baud(decoder.highestBaud)
             : baud(decoder.lowestBaud);
     if (known.baud && (*known.baud < decoder.lowestBaud || *known.baud > decoder.highestBaud))
-        arguments.fail(QStringLiteral("--baud of %1 is %2").arg(QLatin1String(decoder.name), own));
+        arguments.fail(
+            QStringLiteral("--baud takes %2 for %1").arg(QLatin1String(decoder.name), own));
     if (arguments.isSet(UNSHIFT) && !decoder.hasShifts)
-        arguments.fail(QStringLiteral("%1 has no shifts for --unshift-on-space")
+        arguments.fail(QStringLiteral("--unshift-on-space is not for %1, which has no shifts")
                            .arg(QLatin1String(decoder.name)));
     if (known.parity && decoder.code != teleprinter::Code::Ascii)
-        arguments.fail(
-            QStringLiteral("%1 has no elements for --parity").arg(QLatin1String(decoder.name)));
+        arguments.fail(QStringLiteral("--parity is for ASCII RTTY, not for %1")
+                           .arg(QLatin1String(decoder.name)));
 }
 
 } // namespace
@@ -109,7 +110,7 @@ void refuseWhatIsNoneOf(const TeleprinterDecoder& decoder, const teleprinter::Kn
 OptionRow unshiftOption()
 {
     return {UNSHIFT, "yes|no",
-            "Baudot, Sitor-B: a blank brings back the letters (default: as the text shows)"};
+            "Baudot, Sitor-B: letters again after a blank (default: decided from the text)"};
 }
 
 teleprinter::Unshift readUnshift(Arguments& arguments)
@@ -136,9 +137,11 @@ std::vector<OptionRow> teleprinterOptionRows()
     using namespace teleprinter;
     return {
         {DECODER, "NAME",
-         "Morse, Baudot, \"ASCII RTTY\", Sitor-B, or auto: the first of them that is found; of "
-         "standard input in its first 30 s (default: Morse)"},
-        {"map", "NAME", "teleprinters: the map behind the decoder (default: \"Default\", none)"},
+         "Morse, Baudot, \"ASCII RTTY\", Sitor-B, or auto: the first of them that is found "
+         "(standard "
+         "input: in its first 30 s) (default: Morse)"},
+        {"map", "NAME",
+         "teleprinters: the map that the text goes through (default: \"Default\", none)"},
         mapsOption(),
         decoderModulesOption(),
         {"baud", "BD",

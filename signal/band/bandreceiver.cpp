@@ -11,6 +11,7 @@
 #include "signal/band/shiftedpairs.h"
 #include "signal/band/survey.h"
 #include "signal/band/workers.h"
+#include "signal/limits.h"
 #include "signal/samples/samples.h"
 #include "signal/timing.h"
 

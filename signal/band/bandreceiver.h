@@ -43,11 +43,6 @@ public:
     virtual void signalLost(int signal) = 0;
 };
 
-/// Sample rates of a band: from that of sound to 2.4 MHz, as wide as cheap receivers give it
-/// without losses.
-constexpr double LOWEST_BAND_RATE_Hz = 4000.0;
-constexpr double HIGHEST_BAND_RATE_Hz = 2.4e6;
-
 struct BandSettings
 {
     BandFormat format;

@@ -165,7 +165,7 @@ bool Spool::take(int count)
         return true;
     const Position position = m_ends.at(static_cast<std::size_t>(count) - 1);
     if (!writePosition(position)) {
-        m_error = QStringLiteral("what has been taken cannot be noted");
+        m_error = QStringLiteral("cannot record which transmissions were sent");
         return false;
     }
     for (qint64 file = m_taken.file; file < position.file; ++file)

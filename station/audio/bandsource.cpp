@@ -2,6 +2,7 @@
 #include "station/audio/bandsource.h"
 
 #include "signal/band/bandreceiver.h"
+#include "signal/limits.h"
 #include "station/audio/samplesource.h"
 #include "station/audio/soundfile.h"
 #include "station/io/input.h"

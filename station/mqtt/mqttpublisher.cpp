@@ -249,7 +249,7 @@ private:
             isGreeted = true;
             sendStates(client.get());
             if (!sendTransmissions(client.get()))
-                return QStringLiteral("what was sent cannot be noted");
+                return QStringLiteral("cannot record which transmissions were sent");
         }
         farewell(client.get());
         return {};

@@ -11,9 +11,6 @@ namespace morsehost {
 
 namespace {
 
-// The longest that crypt takes.
-constexpr int MAX_PASSWORD_BYTES = 511;
-
 QByteArray cryptOf(const QByteArray& password, const QByteArray& setting)
 {
     if (password.size() > MAX_PASSWORD_BYTES || password.contains('\0'))

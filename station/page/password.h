@@ -8,6 +8,9 @@
 
 namespace morsehost {
 
+/// The longest that crypt takes.
+constexpr int MAX_PASSWORD_BYTES = 511;
+
 /// A new hash, with salt of its own (yescrypt). Empty when the system has no random bytes.
 QByteArray hashOfPassword(const QByteArray& password);
 /// Whether it looks like a hash that this system can check.

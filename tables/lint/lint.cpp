@@ -19,7 +19,7 @@ namespace lint {
 namespace {
 
 constexpr qint64 LARGEST_FILE_bytes = qint64(4) * 1024 * 1024;
-constexpr QLatin1String NO_TABLE = literal("its name is that of no table");
+constexpr QLatin1String NO_TABLE = literal("not a table: its ending is unknown");
 
 /// "a name that ends in" which of the suffixes that go with the ending of `format`.
 QString suffixesOf(const TableFormat& format)

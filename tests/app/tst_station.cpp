@@ -96,10 +96,10 @@ private Q_SLOTS:
             << QByteArray(":6: unshift_on_space takes 'yes' or 'no', not 'perhaps'\n");
         QTest::newRow("shifts of a code without them")
             << QByteArray("command=x\ndecoder=ASCII RTTY\nbaud=110\nunshift_on_space=yes\n")
-            << QByteArray(":7: ASCII RTTY has no shifts for unshift_on_space\n");
+            << QByteArray(":7: unshift_on_space is not for ASCII RTTY, which has no shifts\n");
         QTest::newRow("parity of a code without it")
             << QByteArray("command=x\ndecoder=Baudot\nbaud=50\nparity=even\n")
-            << QByteArray(":7: Baudot has no elements for parity\n");
+            << QByteArray(":7: parity is for ASCII RTTY, not for Baudot\n");
         QTest::newRow("too many samples for one signal")
             << QByteArray("command=x\nrate=1000000\n")
             << QByteArray(":5: rate takes a whole number from 4000 to 768000");

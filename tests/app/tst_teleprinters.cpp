@@ -404,13 +404,13 @@ private Q_SLOTS:
                                    << QByteArray("--baud takes a number from 40 to 300");
         QTest::newRow("speed of another decoder")
             << QStringList{"--decoder", "Baudot", "--baud", "300"}
-            << QByteArray("--baud of Baudot is 40 to 150");
+            << QByteArray("--baud takes 40 to 150 for Baudot");
         QTest::newRow("speed that it never has")
             << QStringList{"--decoder", "Sitor-B", "--baud", "50"}
-            << QByteArray("--baud of Sitor-B is 100");
+            << QByteArray("--baud takes 100 for Sitor-B");
         QTest::newRow("shifts of a code without them")
             << QStringList{"--decoder", "ASCII RTTY", "--unshift-on-space", "yes"}
-            << QByteArray("ASCII RTTY has no shifts");
+            << QByteArray("--unshift-on-space is not for ASCII RTTY, which has no shifts");
         QTest::newRow("odd shift") << QStringList{"--decoder", "Baudot", "--shift", "5"}
                                    << QByteArray("--shift takes a number from 70 to 1100");
         QTest::newRow("tone outside the band")
@@ -429,7 +429,7 @@ private Q_SLOTS:
                                          << QByteArray("--parity takes 'none', 'even' or 'odd'");
         QTest::newRow("parity of a code without it")
             << QStringList{"--decoder", "Baudot", "--parity", "even"}
-            << QByteArray("Baudot has no elements for --parity");
+            << QByteArray("--parity is for ASCII RTTY, not for Baudot");
         QTest::newRow("tone of Morse only") << QStringList{"--decoder", "auto", "--tone", "150"}
                                             << QByteArray("--tone takes a number from 200 to 3500");
         QTest::newRow("odd word") << QStringList{"--decoder", "Baudot", "--unshift-on-space", "x"}

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # The libraries export what the lists in their packages say; nothing is built at load time but the
-# objects of the list; and signals are connected by their texts as they have always been.
+# objects of the list; and signals are connected by their texts.
 set -euo pipefail
 here=$SOURCE/tests/install
 # shellcheck source=tests/install/interface.sh

@@ -197,8 +197,8 @@ void tst_Lint::eachTrapHasItsFinding_data()
     const QString map = "Greek.ascii.map";
     row("a plain map is clean", map, "# title\n0x41\t0x0410\nB\t0x0411\t# BE\n# end\n", {});
     row("an entry that shows its byte as itself has no effect", map, "B\tB\n0x41\t0x0041\n\n",
-        {"1? the byte 0x42 (\"B\") shows as itself without this line",
-         "2? the byte 0x41 (\"A\") shows as itself without this line"});
+        {"1? no effect: the byte 0x42 (\"B\") is shown as itself without this line",
+         "2? no effect: the byte 0x41 (\"A\") is shown as itself without this line"});
     row("an entry that takes back an earlier one has", map, "B\t0x0411\nB\tB\n\n",
         {"2: the byte 0x42 (\"B\") was given in line 1 already"});
     row("an empty line closes a map", map, "0x41\t0x0410\n\n", {});
