@@ -2,8 +2,8 @@
 // morsehost band: every keyed signal of a band at once.
 #include "app/commands/commands.h"
 
-#include "app/bandpictures.h"
-#include "app/bandreporter.h"
+#include "app/commands/bandpictures.h"
+#include "app/commands/bandreporter.h"
 #include "app/console/complain.h"
 #include "app/console/exitstatus.h"
 #include "app/options/alphabetoptions.h"

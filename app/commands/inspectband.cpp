@@ -2,12 +2,12 @@
 #include "app/commands/inspectband.h"
 
 #include "app/commands/inspectstretch.h"
+#include "app/commands/picturefile.h"
 #include "app/console/complain.h"
 #include "app/console/exitstatus.h"
 #include "app/console/progress.h"
 #include "app/options/alphabetoptions.h"
 #include "app/options/bandoptions.h"
-#include "app/picturefile.h"
 #include "signal/band/bandreceiver.h"
 #include "station/bandstation.h"
 #include "station/io/interrupt.h"

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "app/commands/inspectstretch.h"
+#include "app/commands/picturefile.h"
 #include "app/options/teleprinteroptions.h"
-#include "app/picturefile.h"
 
 namespace morsehost {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What a band's lines show of a text: they give a terminal no orders, whatever was sent.
-#include "app/bandreporter.h"
+#include "app/commands/bandreporter.h"
 
 #include <QFile>
 #include <QTemporaryDir>

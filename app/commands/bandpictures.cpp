@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "app/bandpictures.h"
+#include "app/commands/bandpictures.h"
 
 #include "app/transmissionpictures.h"
 

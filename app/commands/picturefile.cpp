@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "app/picturefile.h"
+#include "app/commands/picturefile.h"
 
 #include "app/console/complain.h"
 #include "station/io/output.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "app/bandreporter.h"
+#include "app/commands/bandreporter.h"
 
 #include "app/console/complain.h"
 #include "app/console/printable.h"
