@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # What is too slow for every change, for a night: every static check on every file, all tests under the
-# sanitizers, threads, coverage, ten minutes of every fuzz target, mutants, a day of signal, the packages
-# on a bare machine (root). Goes on after a step that fails. NIGHT names a folder for what the steps print
+# sanitizers, threads, coverage, ten minutes of every fuzz target and the lines that it reaches, mutants, a
+# station and a cluster with faults, a day of signal, hours of a band, the packages on a bare machine (root).
+# Goes on after a step that fails. NIGHT names a folder for what the steps print
 # (default: build/night).
 cd "$(dirname "$0")/.." || exit
 . scripts/steps.sh
