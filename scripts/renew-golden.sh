@@ -1,9 +1,8 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
 # Writes the golden files of the saved session and of the teleprinters, and the picture of
-# docs/inspect.md, again with the
-# program as it is built in build/dev. Look at the difference, and commit it by itself with the
-# reason.
+# docs/inspect.md, again with the program as it is built in build/dev. Look at the difference, and
+# commit it by itself with the reason.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
