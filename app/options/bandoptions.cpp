@@ -81,7 +81,7 @@ std::vector<OptionRow> bandOptionRows()
              range(demodulator::LOWEST_BAND_RATE_Hz, demodulator::HIGHEST_BAND_RATE_Hz) +
              " (default: 48000)"},
         {"center", "HZ", "receive frequency at 0 Hz of the input (default: 0)"},
-        {"only", "LO-HI", "leave out signals beyond these frequencies, in hertz"},
+        {"only", "LO-HI", "leave out signals outside these frequencies, in hertz"},
         {"r", "HZ", "the same as --rate, as web receivers call their decoders"},
         {"i", nullptr, "the same as --format s16"},
         {"f", nullptr, "the same as --format f32"},

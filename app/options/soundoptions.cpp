@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "app/options/soundoptions.h"
 
-#include <cmath>
-
 namespace morsehost {
 
 namespace {
@@ -12,7 +10,7 @@ constexpr int MAX_CHANNELS = 1024;
 
 std::string rounded(double number)
 {
-    return QString::number(std::round(number)).toStdString();
+    return QString::number(number, 'f', 0).toStdString();
 }
 
 } // namespace

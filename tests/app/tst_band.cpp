@@ -230,6 +230,12 @@ private Q_SLOTS:
                  ended.out.constData());
     }
 
+    void theHelpWritesLimitsOut()
+    {
+        const QByteArray help = run({"--help"}).out.simplified();
+        QVERIFY2(help.contains("4000 to 2400000"), help.constData());
+        QVERIFY2(help.contains("1 to 5000"), help.constData());
+    }
     void withoutATerminalTheTableIsLines()
     {
         const Ended ended = run(IQ + QStringList{"--table", "-"}, raw("s16"));
