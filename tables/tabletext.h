@@ -29,8 +29,8 @@ public:
     QStringView Line() const { return m_line; }
     /// From 1.
     int Number() const { return m_number; }
-    /// Whether no line follows the current one. A loop that ends here and reads before Next() leaves
-    /// out the last line, even one that ends in LF: alphabets and maps do so on purpose.
+    /// Whether no line follows the current one. A loop that ends here and reads before Next()
+    /// leaves out the last line, even one that ends in LF: alphabets and maps do so on purpose.
     bool AtEnd() const { return m_position == m_text.size(); }
 
     /// Goes to the next line.
